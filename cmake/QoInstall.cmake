@@ -1,0 +1,24 @@
+# Installs the library, the public headers, a CMake package and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS QoKernel EXPORT QoKernelTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/QoKernel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(
+  DIRECTORY ${PROJECT_SOURCE_DIR}/src/
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/QoKernel
+  FILES_MATCHING
+  PATTERN "*.h"
+  PATTERN "posix" EXCLUDE)
+
+install(EXPORT QoKernelTargets NAMESPACE QoKernel:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QoKernel)
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/QoKernelConfig.cmake.in ${CMAKE_CURRENT_BINARY_DIR}/QoKernelConfig.cmake
+                              INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QoKernel)
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/QoKernelConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/QoKernelConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/QoKernelConfigVersion.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QoKernel)
+
+# The file finds its own prefix, so that an installed tree may be moved.
+file(RELATIVE_PATH QO_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" QO_PC_PREFIX "${QO_PC_PREFIX}")
+configure_file(${PROJECT_SOURCE_DIR}/cmake/QoKernel.pc.in ${CMAKE_CURRENT_BINARY_DIR}/QoKernel.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/QoKernel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

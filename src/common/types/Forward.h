@@ -1,0 +1,13 @@
+#pragma once
+
+class CException;
+class CString;
+class CStringArray;
+struct FILETIME;
+struct GUID;
+
+namespace qo
+{
+class FormatArg;
+class TextPool;
+} // namespace qo

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace qo
+{
+/// A Fenwick tree over the sizes of a row of parts: which part holds the n-th element, in O(log n).
+class PrefixSums
+{
+public:
+    /// So many parts will fit without an allocation.
+    void reserve(std::size_t parts) { m_sums.reserve(parts + 1); }
+
+    /// Starts anew; sizeOf(i) gives the size of part i. Allocates only beyond what is reserved.
+    template <class SizeOf>
+    void rebuild(std::size_t parts, SizeOf sizeOf)
+    {
+        m_sums.assign(parts + 1, 0);
+        for (std::size_t i = 1; i <= parts; ++i)
+        {
+            m_sums[i] += static_cast<std::uint32_t>(sizeOf(i - 1));
+            const std::size_t up = i + lowBit(i);
+            if (up <= parts)
+                m_sums[up] += m_sums[i];
+        }
+    }
+
+    void add(std::size_t part, std::ptrdiff_t by) noexcept
+    {
+        for (std::size_t i = part + 1; i < m_sums.size(); i += lowBit(i))
+            m_sums[i] = static_cast<std::uint32_t>(static_cast<std::ptrdiff_t>(m_sums[i]) + by);
+    }
+
+    /// The part that holds the element of that index, which becomes its place within the part.
+    std::size_t find(std::size_t& index) const noexcept
+    {
+        std::size_t part = 0;
+        for (std::size_t step = std::bit_floor(m_sums.size() - 1); step > 0; step /= 2)
+        {
+            if (part + step < m_sums.size() && m_sums[part + step] <= index)
+            {
+                part += step;
+                index -= m_sums[part];
+            }
+        }
+        return part;
+    }
+
+private:
+    static std::size_t lowBit(std::size_t i) noexcept { return i & (~i + 1); }
+
+    std::vector<std::uint32_t> m_sums; ///< from index 1 on
+};
+} // namespace qo
