@@ -1,0 +1,12 @@
+#pragma once
+
+namespace qo
+{
+class IClock;
+class IFileSystem;
+class ISpecialFolders;
+class DriveMap;
+class Platform;
+struct DirEntry;
+struct FileInfo;
+} // namespace qo

@@ -1,0 +1,53 @@
+#include "platform/Platform.h"
+
+#include "platform/posix/PosixClock.h"
+#include "platform/posix/PosixFileSystem.h"
+#include "platform/posix/PosixSpecialFolders.h"
+
+#include <atomic>
+
+namespace qo
+{
+namespace
+{
+std::atomic<IFileSystem*> fileSystemReplacement{nullptr};
+std::atomic<IClock*> clockReplacement{nullptr};
+
+/// Made on first use and never destroyed, so that static objects may use it to their end.
+template <class T>
+T& only()
+{
+    static T* const object = new T();
+    return *object;
+}
+} // namespace
+
+ISpecialFolders::~ISpecialFolders() = default;
+
+IFileSystem& fileSystem()
+{
+    IFileSystem* replacement = fileSystemReplacement;
+    return replacement ? *replacement : only<PosixFileSystem>();
+}
+
+IClock& systemClock()
+{
+    IClock* replacement = clockReplacement;
+    return replacement ? *replacement : only<PosixClock>();
+}
+
+ISpecialFolders& specialFolders()
+{
+    return only<PosixSpecialFolders>();
+}
+
+void setFileSystem(IFileSystem* replacement)
+{
+    fileSystemReplacement = replacement;
+}
+
+void setSystemClock(IClock* replacement)
+{
+    clockReplacement = replacement;
+}
+} // namespace qo

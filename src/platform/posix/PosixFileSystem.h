@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/FileSystem.h"
+
+namespace qo
+{
+/// The file services over POSIX calls and statx.
+class PosixFileSystem final : public IFileSystem
+{
+public:
+    int info(const CString& path, Spelling spelling, FileInfo& info) override;
+    int list(const CString& folder, std::vector<DirEntry>& entries) override;
+    std::unique_ptr<IFile> open(const CString& path, OpenMode mode, int& error) override;
+    int makeDirectory(const CString& path) override;
+    int makeDirectories(const CString& path) override;
+    int removeFile(const CString& path) override;
+    int removeDirectory(const CString& path) override;
+    int moveFile(const CString& from, const CString& to) override;
+    int moveFileNoReplace(const CString& from, const CString& to) override;
+    int copyFile(const CString& from, const CString& to) override;
+    int replaceFile(const CString& path,
+                    const void* data,
+                    std::size_t size,
+                    Durability durability) override;
+    int makeWritable(const CString& path) override;
+    bool isLink(const CString& path) override;
+
+private:
+    /// The path to read from: as given, or the unique one that differs in case alone.
+    static std::string readPath(const CString& path);
+};
+} // namespace qo
