@@ -1,0 +1,217 @@
+#include "common/FileUtils.h"
+
+#include "common/CollPath.h"
+#include "common/LogLevel.h"
+#include "common/Settings.h"
+#include "common/TraceLog.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "platform/SpecialFolders.h"
+
+namespace
+{
+using qo::TraceLog;
+namespace level = qo::level;
+
+constexpr int systemTempBuffer = 0x104;
+
+const char16_t* tempFolderName(int id)
+{
+    switch (id)
+    {
+    case CFileUtils::tempQorganizer:
+        return u"Qorganizer";
+    case CFileUtils::tempLivePlay:
+        return u"LivePlay";
+    default:
+        return nullptr;
+    }
+}
+
+bool isSame(const qo::FileInfo& a, const qo::FileInfo& b)
+{
+    return a.device == b.device && a.inode == b.inode;
+}
+
+/// By identity, not by spelling: the home folder stays under whatever name it is given.
+bool isProtected(const CString& path, const qo::FileInfo& info)
+{
+    const CQoCollPath parsed(path);
+    if (parsed.isEmpty())
+        return true;
+    for (const CString& name : parsed.getComponents())
+    {
+        if (name.IsEmpty() || name.Find(u'\\') >= 0 || name == u"." || name == u"..")
+            return true;
+    }
+    qo::FileInfo other;
+    for (const CString& kept : {CString(u"C:\\"), qo::specialFolders().home()})
+    {
+        if (qo::fileSystem().info(kept, qo::Spelling::exact, other) == 0 && isSame(info, other))
+            return true;
+    }
+    const CString parent = parsed.getParent().toString();
+    return qo::fileSystem().info(parent, qo::Spelling::exact, other) != 0 ||
+           other.device != info.device;
+}
+
+CString findSystemTempDir()
+{
+    const CString folder = qo::specialFolders().systemTemp();
+    if (folder.GetLength() < systemTempBuffer && qo::fileSystem().isDirectory(folder))
+        return folder;
+    TraceLog::trace(level::error, u"GetWindowsTempDir : GetTempPath failed. Error %s", folder);
+    return u"Temp";
+}
+} // namespace
+
+bool CFileUtils::AssureDirExists(const CString& path)
+{
+    qo::FileInfo info;
+    if (qo::fileSystem().info(path, qo::Spelling::anyCase, info) != 0)
+    {
+        if (const int error = qo::fileSystem().makeDirectory(path))
+        {
+            logFolderNotMade(path, error);
+            return false;
+        }
+        return true;
+    }
+    if (info.kind != qo::FileKind::directory)
+    {
+        TraceLog::trace(level::error, u"AssureDirExists: '%s' exists but is not a folder", path);
+        return false;
+    }
+    return true;
+}
+
+void CFileUtils::logFolderNotMade(const CString& path, int)
+{
+    TraceLog::trace(level::error, u"AssureDirExists: Error creating dir '%s'", path);
+}
+
+bool CFileUtils::RemoveDirectoryRec(const CString& path)
+{
+    qo::IFileSystem& files = qo::fileSystem();
+    qo::FileInfo info;
+    const bool isFolder = files.info(path, qo::Spelling::exact, info) == 0 &&
+                          info.kind == qo::FileKind::directory && !files.isLink(path);
+    if (!isFolder)
+    {
+        TraceLog::trace(level::error,
+                        u"RemoveDirectoryRec : %s is not a directory (maybe was deleted shortly)",
+                        path);
+        return true;
+    }
+    if (isProtected(path, info))
+    {
+        TraceLog::trace(level::error, u"RemoveDirectoryRec : %s must not be removed", path);
+        return false;
+    }
+    std::vector<qo::DirEntry> entries;
+    (void)files.list(path, entries);
+    for (const qo::DirEntry& entry : entries)
+    {
+        const CString inner = qo::combinePath(path, entry.name);
+        if (entry.info.kind == qo::FileKind::directory && !entry.info.isLink)
+            RemoveDirectoryRec(inner);
+        else if (const int error = files.removeFile(inner))
+        {
+            TraceLog::trace(level::error,
+                            u"RemoveDirectoryRec failed to remove file %s : %s",
+                            inner,
+                            GetLastErrorText(error));
+            return false;
+        }
+    }
+    if (const int error = files.removeDirectory(path))
+    {
+        TraceLog::trace(level::error,
+                        u"RemoveDirectoryRec failed to remove dir %s : %s",
+                        path,
+                        GetLastErrorText(error));
+        return false;
+    }
+    return true;
+}
+
+bool CFileUtils::IsDirEmpty(const CString& path, bool recursive)
+{
+    std::vector<qo::DirEntry> entries;
+    if (qo::fileSystem().list(path, entries) != 0)
+        return true;
+    for (const qo::DirEntry& entry : entries)
+    {
+        const bool isFolder = entry.info.kind == qo::FileKind::directory && !entry.info.isLink;
+        if (!isFolder || !recursive || !IsDirEmpty(qo::combinePath(path, entry.name), true))
+        {
+            TraceLog::trace(level::step,
+                            u"CFileUtils::IsDirEmpty : dir %s not empty : found %s",
+                            path,
+                            entry.name);
+            return false;
+        }
+    }
+    return true;
+}
+
+CString CFileUtils::GetWindowsTempDir()
+{
+    static const CString folder = findSystemTempDir();
+    return folder;
+}
+
+CString CFileUtils::GetTempDir(int id)
+{
+    CString base = CQoSettings::get(CQoSettings::TempFolder);
+    if (base.IsEmpty())
+        base = GetWindowsTempDir();
+    const char16_t* const name = tempFolderName(id);
+    if (!name)
+        return base;
+    const CString folder = qo::combinePath(base, name);
+    if (qo::fileSystem().makeDirectories(folder) == 0)
+        return folder;
+    TraceLog::trace(level::error,
+                    u"Cannot create temp subfolder '%s', use base folder '%s' instead.",
+                    folder,
+                    base);
+    return base;
+}
+
+CString CFileUtils::GetLastErrorText(int error)
+{
+    return qo::errorText(error);
+}
+
+namespace qo
+{
+CString addBackslash(const CString& path)
+{
+    return path.IsEmpty() || path[path.GetLength() - 1] == u'\\' ? path : path + u'\\';
+}
+
+CString removeBackslash(const CString& path)
+{
+    const int last = path.GetLength() - 1;
+    return last >= 0 && path[last] == u'\\' ? path.Left(last) : path;
+}
+
+CString combinePath(const CString& folder, const CString& name, const char16_t* extension)
+{
+    CString path = addBackslash(folder) + name;
+    if (extension && *extension)
+    {
+        path += u'.';
+        path += extension;
+    }
+    return path;
+}
+
+void sanitizeName(CString& name)
+{
+    for (const char16_t c : std::u16string_view(u"*?\\~/<>|\":"))
+        name.Replace(c, u'_');
+    name.Replace(u"&", u"and");
+}
+} // namespace qo

@@ -1,0 +1,137 @@
+#pragma once
+
+#include "common/types/Array.h"
+
+#include <cstdlib>
+#include <utility>
+#include <vector>
+
+/// The list operations of the model over the growable array. Elements are compared by identity
+/// unless a comparison is given. A comparison is negative when its first argument sorts before its
+/// second; the binary operations expect a list that was filled through them with the same one.
+/// ARG is how an element is handed in, CONST_ARG how it is only looked at.
+template <class T, class ARG = const T&, class CONST_ARG = const T&>
+class CGenListT : public CArray<T, ARG>
+{
+public:
+    using Compare = int (*)(CONST_ARG, CONST_ARG);
+    using SortCompare = int (*)(void* context, CONST_ARG, CONST_ARG);
+
+    CGenListT() noexcept = default;
+    CGenListT(const CGenListT&) = default;
+    CGenListT(CGenListT&&) noexcept = default;
+    CGenListT& operator=(const CGenListT&) = default;
+    CGenListT& operator=(CGenListT&&) noexcept = default;
+    ~CGenListT() override = default;
+
+    /// Inserts ahead of the equal element that the search meets; with unique it then adds nothing.
+    /// Returns the index, or -1.
+    virtual int addSorted(ARG elem, Compare cmp, bool unique)
+    {
+        int index = 0;
+        if (findBinary(elem, 0, this->GetSize(), cmp, index) && unique)
+            return -1;
+        this->InsertAt(index, elem);
+        return index;
+    }
+    /// Searches the half-open range from low to high. On failure index is where the key belongs.
+    virtual bool findBinary(CONST_ARG key, int low, int high, Compare cmp, int& index) const
+    {
+        return findByKey(key, low, high, cmp, index);
+    }
+    /// False when no element compares equal.
+    virtual bool removeBinary(CONST_ARG elem, Compare cmp)
+    {
+        int index = 0;
+        if (!findBinary(elem, 0, this->GetSize(), cmp, index))
+            return false;
+        this->RemoveAt(index);
+        return true;
+    }
+    /// The first index, or -1.
+    virtual int find(CONST_ARG elem) const
+    {
+        int index = 0;
+        for (const T& candidate : *this)
+        {
+            if (candidate == elem)
+                return index;
+            ++index;
+        }
+        return -1;
+    }
+    /// Appends and returns the index.
+    virtual int add(ARG elem) { return this->Add(elem); }
+    /// -1 when the element is there already.
+    virtual int addUnique(ARG elem) { return find(elem) == -1 ? add(elem) : -1; }
+    virtual bool remove(CONST_ARG elem)
+    {
+        const int index = find(elem);
+        if (index != -1)
+            this->RemoveAt(index);
+        return index != -1;
+    }
+    virtual void clear() { this->RemoveAll(); }
+    /// The comparison need not be transitive; without that the order is free.
+    virtual void sort(SortCompare cmp, void* context)
+    {
+        std::vector<const T*> order;
+        order.reserve(static_cast<std::size_t>(this->GetSize()));
+        for (const T& elem : std::as_const(*this))
+            order.push_back(&elem);
+        SortCall call{cmp, context};
+        qsort_r(order.data(), order.size(), sizeof(const T*), qsortCmpFunc, &call);
+        CArray<T, ARG> sorted;
+        for (const T* elem : order)
+            sorted.Add(*elem);
+        static_cast<CArray<T, ARG>&>(*this) = std::move(sorted);
+    }
+    virtual const T& getAt(int index) const { return this->GetAt(index); }
+    /// The element at the index, which moves on to the next one, or to -1 behind the last.
+    virtual const T& getNextElem(int& index) const
+    {
+        const T& elem = this->GetAt(index);
+        index = index + 1 < this->GetSize() ? index + 1 : -1;
+        return elem;
+    }
+
+    /// findBinary() for a key of any type: short ranges are scanned from low, longer ones halved.
+    template <class KEY, class CMP>
+    bool findByKey(const KEY& key, int low, int high, CMP cmp, int& index) const
+    {
+        constexpr int scanBelow = 9;
+        while (high - low >= scanBelow)
+        {
+            const int middle = low + (high - low) / 2;
+            const int order = cmp(key, this->GetAt(middle));
+            if (order == 0)
+            {
+                index = middle;
+                return true;
+            }
+            (order < 0 ? high : low) = order < 0 ? middle : middle + 1;
+        }
+        int order = 1;
+        for (index = low; index < high; ++index)
+        {
+            order = cmp(key, this->GetAt(index));
+            if (order <= 0)
+                break;
+        }
+        return index < high && order == 0;
+    }
+
+private:
+    struct SortCall
+    {
+        SortCompare compare;
+        void* context;
+    };
+    static int qsortCmpFunc(const void* a, const void* b, void* call)
+    {
+        const auto* sortCall = static_cast<const SortCall*>(call);
+        return sortCall->compare(sortCall->context,
+                                 **static_cast<const T* const*>(a),
+                                 **static_cast<const T* const*>(b));
+    }
+};

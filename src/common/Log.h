@@ -1,0 +1,22 @@
+#pragma once
+
+#include "common/LogLevel.h"
+#include "common/types/Format.h"
+
+namespace qo
+{
+/// Whether the current logger takes lines of that level; ask before preparing costly arguments.
+QO_API bool isLogged(int level) noexcept;
+
+QO_API void logArgs(int level, const char16_t* format, const FormatArg* args, std::size_t count);
+
+/// Writes one line to the current logger (see CLoggerEx). The format is never a user's text.
+template <class... Args>
+void log(int level, const char16_t* format, const Args&... args)
+{
+    if (!isLogged(level))
+        return;
+    const FormatArg list[] = {FormatArg(args)..., FormatArg()};
+    logArgs(level, format, list, sizeof...(Args));
+}
+} // namespace qo

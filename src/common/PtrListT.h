@@ -1,0 +1,167 @@
+#pragma once
+
+#include "common/GenListT.h"
+
+#include <boost/shared_ptr.hpp>
+
+#include <memory>
+#include <new>
+#include <unordered_map>
+#include <utility>
+
+/// A list of shared objects. Handles are the same when they point to the same object. Elements are
+/// read-only in place: a list that is searched often keeps a count per object beside it, which the
+/// operations of this class hold in step. Changing the array behind its back, through a reference
+/// to a base class, is a fault of the caller. Not for several threads at once: searching may make
+/// the counts.
+template <class X>
+class CPtrListT : public CGenListT<boost::shared_ptr<X>,
+                                   const boost::shared_ptr<X>&,
+                                   const boost::shared_ptr<X>&>
+{
+public:
+    using Handle = boost::shared_ptr<X>;
+    using Base = CGenListT<Handle, const Handle&, const Handle&>;
+    using typename Base::Compare;
+
+    CPtrListT() noexcept = default;
+    CPtrListT(const CPtrListT& other) : Base(other) {}
+    CPtrListT(CPtrListT&&) noexcept = default;
+    CPtrListT& operator=(const CPtrListT& other)
+    {
+        Base::operator=(other);
+        m_search.reset();
+        return *this;
+    }
+    CPtrListT& operator=(CPtrListT&&) noexcept = default;
+    ~CPtrListT() override = default;
+
+    int addSorted(const Handle& elem, Compare cmp, bool unique) override
+    {
+        const X* object = elem.get();
+        const int index = Base::addSorted(elem, cmp, unique);
+        if (index != -1)
+            count(object, 1);
+        return index;
+    }
+    bool removeBinary(const Handle& elem, Compare cmp) override
+    {
+        int index = 0;
+        if (!this->findBinary(elem, 0, this->GetSize(), cmp, index))
+            return false;
+        RemoveAt(index);
+        return true;
+    }
+    int find(const Handle& elem) const override { return mayHold(elem) ? Base::find(elem) : -1; }
+    int add(const Handle& elem) override { return Add(elem); }
+    bool remove(const Handle& elem) override
+    {
+        const int index = this->find(elem);
+        if (index != -1)
+            RemoveAt(index);
+        return index != -1;
+    }
+    void clear() override { RemoveAll(); }
+
+    int Add(const Handle& elem)
+    {
+        const X* object = elem.get(); // the handle may stand in this list and move
+        const int index = Base::Add(elem);
+        count(object, 1);
+        return index;
+    }
+    void InsertAt(int index, const Handle& elem, int times = 1)
+    {
+        const X* object = elem.get();
+        Base::InsertAt(index, elem, times);
+        count(object, times);
+    }
+    void RemoveAt(int index, int times = 1)
+    {
+        if (times == 1)
+            count(this->GetAt(index).get(), -1);
+        else
+            m_search.reset();
+        Base::RemoveAt(index, times);
+    }
+    void RemoveAll()
+    {
+        m_search.reset();
+        Base::RemoveAll();
+    }
+    void SetAt(int index, const Handle& elem)
+    {
+        m_search.reset();
+        Base::SetAt(index, elem);
+    }
+    void SetAtGrow(int index, const Handle& elem)
+    {
+        m_search.reset();
+        Base::SetAtGrow(index, elem);
+    }
+    void SetSize(int size)
+    {
+        m_search.reset();
+        Base::SetSize(size);
+    }
+    int Append(const CPtrListT& other)
+    {
+        m_search.reset();
+        return Base::Append(other);
+    }
+    void Copy(const CPtrListT& other) { *this = other; }
+    const Handle& ElementAt(int index) const noexcept { return this->GetAt(index); }
+    const Handle& operator[](int index) const noexcept { return this->GetAt(index); }
+    typename Base::const_iterator begin() const noexcept { return Base::begin(); }
+    typename Base::const_iterator end() const noexcept { return Base::end(); }
+
+private:
+    /// Up to this size a scan is as fast as the count per object.
+    static constexpr int scanUpTo = 64;
+    /// The counts are made once the scans have cost this many times the list's length.
+    static constexpr long long patience = 16;
+
+    struct Search
+    {
+        long long scanned = 0; ///< elements looked at without counts
+        bool counted = false;
+        std::unordered_map<const X*, int> counts;
+    };
+
+    void count(const X* object, int by) noexcept
+    try
+    {
+        if (!m_search || !m_search->counted)
+            return;
+        const auto entry = m_search->counts.try_emplace(object, 0).first;
+        entry->second += by;
+        if (entry->second <= 0)
+            m_search->counts.erase(entry);
+    }
+    catch (const std::bad_alloc&)
+    {
+        m_search.reset(); // the list itself has changed already and needs no counts
+    }
+    /// False only if no element is that object.
+    bool mayHold(const Handle& elem) const
+    {
+        if (this->GetSize() <= scanUpTo)
+            return true;
+        if (!m_search)
+            m_search = std::make_unique<Search>();
+        if (!m_search->counted)
+        {
+            m_search->scanned += this->GetSize();
+            if (m_search->scanned < patience * this->GetSize())
+                return true;
+            std::unordered_map<const X*, int> counts;
+            for (const Handle& each : *this)
+                ++counts[each.get()];
+            m_search->counts = std::move(counts);
+            m_search->counted = true;
+        }
+        return m_search->counts.find(elem.get()) != m_search->counts.end();
+    }
+
+    mutable std::unique_ptr<Search> m_search; ///< null until a long list is searched
+};

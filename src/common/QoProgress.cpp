@@ -1,0 +1,12 @@
+#include "common/QoProgress.h"
+
+#include "common/QoBaseObj.h"
+
+CQoBaseObj::~CQoBaseObj() = default;
+
+IQoProgress::~IQoProgress() = default;
+
+bool CDummyProgress::isCanceled()
+{
+    return false;
+}

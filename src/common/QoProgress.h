@@ -1,0 +1,55 @@
+#pragma once
+
+#include "common/types/Export.h"
+#include "common/types/String.h"
+
+#include <cstdint>
+
+/// Through this every long operation reports and is cancelled. The operation calls it from its own
+/// thread only and polls isCanceled() once per item; it stops at the next poll.
+class QO_API IQoProgress
+{
+public:
+    enum EStage : int
+    {
+        stageReadDb = 1,
+        stageScan = 2,
+        stageCheck = 3,
+        stageBuild = 4,
+        stageSave = 5
+    };
+    enum EItemKind : int
+    {
+        itemFilePath = 1
+    };
+    enum ERangeMode : int
+    {
+        rangeKnown = 0,  ///< as many steps as the total follow
+        rangeUnknown = 2 ///< the total is 0
+    };
+
+    virtual ~IQoProgress();
+    /// A stage may be announced more than once, and by more than one operation.
+    virtual void setStage(int stage) = 0;
+    virtual void setCurrentItem(const char16_t* text, int kind) = 0;
+    virtual void setSubItem(std::uintptr_t, std::uintptr_t) {}
+    virtual void setRange(int mode, int total) = 0;
+    virtual void setPosition(std::uintptr_t) {}
+    virtual void step(int count) = 0;
+    virtual void setText(std::uintptr_t) {}
+    virtual bool isCanceled() = 0;
+    virtual void onIdle() {}
+    virtual void setTotalSize(std::uintptr_t, std::uintptr_t) {}
+    virtual void setDoneSize(std::uintptr_t, std::uintptr_t) {}
+};
+
+/// Reports nothing and is never cancelled.
+class QO_API CDummyProgress : public IQoProgress
+{
+public:
+    void setStage(int) override {}
+    void setCurrentItem(const char16_t*, int) override {}
+    void setRange(int, int) override {}
+    void step(int) override {}
+    bool isCanceled() override;
+};

@@ -1,0 +1,127 @@
+#pragma once
+
+#include "common/KVConfig.h"
+
+/// The settings of the kernel in the host's KVConfig. A setting is reached through its number here,
+/// never by name. Declared once by initQoKernel; reading before that gives the default.
+class QO_API CQoSettings
+{
+public:
+    /// In the order in which they are declared, section by section.
+    enum ESetting : int
+    {
+        // "Common", first group
+        OutputFolder,
+        TempFolder,
+        ImportExportFolder,
+        Language,
+        TraceLevel,
+        HTTPProxy,
+        AppWidth,
+        AppHeight,
+        AppPositionX,
+        AppPositionY,
+        AppFullScreen,
+        AppGuiTab,
+        AppGuiMPFolded,
+        AppGuiTabFolded,
+        AppGuiLeftButtonsVisible,
+        CurrentSkinName,
+        CurrentSkinFrameName,
+        CloseButtonAction,
+        HideUnlicensedStations,
+        AutomatedRestartInProgress,
+        ForceNetbook,
+        LoginUsername,
+        LoginPassword,
+        LoginAnonymousBaseUrl,
+        LoginNormalBaseUrl,
+        CreateAccountBaseUrl,
+        GetCaptchaUrl,
+        AskCompatibilityModeRepair,
+        SendCompatibilityModeUsageStatistics,
+        // "Common", second group
+        VelmoraView,
+        InstalledVelmoraView,
+        VelmoraHome,
+        ExePath,
+        DiskSpaceMinMb,
+        DiskSpaceMinPerc,
+        VID,
+        Vendor,
+        MusicBrainzWebServiceURL,
+        AmazonCoverWebServiceURL,
+        SendUsageStatistics,
+        CountryCodeFromServer,
+        AmazonPurchaseOff,
+        UseArtistSimilarityVelmoraServer,
+        // "QO_Settings"
+        UnrelMaxPercent,
+        ReorderTargetDir,
+        ReorderRule,
+        UseImportRule,
+        UseImportMoviesRule,
+        ExportFolder,
+        ExportToFolderRule,
+        LastViewsState,
+        MaxFilesBurn,
+        RecordedMusicFilesDir,
+        RecordedMusicFilesRule,
+        RecordedStreamsDir,
+        RecordedStreamRule,
+        ConvertedMusicFilesDir,
+        ConvertedMusicFilesRule,
+        ImportedMusicFilesDir,
+        ImportedMusicFilesRule,
+        MusicVideoClipsDir,
+        MusicVideoClipsRule,
+        PodcastsDir,
+        PodcastsRule,
+        AudioBooksDir,
+        AudioBooksRule,
+        ConvertedMoviesDir,
+        ConvertedMoviesRule,
+        RecordedWebVideosDir,
+        RecordedWebVideosRule,
+        ImportedMoviesDir,
+        ImportedMoviesRule,
+        PurchasedMusicFilesDir,
+        PurchasedMusicFilesRule,
+        MusicBaseDir,
+        VideoBaseDir,
+        MusicCollectionDirsCount,
+        ReApplyRulesWhenTagsChanged,
+        UsbDevicesCount,
+        WpdDevicesCount,
+        QoViewsHeightRatio,
+        ListFilesColumnsCfg,
+        DontShowSetReviewedDlg,
+        MaxFilesSavePictures,
+        LogicalView,
+        AlbumView,
+        SimpleMode,
+        SelMode,
+        InstallerMusicCollectionFolder,
+        settingCount
+    };
+
+    /// The three declarations of the start, in this order.
+    static void declareCommon(KVConfig* config, CKVModule* module);
+    static void declareFolders();
+    static void declareQoSettings();
+
+    static CString get(ESetting setting);
+    /// By the rules of qo::textToInt.
+    static int getInt(ESetting setting);
+    static bool getBool(ESetting setting) { return getInt(setting) != 0; }
+    static void set(ESetting setting, const CString& value);
+
+    /// The settings of an indexed record, as "MusicCollectionDir%d"; declared on demand in
+    /// "QO_Settings" with an empty default.
+    static CString getIndexed(const char16_t* nameFormat, int index);
+    static void setIndexed(const char16_t* nameFormat, int index, const CString& value);
+
+    static const char16_t* getName(ESetting setting);
+    static CString getDefault(ESetting setting);
+    static CKVModule* getModule();
+};

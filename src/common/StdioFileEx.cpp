@@ -1,0 +1,164 @@
+#include "common/StdioFileEx.h"
+
+#include "common/types/Utf.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+
+#include <cstring>
+
+namespace
+{
+constexpr std::size_t bufferSize = std::size_t(64) * 1024;
+// Files from peers must not fill the memory with one line.
+constexpr std::size_t longestLine = std::size_t(1024) * 1024;
+constexpr unsigned char utf8Mark[] = {0xEF, 0xBB, 0xBF};
+constexpr char16_t utf16Mark = 0xFEFF;
+
+qo::OpenMode modeOf(unsigned flags)
+{
+    if ((flags & (CStdioFileEx::modeWrite | CStdioFileEx::modeReadWrite)) == 0)
+        return qo::OpenMode::read;
+    if (flags & CStdioFileEx::modeCreate)
+        return flags & CStdioFileEx::modeNoTruncate ? qo::OpenMode::append
+                                                    : qo::OpenMode::createAlways;
+    return qo::OpenMode::update;
+}
+} // namespace
+
+CStdioFileEx::CStdioFileEx(unsigned codePage) : m_codePage(codePage) {}
+
+CStdioFileEx::~CStdioFileEx()
+{
+    Close();
+}
+
+bool CStdioFileEx::Open(const CString& path, unsigned flags)
+{
+    Close();
+    m_flags = flags;
+    m_isUnicode = false;
+    m_firstRead = m_firstWrite = true;
+    m_file = qo::fileSystem().open(path, modeOf(flags), m_error);
+    if (!m_file)
+        return false;
+    if (modeOf(flags) == qo::OpenMode::read || modeOf(flags) == qo::OpenMode::update)
+    {
+        char16_t mark = 0;
+        m_isUnicode = m_file->read(&mark, sizeof(mark)) == sizeof(mark) && mark == utf16Mark;
+        m_file->seek(0);
+    }
+    return true;
+}
+
+bool CStdioFileEx::Close()
+{
+    const bool done = flush();
+    m_file.reset();
+    m_buffer.clear();
+    m_next = 0;
+    return done;
+}
+
+bool CStdioFileEx::fill()
+{
+    m_buffer.resize(bufferSize);
+    m_next = 0;
+    const std::int64_t got = m_file ? m_file->read(m_buffer.data(), bufferSize) : 0;
+    m_buffer.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+    if (got < 0)
+        m_error = m_file->error();
+    return got > 0;
+}
+
+int CStdioFileEx::nextByte()
+{
+    if (m_next >= m_buffer.size() && !fill())
+        return -1;
+    return static_cast<unsigned char>(m_buffer[m_next++]);
+}
+
+void CStdioFileEx::skipMark()
+{
+    if (!m_firstRead)
+        return;
+    m_firstRead = false;
+    if (m_next >= m_buffer.size() && !fill())
+        return;
+    if (m_isUnicode)
+        m_next = sizeof(utf16Mark);
+    else if (m_codePage == utf8CodePage && m_buffer.size() >= sizeof(utf8Mark) &&
+             std::memcmp(m_buffer.data(), utf8Mark, sizeof(utf8Mark)) == 0)
+        m_next = sizeof(utf8Mark);
+}
+
+bool CStdioFileEx::ReadString(CString& line)
+{
+    line.Empty();
+    skipMark();
+    std::string bytes;
+    CString wide;
+    bool any = false;
+    for (int byte = nextByte(); byte >= 0; byte = nextByte())
+    {
+        any = true;
+        int unit = byte;
+        if (m_isUnicode)
+        {
+            const int high = nextByte();
+            if (high < 0)
+                break;
+            unit |= high << 8;
+        }
+        if (unit == '\n')
+            break;
+        if (m_isUnicode && static_cast<std::size_t>(wide.GetLength()) < longestLine / 2)
+            wide += static_cast<char16_t>(unit);
+        else if (!m_isUnicode && bytes.size() < longestLine)
+            bytes += static_cast<char>(unit);
+    }
+    line = m_isUnicode ? wide : qo::fromUtf8(bytes);
+    if (!line.IsEmpty() && line[line.GetLength() - 1] == u'\r')
+        line = line.Left(line.GetLength() - 1);
+    return any;
+}
+
+bool CStdioFileEx::put(const void* data, std::size_t size)
+{
+    const char* const bytes = static_cast<const char*>(data);
+    m_output.insert(m_output.end(), bytes, bytes + size);
+    return m_output.size() < bufferSize || flush();
+}
+
+bool CStdioFileEx::flush()
+{
+    if (!m_file || m_output.empty())
+        return true;
+    const bool done = m_file->write(m_output.data(), m_output.size());
+    if (!done)
+        m_error = m_file->error();
+    m_output.clear();
+    return done;
+}
+
+bool CStdioFileEx::WriteString(const char16_t* text)
+{
+    if (!m_file)
+        return false;
+    const bool wide = m_flags & modeUnicode;
+    bool done = true;
+    if (m_firstWrite && m_file->position() == 0)
+    {
+        if (wide)
+            done = put(&utf16Mark, sizeof(utf16Mark));
+        else if (m_codePage == utf8CodePage)
+            done = put(utf8Mark, sizeof(utf8Mark));
+    }
+    m_firstWrite = false;
+    const CString value(text);
+    if (wide)
+        return put(value.GetString(),
+                   static_cast<std::size_t>(value.GetLength()) * sizeof(char16_t)) &&
+               done;
+    const std::string bytes = qo::toUtf8(value);
+    return put(bytes.data(), bytes.size()) && done;
+}

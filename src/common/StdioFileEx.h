@@ -1,0 +1,68 @@
+#pragma once
+
+#include "common/types/Exception.h"
+#include "common/types/String.h"
+
+#include <memory>
+#include <vector>
+
+namespace qo
+{
+class IFile;
+}
+
+/// A buffered text file that knows its encoding: UTF-16 with a byte-order mark, or bytes in a code
+/// page, which is UTF-8 for every page here. Not for several threads at once.
+class QO_API CStdioFileEx
+{
+public:
+    static constexpr unsigned utf8CodePage = 65001;
+
+    enum EFlags : unsigned
+    {
+        modeRead = 0x0,
+        modeWrite = 0x1,
+        modeReadWrite = 0x2,
+        modeCreate = 0x1000,
+        modeNoTruncate = 0x2000,
+        modeUnicode = 0x200000 ///< writes UTF-16
+    };
+
+    explicit CStdioFileEx(unsigned codePage = utf8CodePage);
+    ~CStdioFileEx();
+    CStdioFileEx(const CStdioFileEx&) = delete;
+    CStdioFileEx& operator=(const CStdioFileEx&) = delete;
+
+    /// False when the file cannot be opened; the reason is then in error().
+    bool Open(const CString& path, unsigned flags);
+    /// Writes out what is buffered; false when that fails.
+    bool Close();
+
+    /// The next line without its end (LF or CR LF); false at the end of the file. A line beyond
+    /// 1 MiB is cut there and its rest passed over.
+    bool ReadString(CString& line);
+    /// The text as it is, without a line end; a mark goes before the first one in an empty file.
+    bool WriteString(const char16_t* text);
+
+    bool isUnicode() const { return m_isUnicode; }
+    /// The system's error number of the last failure.
+    int error() const { return m_error; }
+
+private:
+    bool fill();
+    int nextByte();
+    bool put(const void* data, std::size_t size);
+    bool flush();
+    void skipMark();
+
+    unsigned m_codePage;
+    unsigned m_flags = 0;
+    bool m_isUnicode = false;
+    bool m_firstRead = true;
+    bool m_firstWrite = true;
+    int m_error = 0;
+    std::unique_ptr<qo::IFile> m_file;
+    std::vector<char> m_buffer;
+    std::size_t m_next = 0;     ///< first byte of the buffer that was not read yet
+    std::vector<char> m_output; ///< written, not yet in the file
+};

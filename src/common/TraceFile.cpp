@@ -1,0 +1,167 @@
+#include "common/TraceFile.h"
+
+#include "common/types/CharClass.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+
+#include <algorithm>
+#include <functional>
+#include <vector>
+
+namespace qo
+{
+namespace
+{
+constexpr int shortestBaseName = 5;
+
+struct LevelRow
+{
+    const char16_t* name;
+    const char16_t* label;
+};
+constexpr LevelRow levelRows[] = {{u"None", u""},
+                                  {u"Error", u"ERR"},
+                                  {u"Warning", u"WRN"},
+                                  {u"Info", u"INF"},
+                                  {u"Debug", u"DBG"},
+                                  {u"Detail", u"-->"},
+                                  {u"Verbose", u"---"}};
+constexpr int levelRowCount = static_cast<int>(std::size(levelRows));
+
+int countWhile(std::u16string_view text, bool (*test)(char16_t))
+{
+    int count = 0;
+    while (count < static_cast<int>(text.size()) && test(text[static_cast<std::size_t>(count)]))
+        ++count;
+    return count;
+}
+
+bool isUpperHex(char16_t c)
+{
+    return isDigit(c) || (c >= u'A' && c <= u'F');
+}
+
+/// "_YYYYMMDD_HHMMSS_PID.txt"
+bool isStamp(std::u16string_view text)
+{
+    for (const int digits : {8, 6})
+    {
+        if (text.empty() || text[0] != u'_' || countWhile(text.substr(1), isDigit) != digits)
+            return false;
+        text.remove_prefix(static_cast<std::size_t>(digits) + 1);
+    }
+    if (text.empty() || text[0] != u'_')
+        return false;
+    const int process = countWhile(text.substr(1), isUpperHex);
+    return process > 0 && text.substr(static_cast<std::size_t>(process) + 1) == u".txt";
+}
+} // namespace
+
+int levelFromName(const CString& name)
+{
+    for (int i = 0; i < levelRowCount; ++i)
+    {
+        if (name.CompareNoCase(levelRows[i].name) == 0)
+            return i * 10;
+    }
+    return 0;
+}
+
+const char16_t* levelLabel(int level)
+{
+    const int row = level / 10;
+    return level < 0 || row >= levelRowCount ? u"" : levelRows[row].label;
+}
+
+TraceFile::TraceFile() = default;
+
+TraceFile::TraceFile(CString basePath) : m_basePath(std::move(basePath)) {}
+
+TraceFile::~TraceFile() = default;
+
+void TraceFile::setBasePath(const CString& basePath)
+{
+    close();
+    m_basePath = basePath;
+}
+
+void TraceFile::openNamed()
+{
+    // Appending, not emptying: a second roll-over within one second must not lose lines.
+    int error = 0;
+    m_file = fileSystem().open(m_name, OpenMode::append, error);
+    m_size = m_file ? m_file->position() : 0;
+    constexpr char16_t mark = 0xFEFF;
+    if (m_file && m_size == 0 && m_file->write(&mark, sizeof(mark)))
+        m_size = sizeof(mark);
+}
+
+void TraceFile::open(const CalendarTime& time)
+{
+    close();
+    m_name.Format(u"%s_%s_%X.txt", m_basePath, timeStamp(time), systemClock().processId());
+    openNamed();
+    if (m_file)
+        m_date = time;
+}
+
+void TraceFile::close()
+{
+    m_file.reset();
+}
+
+void TraceFile::reopen()
+{
+    if (!m_file)
+        return;
+    close();
+    openNamed();
+}
+
+void TraceFile::writeLine(int level, const CalendarTime& time, const CString& text)
+{
+    if (!m_file)
+        return;
+    CString line;
+    line.Preallocate(text.GetLength() + 40);
+    line.Format(u"%02d:%02d:%02d.%03d %X %s: ",
+                time.hour,
+                time.minute,
+                time.second,
+                time.millisecond,
+                systemClock().threadId(),
+                levelLabel(level));
+    line += text;
+    line += u"\r\n";
+    const std::size_t bytes = static_cast<std::size_t>(line.GetLength()) * sizeof(char16_t);
+    if (m_file->write(line.GetString(), bytes))
+        m_size += static_cast<std::int64_t>(bytes);
+}
+
+void TraceFile::cleanUp(const CString& basePath, int keep)
+{
+    const int separator = std::max(basePath.ReverseFind(u'\\'), basePath.ReverseFind(u'/'));
+    const CString base = basePath.Mid(separator + 1);
+    const CString folder = separator < 0 ? CString(u".") : basePath.Left(separator);
+    if (keep <= 0 || base.GetLength() < shortestBaseName)
+        return;
+    std::vector<DirEntry> entries;
+    if (fileSystem().list(folder, entries) != 0)
+        return;
+    std::vector<CString> names;
+    for (const DirEntry& entry : entries)
+    {
+        const bool isOurs = entry.info.kind == FileKind::regular && !entry.info.isLink &&
+                            entry.name.Left(base.GetLength()) == base &&
+                            isStamp(entry.name.Mid(base.GetLength()).view());
+        if (isOurs)
+            names.push_back(entry.name);
+    }
+    if (names.size() <= static_cast<std::size_t>(keep))
+        return;
+    // The names carry the time: the newest come first.
+    std::sort(names.begin(), names.end(), [](const CString& a, const CString& b) { return b < a; });
+    for (std::size_t i = static_cast<std::size_t>(keep); i < names.size(); ++i)
+        (void)fileSystem().removeFile(folder + u"\\" + names[i]);
+}
+} // namespace qo

@@ -1,0 +1,149 @@
+#include "common/FileUtils.h"
+
+#include "common/StdioFileEx.h"
+#include "common/types/StringArray.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "platform/SpecialFolders.h"
+#include "support/Print.h"
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+TEST(FileUtils, NamesAndPathsArePutTogether)
+{
+    CString name(u"a&b:c~d\"e");
+    qo::sanitizeName(name);
+    EXPECT_EQ(name, CString(u"aandb_c_d_e"));
+    EXPECT_EQ(qo::addBackslash(CString()), CString());
+    EXPECT_EQ(qo::combinePath(u"C:\\a\\", u"b", u"txt"), CString(u"C:\\a\\b.txt"));
+    EXPECT_EQ(qo::combinePath(CString(), u"b"), CString(u"b"));
+    EXPECT_EQ(qo::removeBackslash(u"C:\\"), CString(u"C:"));
+}
+
+TEST(FileUtils, EmptinessOfFoldersLooksDeeperOnlyWhenAsked)
+{
+    const TempDir dir;
+    dir.makeFolder("a/b");
+    EXPECT_FALSE(CFileUtils::IsDirEmpty(dir.collPath("a"), false));
+    EXPECT_TRUE(CFileUtils::IsDirEmpty(dir.collPath("a"), true));
+    EXPECT_TRUE(CFileUtils::IsDirEmpty(dir.collPath("missing"), false));
+    dir.write("a/b/file", "x");
+    EXPECT_FALSE(CFileUtils::IsDirEmpty(dir.collPath("a"), true));
+}
+
+TEST(FileUtils, RemovingAFolderLeavesWhatItsLinksPointTo)
+{
+    const TempDir dir;
+    dir.write("kept/file", "x");
+    dir.write("gone/deep/file", "x");
+    ASSERT_EQ(::symlink(dir.path("kept").c_str(), dir.path("gone/link").c_str()), 0);
+    ASSERT_EQ(::symlink("nowhere", dir.path("gone/lost").c_str()), 0);
+    EXPECT_TRUE(CFileUtils::RemoveDirectoryRec(dir.collPath("gone")));
+    EXPECT_FALSE(qo::fileSystem().exists(dir.collPath("gone")));
+    EXPECT_EQ(dir.read("kept/file"), "x");
+    EXPECT_TRUE(CFileUtils::RemoveDirectoryRec(dir.collPath("gone")))
+        << "nothing there is no failure";
+    EXPECT_TRUE(CFileUtils::RemoveDirectoryRec(dir.collPath("kept/file")))
+        << "nor is a file, which stays";
+    EXPECT_EQ(dir.read("kept/file"), "x");
+}
+
+TEST(FileUtils, TheRootTheHomeFolderAndMountPointsAreNotRemovedUnderAnyName)
+{
+    const TempDir dir;
+    dir.write("home/inner/file", "x");
+    ASSERT_EQ(::symlink("home", dir.path("link").c_str()), 0);
+    const char* const old = std::getenv("HOME");
+    const std::string oldHome = old ? old : "";
+    ::setenv("HOME", dir.path("link").c_str(), 1);
+    const CString home = dir.collPath("home");
+    const CString names[] = {u"C:\\",
+                             u"C:\\\\",
+                             u"C:\\proc",
+                             home,
+                             home + u"\\",
+                             home + u"\\\\",
+                             home + u"\\inner\\..",
+                             home + u"\\."};
+    for (const CString& name : names)
+        EXPECT_FALSE(CFileUtils::RemoveDirectoryRec(name)) << qo::toUtf8(name);
+    EXPECT_TRUE(CFileUtils::RemoveDirectoryRec(dir.collPath("link"))) << "a link is no folder";
+    EXPECT_EQ(dir.read("home/inner/file"), "x");
+    ::setenv("HOME", oldHome.c_str(), 1);
+}
+
+TEST(FileUtils, OneFolderIsMadeButNotItsParents)
+{
+    const TempDir dir;
+    EXPECT_FALSE(CFileUtils::AssureDirExists(dir.collPath("a/b")));
+    EXPECT_TRUE(CFileUtils::AssureDirExists(dir.collPath("a")));
+    EXPECT_TRUE(CFileUtils::AssureDirExists(dir.collPath("a")));
+    dir.write("file", "x");
+    EXPECT_FALSE(CFileUtils::AssureDirExists(dir.collPath("file")));
+}
+
+TEST(StdioFileEx, LinesComeWithoutMarkAndLineEnd)
+{
+    struct Case
+    {
+        const char* name;
+        std::string bytes;
+    };
+    const Case cases[] = {
+        {"utf8 with mark", "\xEF\xBB\xBF\xC3\xA9t\xC3\xA9\r\nzwei\n\nlast"},
+        {"utf8 without", "\xC3\xA9t\xC3\xA9\nzwei\r\n\nlast"},
+        {"utf16",
+         std::string("\xFF\xFE\xE9\0t\0\xE9\0\r\0\n\0z\0w\0e\0i\0\n\0\n\0l\0a\0s\0t\0", 32)}};
+    for (const Case& c : cases)
+    {
+        const TempDir dir;
+        dir.write("text", c.bytes);
+        CStdioFileEx file;
+        ASSERT_TRUE(file.Open(dir.collPath("text"), CStdioFileEx::modeRead));
+        CStringArray lines;
+        for (CString line; file.ReadString(line);)
+            lines.Add(line);
+        EXPECT_EQ(lines.join(u"|"), CString(u"\u00E9t\u00E9|zwei||last")) << c.name;
+    }
+}
+
+TEST(StdioFileEx, WritesOneMarkWhateverTheNumberOfTexts)
+{
+    const TempDir dir;
+    for (const unsigned unicode : {0U, unsigned(CStdioFileEx::modeUnicode)})
+    {
+        const unsigned flags = CStdioFileEx::modeWrite | CStdioFileEx::modeCreate | unicode;
+        CStdioFileEx file;
+        ASSERT_TRUE(file.Open(dir.collPath("out"), flags));
+        EXPECT_TRUE(file.WriteString(u"a"));
+        EXPECT_TRUE(file.WriteString(u"\u00E9"));
+        EXPECT_TRUE(file.Close());
+        ASSERT_TRUE(file.Open(dir.collPath("out"), flags | CStdioFileEx::modeNoTruncate));
+        EXPECT_TRUE(file.WriteString(u"b"));
+        EXPECT_TRUE(file.Close());
+        const std::string expected = unicode ? std::string("\xFF\xFE"
+                                                           "a\0\xE9\0b\0",
+                                                           8)
+                                             : "\xEF\xBB\xBF"
+                                               "a\xC3\xA9"
+                                               "b";
+        EXPECT_EQ(dir.read("out"), expected);
+    }
+}
+
+TEST(StdioFileEx, AnEndlessLineIsCut)
+{
+    const TempDir dir;
+    dir.write("long", std::string(3 << 20, 'x') + "\nnext\n");
+    CStdioFileEx file;
+    ASSERT_TRUE(file.Open(dir.collPath("long"), CStdioFileEx::modeRead));
+    CString line;
+    ASSERT_TRUE(file.ReadString(line));
+    EXPECT_EQ(line.GetLength(), 1 << 20);
+    ASSERT_TRUE(file.ReadString(line));
+    EXPECT_EQ(line, CString(u"next"));
+}

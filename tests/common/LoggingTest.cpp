@@ -1,0 +1,179 @@
+#include "common/LogLevel.h"
+#include "common/LoggerEx.h"
+#include "common/ProfileTimer.h"
+#include "common/Profiler.h"
+#include "common/TraceFile.h"
+#include "common/TraceLog.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "support/DocExample.h"
+#include "support/Print.h"
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <regex>
+#include <thread>
+
+namespace
+{
+/// A clock that stands where the test puts it.
+class StillClock : public qo::IClock
+{
+public:
+    StillClock() { qo::setSystemClock(this); }
+    ~StillClock() override { qo::setSystemClock(nullptr); }
+    FILETIME now() const override { return {}; }
+    qo::CalendarTime localTime() const override { return time; }
+    std::uint32_t tickCount() const override { return 0; }
+    unsigned threadId() const override { return 0xAB; }
+    unsigned processId() const override { return 0x1F; }
+    GUID newGuid() const override { return {}; }
+
+    qo::CalendarTime time{2026, 3, 4, 5, 6, 7, 8};
+};
+
+std::vector<std::string> namesIn(const TempDir& dir)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
+        names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string utf16(std::u16string_view text)
+{
+    return {reinterpret_cast<const char*>(text.data()), text.size() * 2};
+}
+} // namespace
+
+TEST(LoggerEx, LinesAndFileNamesHaveTheirFixedForm)
+{
+    const TempDir dir;
+    StillClock clock;
+    CLoggerEx logger;
+    logger.setBasePath(dir.collPath("QoKernel"));
+    logger.write(qo::level::error, u"silent");
+    EXPECT_TRUE(namesIn(dir).empty()) << "a silent logger makes no file";
+
+    logger.setMaxLevel(qo::level::flow);
+    logger.write(qo::level::step, u"too detailed");
+    EXPECT_TRUE(namesIn(dir).empty());
+    logger.write(qo::level::flow, u"%s of %d", CString(u"100%s"), 7);
+    EXPECT_EQ(namesIn(dir), std::vector<std::string>{"QoKernel_20260304_050607_1F.txt"});
+    EXPECT_EQ(dir.read("QoKernel_20260304_050607_1F.txt"),
+              utf16(u"\uFEFF05:06:07.008 AB DBG: 100%s of 7\r\n"));
+}
+
+TEST(LoggerEx, ANewDayOfTheMonthStartsANewFile)
+{
+    const TempDir dir;
+    StillClock clock;
+    CLoggerEx logger;
+    logger.setBasePath(dir.collPath("QoKernel"));
+    logger.setMaxLevel(qo::level::error);
+    logger.write(qo::level::error, u"one");
+    clock.time.month = 4;
+    logger.write(qo::level::error, u"same day of another month");
+    clock.time.day = 5;
+    logger.write(qo::level::error, u"two");
+    EXPECT_EQ(namesIn(dir).size(), 2U);
+}
+
+TEST(TraceLog, AFileBeyondTenMebibytesIsFollowedByAnotherAndNoLineIsLost)
+{
+    const TempDir dir;
+    StillClock clock;
+    qo::TraceLog::setBasePath(dir.collPath("Trace"));
+    qo::TraceLog::setMaxLevel(qo::level::error);
+    const CString filler(u'x', 1 << 20);
+    for (int i = 0; i < 6; ++i)
+    {
+        qo::TraceLog::trace(qo::level::error, u"%s", filler);
+        clock.time.second = 10 + i;
+    }
+    qo::TraceLog::setMaxLevel(0);
+    qo::TraceLog::setBasePath(dir.collPath("Other"));
+    const std::vector<std::string> names = namesIn(dir);
+    ASSERT_EQ(names.size(), 2U);
+    EXPECT_EQ(names[1], "Trace_20260304_050614_1F.txt")
+        << "the line that found it too large is in the new file";
+    const auto total = dir.read(names[0]).size() + dir.read(names[1]).size();
+    EXPECT_GT(total, 6U * (2U << 20U));
+}
+
+TEST(TraceLog, ManyThreadsWriteWholeLines)
+{
+    const TempDir dir;
+    qo::TraceLog::setBasePath(dir.collPath("Trace"));
+    qo::TraceLog::setMaxLevel(qo::level::flow);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back(
+            []
+            {
+                for (int i = 0; i < 200; ++i)
+                    qo::TraceLog::trace(qo::level::flow, u"0123456789");
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    qo::TraceLog::setMaxLevel(0);
+    qo::TraceLog::setBasePath(dir.collPath("Other"));
+    std::string all;
+    for (const std::string& name : namesIn(dir))
+        all += dir.read(name).substr(2);
+    std::size_t lines = 0;
+    const std::string end = utf16(u": 0123456789\r\n");
+    for (std::size_t at = all.find(end); at != std::string::npos; at = all.find(end, at + 1))
+        ++lines;
+    EXPECT_EQ(lines, 800U);
+}
+
+TEST(TraceFile, CleaningUpKeepsTheNewestAndTouchesNothingOfTheUsers)
+{
+    const TempDir dir;
+    for (int i = 10; i < 21; ++i)
+        dir.write("Trace_202601" + std::to_string(i) + "_000000_1.txt", "x");
+    for (const char* name :
+         {"Trace notes.txt", "Trace_20250101_000000_1.txt.bak", "Tracer_20250101_000000_1.txt"})
+        dir.write(name, "mine");
+    qo::TraceFile::cleanUp(dir.collPath("Trac"), 1);
+    EXPECT_EQ(namesIn(dir).size(), 14U) << "a short base name deletes nothing";
+    qo::TraceFile::cleanUp(dir.collPath("Trace"), 11);
+    EXPECT_EQ(namesIn(dir).size(), 14U);
+    qo::TraceFile::cleanUp(dir.collPath("Trace"), 10);
+    EXPECT_EQ(namesIn(dir).size(), 13U);
+    EXPECT_FALSE(std::filesystem::exists(dir.path("Trace_20260110_000000_1.txt")));
+}
+
+TEST(TraceFile, LevelsAreKnownByName)
+{
+    EXPECT_EQ(qo::levelFromName(u"None"), 0);
+    EXPECT_EQ(qo::levelFromName(u"debug"), 40);
+    EXPECT_EQ(qo::levelFromName(u"Verbose"), 60);
+    EXPECT_EQ(qo::levelFromName(u"loud"), 0);
+    EXPECT_EQ(CString(qo::levelLabel(50)), CString(u"-->"));
+    EXPECT_EQ(CString(qo::levelLabel(70)), CString());
+}
+
+TEST(Profiler, CountersAreWrittenByName)
+{
+    const TempDir dir;
+    qo::Profiler::activate(u"QoKernel", 1);
+    qo::Profiler::add(u"zebra", 65'001'000'000);
+    qo::Profiler::add(u"ant", 7'000'000);
+    qo::Profiler::add(u"ant", 3'723'004'000'000);
+    qo::TraceLog::setBasePath(dir.collPath("Trace"));
+    qo::TraceLog::setMaxLevel(qo::level::timing);
+    qo::Profiler::dump();
+    qo::TraceLog::setMaxLevel(0);
+    qo::TraceLog::setBasePath(dir.collPath("Other"));
+    qo::Profiler::reset();
+    qo::Profiler::activate(u"QoKernel", 0);
+    const std::string text = dir.read(namesIn(dir)[0]);
+    EXPECT_NE(text.find(utf16(u"ant :    1:02:03.011 ms | 2 times\r\n")), std::string::npos);
+    EXPECT_NE(text.find(utf16(u"zebra :    01:05.001 ms | 1 times\r\n")), std::string::npos);
+    EXPECT_LT(text.find(utf16(u"ant :")), text.find(utf16(u"zebra")));
+}

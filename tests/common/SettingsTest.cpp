@@ -1,0 +1,163 @@
+#include "common/Settings.h"
+
+#include "common/Kernel.h"
+#include "common/MakeObject.h"
+#include "common/Paths.h"
+#include "common/PathsInfoMap.h"
+#include "common/QoException.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "platform/SpecialFolders.h"
+#include "support/LogCapture.h"
+#include "support/Print.h"
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+
+namespace
+{
+/// A store in memory that remembers the order of declaration.
+class MemoryConfig : public KVConfig
+{
+public:
+    Section* addSection(int, const char16_t* name) override
+    {
+        return reinterpret_cast<Section*>(&*sections.try_emplace(CString(name)).first);
+    }
+    Key* addKey(Section* section, const char16_t* name, const char16_t* defaultValue) override
+    {
+        auto& entry =
+            *reinterpret_cast<std::pair<const CString, std::map<CString, CString>>*>(section);
+        declared.Add(entry.first + u"/" + name);
+        return reinterpret_cast<Key*>(
+            &entry.second.try_emplace(CString(name), defaultValue).first->second);
+    }
+    CString getValue(const Key* key) const override
+    {
+        return *reinterpret_cast<const CString*>(key);
+    }
+    void setValue(Key* key, const CString& value) override
+    {
+        *reinterpret_cast<CString*>(key) = value;
+    }
+
+    std::map<CString, std::map<CString, CString>> sections;
+    CStringArray declared;
+};
+
+/// A kernel that keeps everything below a folder of the test's.
+class Settings : public testing::Test
+{
+protected:
+    Settings() { qo::specialFolders().setBase(dir.collPath()); }
+    ~Settings() override
+    {
+        CQoSettings::declareCommon(nullptr, nullptr);
+        qo::specialFolders().setBase(CString());
+    }
+
+    TempDir dir;
+    MemoryConfig config;
+};
+} // namespace
+
+TEST_F(Settings, AFirstStartDeclaresEveryKeyInOrderWithItsDefault)
+{
+    initQoKernel(&config, nullptr);
+    EXPECT_EQ(config.declared.GetSize(), 29 + 14 + 45 + 1);
+    EXPECT_EQ(config.declared[0], CString(u"Common/OutputFolder"));
+    EXPECT_EQ(config.declared[29], CString(u"Common/VelmoraView"));
+    EXPECT_EQ(config.declared[43], CString(u"QO_Settings/UnrelMaxPercent"));
+    EXPECT_EQ(config.declared[88], CString(u"QO_Settings/InstallerMusicCollectionFolder"));
+    EXPECT_EQ(CQoSettings::get(CQoSettings::OutputFolder), dir.collPath("Music"));
+    EXPECT_EQ(CQoSettings::get(CQoSettings::ImportExportFolder).Right(1), CString(u"\\"));
+    EXPECT_EQ(CQoSettings::get(CQoSettings::TempFolder), dir.collPath("cache/temp"));
+    EXPECT_EQ(CQoSettings::getInt(CQoSettings::MaxFilesSavePictures), 50);
+    EXPECT_EQ(CQoSettings::get(CQoSettings::RecordedStreamRule), CString(u"_station_track.ext"));
+    EXPECT_TRUE(CQoSettings::getBool(CQoSettings::SendUsageStatistics));
+    // "None" is the default level: nothing was written.
+    EXPECT_EQ(qo::fileSystem().isDirectory(dir.collPath("state/log/QOP")), true);
+    std::vector<qo::DirEntry> logs;
+    ASSERT_EQ(qo::fileSystem().list(dir.collPath("state/log/QOP"), logs), 0);
+    EXPECT_TRUE(logs.empty());
+}
+
+TEST_F(Settings, WhatTheStoreHasWins)
+{
+    config.sections[u"Common"][u"Language"] = u"de";
+    config.sections[u"Common"][u"TempFolder"] = u"C:\\is\\not\\there";
+    initQoKernel(&config, nullptr);
+    EXPECT_EQ(CQoSettings::get(CQoSettings::Language), CString(u"de"));
+    EXPECT_EQ(CQoSettings::get(CQoSettings::TempFolder), dir.collPath("cache/temp"))
+        << "a folder that is gone is replaced";
+    CQoSettings::set(CQoSettings::Language, u"fr");
+    EXPECT_EQ(config.sections[u"Common"][u"Language"], CString(u"fr"));
+}
+
+TEST_F(Settings, CollectionFoldersKeepTheirKinds)
+{
+    initQoKernel(&config, nullptr);
+    CStringArray dirs;
+    CQoPathsInfoMap map;
+    dirs.Add(u"C:\\Music");
+    dirs.Add(u"C:\\Films");
+    map.SetAt(u"C:\\Films", CQoPathInfo::nothingIsMusic);
+    CQoPaths::setMusicCollectionDirs(dirs, map);
+    CStringArray stored;
+    CQoPathsInfoMap kinds;
+    kinds.SetAt(u"C:\\old", CQoPathInfo::allIsMusic);
+    CQoPaths::getMusicCollectionDirs(stored, &kinds);
+    EXPECT_EQ(stored.join(u"|"), CString(u"C:\\Music|C:\\Films"));
+    EXPECT_EQ(kinds.GetCount(), 2);
+    EXPECT_EQ(kinds.getType(u"C:\\Films"), CQoPathInfo::nothingIsMusic);
+
+    config.sections[u"QO_Settings"][u"MusicCollectionDirType1"] = u"77";
+    CQoPaths::getMusicCollectionDirs(stored, &kinds);
+    EXPECT_EQ(kinds.getType(u"C:\\Films"), CQoPathInfo::audioIsMusic)
+        << "an unknown kind is the default";
+}
+
+TEST_F(Settings, OutputFoldersTellTheirMediaType)
+{
+    initQoKernel(&config, nullptr);
+    CStringArray dirs;
+    CQoPaths::getOutputDirs(dirs);
+    ASSERT_EQ(dirs.GetSize(), 11);
+    EXPECT_EQ(dirs[7], dir.collPath("Videos/Velmora Converted Videos"));
+    EXPECT_EQ(CQoPaths::getOutputDirType(dirs[9] + u"\\a.mp3"), CQoPaths::purchasedMusicFiles);
+    EXPECT_EQ(CQoPaths::getOutputDirType(u"C:\\elsewhere"), CQoPaths::noMediaType);
+    CQoSettings::set(CQoSettings::PodcastsDir, dirs[9] + u"\\inner");
+    EXPECT_EQ(CQoPaths::getOutputDirType(dirs[9] + u"\\inner\\x"), CQoPaths::noMediaType)
+        << "two folders hold it";
+    EXPECT_EQ(CQoPaths::getLastUsedQof(), CQoPaths::getVelmoraQof());
+    EXPECT_EQ(CQoPaths::getQoDbFilePath(), dir.collPath("Qorganizer/qodb"));
+    EXPECT_EQ(CQoPaths::getDefaultFolder(8), CQoPaths::getDefaultFolder(10));
+}
+
+TEST(QoException, IsSetMeansThatTheTypeIsNone)
+{
+    EXPECT_TRUE(CQoException(CQoException::noError, nullptr).isSet());
+    CQoException exception(CQoException::outOfMemory, u"message");
+    EXPECT_FALSE(exception.isSet());
+    exception.set(CQoException::extractFailed, nullptr);
+    EXPECT_TRUE(exception.getErrorMessage().IsEmpty());
+}
+
+TEST(QoException, OutOfMemoryIsLoggedAndThrownAsAPointer)
+{
+    const LogCapture log;
+    try
+    {
+        qo::throwOutOfMemory({u".\\Physical\\HDDirectory", 42});
+    }
+    catch (CQoException* caught)
+    {
+        const std::unique_ptr<CQoException> exception(caught);
+        EXPECT_EQ(exception->getType(), CQoException::outOfMemory);
+    }
+    EXPECT_TRUE(log.has("not enough memory: file: .\\Physical\\HDDirectory, line: 42 ", 10))
+        << log.all();
+}

@@ -1,0 +1,72 @@
+#include "platform/SpecialFolders.h"
+
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "support/Print.h"
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace
+{
+/// Sets a variable of the environment for one test.
+class ScopedVariable
+{
+public:
+    ScopedVariable(const char* name, const std::string& value) : m_name(name)
+    {
+        const char* old = std::getenv(name);
+        m_old = old ? old : "";
+        m_had = old != nullptr;
+        ::setenv(name, value.c_str(), 1);
+    }
+    ~ScopedVariable()
+    {
+        if (m_had)
+            ::setenv(m_name, m_old.c_str(), 1);
+        else
+            ::unsetenv(m_name);
+    }
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+
+private:
+    const char* m_name;
+    std::string m_old;
+    bool m_had;
+};
+} // namespace
+
+TEST(SpecialFolders, FollowTheConventionsAndIgnoreRelativeValues)
+{
+    const TempDir home;
+    const ScopedVariable homeVariable("HOME", home.path());
+    const ScopedVariable data("XDG_DATA_HOME", home.path("data"));
+    const ScopedVariable state("XDG_STATE_HOME", "relative");
+    const ScopedVariable config("XDG_CONFIG_HOME", home.path("config"));
+    const ScopedVariable music("XDG_MUSIC_DIR", "");
+    home.write("config/user-dirs.dirs",
+               "# comment\nXDG_MUSIC_DIR=\"$HOME/Musik\"\nXDG_VIDEOS_DIR=broken\n");
+
+    const qo::ISpecialFolders& folders = qo::specialFolders();
+    EXPECT_EQ(folders.data(), home.collPath("data/Velmora"));
+    EXPECT_EQ(folders.state(), home.collPath(".local/state/Velmora"));
+    EXPECT_EQ(folders.music(), home.collPath("Musik"));
+    EXPECT_EQ(folders.videos(), home.collPath("Videos"));
+}
+
+TEST(SpecialFolders, OneBaseHoldsThemAll)
+{
+    const TempDir base;
+    qo::ISpecialFolders& folders = qo::specialFolders();
+    folders.setBase(base.collPath());
+    EXPECT_EQ(folders.data(), base.collPath());
+    EXPECT_EQ(folders.state(), base.collPath("state"));
+    EXPECT_EQ(folders.cache(), base.collPath("cache"));
+    EXPECT_EQ(folders.music(), base.collPath("Music"));
+    EXPECT_EQ(folders.videos(), base.collPath("Videos"));
+    folders.setBase(CString());
+    EXPECT_NE(folders.data(), base.collPath());
+}
