@@ -1,0 +1,120 @@
+#include "Database/src/DbFacade/SQLiteBackup.h"
+
+#include "Database/src/DbFacade/SQLiteException.h"
+#include "Database/src/DbFacade/SQLiteReport.h"
+#include "common/types/Utf.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+
+#include <sqlite3.h>
+
+#include <memory>
+#include <string>
+
+namespace
+{
+using Connection = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
+
+constexpr int busyTimeout = 60000; ///< milliseconds
+constexpr int pagesPerStep = 4096;
+constexpr int pauseWhenBusy = 50; ///< milliseconds
+
+Connection open(const CString& path, int flags)
+{
+    const std::string systemPath = qo::toSystemPath(path);
+    if (systemPath.empty())
+        qo::sqlite::throwError(SQLITE_CANTOPEN, u"unable to open database file", __LINE__);
+    sqlite3* raw = nullptr;
+    const int result = sqlite3_open_v2(systemPath.c_str(), &raw, flags, nullptr);
+    Connection connection(raw, sqlite3_close);
+    if (result != SQLITE_OK)
+        qo::sqlite::throwFromConnection(connection.get(), CString(), __LINE__);
+    sqlite3_extended_result_codes(connection.get(), 1);
+    sqlite3_busy_timeout(connection.get(), busyTimeout);
+    return connection;
+}
+
+/// A change by another connection between two steps starts the copy anew. After a few times the
+/// rest is one step, which nobody can come between.
+class Steps
+{
+public:
+    int pages() const { return m_restarts < maxRestarts ? pagesPerStep : everyPage; }
+    void done(int remaining)
+    {
+        m_restarts += m_remaining >= 0 && remaining >= m_remaining;
+        m_remaining = remaining;
+    }
+
+private:
+    static constexpr int maxRestarts = 3;
+    static constexpr int everyPage = -1;
+
+    int m_remaining = -1;
+    int m_restarts = 0;
+};
+
+void copyPages(sqlite3* source, sqlite3* target)
+{
+    sqlite3_backup* const backup = sqlite3_backup_init(target, "main", source, "main");
+    if (!backup)
+        qo::sqlite::throwFromConnection(target, CString(), __LINE__);
+    Steps steps;
+    int waited = 0;
+    int result = SQLITE_OK;
+    while (result != SQLITE_DONE && waited < busyTimeout)
+    {
+        result = sqlite3_backup_step(backup, steps.pages());
+        if (result == SQLITE_OK)
+            steps.done(sqlite3_backup_remaining(backup));
+        else if (result == SQLITE_BUSY || result == SQLITE_LOCKED)
+            waited += sqlite3_sleep(pauseWhenBusy);
+        else
+            break;
+    }
+    const int finished = sqlite3_backup_finish(backup);
+    if (result == SQLITE_DONE && finished == SQLITE_OK)
+        return;
+    // A copy that gave up waiting leaves no message with its connections.
+    const int code = finished != SQLITE_OK ? finished : result;
+    qo::sqlite::throwError(code, qo::fromUtf8(sqlite3_errstr(code)), __LINE__);
+}
+
+void throwSystemError(int error)
+{
+    qo::sqlite::throwError(CSQLiteException::wrapperError,
+                           u"the copy cannot be put in place: " + qo::errorText(error),
+                           __LINE__);
+}
+} // namespace
+
+void qo::backupDatabase(const CString& from, const CString& to)
+{
+    const CString unfinished = to + u".unfinished";
+    IFileSystem& files = fileSystem();
+    if (files.exists(unfinished))
+        (void)files.removeFile(unfinished);
+    int error = 0;
+    // Made here, so that it is its owner's alone from the first byte.
+    if (!files.open(unfinished, OpenMode::createAlways, error))
+        throwSystemError(error);
+    try
+    {
+        const Connection source = open(from, SQLITE_OPEN_READWRITE);
+        const Connection target = open(unfinished, SQLITE_OPEN_READWRITE);
+        copyPages(source.get(), target.get());
+    }
+    catch (...)
+    {
+        (void)files.removeFile(unfinished);
+        throw;
+    }
+    // SQLite has made the content durable. The new name is left to the system: a power cut may
+    // bring the old copy back, which is whole too.
+    error = files.moveFile(unfinished, to);
+    if (error != 0)
+    {
+        (void)files.removeFile(unfinished);
+        throwSystemError(error);
+    }
+}

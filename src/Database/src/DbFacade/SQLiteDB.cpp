@@ -1,0 +1,152 @@
+#include "Database/src/DbFacade/SQLiteDB.h"
+
+#include "Database/src/DbFacade/SQLiteException.h"
+#include "Database/src/DbFacade/SQLiteReport.h"
+#include "common/LogLevel.h"
+#include "common/SimpleLogger.h"
+#include "common/types/Utf.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+
+#include <sqlite3.h>
+
+#include <cerrno>
+#include <memory>
+
+using namespace qo::sqlite;
+
+namespace
+{
+/// Makes an absent file, so that from its first byte nobody else can read it; SQLite gives its
+/// side files the same permissions. Failures are left for the opening to find.
+void makePrivateFile(const CString& path)
+{
+    // SQLite takes the name as it is spelled: one that differs in case is another file.
+    qo::FileInfo info;
+    if (qo::fileSystem().info(path, qo::Spelling::exact, info) != ENOENT)
+        return;
+    int error = 0;
+    qo::fileSystem().open(path, qo::OpenMode::append, error);
+}
+
+/// A name that is no UTF-8 cannot pass the UTF-16 entry; then the bytes go in as they are, and a
+/// new database is told the encoding that the UTF-16 entry would have given it.
+int openBytes(const std::string& path, sqlite3*& db)
+{
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    const int result = sqlite3_open_v2(path.c_str(), &db, flags, nullptr);
+    if (result != SQLITE_OK)
+        return result;
+    return sqlite3_exec(db, "PRAGMA encoding = \"UTF-16le\"", nullptr, nullptr, nullptr);
+}
+
+/// Without its memory statistics SQLite takes no lock for each small allocation, which every
+/// compiled statement makes dozens of. Has no effect if the host has started SQLite already.
+void leaveOutStatistics()
+{
+    static const int once = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+    static_cast<void>(once);
+}
+
+int openDatabase(const CString& path, sqlite3*& db)
+{
+    leaveOutStatistics();
+    const std::string systemPath = qo::toSystemPath(path);
+    // An empty name would open a private temporary database that vanishes with the connection.
+    if (systemPath.empty())
+        throwError(SQLITE_CANTOPEN, u"unable to open database file", __LINE__);
+    makePrivateFile(path);
+    const CString wide = qo::fromUtf8(systemPath);
+    if (qo::toUtf8(wide) != systemPath)
+        return openBytes(systemPath, db);
+    return sqlite3_open16(wide.GetString(), &db);
+}
+} // namespace
+
+CSQLiteDB::CSQLiteDB(const char16_t* path) : m_path(path), m_timeLog(u"CSQLiteDB", m_path)
+{
+    if (!IsSimpleLoggerInitialized())
+        InitSimpleLogger(qo::level::detail, m_path + u"_SimpLog");
+}
+
+CSQLiteDB::~CSQLiteDB()
+{
+    try
+    {
+        Close();
+    }
+    catch (CSQLiteException* raw)
+    {
+        const std::unique_ptr<CSQLiteException> exception(raw);
+    }
+}
+
+void CSQLiteDB::Open()
+{
+    if (m_db)
+        Close();
+    if (isLogged(qo::level::detail))
+        log(qo::level::detail, __LINE__, u"Open " + m_path);
+    if (openDatabase(m_path, m_db) != SQLITE_OK)
+    {
+        const std::unique_ptr<sqlite3, int (*)(sqlite3*)> failed(m_db, sqlite3_close);
+        m_db = nullptr;
+        throwFromConnection(failed.get(), CString(), __LINE__);
+    }
+    sqlite3_extended_result_codes(m_db, 1);
+    sqlite3_busy_timeout(m_db, m_busyTimeout);
+}
+
+void CSQLiteDB::Close()
+{
+    if (isLogged(qo::level::detail))
+        log(qo::level::detail, __LINE__, u"Close " + m_path);
+    if (!m_db)
+        return;
+    if (sqlite3_close(m_db) != SQLITE_OK)
+        throwFromConnection(m_db, CString(), __LINE__);
+    m_db = nullptr;
+}
+
+void CSQLiteDB::check() const
+{
+    if (!m_db)
+        throwError(CSQLiteException::wrapperError, u"Database not open", __LINE__);
+}
+
+sqlite3_stmt* CSQLiteDB::prepare(const CString& sql) const
+{
+    check();
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare16_v2(m_db, sql.GetString(), -1, &statement, nullptr) != SQLITE_OK)
+        throwFromConnection(m_db, sql, __LINE__);
+    return statement;
+}
+
+void CSQLiteDB::Execute(const CString& sql)
+{
+    const CSQLiteTimeLog timeLog(u"CSQLiteDB::Execute", sql);
+    sqlite3_stmt* const statement = prepare(sql);
+    const int result = sqlite3_step(statement);
+    sqlite3_finalize(statement);
+    if (result != SQLITE_DONE)
+        throwFromConnection(m_db, sql, __LINE__);
+}
+
+CSQLiteStatement CSQLiteDB::CompileStatement(const CString& sql) const
+{
+    return CSQLiteStatement(m_db, prepare(sql), sql);
+}
+
+std::int64_t CSQLiteDB::LastInsertRowId() const
+{
+    check();
+    return sqlite3_last_insert_rowid(m_db);
+}
+
+void CSQLiteDB::SetBusyTimeout(int milliseconds)
+{
+    m_busyTimeout = milliseconds;
+    if (m_db)
+        sqlite3_busy_timeout(m_db, milliseconds);
+}

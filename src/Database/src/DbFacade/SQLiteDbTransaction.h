@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Database/src/DbFacade/Forward.h"
+#include "Database/src/DbFacade/SQLiteTimeLog.h"
+#include "common/ProfileTimer.h"
+#include "common/types/Export.h"
+
+/// An open transaction. Its destructor ends it the way that was chosen last. Made on the heap and
+/// deleted before its connection closes.
+class QO_API CSQLiteDbTransaction
+{
+public:
+    CSQLiteDbTransaction(CSQLiteDB* db, eSQLiteTransactionType type, eSQLiteEndTransaction end);
+    /// A commit or rollback that fails throws, except while another exception unwinds.
+    virtual ~CSQLiteDbTransaction() noexcept(false);
+    CSQLiteDbTransaction(const CSQLiteDbTransaction&) = delete;
+    CSQLiteDbTransaction& operator=(const CSQLiteDbTransaction&) = delete;
+
+    void SetCommit() noexcept { m_end = eSQLiteEndTransaction::commit; }
+    void SetRollback() noexcept { m_end = eSQLiteEndTransaction::rollback; }
+
+private:
+    CSQLiteDB* m_db;
+    eSQLiteTransactionType m_type;
+    eSQLiteEndTransaction m_end;
+    int m_unwinding; ///< exceptions in flight when it was made
+    CSQLiteTimeLog m_timeLog;
+    qo::ProfileTimer m_timer;
+};
