@@ -1,0 +1,215 @@
+#include "KVTagLib/AudioFileEditor.h"
+
+#include "KVTagLib/AudioFile.h"
+#include "KVTagLib/FlacEditor.h"
+#include "KVTagLib/Mp4Editor.h"
+#include "KVTagLib/RiffEditor.h"
+#include "KVTagLib/TagApply.h"
+#include "KVTagLib/XiphEditor.h"
+
+#include <taglib/apefile.h>
+#include <taglib/asffile.h>
+#include <taglib/id3v2framefactory.h>
+#include <taglib/mpcfile.h>
+#include <taglib/mpegfile.h>
+#include <taglib/oggflacfile.h>
+#include <taglib/opusfile.h>
+#include <taglib/speexfile.h>
+#include <taglib/trueaudiofile.h>
+#include <taglib/vorbisfile.h>
+#include <taglib/wavpackfile.h>
+
+#include <algorithm>
+
+using namespace TagLib;
+
+namespace KVTagLib
+{
+namespace
+{
+constexpr bool withoutProperties = false;
+
+void editXiph(XiphEditor& comment, const TagChanges& changes)
+{
+    comment.apply(changes);
+    bool front = false;
+    if (changes.picture())
+        comment.setPicture(comment.shownPicture(front), *changes.picture());
+}
+
+void editId3v1(FileStream& stream, const TagChanges& changes)
+{
+    applyToId3v1(changes, stream);
+}
+
+bool editId3v2(FileStream& stream, bool hasTag, const TagChanges& changes)
+{
+    return applyToId3v2(changes, hasTag, stream);
+}
+
+bool editMpeg(FileStream& stream, const TagChanges& changes)
+{
+    bool hasId3v2 = false;
+    bool hasOther = false;
+    {
+        MPEG::File file(&stream, ID3v2::FrameFactory::instance(), withoutProperties);
+        if (!file.isValid())
+            return false;
+        hasId3v2 = file.hasID3v2Tag();
+        // A new kind of tag is only added when those that are there cannot hold the values.
+        hasOther = file.hasAPETag() || (file.hasID3v1Tag() && fitsId3v1(changes));
+        if (file.hasAPETag())
+        {
+            apply(changes, *file.APETag());
+            if (!file.save(MPEG::File::APE,
+                           TagLib::File::StripNone,
+                           ID3v2::v4,
+                           TagLib::File::DoNotDuplicate))
+                return false;
+        }
+    }
+    editId3v1(stream, changes);
+    return (!hasId3v2 && hasOther) || editId3v2(stream, hasId3v2, changes);
+}
+
+bool editTrueAudio(FileStream& stream, const TagChanges& changes)
+{
+    bool hasId3v2 = false;
+    bool hasOther = false;
+    {
+        TrueAudio::File file(&stream, ID3v2::FrameFactory::instance(), withoutProperties);
+        hasId3v2 = file.isValid() && file.hasID3v2Tag();
+        hasOther = file.isValid() && file.hasID3v1Tag() && fitsId3v1(changes);
+    }
+    editId3v1(stream, changes);
+    return (!hasId3v2 && hasOther) || editId3v2(stream, hasId3v2, changes);
+}
+
+/// The last bytes of the file if they are an ID3v1 tag, else none.
+ByteVector readId3v1(FileStream& stream)
+{
+    constexpr long id3v1Bytes = 128;
+    stream.seek(std::max(0L, stream.length() - id3v1Bytes));
+    const ByteVector bytes = stream.readBlock(id3v1Bytes);
+    return bytes.size() == id3v1Bytes && bytes.startsWith("TAG") ? bytes : ByteVector();
+}
+
+/// Monkey's Audio, WavPack and Musepack.
+template <class SomeFile>
+bool editWithApeTag(FileStream& stream, const TagChanges& changes)
+{
+    // The old tag at the end is patched once TagLib has closed the file. Its bytes are put back
+    // first, for TagLib cuts a long comment when it writes that tag.
+    const ByteVector id3v1 = readId3v1(stream);
+    {
+        SomeFile file(&stream, withoutProperties);
+        const bool onlyId3v1 = file.isValid() && file.hasID3v1Tag() && !file.hasAPETag();
+        if (!file.isValid())
+            return false;
+        if (!onlyId3v1 || !fitsId3v1(changes))
+        {
+            apply(changes, *file.APETag(true));
+            if (!file.save())
+                return false;
+        }
+    }
+    const bool rewritten = !id3v1.isEmpty() && !readId3v1(stream).isEmpty();
+    if (rewritten)
+    {
+        stream.seek(stream.length() - static_cast<long>(id3v1.size()));
+        stream.writeBlock(id3v1);
+    }
+    editId3v1(stream, changes);
+    return true;
+}
+
+/// The packet with the comment is changed as bytes: TagLib writes only the entries that it can
+/// read, and in Ogg FLAC it forgets to mark the comment as the last block where it is the last.
+template <class SomeFile>
+bool editOgg(FileStream& stream, const ByteVector& prefix, const TagChanges& changes)
+{
+    SomeFile file(&stream, withoutProperties);
+    if (!file.isValid() || !file.tag())
+        return false;
+    const ByteVector packet = file.packet(1);
+    XiphEditor comment;
+    if (packet.mid(0, prefix.size()) != prefix || !comment.load(packet.mid(prefix.size())))
+        return false;
+    editXiph(comment, changes);
+    ByteVector changed = prefix;
+    changed.append(comment.render());
+    file.setPacket(1, changed);
+    return file.Ogg::File::save();
+}
+
+bool editOggFlac(FileStream& stream, const TagChanges& changes)
+{
+    constexpr unsigned blockHeader = 4;
+    constexpr char lastBlock = '\x80';
+    constexpr char commentBlock = 4;
+    Ogg::FLAC::File file(&stream, withoutProperties);
+    if (!file.isValid() || !file.tag())
+        return false;
+    const ByteVector old = file.packet(1);
+    XiphEditor comment;
+    if (old.size() < blockHeader || (old[0] & ~lastBlock) != commentBlock ||
+        !comment.load(old.mid(blockHeader)))
+        return false;
+    editXiph(comment, changes);
+    const ByteVector changed = comment.render();
+    if (changed.size() >= 1U << 24)
+        return false;
+    ByteVector packet(1, old[0]);
+    packet.append(ByteVector::fromUInt(changed.size()).mid(1));
+    packet.append(changed);
+    file.setPacket(1, packet);
+    return file.Ogg::File::save();
+}
+
+bool editAsf(FileStream& stream, const TagChanges& changes)
+{
+    ASF::File file(&stream, withoutProperties);
+    if (!file.isValid() || !file.tag())
+        return false;
+    apply(changes, *file.tag());
+    return file.save();
+}
+} // namespace
+
+bool editAudioFile(FileStream& stream, AudioFormat format, const TagChanges& changes)
+{
+    switch (format)
+    {
+    case AudioFormat::mpeg:
+        return editMpeg(stream, changes);
+    case AudioFormat::flac:
+        return editFlac(stream, changes);
+    case AudioFormat::vorbis:
+        return editOgg<Ogg::Vorbis::File>(stream, ByteVector("\x03vorbis", 7), changes);
+    case AudioFormat::oggFlac:
+        return editOggFlac(stream, changes);
+    case AudioFormat::speex:
+        return editOgg<Ogg::Speex::File>(stream, ByteVector(), changes);
+    case AudioFormat::opus:
+        return editOgg<Ogg::Opus::File>(stream, ByteVector("OpusTags", 8), changes);
+    case AudioFormat::mp4:
+        return editMp4(stream, changes);
+    case AudioFormat::asf:
+        return editAsf(stream, changes);
+    case AudioFormat::wav:
+    case AudioFormat::aiff:
+        return editRiff(stream, format, changes);
+    case AudioFormat::ape:
+        return editWithApeTag<APE::File>(stream, changes);
+    case AudioFormat::wavPack:
+        return editWithApeTag<WavPack::File>(stream, changes);
+    case AudioFormat::musepack:
+        return editWithApeTag<MPC::File>(stream, changes);
+    case AudioFormat::trueAudio:
+        return editTrueAudio(stream, changes);
+    case AudioFormat::unknown:
+        break;
+    }
+    return false;
+}
+} // namespace KVTagLib

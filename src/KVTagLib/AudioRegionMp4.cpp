@@ -1,0 +1,142 @@
+#include "KVTagLib/AudioRegionReader.h"
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+using TagLib::ByteVector;
+
+namespace KVTagLib
+{
+namespace
+{
+constexpr std::int64_t atomHeader = 8;
+constexpr std::int64_t longAtomHeader = 16;
+constexpr std::size_t maxAtoms = 100'000;
+
+struct Atom
+{
+    ByteVector name;
+    std::int64_t start = 0; ///< behind the header
+    std::int64_t end = 0;   ///< as far as the file reaches
+};
+
+std::optional<Atom> atomAt(AudioRegionReader& file, std::int64_t at, std::int64_t end)
+{
+    const ByteVector header = file.look(at, std::min(longAtomHeader, end - at));
+    if (header.size() < atomHeader)
+        return {};
+    std::int64_t headerBytes = atomHeader;
+    std::int64_t length = header.toUInt(0U, true);
+    if (length == 1 && header.size() == longAtomHeader)
+    {
+        length = header.toLongLong(8U, true);
+        headerBytes = longAtomHeader;
+    }
+    else if (length == 0)
+        length = end - at;
+    if (length < headerBytes)
+        return {};
+    return Atom{header.mid(4, 4), at + headerBytes, at + std::min(length, end - at)};
+}
+
+bool isPadding(const Atom& atom)
+{
+    return atom.name == "free" || atom.name == "skip";
+}
+
+class Mp4Sound
+{
+public:
+    explicit Mp4Sound(AudioRegionReader& file) : m_file(file) {}
+
+    bool add()
+    {
+        for (std::int64_t at = 0; at < m_file.size();)
+        {
+            const std::optional<Atom> atom = atomAt(m_file, at, m_file.size());
+            if (!atom || m_atoms.size() > maxAtoms)
+                return false;
+            if (!isPadding(*atom))
+                m_atoms.push_back(*atom);
+            at = atom->end;
+        }
+        for (const Atom& atom : m_atoms)
+        {
+            m_file.add(atom.name);
+            if (atom.name == "moov")
+                addParts(atom);
+            else
+                m_file.add(atom.start, atom.end - atom.start);
+        }
+        return true;
+    }
+
+private:
+    /// The tags are in the movie's user data.
+    void addParts(const Atom& whole)
+    {
+        for (std::int64_t at = whole.start; at < whole.end && m_file.sound();)
+        {
+            const std::optional<Atom> part = atomAt(m_file, at, whole.end);
+            if (!part)
+                return m_file.add(at, whole.end - at);
+            at = part->end;
+            if (!isPadding(*part) && (whole.name != "moov" || part->name != "udta"))
+                addPart(*part);
+        }
+    }
+
+    void addPart(const Atom& part)
+    {
+        constexpr const char* containers[] = {"trak", "mdia", "minf", "stbl"};
+        m_file.add(part.name);
+        const bool isContainer = std::any_of(std::begin(containers),
+                                             std::end(containers),
+                                             [&](const char* name) { return part.name == name; });
+        if (isContainer)
+            addParts(part);
+        else if (part.name == "stco" || part.name == "co64")
+            addPositions(part, part.name == "stco" ? 4 : 8);
+        else
+            m_file.add(part.start, part.end - part.start);
+    }
+
+    /// The sound's places are told from the start of the file, which a growing tag changes: what
+    /// must stay is the place within the atom that holds the sound.
+    void addPositions(const Atom& table, std::int64_t width)
+    {
+        constexpr std::int64_t tableHeader = 8;
+        m_file.add(table.start, std::min(tableHeader, table.end - table.start));
+        for (std::int64_t at = table.start + tableHeader; at + width <= table.end; at += width)
+        {
+            const ByteVector bytes = m_file.look(at, width);
+            if (bytes.size() < width)
+                return;
+            addPosition(width == 4 ? std::int64_t(bytes.toUInt(true)) : bytes.toLongLong(true));
+        }
+    }
+
+    void addPosition(std::int64_t position)
+    {
+        const auto behind = std::upper_bound(m_atoms.begin(),
+                                             m_atoms.end(),
+                                             position,
+                                             [](std::int64_t value, const Atom& atom)
+                                             { return value < atom.start; });
+        const bool inside = behind != m_atoms.begin() && position < std::prev(behind)->end &&
+                            std::prev(behind)->name != "moov";
+        m_file.addNumber(inside ? behind - m_atoms.begin() : -1);
+        m_file.addNumber(inside ? position - std::prev(behind)->start : -1);
+    }
+
+    AudioRegionReader& m_file;
+    std::vector<Atom> m_atoms; ///< the outermost, without padding
+};
+} // namespace
+
+bool addMp4Sound(AudioRegionReader& file)
+{
+    return Mp4Sound(file).add();
+}
+} // namespace KVTagLib

@@ -1,0 +1,75 @@
+#include "KVTagLib/AudioRegionReader.h"
+
+#include <algorithm>
+
+using TagLib::ByteVector;
+
+namespace KVTagLib
+{
+namespace
+{
+constexpr std::int64_t blockBytes = 256 << 10;
+}
+
+AudioRegionReader::AudioRegionReader(qo::IFile& file)
+    : m_file(file), m_size(file.sizeAtOpen()), m_context(EVP_MD_CTX_new())
+{
+    m_sound = m_context && EVP_DigestInit_ex(m_context.get(), EVP_sha256(), nullptr) == 1;
+}
+
+ByteVector AudioRegionReader::look(std::int64_t position, std::int64_t length)
+{
+    if (position < 0 || position >= m_size)
+        return {};
+    const std::int64_t wanted = std::min({length, m_size - position, blockBytes});
+    if (position < m_blockAt || position + wanted > m_blockAt + m_block.size())
+        fill(position);
+    return m_block.mid(static_cast<unsigned>(position - m_blockAt), static_cast<unsigned>(wanted));
+}
+
+void AudioRegionReader::fill(std::int64_t position)
+{
+    m_blockAt = position;
+    m_block.resize(static_cast<unsigned>(std::min(blockBytes, m_size - position)));
+    unsigned done = 0;
+    bool going = m_file.seek(position);
+    while (going && done < m_block.size())
+    {
+        const std::int64_t got = m_file.read(m_block.data() + done, m_block.size() - done);
+        going = got > 0;
+        done += going ? static_cast<unsigned>(got) : 0;
+    }
+    m_sound = m_sound && done == m_block.size();
+    m_block.resize(done);
+}
+
+void AudioRegionReader::add(std::int64_t position, std::int64_t length)
+{
+    const std::int64_t end = std::min(m_size, position + std::min(length, m_size));
+    for (std::int64_t at = position; at < end && m_sound;)
+    {
+        const ByteVector bytes = look(at, end - at);
+        add(bytes);
+        at += bytes.size();
+        m_sound = m_sound && !bytes.isEmpty();
+    }
+}
+
+void AudioRegionReader::add(const ByteVector& bytes)
+{
+    m_sound = m_sound && EVP_DigestUpdate(m_context.get(), bytes.data(), bytes.size()) == 1;
+}
+
+void AudioRegionReader::addNumber(std::int64_t number)
+{
+    add(ByteVector::fromLongLong(number));
+}
+
+std::string AudioRegionReader::digest()
+{
+    unsigned char bytes[EVP_MAX_MD_SIZE];
+    unsigned length = 0;
+    m_sound = m_sound && EVP_DigestFinal_ex(m_context.get(), bytes, &length) == 1;
+    return {bytes, bytes + length};
+}
+} // namespace KVTagLib

@@ -1,0 +1,79 @@
+#include "KVTagLib/FileTagsReader.h"
+
+#include "KVTagLib/AudioFile.h"
+#include "KVTagLib/PictureStore.h"
+#include "KVTagLib/Tags.h"
+
+namespace KVTagLib
+{
+namespace
+{
+/// Artists are a list of their own and stand apart.
+using Setter = void (CTags::*)(const CString&);
+
+constexpr std::pair<Field, Setter> setters[] = {
+    {Field::album, &CTags::SetAlbum},
+    {Field::title, &CTags::SetTitle},
+    {Field::genre, &CTags::SetGenre},
+    {Field::trackNumber, &CTags::SetTrackNumber},
+    {Field::year, &CTags::SetYear},
+    {Field::lyrics, &CTags::SetLyrics},
+};
+
+void fillTexts(const TagValues& values, CTags& tags)
+{
+    if (values.has(Field::artist))
+        tags.AddArtist(values.value(Field::artist), false);
+    for (const CString& artist : values.furtherArtists())
+        tags.AddArtist(artist, false);
+    for (const auto& [field, setter] : setters)
+    {
+        if (values.has(field))
+            (tags.*setter)(values.value(field));
+    }
+}
+
+/// The chosen picture first. A picture that cannot be stored is left out.
+void extractPictures(const TagValues& values, int maxPictures, int maxPictureSize, CTags& tags)
+{
+    const EmbeddedPicture* chosen = values.chosenPicture();
+    const auto extract = [&](const EmbeddedPicture& picture)
+    {
+        const bool countFits = maxPictures < 0 || tags.GetPictureCount() < maxPictures;
+        const bool sizeFits =
+            maxPictureSize < 0 || picture.content.size() <= static_cast<unsigned>(maxPictureSize);
+        if (!countFits || !sizeFits)
+            return;
+        const CString path = storePicture(tags.GetPictureDir(), picture.content);
+        if (!path.IsEmpty())
+            tags.AddPicture(
+                CPictureTag(path, pictureKindOf(picture.content)->mimeType, picture.frontCover));
+    };
+    if (chosen)
+        extract(*chosen);
+    for (const EmbeddedPicture& picture : values.pictures())
+    {
+        if (&picture != chosen)
+            extract(picture);
+    }
+}
+} // namespace
+
+bool FileTagsReader::Read(CTags& tags, int maxPictures, int maxPictureSize)
+{
+    m_error.Empty();
+    const bool withPictures = !tags.GetPictureDir().IsEmpty() && maxPictures != 0;
+    AudioFileContent content(withPictures);
+    if (!readAudioFile(m_path, m_format, content, m_error))
+        return false;
+    fillTexts(content.values, tags);
+    // Without a sound frame TagLib gives zeros, which would pass for a known play time.
+    if (content.properties.sampleRate > 0)
+    {
+        tags.SetTime(content.properties.milliseconds);
+        tags.SetBitrate(content.properties.bitrate);
+    }
+    extractPictures(content.values, maxPictures, maxPictureSize, tags);
+    return true;
+}
+} // namespace KVTagLib

@@ -1,0 +1,174 @@
+#include "KVTagLib/FlacEditor.h"
+
+#include "KVTagLib/Id3v2Editor.h"
+#include "KVTagLib/TagApply.h"
+#include "KVTagLib/XiphEditor.h"
+
+#include <taglib/tiostream.h>
+
+#include <algorithm>
+#include <vector>
+
+using namespace TagLib;
+
+namespace KVTagLib
+{
+namespace
+{
+constexpr unsigned headerBytes = 4;
+constexpr unsigned magicBytes = 4;
+constexpr unsigned maxBlockBytes = (1U << 24) - 1;
+constexpr unsigned long maxBytes = 256UL << 20; ///< of all blocks; more is no sound file's
+constexpr unsigned long searchForMagic = 64 << 10;
+constexpr unsigned roomToGrow = 4096;
+constexpr char lastFlag = '\x80';
+constexpr char streamInfo = 0;
+constexpr char padding = 1;
+constexpr char comment = 4;
+constexpr char picture = 6;
+constexpr char invalid = 127;
+
+struct Block
+{
+    char type;
+    ByteVector content;
+};
+
+class FlacBlocks
+{
+public:
+    /// Start is where the first block stands.
+    bool load(IOStream& file, long start);
+    bool apply(const TagChanges& changes);
+    /// In place of the old blocks; the sound stays where it is while there is padding enough.
+    bool store(IOStream& file) const;
+
+private:
+    void applyPicture(const ByteVector& content, XiphEditor& xiph);
+
+    long m_start = 0;
+    unsigned long m_size = 0;
+    std::vector<Block> m_blocks; ///< without the padding
+};
+
+bool FlacBlocks::load(IOStream& file, long start)
+{
+    m_start = start;
+    bool last = false;
+    while (!last)
+    {
+        file.seek(m_start + static_cast<long>(m_size));
+        const ByteVector header = file.readBlock(headerBytes);
+        if (header.size() < headerBytes)
+            return false;
+        last = (header[0] & lastFlag) != 0;
+        const char type = static_cast<char>(header[0] & ~lastFlag);
+        const unsigned size = header.toUInt(1, 3, true);
+        m_size += headerBytes + size;
+        const bool wrongStart = m_blocks.empty() && type != streamInfo;
+        if (type == invalid || wrongStart || m_size > maxBytes ||
+            m_start + static_cast<long>(m_size) > file.length())
+            return false;
+        if (type != padding)
+            m_blocks.push_back({type, file.readBlock(size)});
+        if (type != padding && m_blocks.back().content.size() != size)
+            return false;
+    }
+    return true;
+}
+
+bool FlacBlocks::apply(const TagChanges& changes)
+{
+    const auto isComment = [](const Block& block)
+    { return block.type == comment && !block.content.isEmpty(); };
+    auto found = std::ranges::find_if(m_blocks, isComment);
+    if (found == m_blocks.end())
+    {
+        // No vendor and no entries.
+        m_blocks.push_back({comment, ByteVector(8, 0)});
+        found = m_blocks.end() - 1;
+    }
+    const auto place = found - m_blocks.begin();
+    XiphEditor xiph;
+    if (!xiph.load(found->content))
+        return false;
+    xiph.apply(changes);
+    if (changes.picture())
+        applyPicture(*changes.picture(), xiph);
+    m_blocks[static_cast<std::size_t>(place)].content = xiph.render();
+    return true;
+}
+
+/// A reader shows the first front cover, else the first picture, and looks at the blocks first.
+void FlacBlocks::applyPicture(const ByteVector& content, XiphEditor& xiph)
+{
+    Block* shown = nullptr;
+    bool shownIsFront = false;
+    for (Block& block : m_blocks)
+    {
+        bool front = false;
+        if (block.type != picture || !isShownPicture(block.content, front))
+            continue;
+        if (!shown || (front && !shownIsFront))
+        {
+            shown = &block;
+            shownIsFront = front;
+        }
+    }
+    bool inComment = false;
+    const int entry = xiph.shownPicture(inComment);
+    if (entry >= 0 && (!shown || (inComment && !shownIsFront)))
+        xiph.setPicture(entry, content);
+    else if (shown)
+        shown->content = changedPicture(shown->content, content);
+    else
+        m_blocks.push_back({picture, changedPicture({}, content)});
+}
+
+bool FlacBlocks::store(IOStream& file) const
+{
+    ByteVector bytes;
+    unsigned lastHeader = 0;
+    const auto add = [&](char type, const ByteVector& content)
+    {
+        lastHeader = bytes.size();
+        bytes.append(ByteVector(1, type));
+        bytes.append(ByteVector::fromUInt(content.size()).mid(1));
+        bytes.append(content);
+    };
+    for (const Block& block : m_blocks)
+    {
+        if (block.content.size() > maxBlockBytes)
+            return false;
+        add(block.type, block.content);
+    }
+    if (bytes.size() != m_size)
+    {
+        const unsigned long room = m_size - std::min<unsigned long>(m_size, bytes.size());
+        const bool fits = room >= headerBytes && room - headerBytes <= maxBlockBytes;
+        add(padding, ByteVector(fits ? static_cast<unsigned>(room) - headerBytes : roomToGrow, 0));
+    }
+    bytes[static_cast<int>(lastHeader)] =
+        static_cast<char>(bytes[static_cast<int>(lastHeader)] | lastFlag);
+    file.insert(bytes, static_cast<unsigned long>(m_start), m_size);
+    return true;
+}
+} // namespace
+
+bool editFlac(IOStream& file, const TagChanges& changes)
+{
+    file.seek(0);
+    const ByteVector head = file.readBlock(Id3v2Editor::headerBytes);
+    const unsigned id3v2Bytes = Id3v2Editor::sizeOf(head);
+    if (head.startsWith("ID3") && id3v2Bytes == 0)
+        return false;
+    file.seek(static_cast<long>(id3v2Bytes));
+    const int magic = file.readBlock(searchForMagic).find("fLaC");
+    FlacBlocks blocks;
+    if (magic < 0 || !blocks.load(file, static_cast<long>(id3v2Bytes + magicBytes) + magic) ||
+        !blocks.apply(changes) || !blocks.store(file))
+        return false;
+    applyToId3v1(changes, file);
+    return id3v2Bytes == 0 || applyToId3v2(changes, true, file);
+}
+} // namespace KVTagLib

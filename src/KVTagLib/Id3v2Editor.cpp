@@ -1,0 +1,411 @@
+#include "KVTagLib/Id3v2Editor.h"
+
+#include "KVTagLib/PictureStore.h"
+#include "KVTagLib/TagText.h"
+#include "common/types/Utf.h"
+
+#include <taglib/attachedpictureframe.h>
+#include <taglib/id3v2framefactory.h>
+#include <taglib/id3v2header.h>
+#include <taglib/id3v2synchdata.h>
+#include <taglib/textidentificationframe.h>
+#include <taglib/unsynchronizedlyricsframe.h>
+
+#include <algorithm>
+#include <memory>
+
+using namespace TagLib;
+
+namespace KVTagLib
+{
+namespace
+{
+constexpr unsigned flagsAt = 5;
+constexpr unsigned sizeAt = 6;
+constexpr char unsynchronised = '\x80';
+constexpr char extendedHeader = '\x40';
+constexpr char experimental = '\x20';
+constexpr char encodedFrame = '\x02'; ///< the same for one frame of the newest version
+constexpr char footer = '\x10';
+constexpr unsigned roomToGrow = 1024;
+constexpr unsigned maxTagBytes = 1U << 28; ///< what four bytes of seven bits can say
+constexpr unsigned largeCompressedFrame = 64 << 10;
+constexpr char latin1 = 0;
+constexpr char utf16 = 1;
+constexpr char utf8 = 3;
+constexpr int yearLength = 4;
+
+bool has(char flags, char flag)
+{
+    return (flags & flag) != 0;
+}
+
+bool isSynchSafe(const ByteVector& bytes)
+{
+    return std::all_of(
+        bytes.begin(), bytes.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
+}
+
+bool isFrameId(const ByteVector& id)
+{
+    return std::all_of(id.begin(),
+                       id.end(),
+                       [](char c)
+                       { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == ' '; });
+}
+
+ByteVector size24(unsigned size)
+{
+    return ByteVector::fromUInt(size).mid(1);
+}
+
+/// "JPG" of ".jpg".
+ByteVector shortKind(const PictureKind& kind)
+{
+    ByteVector name = qo::toUtf8(CString(kind.extension).Mid(1, 3)).c_str();
+    for (char& c : name)
+        c = static_cast<char>(c - 'a' + 'A');
+    return name;
+}
+
+String::Type typeOf(char encoding)
+{
+    return encoding == utf8 ? String::UTF8 : encoding == latin1 ? String::Latin1 : String::UTF16;
+}
+
+bool isCompressed(int version, const ByteVector& flags)
+{
+    return version == 3 ? has(flags[1], '\x80') : version == 4 && has(flags[1], '\x08');
+}
+} // namespace
+
+unsigned Id3v2Editor::sizeOf(const ByteVector& header)
+{
+    if (header.size() < headerBytes || !header.startsWith("ID3") || header[3] < 2 || header[3] > 4)
+        return 0;
+    const ByteVector size = header.mid(sizeAt, 4);
+    if (!isSynchSafe(size))
+        return 0;
+    const bool hasFooter = header[3] == 4 && has(header[flagsAt], footer);
+    return headerBytes + ID3v2::SynchData::toUInt(size) + (hasFooter ? headerBytes : 0);
+}
+
+bool Id3v2Editor::load(const ByteVector& tag)
+{
+    m_loadedSize = sizeOf(tag);
+    if (m_loadedSize == 0 || tag.size() < m_loadedSize)
+        return false;
+    m_version = tag[3];
+    const char flags = tag[flagsAt];
+    m_experimental = flags & experimental;
+    ByteVector data = tag.mid(headerBytes, ID3v2::SynchData::toUInt(tag.mid(sizeAt, 4)));
+    // Older versions guard the tag as a whole against bytes that look like a sound frame; the
+    // newest does so frame by frame and those frames stay as they are.
+    if (m_version < 4 && has(flags, unsynchronised))
+        data = ID3v2::SynchData::decode(data);
+    if (m_version > 2 && has(flags, extendedHeader))
+    {
+        if (data.size() < 4)
+            return false;
+        const unsigned skip =
+            m_version == 3 ? 4 + data.toUInt(0U, true) : ID3v2::SynchData::toUInt(data.mid(0, 4));
+        data = data.mid(std::min(skip, data.size()));
+    }
+    else if (m_version == 2 && has(flags, extendedHeader))
+        return false; // compressed in a way that was never settled
+    // Some writers of the newest version put plain sizes where sizes of seven bits belong.
+    if (!parseFrames(data, m_version == 3) && (m_version != 4 || !parseFrames(data, true)))
+        return false;
+    // New frames are not encoded, so the old ones must each say so for themselves.
+    for (Frame& frame : m_frames)
+    {
+        if (m_version == 4 && has(flags, unsynchronised) &&
+            ID3v2::SynchData::decode(frame.body).size() != frame.body.size())
+            frame.flags[1] = static_cast<char>(frame.flags[1] | encodedFrame);
+    }
+    return true;
+}
+
+bool Id3v2Editor::parseFrames(const ByteVector& data, bool plainSizes)
+{
+    m_frames.clear();
+    const unsigned idBytes = m_version == 2 ? 3 : 4;
+    unsigned at = 0;
+    while (at + frameHeaderBytes() <= data.size() && data[at] != 0)
+    {
+        Frame frame;
+        frame.id = data.mid(at, idBytes);
+        const ByteVector sizeField = data.mid(at + idBytes, idBytes);
+        if (!isFrameId(frame.id) || (m_version == 4 && !plainSizes && !isSynchSafe(sizeField)))
+            return false;
+        const unsigned size = m_version == 4 && !plainSizes ? ID3v2::SynchData::toUInt(sizeField)
+                                                            : sizeField.toUInt(true);
+        if (m_version > 2)
+            frame.flags = data.mid(at + 8, 2);
+        at += frameHeaderBytes();
+        if (size > data.size() - at)
+            return false;
+        frame.body = data.mid(at, size);
+        at += size;
+        m_frames.push_back(frame);
+    }
+    // Only padding may follow: anything else would be a frame that was not understood.
+    return std::all_of(data.begin() + at, data.end(), [](char c) { return c == 0; });
+}
+
+const char* Id3v2Editor::idOf(Field field) const
+{
+    const bool old = m_version == 2;
+    switch (field)
+    {
+    case Field::artist:
+        return old ? "TP1" : "TPE1";
+    case Field::album:
+        return old ? "TAL" : "TALB";
+    case Field::title:
+        return old ? "TT2" : "TIT2";
+    case Field::genre:
+        return old ? "TCO" : "TCON";
+    case Field::trackNumber:
+        return old ? "TRK" : "TRCK";
+    case Field::year:
+        return old ? "TYE" : m_version == 3 ? "TYER" : "TDRC";
+    case Field::lyrics:
+        return old ? "ULT" : "USLT";
+    }
+    return "";
+}
+
+void Id3v2Editor::apply(const TagChanges& changes)
+{
+    for (const Field field : {Field::artist, Field::album, Field::title, Field::genre})
+    {
+        if (!changes.has(field))
+            continue;
+        StringList texts = changes.changed(field, textsOf(idOf(field)));
+        if (field == Field::genre)
+        {
+            // A further genre may be a number that only the old frame's flags explain.
+            for (String& text : texts)
+                text = tagTextOf(genreName(textOf(text)));
+        }
+        setTexts(idOf(field), texts);
+    }
+    if (changes.has(Field::trackNumber))
+        setTexts(idOf(Field::trackNumber), changes.changed(Field::trackNumber, {}));
+    if (changes.has(Field::year))
+        setYear(tagTextOf(*changes.text(Field::year)));
+    if (changes.has(Field::lyrics))
+        setLyrics(changes);
+    if (changes.picture())
+        setPicture(*changes.picture());
+}
+
+namespace
+{
+/// TagLib's view of one frame, which knows all flags and encodings; null if it is of another kind.
+template <class Kind>
+std::unique_ptr<Kind> viewOf(int version, const ByteVector& rendered)
+{
+    ByteVector bytes("ID3", 3);
+    bytes.append(ByteVector(1, static_cast<char>(version)));
+    bytes.append(ByteVector(2, 0));
+    bytes.append(ID3v2::SynchData::fromUInt(rendered.size()));
+    const ID3v2::Header header(bytes);
+    std::unique_ptr<ID3v2::Frame> frame(
+        ID3v2::FrameFactory::instance()->createFrame(rendered, &header));
+    auto* kind = dynamic_cast<Kind*>(frame.get());
+    if (kind)
+        static_cast<void>(frame.release());
+    return std::unique_ptr<Kind>(kind);
+}
+} // namespace
+
+StringList Id3v2Editor::textsOf(const ByteVector& id) const
+{
+    StringList texts;
+    for (const Frame& frame : m_frames)
+    {
+        if (frame.id != id)
+            continue;
+        const bool large = frame.body.size() > largeCompressedFrame;
+        if (large && isCompressed(m_version, frame.flags))
+            continue;
+        const auto view = viewOf<ID3v2::TextIdentificationFrame>(m_version, renderFrame(frame));
+        if (view)
+            texts.append(view->fieldList());
+    }
+    return texts;
+}
+
+ByteVector Id3v2Editor::encode(const StringList& texts, char& encoding) const
+{
+    // Only the newest version knows UTF-8. Latin-1 beyond ASCII is read in various ways.
+    const bool plain =
+        std::all_of(texts.begin(), texts.end(), [](const String& text) { return text.isAscii(); });
+    encoding = m_version == 4 ? utf8 : plain ? latin1 : utf16;
+    const String::Type type = typeOf(encoding);
+    ByteVector bytes;
+    for (const String& text : texts)
+    {
+        if (!bytes.isEmpty())
+            bytes.append(ByteVector(encoding == utf16 ? 2 : 1, 0));
+        bytes.append(text.data(type));
+    }
+    return bytes;
+}
+
+void Id3v2Editor::remove(const ByteVector& id)
+{
+    std::erase_if(m_frames, [&](const Frame& frame) { return frame.id == id; });
+}
+
+void Id3v2Editor::setTexts(const ByteVector& id, const StringList& texts)
+{
+    const auto old =
+        std::ranges::find_if(m_frames, [&](const Frame& frame) { return frame.id == id; });
+    // New frames come first: some readers give up at a frame they do not understand.
+    const auto place = old == m_frames.end() ? 0 : old - m_frames.begin();
+    remove(id);
+    if (texts.isEmpty())
+        return;
+    char encoding = 0;
+    const ByteVector bytes = encode(texts, encoding);
+    Frame frame{id, ByteVector(2, 0), ByteVector(1, encoding)};
+    frame.body.append(bytes);
+    m_frames.insert(m_frames.begin() + place, frame);
+}
+
+void Id3v2Editor::setYear(const String& date)
+{
+    for (const char* id : {"TYE", "TDA", "TIM", "TYER", "TDAT", "TIME", "TDRC"})
+        remove(id);
+    if (date.isEmpty())
+        return;
+    if (m_version == 4)
+    {
+        setTexts("TDRC", date);
+        return;
+    }
+    // Older versions keep the year and, as "DDMM", the day apart.
+    const int dash = date.find("-");
+    setTexts(idOf(Field::year), dash > 0 ? date.substr(0, dash) : date);
+    const bool hasDay = dash == yearLength && date.size() >= 10 && date[7] == '-';
+    if (hasDay)
+        setTexts(m_version == 2 ? "TDA" : "TDAT", date.substr(8, 2) + date.substr(5, 2));
+}
+
+void Id3v2Editor::setLyrics(const TagChanges& changes)
+{
+    const ByteVector id = idOf(Field::lyrics);
+    if (changes.removes(Field::lyrics))
+    {
+        remove(id);
+        return;
+    }
+    // The frame that a reader shows gives its language and description to the new one.
+    ByteVector language("XXX", 3);
+    String description;
+    auto place = m_frames.begin();
+    for (auto it = m_frames.begin(); it != m_frames.end(); ++it)
+    {
+        if (it->id != id)
+            continue;
+        const auto view = viewOf<ID3v2::UnsynchronizedLyricsFrame>(m_version, renderFrame(*it));
+        if (!view || isBlank(textOf(view->text(), maxLyricsLength)))
+            continue;
+        language = view->language().size() == 3 ? view->language() : language;
+        description = view->description();
+        place = m_frames.erase(it);
+        break;
+    }
+    const String text = tagTextOf(*changes.text(Field::lyrics));
+    StringList both(description);
+    both.append(text);
+    char encoding = 0;
+    encode(both, encoding);
+    const String::Type type = typeOf(encoding);
+    Frame frame{id, ByteVector(2, 0), ByteVector(1, encoding)};
+    frame.body.append(language);
+    frame.body.append(description.data(type));
+    frame.body.append(ByteVector(encoding == utf16 ? 2 : 1, 0));
+    frame.body.append(text.data(type));
+    m_frames.insert(place, frame);
+}
+
+void Id3v2Editor::setPicture(const ByteVector& content)
+{
+    const ByteVector id = m_version == 2 ? "PIC" : "APIC";
+    using View = ID3v2::AttachedPictureFrame;
+    auto shown = m_frames.end();
+    bool shownIsFront = false;
+    for (auto it = m_frames.begin(); it != m_frames.end() && !shownIsFront; ++it)
+    {
+        const auto view = it->id == id ? viewOf<View>(m_version, renderFrame(*it)) : nullptr;
+        if (!view || !pictureKindOf(view->picture()))
+            continue;
+        shownIsFront = view->type() == View::FrontCover;
+        if (shownIsFront || shown == m_frames.end())
+            shown = it;
+    }
+    const auto place = shown == m_frames.end() ? m_frames.begin() : m_frames.erase(shown);
+    Frame frame{id, ByteVector(2, 0), ByteVector(1, latin1)};
+    const PictureKind& kind = *pictureKindOf(content);
+    if (m_version == 2)
+        frame.body.append(shortKind(kind));
+    else
+    {
+        frame.body.append(qo::toUtf8(CString(kind.mimeType)).c_str());
+        frame.body.append(ByteVector(1, 0));
+    }
+    frame.body.append(ByteVector(1, View::FrontCover));
+    frame.body.append(ByteVector(1, 0)); // no description
+    frame.body.append(content);
+    m_frames.insert(place, frame);
+}
+
+ByteVector Id3v2Editor::renderFrame(const Frame& frame) const
+{
+    ByteVector bytes = frame.id;
+    const unsigned size = frame.body.size();
+    bytes.append(m_version == 2   ? size24(size)
+                 : m_version == 3 ? ByteVector::fromUInt(size)
+                                  : ID3v2::SynchData::fromUInt(size));
+    if (m_version > 2)
+        bytes.append(frame.flags);
+    bytes.append(frame.body);
+    return bytes;
+}
+
+bool Id3v2Editor::render(ByteVector& tag) const
+{
+    tag.clear();
+    ByteVector frames;
+    for (const Frame& frame : m_frames)
+    {
+        if (m_version == 2 && frame.body.size() >= 1U << 24)
+            return false;
+        frames.append(renderFrame(frame));
+    }
+    if (frames.isEmpty() || frames.size() + headerBytes + roomToGrow >= maxTagBytes)
+        return frames.isEmpty();
+    // Staying within the old size leaves the sound where it is in the file.
+    const unsigned needed = frames.size() + headerBytes;
+    frames.resize((needed <= m_loadedSize ? m_loadedSize : needed + roomToGrow) - headerBytes, 0);
+    tag = ByteVector("ID3", 3);
+    tag.append(ByteVector(1, static_cast<char>(m_version)));
+    tag.append(ByteVector(1, 0));
+    tag.append(ByteVector(1, m_experimental));
+    tag.append(ID3v2::SynchData::fromUInt(frames.size()));
+    tag.append(frames);
+    return true;
+}
+
+unsigned long Id3v2Editor::compressedBytes() const
+{
+    unsigned long sum = 0;
+    for (const Frame& frame : m_frames)
+        sum += m_version > 2 && isCompressed(m_version, frame.flags) ? frame.body.size() : 0;
+    return sum;
+}
+} // namespace KVTagLib

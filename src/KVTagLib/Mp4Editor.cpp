@@ -1,0 +1,291 @@
+#include "KVTagLib/Mp4Editor.h"
+
+#include "KVTagLib/PictureStore.h"
+#include "KVTagLib/TagText.h"
+
+#include <taglib/mp4file.h>
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+using namespace TagLib;
+
+namespace KVTagLib
+{
+namespace
+{
+constexpr unsigned atomHeader = 8;
+constexpr unsigned dataHeader = 16; ///< with type and locale
+constexpr unsigned textType = 1;
+constexpr long maxItemBytes = 128L << 20;
+
+struct Place
+{
+    long start = 0; ///< behind the header
+    long length = 0;
+};
+
+/// The content of the named atom among those in the place given.
+std::optional<Place> findAtom(FileStream& file, const Place& within, const char* name)
+{
+    long at = within.start;
+    const long end = within.start + within.length;
+    while (at + long(atomHeader) <= end)
+    {
+        file.seek(at, IOStream::Beginning);
+        const ByteVector header = file.readBlock(dataHeader);
+        if (header.size() < atomHeader)
+            return {};
+        long headerBytes = atomHeader;
+        long long length = header.toUInt(0U, true);
+        // A length of one announces a longer form, zero means up to the end.
+        if (length == 1 && header.size() == dataHeader)
+        {
+            length = header.toLongLong(8U, true);
+            headerBytes = dataHeader;
+        }
+        else if (length == 0)
+            length = end - at;
+        if (length < headerBytes || length > end - at)
+            return {};
+        if (header.mid(4, 4) == name)
+            return Place{at + headerBytes, static_cast<long>(length) - headerBytes};
+        at += static_cast<long>(length);
+    }
+    return {};
+}
+
+std::optional<Place> findItemList(FileStream& file)
+{
+    std::optional<Place> place = Place{0, file.length()};
+    for (const char* name : {"moov", "udta", "meta"})
+    {
+        place = findAtom(file, *place, name);
+        if (!place)
+            return {};
+    }
+    // Version and flags come first, which some writers leave out.
+    file.seek(place->start + 4, IOStream::Beginning);
+    const long skip = file.readBlock(4) == "hdlr" ? 0 : 4;
+    return findAtom(file, {place->start + skip, place->length - skip}, "ilst");
+}
+
+/// Sound in fragments is found by positions that TagLib does not keep up with.
+bool isFragmented(FileStream& file)
+{
+    const Place whole{0, file.length()};
+    const std::optional<Place> movie = findAtom(file, whole, "moov");
+    return findAtom(file, whole, "moof") || (movie && findAtom(file, *movie, "mvex"));
+}
+
+ByteVector atom(const ByteVector& name, const ByteVector& content)
+{
+    ByteVector bytes = ByteVector::fromUInt(content.size() + atomHeader);
+    bytes.append(name);
+    bytes.append(content);
+    return bytes;
+}
+
+ByteVector dataAtom(unsigned type, const ByteVector& value)
+{
+    ByteVector content = ByteVector::fromUInt(type);
+    content.append(ByteVector(4, 0));
+    content.append(value);
+    return atom("data", content);
+}
+
+struct Item
+{
+    ByteVector name;
+    ByteVector content; ///< its atoms
+};
+
+/// False if the bytes are no row of atoms.
+bool split(const ByteVector& bytes, std::vector<Item>& items)
+{
+    unsigned at = 0;
+    while (at + atomHeader <= bytes.size())
+    {
+        const unsigned length = bytes.toUInt(at, true);
+        if (length < atomHeader || length > bytes.size() - at)
+            return false;
+        items.push_back({bytes.mid(at + 4, 4), bytes.mid(at + atomHeader, length - atomHeader)});
+        at += length;
+    }
+    return at == bytes.size();
+}
+
+class ItemList
+{
+public:
+    bool load(const ByteVector& bytes) { return split(bytes, m_items); }
+
+    ByteVector render() const
+    {
+        ByteVector bytes;
+        for (const Item& item : m_items)
+            bytes.append(atom(item.name, item.content));
+        return bytes;
+    }
+
+    StringList texts(const ByteVector& name) const
+    {
+        StringList texts;
+        for (const ByteVector& value : values(name))
+            texts.append(String(value.mid(dataHeader - atomHeader), String::UTF8));
+        return texts;
+    }
+
+    /// The contents of the item's data atoms, each led by type and locale.
+    std::vector<ByteVector> values(const ByteVector& name) const
+    {
+        std::vector<ByteVector> found;
+        for (const Item& item : m_items)
+        {
+            std::vector<Item> parts;
+            if (item.name != name || !split(item.content, parts))
+                continue;
+            for (const Item& part : parts)
+            {
+                if (part.name == "data" && part.content.size() >= dataHeader - atomHeader)
+                    found.push_back(part.content);
+            }
+        }
+        return found;
+    }
+
+    /// In the place of the first such item, others of the name go; at the end if it is new.
+    void set(const ByteVector& name, const ByteVector& content)
+    {
+        bool placed = content.isEmpty();
+        std::vector<Item> items;
+        for (const Item& item : m_items)
+        {
+            if (item.name != name)
+                items.push_back(item);
+            else if (!placed)
+            {
+                items.push_back({name, content});
+                placed = true;
+            }
+        }
+        if (!placed)
+            items.push_back({name, content});
+        m_items = std::move(items);
+    }
+
+private:
+    std::vector<Item> m_items;
+};
+
+void applyTexts(const TagChanges& changes, ItemList& list)
+{
+    constexpr std::pair<Field, const char*> names[] = {
+        {Field::artist, "\251ART"},
+        {Field::album, "\251alb"},
+        {Field::title, "\251nam"},
+        {Field::genre, "\251gen"},
+        {Field::year, "\251day"},
+        {Field::lyrics, "\251lyr"},
+    };
+    for (const auto& [field, name] : names)
+    {
+        if (!changes.has(field))
+            continue;
+        ByteVector content;
+        for (const String& text : changes.changed(field, list.texts(name)))
+            content.append(dataAtom(textType, text.data(String::UTF8)));
+        list.set(name, content);
+        if (field == Field::genre)
+            list.set("gnre", {}); // the same as a number
+    }
+}
+
+void applyTrack(const TagChanges& changes, ItemList& list)
+{
+    if (!changes.has(Field::trackNumber))
+        return;
+    const int number = changes.trackNumber().toInt();
+    const int total = changes.trackTotal().toInt();
+    if (changes.removes(Field::trackNumber) || number <= 0 || number > 0xFFFF || total > 0xFFFF)
+    {
+        list.set("trkn", {});
+        return;
+    }
+    // Two bytes that are not used, number, total, and two more.
+    ByteVector value(2, 0);
+    value.append(ByteVector::fromShort(static_cast<short>(number)));
+    value.append(ByteVector::fromShort(static_cast<short>(total)));
+    value.append(ByteVector(2, 0));
+    list.set("trkn", dataAtom(0, value));
+}
+
+unsigned coverType(const ByteVector& picture)
+{
+    const std::u16string_view extension = pictureKindOf(picture)->extension;
+    return extension == u".jpg" ? 13 : extension == u".gif" ? 12 : extension == u".bmp" ? 27 : 14;
+}
+
+void applyPicture(const TagChanges& changes, ItemList& list)
+{
+    if (!changes.picture())
+        return;
+    const ByteVector& picture = *changes.picture();
+    ByteVector content = dataAtom(coverType(picture), picture);
+    const std::vector<ByteVector> old = list.values("covr");
+    for (std::size_t i = 1; i < old.size(); ++i)
+        content.append(atom("data", old[i]));
+    list.set("covr", content);
+}
+
+/// Lets TagLib make an item list whose content has that size and what stands in the file agree
+/// with it.
+bool makeRoom(FileStream& stream, unsigned size)
+{
+    MP4::File file(&stream, false);
+    if (!file.isValid() || !file.tag())
+        return false;
+    MP4::Tag& tag = *file.tag();
+    const MP4::ItemMap old = tag.itemMap();
+    for (const auto& [name, item] : old)
+        tag.removeItem(name);
+    // One text of the right length stands in for the whole list.
+    constexpr unsigned overhead = atomHeader + dataHeader;
+    if (size > overhead)
+        tag.setItem("\251cmt", StringList(String(std::string(size - overhead, ' '))));
+    return file.save();
+}
+} // namespace
+
+bool editMp4(FileStream& file, const TagChanges& changes)
+{
+    if (isFragmented(file))
+        return false;
+    ItemList list;
+    const std::optional<Place> old = findItemList(file);
+    if (old && old->length > maxItemBytes)
+        return false;
+    if (old)
+    {
+        file.seek(old->start, IOStream::Beginning);
+        if (!list.load(file.readBlock(static_cast<unsigned long>(old->length))))
+            return false;
+    }
+    applyTexts(changes, list);
+    applyTrack(changes, list);
+    applyPicture(changes, list);
+    const ByteVector bytes = list.render();
+    if (!makeRoom(file, bytes.size()))
+        return false;
+    if (bytes.isEmpty())
+        return true;
+    // The stand-in must have become exactly as large as what replaces it now.
+    const std::optional<Place> place = findItemList(file);
+    if (!place || place->length != static_cast<long>(bytes.size()))
+        return false;
+    file.seek(place->start, IOStream::Beginning);
+    file.writeBlock(bytes);
+    return true;
+}
+} // namespace KVTagLib

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "common/types/String.h"
+
+namespace KVTagLib
+{
+/// One picture of a tag: a file that holds it and what the tag says of it. A plain value; the file
+/// belongs to whoever owns its folder and outlives this object.
+class QO_API CPictureTag
+{
+public:
+    /// frontCover: whether the tag names the picture as the front cover.
+    explicit CPictureTag(bool frontCover = false) : m_frontCover(frontCover) {}
+    CPictureTag(const CString& filePath, const CString& mimeType, bool frontCover)
+        : m_mimeType(mimeType), m_filePath(filePath), m_frontCover(frontCover)
+    {
+    }
+
+    /// In collection form.
+    CString GetFilePath() const { return m_filePath; }
+    bool IsFrontCover() const { return m_frontCover; }
+
+    /// "image/jpeg" and the like, by the picture's content.
+    CString m_mimeType;
+
+private:
+    CString m_filePath;
+    bool m_frontCover;
+};
+} // namespace KVTagLib

@@ -1,0 +1,177 @@
+#include "KVTagLib/RiffEditor.h"
+
+#include "KVTagLib/Id3v2Editor.h"
+
+#include <taglib/rifffile.h>
+
+#include <vector>
+
+using namespace TagLib;
+
+namespace KVTagLib
+{
+namespace
+{
+constexpr unsigned notFound = ~0U;
+
+/// Opens TagLib's chunk handling, which it keeps to its heirs.
+class ChunkFile final : public RIFF::File
+{
+public:
+    /// The stream must stand at its start.
+    ChunkFile(FileStream& stream, bool bigEndian)
+        : RIFF::File(&stream, bigEndian ? BigEndian : LittleEndian)
+    {
+    }
+    Tag* tag() const override { return nullptr; }
+    AudioProperties* audioProperties() const override { return nullptr; }
+    bool save() override { return false; }
+
+    /// The first chunk with that name, without regard to case, whose content starts so.
+    unsigned find(const char* name, const char* start)
+    {
+        for (unsigned i = 0; i < chunkCount(); ++i)
+        {
+            const String found(chunkName(i));
+            if (found.upper() == name && chunkData(i).startsWith(start))
+                return i;
+        }
+        return notFound;
+    }
+    bool has(const ByteVector& name)
+    {
+        for (unsigned i = 0; i < chunkCount(); ++i)
+        {
+            if (chunkName(i) == name)
+                return true;
+        }
+        return false;
+    }
+    ByteVector content(unsigned index) { return chunkData(index); }
+    void replace(unsigned index, const ByteVector& content)
+    {
+        if (content.isEmpty())
+            removeChunk(index);
+        else
+            setChunkData(index, content);
+    }
+    void append(const ByteVector& name, const ByteVector& content) { setChunkData(name, content); }
+};
+
+/// One text of the list as its bytes, so that those that do not change keep their encoding.
+struct InfoText
+{
+    ByteVector id;
+    ByteVector bytes;
+};
+
+class InfoList
+{
+public:
+    bool load(const ByteVector& content)
+    {
+        // Behind the list's own name; each text is padded to an even length.
+        unsigned at = 4;
+        while (at + 8 <= content.size())
+        {
+            const unsigned size = content.toUInt(at + 4, false);
+            if (size > content.size() - at - 8)
+                return false;
+            m_texts.push_back({content.mid(at, 4), content.mid(at + 8, size)});
+            at += 8 + size + (size & 1);
+        }
+        return true;
+    }
+
+    void apply(const TagChanges& changes)
+    {
+        constexpr std::pair<Field, const char*> ids[] = {
+            {Field::artist, "IART"},
+            {Field::album, "IPRD"},
+            {Field::title, "INAM"},
+            {Field::genre, "IGNR"},
+            {Field::trackNumber, "IPRT"},
+            {Field::year, "ICRD"},
+        };
+        for (const auto& [field, id] : ids)
+        {
+            if (!changes.has(field))
+                continue;
+            set(id, changes.changed(field, {}));
+            if (field == Field::trackNumber)
+                set("ITRK", {});
+        }
+    }
+
+    ByteVector render() const
+    {
+        if (m_texts.empty())
+            return {};
+        ByteVector content("INFO", 4);
+        for (const InfoText& text : m_texts)
+        {
+            content.append(text.id);
+            content.append(ByteVector::fromUInt(text.bytes.size(), false));
+            content.append(text.bytes);
+            content.append(ByteVector(text.bytes.size() & 1, 0));
+        }
+        return content;
+    }
+
+private:
+    void set(const ByteVector& id, const StringList& texts)
+    {
+        std::erase_if(m_texts, [&](const InfoText& text) { return text.id == id; });
+        if (texts.isEmpty())
+            return;
+        ByteVector bytes = texts.front().data(String::UTF8);
+        // The closing zero counts as part of the text here.
+        bytes.append(ByteVector(1, 0));
+        m_texts.push_back({id, bytes});
+    }
+
+    std::vector<InfoText> m_texts;
+};
+
+bool editId3v2(ChunkFile& file, unsigned index, bool aiff, const TagChanges& changes)
+{
+    Id3v2Editor editor;
+    if (index != notFound && !editor.load(file.content(index)))
+        return false;
+    editor.apply(changes);
+    ByteVector tag;
+    if (!editor.render(tag))
+        return false;
+    if (index != notFound)
+        file.replace(index, tag);
+    else if (!tag.isEmpty())
+        file.append(aiff ? "ID3 " : "id3 ", tag);
+    return true;
+}
+} // namespace
+
+bool editRiff(FileStream& stream, AudioFormat format, const TagChanges& changes)
+{
+    const bool aiff = format == AudioFormat::aiff;
+    stream.seek(0, IOStream::Beginning);
+    ChunkFile file(stream, aiff);
+    // The sound of a recording that was never closed seems to run past the end of the file: TagLib
+    // then does not know that chunk and would give its place away.
+    if (!file.isValid() || !file.has(aiff ? "SSND" : "data"))
+        return false;
+    const unsigned info = aiff ? notFound : file.find("LIST", "INFO");
+    // INFO has no place for these.
+    const bool beyondInfo = changes.picture() || changes.has(Field::lyrics);
+    if (info != notFound)
+    {
+        InfoList list;
+        if (!list.load(file.content(info)))
+            return false;
+        list.apply(changes);
+        file.replace(info, list.render());
+    }
+    const unsigned id3v2 = file.find("ID3 ", "ID3");
+    return (info != notFound && id3v2 == notFound && !beyondInfo) ||
+           editId3v2(file, id3v2, aiff, changes);
+}
+} // namespace KVTagLib

@@ -1,0 +1,210 @@
+#include "KVTagLib/TagChanges.h"
+
+#include "KVTagLib/PictureStore.h"
+#include "KVTagLib/TagText.h"
+#include "KVTagLib/Tags.h"
+#include "common/types/CharClass.h"
+
+#include <algorithm>
+
+namespace KVTagLib
+{
+namespace
+{
+CString trimmed(CString text)
+{
+    return text.Trim();
+}
+
+/// The form in which both sides are compared: the kernel trims what it has read.
+CString comparable(Field field, const CString& text)
+{
+    return trimmed(shownText(field, textOf(tagTextOf(text), maxLyricsLength)));
+}
+
+/// The same for a date of which more than the year counts.
+CString comparableDate(const CString& text)
+{
+    return trimmed(textOf(tagTextOf(text)));
+}
+
+/// Whether it says more than a year.
+bool isDate(const CString& text)
+{
+    return yearPart(text) != text;
+}
+
+CString leftOfSlash(const CString& text)
+{
+    const int slash = text.Find(u'/');
+    return trimmed(slash < 0 ? text : text.Left(slash));
+}
+
+CString rightOfSlash(const CString& text)
+{
+    const int slash = text.Find(u'/');
+    return slash < 0 ? CString() : trimmed(text.Mid(slash + 1));
+}
+
+/// Leading zeros and a zero alone count for nothing, which is how formats with numbers keep them.
+CString asNumber(const CString& part)
+{
+    if (!std::ranges::all_of(part.view(), qo::isDigit))
+        return part;
+    int zeros = 0;
+    while (zeros < part.GetLength() && part[zeros] == u'0')
+        ++zeros;
+    return part.Mid(zeros);
+}
+
+/// A number handed over without a total leaves the file's total alone.
+CString mergedTrack(const CString& wanted, const CString& present)
+{
+    const bool alone = !wanted.IsEmpty() && wanted.Find(u'/') < 0;
+    const CString total = rightOfSlash(alone ? present : wanted);
+    return asNumber(total).IsEmpty() ? leftOfSlash(wanted) : leftOfSlash(wanted) + u'/' + total;
+}
+
+/// Whether the file holds what was wanted, as far as formats differ in spelling it. A total
+/// without a number finds no place in some; nobody is shown it anyway.
+bool sameTrack(const CString& wanted, const CString& found)
+{
+    const CString number = asNumber(leftOfSlash(wanted));
+    return number == asNumber(leftOfSlash(found)) &&
+           (number.IsEmpty() || asNumber(rightOfSlash(wanted)) == asNumber(rightOfSlash(found)));
+}
+} // namespace
+
+TagChanges::TagChanges(const CTags& wanted, const TagValues& present)
+{
+    using Getter = bool (CTags::*)(CString&) const;
+    static constexpr std::pair<Field, Getter> getters[] = {
+        {Field::album, &CTags::GetAlbum},
+        {Field::title, &CTags::GetTitle},
+        {Field::genre, &CTags::GetGenre},
+        {Field::trackNumber, &CTags::GetTrackNumber},
+        {Field::year, &CTags::GetYear},
+        {Field::lyrics, &CTags::GetLyrics},
+    };
+    compareArtists(wanted, present);
+    for (const auto& [field, getter] : getters)
+    {
+        CString text;
+        if ((wanted.*getter)(text))
+            compare(field, text, present);
+    }
+    // An unedited picture comes back as the path of its extracted file. When that file is gone the
+    // embedded picture must not go with it, so what cannot be loaded changes nothing.
+    CPictureTag picture;
+    TagLib::ByteVector content;
+    if (!wanted.GetPicture(0, picture) || !loadPicture(picture.GetFilePath(), content))
+        return;
+    const EmbeddedPicture* chosen = present.chosenPicture();
+    if (!chosen || chosen->content != content)
+        m_picture = content;
+}
+
+void TagChanges::compareArtists(const CTags& wanted, const TagValues& present)
+{
+    CString first;
+    if (!wanted.GetFirstValidArtist(first))
+        return;
+    compare(Field::artist, first, present);
+    if (wanted.GetArtists().GetSize() < 2)
+        return;
+    // More than one name is a statement on the whole list.
+    TagLib::StringList all;
+    for (const CString& artist : wanted.GetArtists())
+    {
+        if (!isBlank(artist))
+            all.append(tagTextOf(artist));
+    }
+    TagLib::StringList old(tagTextOf(present.value(Field::artist)));
+    for (const CString& artist : present.furtherArtists())
+        old.append(tagTextOf(artist));
+    if (all == old || all.isEmpty())
+        return;
+    m_allArtists = all;
+    m_texts[static_cast<int>(Field::artist)] = first;
+}
+
+void TagChanges::compare(Field field, const CString& wanted, const TagValues& present)
+{
+    const CString text = trimmed(wanted);
+    const CString& old = present.value(field);
+    if (field == Field::trackNumber)
+        return compareTrack(comparable(field, text), comparable(field, old));
+    const bool same = field == Field::year && isDate(text)
+                          ? comparableDate(text) == comparableDate(present.date())
+                          : comparable(field, text) == comparable(field, old);
+    if (!same)
+        m_texts[static_cast<int>(field)] = text;
+}
+
+void TagChanges::compareTrack(const CString& wanted, const CString& present)
+{
+    const CString text = mergedTrack(wanted, present);
+    if (wanted == present || text == present)
+        return;
+    m_texts[static_cast<int>(Field::trackNumber)] = text;
+    m_removesTrackTotal = wanted.Find(u'/') >= 0 && rightOfSlash(text).IsEmpty();
+}
+
+bool TagChanges::empty() const
+{
+    return !m_picture && std::ranges::none_of(m_texts, [](const auto& text) { return !!text; });
+}
+
+TagLib::StringList TagChanges::changed(Field field, const TagLib::StringList& old) const
+{
+    if (removes(field))
+        return {};
+    if (field == Field::artist && !m_allArtists.isEmpty())
+        return m_allArtists;
+    const TagLib::String text = tagTextOf(*this->text(field));
+    TagLib::StringList list;
+    bool done = false;
+    for (const TagLib::String& value : old)
+    {
+        const bool shown = !done && !isBlank(textOf(value, maxLyricsLength));
+        list.append(shown ? text : value);
+        done = done || shown;
+    }
+    return done ? list : TagLib::StringList(text);
+}
+
+TagLib::String TagChanges::trackNumber() const
+{
+    return tagTextOf(leftOfSlash(*text(Field::trackNumber)));
+}
+
+TagLib::String TagChanges::trackTotal() const
+{
+    return tagTextOf(rightOfSlash(*text(Field::trackNumber)));
+}
+
+bool TagChanges::fulfilledBy(const TagValues& before, const TagValues& after) const
+{
+    // All fields are looked at: a field that was not to change must not have changed either.
+    for (int i = 0; i < fieldCount; ++i)
+    {
+        const auto field = static_cast<Field>(i);
+        const CString& wanted = m_texts[i] ? *m_texts[i] : before.value(field);
+        const CString& found = after.value(field);
+        const bool same = field == Field::trackNumber
+                              ? sameTrack(wanted, found)
+                              : comparable(field, wanted) == comparable(field, found);
+        if (!same)
+            return false;
+    }
+    const std::optional<CString>& year = text(Field::year);
+    const CString& date = year ? *year : before.date();
+    if ((!year || isDate(date)) && comparableDate(date) != comparableDate(after.date()))
+        return false;
+    const EmbeddedPicture* was = before.chosenPicture();
+    const EmbeddedPicture* is = after.chosenPicture();
+    if (m_picture)
+        return is && is->content == *m_picture;
+    return was ? is && is->content == was->content : !is;
+}
+} // namespace KVTagLib

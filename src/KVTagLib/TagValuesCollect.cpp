@@ -1,0 +1,247 @@
+#include "KVTagLib/TagText.h"
+#include "KVTagLib/TagValues.h"
+
+#include <taglib/apetag.h>
+#include <taglib/asftag.h>
+#include <taglib/attachedpictureframe.h>
+#include <taglib/flacpicture.h>
+#include <taglib/id3v1tag.h>
+#include <taglib/id3v2tag.h>
+#include <taglib/infotag.h>
+#include <taglib/mp4tag.h>
+#include <taglib/textidentificationframe.h>
+#include <taglib/unsynchronizedlyricsframe.h>
+#include <taglib/xiphcomment.h>
+
+using namespace TagLib;
+
+namespace KVTagLib
+{
+namespace
+{
+/// Texts of all frames with that id, in order.
+StringList frameTexts(const ID3v2::Tag& tag, const char* id)
+{
+    StringList texts;
+    for (const ID3v2::Frame* frame : tag.frameList(id))
+    {
+        if (const auto* text = dynamic_cast<const ID3v2::TextIdentificationFrame*>(frame))
+            texts.append(text->fieldList());
+    }
+    return texts;
+}
+
+/// The first key that is there with a text.
+template <class Map>
+StringList firstOf(const Map& map, std::initializer_list<const char*> keys)
+{
+    for (const char* key : keys)
+    {
+        const auto it = map.find(key);
+        if (it != map.end() && !it->second.isEmpty())
+            return it->second;
+    }
+    return {};
+}
+
+String firstText(const StringList& texts)
+{
+    return texts.isEmpty() ? String() : texts.front();
+}
+
+StringList itemTexts(const APE::Tag& tag, std::initializer_list<const char*> keys)
+{
+    for (const char* key : keys)
+    {
+        const auto it = tag.itemListMap().find(key);
+        if (it != tag.itemListMap().end() && it->second.type() == APE::Item::Text)
+            return it->second.toStringList();
+    }
+    return {};
+}
+
+StringList itemTexts(const MP4::Tag& tag, const char* key)
+{
+    const auto it = tag.itemMap().find(key);
+    return it == tag.itemMap().end() ? StringList() : it->second.toStringList();
+}
+
+StringList attributeTexts(ASF::Tag& tag, const char* key)
+{
+    StringList texts;
+    const auto it = tag.attributeListMap().find(key);
+    if (it == tag.attributeListMap().end())
+        return texts;
+    for (const ASF::Attribute& attribute : it->second)
+    {
+        switch (attribute.type())
+        {
+        case ASF::Attribute::UnicodeType:
+            texts.append(attribute.toString());
+            break;
+        case ASF::Attribute::DWordType:
+            texts.append(String::number(static_cast<int>(attribute.toUInt())));
+            break;
+        case ASF::Attribute::WordType:
+            texts.append(String::number(attribute.toUShort()));
+            break;
+        default:
+            break;
+        }
+    }
+    return texts;
+}
+
+String trackOf(const MP4::Tag& tag)
+{
+    const auto it = tag.itemMap().find("trkn");
+    if (it == tag.itemMap().end())
+        return {};
+    // Zero stands for unknown in both places.
+    const auto [number, total] = it->second.toIntPair();
+    if (number <= 0)
+        return {};
+    return total > 0 ? String::number(number) + "/" + String::number(total)
+                     : String::number(number);
+}
+} // namespace
+
+void collect(const ID3v2::Tag& tag, TagValues& values)
+{
+    values.offer(Field::artist, frameTexts(tag, "TPE1"));
+    values.offer(Field::album, frameTexts(tag, "TALB"));
+    values.offer(Field::title, frameTexts(tag, "TIT2"));
+    values.offer(Field::genre, frameTexts(tag, "TCON"));
+    values.offer(Field::trackNumber, frameTexts(tag, "TRCK"));
+    // TagLib gives the year of older versions under the name of the newest.
+    values.offer(Field::year, frameTexts(tag, "TDRC"));
+    for (const ID3v2::Frame* frame : tag.frameList("USLT"))
+    {
+        if (const auto* lyrics = dynamic_cast<const ID3v2::UnsynchronizedLyricsFrame*>(frame))
+            values.offer(Field::lyrics, lyrics->text());
+    }
+    if (!values.wantsPictures())
+        return;
+    for (const ID3v2::Frame* frame : tag.frameList("APIC"))
+    {
+        if (const auto* picture = dynamic_cast<const ID3v2::AttachedPictureFrame*>(frame))
+            values.offerPicture(picture->picture(),
+                                picture->type() == ID3v2::AttachedPictureFrame::FrontCover);
+    }
+}
+
+void collect(const ID3v1::Tag& tag, TagValues& values)
+{
+    values.offer(Field::artist, tag.artist());
+    values.offer(Field::album, tag.album());
+    values.offer(Field::title, tag.title());
+    values.offer(Field::genre, tag.genre());
+    if (tag.track() > 0)
+        values.offer(Field::trackNumber, String::number(static_cast<int>(tag.track())));
+    if (tag.year() > 0)
+        values.offer(Field::year, String::number(static_cast<int>(tag.year())));
+}
+
+void collect(const APE::Tag& tag, TagValues& values)
+{
+    values.offer(Field::artist, itemTexts(tag, {"ARTIST"}));
+    values.offer(Field::album, itemTexts(tag, {"ALBUM"}));
+    values.offer(Field::title, itemTexts(tag, {"TITLE"}));
+    values.offer(Field::genre, itemTexts(tag, {"GENRE"}));
+    values.offerTrack(firstText(itemTexts(tag, {"TRACK"})),
+                      firstText(itemTexts(tag, {"TRACKTOTAL", "TOTALTRACKS"})));
+    values.offer(Field::year, itemTexts(tag, {"YEAR", "DATE"}));
+    values.offer(Field::lyrics, itemTexts(tag, {"LYRICS", "UNSYNCEDLYRICS", "UNSYNCED LYRICS"}));
+    if (!values.wantsPictures())
+        return;
+    for (const auto& [key, item] : tag.itemListMap())
+    {
+        // The binary value is a file name, a zero and the picture.
+        if (!key.startsWith("COVER ART") || item.type() != APE::Item::Binary)
+            continue;
+        const ByteVector data = item.binaryData();
+        const int zero = data.find('\0');
+        if (zero >= 0)
+            values.offerPicture(data.mid(static_cast<unsigned>(zero) + 1),
+                                key == "COVER ART (FRONT)");
+    }
+}
+
+void collect(Ogg::XiphComment& tag, TagValues& values)
+{
+    const Ogg::FieldListMap& fields = tag.fieldListMap();
+    values.offer(Field::artist, firstOf(fields, {"ARTIST"}));
+    values.offer(Field::album, firstOf(fields, {"ALBUM"}));
+    values.offer(Field::title, firstOf(fields, {"TITLE"}));
+    values.offer(Field::genre, firstOf(fields, {"GENRE"}));
+    values.offerTrack(firstText(firstOf(fields, {"TRACKNUMBER", "TRACKNUM"})),
+                      firstText(firstOf(fields, {"TRACKTOTAL", "TOTALTRACKS"})));
+    values.offer(Field::year, firstOf(fields, {"DATE", "YEAR"}));
+    values.offer(Field::lyrics, firstOf(fields, {"LYRICS", "UNSYNCEDLYRICS", "UNSYNCED LYRICS"}));
+    if (!values.wantsPictures())
+        return;
+    for (const FLAC::Picture* picture : tag.pictureList())
+        collect(*picture, values);
+}
+
+void collect(const MP4::Tag& tag, TagValues& values)
+{
+    values.offer(Field::artist, itemTexts(tag, "\251ART"));
+    values.offer(Field::album, itemTexts(tag, "\251alb"));
+    values.offer(Field::title, itemTexts(tag, "\251nam"));
+    values.offer(Field::genre, itemTexts(tag, "\251gen"));
+    values.offer(Field::trackNumber, trackOf(tag));
+    values.offer(Field::year, itemTexts(tag, "\251day"));
+    values.offer(Field::lyrics, itemTexts(tag, "\251lyr"));
+    const auto covers = tag.itemMap().find("covr");
+    if (!values.wantsPictures() || covers == tag.itemMap().end())
+        return;
+    // The format has no kinds of pictures; the first is the cover by custom.
+    for (const MP4::CoverArt& cover : covers->second.toCoverArtList())
+        values.offerPicture(cover.data(), true);
+}
+
+void collect(ASF::Tag& tag, TagValues& values)
+{
+    // The first artist has a place of its own; the others stand among the attributes, where some
+    // writers repeat the first.
+    StringList artists = attributeTexts(tag, "Author");
+    if (!tag.artist().isEmpty() && (artists.isEmpty() || artists.front() != tag.artist()))
+        artists.prepend(tag.artist());
+    values.offer(Field::artist, artists);
+    values.offer(Field::album, attributeTexts(tag, "WM/AlbumTitle"));
+    values.offer(Field::title, tag.title());
+    values.offer(Field::title, attributeTexts(tag, "Title"));
+    values.offer(Field::genre, attributeTexts(tag, "WM/Genre"));
+    values.offerTrack(firstText(attributeTexts(tag, "WM/TrackNumber")),
+                      firstText(attributeTexts(tag, "TotalTracks")));
+    values.offer(Field::year, attributeTexts(tag, "WM/Year"));
+    values.offer(Field::lyrics, attributeTexts(tag, "WM/Lyrics"));
+    const auto pictures = tag.attributeListMap().find("WM/Picture");
+    if (!values.wantsPictures() || pictures == tag.attributeListMap().end())
+        return;
+    for (const ASF::Attribute& attribute : pictures->second)
+    {
+        const ASF::Picture picture = attribute.toPicture();
+        if (picture.isValid())
+            values.offerPicture(picture.picture(), picture.type() == ASF::Picture::FrontCover);
+    }
+}
+
+void collect(const RIFF::Info::Tag& tag, TagValues& values)
+{
+    values.offer(Field::artist, tag.fieldText("IART"));
+    values.offer(Field::album, tag.fieldText("IPRD"));
+    values.offer(Field::title, tag.fieldText("INAM"));
+    values.offer(Field::genre, tag.fieldText("IGNR"));
+    // Two names are in use for the track.
+    values.offer(Field::trackNumber, tag.fieldText("IPRT"));
+    values.offer(Field::trackNumber, tag.fieldText("ITRK"));
+    values.offer(Field::year, tag.fieldText("ICRD"));
+}
+
+void collect(const FLAC::Picture& picture, TagValues& values)
+{
+    values.offerPicture(picture.data(), picture.type() == FLAC::Picture::FrontCover);
+}
+} // namespace KVTagLib

@@ -1,0 +1,84 @@
+#include "KVTagLib/Tags.h"
+
+#include "KVTagLib/PictureStore.h"
+
+namespace KVTagLib
+{
+bool CTags::GetFirstValidArtist(CString& artist) const
+{
+    if (m_artists.IsEmpty())
+        return false;
+    for (const CString& name : m_artists)
+    {
+        if (!name.IsEmpty())
+        {
+            artist = name;
+            return true;
+        }
+    }
+    artist.Empty();
+    return true;
+}
+
+void CTags::AddArtist(const CString& artist, bool first)
+{
+    if (first)
+        m_artists.InsertAt(0, artist);
+    else
+        m_artists.Add(artist);
+}
+
+bool CTags::AddPicture(const CString& path)
+{
+    TagLib::ByteVector content;
+    // Looking now tells the caller at once; the writer loads the file again when it compares.
+    if (path.IsEmpty() || !loadPicture(path, content))
+        return false;
+    m_pictures.Add(CPictureTag(path, pictureKindOf(content)->mimeType, true));
+    return true;
+}
+
+bool CTags::GetPicture(int index, CPictureTag& picture) const
+{
+    if (index < 0 || index >= m_pictures.GetSize())
+        return false;
+    picture = m_pictures[index];
+    return true;
+}
+
+bool CTags::GetPictures(CArray<CPictureTag>& pictures) const
+{
+    pictures = m_pictures;
+    return !pictures.IsEmpty();
+}
+
+bool CTags::GetTime(int& time) const
+{
+    if (m_time < 0)
+        return false;
+    time = m_time;
+    return true;
+}
+
+bool CTags::GetBitrate(int& bitrate) const
+{
+    if (m_bitrate < 0)
+        return false;
+    bitrate = m_bitrate;
+    return true;
+}
+
+bool CTags::get(EItem item, CString& text) const
+{
+    if ((m_present & (1U << item)) == 0)
+        return false;
+    text = m_items[item];
+    return true;
+}
+
+void CTags::set(EItem item, const CString& text)
+{
+    m_items[item] = text;
+    m_present = static_cast<std::uint8_t>(m_present | (1U << item));
+}
+} // namespace KVTagLib

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "KVTagLib/Forward.h"
+#include "KVTagLib/PictureTag.h"
+#include "common/types/Array.h"
+#include "common/types/StringArray.h"
+
+#include <cstdint>
+
+namespace KVTagLib
+{
+/// What a tag holds, or what a writer shall put into one: each item is either absent or a text,
+/// which may be empty. A getter returns false and leaves its output alone for an absent item. Not
+/// for several threads at once.
+///
+/// A reader fills in what the file has. A writer takes every item that is set as the wanted value
+/// (empty: remove it) and leaves absent items alone.
+class QO_API CTags
+{
+public:
+    CTags() = default;
+    /// A reader that fills this object extracts embedded pictures as files into that folder, which
+    /// must exist. Without a folder pictures are neither extracted nor listed.
+    explicit CTags(const CString& pictureDir) : m_pictureDir(pictureDir) {}
+    ~CTags() = default;
+
+    /// The first artist whose name is not empty. With empty names only, the empty name.
+    bool GetFirstValidArtist(CString& artist) const;
+    bool GetAlbum(CString& album) const { return get(Album, album); }
+    bool GetTitle(CString& title) const { return get(Title, title); }
+    /// Always a name: numeric genres are translated by the reader.
+    bool GetGenre(CString& genre) const { return get(Genre, genre); }
+    /// "3", or "3/12" when the file names a total.
+    bool GetTrackNumber(CString& number) const { return get(TrackNumber, number); }
+    /// The year part of the date as the file spells it: what stands left of the first '-'.
+    bool GetYear(CString& year) const { return get(Year, year); }
+    bool GetLyrics(CString& lyrics) const { return get(Lyrics, lyrics); }
+    const CStringArray& GetArtists() const { return m_artists; }
+
+    /// Behind the artists that are there, or with first ahead of them.
+    void AddArtist(const CString& artist, bool first);
+    void SetAlbum(const CString& album) { set(Album, album); }
+    void SetTitle(const CString& title) { set(Title, title); }
+    void SetGenre(const CString& genre) { set(Genre, genre); }
+    void SetTrackNumber(const CString& number) { set(TrackNumber, number); }
+    void SetYear(const CString& year) { set(Year, year); }
+    void SetLyrics(const CString& lyrics) { set(Lyrics, lyrics); }
+
+    /// Attaches the picture that the file holds: JPEG, PNG, GIF, BMP or WebP of at most 32 MiB.
+    /// False, and nothing attached, if the file is absent, unreadable or no such picture; an empty
+    /// path thus attaches nothing, and a writer leaves the file's pictures alone.
+    bool AddPicture(const CString& path);
+    void AddPicture(const CPictureTag& picture) { m_pictures.Add(picture); }
+    int GetPictureCount() const { return m_pictures.GetSize(); }
+    /// False for an index out of range. A front cover comes first.
+    bool GetPicture(int index, CPictureTag& picture) const;
+    /// Replaces the array's content; whether there is a picture.
+    bool GetPictures(CArray<CPictureTag>& pictures) const;
+
+    /// Milliseconds.
+    bool GetTime(int& time) const;
+    /// Kilobits per second.
+    bool GetBitrate(int& bitrate) const;
+    void SetTime(int time) { m_time = time; }
+    void SetBitrate(int bitrate) { m_bitrate = bitrate; }
+
+    const CString& GetPictureDir() const { return m_pictureDir; }
+
+private:
+    enum EItem
+    {
+        Album,
+        Title,
+        Genre,
+        TrackNumber,
+        Year,
+        Lyrics,
+        ItemCount
+    };
+
+    bool get(EItem item, CString& text) const;
+    void set(EItem item, const CString& text);
+
+    CString m_items[ItemCount];
+    std::uint8_t m_present = 0; ///< one bit for each item
+    CStringArray m_artists;
+    CArray<CPictureTag> m_pictures;
+    int m_time = -1;
+    int m_bitrate = -1;
+    CString m_pictureDir;
+};
+} // namespace KVTagLib

@@ -1,0 +1,6 @@
+#include "KVTagLib/TagsReader.h"
+
+namespace KVTagLib
+{
+ITagsReader::~ITagsReader() = default;
+} // namespace KVTagLib

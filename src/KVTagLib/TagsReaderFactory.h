@@ -1,0 +1,15 @@
+#pragma once
+
+#include "KVTagLib/Forward.h"
+#include "common/types/String.h"
+
+namespace KVTagLib
+{
+class QO_API CTagsReaderFactory
+{
+public:
+    /// A reader for the file, which the caller deletes; null when no reader fits. Decides by the
+    /// extension of the path (collection form) and does not touch the disk.
+    static ITagsReader* CreateTagsReader(const CString& path);
+};
+} // namespace KVTagLib

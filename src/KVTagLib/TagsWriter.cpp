@@ -1,0 +1,6 @@
+#include "KVTagLib/TagsWriter.h"
+
+namespace KVTagLib
+{
+ITagsWriter::~ITagsWriter() = default;
+} // namespace KVTagLib

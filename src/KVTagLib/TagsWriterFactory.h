@@ -1,0 +1,15 @@
+#pragma once
+
+#include "KVTagLib/Forward.h"
+#include "common/types/String.h"
+
+namespace KVTagLib
+{
+class QO_API CTagsWriterFactory
+{
+public:
+    /// A writer for the file, which the caller deletes; null when no writer fits. Decides by the
+    /// extension of the path (collection form) and does not touch the disk.
+    static ITagsWriter* CreateTagsWriter(const CString& path);
+};
+} // namespace KVTagLib

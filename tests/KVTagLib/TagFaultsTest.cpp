@@ -1,0 +1,208 @@
+#include "KVTagLib/AudioRegion.h"
+#include "KVTagLib/TagFiles.h"
+#include "platform/Platform.h"
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+
+using namespace tagfiles;
+using namespace std::string_literals;
+
+namespace
+{
+const char* const sounds[] = {"sound.mp3",
+                              "sound.flac",
+                              "sound.ogg",
+                              "sound.oga",
+                              "sound.opus",
+                              "sound.spx",
+                              "sound.m4a",
+                              "sound.wma",
+                              "sound.wav",
+                              "sound.aiff",
+                              "sound.ape",
+                              "sound.wv",
+                              "sound.mpc",
+                              "sound.tta"};
+
+std::vector<std::string> namesIn(const TempDir& folder)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+/// What the writer says in a process whose files cannot grow beyond the size given.
+std::string writeWithLimit(const std::string& path, const Values& values, std::uintmax_t limit)
+{
+    int ends[2];
+    if (::pipe(ends) != 0)
+        return "no pipe";
+    const pid_t child = ::fork();
+    if (child == 0)
+    {
+        ::signal(SIGXFSZ, SIG_IGN);
+        const rlimit size{limit, limit};
+        const std::string answer =
+            ::setrlimit(RLIMIT_FSIZE, &size) == 0 ? write(path, tagsOf(values)) : "no limit";
+        ::_exit(::write(ends[1], answer.data(), answer.size()) < 0);
+    }
+    ::close(ends[1]);
+    std::string answer(4096, '\0');
+    answer.resize(static_cast<std::size_t>(
+        std::max<ssize_t>(::read(ends[0], answer.data(), answer.size()), 0)));
+    ::close(ends[0]);
+    ::waitpid(child, nullptr, 0);
+    return answer;
+}
+
+/// Writing the title must be refused, and nothing must have happened.
+void expectRefused(const TempDir& folder, const std::string& name)
+{
+    SCOPED_TRACE(name);
+    const std::string before = folder.read(name);
+    const auto names = namesIn(folder);
+    EXPECT_NE(write(folder.path(name), tagsOf({.title = "New"})), "");
+    EXPECT_TRUE(folder.read(name) == before);
+    EXPECT_EQ(namesIn(folder), names);
+}
+
+std::string overwritten(std::string content, std::size_t at, const std::string& bytes)
+{
+    return content.replace(at, bytes.size(), bytes);
+}
+
+std::optional<std::string> digestOf(const std::string& path, KVTagLib::AudioFormat format)
+{
+    int error = 0;
+    const auto file = qo::fileSystem().open(qo::fromSystemPath(path), qo::OpenMode::read, error);
+    return file ? KVTagLib::digestOfSound(*file, format) : std::nullopt;
+}
+} // namespace
+
+TEST(TagFaults, FullDiskLeavesTheFileUntouchedAndSaysSo)
+{
+    struct Row
+    {
+        std::size_t lyrics;
+        std::uintmax_t room;
+        bool inPlace;
+    };
+    // The second has room for the tag, and the end of the sound does not fit any more.
+    constexpr Row rows[] = {{100'000, 40'000, false}, {2500, 1000, false}, {2500, 1000, true}};
+    const TempDir folder;
+    for (const char* name : sounds)
+    {
+        for (const Row& row : rows)
+        {
+            SCOPED_TRACE(std::string(name) + " " + std::to_string(&row - rows));
+            const std::string path = copySound(folder, name);
+            const std::string before = contentOf(path);
+            if (row.inPlace)
+                std::filesystem::create_hard_link(path, folder.path("twin"));
+            const Values values{.title = "New", .lyrics = std::string(row.lyrics, 'x')};
+            EXPECT_EQ(writeWithLimit(path, values, before.size() + row.room),
+                      qo::toUtf8(qo::errorText(EFBIG)));
+            EXPECT_TRUE(contentOf(path) == before);
+            std::filesystem::remove(path);
+            std::filesystem::remove(folder.path("twin"));
+            EXPECT_EQ(namesIn(folder), std::vector<std::string>());
+        }
+    }
+}
+
+TEST(TagFaults, FragmentedMp4IsRefused)
+{
+    if (!haveDecoder())
+        GTEST_SKIP() << "no ffmpeg";
+    const TempDir folder;
+    outputOf("ffmpeg -v quiet -i '" + sound("sound.m4a") +
+             "' -c copy -movflags frag_keyframe+empty_moov '" + folder.path("cut.m4a") + "' 2>&1");
+    ASSERT_NE(folder.read("cut.m4a").find("moof"), std::string::npos);
+    expectRefused(folder, "cut.m4a");
+}
+
+TEST(TagFaults, RecordingThatWasNeverClosedIsRefused)
+{
+    const TempDir folder;
+    const std::string wav = contentOf(sound("sound.wav"));
+    const std::string aiff = contentOf(sound("sound.aiff"));
+    const std::string open(4, '\xff');
+    folder.write("a.wav", overwritten(overwritten(wav, 4, open), wav.find("data") + 4, open));
+    folder.write("b.aiff", overwritten(overwritten(aiff, 4, open), aiff.find("SSND") + 4, open));
+    folder.write("c.wav", wav.substr(0, wav.size() - 100));
+    for (const char* name : {"a.wav", "b.aiff", "c.wav"})
+        expectRefused(folder, name);
+}
+
+TEST(TagFaults, DigestOfTheSoundSeesTheSoundAndNotTheTags)
+{
+    const TempDir folder;
+    for (const char* name : sounds)
+    {
+        SCOPED_TRACE(name);
+        const std::string path = copySound(folder, name);
+        const auto format = KVTagLib::formatOfPath(qo::fromSystemPath(path));
+        const KVTagLib::AudioFormat kind =
+            name == "sound.oga"s ? KVTagLib::AudioFormat::oggFlac : format;
+        const auto before = digestOf(path, kind);
+        ASSERT_TRUE(before);
+        ASSERT_EQ(write(path, tagsOf({.title = "New", .lyrics = std::string(5000, 'x')})), "");
+        EXPECT_TRUE(digestOf(path, kind) == before);
+
+        const std::string base = contentOf(sound(name));
+        const std::size_t place =
+            name == "sound.m4a"s ? base.find("mdat") + 100 : base.size() * 3 / 4;
+        folder.write("twisted", overwritten(base, place, {static_cast<char>(~base[place])}));
+        EXPECT_FALSE(digestOf(folder.path("twisted"), kind) == before);
+        folder.write("cut", base.substr(0, name == "sound.m4a"s ? place : base.size() - 10));
+        EXPECT_FALSE(digestOf(folder.path("cut"), kind) == before);
+    }
+    const std::string base = contentOf(sound("sound.m4a"));
+    const std::size_t offset = base.find("stco") + 15;
+    folder.write("moved", overwritten(base, offset, {static_cast<char>(base[offset] + 1)}));
+    constexpr auto mp4 = KVTagLib::AudioFormat::mp4;
+    EXPECT_FALSE(digestOf(folder.path("moved"), mp4) == digestOf(sound("sound.m4a"), mp4));
+}
+
+TEST(TagFaults, BackupOfACrashedWriteIsNeverOverwritten)
+{
+    const TempDir folder;
+    const std::string longName = std::string(250, 'n') + ".mp3";
+    for (const std::string& name : {"song.mp3"s, longName})
+    {
+        const std::string path = folder.write(name, contentOf(sound("sound.mp3")));
+        const std::string backup = (".qo-backup-" + name).substr(0, 254) + "~";
+        folder.write(backup, "all that is left");
+        std::filesystem::create_hard_link(path, folder.path("twin"));
+        EXPECT_EQ(write(path, tagsOf({.title = "New"})), "");
+        EXPECT_EQ(folder.read(backup), "all that is left");
+        std::filesystem::remove(folder.path("twin"));
+    }
+    EXPECT_EQ(namesIn(folder).size(), 4U);
+}
+
+TEST(TagFaults, AccessListOfTheFolderDoesNotPassToTheFile)
+{
+    // Version 2, then entries of kind, rights and id: owner, one more user, group, mask, others.
+    const std::string list = "\2\0\0\0"
+                             "\1\0\7\0\xff\xff\xff\xff"
+                             "\2\0\7\0\x39\x30\0\0"
+                             "\4\0\5\0\xff\xff\xff\xff"
+                             "\x10\0\7\0\xff\xff\xff\xff"
+                             "\x20\0\0\0\xff\xff\xff\xff"s;
+    const TempDir folder;
+    const std::string path = copySound(folder, "sound.mp3");
+    if (::setxattr(folder.path().c_str(), "system.posix_acl_default", list.data(), list.size(), 0))
+        GTEST_SKIP() << "no access lists here";
+    ASSERT_EQ(write(path, tagsOf({.title = "New"})), "");
+    EXPECT_LT(::getxattr(path.c_str(), "system.posix_acl_access", nullptr, 0), 0);
+}
