@@ -1,0 +1,11 @@
+#pragma once
+
+// The collection and its database.
+#include "Database/src/DbFacade/SQLiteBackup.h"
+#include "Database/src/DbFacade/SQLiteWrapper.h"
+#include "QoColl/Collection/FileFinder.h"
+#include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Collection/QoUtils.h"
+#include "QoColl/Db/QoCollDb.h"
+#include "QoColl/Db/QoCollDbUtils.h"
+#include "QoColl/Db/QoFileDbItem.h"

@@ -1,0 +1,6 @@
+#pragma once
+
+// The physical tree of folders and files.
+#include "Physical/HDDirectory.h"
+#include "Physical/HDFile.h"
+#include "Physical/HDMusicFile.h"

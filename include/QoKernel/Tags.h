@@ -1,0 +1,7 @@
+#pragma once
+
+// Tags of music files.
+#include "KVTagLib/Tags.h"
+#include "KVTagLib/ValidExtensions.h"
+#include "QoColl/Tags/MusicTagEx.h"
+#include "QoColl/Tags/SimpleMusicTag.h"

@@ -1,0 +1,14 @@
+#pragma once
+
+class CHDDirectory;
+class CHDFile;
+class CHDInplaceConvertedFile;
+class CHDMusicFile;
+class CHDObject;
+class CHDOfflineFile;
+class CHDOtherFile;
+class CHDPictureFile;
+class CHDSearchResult;
+class CHDTextFile;
+class CQoCheckObject;
+class CSourceObject;

@@ -1,0 +1,189 @@
+#include "Physical/HDFile.h"
+
+#include "Physical/HDMusicFile.h"
+#include "Physical/HDOtherFile.h"
+#include "Physical/HDPictureFile.h"
+#include "Physical/HDTextFile.h"
+#include "QoColl/Collection/FilePathParts.h"
+#include "QoColl/Collection/QoUtils.h"
+#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/VelmoraFileParams.h"
+#include "QoColl/Db/VelmoraFileParamsUtils.h"
+#include "QoColl/Tags/SimpleMusicTag.h"
+#include "common/MakeObject.h"
+#include "common/types/CharClass.h"
+
+#include <iterator>
+
+namespace
+{
+constexpr const char16_t* sourcePath = u".\\Physical\\HDFile";
+
+/// The record's text for a logical type, null for types that have none there.
+CString* ltAssocField(QoFileDbItem& item, CLTObjectType::EType type)
+{
+    switch (type)
+    {
+    case CLTObjectType::Album:
+        return &item.album;
+    case CLTObjectType::Artist:
+        return &item.artist;
+    case CLTObjectType::Genre:
+        return &item.genre;
+    case CLTObjectType::Track:
+        return &item.title;
+    default:
+        return nullptr;
+    }
+}
+} // namespace
+
+boost::shared_ptr<CHDFile> CHDFile::createHDFile(const boost::shared_ptr<QoFileDbItem>& item)
+{
+    const CString ext = qo::fileExtOf(item->path);
+    boost::shared_ptr<CHDFile> file;
+    // The order decides: an extension may one day stand in two lists.
+    if (CQoUtils::isMusicExt(ext))
+        file = qo::makeObject<CHDMusicFile>(QO_HERE(sourcePath), Key(), item);
+    else if (isPictureFile(ext))
+        file = qo::makeObject<CHDPictureFile>(QO_HERE(sourcePath), Key(), item);
+    else if (isTextFile(ext))
+        file = qo::makeObject<CHDTextFile>(QO_HERE(sourcePath), Key(), item);
+    else
+        file = qo::makeObject<CHDOtherFile>(QO_HERE(sourcePath), Key(), item);
+    file->setFileInfo();
+    return file;
+}
+
+CHDFile::CHDFile(EHDFileType type, const boost::shared_ptr<QoFileDbItem>& item)
+    : CHDObject(HD_File), m_fileType(type), m_dbItem(item)
+{
+    setFileTitle(item->path);
+}
+
+CHDFile::~CHDFile() = default;
+
+void CHDFile::setFileTitle(const CString& path)
+{
+    const std::u16string_view name = qo::plainDriveFileName(path.view());
+    const std::u16string_view title = name.substr(0, name.rfind(u'.'));
+    if (name.empty() || path.GetLength() >= wholeText)
+    {
+        m_titleText = qo::fileTitleOf(path);
+        return;
+    }
+    m_titleText = path;
+    m_titleStart = static_cast<std::uint16_t>(title.data() - path.GetString());
+    m_titleLength = static_cast<std::uint16_t>(title.size());
+}
+
+CString CHDFile::getFileTitle() const
+{
+    return m_titleLength == wholeText ? m_titleText : m_titleText.Mid(m_titleStart, m_titleLength);
+}
+
+CString CHDFile::toString(bool /*full*/) const
+{
+    return m_dbItem->path;
+}
+
+void CHDFile::clearLTObjects() {}
+
+void CHDFile::setFileInfo() {}
+
+int CHDFile::getAudioVideoType() const
+{
+    return AV_None;
+}
+
+void CHDFile::setParentDir(const boost::shared_ptr<CHDDirectory>& dir)
+{
+    m_parent = dir;
+}
+
+const CString& CHDFile::getPath() const noexcept
+{
+    return m_dbItem->path;
+}
+
+CString CHDFile::getFileName() const
+{
+    return qo::fileNameOf(m_dbItem->path);
+}
+
+CString CHDFile::getExt() const
+{
+    return qo::fileExtOf(m_dbItem->path);
+}
+
+std::int64_t CHDFile::getSize() const noexcept
+{
+    return m_dbItem->size;
+}
+
+void CHDFile::getSimpleTag(SimpleMusicTag& tag) const
+{
+    qo::fillSimpleTag(*m_dbItem, tag);
+}
+
+bool CHDFile::isLongStream() const
+{
+    QorganizerDef::VelmoraFileParams params;
+    return CVelmoraFileParamsUtils::FromDbParam(m_dbItem->params, params) &&
+           (params.longStreamLength != 0 || params.longStreamPartLength != 0);
+}
+
+bool CHDFile::getAtomValueFromDbFileItem(int atomType, CString& value) const
+{
+    constexpr int firstType = 1;
+    constexpr int lastType = 22;
+    if (atomType < firstType || atomType > lastType)
+        return false;
+    const QoFileDbItem& item = *m_dbItem;
+    const CString* const texts[] = {
+        &item.artist, &item.album, &item.title, &item.trackNumber, &item.year, &item.genre};
+    constexpr int firstText = 2;
+    if (atomType < firstText || atomType >= firstText + static_cast<int>(std::size(texts)))
+        return false;
+    value = *texts[atomType - firstText];
+    return !value.IsEmpty();
+}
+
+CString CHDFile::getLTAssocFromDbFileItem(CLTObjectType::EType type) const
+{
+    const CString* field = ltAssocField(*m_dbItem, type);
+    return field ? *field : CString();
+}
+
+void CHDFile::setLTAssocToDbFileItem(CLTObjectType::EType type, const CString& value)
+{
+    if (CString* field = ltAssocField(*m_dbItem, type))
+        *field = value;
+}
+
+int CHDFile::cmpFilePath(const CString& path, const boost::shared_ptr<CHDFile>& file)
+{
+    return CQoUtils::comparePaths(path, file->getPath());
+}
+
+bool CHDFile::isOneOfExt(const char16_t* ext, const char16_t* const* table, int count)
+{
+    for (int i = 0; i < count; ++i)
+    {
+        if (qo::compareNoCase(ext, table[i]) == 0)
+            return true;
+    }
+    return false;
+}
+
+bool CHDFile::isPictureFile(const CString& ext)
+{
+    static constexpr const char16_t* extensions[] = {u"jpg", u"gif", u"bmp", u"png"};
+    return isOneOfExt(ext, extensions, static_cast<int>(std::size(extensions)));
+}
+
+bool CHDFile::isTextFile(const CString& ext)
+{
+    static constexpr const char16_t* extensions[] = {u"txt", u"pdf"};
+    return isOneOfExt(ext, extensions, static_cast<int>(std::size(extensions)));
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Physical/QoCheckObject.h"
+#include "QoColl/Db/Forward.h"
+#include "QoColl/Tags/Forward.h"
+
+#include <cstdint>
+
+/// A file that was converted where it lies, around its record; no part of a tree.
+class QO_API CHDInplaceConvertedFile final : public CQoCheckObject
+{
+    struct Key
+    {
+        explicit Key() = default;
+    };
+
+public:
+    static boost::shared_ptr<CHDInplaceConvertedFile>
+    createInplaceConvertedFile(const boost::shared_ptr<QoInplaceFileDbItem>& item);
+    CHDInplaceConvertedFile(Key, const boost::shared_ptr<QoInplaceFileDbItem>& item);
+    ~CHDInplaceConvertedFile() override;
+
+    /// The path.
+    CString toString(bool full) const override;
+
+    const CString& getPath() const noexcept;
+    /// With extension.
+    CString getFileName() const;
+    /// The record's title.
+    const CString& getTitle() const noexcept;
+    /// Without dot.
+    CString getExt() const;
+    std::int64_t getSize() const noexcept;
+    void getSimpleTag(SimpleMusicTag& tag) const;
+    const boost::shared_ptr<QoInplaceFileDbItem>& getDbItem() const noexcept { return m_dbItem; }
+
+private:
+    boost::shared_ptr<QoInplaceFileDbItem> m_dbItem;
+};

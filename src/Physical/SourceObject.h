@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Physical/QoCheckObject.h"
+#include "QoColl/Db/ItemSource.h"
+
+/// A way by which files enter the collection, as a view shows it.
+class QO_API CSourceObject final : public CQoCheckObject
+{
+public:
+    CSourceObject(const CString& name, IPostProcessingQueue::eItemSource source);
+
+    /// The name.
+    CString toString(bool full) const override;
+    IPostProcessingQueue::eItemSource getSource() const noexcept { return m_source; }
+
+private:
+    IPostProcessingQueue::eItemSource m_source;
+    CString m_name;
+};

@@ -1,0 +1,50 @@
+#include "QoColl/Collection/FilePathParts.h"
+
+#include "common/CollPath.h"
+
+namespace qo
+{
+namespace
+{
+constexpr std::size_t deviceLength = 2; // "C:"
+} // namespace
+
+std::u16string_view plainDriveFileName(std::u16string_view path) noexcept
+{
+    if (path.size() <= deviceLength || path[1] != u':')
+        return {};
+    std::size_t start = deviceLength;
+    for (std::size_t i = deviceLength; i < path.size(); ++i)
+    {
+        if (path[i] != u'\\')
+            continue;
+        if (i + 1 == path.size() || path[i + 1] == u'\\')
+            return {};
+        start = i + 1;
+    }
+    return path.substr(start);
+}
+
+CString fileNameOf(const CString& path)
+{
+    const std::u16string_view name = plainDriveFileName(path.view());
+    return name.empty() ? CQoCollPath(path).getLast() : CString(name);
+}
+
+CString fileTitleOf(const CString& path)
+{
+    const std::u16string_view name = plainDriveFileName(path.view());
+    // Without a '.' the whole name is kept.
+    return name.empty() ? CQoCollPath(path).getFileTitle()
+                        : CString(name.substr(0, name.rfind(u'.')));
+}
+
+CString fileExtOf(const CString& path)
+{
+    const std::u16string_view name = plainDriveFileName(path.view());
+    if (name.empty())
+        return CQoCollPath(path).getFileExt();
+    const std::size_t dot = name.rfind(u'.');
+    return dot == std::u16string_view::npos ? CString() : CString(name.substr(dot + 1));
+}
+} // namespace qo

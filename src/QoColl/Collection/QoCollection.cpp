@@ -1,0 +1,265 @@
+#include "QoColl/Collection/QoCollection.h"
+
+#include "Physical/HDDirectory.h"
+#include "Physical/HDFile.h"
+#include "QoColl/Collection/QoUtils.h"
+#include "QoColl/Db/QoFileDbItem.h"
+#include "common/Log.h"
+#include "common/Profiler.h"
+
+namespace
+{
+constexpr unsigned idMapBuckets = 20011;
+}
+
+CQoCollection CQoCollection::m_ownCollection;
+CQoCollection CQoCollection::m_foreignCollection;
+const char16_t* const CQoCollection::m_localDiskCollID = u"?localpath?";
+const char16_t* const CQoCollection::m_searchResultCollID = u"?searchresult?";
+
+CQoCollection::CQoCollection() = default;
+
+CQoCollection::~CQoCollection()
+{
+    // The tree is a cycle of handles: it ends only when it is taken apart. Nothing is logged here,
+    // since the logger's host may be gone.
+    releaseZombieObjects();
+    CQoUtils::releaseHDDirs(m_rootDirs);
+}
+
+void CQoCollection::initGlobal() {}
+
+void CQoCollection::cleanUpGlobal()
+{
+    using qo::log;
+    log(qo::level::flow, u"CQoCollection::cleanUpGlobal start");
+    log(qo::level::flow, u"CQoCollection::cleanUpGlobal clear own collection");
+    m_ownCollection.clear(false);
+    log(qo::level::flow, u"CQoCollection::cleanUpGlobal clear foreign collection");
+    m_foreignCollection.clear(false);
+    log(qo::level::flow, u"clearSubsets");
+    log(qo::level::flow, u"CLTManager::cleanUp");
+    log(qo::level::flow, u"CQoCollection::cleanUpGlobal end");
+}
+
+bool CQoCollection::existForeignCollection()
+{
+    return !m_foreignCollection.isEmpty();
+}
+
+void CQoCollection::resetCollectionsCheckState()
+{
+    m_ownCollection.resetCheckState();
+    m_foreignCollection.resetCheckState();
+}
+
+void CQoCollection::ActivateProfilingFor(unsigned long mask)
+{
+    qo::Profiler::activate(u"QoKernel", mask);
+}
+
+void CQoCollection::DumpHpcs()
+{
+    qo::Profiler::dump();
+}
+
+void CQoCollection::ResetHpcs()
+{
+    qo::Profiler::reset();
+}
+
+int CQoCollection::getFileCount() const
+{
+    int count = 0;
+    for (const auto& root : m_rootDirs)
+        count += root->getRecFileCount();
+    return count;
+}
+
+bool CQoCollection::hasMusicFiles() const
+{
+    for (const auto& root : m_rootDirs)
+    {
+        if (root->hasMusicFilesRec())
+            return true;
+    }
+    return false;
+}
+
+void CQoCollection::copyFiles(QoFileDbItemArray& files) const
+{
+    files.Copy(m_fileDbItems);
+}
+
+boost::shared_ptr<CHDFile> CQoCollection::getFileByID(int id) const
+{
+    const CString* const path = m_fileIdMap.PLookup(id);
+    return path ? getFileByPath(*path) : boost::shared_ptr<CHDFile>();
+}
+
+boost::shared_ptr<CHDFile> CQoCollection::getFileByVelmoraID(const CString& velmoraId) const
+{
+    for (const QoFileDbItemPtr& item : m_fileDbItems)
+    {
+        if (item->velmoraId == velmoraId)
+            return getFileByPath(item->path);
+    }
+    return {};
+}
+
+boost::shared_ptr<CHDFile> CQoCollection::getFileByPath(const CQoCollPath& path) const
+{
+    const auto dir = getDir(path.getParent());
+    return dir ? dir->getFile(path.toString()) : boost::shared_ptr<CHDFile>();
+}
+
+boost::shared_ptr<CHDFile> CQoCollection::getFileByPath(const CString& path) const
+{
+    return getFileByPath(CQoCollPath(path));
+}
+
+boost::shared_ptr<CHDFile> CQoCollection::getZombieFile(const CQoCollPath& path) const
+{
+    for (const auto& file : m_zombieFiles)
+    {
+        if (path == file->getPath())
+            return file;
+    }
+    return {};
+}
+
+boost::shared_ptr<CHDDirectory> CQoCollection::getDir(const CQoCollPath& path) const
+{
+    const auto root = path.isValid() ? getRootDir(path) : CHDDirectory::NullDir;
+    if (!root)
+        return CHDDirectory::NullDir;
+    boost::shared_ptr<CHDDirectory> dir = root;
+    for (const CString& name : path.relativeTo(root->getPath()))
+    {
+        dir = dir->findSubDir(name);
+        if (!dir)
+            break;
+    }
+    return dir;
+}
+
+boost::shared_ptr<CHDDirectory> CQoCollection::getDir(const CString& path) const
+{
+    return getDir(CQoCollPath(path));
+}
+
+boost::shared_ptr<CHDDirectory> CQoCollection::getDir(const char16_t* path) const
+{
+    return getDir(CQoCollPath(CString(path)));
+}
+
+boost::shared_ptr<CHDDirectory> CQoCollection::getRootDir(const CQoCollPath& path) const
+{
+    for (const auto& root : m_rootDirs)
+    {
+        if (path.isSubPathOrSame(root->getPath()))
+            return root;
+    }
+    return CHDDirectory::NullDir;
+}
+
+boost::shared_ptr<CHDDirectory> CQoCollection::getParentDir(const CQoCollPath& path) const
+{
+    CQoCollPath above = path;
+    while (!above.isEmpty())
+    {
+        above = above.getParent();
+        if (const auto dir = getDir(above))
+            return dir;
+    }
+    return CHDDirectory::NullDir;
+}
+
+void CQoCollection::getRootDirs(qo::CollPathArray& dirs) const
+{
+    dirs.RemoveAll();
+    for (const auto& root : m_rootDirs)
+        dirs.Add(root->getPath());
+}
+
+bool CQoCollection::isDirInCollection(const CQoCollPath& path) const
+{
+    return getRootDir(path) != nullptr;
+}
+
+bool CQoCollection::isRootDirInCollection(const CQoCollPath& path) const
+{
+    for (const auto& root : m_rootDirs)
+    {
+        if (root->hasSamePath(path))
+            return true;
+    }
+    return false;
+}
+
+bool CQoCollection::isFilePathInCollection(const CQoCollPath& path) const
+{
+    return isDirInCollection(path.getParent());
+}
+
+void CQoCollection::clear(bool)
+{
+    qo::log(qo::level::flow, u"CQoCollection::clear start");
+    releaseZombieObjects();
+    CQoUtils::releaseHDDirs(m_rootDirs);
+    m_rootDirs.clear();
+    m_pathsInfoMap.RemoveAll();
+    m_fileDbItems.RemoveAll();
+    clearFileDbItemsMaps();
+    m_collInfo = {};
+    qo::log(qo::level::flow, u"CQoCollection::clear end");
+}
+
+void CQoCollection::clearCollection(IQoProgress*)
+{
+    clear(true);
+}
+
+void CQoCollection::releaseZombieObjects()
+{
+    for (const auto& dir : m_zombieDirs)
+        CQoUtils::releaseHDDir(dir);
+    m_zombieDirs.clear();
+    for (const auto& file : m_zombieFiles)
+        CQoUtils::releaseHDFile(file);
+    m_zombieFiles.clear();
+}
+
+void CQoCollection::resetCheckState()
+{
+    for (const auto& root : m_rootDirs)
+        root->resetCheckStateRec();
+}
+
+bool CQoCollection::checkDBLoaded() const
+{
+    return !m_dbPath.IsEmpty();
+}
+
+void CQoCollection::buildFileDbItemsMaps()
+{
+    clearFileDbItemsMaps();
+    m_fileIdMap.InitHashTable(idMapBuckets);
+    for (const QoFileDbItemPtr& item : m_fileDbItems)
+        addToFileDbItemsMaps(item);
+}
+
+void CQoCollection::addToFileDbItemsMaps(const QoFileDbItemPtr& item)
+{
+    m_fileIdMap.SetAt(item->id, item->path);
+}
+
+void CQoCollection::removeFromFileDbItemsMaps(const QoFileDbItemPtr& item)
+{
+    m_fileIdMap.RemoveKey(item->id);
+}
+
+void CQoCollection::clearFileDbItemsMaps()
+{
+    m_fileIdMap.RemoveAll();
+}

@@ -1,0 +1,194 @@
+#include "Physical/HDDirectory.h"
+#include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Db/QoCollDb.h"
+#include "QoColl/Db/QoCollDbUtils.h"
+#include "QoColl/Db/QoFileDbItem.h"
+#include "common/Log.h"
+#include "common/QoException.h"
+#include "common/QoProgress.h"
+#include "common/types/CharClass.h"
+#include "platform/Clock.h"
+#include "platform/Platform.h"
+
+#include <exception>
+#include <memory>
+
+namespace
+{
+using qo::log;
+namespace level = qo::level;
+
+constexpr const char16_t* loadError = u"CQoCollection::load : error loading collection";
+} // namespace
+
+bool CQoCollection::load(const CString& dbPath,
+                         const CString& collId,
+                         const CStringArray& rootDirs,
+                         const CQoPathsInfoMap& pathsInfo,
+                         bool rescan,
+                         IQoProgress* progress,
+                         OpResultInfo* result)
+{
+    log(level::timing, u"PROFILE CQoCollection::load() - BEGIN");
+    const std::uint32_t start = qo::systemClock().tickCount();
+    bool success = false;
+    try
+    {
+        clear(true);
+        m_loadedSuccesfully = false;
+        m_dbPath = dbPath;
+        m_collId = collId;
+        success = loadFromDb(rootDirs, pathsInfo, rescan, progress, result);
+    }
+    catch (CQoException* caught)
+    {
+        const std::unique_ptr<CQoException> exception(caught);
+        qo::logException(loadError, *exception);
+        if (result && exception->getType() == CQoException::unsupportedExtract)
+            result->m_unsupportedExtract = true;
+        if (result && exception->getType() == CQoException::extractFailed)
+            result->m_extractFailed = true;
+    }
+    catch (CException* caught)
+    {
+        const std::unique_ptr<CException> exception(caught);
+        qo::logException(loadError, *exception);
+    }
+    catch (const std::exception& exception)
+    {
+        qo::logException(loadError, exception.what());
+    }
+    catch (...)
+    {
+        log(level::error, u"CQoCollection::load : error loading collection, unknown exception");
+    }
+    success = success && !progress->isCanceled();
+    if (!success)
+        clear(true);
+    m_loadedSuccesfully = success;
+    log(level::timing,
+        u"PROFILE CQoCollection::load() - FINISHED, duration %d ms",
+        qo::systemClock().tickCount() - start);
+    return success;
+}
+
+bool CQoCollection::loadFromDb(const CStringArray& rootDirs,
+                               const CQoPathsInfoMap& pathsInfo,
+                               bool rescan,
+                               IQoProgress* progress,
+                               OpResultInfo* result)
+{
+    qo::CollPathArray valid;
+    validateRootDirs(rootDirs, valid);
+    log(level::flow, u"CQoCollection::load : db %s , root dirs %s", m_dbPath, qo::joinPaths(valid));
+    log(level::flow, u"CQoCollection::load : init db %s", m_dbPath);
+    CQoCollDb db(m_dbPath);
+    log(level::flow, u"CQoCollection::load : load files from db");
+    progress->setStage(IQoProgress::stageReadDb);
+    db.getAllFiles(m_fileDbItems, false, m_collId, true);
+    buildFileDbItemsMaps();
+    addRootDirs(valid, pathsInfo);
+    const bool hasNoInfo = !db.getCollInfo(m_collId, m_collInfo);
+    if (result)
+    {
+        if (hasNoInfo)
+            result->m_opType = OpResultInfo::newCollection;
+        else if (rescan)
+            result->m_opType = OpResultInfo::existingRescanned;
+        result->m_collId = m_collId;
+    }
+    if (rescan || checkUpdateCollInfo(valid, true))
+    {
+        markDeletedAllFiles(progress);
+        QoFileDbItemArray scratch;
+        checkPhysicalChanges(scratch, setImportedIfNew, progress, true);
+    }
+    if (!progress->isCanceled())
+        createColl(m_fileDbItems, progress);
+    if (!progress->isCanceled())
+        saveDbChanges(db, progress, result);
+    log(level::flow, u"CQoCollection::load : load coll succeeded");
+    return true;
+}
+
+void CQoCollection::validateRootDirs(const CStringArray& in, qo::CollPathArray& out)
+{
+    qo::CollPathArray paths;
+    qo::addPaths(paths, in);
+    validateRootDirs(paths, out);
+}
+
+void CQoCollection::validateRootDirs(const qo::CollPathArray& in, qo::CollPathArray& out)
+{
+    for (const CQoCollPath& path : in)
+    {
+        // It could not be stored and read back: every start would find the folders changed.
+        if (!path.isValid())
+        {
+            log(level::error, u"CQoCollection::validateRootDirs : a root folder has no valid path");
+            continue;
+        }
+        bool isBelowAnother = false;
+        for (const CQoCollPath& other : in)
+            isBelowAnother = isBelowAnother || path.isSubPathOf(other);
+        if (!isBelowAnother)
+            qo::addUniquePath(out, path);
+    }
+}
+
+bool CQoCollection::checkUpdateCollInfo(const qo::CollPathArray& rootDirs, bool forRescan)
+{
+    qo::CollPathArray stored;
+    qo::addPaths(stored, m_collInfo.rootDirs);
+    qo::CollPathArray added;
+    qo::CollPathArray removed;
+    qo::diffPathArrays(rootDirs, stored, added, removed);
+    // Only a collection behind a plug-in has a user; its credentials come with the plug-ins.
+    const CString userName;
+    if (!m_collId.IsEmpty() && rootDirs.IsEmpty())
+        log(level::error, u"no root dirs for device %s", m_collId);
+
+    CString message(forRescan ? u"will rescan coll because" : u"");
+    bool changed = false;
+    if (CQoCollDbUtils::IsNullFILETIME(m_collInfo.scanTime))
+    {
+        message += u" : it was never scanned";
+        changed = true;
+    }
+    if (!added.IsEmpty() || !removed.IsEmpty())
+    {
+        m_collInfo.rootDirs.RemoveAll();
+        m_collInfo.rootDirTypes.RemoveAll();
+        for (const CQoCollPath& dir : rootDirs)
+        {
+            m_collInfo.rootDirs.Add(dir.toString());
+            m_collInfo.rootDirTypes.Add(m_pathsInfoMap.getType(dir.toString()));
+        }
+        message.AppendFormat(
+            u" : root dirs changed '%s' -> '%s'", qo::joinPaths(stored), qo::joinPaths(rootDirs));
+        changed = true;
+    }
+    if (m_collInfo.userName != userName)
+    {
+        message.AppendFormat(u" : user name changed '%s' -> '%s'", m_collInfo.userName, userName);
+        m_collInfo.userName = userName;
+        changed = true;
+    }
+    if (changed)
+        log(level::step, u"%s", message);
+    return changed;
+}
+
+bool CQoCollection::checkCollInfoChanged()
+{
+    qo::CollPathArray dirs;
+    getRootDirs(dirs);
+    return checkUpdateCollInfo(dirs, true);
+}
+
+bool CQoCollection::updateCollInfo()
+{
+    qo::CollPathArray dirs;
+    getRootDirs(dirs);
+    return checkUpdateCollInfo(dirs, false);
+}

@@ -1,0 +1,172 @@
+#include "Database/src/DbFacade/SQLiteException.h"
+#include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Db/DbTransaction.h"
+#include "QoColl/Db/FpCutInfoDbItem.h"
+#include "QoColl/Db/QoCollDb.h"
+#include "QoColl/Db/QoFileDbItem.h"
+#include "common/Log.h"
+#include "common/ProfileTimer.h"
+#include "common/QoException.h"
+#include "common/QoProgress.h"
+#include "platform/Clock.h"
+#include "platform/Platform.h"
+
+#include <memory>
+
+namespace
+{
+using qo::log;
+namespace level = qo::level;
+
+struct Counts
+{
+    int inserted = 0;
+    int updated = 0;
+    int deleted = 0;
+
+    bool any() const { return inserted > 0 || updated > 0 || deleted > 0; }
+};
+
+Counts countStates(const QoFileDbItemArray& files)
+{
+    Counts counts;
+    for (const QoFileDbItemPtr& item : files)
+    {
+        counts.inserted += item->dbState == qo::dbState::added ? 1 : 0;
+        counts.updated += item->dbState == qo::dbState::modified ? 1 : 0;
+        counts.deleted += item->dbState == qo::dbState::deleted ? 1 : 0;
+    }
+    return counts;
+}
+
+void insert(CQoCollDb& db, QoFileDbItemPtr& item, const CString& collId)
+{
+    const qo::ProfileTimer timer(u"insertFile");
+    db.insertFile(item, collId);
+    FpCutInfoDbItem cut;
+    cut.velmoraId = item->velmoraId;
+    cut.fpParams = item->fpParams;
+    db.setFPCutInfo(cut);
+}
+
+void update(CQoCollDb& db, QoFileDbItemPtr& item)
+{
+    const qo::ProfileTimer timer(u"updateFile");
+    db.updateFile(item);
+}
+
+void remove(CQoCollDb& db, QoFileDbItemPtr& item)
+{
+    const qo::ProfileTimer timer(u"deleteFile");
+    db.deleteFile(item);
+}
+
+/// Takes the deleted records out and sets the others to unchanged: only once all is committed, so
+/// that a save that failed can be repeated.
+void settle(QoFileDbItemArray& files, const Counts& counts)
+{
+    for (const QoFileDbItemPtr& item : files)
+    {
+        if (item->dbState != qo::dbState::deleted)
+            item->dbState = qo::dbState::unchanged;
+    }
+    if (counts.deleted == 0)
+        return;
+    QoFileDbItemArray kept;
+    for (const QoFileDbItemPtr& item : files)
+    {
+        if (item->dbState != qo::dbState::deleted)
+            kept.Add(item);
+    }
+    files = std::move(kept);
+}
+} // namespace
+
+void CQoCollection::saveDbChanges(CQoCollDb& db, IQoProgress* progress, OpResultInfo* result)
+{
+    const std::uint32_t start = qo::systemClock().tickCount();
+    saveToDb(m_fileDbItems, db, progress, result);
+    log(level::timing,
+        u"CQoCollection::saveDbChange took %d millis",
+        qo::systemClock().tickCount() - start);
+}
+
+void CQoCollection::saveToDb(QoFileDbItemArray& files,
+                             CQoCollDb& db,
+                             IQoProgress* progress,
+                             OpResultInfo* result)
+{
+    if (progress->isCanceled())
+        return;
+    log(level::flow, u"CQoCollection::saveToDb start");
+    progress->setStage(IQoProgress::stageSave);
+    progress->setRange(IQoProgress::rangeKnown, files.GetSize());
+    QoFileDbItemArray gotIds;
+    // What was not committed has no row, and so no id.
+    const auto takeBackIds = [&]
+    {
+        for (QoFileDbItemPtr& item : gotIds)
+        {
+            removeFromFileDbItemsMaps(item);
+            item->id = 0;
+        }
+    };
+    try
+    {
+        qo::DbTransaction transaction(db);
+        writeChanges(files, db, progress, gotIds);
+        const Counts counts = countStates(files);
+        if (result)
+        {
+            result->m_inserted = counts.inserted;
+            result->m_updated = counts.updated;
+            result->m_deleted = counts.deleted;
+        }
+        log(level::flow,
+            u"CQoCollection::saveToDb end (inserted %d, updated %d, deleted %d",
+            counts.inserted,
+            counts.updated,
+            counts.deleted);
+        updateCollInfo();
+        if (counts.any())
+            m_collInfo.modifiedTime = qo::systemClock().now();
+        db.setCollInfo(m_collId, m_collInfo);
+        transaction.commit();
+        settle(files, counts);
+    }
+    catch (CSQLiteException* caught)
+    {
+        const std::unique_ptr<CSQLiteException> exception(caught);
+        qo::logException(u"CQoCollection::saveToDb : error saving to db ", *exception);
+        takeBackIds();
+        if (result)
+            result->m_inserted = result->m_updated = result->m_deleted = 0;
+    }
+    catch (...)
+    {
+        takeBackIds();
+        throw;
+    }
+}
+
+void CQoCollection::writeChanges(QoFileDbItemArray& files,
+                                 CQoCollDb& db,
+                                 IQoProgress* progress,
+                                 QoFileDbItemArray& gotIds)
+{
+    for (QoFileDbItemPtr& item : files)
+    {
+        progress->step(1);
+        if (item->dbState == qo::dbState::added)
+        {
+            if (item->id == 0)
+                gotIds.Add(item);
+            insert(db, item, m_collId);
+            addToFileDbItemsMaps(item);
+        }
+        else if (item->dbState == qo::dbState::modified)
+            update(db, item);
+        else if (item->dbState == qo::dbState::deleted)
+            remove(db, item);
+    }
+}

@@ -1,0 +1,342 @@
+#include "Physical/HDDirectory.h"
+#include "Physical/HDFile.h"
+#include "QoColl/Collection/FileFinder.h"
+#include "QoColl/Collection/FolderOfFile.h"
+#include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Collection/QoUtils.h"
+#include "QoColl/Collection/ScanLookup.h"
+#include "QoColl/Collection/VelmoraId.h"
+#include "QoColl/Db/QoCollDbUtils.h"
+#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Tags/MusicTagEx.h"
+#include "common/Log.h"
+#include "common/MakeObject.h"
+#include "common/QoProgress.h"
+#include "platform/Clock.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+
+namespace
+{
+using qo::log;
+namespace level = qo::level;
+namespace dbState = qo::dbState;
+
+/// Whether another file of the same name but for its case is there beside the one stored.
+bool isTwin(const QoFileDbItemPtr& stored, const QoFileDbItemPtr& found)
+{
+    qo::FileInfo info;
+    return stored->path != found->path &&
+           qo::fileSystem().info(CQoUtils::getRealPath(stored->path), qo::Spelling::exact, info) ==
+               0;
+}
+
+/// Makes the found record the stored one. A file that was renamed in its case alone gets the
+/// spelling of the disk, which is the one that opens; if its write time is another, it is another
+/// file under that name, to be read anew.
+void takeOver(const QoFileDbItemPtr& stored, const QoFileDbItemPtr& found, const FILETIME& modified)
+{
+    const bool sameSpelling = stored->path == found->path;
+    const CString path = sameSpelling ? stored->path : found->path;
+    *found = *stored;
+    found->path = path;
+    found->dbState = sameSpelling ? dbState::unchanged : dbState::modified;
+    if (!sameSpelling && !CQoCollDbUtils::FILETIMEsAreEqual(modified, found->modifTime))
+        CQoCollDbUtils::SetNullFILETIME(found->modifTime);
+}
+
+bool existsOnDisk(const CQoCollPath::EDeviceType type, const CString& path)
+{
+    switch (type)
+    {
+    case CQoCollPath::drive:
+    case CQoCollPath::network:
+    case CQoCollPath::usb:
+    {
+        const CString real = CQoUtils::getRealPath(path);
+        return !real.IsEmpty() && qo::fileSystem().exists(real);
+    }
+    case CQoCollPath::wpd:
+    case CQoCollPath::physicalPlugin:
+    case CQoCollPath::logicalPlugin:
+    case CQoCollPath::share:
+        return true;
+    default:
+        return false;
+    }
+}
+} // namespace
+
+void CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
+                                     qo::FoundFiles& found,
+                                     IQoProgress* progress)
+{
+    const CString rootReal = CQoUtils::getRealPath(rootDir);
+    if (rootReal.IsEmpty())
+        return;
+    QoKernel::CFileFilter filter;
+    filter.m_flags = QoKernel::CFileFilter::testType;
+    filter.m_typeMask = QoKernel::CFileFilter::plainFiles;
+    QoKernel::CFileFinder finder;
+    for (bool any = finder.findFirst({rootReal, true}, filter); any; any = finder.findNext())
+    {
+        if (progress->isCanceled())
+            return;
+        auto item = qo::makeObject<QoFileDbItem>(QO_HERE(u".\\QoColl\\Collection\\QoCollection"));
+        item->path = finder.getFilePath();
+        // The path of a device holds its id in place of the drive it has for the moment.
+        if (rootDir.isUSB())
+            item->path = CQoCollPath(CQoCollPath::usb,
+                                     rootDir.getDevice(),
+                                     CQoCollPath(item->path).getComponents())
+                             .toString();
+        found.add(std::move(item), finder.getFileInfo().modified);
+    }
+}
+
+void CQoCollection::checkPhysicalChanges(QoFileDbItemArray& files,
+                                         ESetImportedAction action,
+                                         IQoProgress* progress,
+                                         bool knownWereMarked)
+{
+    log(level::flow, u"CQoCollection::checkPhysicalChanges : begin");
+    progress->setStage(IQoProgress::stageScan);
+    progress->setRange(IQoProgress::rangeUnknown, 0);
+    qo::CollPathArray dirs;
+    getRootDirs(dirs);
+    addFilesFromRootDirs(dirs, action, files, progress);
+    m_collInfo.scanTime = qo::systemClock().now();
+    progress->setStage(IQoProgress::stageCheck);
+    progress->setRange(IQoProgress::rangeKnown, m_fileDbItems.GetSize());
+    qo::FolderOfFile folder;
+    bool isInCollection = false;
+    for (QoFileDbItemPtr& item : m_fileDbItems)
+    {
+        if (progress->isCanceled())
+            break;
+        progress->step(1);
+        progress->setCurrentItem(item->path, IQoProgress::itemFilePath);
+        if (folder.moveTo(item->path))
+            isInCollection = isDirInCollection(folder.path());
+        if (!isInCollection)
+            markGone(item,
+                     files,
+                     u"CQoCollection::checkPhysicalChanges : file not in root dirs, will be "
+                     u"deleted from db: %s");
+        // Where every record was marked before the walk, one that is unmarked was examined by it.
+        else if (item->dbState == dbState::unchanged && !knownWereMarked)
+            checkKnownFile(item, files, progress);
+    }
+    log(level::flow, u"CQoCollection::checkPhysicalChanges : end");
+}
+
+void CQoCollection::markGone(QoFileDbItemPtr& item,
+                             QoFileDbItemArray& files,
+                             const char16_t* message)
+{
+    log(level::flow, message, item->path);
+    item->dbState = dbState::deleted;
+    CQoCollDbUtils::addQoDbFileItem(item, files, true);
+}
+
+void CQoCollection::checkKnownFile(QoFileDbItemPtr& item,
+                                   QoFileDbItemArray& files,
+                                   IQoProgress* progress)
+{
+    if (!existsOnDisk(CQoCollPath::typeOf(item->path), item->path))
+        markGone(item,
+                 files,
+                 u"CQoCollection::checkPhysicalChanges : file not found on disk, will be deleted "
+                 u"from db: %s");
+    else if (checkUpdateFileInfo(item, progress, true, nullptr))
+        CQoCollDbUtils::addQoDbFileItem(item, files, true);
+}
+
+void CQoCollection::addFilesFromRootDirs(const qo::CollPathArray& dirs,
+                                         ESetImportedAction action,
+                                         QoFileDbItemArray& files,
+                                         IQoProgress* progress)
+{
+    progress->setRange(IQoProgress::rangeUnknown, 0);
+    qo::FoundFiles found;
+    for (const CQoCollPath& dir : dirs)
+    {
+        if (progress->isCanceled())
+            break;
+        if (dir.isLocalDisk())
+            getFilesFromDisk(dir, found, progress);
+    }
+    progress->setStage(IQoProgress::stageCheck);
+    progress->setRange(IQoProgress::rangeKnown, found.count());
+    qo::ScanLookup known(m_fileDbItems);
+    qo::ScanLookup listed(files);
+    for (int i = 0; i < found.count() && !progress->isCanceled(); ++i)
+    {
+        QoFileDbItemPtr item = found.take(i);
+        progress->step(1);
+        progress->setCurrentItem(item->path, IQoProgress::itemFilePath);
+        int index = 0;
+        if (!known.find(item->path, index))
+        {
+            log(level::flow,
+                u"CQoCollection::addFilesFromRootDirs : new file found : %s",
+                item->path);
+            item->dbState = dbState::added;
+            setMusicAndVideoFlags(item);
+            setImported(item, action);
+            m_fileDbItems.InsertAt(index, item);
+        }
+        else if (isTwin(m_fileDbItems[index], item))
+        {
+            // The known one keeps its place; a second of that name cannot stand beside it.
+            log(level::error, u"found duplicated db file: %s", item->path);
+            continue;
+        }
+        else if (m_fileDbItems[index]->dbState == dbState::deleted)
+        {
+            takeOver(m_fileDbItems[index], item, found.modified(i));
+            m_fileDbItems.SetAt(index, item);
+        }
+        checkUpdateFileInfo(item, progress, true, &found.modified(i));
+        if (!listed.find(item->path, index))
+            files.InsertAt(index, item);
+    }
+}
+
+bool CQoCollection::checkUpdateFileInfo(QoFileDbItemPtr& item,
+                                        IQoProgress*,
+                                        bool readTag,
+                                        const FILETIME* seenModified)
+{
+    if (item->velmoraId.IsEmpty())
+        item->velmoraId = qo::makeVelmoraId();
+    switch (CQoCollPath::typeOf(item->path))
+    {
+    case CQoCollPath::drive:
+    case CQoCollPath::network:
+    case CQoCollPath::usb:
+        // What the walk of this very scan saw spares a second look at a file that has not changed.
+        if (seenModified && item->dbState == dbState::unchanged &&
+            CQoCollDbUtils::compareFILETIMEs(*seenModified, item->modifTime) <= 0)
+            return false;
+        return checkDiskFilePhysicalChanges(item, readTag);
+    case CQoCollPath::physicalPlugin:
+        return checkPhysicalPluginFilePhysicalChanges(item, readTag);
+    case CQoCollPath::logicalPlugin:
+        return checkLogicalPluginFilePhysicalChanges(item, readTag);
+    case CQoCollPath::share:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool CQoCollection::checkDiskFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag)
+{
+    const CString real = CQoUtils::getRealPath(item->path);
+    qo::FileInfo info;
+    if (const int error = qo::fileSystem().info(real, qo::Spelling::anyCase, info))
+    {
+        log(level::error,
+            u"CQoCollection::checkDiskFilePhysicalChanges : GetFileAttributesEx failed for file %s "
+            u": %s",
+            real,
+            qo::errorText(error));
+        return false;
+    }
+    if (item->dbState != dbState::added)
+    {
+        if (CQoCollDbUtils::compareFILETIMEs(info.modified, item->modifTime) <= 0)
+            return false;
+        log(level::flow,
+            u"CQoCollection::checkDiskFilePhysicalChanges : file modified : %s",
+            item->path);
+        item->dbState = dbState::modified;
+    }
+    if (readTag)
+    {
+        CMusicTagEx tag;
+        if (tag.readTag(real))
+            tag.getTag(item);
+    }
+    item->createTime = info.created;
+    item->modifTime = info.modified;
+    item->size = info.size;
+    return true;
+}
+
+bool CQoCollection::checkLogicalPluginFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag)
+{
+    if (!readTag)
+        return false;
+    const CQoCollPath path(item->path);
+    bool changed = false;
+    const auto takeFromPath = [&](CString& field, const CString& value)
+    {
+        changed = changed || field != value;
+        field = value;
+    };
+    takeFromPath(item->artist, path.getFirst());
+    takeFromPath(item->album, path.getSecond());
+    takeFromPath(item->title, path.getThird());
+    return changed;
+}
+
+bool CQoCollection::checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr&, bool)
+{
+    // What lies behind a physical plug-in is examined once, when it is listed.
+    return false;
+}
+
+void CQoCollection::markDeletedAllFiles(IQoProgress*)
+{
+    for (const QoFileDbItemPtr& item : m_fileDbItems)
+        item->dbState = dbState::deleted;
+}
+
+void CQoCollection::markFilesAsDeletedRec(const boost::shared_ptr<CHDDirectory>& dir)
+{
+    CPtrListT<CHDFile> files;
+    dir->getAllFiles(files);
+    for (const auto& file : files)
+        file->getDbItem()->dbState = dbState::deleted;
+}
+
+void CQoCollection::markDeletedFilesFromDirs(const qo::CollPathArray& dirs)
+{
+    for (const CQoCollPath& path : dirs)
+    {
+        if (const auto dir = getDir(path))
+            markFilesAsDeletedRec(dir);
+    }
+}
+
+CQoPathInfo::EType CQoCollection::getSubDirPathInfo(const CQoCollPath& path) const
+{
+    const auto root = getRootDir(path);
+    return root ? m_pathsInfoMap.getType(root->getPath().toString()) : CQoPathInfo::audioIsMusic;
+}
+
+void CQoCollection::setMusicAndVideoFlags(const QoFileDbItemPtr& item) const
+{
+    const CString ext = qo::fileExtOf(item->path);
+    const bool isAudio = CQoUtils::isAudioExt(ext);
+    const bool isVideo = CQoUtils::isVideoExt(ext);
+    const bool isMedia = isAudio || isVideo;
+    const CQoPathInfo::EType type = getSubDirPathInfo(CQoCollPath(item->path));
+    const bool isMusic = (type == CQoPathInfo::allIsMusic && isMedia) ||
+                         (type == CQoPathInfo::audioIsMusic && isAudio);
+    item->flags = (item->flags & ~qo::fileFlag::musicMask) |
+                  (isMusic ? qo::fileFlag::music : qo::fileFlag::notMusic);
+    if (isMedia)
+        item->flags = (item->flags & ~qo::fileFlag::mediaMask) |
+                      (isVideo ? qo::fileFlag::video : qo::fileFlag::audio);
+}
+
+void CQoCollection::setImported(const QoFileDbItemPtr& item, ESetImportedAction action) const
+{
+    if (action == setImportedAll || (action == setImportedIfNew && item->dbState == dbState::added))
+        item->imported = true;
+    else if (action == clearImported)
+        item->imported = false;
+}

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "QoColl/Db/QoCollDbUtils.h"
+#include "QoColl/Db/QoFileDbItem.h"
+
+#include <boost/shared_ptr.hpp>
+
+#include <vector>
+
+namespace qo
+{
+/// The records that a walk found, each with the write time that the walk saw.
+class FoundFiles
+{
+public:
+    void add(QoFileDbItemPtr item, const FILETIME& modified)
+    {
+        m_items.push_back(std::move(item));
+        m_modified.push_back(modified);
+    }
+    int count() const { return static_cast<int>(m_items.size()); }
+    /// Once for each index.
+    QoFileDbItemPtr take(int index) { return std::move(m_items[static_cast<std::size_t>(index)]); }
+    const FILETIME& modified(int index) const
+    {
+        return m_modified[static_cast<std::size_t>(index)];
+    }
+
+private:
+    std::vector<QoFileDbItemPtr> m_items;
+    std::vector<FILETIME> m_modified;
+};
+
+/// CQoCollDbUtils::findQoDbFileItem for a walk: most files lie right behind the one before, where a
+/// look at the neighbours gives the answer of the whole search. In a sorted array a record between
+/// a smaller and a larger neighbour is the only equal one, and a gap between them the only place.
+class ScanLookup
+{
+public:
+    explicit ScanLookup(const QoFileDbItemArray& items) : m_items(items) {}
+
+    bool find(const CString& path, int& index)
+    {
+        const bool found =
+            nearby(path, index) || CQoCollDbUtils::findQoDbFileItem(path, m_items, index);
+        const bool isNew = m_gap;
+        m_gap = false;
+        m_next = index + 1;
+        return found && !isNew;
+    }
+
+private:
+    int compareAt(const CString& path, int index) const
+    {
+        if (index < 0)
+            return 1;
+        return index >= m_items.GetSize() ? -1 : path.CompareNoCase(m_items[index]->path);
+    }
+    /// True when the place was found; m_gap then says that no record is there.
+    bool nearby(const CString& path, int& index)
+    {
+        if (m_next < 0 || m_next > m_items.GetSize() || compareAt(path, m_next - 1) <= 0)
+            return false;
+        const int order = compareAt(path, m_next);
+        if (order > 0 || (order == 0 && compareAt(path, m_next + 1) >= 0))
+            return false;
+        index = m_next;
+        m_gap = order < 0;
+        return true;
+    }
+
+    const QoFileDbItemArray& m_items;
+    int m_next = -1; ///< where the next file of the walk is expected
+    bool m_gap = false;
+};
+} // namespace qo

@@ -1,0 +1,17 @@
+#include "QoColl/Db/DbRows.h"
+
+#include "Database/src/DbFacade/SQLiteException.h"
+#include "Database/src/DbFacade/SQLiteQueryResult.h"
+
+#include <limits>
+#include <memory>
+
+int qo::rowIdField(const CSQLiteQueryResult& row, int column)
+{
+    const std::int64_t id = row.GetInt64Field(column);
+    if (id >= 1 && id <= std::numeric_limits<int>::max())
+        return static_cast<int>(id);
+    CString text;
+    text.Format(u"Row id out of range: %I64d", id);
+    throw std::make_unique<CSQLiteException>(CSQLiteException::wrapperError, text).release();
+}

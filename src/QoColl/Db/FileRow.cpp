@@ -1,0 +1,208 @@
+#include "QoColl/Db/FileRow.h"
+
+#include "Database/src/DbFacade/SQLiteDB.h"
+#include "Database/src/DbFacade/SQLiteException.h"
+#include "Database/src/DbFacade/SQLiteQueryResult.h"
+#include "Database/src/DbFacade/SQLiteStatement.h"
+#include "QoColl/Db/DbRows.h"
+#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/VelmoraFileParamsUtils.h"
+#include "common/MakeObject.h"
+
+#include <memory>
+#include <new>
+
+namespace qo
+{
+namespace
+{
+/// The columns that a record is read from, by position. Written, each is the parameter of its
+/// position plus 1.
+enum Column : int
+{
+    colId,
+    colPath,
+    colSource,
+    colCreateTime,
+    colModifTime,
+    colArtist,
+    colAlbum,
+    colTitle,
+    colGenre,
+    colTrackNumber,
+    colYear,
+    colPicturePath,
+    colSize,
+    colDuration,
+    colBitrate,
+    colFlags,
+    colSession,
+    colVelmoraId,
+    colParams,
+    colReviewed,
+    colImported,
+    colClipUid,
+    colCount
+};
+
+constexpr const char16_t* columnNames[colCount] = {
+    u"FT_ID",       u"FT_PATH",         u"FT_SOURCE",     u"FT_CREAT_TIME", u"FT_MODIF_TIME",
+    u"FT_ARTIST",   u"FT_ALBUM",        u"FT_TITLE",      u"FT_GENRE",      u"FT_TRACK_NUMBER",
+    u"FT_YEAR",     u"FT_PICTURE_PATH", u"FT_SIZE",       u"FT_DURATION",   u"FT_BITRATE",
+    u"FT_FLAGS",    u"FT_SESSION",      u"FT_VELMORA_ID", u"FT_PARAMS",     u"FT_REVIEWED",
+    u"FT_IMPORTED", u"FT_CLIP_UID"};
+
+static_assert(colCount == extraFileColumn);
+
+constexpr int parameterOf(Column column)
+{
+    return column + 1;
+}
+constexpr int paramFpParams = colCount + 1;
+constexpr int paramLyrics = colCount + 2;
+
+/// The columns in the table's own order: the lyrics stand behind the year, the rest at the end.
+template <class Take>
+void forEachTableColumn(Take take)
+{
+    for (int column = colId; column < colCount; ++column)
+    {
+        take(columnNames[column], column + 1);
+        if (column == colYear)
+            take(u"FT_LYRICS", paramLyrics);
+    }
+    take(u"FT_FP_PARAMS", paramFpParams);
+    take(u"FT_COLL_ID", fileCollIdParameter);
+}
+
+CString selectColumns()
+{
+    CString sql(u"SELECT FT_ID");
+    for (int column = colPath; column < colCount; ++column)
+        sql.AppendFormat(u", %s", columnNames[column]);
+    return sql += u' ';
+}
+} // namespace
+
+CString selectFiles(const char16_t* extraColumn, const char16_t* condition)
+{
+    return selectColumns() + extraColumn + u"FROM   FILE_T " + condition;
+}
+
+CString insertFileText()
+{
+    // Without the names: compiling them as well would take longer than storing the row.
+    CString sql;
+    forEachTableColumn([&sql](const char16_t*, int parameter)
+                       { sql.AppendFormat(sql.IsEmpty() ? u"?%d" : u",?%d", parameter); });
+    return u"INSERT INTO FILE_T VALUES (" + sql + u")";
+}
+
+void checkFileColumns(const CSQLiteDB& db)
+{
+    static const CString expected = []
+    {
+        CString names;
+        forEachTableColumn([&names](const char16_t* name, int) { names += CString(name) + u' '; });
+        return names;
+    }();
+    CSQLiteStatement statement = db.CompileStatement(u"PRAGMA table_info(FILE_T)");
+    CString names;
+    for (CSQLiteQueryResult row = statement.ExecuteQuery(); !row.Eof(); row.NextRow())
+        names += CString(row.textView(1)) + u' ';
+    if (names.IsEmpty() || names == expected)
+        return;
+    throw std::make_unique<CSQLiteException>(
+        CSQLiteException::wrapperError,
+        u"FILE_T of " + db.path() + u" has other columns than its version says: " + names)
+        .release();
+}
+
+CString updateFileText(bool withLyrics)
+{
+    CString sql(u"UPDATE FILE_T SET ");
+    for (int column = colPath; column < colCount; ++column)
+        sql.AppendFormat(u"%s = ?%d, ", columnNames[column], column + 1);
+    sql.AppendFormat(u"FT_FP_PARAMS = ?%d ", paramFpParams);
+    if (withLyrics)
+        sql.AppendFormat(u" , FT_LYRICS = ?%d ", paramLyrics);
+    return sql + u"WHERE   FT_ID = ?1 ;";
+}
+
+void bindFileRow(const QoFileDbItem& item, int mask, CSQLiteStatement& statement)
+{
+    if (mask & bindFileId)
+        statement.BindInt(parameterOf(colId), item.id);
+    statement.BindText(parameterOf(colPath), item.path);
+    statement.BindInt(parameterOf(colSource), item.source);
+    statement.BindInt64(parameterOf(colCreateTime), toTicks(item.createTime));
+    statement.BindInt64(parameterOf(colModifTime), toTicks(item.modifTime));
+    statement.BindText(parameterOf(colArtist), item.artist);
+    statement.BindText(parameterOf(colAlbum), item.album);
+    statement.BindText(parameterOf(colTitle), item.title);
+    statement.BindText(parameterOf(colGenre), item.genre);
+    statement.BindText(parameterOf(colTrackNumber), item.trackNumber);
+    statement.BindText(parameterOf(colYear), item.year);
+    statement.BindText(parameterOf(colPicturePath), item.picturePath);
+    statement.BindInt64(parameterOf(colSize), item.size);
+    statement.BindInt(parameterOf(colDuration), item.duration);
+    statement.BindInt(parameterOf(colBitrate), item.bitrate);
+    statement.BindInt(parameterOf(colFlags), static_cast<int>(item.flags));
+    statement.BindInt(parameterOf(colSession), item.session);
+    statement.BindText(parameterOf(colVelmoraId), item.velmoraId);
+    statement.BindText(parameterOf(colParams), item.params);
+    statement.BindBool(parameterOf(colReviewed), item.reviewed);
+    statement.BindBool(parameterOf(colImported), item.imported);
+    statement.BindText(parameterOf(colClipUid), item.clipUid);
+    statement.BindText(paramFpParams, item.fpParams);
+    if (mask & bindFileLyrics)
+        statement.BindText(paramLyrics, item.lyrics);
+}
+
+void FileRowReader::read(QoFileDbItem& item, const CSQLiteQueryResult& row)
+{
+    try
+    {
+        readFields(item, row);
+    }
+    catch (const std::bad_alloc&)
+    {
+        throwOutOfMemory(QO_HERE(u".\\QoColl\\Db\\QoCollDbFiles"));
+    }
+}
+
+void FileRowReader::readFields(QoFileDbItem& item, const CSQLiteQueryResult& row)
+{
+    item.id = rowIdField(row, colId);
+    item.path = CString(row.textView(colPath));
+    item.source = CVelmoraFileParamsUtils::IntToEItemSource(row.GetIntField(colSource));
+    item.createTime = fromTicks(row.GetInt64Field(colCreateTime));
+    item.modifTime = fromTicks(row.GetInt64Field(colModifTime));
+    item.artist = shared(row, colArtist, m_artist);
+    item.album = shared(row, colAlbum, m_album);
+    item.title = CString(row.textView(colTitle));
+    item.genre = shared(row, colGenre, m_genre);
+    item.trackNumber = shared(row, colTrackNumber, m_trackNumber);
+    item.year = shared(row, colYear, m_year);
+    item.picturePath = shared(row, colPicturePath, m_picturePath);
+    item.size = row.GetInt64Field(colSize);
+    item.duration = row.GetIntField(colDuration);
+    item.bitrate = row.GetIntField(colBitrate);
+    item.flags = static_cast<unsigned>(row.GetIntField(colFlags));
+    item.session = row.GetIntField(colSession);
+    item.velmoraId = CString(row.textView(colVelmoraId));
+    item.params = shared(row, colParams, m_params);
+    item.reviewed = row.GetBoolField(colReviewed);
+    item.imported = row.GetBoolField(colImported);
+    item.clipUid = CString(row.textView(colClipUid));
+}
+
+/// Neighbouring rows mostly have the same artist, album, year: that is asked before the pool.
+const CString& FileRowReader::shared(const CSQLiteQueryResult& row, int column, CString& last)
+{
+    const char16_t* const text = row.GetTextField(column);
+    if (last != text)
+        last = m_pool.intern(text);
+    return last;
+}
+} // namespace qo

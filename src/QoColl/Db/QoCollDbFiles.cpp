@@ -1,0 +1,270 @@
+#include "Database/src/DbFacade/SQLiteQueryResult.h"
+#include "Database/src/DbFacade/SQLiteStatement.h"
+#include "QoColl/Db/DbRows.h"
+#include "QoColl/Db/FileRow.h"
+#include "QoColl/Db/FpCutInfoDbItem.h"
+#include "QoColl/Db/QoCollDb.h"
+#include "QoColl/Db/QoCollDbUtils.h"
+#include "QoColl/Db/QoFileDbItem.h"
+#include "common/Log.h"
+#include "common/MakeObject.h"
+#include "common/ProfileTimer.h"
+#include "platform/Clock.h"
+#include "platform/Platform.h"
+
+#include <new>
+#include <vector>
+
+namespace
+{
+constexpr const char16_t* noMemoryPlace = u".\\QoColl\\Db\\QoCollDbFiles";
+
+/// Reads all rows of a query; the reader sees each record after its columns. Out of memory for
+/// the list of them ends in qo::throwOutOfMemory().
+template <class Finish>
+void readRows(CSQLiteStatement& statement,
+              const char16_t* complaint,
+              QoFileDbItemArray& items,
+              Finish finish)
+try
+{
+    qo::FileRowReader reader;
+    std::vector<QoFileDbItemPtr> rows;
+    for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
+    {
+        QoFileDbItemPtr item = qo::newRow<QoFileDbItem>(complaint);
+        if (!item)
+            break;
+        reader.read(*item, result);
+        finish(*item, result);
+        rows.push_back(std::move(item));
+    }
+    CQoCollDbUtils::takeRows(rows, items);
+}
+catch (const std::bad_alloc&)
+{
+    qo::throwOutOfMemory(QO_HERE(noMemoryPlace));
+}
+
+constexpr auto nothingMore = [](QoFileDbItem&, const CSQLiteQueryResult&) {};
+} // namespace
+
+void CQoCollDb::bindParams(QoFileDbItemPtr& item, int mask, CSQLiteStatement& statement)
+{
+    qo::bindFileRow(*item, mask, statement);
+}
+
+void CQoCollDb::extractFileDbItem(QoFileDbItemPtr& item, CSQLiteQueryResult& result)
+{
+    qo::FileRowReader().read(*item, result);
+}
+
+bool CQoCollDb::extractFirst(CSQLiteStatement& statement, QoFileDbItemPtr& item)
+{
+    CSQLiteQueryResult result = statement.ExecuteQuery();
+    if (result.Eof())
+        return false;
+    auto found = qo::makeObject<QoFileDbItem>(QO_HERE(noMemoryPlace));
+    extractFileDbItem(found, result);
+    item = std::move(found);
+    return true;
+}
+
+bool CQoCollDb::getFileByClipID(const CString& clipUid, QoFileDbItemPtr& item)
+{
+    static const CString sql = qo::selectFiles(u"", u"WHERE FT_SOURCE = ?1 AND FT_CLIP_UID = ?2");
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    statement.BindInt(1, IPostProcessingQueue::sourceWebClip);
+    statement.BindText(2, clipUid);
+    return extractFirst(statement, item);
+}
+
+bool CQoCollDb::getFileFromDevice(int id, QoFileDbItemPtr& item)
+{
+    static const CString sql =
+        qo::selectFiles(u", FT_FP_PARAMS ", u"WHERE FT_ID = ?1 AND FT_COLL_ID <> ''");
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    statement.BindInt(1, id);
+    return extractFirst(statement, item);
+}
+
+bool CQoCollDb::getFile(const CString& velmoraId, QoFileDbItemPtr& item)
+{
+    static const CString sql = qo::selectFiles(u", FT_FP_PARAMS ", u"WHERE FT_VELMORA_ID = ?1");
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    statement.BindText(1, velmoraId);
+    return extractFirst(statement, item);
+}
+
+void CQoCollDb::getAllFiles(QoFileDbItemArray& items,
+                            bool withLyrics,
+                            const CString& collId,
+                            bool filter)
+{
+    const qo::ProfileTimer timer(u"CQoCollDb::getAllFiles");
+    const std::uint32_t start = qo::systemClock().tickCount();
+    items.RemoveAll();
+    CSQLiteStatement statement = m_db.CompileStatement(qo::selectFiles(
+        withLyrics ? u", FT_LYRICS " : u"", filter ? u"WHERE \tFT_COLL_ID = ?1 " : u""));
+    if (filter)
+        statement.BindText(1, collId);
+    readRows(statement,
+             u"CQoCollDb::getAllFiles : not enough memory",
+             items,
+             [withLyrics](QoFileDbItem& item, const CSQLiteQueryResult& row)
+             {
+                 if (!withLyrics)
+                     return;
+                 item.lyrics = CString(row.textView(qo::extraFileColumn));
+                 item.lyricsLoaded = true;
+             });
+    qo::log(qo::level::timing,
+            u"CQoCollDb::getAllFiles took %d millis",
+            qo::systemClock().tickCount() - start);
+}
+
+bool CQoCollDb::hasOwnCollFiles() const
+{
+    static const CString sql(u"SELECT COUNT(rowid) FROM FILE_T WHERE FT_COLL_ID = ''");
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    const CSQLiteQueryResult result = statement.ExecuteQuery();
+    return !result.Eof() && result.GetIntField(0) > 0;
+}
+
+void CQoCollDb::insertFile(QoFileDbItemPtr& item, const CString& collId)
+{
+    static const CString sql = qo::insertFileText();
+    if (!m_isTableChecked)
+        qo::checkFileColumns(m_db);
+    m_isTableChecked = true;
+    {
+        CSQLiteStatement statement = m_db.CompileStatement(sql);
+        // An id that is not bound is NULL, for which SQLite finds one.
+        bindParams(item,
+                   item->id != 0 ? qo::bindFileId | qo::bindFileLyrics : qo::bindFileLyrics,
+                   statement);
+        statement.BindText(qo::fileCollIdParameter, collId);
+        statement.ExecuteDML();
+    }
+    if (item->id == 0)
+        item->id = takeRowId(u"FILE_T");
+}
+
+void CQoCollDb::updateFile(QoFileDbItemPtr& item)
+{
+    static const CString plainSql = qo::updateFileText(false);
+    static const CString lyricsSql = qo::updateFileText(true);
+    CSQLiteStatement statement = m_db.CompileStatement(item->lyricsLoaded ? lyricsSql : plainSql);
+    bindParams(
+        item, item->lyricsLoaded ? qo::bindFileId | qo::bindFileLyrics : qo::bindFileId, statement);
+    statement.ExecuteDML();
+}
+
+void CQoCollDb::updateFileFlags(QoFileDbItemPtr& item)
+{
+    static const CString sql(u"UPDATE FILE_T SET FT_FLAGS = ?2 WHERE FT_ID = ?1 ;");
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    statement.BindInt(1, item->id);
+    statement.BindInt(2, static_cast<int>(item->flags));
+    statement.ExecuteDML();
+}
+
+void CQoCollDb::updateFileParams(QoFileDbItemPtr& item)
+{
+    static const CString sql(u"UPDATE FILE_T SET FT_PARAMS = ?2 WHERE FT_ID = ?1 ;");
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    statement.BindInt(1, item->id);
+    statement.BindText(2, item->params);
+    statement.ExecuteDML();
+}
+
+void CQoCollDb::deleteFile(QoFileDbItemPtr& item)
+{
+    static const CString sql(u"DELETE FROM FILE_T WHERE FT_ID = ?1");
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    statement.BindInt(1, item->id);
+    statement.ExecuteDML();
+}
+
+void CQoCollDb::setReviewed(const CString& velmoraId, bool reviewed)
+{
+    static const CString sql(u"UPDATE FILE_T SET FT_REVIEWED = ?2 WHERE FT_VELMORA_ID = ?1");
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    statement.BindText(1, velmoraId);
+    statement.BindBool(2, reviewed);
+    statement.ExecuteDML();
+}
+
+void CQoCollDb::getLyrics(QoFileDbItemArray& items)
+{
+    static const CString sql(u"SELECT FT_ID, FT_LYRICS FROM FILE_T WHERE FT_ID IN (?1)");
+    if (items.IsEmpty())
+        return;
+    // One text for all ids: it equals a row id only while it holds a single one.
+    CString ids;
+    for (const QoFileDbItemPtr& item : items)
+        ids.AppendFormat(ids.IsEmpty() ? u"%d" : u" %d", item->id);
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    statement.BindText(1, ids);
+    for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
+    {
+        const int index = CQoCollDbUtils::findQoDbFileItem(qo::rowIdField(result, 0), items);
+        if (index < 0)
+            continue;
+        items[index]->lyrics = result.GetTextField(u"FT_LYRICS");
+        items[index]->lyricsLoaded = true;
+    }
+}
+
+void CQoCollDb::getLastTracks(int count, QoFileDbItemArray& items)
+{
+    const qo::ProfileTimer timer(u"CQoCollDb::getLastTracks");
+    items.RemoveAll();
+    // The plus keeps SQLite from the index on the collection, so that the one on the creation time
+    // serves both the order and the limit.
+    CString sql = qo::selectFiles(u"", u"WHERE \t+FT_COLL_ID = '' AND FT_FLAGS & ");
+    sql.AppendFormat(u"%d > 0 AND FT_SOURCE > 0 ORDER BY FT_CREAT_TIME DESC  LIMIT %d",
+                     qo::fileFlag::mediaMask,
+                     count);
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    readRows(statement, u"CQoCollDb::getLastTracks : not enough memory", items, nothingMore);
+}
+
+void CQoCollDb::getSessionTracks(int session, QoFileDbItemArray& items)
+{
+    items.RemoveAll();
+    CString sql = qo::selectFiles(u"", u"WHERE \tFT_SESSION = ");
+    sql.AppendFormat(u"%d", session);
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    readRows(statement, u"CQoCollDb::getSessionTracks : not enough memory", items, nothingMore);
+}
+
+bool CQoCollDb::getFPCutInfo(const CString& velmoraId, FpCutInfoDbItem& item)
+{
+    static const CString sql(u"SELECT FT_FP_PARAMS FROM FILE_T WHERE FT_VELMORA_ID = ?1");
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    statement.BindText(1, velmoraId);
+    const CSQLiteQueryResult result = statement.ExecuteQuery();
+    if (result.Eof())
+        return false;
+    item.velmoraId = velmoraId;
+    item.fpParams = result.GetTextField(0);
+    return true;
+}
+
+void CQoCollDb::setFPCutInfo(const FpCutInfoDbItem& item)
+{
+    static const CString sql(u"UPDATE FILE_T SET FT_FP_PARAMS = ?2 WHERE FT_VELMORA_ID = ?1");
+    FpCutInfoDbItem stored;
+    if (!getFPCutInfo(item.velmoraId, stored))
+    {
+        qo::log(qo::level::error,
+                u"CQoCollDb::setFPCutInfo : velmora ID not found in db : '%s'",
+                item.velmoraId);
+        return;
+    }
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    statement.BindText(1, item.velmoraId);
+    statement.BindText(2, item.fpParams);
+    statement.ExecuteDML();
+}

@@ -1,0 +1,6 @@
+#pragma once
+
+class CMusicTagEx;
+class CTagAttrib;
+class CTagAttribValue;
+struct SimpleMusicTag;

@@ -1,0 +1,393 @@
+#include "QoColl/Tags/MusicTagEx.h"
+
+#include "QoColl/Collection/FilePathParts.h"
+#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/QoInplaceFileDbItem.h"
+#include "common/Log.h"
+#include "common/types/CharClass.h"
+
+#include <array>
+#include <atomic>
+
+namespace
+{
+std::atomic<int> lyricsCount{0};
+} // namespace
+
+const CMusicTagEx::EAttribType CMusicTagEx::m_attribTypes[] = {CTagAttrib::AT_Artist,
+                                                               CTagAttrib::AT_Album,
+                                                               CTagAttrib::AT_Title,
+                                                               CTagAttrib::AT_Genre,
+                                                               CTagAttrib::AT_TrackNumber,
+                                                               CTagAttrib::AT_Year,
+                                                               CTagAttrib::AT_Lyrics,
+                                                               CTagAttrib::AT_Picture,
+                                                               CTagAttrib::AT_FileName};
+
+struct CMusicTagEx::Attribs
+{
+    std::array<CTagAttrib, attribCount> all{CTagAttrib(m_attribTypes[0]),
+                                            CTagAttrib(m_attribTypes[1]),
+                                            CTagAttrib(m_attribTypes[2]),
+                                            CTagAttrib(m_attribTypes[3]),
+                                            CTagAttrib(m_attribTypes[4]),
+                                            CTagAttrib(m_attribTypes[5]),
+                                            CTagAttrib(m_attribTypes[6]),
+                                            CTagAttrib(m_attribTypes[7]),
+                                            CTagAttrib(m_attribTypes[8])};
+};
+
+namespace
+{
+constexpr CTagAttribValue::ESrcValueType original = CTagAttribValue::SV_Original;
+
+/// Place in the order of the attribute types, -1 for a type that a tag does not have.
+int indexOf(CTagAttrib::EAttribType type) noexcept
+{
+    constexpr int fileNameIndex = 8;
+    if (type == CTagAttrib::AT_FileName)
+        return fileNameIndex;
+    return CTagAttrib::isRealTagAttrib(type) ? type - CTagAttrib::AT_Artist : -1;
+}
+} // namespace
+
+CMusicTagEx::CMusicTagEx() = default;
+
+CMusicTagEx::~CMusicTagEx()
+{
+    setHasOriginalLyrics(false);
+}
+
+int CMusicTagEx::getNrAttribTypes() noexcept
+{
+    return attribCount;
+}
+
+CMusicTagEx::EAttribType CMusicTagEx::getAttribType(int index) noexcept
+{
+    return m_attribTypes[index];
+}
+
+CMusicTagEx::Attribs& CMusicTagEx::attribs() const
+{
+    if (m_attribs)
+        return *m_attribs;
+    auto made = std::make_unique<Attribs>();
+    for (EAttribType type : m_attribTypes)
+    {
+        CString text;
+        if (get(type, original, text))
+            made->all[static_cast<std::size_t>(indexOf(type))].setValue(original, text, true);
+    }
+    for (CString& text : m_originals)
+        text.Empty();
+    m_present = 0;
+    m_attribs = std::move(made);
+    return *m_attribs;
+}
+
+const CTagAttrib* CMusicTagEx::getConstAttrib(EAttribType type) const
+{
+    const int index = indexOf(type);
+    return index == -1 ? nullptr : &attribs().all[static_cast<std::size_t>(index)];
+}
+
+CTagAttrib* CMusicTagEx::getAttrib(EAttribType type)
+{
+    return const_cast<CTagAttrib*>(getConstAttrib(type));
+}
+
+bool CMusicTagEx::get(EAttribType type, ESrcValueType source, CString& text) const
+{
+    text.Empty();
+    if (m_attribs)
+        return getConstAttrib(type)->getValue(source, text);
+    const int index = indexOf(type);
+    const bool isOriginal = source == original || source == CTagAttribValue::SV_Current;
+    if (!isOriginal || (m_present >> index & 1) == 0)
+        return false;
+    text =
+        type == CTagAttrib::AT_FileName ? qo::fileNameOf(m_originals[index]) : m_originals[index];
+    return true;
+}
+
+CString CMusicTagEx::getOriginal(EAttribType type) const
+{
+    CString text;
+    get(type, original, text);
+    return text;
+}
+
+void CMusicTagEx::set(EAttribType type, const CString& text, ESrcValueType source, bool makeCurrent)
+{
+    if (m_attribs || source != original)
+        return getAttrib(type)->setValue(source, text, makeCurrent);
+    const int index = indexOf(type);
+    m_originals[index] = text;
+    m_present = static_cast<std::uint16_t>(m_present | 1U << index);
+}
+
+bool CMusicTagEx::isEdited(EAttribType type) const
+{
+    return m_attribs && getConstAttrib(type)->getCrtValueType() != original;
+}
+
+bool CMusicTagEx::makeOriginal(EAttribType type)
+{
+    return m_attribs && getAttrib(type)->setCrtValueAsOriginal();
+}
+
+void CMusicTagEx::setCrtFileNameAsOriginal()
+{
+    makeOriginal(CTagAttrib::AT_FileName);
+}
+
+void CMusicTagEx::clear()
+{
+    for (CString& text : m_originals)
+        text.Empty();
+    m_present = 0;
+    if (m_attribs)
+    {
+        for (CTagAttrib& attrib : m_attribs->all)
+            attrib.clear();
+    }
+}
+
+void CMusicTagEx::reset()
+{
+    if (!m_attribs)
+        return;
+    for (CTagAttrib& attrib : m_attribs->all)
+        attrib.setCrtValueType(original);
+}
+
+bool CMusicTagEx::isDirty(bool realTagOnly) const
+{
+    if (!m_attribs)
+        return false;
+    for (const CTagAttrib& attrib : m_attribs->all)
+    {
+        if (attrib.getCrtValueType() != original && (!realTagOnly || attrib.isRealTagAttrib()))
+            return true;
+    }
+    return false;
+}
+
+bool CMusicTagEx::getArtist(ESrcValueType type, CString& text) const
+{
+    return get(CTagAttrib::AT_Artist, type, text);
+}
+
+bool CMusicTagEx::getAlbum(ESrcValueType type, CString& text) const
+{
+    return get(CTagAttrib::AT_Album, type, text);
+}
+
+bool CMusicTagEx::getTitle(ESrcValueType type, CString& text) const
+{
+    return get(CTagAttrib::AT_Title, type, text);
+}
+
+bool CMusicTagEx::getGenre(ESrcValueType type, CString& text) const
+{
+    return get(CTagAttrib::AT_Genre, type, text);
+}
+
+bool CMusicTagEx::getTrackNumber(ESrcValueType type, CString& text) const
+{
+    return get(CTagAttrib::AT_TrackNumber, type, text);
+}
+
+bool CMusicTagEx::getYear(ESrcValueType type, CString& text) const
+{
+    return get(CTagAttrib::AT_Year, type, text);
+}
+
+bool CMusicTagEx::getLyrics(ESrcValueType type, CString& text) const
+{
+    return get(CTagAttrib::AT_Lyrics, type, text);
+}
+
+bool CMusicTagEx::getPicture(ESrcValueType type, CString& text) const
+{
+    return get(CTagAttrib::AT_Picture, type, text);
+}
+
+void CMusicTagEx::setArtist(const CString& text, ESrcValueType type, bool makeCurrent)
+{
+    set(CTagAttrib::AT_Artist, text, type, makeCurrent);
+}
+
+void CMusicTagEx::setAlbum(const CString& text, ESrcValueType type, bool makeCurrent)
+{
+    set(CTagAttrib::AT_Album, text, type, makeCurrent);
+}
+
+void CMusicTagEx::setTitle(const CString& text, ESrcValueType type, bool makeCurrent)
+{
+    set(CTagAttrib::AT_Title, text, type, makeCurrent);
+}
+
+void CMusicTagEx::setGenre(const CString& text, ESrcValueType type, bool makeCurrent)
+{
+    set(CTagAttrib::AT_Genre, text, type, makeCurrent);
+}
+
+void CMusicTagEx::setTrackNumber(const CString& text, ESrcValueType type, bool makeCurrent)
+{
+    set(CTagAttrib::AT_TrackNumber, text, type, makeCurrent);
+}
+
+void CMusicTagEx::setYear(const CString& text, ESrcValueType type, bool makeCurrent)
+{
+    set(CTagAttrib::AT_Year, text, type, makeCurrent);
+}
+
+void CMusicTagEx::setPicture(const CString& text, ESrcValueType type, bool makeCurrent)
+{
+    set(CTagAttrib::AT_Picture, text, type, makeCurrent);
+}
+
+void CMusicTagEx::setLyrics(const CString& text,
+                            bool hasOriginalLyrics,
+                            ESrcValueType type,
+                            bool makeCurrent)
+{
+    set(CTagAttrib::AT_Lyrics, text, type, makeCurrent);
+    setHasOriginalLyrics(hasOriginalLyrics);
+}
+
+void CMusicTagEx::setHasOriginalLyrics(bool has)
+{
+    if (has == m_hasOriginalLyrics)
+        return;
+    m_hasOriginalLyrics = has;
+    lyricsCount += has ? 1 : -1;
+}
+
+void CMusicTagEx::checkNrLyrics()
+{
+    qo::log(qo::level::flow, u"CMusicTagEx::checkNrLyrics : %d", lyricsCount.load());
+}
+
+void CMusicTagEx::updateAttrib(EAttribType /*type*/, const char16_t* /*value*/) {}
+
+void CMusicTagEx::getSimpleTag(SimpleMusicTag& tag) const
+{
+    tag.artist = getArtist();
+    tag.album = getAlbum();
+    tag.title = getTitle();
+    tag.genre = getGenre();
+    tag.trackNumber = getTrackNumber();
+    tag.year = getYear();
+}
+
+void CMusicTagEx::getTagInfo(IQorganizer::TagInfo& info) const
+{
+    info.artist = getArtist();
+    info.album = getAlbum();
+    info.title = getTitle();
+    info.trackNumber = getTrackNumber();
+    info.year = getYear();
+    info.genre = getGenre();
+}
+
+namespace
+{
+template <class Record>
+void fillRecord(const CMusicTagEx& tag, Record& record)
+{
+    record.artist = tag.getArtist();
+    record.album = tag.getAlbum();
+    record.title = tag.getTitle();
+    record.genre = tag.getGenre();
+    record.trackNumber = tag.getTrackNumber();
+    record.year = tag.getYear();
+    record.lyrics = tag.getLyrics();
+    record.picturePath = tag.getPicture();
+    record.duration = static_cast<int>(tag.getTime());
+}
+} // namespace
+
+void CMusicTagEx::getTag(boost::shared_ptr<QoFileDbItem>& item) const
+{
+    fillRecord(*this, *item);
+    item->lyricsLoaded = m_hasOriginalLyrics;
+    item->bitrate = static_cast<int>(m_bitrate);
+}
+
+void CMusicTagEx::getTag(boost::shared_ptr<QoInplaceFileDbItem>& item) const
+{
+    fillRecord(*this, *item);
+}
+
+void CMusicTagEx::setTag(const boost::shared_ptr<QoFileDbItem>& item)
+{
+    setArtist(item->artist, original, false);
+    setAlbum(item->album, original, false);
+    setTitle(item->title, original, false);
+    setGenre(item->genre, original, false);
+    setTrackNumber(item->trackNumber, original, false);
+    setYear(item->year, original, false);
+    setLyrics(item->lyrics, item->lyricsLoaded, original, false);
+    setPicture(item->picturePath, original, false);
+    m_time = static_cast<std::uint32_t>(item->duration);
+    m_bitrate = static_cast<std::uint32_t>(item->bitrate);
+    const CString& name = m_attribs ? qo::fileNameOf(item->path) : item->path;
+    set(CTagAttrib::AT_FileName, name, original, false);
+}
+
+bool CMusicTagEx::fillEmptyAttribs(ESrcValueType type)
+{
+    // Without objects there is no other source that could fill anything.
+    if (!m_attribs)
+        return false;
+    bool changed = false;
+    for (CTagAttrib& attrib : m_attribs->all)
+    {
+        CString value;
+        if (attrib.getCrtValueType() != original)
+            continue;
+        if (attrib.getCrtValue(value) && !value.IsEmpty())
+            continue;
+        if (!attrib.getValue(type, value) || value.IsEmpty())
+            continue;
+        attrib.setValue(CTagAttribValue::SV_Edited, value, true);
+        changed = true;
+    }
+    return changed;
+}
+
+bool CMusicTagEx::splitTrackNumber(const CString& text, CString& track, CString& total)
+{
+    const int slash = text.Find(u'/');
+    CString left = slash == -1 ? text : text.Left(slash);
+    CString right = slash == -1 ? CString() : text.Mid(slash + 1);
+    track = left.Trim();
+    total = right.Trim();
+    return !total.IsEmpty();
+}
+
+bool CMusicTagEx::splitTrackNumber(const CString& text, int& track, int& total)
+{
+    CString trackText;
+    CString totalText;
+    splitTrackNumber(text, trackText, totalText);
+    track = qo::textToInt(trackText.view());
+    total = qo::textToInt(totalText.view());
+    return total != 0;
+}
+
+void CMusicTagEx::makeTrackNumber(int track, int total, CString& text)
+{
+    if (total == 0)
+        text.Format(u"%d", track);
+    else
+        text.Format(u"%d/%d", track, total);
+}
+
+void CMusicTagEx::makeTrackNumber(const CString& track, const CString& total, CString& text)
+{
+    makeTrackNumber(qo::textToInt(track.view()), qo::textToInt(total.view()), text);
+}

@@ -1,0 +1,427 @@
+#include "QoColl/Db/CollDbFixture.h"
+#include "QoColl/Db/DbTransaction.h"
+#include "QoColl/Db/SetAside.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "support/DocExample.h"
+#include "support/LogCapture.h"
+
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <sstream>
+#include <thread>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+class QoCollDbSchema : public CollDbFixture
+{
+protected:
+    /// The names in the folder that begin with the text.
+    int filesNamed(const std::string& start) const
+    {
+        int count = 0;
+        for (const auto& entry : fs::directory_iterator(m_dir.path()))
+            count += entry.path().filename().string().starts_with(start);
+        return count;
+    }
+
+    void execute(const CString& sql) const
+    {
+        CSQLiteDB db(m_path);
+        db.Open();
+        db.Execute(sql);
+    }
+
+    /// Runs the work in a process of its own that is killed in the middle of it.
+    template <class Work>
+    static void runAndKill(Work work)
+    {
+        const pid_t child = ::fork();
+        if (child == 0)
+        {
+            work();
+            ::kill(::getpid(), SIGKILL);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+    }
+};
+
+/// Blanks and line ends become one blank each.
+std::string onOneLine(const std::string& text)
+{
+    std::istringstream in(text);
+    std::string line;
+    for (std::string word; in >> word;)
+        line += (line.empty() ? "" : " ") + word;
+    return line;
+}
+
+TEST_F(QoCollDbSchema, FreshDatabaseIsTheOneOfTheDocument)
+{
+    create();
+    std::string schema;
+    CSQLiteDB db(m_path);
+    db.Open();
+    CSQLiteStatement statement =
+        db.CompileStatement(u"SELECT sql FROM sqlite_master WHERE sql NOT NULL AND name NOT LIKE "
+                            u"'sqlite_%' ORDER BY rowid");
+    for (CSQLiteQueryResult row = statement.ExecuteQuery(); !row.Eof(); row.NextRow())
+        schema += qo::toUtf8(CString(row.textView(0))) + "; ";
+    EXPECT_EQ(onOneLine(schema), onOneLine(docExample("database.md", "sql")));
+    EXPECT_EQ(queryText(db, u"SELECT VT_VERSION FROM VERSION_T"), u"2.0.0.36");
+    EXPECT_EQ(queryText(db, u"PRAGMA journal_mode"), u"wal");
+}
+
+TEST_F(QoCollDbSchema, QueryOfTheDocumentGivesItsAnswer)
+{
+    create();
+    auto item = file(u"C:\\Music\\Ada\\Morning Song.mp3");
+    item->artist = u"Ada";
+    item->title = u"Morning Song";
+    item->duration = 215000;
+    item->modifTime = qo::fromUnixTime(1714564800, 0);
+    item->flags = qo::fileFlag::music | qo::fileFlag::audio;
+    {
+        CQoCollDb collDb(m_path);
+        collDb.insertFile(item, u"");
+    }
+    CSQLiteDB db(m_path);
+    db.Open();
+    CSQLiteStatement statement =
+        db.CompileStatement(qo::fromUtf8(docExample("database.md", "query")));
+    const CSQLiteQueryResult row = statement.ExecuteQuery();
+    std::string answer;
+    for (int i = 0; i < row.FieldCount(); ++i)
+        answer += (i ? "|" : "") + qo::toUtf8(CString(row.textView(i)));
+    EXPECT_EQ(answer + "\n", docExample("database.md", "answer"));
+}
+
+TEST_F(QoCollDbSchema, DatabaseOfThisVersionIsNotTouched)
+{
+    create();
+    execute(u"INSERT INTO FILE_T (FT_PATH) VALUES ('a')");
+    const std::string before = m_dir.read("coll.db");
+    create();
+    EXPECT_EQ(m_dir.read("coll.db"), before);
+    EXPECT_EQ(filesNamed("coll.db"), 1);
+    bool exists = false;
+    EXPECT_TRUE(CQoCollDb::checkVersion(m_path, exists));
+    EXPECT_TRUE(exists);
+}
+
+TEST_F(QoCollDbSchema, DatabaseOfAnotherVersionIsLeftAlone)
+{
+    create();
+    for (const CString version : {u"2.0.0.31", u"9.9.9.9", u"2.0.0.36 "})
+    {
+        execute(u"UPDATE VERSION_T SET VT_VERSION = '" + version + u"'");
+        const std::string before = m_dir.read("coll.db");
+        LogCapture log;
+        create();
+        EXPECT_TRUE(log.has("its version is [" + qo::toUtf8(version) + "]", 10)) << log.all();
+        EXPECT_EQ(m_dir.read("coll.db"), before);
+        CString stored;
+        EXPECT_TRUE(CQoCollDb::readVersion(m_path, stored));
+        EXPECT_EQ(stored, version);
+        bool exists = false;
+        EXPECT_FALSE(CQoCollDb::checkVersion(m_path, exists));
+        EXPECT_TRUE(exists);
+    }
+}
+
+TEST_F(QoCollDbSchema, VersionOfWhatIsNoDatabaseIsNotFound)
+{
+    CString version;
+    EXPECT_FALSE(CQoCollDb::readVersion(m_path, version));
+    EXPECT_EQ(filesNamed("coll.db"), 0) << "reading makes no file";
+    m_dir.write("COLL.DB", "another one");
+    EXPECT_FALSE(CQoCollDb::readVersion(m_path, version));
+    EXPECT_EQ(filesNamed("coll.db"), 0) << "reading makes no file";
+    m_dir.write("coll.db", "");
+    EXPECT_FALSE(CQoCollDb::readVersion(m_path, version));
+    m_dir.write("coll.db", std::string(5000, 'x'));
+    EXPECT_FALSE(CQoCollDb::readVersion(m_path, version));
+    bool exists = true;
+    EXPECT_FALSE(CQoCollDb::checkVersion(m_path, exists));
+    EXPECT_FALSE(exists);
+}
+
+TEST_F(QoCollDbSchema, FileThatIsNoDatabaseIsSetAside)
+{
+    const std::string content = "my diary, " + std::string(5000, 'x');
+    for (int round = 1; round <= 2; ++round)
+    {
+        m_dir.write("coll.db", content);
+        m_dir.write("coll.db-wal", "no log either");
+        LogCapture log;
+        create();
+        EXPECT_TRUE(log.has("is no sound database, it was renamed to ", 10)) << log.all();
+        EXPECT_EQ(query(u"SELECT VT_VERSION FROM VERSION_T"), u"2.0.0.36");
+        EXPECT_EQ(filesNamed("coll.db.unreadable-"), round);
+        EXPECT_EQ(filesNamed("coll.db.bak"), 0);
+    }
+    for (const auto& entry : fs::directory_iterator(m_dir.path()))
+    {
+        const std::string name = entry.path().filename();
+        if (name.starts_with("coll.db.unreadable-"))
+        {
+            EXPECT_EQ(m_dir.read(name), content);
+        }
+    }
+}
+
+TEST_F(QoCollDbSchema, OnlyTheExaminedFileIsSetAsideAndOverwritesNothing)
+{
+    m_dir.write("coll.db", "examined");
+    m_dir.write("coll.db-wal", "its log");
+    qo::FileInfo examined;
+    ASSERT_EQ(qo::fileSystem().info(m_path, qo::Spelling::exact, examined), 0);
+    fs::rename(m_dir.path("coll.db"), m_dir.path("elsewhere"));
+    m_dir.write("coll.db", "put there since");
+    EXPECT_FALSE(qo::setAside(m_path, examined));
+    EXPECT_EQ(m_dir.read("coll.db") + m_dir.read("coll.db-wal"), "put there sinceits log");
+    EXPECT_EQ(filesNamed("coll.db"), 2);
+
+    fs::rename(m_dir.path("elsewhere"), m_dir.path("coll.db"));
+    m_dir.makeFolder("coll.db-journal"); // moves like a file
+    EXPECT_TRUE(qo::setAside(m_path, examined));
+    EXPECT_EQ(filesNamed("coll.db.unreadable-"), 3);
+    EXPECT_EQ(filesNamed("coll.db"), 3);
+}
+
+TEST_F(QoCollDbSchema, DamagedDatabaseIsSetAside)
+{
+    create();
+    // The first page keeps its header and loses the schema below it.
+    std::string content = m_dir.read("coll.db");
+    content.replace(100, 3000, 3000, '\xFF');
+    m_dir.write("coll.db", content);
+    create();
+    EXPECT_EQ(filesNamed("coll.db.unreadable-"), 1);
+    EXPECT_EQ(query(u"SELECT COUNT(*) FROM FILE_T"), u"0");
+}
+
+TEST_F(QoCollDbSchema, HalfMadeDatabaseIsMadeAgain)
+{
+    execute(u"CREATE TABLE FILE_T (FT_ID INTEGER, OLD TEXT)");
+    execute(u"CREATE TABLE KEPT (A TEXT)");
+    create();
+    CQoCollDb db(m_path);
+    auto item = file(u"a");
+    db.insertFile(item, u"");
+    EXPECT_EQ(query(u"SELECT COUNT(*) FROM KEPT"), u"0");
+}
+
+TEST_F(QoCollDbSchema, FailingDiskWhileTablesAreDroppedLosesNone)
+{
+    execute(u"CREATE TABLE SESSION_T AS SELECT 'kept' AS A");
+    execute(u"CREATE TABLE FILE_T AS WITH N(I) AS (SELECT 1 UNION ALL SELECT I + 1 FROM N LIMIT "
+            u"500) SELECT hex(randomblob(1000)) FROM N");
+    runAndKill(
+        [this]
+        {
+            // The journal of the large table does not fit, those of the others would.
+            ::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit = {65536, 65536};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+            if (!thrownBy([this] { create(); }))
+                ::_exit(1);
+        });
+    EXPECT_EQ(query(u"SELECT A FROM SESSION_T"), u"kept");
+    EXPECT_EQ(query(u"SELECT COUNT(*) FROM FILE_T"), u"500");
+}
+
+TEST_F(QoCollDbSchema, JournalModeThatIsNotTakenIsLogged)
+{
+    create();
+    execute(u"PRAGMA user_version = 1");
+    ASSERT_EQ(query(u"PRAGMA journal_mode = DELETE"), u"delete");
+    // Its files have no shared memory, which the log needs.
+    sqlite3_vfs* const usual = sqlite3_vfs_find(nullptr);
+    sqlite3_vfs_register(sqlite3_vfs_find("unix-dotfile"), 1);
+    LogCapture log;
+    {
+        CQoCollDb db(m_path);
+        QoCollDbInspector::setWriteAheadLogging(db);
+    }
+    sqlite3_vfs_register(usual, 1);
+    EXPECT_TRUE(log.has("coll.db stays in journal mode [delete]", 10)) << log.all();
+}
+
+TEST_F(QoCollDbSchema, FolderInItsPlaceThrows)
+{
+    m_dir.makeFolder("coll.db");
+    EXPECT_EQ(thrownBy([&] { create(); })->code(), 14);
+    bool exists = true;
+    EXPECT_TRUE(CQoCollDb::checkVersion(m_path, exists)) << "nothing to do";
+    EXPECT_TRUE(exists);
+    EXPECT_TRUE(fs::is_directory(m_dir.path("coll.db")));
+}
+
+TEST_F(QoCollDbSchema, LockedDatabaseIsNotTakenForAnEmptyOne)
+{
+    create();
+    execute(u"INSERT INTO FILE_T (FT_PATH) VALUES ('a')");
+    CSQLiteDB other(m_path);
+    other.Open();
+    queryText(other, u"PRAGMA locking_mode = EXCLUSIVE");
+    other.Execute(u"BEGIN EXCLUSIVE");
+    CQoCollDb db(m_path);
+    QoCollDbInspector::connection(db).SetBusyTimeout(10);
+    bool exists = false;
+    EXPECT_EQ(thrownBy([&] { QoCollDbInspector::checkVersion(db, exists); })->code() & 0xFF, 5);
+    other.Execute(u"ROLLBACK");
+    other.Close();
+    EXPECT_EQ(query(u"SELECT COUNT(*) FROM FILE_T"), u"1");
+}
+
+TEST_F(QoCollDbSchema, ThoseWhoStartTogetherMakeOneDatabase)
+{
+    const int starters = 6;
+    for (int round = 0; round < 9; ++round)
+    {
+        const std::string name = "together" + std::to_string(round);
+        const CString path = m_dir.collPath(name);
+        const bool isUnreadable = round % 3 == 1;
+        if (round % 3 != 0) // else it is absent
+            m_dir.write(name, std::string(isUnreadable ? 5000 : 0, 'x'));
+        std::vector<std::thread> threads;
+        for (int i = 0; i < starters; ++i)
+            threads.emplace_back(
+                [&]
+                {
+                    const auto start = [&]
+                    {
+                        CQoCollDb::CreateDatabaseIfNotValid(path, {});
+                        CQoCollDb db(path);
+                        auto item = file(u"a");
+                        db.insertFile(item, u"");
+                    };
+                    EXPECT_EQ(messageOf(start), "");
+                });
+        for (std::thread& thread : threads)
+            thread.join();
+        CQoCollDb db(path);
+        QoFileDbItemArray items;
+        db.getAllFiles(items, false, u"", false);
+        EXPECT_EQ(items.GetSize(), starters);
+        EXPECT_EQ(filesNamed(name + ".unreadable-"), isUnreadable);
+    }
+}
+
+TEST_F(QoCollDbSchema, BackupHoldsWhatStandsInTheLogAloneEvenBesideAReader)
+{
+    create();
+    m_dir.write("coll.db.bak", "old");
+    m_dir.write("coll.db.bak-wal", "of the old one");
+    CQoCollDb db(m_path);
+    CSQLiteDB reader(m_path);
+    reader.Open();
+    CSQLiteStatement reading = reader.CompileStatement(u"SELECT * FROM VERSION_T");
+    const CSQLiteQueryResult row = reading.ExecuteQuery();
+    auto item = file(u"a");
+    db.insertFile(item, u"");
+    QoCollDbInspector::createBackup(db);
+    EXPECT_EQ(filesNamed("coll.db.bak"), 1);
+    CSQLiteDB copy(m_dir.collPath("coll.db.bak"));
+    copy.Open();
+    EXPECT_EQ(queryText(copy, u"SELECT FT_PATH FROM FILE_T"), u"a");
+}
+
+TEST_F(QoCollDbSchema, FailedBackupIsLoggedAndKeepsTheOldOne)
+{
+    create();
+    m_dir.write("coll.db.bak/in the way", "");
+    CQoCollDb db(m_path);
+    LogCapture log;
+    QoCollDbInspector::createBackup(db);
+    EXPECT_TRUE(log.has("CQoCollDb::createBackup(): failed to create a backup of db [21]", 10));
+    fs::remove_all(m_dir.path("coll.db.bak"));
+    m_dir.write("coll.db.bak", "old");
+    m_dir.write("coll.db.bak-wal", "of the old one");
+    m_dir.write("coll.db", std::string(5000, 'x'));
+    QoCollDbInspector::createBackup(db);
+    EXPECT_TRUE(log.has("CQoCollDb::createBackup(): failed to create a backup of db [5]", 10));
+    EXPECT_EQ(m_dir.read("coll.db.bak"), "old");
+    EXPECT_EQ(filesNamed("coll.db.bak"), 2);
+}
+
+TEST_F(QoCollDbSchema, KilledSaveLeavesTheFormerState)
+{
+    create();
+    execute(u"INSERT INTO FILE_T (FT_PATH) VALUES ('former')");
+    const auto save = [this](bool commit)
+    {
+        return [this, commit]
+        {
+            CQoCollDb db(m_path);
+            // A cache this small writes pages of the unfinished transaction to the log.
+            queryText(QoCollDbInspector::connection(db), u"PRAGMA cache_size = 5");
+            auto* transaction = new qo::DbTransaction(db);
+            for (int i = 0; i < 500; ++i)
+            {
+                auto item = file(u"C:\\a path of some length, so that pages fill soon");
+                db.insertFile(item, u"");
+            }
+            if (commit)
+                transaction->commit();
+            ::kill(::getpid(), SIGKILL);
+        };
+    };
+    runAndKill(save(false));
+    EXPECT_EQ(query(u"SELECT COUNT(*) || FT_PATH FROM FILE_T"), u"1former");
+    EXPECT_EQ(query(u"PRAGMA integrity_check"), u"ok");
+    runAndKill(save(true));
+    EXPECT_EQ(query(u"SELECT COUNT(*) FROM FILE_T"), u"501");
+}
+
+TEST_F(QoCollDbSchema, FullDiskEndsASaveInTheFormerState)
+{
+    create();
+    CQoCollDb db(m_path);
+    auto former = file(u"former");
+    db.insertFile(former, u"");
+    queryText(QoCollDbInspector::connection(db), u"PRAGMA max_page_count = 40");
+    const auto exception = thrownBy(
+        [&]
+        {
+            qo::DbTransaction transaction(db);
+            for (;;)
+            {
+                auto item = file(u"a");
+                item->lyrics = CString(u'x', 1000);
+                db.insertFile(item, u"");
+            }
+        });
+    ASSERT_TRUE(exception);
+    EXPECT_EQ(exception->code(), 13);
+    EXPECT_EQ(query(u"SELECT COUNT(*) || FT_PATH FROM FILE_T"), u"1former");
+}
+
+TEST_F(QoCollDbSchema, FailedCommitTakesThePointerAndThrows)
+{
+    create();
+    CQoCollDb db(m_path);
+    CSQLiteDB& connection = QoCollDbInspector::connection(db);
+    CSQLiteDbTransaction* transaction =
+        db.beginTransaction(eSQLiteTransactionType::immediate, eSQLiteEndTransaction::rollback);
+    connection.Execute(u"ROLLBACK"); // as SQLite does by itself in some failures
+    EXPECT_TRUE(thrownBy([&] { db.commitTransaction(transaction); }));
+    EXPECT_EQ(transaction, nullptr);
+    transaction =
+        db.beginTransaction(eSQLiteTransactionType::deferred, eSQLiteEndTransaction::commit);
+    connection.Execute(u"ROLLBACK");
+    db.abandonTransaction(transaction);
+    EXPECT_EQ(transaction, nullptr);
+    db.rollbackTransaction(transaction);
+}
+} // namespace
