@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QoKernel/Kernel.h>
+
+#include <string>
+
+/// Small helpers around files and paths that the host's parts share.
+namespace qo::host
+{
+/// The whole content of a regular file. An error number, 0 for success; EFBIG beyond the limit.
+int readFile(const CString& path, std::size_t limit, std::string& content);
+
+/// The system's words for an error number, without the number.
+std::string errorWords(int error);
+
+/// The path as a user sees it; the collection form when the system has none.
+std::string shownPath(const CString& path);
+
+/// An absolute path without ".", ".." and doubled slashes, from what a user typed. Does not look
+/// at the disk, so a link followed by ".." is taken literally.
+std::string absolutePath(const std::string& typed);
+
+/// The same for an existing folder, with links resolved; throws HostError when it is no folder.
+std::string existingFolder(const std::string& typed);
+
+/// "20260131_235959", local time: part of the names of files that are set aside.
+CString timeStampOfNow();
+
+/// A name that starts as wanted and that no file has.
+CString freeName(const CString& wanted);
+} // namespace qo::host

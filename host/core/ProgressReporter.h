@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QoKernel/Kernel.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <string>
+
+namespace qo::host
+{
+/// Where a long operation stands.
+struct ProgressEvent
+{
+    int stage = 0;             ///< IQoProgress::EStage
+    std::string item;          ///< the file being worked on, a system path; may be empty
+    int count = 0;             ///< steps done in this stage
+    int total = 0;             ///< 0: unknown
+    double ratePerSecond = 0;  ///< steps; 0 before there is anything to go by
+    int remainingSeconds = -1; ///< of this stage; -1: unknown
+};
+
+/// Turns the kernel's reports into events, at most one in a tenth of a second beside one for each
+/// stage that begins. The sink is called on the thread that works and must be quick.
+class ProgressReporter final : public IQoProgress
+{
+public:
+    using Clock = std::chrono::steady_clock;
+    using Sink = std::function<void(const ProgressEvent&)>;
+
+    /// The clock is there for tests.
+    explicit ProgressReporter(Sink sink, std::function<Clock::time_point()> now = Clock::now);
+
+    /// From any thread and from a signal handler. The operation stops at its next poll; once it
+    /// saves, it comes to its end and everything is kept.
+    void cancel() noexcept { m_cancel.store(true, std::memory_order_relaxed); }
+    /// Whether the operation was told to stop.
+    bool wasStopped() const noexcept { return m_wasStopped; }
+    /// Whether cancel() came too late to stop it.
+    bool cameTooLate() const noexcept { return m_cancel && !m_wasStopped; }
+
+    void setStage(int stage) override;
+    void setCurrentItem(const char16_t* text, int kind) override;
+    void setRange(int mode, int total) override;
+    void step(int count) override;
+    bool isCanceled() override;
+
+private:
+    void startCounting();
+    void report(const char16_t* item);
+    bool isDue();
+
+    Sink m_sink;
+    std::function<Clock::time_point()> m_now;
+    ProgressEvent m_event;
+    Clock::time_point m_stageStart;
+    Clock::time_point m_lastReport;
+    int m_untilLook = 0; ///< steps until the clock is looked at again
+    bool m_isSaving = false;
+    bool m_wasStopped = false;
+    std::atomic<bool> m_cancel{false};
+    static_assert(std::atomic<bool>::is_always_lock_free,
+                  "cancel() is called from signal handlers");
+};
+} // namespace qo::host

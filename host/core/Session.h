@@ -1,0 +1,95 @@
+#pragma once
+
+#include "core/FailureMemory.h"
+#include "core/InstanceLock.h"
+#include "core/KernelThread.h"
+#include "core/KeyValueConfig.h"
+#include "core/ProgressReporter.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+class CKVModule;
+class CQoCollection;
+
+namespace qo::host
+{
+/// A running kernel over one data folder, from its start to its end. At most one in a process. All
+/// kernel calls, and the calls here that say so, go to the kernel's thread.
+class Session
+{
+public:
+    struct Options
+    {
+        std::string dataFolder; ///< absolute system path; "" for the user's own
+        bool withLock = true;   ///< without it the settings are read-only
+        bool saveSettings = true;
+        std::function<void(const std::string&)>
+            note; ///< takes sentences for the user; may be empty
+    };
+
+    struct LoadOptions
+    {
+        bool rescan = false;
+        bool allowMissingRoot = false;
+        CString database; ///< "" for the collection's own; another one for a trial run
+    };
+
+    struct LoadReport
+    {
+        int files = 0;
+        int added = 0;
+        int changed = 0;
+        int gone = 0;
+        bool walked = false; ///< whether the root folders were looked through
+        double seconds = 0;
+    };
+
+    /// Takes the lock and starts the kernel. Throws HostError.
+    explicit Session(Options options);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    KernelThread& kernel() { return m_kernel; }
+    FailureMemory& failures() { return *m_failures; }
+    /// For the kernel's thread.
+    KeyValueConfig& settings() { return *m_settings; }
+    void saveSettings();
+    void note(const std::string& sentence) const;
+
+    // The rest is for the kernel's thread.
+
+    /// Where the lock, the database and the pending edits stand; made when absent.
+    static CString folder();
+    static CString databasePath();
+    static CString pendingTagsPath();
+
+    /// Makes sure that there is a database that may be opened. Throws HostError.
+    void prepareDatabase(const CString& database);
+    /// Whether a plain load would look through the root folders.
+    static bool wouldWalk(const CString& database, bool& wasNeverScanned);
+    /// Loads the user's collection. Throws HostError: away when a root folder is not there, or is
+    /// in the database but without the user's doing no longer in the settings, interrupted when it
+    /// was stopped, failed when it could not be loaded or saved.
+    LoadReport load(const LoadOptions& options, ProgressReporter& progress);
+
+private:
+    void openDataFolder() const;
+    void restoreLostRoots();
+    LoadReport
+    loadGuarded(const LoadOptions& options, const CString& database, ProgressReporter& progress);
+    /// True when a root folder is away and its files may leave the collection.
+    static bool guardRoots(bool allowMissingRoot, const CString& database);
+    [[noreturn]] static void throwInterrupted(bool wasNeverScanned, bool walked);
+    static void checkSaved(const CString& database, const std::string& cause);
+
+    Options m_options;
+    std::unique_ptr<CKVModule> m_module;
+    std::optional<InstanceLock> m_lock;
+    std::unique_ptr<KeyValueConfig> m_settings;
+    KernelThread m_kernel;
+    std::unique_ptr<FailureMemory> m_failures;
+};
+} // namespace qo::host

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QoKernel/Kernel.h>
+
+namespace qo::host
+{
+/// Copies of the database in the folder "snapshots" beside it, taken before anything that could
+/// lose rows. The newest five are kept: the one just taken and the others by their times. On the
+/// thread that calls the kernel.
+class Snapshots
+{
+public:
+    static constexpr int keptCount = 5;
+
+    explicit Snapshots(const CString& database);
+
+    /// The new copy's path. Throws HostError when it cannot be made: then nothing should go on.
+    CString take();
+    /// By their times, newest first, in collection form; files of other names are no copies.
+    CStringArray list() const;
+
+private:
+    void removeOld(const CString& taken) const;
+    void sweepUnfinished() const;
+
+    CString m_database;
+    CString m_folder;
+};
+} // namespace qo::host

@@ -1,0 +1,75 @@
+#include "core/StoredRoots.h"
+
+#include "core/HostError.h"
+#include "core/HostFiles.h"
+
+#include <QoKernel/Collection.h>
+
+namespace qo::host
+{
+namespace
+{
+bool isCollection(const CString& database)
+{
+    // Opening would make an absent database, and spoil the side files of an empty one.
+    FileInfo info;
+    if (fileSystem().info(database, Spelling::exact, info) != 0 || info.kind != FileKind::regular ||
+        info.size == 0)
+        return false;
+    CString version;
+    return CQoCollDb::readVersion(database, version) && version == CQoCollDb::currentVersion();
+}
+
+CQoPathInfo::EType toKind(int number)
+{
+    const bool isKind = number == CQoPathInfo::allIsMusic || number == CQoPathInfo::nothingIsMusic;
+    return isKind ? static_cast<CQoPathInfo::EType>(number) : CQoPathInfo::audioIsMusic;
+}
+} // namespace
+
+std::vector<StoredRoot> unlistedRoots(const CString& database, const RootFolders& roots)
+{
+    std::vector<StoredRoot> unlisted;
+    CollInfoDbItem info;
+    if (!isCollection(database) || !CQoCollDb(database).getCollInfo(u"", info))
+        return unlisted;
+    for (int i = 0; i < info.rootDirs.GetSize(); ++i)
+    {
+        const CString& folder = info.rootDirs[i];
+        if (!CQoCollPath(folder).isValid() || !roots.holder(folder).IsEmpty())
+            continue;
+        const int kind = i < info.rootDirTypes.GetSize() ? info.rootDirTypes[i] : 0;
+        unlisted.push_back({folder, toKind(kind)});
+    }
+    return unlisted;
+}
+
+void refuseUnnamedRoots(const std::vector<StoredRoot>& unlisted, const RootFolders& roots)
+{
+    std::string text;
+    for (const StoredRoot& root : unlisted)
+    {
+        if (roots.wasRemoved(root.folder))
+            continue;
+        const std::string shown = shownPath(root.folder);
+        text += (text.empty() ? "" : "\n") + ("the root folder " + shown) +
+                " is no longer in the settings, so nothing was changed: \"qo roots add " + shown +
+                "\" puts it back, \"qo roots rm " + shown + "\" takes it out of the collection";
+    }
+    if (!text.empty())
+        throw HostError(ExitCode::away, text);
+}
+
+std::string restoreRoots(const std::vector<StoredRoot>& unlisted, RootFolders& roots)
+{
+    std::string text;
+    for (const StoredRoot& root : unlisted)
+    {
+        if (!roots.wasRemoved(root.folder) && roots.add(root.folder, root.kind))
+            text += (text.empty() ? "" : "\n") +
+                    ("the settings have lost the root folder " + shownPath(root.folder)) +
+                    "; it is taken from the database";
+    }
+    return text;
+}
+} // namespace qo::host
