@@ -1,0 +1,121 @@
+#include "cli/CommandLine.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <iostream>
+
+namespace qo::cli
+{
+namespace
+{
+constexpr char mask = '\x01';
+
+/// Brackets around the text, with any number of masks before them.
+bool looksLikeList(const std::string& text)
+{
+    const std::size_t start = text.find_first_not_of(mask);
+    return start != std::string::npos && text[start] == '[' && text.back() == ']';
+}
+
+std::string unmask(std::string text)
+{
+    return looksLikeList(text) && text[0] == mask ? text.substr(1) : text;
+}
+} // namespace
+
+std::vector<std::string> parseable(int argc, char** argv)
+{
+    std::vector<std::string> arguments;
+    // The parser takes them from the back.
+    for (int i = argc - 1; i > 0; --i)
+    {
+        const std::string text = argv[i];
+        arguments.push_back(looksLikeList(text) ? mask + text : text);
+    }
+    return arguments;
+}
+
+CommandLine::CommandLine() : app("Keeps a collection of your music and its tags.", "qo")
+{
+    app.fallthrough();
+    app.require_subcommand(0, 1);
+    app.footer("The options above go with every command; paths are ordinary paths.\n"
+               "Exit codes: 0 done, 1 failed, 2 wrong usage, 3 a root folder is away "
+               "or no\n"
+               "longer in the settings, 4 not found, 5 busy, 6 done in part, 7 not done without "
+               "--yes,\n"
+               "130 interrupted.");
+    addArgument(app, "--data", dataFolder, "Keep everything below DIR instead of your data folder")
+        ->type_name("DIR");
+    app.add_flag("--json", json, "One JSON object a line");
+    app.add_flag("--dry-run", dryRun, "Show what would be done, change nothing");
+    app.add_flag("-y,--yes", yes, "Do not ask");
+    app.add_flag("-q,--quiet", quiet, "No progress and no notes");
+}
+
+CLI::App* CommandLine::addCommand(CLI::App& parent,
+                                  const std::string& name,
+                                  const std::string& description,
+                                  std::function<ExitCode()> run)
+{
+    CLI::App* const command = parent.add_subcommand(name, description);
+    if (run)
+        // The callbacks of sub-commands come before that of the group they stand in.
+        command->callback([this, run = std::move(run)] { action = action ? action : run; });
+    return command;
+}
+
+void CommandLine::note(const std::string& sentence) const
+{
+    if (!quiet)
+        complain(sentence);
+}
+
+void CommandLine::complain(const std::string& sentence)
+{
+    const bool isTerminal = ::isatty(STDERR_FILENO) == 1;
+    std::string text;
+    std::size_t start = 0;
+    while (start <= sentence.size())
+    {
+        const std::size_t end = std::min(sentence.find('\n', start), sentence.size());
+        const std::string part = sentence.substr(start, end - start);
+        text += "qo: " + (isTerminal ? harmless(part) : part) + "\n";
+        start = end + 1;
+    }
+    std::cerr << text << std::flush;
+}
+
+CLI::Option* addArgument(CLI::App& command,
+                         const std::string& name,
+                         std::string& value,
+                         const std::string& description)
+{
+    return command.add_option(name, value, description)->transform(unmask, "")->type_name("");
+}
+
+CLI::Option* addArguments(CLI::App& command,
+                          const std::string& name,
+                          std::vector<std::string>& values,
+                          const std::string& description)
+{
+    return command.add_option(name, values, description)->transform(unmask, "")->type_name("");
+}
+
+void confirm(const CommandLine& line, const std::string& question)
+{
+    if (line.yes)
+        return;
+    if (::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1)
+    {
+        std::cerr << harmless(question) << " [y/N] " << std::flush;
+        std::string answer;
+        std::getline(std::cin, answer);
+        if (answer == "y" || answer == "Y" || answer == "yes")
+            return;
+        throw HostError(ExitCode::refused, "nothing was done");
+    }
+    throw HostError(ExitCode::refused, question + " Not done without --yes.");
+}
+} // namespace qo::cli

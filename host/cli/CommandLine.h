@@ -1,0 +1,72 @@
+#pragma once
+
+#include "cli/Output.h"
+#include "core/HostError.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qo::cli
+{
+using host::ExitCode;
+using host::HostError;
+
+/// What every command knows: the options before all commands, where its data goes, and what the
+/// parsed line asks for.
+struct CommandLine
+{
+    CommandLine();
+
+    CLI::App app;
+    std::string dataFolder; ///< as typed
+    bool json = false;
+    bool dryRun = false;
+    bool yes = false;
+    bool quiet = false;
+    Output out;
+    std::function<ExitCode()> action;
+
+    /// A sub-command that runs the function when it is chosen. Ends up below `parent`.
+    CLI::App* addCommand(CLI::App& parent,
+                         const std::string& name,
+                         const std::string& description,
+                         std::function<ExitCode()> run);
+
+    /// Sentences on standard error, with the program's name ahead; notes are for those who listen.
+    void note(const std::string& sentence) const;
+    static void complain(const std::string& sentence);
+};
+
+/// The arguments of the program as they may be parsed: the parser would take "[a,b]" for a list,
+/// but a file may well be called that. The options below undo it.
+std::vector<std::string> parseable(int argc, char** argv);
+CLI::Option* addArgument(CLI::App& command,
+                         const std::string& name,
+                         std::string& value,
+                         const std::string& description);
+CLI::Option* addArguments(CLI::App& command,
+                          const std::string& name,
+                          std::vector<std::string>& values,
+                          const std::string& description);
+
+/// True when the user agrees: with --yes, or asked on a terminal. Without either the command is
+/// refused with a HostError.
+void confirm(const CommandLine& line, const std::string& question);
+
+// One for each source of commands.
+void addScanCommands(CommandLine& line);
+void addRootsCommands(CommandLine& line);
+void addListCommand(CommandLine& line);
+void addTreeCommand(CommandLine& line);
+void addInfoCommand(CommandLine& line);
+void addTagCommands(CommandLine& line);
+void addStatusCommand(CommandLine& line);
+void addConfigCommands(CommandLine& line);
+void addLogCommand(CommandLine& line);
+void addDatabaseCommands(CommandLine& line);
+void addHelpCommands(CommandLine& line);
+} // namespace qo::cli

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "cli/CommandLine.h"
+#include "core/Session.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qo::cli
+{
+/// What a command needs of the kernel.
+enum class KernelUse
+{
+    look, ///< settings, files and tags only; works beside another process
+    hold  ///< the data folder is this process's own
+};
+
+/// Starts the kernel as the command line asks. Its notes go to standard error.
+std::unique_ptr<host::Session> openKernel(const CommandLine& line, KernelUse use);
+
+/// Makes sure of the database and loads the collection, with progress and a way to interrupt.
+host::Session::LoadReport loadCollection(const CommandLine& line,
+                                         host::Session& session,
+                                         const host::Session::LoadOptions& options);
+/// The plain start that reading commands make.
+void loadForReading(const CommandLine& line, host::Session& session);
+
+/// The collection forms that a typed path may have, the likeliest first: as it is spelled, with
+/// the links of its folder followed, with its own followed.
+std::vector<CString> spellings(const std::string& typed);
+} // namespace qo::cli

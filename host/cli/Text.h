@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QoKernel/Kernel.h>
+
+#include <string>
+#include <string_view>
+
+namespace qo::cli
+{
+/// "3:51", "1:02:03".
+std::string durationText(std::int64_t milliseconds);
+/// "0.123", seconds.
+std::string secondsText(double seconds);
+/// "5.3 MiB".
+std::string sizeText(std::int64_t bytes);
+/// "2026-01-31T23:59:59.1234567Z"; "" for no time.
+std::string isoTime(const FILETIME& time);
+/// "2026-01-31 23:59:59", local time; "-" for no time.
+std::string localTimeText(const FILETIME& time);
+/// "1 file", "2 files".
+std::string countText(std::int64_t count, const std::string& noun);
+
+/// How many columns a UTF-8 text takes, about: one a character, two for the wide scripts.
+std::size_t textWidth(std::string_view text);
+/// Cut at the end to that many columns.
+std::string cutToWidth(std::string_view text, std::size_t width);
+/// Filled with blanks, or cut, to exactly that many columns.
+std::string padded(std::string_view text, std::size_t width);
+/// A tag's text on one line: control characters become blanks.
+std::string oneLine(const CString& text);
+
+bool isUtf8(const std::string& bytes);
+/// "file:///a/b%20c": any name as plain ASCII.
+std::string fileUri(const std::string& path);
+} // namespace qo::cli

@@ -1,0 +1,97 @@
+#include "cli/CommandLine.h"
+#include "cli/Interrupt.h"
+
+#include <QoKernel/Kernel.h>
+
+#include <csignal>
+#include <iostream>
+
+namespace
+{
+using qo::cli::CommandLine;
+using qo::cli::ExitCode;
+using qo::cli::HostError;
+
+void addCommands(CommandLine& line)
+{
+    qo::cli::addScanCommands(line);
+    qo::cli::addRootsCommands(line);
+    qo::cli::addListCommand(line);
+    qo::cli::addTreeCommand(line);
+    qo::cli::addInfoCommand(line);
+    qo::cli::addTagCommands(line);
+    qo::cli::addStatusCommand(line);
+    qo::cli::addConfigCommands(line);
+    qo::cli::addLogCommand(line);
+    qo::cli::addDatabaseCommands(line);
+    qo::cli::addHelpCommands(line);
+}
+
+int run(CommandLine& line)
+{
+    if (!line.action)
+    {
+        std::cerr << line.app.help();
+        return static_cast<int>(ExitCode::usage);
+    }
+    const ExitCode code = line.action();
+    line.out.flush();
+    return static_cast<int>(code);
+}
+
+/// The way of a program whose reader has gone away.
+[[noreturn]] void endByBrokenPipe()
+{
+    std::signal(SIGPIPE, SIG_DFL);
+    std::raise(SIGPIPE);
+    std::_Exit(128 + SIGPIPE);
+}
+
+int parseAndRun(CommandLine& line, int argc, char** argv)
+{
+    try
+    {
+        addCommands(line);
+        line.app.parse(qo::cli::parseable(argc, argv));
+        return run(line);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        if (error.get_exit_code() == 0)
+            return line.app.exit(error);
+        const bool isUnknown = line.app.get_subcommands().empty() && !line.app.remaining().empty();
+        CommandLine::complain((isUnknown
+                                   ? "there is no command \"" + line.app.remaining().front() + "\""
+                                   : error.what()) +
+                              std::string("\nsee \"qo help\" or \"qo COMMAND --help\""));
+        return static_cast<int>(ExitCode::usage);
+    }
+    catch (const HostError& error)
+    {
+        CommandLine::complain(error.what());
+        return error.code() == ExitCode::interrupted ? qo::cli::interruptExitCode()
+                                                     : static_cast<int>(error.code());
+    }
+    catch (const std::exception& error)
+    {
+        CommandLine::complain(error.what());
+        return static_cast<int>(ExitCode::failed);
+    }
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qo::useOneHeap();
+    qo::cli::installSignalHandlers();
+    bool nobodyReads = false;
+    int code = 0;
+    {
+        CommandLine line;
+        code = parseAndRun(line, argc, argv);
+        nobodyReads = line.out.isClosed();
+    }
+    if (nobodyReads && code == 0)
+        endByBrokenPipe();
+    return code;
+}

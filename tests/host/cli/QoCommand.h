@@ -1,0 +1,127 @@
+#pragma once
+
+#include "support/TempDir.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+/// The real command with a data folder, a home folder and a music folder of its own.
+class QoCommand
+{
+public:
+    struct Result
+    {
+        int code = -1; ///< as a shell gives it: 128 and more for a signal
+        std::string out;
+        std::string err;
+
+        std::vector<nlohmann::json> json() const
+        {
+            std::vector<nlohmann::json> list;
+            std::istringstream lines(out);
+            for (std::string line; std::getline(lines, line);)
+                list.push_back(nlohmann::json::parse(line));
+            return list;
+        }
+    };
+
+    QoCommand() { dir.makeFolder("music"); }
+
+    /// Puts a sound of tests/data there under a name below the music folder; its system path.
+    std::string addSound(const std::string& relative, const std::string& sound = "sound.mp3") const
+    {
+        const std::string target = music(relative);
+        std::filesystem::create_directories(std::filesystem::path(target).parent_path());
+        std::filesystem::copy_file(std::string(QO_TEST_DATA "/sounds/") + sound, target);
+        return target;
+    }
+    void addSounds(const std::string& folder, int count) const
+    {
+        const std::string first = addSound(folder + "/0.mp3");
+        for (int i = 1; i < count; ++i)
+            std::filesystem::create_hard_link(first,
+                                              music(folder + "/" + std::to_string(i) + ".mp3"));
+    }
+    std::string music(const std::string& relative = std::string()) const
+    {
+        return dir.path(relative.empty() ? "music" : "music/" + relative);
+    }
+    std::string database() const { return dir.path("data/Qorganizer/qodb"); }
+
+    /// Starts it without waiting; its output goes to files of its own.
+    pid_t start(const std::vector<std::string>& arguments) const
+    {
+        std::vector<std::string> words{QO_COMMAND, "--data", dir.path("data")};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        std::vector<std::string> variables{
+            "HOME=" + dir.path("home"), "LC_ALL=" + locale, "TZ=UTC", "TERM=dumb"};
+        std::vector<char*> argv = pointers(words);
+        std::vector<char*> environment = pointers(variables);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_addopen(
+            &actions, 1, dir.path("out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        posix_spawn_file_actions_addopen(
+            &actions, 2, dir.path("err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        pid_t pid = -1;
+        const int error =
+            ::posix_spawn(&pid, QO_COMMAND, &actions, nullptr, argv.data(), environment.data());
+        posix_spawn_file_actions_destroy(&actions);
+        EXPECT_EQ(error, 0) << "cannot start " QO_COMMAND;
+        return pid;
+    }
+    Result finish(pid_t pid) const
+    {
+        int status = 0;
+        ::waitpid(pid, &status, 0);
+        Result result;
+        result.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        result.out = dir.read("out");
+        result.err = dir.read("err");
+        return result;
+    }
+    Result run(const std::vector<std::string>& arguments) const { return finish(start(arguments)); }
+    Result scan() const { return run({"scan", music()}); }
+    /// The paths that "ls --json" gives.
+    std::vector<std::string> paths() const
+    {
+        std::vector<std::string> list;
+        for (const auto& record : run({"ls", "--json"}).json())
+            list.push_back(record["path"]);
+        return list;
+    }
+    /// Waits until a file is there; false after ten seconds.
+    static bool waitFor(const std::string& path)
+    {
+        for (int i = 0; i < 2000; ++i)
+        {
+            if (std::filesystem::exists(path))
+                return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        return false;
+    }
+
+    TempDir dir;
+    std::string locale = "C";
+
+private:
+    static std::vector<char*> pointers(std::vector<std::string>& words)
+    {
+        std::vector<char*> list;
+        for (std::string& word : words)
+            list.push_back(word.data());
+        list.push_back(nullptr);
+        return list;
+    }
+};

@@ -1,0 +1,111 @@
+#include "host/cli/QoCommand.h"
+
+namespace fs = std::filesystem;
+
+namespace
+{
+nlohmann::json fields(const QoCommand& qo, const std::string& file)
+{
+    return qo.run({"tag", "show", "--json", file}).json().at(0)["fields"];
+}
+} // namespace
+
+TEST(TagCommand, EditWaitsBesideTheFileUntilItIsWritten)
+{
+    const QoCommand qo;
+    const std::string file = qo.addSound("a/1.flac", "sound.flac");
+    ASSERT_EQ(qo.scan().code, 0);
+    const std::string before = qo.dir.read("music/a/1.flac");
+    ASSERT_EQ(
+        qo.run({"tag", "set", file, "artist=Ärzte", "title=A = B", "track=3/12", "lyrics=one\ntwo"})
+            .code,
+        0);
+    EXPECT_EQ(qo.dir.read("music/a/1.flac"), before);
+    EXPECT_EQ(fields(qo, file)["artist"], (nlohmann::json{{"file", ""}, {"edited", "Ärzte"}}));
+
+    ASSERT_EQ(qo.run({"tag", "revert", file, "lyrics"}).code, 0);
+    ASSERT_EQ(qo.run({"tag", "write", "--dry-run", file}).code, 0);
+    EXPECT_EQ(qo.dir.read("music/a/1.flac"), before);
+    ASSERT_EQ(qo.run({"tag", "write", file}).code, 0);
+    EXPECT_EQ(fields(qo, file)["artist"], (nlohmann::json{{"file", "Ärzte"}}));
+    EXPECT_EQ(fields(qo, file)["title"]["file"], "A = B");
+    EXPECT_EQ(fields(qo, file)["track"]["file"], "3/12");
+    EXPECT_EQ(fields(qo, file)["lyrics"]["file"], "");
+    EXPECT_EQ(qo.run({"tag", "write", file}).code, 4);
+
+    // The collection sees it with the next scan.
+    fs::last_write_time(file, fs::file_time_type::clock::now() + std::chrono::seconds(5));
+    qo.run({"scan"});
+    EXPECT_EQ(qo.run({"ls", "--json"}).json().at(0)["artist"], "Ärzte");
+}
+
+TEST(TagCommand, FilesOwnValueIsNoEdit)
+{
+    const QoCommand qo;
+    const std::string file = qo.addSound("1.mp3");
+    ASSERT_EQ(qo.run({"tag", "set", file, "artist=x", "album=y"}).code, 0);
+    ASSERT_EQ(qo.run({"tag", "set", file, "artist="}).code, 0);
+    EXPECT_FALSE(fields(qo, file)["artist"].contains("edited"));
+    EXPECT_EQ(fields(qo, file)["album"]["edited"], "y");
+}
+
+TEST(TagCommand, WritingAllNeedsConsentAndGoesOnBehindAFailure)
+{
+    const QoCommand qo;
+    const std::string gone = qo.addSound("a.mp3");
+    const std::string there = qo.addSound("b.mp3");
+    ASSERT_EQ(qo.run({"tag", "set", gone, "artist=x"}).code, 0);
+    ASSERT_EQ(qo.run({"tag", "set", there, "artist=x"}).code, 0);
+    fs::remove(gone);
+    EXPECT_EQ(qo.run({"tag", "write", "--all"}).code, 7);
+    const auto result = qo.run({"tag", "write", "--all", "--yes"});
+    EXPECT_EQ(result.code, 6);
+    EXPECT_NE(result.err.find(gone + " cannot be read: No such file or directory"),
+              std::string::npos)
+        << result.err;
+    EXPECT_EQ(fields(qo, there)["artist"]["file"], "x");
+    EXPECT_EQ(qo.run({"tag", "revert", gone}).code, 0);
+}
+
+TEST(TagCommand, NewPictureIsShownByItsPath)
+{
+    const QoCommand qo;
+    const std::string file = qo.addSound("1.mp3");
+    const std::string picture = qo.addSound("red.jpg", "red.jpg");
+    ASSERT_EQ(qo.run({"tag", "set", file, "picture=" + picture}).code, 0);
+    EXPECT_EQ(fields(qo, file)["picture"]["edited"], picture);
+    ASSERT_EQ(qo.run({"tag", "write", file}).code, 0);
+    const std::string kept = fields(qo, file)["picture"]["file"];
+    EXPECT_EQ(fs::file_size(kept), fs::file_size(picture));
+}
+
+TEST(TagCommand, SaysWhatIsWrong)
+{
+    const QoCommand qo;
+    const std::string file = qo.addSound("1.mp3");
+    const std::string broken = qo.dir.write("music/broken.flac", "not a flac file");
+    const struct
+    {
+        std::vector<std::string> words;
+        int code;
+        const char* text;
+    } cases[] = {
+        {{"set", file, "artist"}, 2, "is not of the form field=value"},
+        {{"set", file, "singer=x"}, 2, "is no field of a tag"},
+        {{"set", file, "artist=\xff"}, 2, "is not UTF-8"},
+        {{"set", file, "picture=/nowhere.jpg"}, 4, "No such file or directory"},
+        {{"set", file, "picture=" + broken}, 1, "cannot be used: it must be"},
+        {{"set", qo.music("2.mp3"), "artist=x"}, 4, "No such file or directory"},
+        {{"set", qo.music(), "artist=x"}, 1, "is no regular file"},
+        {{"show", qo.dir.write("music/a.txt", "x")}, 1, "is no kind of file that has a tag"},
+        {{"show", broken}, 1, "cannot be read: "},
+        {{"revert", file}, 4, "nothing is edited there"}};
+    for (const auto& c : cases)
+    {
+        std::vector<std::string> words = c.words;
+        words.insert(words.begin(), "tag");
+        const auto result = qo.run(words);
+        EXPECT_EQ(result.code, c.code) << result.err;
+        EXPECT_NE(result.err.find(c.text), std::string::npos) << result.err;
+    }
+}
