@@ -1,0 +1,178 @@
+#!/usr/bin/env python3
+"""Runs the command and the floors in turn on one library of files and prints their ratios.
+
+All runs happen with a warm page cache; each figure is the median of the interleaved runs. The
+floors and the command time their own work; the line below the table has the whole processes.
+"""
+import argparse
+import os
+import re
+import shutil
+import sqlite3
+import statistics
+import subprocess
+import sys
+import time
+
+
+def arguments():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--build", required=True, help="build folder with QO_BENCH=ON")
+    parser.add_argument("--files", type=int, default=100000)
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--runs", type=int, default=3)
+    parser.add_argument("--scale", type=int, default=0, help="also load a database with so many times the rows")
+    parser.add_argument("--work", help="folder for the library and the databases (default: BUILD/work)")
+    return parser.parse_args()
+
+
+def fail(message):
+    sys.exit(f"compare.py: {message}")
+
+
+class Bench:
+    def __init__(self, options):
+        self.build = os.path.abspath(options.build)
+        work = os.path.abspath(options.work or os.path.join(self.build, "work"))
+        self.library = os.path.join(work, f"library-{options.files}-{options.seed}")
+        self.data = os.path.join(work, "data")
+        self.big_data = os.path.join(work, "data-scaled")
+        self.fresh = os.path.join(work, "floor.db")
+        self.options = options
+        self.times = {}
+        os.makedirs(work, exist_ok=True)
+
+    def tool(self, *path):
+        return os.path.join(self.build, *path)
+
+    def run(self, command):
+        done = subprocess.run(command, capture_output=True, text=True, stdin=subprocess.DEVNULL)
+        if done.returncode != 0:
+            fail(f"{' '.join(command)} ended with {done.returncode}:\n{done.stderr[-2000:]}")
+        return done.stdout
+
+    def note(self, name, seconds):
+        self.times.setdefault(name, []).append(seconds)
+        print(f"  {name}: {seconds:.3f} s", file=sys.stderr)
+
+    def floor(self, name, program, *args):
+        items, seconds = self.run([self.tool("bench", program), *args]).split()
+        self.note(name, float(seconds))
+        return int(items)
+
+    def qo(self, name, data, *args):
+        start = time.perf_counter()
+        output = self.run([self.tool("host", "qo"), "--data", data, *args])
+        self.note("process " + name, time.perf_counter() - start)
+        seconds = re.search(r"([0-9.]+) s$", output.strip().splitlines()[0])
+        self.note(name, float(seconds.group(1)))
+        return output
+
+    def make_library(self):
+        done = self.library + ".complete"
+        if os.path.exists(done):
+            return
+        shutil.rmtree(self.library, ignore_errors=True)
+        print(f"making {self.options.files} files in {self.library}", file=sys.stderr)
+        self.run([self.tool("tools", "library", "make_library"), self.library,
+                  "--files", str(self.options.files), "--seed", str(self.options.seed)])
+        open(done, "w").close()
+
+    def database(self, data):
+        """The collection's database: the file below the data folder that holds FILE_T."""
+        for folder, folders, files in os.walk(data):
+            for name in files:
+                path = os.path.join(folder, name)
+                with open(path, "rb") as file:
+                    if not file.read(15) == b"SQLite format 3":
+                        continue
+                tables = sqlite3.connect(f"file:{path}?mode=ro", uri=True)
+                found = tables.execute("SELECT 1 FROM sqlite_master WHERE name = 'FILE_T'").fetchone()
+                tables.close()
+                if found and "napshot" not in path:
+                    return path
+        fail(f"no collection database below {data}")
+
+    def resident(self, data):
+        """Bytes of resident memory after a load, as the command reports them."""
+        output = self.run([self.tool("host", "qo"), "--data", data, "load", "--memory"])
+        found = re.search(r"(\d+) KiB resident", output)
+        return int(found.group(1)) * 1024 if found else None
+
+    def round(self):
+        shutil.rmtree(self.data, ignore_errors=True)
+        files = self.floor("F1 walk and stat", "floor_walk", self.library)
+        self.floor("F2 read tags", "floor_tags", self.library)
+        self.qo("first scan", self.data, "scan", self.library)
+        self.qo("rescan without change", self.data, "scan")
+        database = self.database(self.data)
+        rows = self.floor("F4 read rows", "floor_read", database)
+        self.qo("load", self.data, "load")
+        self.floor("F3 insert rows", "floor_insert", database, self.fresh)
+        return files, rows
+
+    def grow(self, factor):
+        """A copy of the data folder whose database has the rows of factor libraries."""
+        shutil.rmtree(self.big_data, ignore_errors=True)
+        shutil.copytree(self.data, self.big_data)
+        database = sqlite3.connect(self.database(self.big_data))
+        columns = [row[1] for row in database.execute("PRAGMA table_info(FILE_T)") if row[1] != "FT_ID"]
+        root = "C:" + self.library.replace("/", "\\")
+        values = {"FT_PATH": "replace(FT_PATH, :root, :root || '\\copy ' || :copy)",
+                  "FT_VELMORA_ID": "CASE FT_VELMORA_ID WHEN '' THEN '' ELSE FT_VELMORA_ID || '-' || :copy END"}
+        select = ", ".join(values.get(column, column) for column in columns)
+        last = database.execute("SELECT max(FT_ID) FROM FILE_T").fetchone()[0]
+        for copy in range(1, factor):
+            database.execute(f"INSERT INTO FILE_T ({', '.join(columns)}) SELECT {select} FROM FILE_T WHERE FT_ID <= :last",
+                             {"root": root, "copy": str(copy), "last": last})
+        database.commit()
+        database.close()
+
+    def median(self, name):
+        return statistics.median(self.times[name])
+
+
+def ratio_row(name, value, floor, must, aim):
+    ratio = value / floor
+    verdict = "aim" if ratio <= aim else "yes" if ratio <= must else "NO"
+    return f"| {name} | {value:.3f} s | {floor:.3f} s | {ratio:.2f} x | {must} x | {aim} x | {verdict} |"
+
+
+def main():
+    options = arguments()
+    bench = Bench(options)
+    bench.make_library()
+    print("warming the page cache", file=sys.stderr)
+    bench.run([bench.tool("bench", "floor_tags"), bench.library])
+    for number in range(options.runs):
+        print(f"run {number + 1} of {options.runs}", file=sys.stderr)
+        files, rows = bench.round()
+    if options.scale > 1:
+        bench.grow(options.scale)
+        for _ in range(options.runs):
+            bench.qo("scaled load", bench.big_data, "load")
+
+    median = bench.median
+    f1, f2, f3, f4 = (median(name) for name in ("F1 walk and stat", "F2 read tags", "F3 insert rows", "F4 read rows"))
+    print(f"{files} files, {rows} rows, median of {options.runs} runs, warm page cache\n")
+    print("| floor | time |\n|---|---|")
+    for name in sorted(name for name in bench.times if re.match(r"F\d ", name)):
+        print(f"| {name} | {median(name):.3f} s |")
+    print("\n| operation | time | floor | ratio | must reach | aim for | reached |\n|---|---|---|---|---|---|---|")
+    print(ratio_row("first scan against F2 + F3", median("first scan"), f2 + f3, 1.5, 1.2))
+    print(ratio_row("rescan without change against F1", median("rescan without change"), f1, 4, 2.5))
+    print(ratio_row("load against F4", median("load"), f4, 3, 1.5))
+    resident = bench.resident(bench.data)
+    if resident:
+        each = resident / rows / 1024
+        verdict = "aim" if each <= 0.8 else "yes" if each <= 1.2 else "NO"
+        print(f"| resident memory after load | {each:.2f} KB a file | | | 1.2 KB | 0.8 KB | {verdict} |")
+    if options.scale > 1:
+        print(ratio_row(f"load of a row at {options.scale} times the rows", median("scaled load") / options.scale,
+                        median("load"), 1.3, 1.1))
+    print("\nWhole processes, start and end included: " +
+          ", ".join(f"{name} {median('process ' + name):.3f} s" for name in ("first scan", "rescan without change", "load")))
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,62 @@
+#include "KVTagLib/AudioFile.h"
+#include "KVTagLib/Id3v2Editor.h"
+#include "platform/FileSystem.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace
+{
+/// The fuzzer's bytes as an open file.
+class MemoryFile final : public qo::IFile
+{
+public:
+    MemoryFile(const std::uint8_t* data, std::size_t size)
+        : m_data(data), m_size(static_cast<std::int64_t>(size))
+    {
+    }
+
+    std::int64_t read(void* buffer, std::size_t size) override
+    {
+        const std::int64_t left = std::max<std::int64_t>(0, m_size - m_position);
+        const std::int64_t count = std::min(left, static_cast<std::int64_t>(size));
+        std::memcpy(buffer, m_data + m_position, static_cast<std::size_t>(count));
+        m_position += count;
+        return count;
+    }
+    bool write(const void*, std::size_t) override { return false; }
+    bool seek(std::int64_t position) override
+    {
+        m_position = std::min(position, m_size);
+        return true;
+    }
+    bool seekToEnd() override { return seek(m_size); }
+    std::int64_t position() const override { return m_position; }
+    int error() const override { return 0; }
+
+private:
+    const std::uint8_t* m_data;
+    std::int64_t m_size;
+    std::int64_t m_position = 0;
+};
+} // namespace
+
+/// The first byte chooses the format that the file's name would claim, the rest is the file.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    using namespace KVTagLib;
+    if (size < 1)
+        return 0;
+    constexpr int formatCount = static_cast<int>(AudioFormat::trueAudio);
+    const auto format = static_cast<AudioFormat>(1 + data[0] % formatCount);
+    AudioFileContent content(true);
+    CString error;
+    readAudioFile(std::make_unique<MemoryFile>(data + 1, size - 1), format, content, error);
+
+    Id3v2Editor tag;
+    TagLib::ByteVector bytes(reinterpret_cast<const char*>(data + 1),
+                             static_cast<unsigned>(size - 1));
+    if (tag.load(bytes))
+        tag.render(bytes);
+    return 0;
+}
