@@ -70,9 +70,9 @@ bool CFileUtils::AssureDirExists(const CString& path)
     qo::FileInfo info;
     if (qo::fileSystem().info(path, qo::Spelling::anyCase, info) != 0)
     {
-        if (const int error = qo::fileSystem().makeDirectory(path))
+        if (qo::fileSystem().makeDirectory(path) != 0)
         {
-            logFolderNotMade(path, error);
+            logFolderNotMade(path);
             return false;
         }
         return true;
@@ -85,7 +85,7 @@ bool CFileUtils::AssureDirExists(const CString& path)
     return true;
 }
 
-void CFileUtils::logFolderNotMade(const CString& path, int)
+void CFileUtils::logFolderNotMade(const CString& path)
 {
     TraceLog::trace(level::error, u"AssureDirExists: Error creating dir '%s'", path);
 }

@@ -33,7 +33,7 @@ public:
     static CString GetTempDir(int id);
 
     static CString GetLastErrorText(int error);
-    static void logFolderNotMade(const CString& path, int error);
+    static void logFolderNotMade(const CString& path);
 };
 
 namespace qo

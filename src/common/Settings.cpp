@@ -145,8 +145,8 @@ void chooseTempFolder()
         return;
     // Not the system's shared folder: covers must last as long as the rows that point to them.
     const CString own = qo::combinePath(qo::specialFolders().cache(), u"temp");
-    if (const int error = qo::fileSystem().makeDirectories(own))
-        CFileUtils::logFolderNotMade(own, error);
+    if (qo::fileSystem().makeDirectories(own) != 0)
+        CFileUtils::logFolderNotMade(own);
     CQoSettings::set(CQoSettings::TempFolder, own);
 }
 
