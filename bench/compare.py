@@ -34,7 +34,7 @@ class Bench:
     def __init__(self, options):
         self.build = os.path.abspath(options.build)
         work = os.path.abspath(options.work or os.path.join(self.build, "work"))
-        self.library = os.path.join(work, f"library-{options.files}-{options.seed}")
+        self.music = os.path.join(work, f"library-{options.files}-{options.seed}")
         self.data = os.path.join(work, "data")
         self.big_data = os.path.join(work, "data-scaled")
         self.fresh = os.path.join(work, "floor.db")
@@ -69,12 +69,12 @@ class Bench:
         return output
 
     def make_library(self):
-        done = self.library + ".complete"
+        done = self.music + ".complete"
         if os.path.exists(done):
             return
-        shutil.rmtree(self.library, ignore_errors=True)
-        print(f"making {self.options.files} files in {self.library}", file=sys.stderr)
-        self.run([self.tool("tools", "library", "make_library"), self.library,
+        shutil.rmtree(self.music, ignore_errors=True)
+        print(f"making {self.options.files} files in {self.music}", file=sys.stderr)
+        self.run([self.tool("tools", "library", "make_library"), self.music,
                   "--files", str(self.options.files), "--seed", str(self.options.seed)])
         open(done, "w").close()
 
@@ -101,9 +101,9 @@ class Bench:
 
     def round(self):
         shutil.rmtree(self.data, ignore_errors=True)
-        files = self.floor("F1 walk and stat", "floor_walk", self.library)
-        self.floor("F2 read tags", "floor_tags", self.library)
-        self.qo("first scan", self.data, "scan", self.library)
+        files = self.floor("F1 walk and stat", "floor_walk", self.music)
+        self.floor("F2 read tags", "floor_tags", self.music)
+        self.qo("first scan", self.data, "scan", self.music)
         self.qo("rescan without change", self.data, "scan")
         database = self.database(self.data)
         rows = self.floor("F4 read rows", "floor_read", database)
@@ -117,7 +117,7 @@ class Bench:
         shutil.copytree(self.data, self.big_data)
         database = sqlite3.connect(self.database(self.big_data))
         columns = [row[1] for row in database.execute("PRAGMA table_info(FILE_T)") if row[1] != "FT_ID"]
-        root = "C:" + self.library.replace("/", "\\")
+        root = "C:" + self.music.replace("/", "\\")
         values = {"FT_PATH": "replace(FT_PATH, :root, :root || '\\copy ' || :copy)",
                   "FT_VELMORA_ID": "CASE FT_VELMORA_ID WHEN '' THEN '' ELSE FT_VELMORA_ID || '-' || :copy END"}
         select = ", ".join(values.get(column, column) for column in columns)
