@@ -24,6 +24,8 @@
 #include "platform/Clock.h"
 #include "platform/DriveMap.h"
 #include "platform/FileSystem.h"
+#include "platform/FolderNames.h"
 #include "platform/Platform.h"
 #include "platform/Process.h"
 #include "platform/SpecialFolders.h"
+#include "platform/TreeCopy.h"

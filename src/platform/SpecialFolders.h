@@ -3,6 +3,8 @@
 #include "common/types/Export.h"
 #include "common/types/String.h"
 
+#include <vector>
+
 namespace qo
 {
 /// Where the system and the user keep things. Folders are in collection form without a closing
@@ -17,6 +19,9 @@ public:
     virtual CString music() const = 0;
     virtual CString videos() const = 0;
     virtual CString home() const = 0;
+    /// The folders that the system's conventions give every user, such as those for documents and
+    /// downloads, music and videos among them; whether or not they exist.
+    virtual std::vector<CString> userFolders() const = 0;
     virtual CString systemTemp() const = 0;
     /// Folder of the running program.
     virtual CString program() const = 0;

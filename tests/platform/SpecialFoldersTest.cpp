@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace
@@ -48,13 +49,20 @@ TEST(SpecialFolders, FollowTheConventionsAndIgnoreRelativeValues)
     const ScopedVariable config("XDG_CONFIG_HOME", home.path("config"));
     const ScopedVariable music("XDG_MUSIC_DIR", "");
     home.write("config/user-dirs.dirs",
-               "# comment\nXDG_MUSIC_DIR=\"$HOME/Musik\"\nXDG_VIDEOS_DIR=broken\n");
+               "# comment\nXDG_MUSIC_DIR=\"$HOME/Musik\"\nXDG_VIDEOS_DIR=broken\n"
+               " XDG_DOCUMENTS_DIR=\"/srv/papers\"\nXDG_\n=_DIR\n");
 
     const qo::ISpecialFolders& folders = qo::specialFolders();
     EXPECT_EQ(folders.data(), home.collPath("data/Velmora"));
     EXPECT_EQ(folders.state(), home.collPath(".local/state/Velmora"));
     EXPECT_EQ(folders.music(), home.collPath("Musik"));
     EXPECT_EQ(folders.videos(), home.collPath("Videos"));
+    const std::vector<CString> all = folders.userFolders();
+    for (const CString& folder : {home.collPath("Musik"),
+                                  home.collPath("Videos"),
+                                  home.collPath("Documents"),
+                                  CString(u"C:\\srv\\papers")})
+        EXPECT_NE(std::find(all.begin(), all.end(), folder), all.end()) << qo::toUtf8(folder);
 }
 
 TEST(SpecialFolders, OneBaseHoldsThemAll)

@@ -3,6 +3,7 @@
 #include "common/types/CharClass.h"
 #include "platform/DriveMap.h"
 #include "platform/posix/PosixFile.h"
+#include "platform/posix/Rename.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -226,16 +227,9 @@ private:
     int m_error = 0;
 };
 
-/// For file systems that cannot rename without overwriting: the file has both names for a moment.
-int linkAndUnlink(const std::string& from, const std::string& to)
-{
-    if (::link(from.c_str(), to.c_str()) != 0)
-        return errno;
-    const int error = answer(::unlink(from.c_str()));
-    if (error != 0)
-        ::unlink(to.c_str());
-    return error;
-}
+/// The regular file that this thread looked at last: whoever reads it next has no need to look
+/// again.
+thread_local CString lastRegular;
 
 int copyContent(IFile& from, IFile& to)
 {
@@ -271,6 +265,7 @@ int PosixFileSystem::info(const CString& path, Spelling spelling, FileInfo& info
     if (real.empty())
         return ENOENT;
     const int error = statAt(AT_FDCWD, real.c_str(), lastName(real), info);
+    lastRegular = error == 0 && info.kind == FileKind::regular ? path : CString();
     if (error != ENOENT || spelling == Spelling::exact)
         return error;
     const std::string match = matchAnyCase(real);
@@ -330,7 +325,12 @@ std::unique_ptr<IFile> PosixFileSystem::open(const CString& path, OpenMode mode,
         return nullptr;
     // Looking before opening keeps hands off devices; looking again after it closes the gap.
     FileInfo found;
-    int missing = statAt(AT_FDCWD, real.c_str(), lastName(real), found);
+    int missing = 0;
+    if (mode == OpenMode::read && lastRegular == path)
+        found.kind = FileKind::regular;
+    else
+        missing = statAt(AT_FDCWD, real.c_str(), lastName(real), found);
+    lastRegular.Empty();
     if (missing == ENOENT && mode == OpenMode::read)
     {
         real = readPath(path);
@@ -418,11 +418,7 @@ int PosixFileSystem::moveFileNoReplace(const CString& from, const CString& to)
 {
     const std::string source = toSystemPath(from);
     const std::string target = toSystemPath(to);
-    if (source.empty() || target.empty())
-        return ENOENT;
-    const int error =
-        answer(::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE));
-    return error == EINVAL || error == ENOSYS ? linkAndUnlink(source, target) : error;
+    return source.empty() || target.empty() ? ENOENT : renameNoReplace(source, target);
 }
 
 int PosixFileSystem::copyFile(const CString& from, const CString& to)

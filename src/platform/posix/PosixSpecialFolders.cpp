@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <string_view>
 #include <vector>
 
 namespace qo
@@ -40,27 +41,57 @@ std::string join(const std::string& folder, const std::string& name)
     return folder.back() == '/' ? folder + name : folder + "/" + name;
 }
 
-/// The value of a line NAME="$HOME/Music" or NAME="/srv/music" of user-dirs.dirs.
-std::string userDirsEntry(const std::string& name)
+std::ifstream openUserDirs()
 {
     const std::string config = absoluteVariable("XDG_CONFIG_HOME");
-    std::ifstream file(
+    return std::ifstream(
         join(config.empty() ? join(homeFolder(), ".config") : config, "user-dirs.dirs"));
+}
+
+/// The folder of a line NAME="$HOME/Music" or NAME="/srv/music"; empty for a line of another name
+/// or form.
+std::string userDirsValue(const std::string& line, const std::string& name)
+{
+    const std::size_t start = line.find_first_not_of(" \t");
+    if (start == std::string::npos || line.compare(start, name.size() + 2, name + "=\"") != 0)
+        return {};
+    const std::size_t begin = start + name.size() + 2;
+    const std::size_t end = line.find('"', begin);
+    std::string value = end == std::string::npos ? std::string() : line.substr(begin, end - begin);
+    if (value.compare(0, 5, "$HOME") == 0)
+        value = homeFolder() + value.substr(5);
+    return !value.empty() && value[0] == '/' ? value : std::string();
+}
+
+std::string userDirsEntry(const std::string& name)
+{
+    std::ifstream file = openUserDirs();
     for (std::string line; std::getline(file, line);)
     {
-        const std::size_t start = line.find_first_not_of(" \t");
-        if (start == std::string::npos || line.compare(start, name.size() + 2, name + "=\"") != 0)
-            continue;
-        const std::size_t begin = start + name.size() + 2;
-        const std::size_t end = line.find('"', begin);
-        std::string value =
-            end == std::string::npos ? std::string() : line.substr(begin, end - begin);
-        if (value.compare(0, 5, "$HOME") == 0)
-            value = homeFolder() + value.substr(5);
-        if (!value.empty() && value[0] == '/')
+        std::string value = userDirsValue(line, name);
+        if (!value.empty())
             return value;
     }
     return {};
+}
+
+/// Every folder that user-dirs.dirs names.
+std::vector<std::string> userDirsEntries()
+{
+    constexpr std::string_view suffix = "_DIR";
+    std::vector<std::string> values;
+    std::ifstream file = openUserDirs();
+    for (std::string line; std::getline(file, line);)
+    {
+        const std::size_t start = line.find("XDG_");
+        const std::size_t end = line.find(suffix, start == std::string::npos ? line.size() : start);
+        if (end == std::string::npos)
+            continue;
+        std::string value = userDirsValue(line, line.substr(start, end + suffix.size() - start));
+        if (!value.empty())
+            values.push_back(std::move(value));
+    }
+    return values;
 }
 } // namespace
 
@@ -120,6 +151,23 @@ CString PosixSpecialFolders::videos() const
 CString PosixSpecialFolders::home() const
 {
     return fromSystemPath(homeFolder());
+}
+
+std::vector<CString> PosixSpecialFolders::userFolders() const
+{
+    std::vector<CString> folders{music(), videos()};
+    for (const std::string& folder : userDirsEntries())
+        folders.push_back(fromSystemPath(folder));
+    for (const char* name : {"Desktop",
+                             "Documents",
+                             "Downloads",
+                             "Music",
+                             "Pictures",
+                             "Public",
+                             "Templates",
+                             "Videos"})
+        folders.push_back(fromSystemPath(join(homeFolder(), name)));
+    return folders;
 }
 
 CString PosixSpecialFolders::systemTemp() const

@@ -17,6 +17,7 @@ public:
     CString music() const override;
     CString videos() const override;
     CString home() const override;
+    std::vector<CString> userFolders() const override;
     CString systemTemp() const override;
     CString program() const override;
     void setBase(const CString& folder) override;

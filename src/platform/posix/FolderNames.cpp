@@ -1,0 +1,64 @@
+#include "platform/FolderNames.h"
+
+#include "platform/DriveMap.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+
+#include <dirent.h>
+
+#include <cerrno>
+#include <memory>
+#include <string_view>
+
+namespace qo
+{
+namespace
+{
+struct CloseDir
+{
+    void operator()(DIR* dir) const { ::closedir(dir); }
+};
+} // namespace
+
+int firstNames(const CString& folder, std::size_t most, std::vector<CString>& names)
+{
+    names.clear();
+    const std::string real = toSystemPath(folder);
+    if (real.empty())
+        return ENOENT;
+    const std::unique_ptr<DIR, CloseDir> dir(::opendir(real.c_str()));
+    if (!dir)
+        return errno;
+    while (names.size() < most)
+    {
+        errno = 0;
+        const dirent* entry = ::readdir(dir.get());
+        if (!entry)
+            return errno;
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..")
+            names.push_back(DriveMap::nameFromSystem(name));
+    }
+    return 0;
+}
+
+bool isTrashFolder(const CString& folder, const CString& name)
+{
+    // The trash at the top of a file system has its user's number behind a dash, or folders of
+    // users in it; that of the home folder is known by what it holds.
+    constexpr std::u16string_view top = u".Trash";
+    const std::u16string_view text = name.view();
+    if (text.starts_with(top))
+    {
+        const std::u16string_view rest = text.substr(top.size());
+        return rest.empty() ||
+               (rest.size() > 1 && rest[0] == u'-' &&
+                rest.find_first_not_of(u"0123456789", 1) == std::u16string_view::npos);
+    }
+    if (text != u"Trash")
+        return false;
+    const CString trash = (folder.view().ends_with(u'\\') ? folder : folder + u"\\") + name;
+    return fileSystem().isDirectory(trash + u"\\info") &&
+           fileSystem().isDirectory(trash + u"\\files");
+}
+} // namespace qo

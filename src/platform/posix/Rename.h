@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace qo
+{
+/// Renames a file, link or folder; EEXIST, with both as they were, if the target exists. The error
+/// number, 0 for success.
+int renameNoReplace(const std::string& from, const std::string& to);
+} // namespace qo

@@ -1,0 +1,363 @@
+#include "platform/TreeCopy.h"
+
+#include "platform/FileSystem.h"
+#include "platform/posix/FileAttributes.h"
+#include "platform/posix/PosixFile.h"
+#include "platform/posix/Rename.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+namespace qo
+{
+namespace
+{
+constexpr std::size_t blockSize = std::size_t(256) << 10;
+constexpr mode_t ownerFolder = 0700;
+constexpr mode_t ownerFile = 0600;
+
+struct Entry
+{
+    std::string name; ///< behind the path of the whole: "" or "/a/b"
+    struct stat st;
+    struct stat copied; ///< of the copy once it is in its place
+};
+
+std::string folderOf(const std::string& path)
+{
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+bool isSame(const struct stat& a, const struct stat& b)
+{
+    const bool isSameFile = a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_mode == b.st_mode;
+    return isSameFile &&
+           (S_ISDIR(a.st_mode) || (a.st_size == b.st_size && a.st_mtim.tv_sec == b.st_mtim.tv_sec &&
+                                   a.st_mtim.tv_nsec == b.st_mtim.tv_nsec));
+}
+
+/// The names in a folder, without "." and "..".
+int listNames(const std::string& folder, std::vector<std::string>& names)
+{
+    const std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(folder.c_str()), ::closedir);
+    if (!dir)
+        return errno;
+    for (;;)
+    {
+        errno = 0;
+        const dirent* entry = ::readdir(dir.get());
+        if (!entry)
+            return errno;
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
+            names.emplace_back(entry->d_name);
+    }
+}
+
+std::unique_ptr<PosixFile> openFile(const std::string& path, int flags)
+{
+    const int descriptor =
+        ::open(path.c_str(), flags | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, ownerFile);
+    return descriptor < 0 ? nullptr : std::make_unique<PosixFile>(descriptor);
+}
+
+int syncPath(const std::string& path)
+{
+    const auto file = openFile(path, O_RDONLY);
+    return file ? file->sync() : errno;
+}
+
+void giveTimes(const std::string& path, const struct stat& st)
+{
+    const timespec times[] = {st.st_atim, st.st_mtim};
+    ::utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW);
+}
+
+int removeEntry(const std::string& path, const struct stat& st)
+{
+    const int result = S_ISDIR(st.st_mode) ? ::rmdir(path.c_str()) : ::unlink(path.c_str());
+    return result == 0 || errno == ENOENT ? 0 : errno;
+}
+} // namespace
+
+struct TreeCopy::State
+{
+    std::string from;
+    std::string to;
+    std::string failed;
+    std::vector<Entry> entries; ///< each folder ahead of what it holds
+    std::function<bool()> stop;
+    std::unique_ptr<char[]> block{new char[blockSize]};
+    std::unique_ptr<char[]> otherBlock{new char[blockSize]};
+
+    int fail(const std::string& path, int error)
+    {
+        failed = path;
+        return error;
+    }
+    bool isStopped() const { return stop && stop(); }
+
+    int list();
+    int addEntry(const std::string& name);
+    int copyAll(const std::string& target);
+    int copyEntry(const Entry& entry, const std::string& target);
+    int copyLink(const Entry& entry, const std::string& target) const;
+    int copyFile(const Entry& entry, const std::string& target);
+    int compare(const std::string& source, const std::string& target);
+    int finishFolders(const std::string& target);
+    int removeAll(const std::string& root);
+    int noteCopies(const std::string& root);
+    int removeCopies();
+};
+
+int TreeCopy::State::addEntry(const std::string& name)
+{
+    Entry entry{name, {}, {}};
+    const std::string path = from + name;
+    if (::lstat(path.c_str(), &entry.st) != 0)
+        return fail(path, errno);
+    const mode_t mode = entry.st.st_mode;
+    if (!S_ISREG(mode) && !S_ISLNK(mode) && !S_ISDIR(mode))
+        return fail(path, EINVAL);
+    if (!entries.empty() && entry.st.st_dev != entries.front().st.st_dev)
+        return fail(path, EBUSY);
+    entries.push_back(std::move(entry));
+    return 0;
+}
+
+int TreeCopy::State::list()
+{
+    entries.clear();
+    if (const int error = addEntry({}))
+        return error;
+    for (std::size_t i = 0; i < entries.size(); ++i)
+    {
+        if (!S_ISDIR(entries[i].st.st_mode))
+            continue;
+        const std::string folder = entries[i].name;
+        std::vector<std::string> names;
+        if (const int error = listNames(from + folder, names))
+            return fail(from + folder, error);
+        for (const std::string& name : names)
+        {
+            if (const int error = isStopped() ? ECANCELED : addEntry(folder + "/" + name))
+                return error;
+        }
+    }
+    return 0;
+}
+
+int TreeCopy::State::copyAll(const std::string& target)
+{
+    for (const Entry& entry : entries)
+    {
+        const int error = isStopped() ? ECANCELED : copyEntry(entry, target + entry.name);
+        if (error != 0)
+            return fail(failed.empty() ? from + entry.name : failed, error);
+    }
+    return finishFolders(target);
+}
+
+int TreeCopy::State::copyEntry(const Entry& entry, const std::string& target)
+{
+    if (S_ISDIR(entry.st.st_mode))
+        return ::mkdir(target.c_str(), ownerFolder) == 0 ? 0 : errno;
+    return S_ISLNK(entry.st.st_mode) ? copyLink(entry, target) : copyFile(entry, target);
+}
+
+int TreeCopy::State::copyLink(const Entry& entry, const std::string& target) const
+{
+    std::string text(static_cast<std::size_t>(entry.st.st_size) + 1, '\0');
+    const ssize_t length = ::readlink((from + entry.name).c_str(), text.data(), text.size());
+    if (length < 0)
+        return errno;
+    text.resize(static_cast<std::size_t>(length));
+    if (::symlink(text.c_str(), target.c_str()) != 0)
+        return errno;
+    giveTimes(target, entry.st);
+    return 0;
+}
+
+int TreeCopy::State::copyFile(const Entry& entry, const std::string& target)
+{
+    const std::string source = from + entry.name;
+    const auto in = openFile(source, O_RDONLY);
+    if (!in)
+        return errno;
+    const auto out = openFile(target, O_RDWR | O_CREAT | O_EXCL);
+    if (!out)
+        return errno;
+    for (;;)
+    {
+        const std::int64_t got = isStopped() ? 0 : in->read(block.get(), blockSize);
+        if (got < 0)
+            return in->error();
+        if (got == 0)
+            break;
+        if (!out->write(block.get(), static_cast<std::size_t>(got)))
+            return out->error();
+    }
+    // What another file system cannot hold is not worth losing the move for.
+    (void)copyAttributes(in->descriptor(), entry.st, out->descriptor());
+    giveTimes(target, entry.st);
+    if (const int error = out->sync())
+        return error;
+    // Only what comes from the disk proves that the disk has it.
+    (void)::posix_fadvise(out->descriptor(), 0, 0, POSIX_FADV_DONTNEED);
+    return isStopped() ? ECANCELED : compare(source, target);
+}
+
+int TreeCopy::State::compare(const std::string& source, const std::string& target)
+{
+    const auto a = openFile(source, O_RDONLY);
+    const auto b = a ? openFile(target, O_RDONLY) : nullptr;
+    if (!b)
+        return errno;
+    for (;;)
+    {
+        const std::int64_t got = a->read(block.get(), blockSize);
+        const std::int64_t other = b->read(otherBlock.get(), blockSize);
+        if (got < 0 || other < 0)
+            return got < 0 ? a->error() : b->error();
+        if (got != other ||
+            std::memcmp(block.get(), otherBlock.get(), static_cast<std::size_t>(got)) != 0)
+            return EIO;
+        if (got == 0)
+            return 0;
+        if (isStopped())
+            return ECANCELED;
+    }
+}
+
+/// Times and modes of folders come last, since filling a folder changes the one and may need more
+/// than the other.
+int TreeCopy::State::finishFolders(const std::string& target)
+{
+    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry)
+    {
+        if (!S_ISDIR(entry->st.st_mode))
+            continue;
+        const auto in = openFile(from + entry->name, O_RDONLY);
+        const auto out = openFile(target + entry->name, O_RDONLY);
+        if (!in || !out)
+            return fail(from + entry->name, errno);
+        (void)copyAttributes(in->descriptor(), entry->st, out->descriptor());
+        giveTimes(target + entry->name, entry->st);
+        if (const int error = out->sync())
+            return fail(target + entry->name, error);
+    }
+    return 0;
+}
+
+int TreeCopy::State::removeAll(const std::string& root)
+{
+    int first = 0;
+    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry)
+    {
+        const int error = removeEntry(root + entry->name, entry->st);
+        if (error != 0 && first == 0)
+            first = fail(root + entry->name, error);
+    }
+    return first;
+}
+
+int TreeCopy::State::noteCopies(const std::string& root)
+{
+    for (Entry& entry : entries)
+    {
+        const std::string path = root + entry.name;
+        if (::lstat(path.c_str(), &entry.copied) != 0)
+            return fail(path, errno);
+    }
+    return 0;
+}
+
+/// What others have put in the place of a copy, or changed in it, is theirs.
+int TreeCopy::State::removeCopies()
+{
+    int first = 0;
+    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry)
+    {
+        const std::string path = to + entry->name;
+        struct stat now;
+        int error = 0;
+        if (::lstat(path.c_str(), &now) != 0)
+            error = errno == ENOENT ? 0 : errno;
+        else
+            error = isSame(entry->copied, now) ? removeEntry(path, now) : EBUSY;
+        if (error != 0 && first == 0)
+            first = fail(path, error);
+    }
+    return first;
+}
+
+TreeCopy::TreeCopy(const CString& from, const CString& to) : m_state(std::make_unique<State>())
+{
+    m_state->from = toSystemPath(from);
+    m_state->to = toSystemPath(to);
+}
+
+TreeCopy::~TreeCopy() = default;
+
+const std::string& TreeCopy::failedPath() const
+{
+    return m_state->failed;
+}
+
+int TreeCopy::copy(const std::function<bool()>& stop)
+{
+    State& state = *m_state;
+    state.failed.clear();
+    state.stop = stop;
+    if (state.from.empty() || state.to.empty())
+        return ENOENT;
+    if (const int error = state.list())
+        return error;
+    std::string holder = folderOf(state.to) + ".qo-XXXXXX";
+    if (!::mkdtemp(holder.data()))
+        return state.fail(state.to, errno);
+    const std::string copied = holder + "/copy";
+    int error = state.copyAll(copied);
+    if (error == 0)
+        error = state.noteCopies(copied);
+    if (error == 0)
+        error = renameNoReplace(copied, state.to);
+    const bool isInPlace = error == 0;
+    if (isInPlace)
+        error = syncPath(folderOf(state.to));
+    if (error != 0)
+    {
+        const std::string failed = state.failed.empty() ? state.to : state.failed;
+        isInPlace ? state.removeCopies() : state.removeAll(copied);
+        state.failed = failed;
+    }
+    ::rmdir(holder.c_str());
+    return error;
+}
+
+int TreeCopy::removeSource()
+{
+    State& state = *m_state;
+    for (const Entry& entry : state.entries)
+    {
+        struct stat now;
+        if (::lstat((state.from + entry.name).c_str(), &now) != 0)
+            return state.fail(state.from + entry.name, errno);
+        if (!isSame(entry.st, now))
+            return state.fail(state.from + entry.name, EBUSY);
+    }
+    return state.removeAll(state.from);
+}
+
+int TreeCopy::removeTarget()
+{
+    return m_state->removeCopies();
+}
+} // namespace qo
