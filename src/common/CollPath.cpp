@@ -3,6 +3,7 @@
 #include "common/types/CharClass.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace
 {
@@ -308,6 +309,19 @@ int findPath(const CollPathArray& paths, const CQoCollPath& path)
     return -1;
 }
 
+namespace
+{
+std::vector<CQoCollPath> sortedByText(const CollPathArray& paths)
+{
+    std::vector<CQoCollPath> sorted(paths.begin(), paths.end());
+    std::stable_sort(sorted.begin(),
+                     sorted.end(),
+                     [](const CQoCollPath& a, const CQoCollPath& b)
+                     { return a.toString().CompareNoCase(b.toString()) < 0; });
+    return sorted;
+}
+} // namespace
+
 void addUniquePath(CollPathArray& paths, const CQoCollPath& path)
 {
     if (findPath(paths, path) < 0)
@@ -333,12 +347,12 @@ void diffPathArrays(const CollPathArray& newPaths,
                     CollPathArray& added,
                     CollPathArray& removed)
 {
-    for (const CQoCollPath& path : newPaths)
+    for (const CQoCollPath& path : sortedByText(newPaths))
     {
         if (findPath(oldPaths, path) < 0)
             added.Add(path);
     }
-    for (const CQoCollPath& path : oldPaths)
+    for (const CQoCollPath& path : sortedByText(oldPaths))
     {
         if (findPath(newPaths, path) < 0)
             removed.Add(path);

@@ -107,7 +107,8 @@ QO_API void addUniquePath(CollPathArray& paths, const CQoCollPath& path);
 QO_API void addPaths(CollPathArray& paths, const CStringArray& texts);
 /// The string forms with "," between them.
 QO_API CString joinPaths(const CollPathArray& paths);
-/// What stands only in the first list, and only in the second; callers pass the new list first.
+/// What stands only in the first list, and only in the second, each sorted by its text; callers
+/// pass the new list first.
 QO_API void diffPathArrays(const CollPathArray& newPaths,
                            const CollPathArray& oldPaths,
                            CollPathArray& added,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/BinarySearch.h"
 #include "common/types/Array.h"
 
 #include <cstdlib>
@@ -95,30 +96,12 @@ public:
         return elem;
     }
 
-    /// findBinary() for a key of any type: short ranges are scanned from low, longer ones halved.
+    /// findBinary() for a key of any type.
     template <class KEY, class CMP>
     bool findByKey(const KEY& key, int low, int high, CMP cmp, int& index) const
     {
-        constexpr int scanBelow = 9;
-        while (high - low >= scanBelow)
-        {
-            const int middle = low + (high - low) / 2;
-            const int order = cmp(key, this->GetAt(middle));
-            if (order == 0)
-            {
-                index = middle;
-                return true;
-            }
-            (order < 0 ? high : low) = order < 0 ? middle : middle + 1;
-        }
-        int order = 1;
-        for (index = low; index < high; ++index)
-        {
-            order = cmp(key, this->GetAt(index));
-            if (order <= 0)
-                break;
-        }
-        return index < high && order == 0;
+        const auto order = [&](int at) { return cmp(key, this->GetAt(at)); };
+        return qo::searchBinary(low, high, order, index);
     }
 
 private:

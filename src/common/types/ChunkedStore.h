@@ -34,7 +34,7 @@ public:
     ChunkedStore() noexcept = default;
     ChunkedStore(const ChunkedStore& other) : ChunkedStore()
     {
-        reserve(other.m_size);
+        reserve(other.size());
         for (std::size_t c = 0; c < other.chunkCount(); ++c)
         {
             const Block& chunk = other.chunkAt(c);
@@ -67,13 +67,10 @@ public:
     void swap(ChunkedStore& other) noexcept
     {
         std::swap(m_first, other.m_first);
-        std::swap(m_size, other.m_size);
         std::swap(m_rest, other.m_rest);
-        m_hint.store(0, std::memory_order_relaxed);
-        other.m_hint.store(0, std::memory_order_relaxed);
     }
 
-    std::size_t size() const noexcept { return m_size; }
+    std::size_t size() const noexcept { return m_rest ? m_rest->size : m_first.count; }
 
     T& at(std::size_t index) noexcept { return *locate(index); }
     const T& at(std::size_t index) const noexcept { return *locate(index); }
@@ -90,7 +87,7 @@ public:
     {
         Block& last = m_rest ? m_rest->chunks.back() : m_first;
         if (last.isFull())
-            return insert(m_size, std::move(value));
+            return insert(size(), std::move(value));
         last.insert(last.count, std::move(value));
         grown(chunkCount() - 1);
     }
@@ -98,7 +95,7 @@ public:
     /// Strong guarantee: a failed allocation leaves the sequence as it was.
     void insert(std::size_t index, T value)
     {
-        assert(index <= m_size);
+        assert(index <= size());
         std::size_t offset = index;
         std::size_t c = 0;
         // A place between two chunks belongs to the end of the earlier one.
@@ -115,7 +112,7 @@ public:
 
     void erase(std::size_t index) noexcept
     {
-        assert(index < m_size);
+        assert(index < size());
         std::size_t offset = index;
         const std::size_t c = find(index, offset);
         [[maybe_unused]] const T taken = chunkAt(c).take(offset);
@@ -124,7 +121,7 @@ public:
 
     void erase(std::size_t index, std::size_t count) noexcept
     {
-        assert(index + count <= m_size);
+        assert(index + count <= size());
         while (count > 0)
         {
             std::size_t offset = index;
@@ -148,7 +145,7 @@ public:
     void trim()
     {
         ChunkedStore packed;
-        packed.reserve(m_size);
+        packed.reserve(size());
         for (std::size_t c = 0; c < chunkCount(); ++c)
         {
             for (std::size_t i = 0; i < chunkAt(c).count; ++i)
@@ -193,6 +190,10 @@ private:
     {
         std::vector<Block> chunks; ///< all of them, the first included; none is empty
         PrefixSums sums;           ///< over their counts
+        std::size_t size = 0;
+        /// Number of the chunk read last and the index of its first element, in the upper and lower
+        /// half; relaxed, since every value that was ever stored since the last change is right.
+        std::atomic<std::uint64_t> hint{0};
     };
 
     std::size_t chunkCount() const noexcept { return m_rest ? m_rest->chunks.size() : 1; }
@@ -204,10 +205,10 @@ private:
 
     T* locate(std::size_t index) const noexcept
     {
-        assert(index < m_size);
+        assert(index < size());
         if (!m_rest)
             return m_first.data + index;
-        const std::uint64_t hint = m_hint.load(std::memory_order_relaxed);
+        const std::uint64_t hint = m_rest->hint.load(std::memory_order_relaxed);
         const std::size_t start = hint & 0xFFFFFFFFU;
         std::size_t c = hint >> 32;
         const Block* chunks = m_rest->chunks.data();
@@ -215,8 +216,8 @@ private:
             return chunks[c].data + (index - start);
         std::size_t offset = index;
         c = find(index, offset);
-        m_hint.store(static_cast<std::uint64_t>(c) << 32 | (index - offset),
-                     std::memory_order_relaxed);
+        m_rest->hint.store(static_cast<std::uint64_t>(c) << 32 | (index - offset),
+                           std::memory_order_relaxed);
         return chunks[c].data + offset;
     }
 
@@ -229,18 +230,19 @@ private:
 
     void grown(std::size_t c) noexcept
     {
-        ++m_size;
-        m_hint.store(0, std::memory_order_relaxed);
-        if (m_rest)
-            m_rest->sums.add(c, 1);
+        if (!m_rest)
+            return;
+        ++m_rest->size;
+        m_rest->hint.store(0, std::memory_order_relaxed);
+        m_rest->sums.add(c, 1);
     }
 
     void shrunk(std::size_t c, std::size_t by) noexcept
     {
-        m_size -= by;
-        m_hint.store(0, std::memory_order_relaxed);
         if (!m_rest)
             return;
+        m_rest->size -= by;
+        m_rest->hint.store(0, std::memory_order_relaxed);
         m_rest->sums.add(c, -static_cast<std::ptrdiff_t>(by));
         if (m_rest->chunks[c].count <= chunkCapacity / 4)
             joinNeighbours(c);
@@ -253,18 +255,25 @@ private:
         m_rest->sums.rebuild(chunks.size(), [&chunks](std::size_t c) { return chunks[c].count; });
     }
 
+    /// Very many lists hold one element for good.
+    static std::size_t largerThan(std::size_t capacity) noexcept
+    {
+        constexpr std::size_t second = 4;
+        return capacity == 0 ? 1 : std::min(chunkCapacity, std::max(second, capacity * 2));
+    }
+
     /// The chunk is full: grows it, starts a new one behind it, or splits it. Both arguments then
     /// name the place of the insertion again.
     void makeRoom(std::size_t& c, std::size_t& offset)
     {
         if (chunkAt(c).capacity < chunkCapacity)
-            return chunkAt(c).grow(
-                std::min<std::size_t>(chunkCapacity, std::max(4U, chunkAt(c).capacity * 2)));
+            return chunkAt(c).grow(largerThan(chunkAt(c).capacity));
         std::unique_ptr<Rest> first;
         if (!m_rest)
         {
             first = std::make_unique<Rest>();
             first->chunks.push_back(m_first);
+            first->size = m_first.count;
         }
         std::vector<Block>& chunks = m_rest ? m_rest->chunks : first->chunks;
         // Room for twice as many at a time, so that both vectors stay cheap to extend.
@@ -314,10 +323,6 @@ private:
     }
 
     Block m_first; ///< the only chunk while m_rest is null
-    std::size_t m_size = 0;
     std::unique_ptr<Rest> m_rest;
-    /// Number of the chunk read last and the index of its first element, in the upper and lower
-    /// half; relaxed, since every value that was ever stored since the last change is right.
-    mutable std::atomic<std::uint64_t> m_hint{0};
 };
 } // namespace qo

@@ -15,8 +15,10 @@ struct MapKey
 {
     static std::size_t hash(const K& key) noexcept
     {
+        // Neighbours stay together: ids are mostly used in their order.
         if constexpr (std::is_integral_v<K> || std::is_enum_v<K>)
-            return static_cast<std::size_t>(key) * 0x9E3779B97F4A7C15U >> 16;
+            return (static_cast<std::size_t>(key) / 8 * 0x9E3779B97F4A7C15U >> 16) +
+                   static_cast<std::size_t>(key) % 8;
         else
             return std::hash<K>()(key);
     }

@@ -69,6 +69,8 @@ CString::CString(char16_t c, int count) : m_text(emptyText())
 
 CString& CString::operator=(const CString& other) noexcept
 {
+    if (sharesBufferWith(other))
+        return *this;
     retain(other.m_text);
     release(m_text);
     m_text = other.m_text;
