@@ -1,6 +1,7 @@
 #pragma once
 
 // Tags of music files.
+#include "KVTagLib/SoundHead.h"
 #include "KVTagLib/Tags.h"
 #include "KVTagLib/ValidExtensions.h"
 #include "QoColl/Tags/MusicTagEx.h"

@@ -174,9 +174,9 @@ bool addSound(AudioRegionReader& file, AudioFormat format)
 }
 } // namespace
 
-std::optional<std::string> digestOfSound(qo::IFile& file, AudioFormat format)
+std::optional<std::string> digestOfSound(qo::IFile& file, AudioFormat format, std::int64_t limit)
 {
-    AudioRegionReader reader(file);
+    AudioRegionReader reader(file, limit);
     if (!addSound(reader, format))
         return {};
     std::string digest = reader.digest();

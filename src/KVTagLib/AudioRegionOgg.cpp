@@ -22,7 +22,7 @@ public:
     bool add()
     {
         std::int64_t at = 0;
-        while (at < m_file.size() && m_file.sound())
+        while (at < m_file.size() && m_file.sound() && !m_file.isFull())
         {
             const ByteVector header = m_file.look(at, pageHeader);
             if (header.size() < pageHeader || !header.startsWith("OggS"))

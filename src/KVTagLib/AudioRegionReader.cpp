@@ -9,10 +9,11 @@ namespace KVTagLib
 namespace
 {
 constexpr std::int64_t blockBytes = 256 << 10;
-}
+constexpr std::int64_t smallBlockBytes = 64 << 10;
+} // namespace
 
-AudioRegionReader::AudioRegionReader(qo::IFile& file)
-    : m_file(file), m_size(file.sizeAtOpen()), m_context(EVP_MD_CTX_new())
+AudioRegionReader::AudioRegionReader(qo::IFile& file, std::int64_t limit)
+    : m_file(file), m_size(file.sizeAtOpen()), m_left(limit), m_context(EVP_MD_CTX_new())
 {
     m_sound = m_context && EVP_DigestInit_ex(m_context.get(), EVP_sha256(), nullptr) == 1;
 }
@@ -30,7 +31,9 @@ ByteVector AudioRegionReader::look(std::int64_t position, std::int64_t length)
 void AudioRegionReader::fill(std::int64_t position)
 {
     m_blockAt = position;
-    m_block.resize(static_cast<unsigned>(std::min(blockBytes, m_size - position)));
+    // Whoever wants the start alone wants no more than that from the disk.
+    const std::int64_t wanted = std::clamp(m_left, smallBlockBytes, blockBytes);
+    m_block.resize(static_cast<unsigned>(std::min(wanted, m_size - position)));
     unsigned done = 0;
     bool going = m_file.seek(position);
     while (going && done < m_block.size())
@@ -46,7 +49,7 @@ void AudioRegionReader::fill(std::int64_t position)
 void AudioRegionReader::add(std::int64_t position, std::int64_t length)
 {
     const std::int64_t end = std::min(m_size, position + std::min(length, m_size));
-    for (std::int64_t at = position; at < end && m_sound;)
+    for (std::int64_t at = position; at < end && m_sound && !isFull();)
     {
         const ByteVector bytes = look(at, end - at);
         add(bytes);
@@ -57,7 +60,10 @@ void AudioRegionReader::add(std::int64_t position, std::int64_t length)
 
 void AudioRegionReader::add(const ByteVector& bytes)
 {
-    m_sound = m_sound && EVP_DigestUpdate(m_context.get(), bytes.data(), bytes.size()) == 1;
+    const std::int64_t taken = std::min<std::int64_t>(bytes.size(), m_left);
+    m_left -= taken;
+    m_sound = m_sound &&
+              EVP_DigestUpdate(m_context.get(), bytes.data(), static_cast<std::size_t>(taken)) == 1;
 }
 
 void AudioRegionReader::addNumber(std::int64_t number)

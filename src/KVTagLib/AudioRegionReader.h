@@ -6,15 +6,18 @@
 #include <taglib/tbytevector.h>
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 
 namespace KVTagLib
 {
-/// Looks into a file and adds parts of it to a digest. The first failure stays, see sound().
+/// Looks into a file and adds parts of it to a digest, up to a number of bytes: what goes beyond is
+/// passed over. The first failure stays, see sound().
 class AudioRegionReader
 {
 public:
-    explicit AudioRegionReader(qo::IFile& file);
+    explicit AudioRegionReader(qo::IFile& file,
+                               std::int64_t limit = std::numeric_limits<std::int64_t>::max());
 
     std::int64_t size() const { return m_size; }
     /// Fewer bytes than asked for only at the end.
@@ -26,6 +29,8 @@ public:
 
     /// Whether all was read and added.
     bool sound() const { return m_sound; }
+    /// Whether the digest takes no more.
+    bool isFull() const { return m_left == 0; }
     std::string digest();
 
 private:
@@ -39,6 +44,7 @@ private:
 
     qo::IFile& m_file;
     std::int64_t m_size;
+    std::int64_t m_left; ///< bytes that the digest still takes
     std::unique_ptr<EVP_MD_CTX, Free> m_context;
     TagLib::ByteVector m_block;
     std::int64_t m_blockAt = 0;
