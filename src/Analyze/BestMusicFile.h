@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Analyze/Forward.h"
+#include "Analyze/NSAtom.h"
+#include "Physical/Forward.h"
+
+#include <boost/shared_ptr.hpp>
+
+#include <vector>
+
+namespace qo
+{
+/// The music file to which a name points, and how.
+struct BestMusicFile
+{
+    boost::shared_ptr<CHDMusicFile> musicFile; ///< null: none
+    bool byExactName = false;
+    /// The types whose values narrowed the choice, in the order of the file's atom table.
+    std::vector<CNSAtom::EType> narrowedBy;
+};
+
+/// The choice of CNSAnalyzer::getBestMusicFileMatch.
+BestMusicFile findBestMusicFile(const boost::shared_ptr<CHDFile>& file,
+                                const CNSNamePattern& pattern,
+                                const CNSDirMusicFilesInfo& info);
+} // namespace qo

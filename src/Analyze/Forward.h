@@ -1,0 +1,8 @@
+#pragma once
+
+class CDirLTNames;
+class CNSAnalyzer;
+class CNSAtom;
+class CNSDirMusicFilesInfo;
+class CNSNamePattern;
+class CNSUtils;
