@@ -4,3 +4,5 @@
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
 #include "Physical/HDMusicFile.h"
+#include "Physical/HDPictureFile.h"
+#include "Physical/HDTextFile.h"

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "common/types/Export.h"
+
 /// The kinds of logical objects, one bit each so that they combine into masks.
-class CLTObjectType
+class QO_API CLTObjectType
 {
 public:
     enum EType : int
@@ -13,4 +15,18 @@ public:
         Picture = 16,
         Track = 32
     };
+    struct TypeInfo
+    {
+        EType type;
+        const char16_t* name;
+    };
+    static constexpr int typesCount = 6;
+    static const TypeInfo m_typesInfo[typesCount];
+
+    static int getTypesCount() noexcept { return typesCount; }
+    /// The index is not checked.
+    static EType getType(int index) noexcept { return m_typesInfo[index].type; }
+    static const char16_t* getTypeName(int index) noexcept { return m_typesInfo[index].name; }
+    /// Null for a combination of types.
+    static const char16_t* getTypeName(EType type) noexcept;
 };

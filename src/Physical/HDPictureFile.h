@@ -7,4 +7,17 @@ class QO_API CHDPictureFile final : public CHDFile
 {
 public:
     CHDPictureFile(Key, const boost::shared_ptr<QoFileDbItem>& item) : CHDFile(FT_Picture, item) {}
+    ~CHDPictureFile() override;
+
+    /// The picture, its album, and the album's artist or else the picture's own.
+    boost::shared_ptr<CLTObject> getLTAssoc(CLTObjectType::EType type) const override;
+    bool hasLTAssoc(const boost::shared_ptr<CLTObject>& object) const override;
+    void clearLTObjects() override;
+
+    /// For CLTManager: the file's side of the link, see qo::setLTMember for what it refuses.
+    void setPicture(const boost::shared_ptr<CLTPicture>& picture);
+    const boost::shared_ptr<CLTPicture>& getPicture() const noexcept { return m_picture; }
+
+private:
+    boost::shared_ptr<CLTPicture> m_picture;
 };

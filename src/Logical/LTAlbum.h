@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Logical/LTLinkList.h"
+#include "Logical/LTObject.h"
+#include "common/PtrListT.h"
+
+/// An album of one artist. Unknown albums, and albums of unknown artists, are never shared.
+class QO_API CLTAlbum final : public CLTObject
+{
+public:
+    explicit CLTAlbum(const CString& name) : CLTObject(CLTObjectType::Album, name) {}
+    ~CLTAlbum() override;
+
+    CString toString(bool full) const override;
+    /// By tracks, pictures or lyrics.
+    bool isUsed() const override
+    {
+        return !m_tracks.IsEmpty() || !m_pictures.IsEmpty() || !m_lyrics.IsEmpty();
+    }
+
+    const CPtrListT<CLTTrack>& getTracks() const noexcept { return m_tracks; }
+    const CPtrListT<CLTPicture>& getPictures() const noexcept { return m_pictures; }
+    const CPtrListT<CLTLyrics>& getLyrics() const noexcept { return m_lyrics; }
+    /// Null once the last of its tracks was released, while a picture or lyrics keep the album.
+    const boost::shared_ptr<CLTArtist>& getArtist() const noexcept { return m_artist; }
+
+    // For CLTManager: one side of a link. Adding twice and removing what is absent do nothing.
+    void setArtist(const boost::shared_ptr<CLTArtist>& artist);
+    void addTrack(const boost::shared_ptr<CLTTrack>& track);
+    void removeTrack(const boost::shared_ptr<CLTTrack>& track);
+    void addPicture(const boost::shared_ptr<CLTPicture>& picture);
+    void removePicture(const boost::shared_ptr<CLTPicture>& picture);
+    void addLyrics(const boost::shared_ptr<CLTLyrics>& lyrics);
+    void removeLyrics(const boost::shared_ptr<CLTLyrics>& lyrics);
+
+private:
+    friend class CLTArtist;
+
+    CPtrListT<CLTTrack> m_tracks;
+    CPtrListT<CLTPicture> m_pictures;
+    CPtrListT<CLTLyrics> m_lyrics;
+    boost::shared_ptr<CLTArtist> m_artist;
+    qo::LinkStamp m_artistStamp = qo::neverLinked;
+};

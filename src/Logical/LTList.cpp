@@ -1,0 +1,3 @@
+#include "Logical/LTList.h"
+
+qo::LTList::~LTList() = default;

@@ -1,0 +1,207 @@
+#include "Logical/LTLists.h"
+#include "Logical/LTManager.h"
+#include "Physical/HDMusicFile.h"
+#include "Physical/HDPictureFile.h"
+#include "Physical/HDTextFile.h"
+#include "common/MakeObject.h"
+
+namespace
+{
+constexpr const char16_t* sourcePath = u".\\Logical\\LTManager";
+
+/// Runs the steps; what they had done before memory ran out stays.
+template <class STEPS>
+void orOutOfMemory(STEPS steps)
+try
+{
+    steps();
+}
+catch (const std::bad_alloc&)
+{
+    qo::throwOutOfMemory(QO_HERE(sourcePath));
+}
+
+// Objects let go of what they are linked to. The handles of the other ends are copies, since
+// clearing a link ends the one inside the object.
+
+void releaseAlbum(const boost::shared_ptr<CLTAlbum>& album)
+{
+    if (const auto artist = album->getArtist())
+        CLTManager::clearArtistToAlbumLink(artist, album);
+}
+
+void releaseLyrics(const boost::shared_ptr<CLTLyrics>& lyrics)
+{
+    if (const auto track = lyrics->getTrack())
+        CLTManager::clearTrackToLyricsLink(track, lyrics);
+    if (const auto album = lyrics->getAlbum())
+        CLTManager::clearAlbumToLyricsLink(album, lyrics);
+}
+
+void releasePicture(const boost::shared_ptr<CLTPicture>& picture)
+{
+    if (const auto album = picture->getAlbum())
+        CLTManager::clearAlbumToPictureLink(album, picture);
+    if (const auto artist = picture->getArtist())
+        CLTManager::clearArtistToPictureLink(artist, picture);
+}
+
+void releaseTrack(const boost::shared_ptr<CLTTrack>& track)
+{
+    if (const auto album = track->getAlbum())
+        CLTManager::clearAlbumToTrackLink(album, track);
+    CLTManager::clearTrackToGenreLink(track, boost::shared_ptr<CLTGenre>(track->getGenre()));
+    if (const auto artist = track->getArtist())
+        CLTManager::clearArtistToTrackLink(artist, track);
+}
+} // namespace
+
+void CLTManager::createMusicLTObjects(const boost::shared_ptr<CHDMusicFile>& file)
+{
+    orOutOfMemory(
+        [&file]
+        {
+            SimpleMusicTag& tag = lists().tag;
+            file->getSimpleTag(tag);
+            const auto track = createLTTrack(tag);
+            const boost::shared_ptr<CLTAlbum>& album = albumOf(tag);
+            const boost::shared_ptr<CLTArtist>& artist = artistOf(tag);
+            const boost::shared_ptr<CLTGenre>& genre = genreOf(tag);
+            setArtistToTrackLink(artist, track);
+            --lists().strayTracks;
+            setAlbumToTrackLink(album, track);
+            setTrackToGenreLink(track, genre);
+            setArtistToAlbumLink(artist, album);
+            file->setTrack(track);
+            track->addMusicFile(file);
+        });
+}
+
+void CLTManager::releaseMusicLTObjects(const boost::shared_ptr<CHDMusicFile>& file)
+{
+    const auto track = file->getTrack();
+    if (!track)
+        return;
+    const auto album = track->getAlbum();
+    const auto artist = track->getArtist();
+    const auto genre = track->getGenre();
+    file->setTrack({});
+    track->removeMusicFile(file);
+    if (!track->isUsed())
+    {
+        if (artist)
+            clearArtistToTrackLink(artist, track);
+        if (album)
+            clearAlbumToTrackLink(album, track);
+        clearTrackToGenreLink(track, genre);
+    }
+    if (artist && album && (!artist->isUsed() || !album->isUsed()))
+        clearArtistToAlbumLink(artist, album);
+}
+
+void CLTManager::createPictureLTObjects(const boost::shared_ptr<CHDPictureFile>& file)
+{
+    SimpleMusicTag tag;
+    file->getSimpleTag(tag);
+    int position = 0;
+    boost::shared_ptr<CLTObject> owner = findLTAlbum(tag, position);
+    if (!owner)
+        owner = findLTArtist(tag, position);
+    if (owner)
+        createPictureLTObjects(file, owner);
+}
+
+void CLTManager::createPictureLTObjects(const boost::shared_ptr<CHDPictureFile>& file,
+                                        const boost::shared_ptr<CLTObject>& owner)
+{
+    orOutOfMemory(
+        [&file, &owner]
+        {
+            const auto picture = qo::makeObject<CLTPicture>(QO_HERE(sourcePath));
+            m_pictures.add(picture);
+            qo::UnusedNotes::instance().add(picture.get(), CLTObjectType::Picture);
+            if (owner->getType() == CLTObjectType::Album)
+                setAlbumToPictureLink(boost::static_pointer_cast<CLTAlbum>(owner), picture);
+            else if (owner->getType() == CLTObjectType::Artist)
+                setArtistToPictureLink(boost::static_pointer_cast<CLTArtist>(owner), picture);
+            file->setPicture(picture);
+            picture->addFile(file);
+        });
+}
+
+void CLTManager::releasePictureLTObjects(const boost::shared_ptr<CHDPictureFile>& file)
+{
+    const auto picture = file->getPicture();
+    if (!picture)
+        return;
+    picture->removeFile(file);
+    file->setPicture({});
+    checkReleaseObject(picture);
+}
+
+void CLTManager::createLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& file)
+{
+    SimpleMusicTag tag;
+    file->getSimpleTag(tag);
+    int position = 0;
+    boost::shared_ptr<CLTObject> owner = findLTTrack(tag, position);
+    if (!owner)
+        owner = findLTAlbum(tag, position);
+    if (owner)
+        createLyricsLTObjects(file, owner);
+}
+
+void CLTManager::createLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& file,
+                                       const boost::shared_ptr<CLTObject>& owner)
+{
+    orOutOfMemory(
+        [&file, &owner]
+        {
+            const bool isTrack = owner->getType() == CLTObjectType::Track;
+            boost::shared_ptr<CLTLyrics> lyrics;
+            if (isTrack)
+                lyrics = static_cast<const CLTTrack&>(*owner).getLyrics();
+            if (!lyrics)
+            {
+                lyrics = qo::makeObject<CLTLyrics>(QO_HERE(sourcePath));
+                m_lyrics.add(lyrics);
+                qo::UnusedNotes::instance().add(lyrics.get(), CLTObjectType::Lyrics);
+                if (isTrack)
+                    setTrackToLyricsLink(boost::static_pointer_cast<CLTTrack>(owner), lyrics);
+                else if (owner->getType() == CLTObjectType::Album)
+                    setAlbumToLyricsLink(boost::static_pointer_cast<CLTAlbum>(owner), lyrics);
+            }
+            file->setLyrics(lyrics);
+            lyrics->addFile(file);
+        });
+}
+
+void CLTManager::releaseLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& file)
+{
+    const auto lyrics = file->getLyrics();
+    if (!lyrics)
+        return;
+    lyrics->removeFile(file);
+    file->setLyrics({});
+    checkReleaseObject(lyrics);
+}
+
+void CLTManager::checkReleaseObject(const boost::shared_ptr<CLTObject>& object)
+{
+    if (object->isUsed())
+        return;
+    switch (object->getType())
+    {
+    case CLTObjectType::Album:
+        return releaseAlbum(boost::static_pointer_cast<CLTAlbum>(object));
+    case CLTObjectType::Lyrics:
+        return releaseLyrics(boost::static_pointer_cast<CLTLyrics>(object));
+    case CLTObjectType::Picture:
+        return releasePicture(boost::static_pointer_cast<CLTPicture>(object));
+    case CLTObjectType::Track:
+        return releaseTrack(boost::static_pointer_cast<CLTTrack>(object));
+    case CLTObjectType::Artist:
+    case CLTObjectType::Genre:
+        return;
+    }
+}

@@ -1,0 +1,122 @@
+#include "Logical/LTLists.h"
+#include "Logical/LTManager.h"
+
+void CLTManager::setArtistToTrackLink(const boost::shared_ptr<CLTArtist>& artist,
+                                      const boost::shared_ptr<CLTTrack>& track)
+{
+    track->setArtist(artist);
+    artist->addTrack(track);
+}
+
+void CLTManager::clearArtistToTrackLink(const boost::shared_ptr<CLTArtist>& artist,
+                                        const boost::shared_ptr<CLTTrack>& track)
+{
+    lists().strayTracks += track->getArtist() != nullptr;
+    artist->removeTrack(track);
+    track->setArtist({});
+}
+
+void CLTManager::setAlbumToTrackLink(const boost::shared_ptr<CLTAlbum>& album,
+                                     const boost::shared_ptr<CLTTrack>& track)
+{
+    track->setAlbum(album);
+    album->addTrack(track);
+}
+
+void CLTManager::clearAlbumToTrackLink(const boost::shared_ptr<CLTAlbum>& album,
+                                       const boost::shared_ptr<CLTTrack>& track)
+{
+    album->removeTrack(track);
+    track->setAlbum({});
+}
+
+void CLTManager::setTrackToGenreLink(const boost::shared_ptr<CLTTrack>& track,
+                                     const boost::shared_ptr<CLTGenre>& genre)
+{
+    track->setGenre(genre);
+    genre->addTrack(track);
+}
+
+void CLTManager::clearTrackToGenreLink(const boost::shared_ptr<CLTTrack>& track,
+                                       const boost::shared_ptr<CLTGenre>& genre)
+{
+    if (!genre)
+        return;
+    genre->removeTrack(track);
+    track->setGenre({});
+}
+
+void CLTManager::setArtistToAlbumLink(const boost::shared_ptr<CLTArtist>& artist,
+                                      const boost::shared_ptr<CLTAlbum>& album)
+{
+    // Every file of the album comes here, and an artist may have very many albums.
+    if (artist && album->getArtist() == artist)
+        return;
+    lists().isLastAlbumSure = false;
+    album->setArtist(artist);
+    artist->addAlbum(album);
+}
+
+void CLTManager::clearArtistToAlbumLink(const boost::shared_ptr<CLTArtist>& artist,
+                                        const boost::shared_ptr<CLTAlbum>& album)
+{
+    lists().isLastAlbumSure = false;
+    artist->removeAlbum(album);
+    album->setArtist({});
+}
+
+void CLTManager::setAlbumToPictureLink(const boost::shared_ptr<CLTAlbum>& album,
+                                       const boost::shared_ptr<CLTPicture>& picture)
+{
+    picture->setAlbum(album);
+    album->addPicture(picture);
+}
+
+void CLTManager::clearAlbumToPictureLink(const boost::shared_ptr<CLTAlbum>& album,
+                                         const boost::shared_ptr<CLTPicture>& picture)
+{
+    album->removePicture(picture);
+    picture->setAlbum({});
+}
+
+void CLTManager::setArtistToPictureLink(const boost::shared_ptr<CLTArtist>& artist,
+                                        const boost::shared_ptr<CLTPicture>& picture)
+{
+    picture->setArtist(artist);
+    artist->addPicture(picture);
+}
+
+void CLTManager::clearArtistToPictureLink(const boost::shared_ptr<CLTArtist>& artist,
+                                          const boost::shared_ptr<CLTPicture>& picture)
+{
+    artist->removePicture(picture);
+    picture->setArtist({});
+}
+
+void CLTManager::setTrackToLyricsLink(const boost::shared_ptr<CLTTrack>& track,
+                                      const boost::shared_ptr<CLTLyrics>& lyrics)
+{
+    track->setLyrics(lyrics);
+    lyrics->setTrack(track);
+}
+
+void CLTManager::clearTrackToLyricsLink(const boost::shared_ptr<CLTTrack>& track,
+                                        const boost::shared_ptr<CLTLyrics>& lyrics)
+{
+    track->setLyrics({});
+    lyrics->setTrack({});
+}
+
+void CLTManager::setAlbumToLyricsLink(const boost::shared_ptr<CLTAlbum>& album,
+                                      const boost::shared_ptr<CLTLyrics>& lyrics)
+{
+    lyrics->setAlbum(album);
+    album->addLyrics(lyrics);
+}
+
+void CLTManager::clearAlbumToLyricsLink(const boost::shared_ptr<CLTAlbum>& album,
+                                        const boost::shared_ptr<CLTLyrics>& lyrics)
+{
+    album->removeLyrics(lyrics);
+    lyrics->setAlbum({});
+}

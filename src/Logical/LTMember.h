@@ -1,0 +1,24 @@
+#pragma once
+
+#include "common/Log.h"
+
+#include <boost/shared_ptr.hpp>
+
+namespace qo
+{
+/// Behind every setter of a single link: a link that is set can be cleared, by a null value, but
+/// not moved. The attempt is logged and changes nothing.
+template <class X>
+void setLTMember(boost::shared_ptr<X>& member, const boost::shared_ptr<X>& value)
+{
+    if (value && member && value != member)
+    {
+        log(level::error,
+            u"setLTMember assertion failed: pMember=%p, pValue=%p",
+            static_cast<const void*>(member.get()),
+            static_cast<const void*>(value.get()));
+        return;
+    }
+    member = value;
+}
+} // namespace qo

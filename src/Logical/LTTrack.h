@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Logical/LTLinkList.h"
+#include "Logical/LTObject.h"
+#include "Physical/Forward.h"
+#include "common/PtrListT.h"
+
+/// One music file as music; every file has a track of its own, so equal tracks stand side by side.
+class QO_API CLTTrack final : public CLTObject
+{
+public:
+    explicit CLTTrack(const CString& title) : CLTObject(CLTObjectType::Track, title) {}
+    ~CLTTrack() override;
+
+    CString toString(bool full) const override;
+    /// By a file or by lyrics.
+    bool isUsed() const override { return !m_musicFiles.IsEmpty() || m_lyrics; }
+
+    /// As the tag gives it: "3", "03" or "3/12".
+    const CString& getTrackNumber() const noexcept { return m_trackNumber; }
+    const CString& getYear() const noexcept { return m_year; }
+    const CPtrListT<CHDMusicFile>& getMusicFiles() const noexcept { return m_musicFiles; }
+    const boost::shared_ptr<CLTArtist>& getArtist() const noexcept { return m_artist; }
+    const boost::shared_ptr<CLTAlbum>& getAlbum() const noexcept { return m_album; }
+    const boost::shared_ptr<CLTGenre>& getGenre() const noexcept { return m_genre; }
+    const boost::shared_ptr<CLTLyrics>& getLyrics() const noexcept { return m_lyrics; }
+
+    // For CLTManager: one side of a link. See qo::setLTMember for what a setter refuses.
+    void setNumberAndYear(const CString& trackNumber, const CString& year);
+    void setArtist(const boost::shared_ptr<CLTArtist>& artist);
+    void setAlbum(const boost::shared_ptr<CLTAlbum>& album);
+    void setGenre(const boost::shared_ptr<CLTGenre>& genre);
+    void setLyrics(const boost::shared_ptr<CLTLyrics>& lyrics);
+    void addMusicFile(const boost::shared_ptr<CHDMusicFile>& file);
+    void removeMusicFile(const boost::shared_ptr<CHDMusicFile>& file);
+
+private:
+    friend class CLTAlbum;
+    friend class CLTArtist;
+
+    CString m_trackNumber;
+    CString m_year;
+    CPtrListT<CHDMusicFile> m_musicFiles;
+    boost::shared_ptr<CLTArtist> m_artist;
+    boost::shared_ptr<CLTAlbum> m_album;
+    boost::shared_ptr<CLTGenre> m_genre;
+    boost::shared_ptr<CLTLyrics> m_lyrics;
+    qo::LinkStamp m_albumStamp = qo::neverLinked;
+    qo::LinkStamp m_artistStamp = qo::neverLinked;
+};

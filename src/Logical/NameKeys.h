@@ -1,0 +1,80 @@
+#pragma once
+
+#include "common/types/Export.h"
+
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace qo
+{
+/// One key for each object of a list that is sorted by name first, in the places of the objects:
+/// the beginning of its folded name and, where that is the whole name, of the name that the list
+/// goes by next. The keys ascend with the list, so that a search looks at the objects only where
+/// they are the same. Kept in step with its list by SortedLTList.
+class NameKeys
+{
+public:
+    struct Key
+    {
+        std::uint64_t begin;
+        std::uint64_t rest;
+        std::uint64_t next; ///< of the second name; 0 without one or if it has no say
+
+        auto operator<=>(const Key&) const = default;
+    };
+    /// The indexes of the objects with one key.
+    struct Range
+    {
+        int first = 0;
+        int behind = 0;
+    };
+
+    /// Of objects that stand ahead of all names.
+    static constexpr Key unknown{0, 0, 0};
+    /// Of smaller names it is smaller or the same, of equal names the same. Objects without the
+    /// second name stand ahead of those with one.
+    static Key of(std::u16string_view name, std::u16string_view next = {}) noexcept;
+
+    /// An empty range where the key would stand when it is not there. Goes by the first name alone
+    /// while the second has no order.
+    Range find(const Key& key) const noexcept;
+    /// Goes by the first name alone.
+    Range findName(const Key& key) const noexcept;
+    /// Strong guarantee. The first names must stay in order; if the second ones do not, they have
+    /// none until all keys are gone.
+    void insert(int index, const Key& key);
+    void remove(int index) noexcept;
+    const Key& at(int index) const noexcept;
+    void clear() noexcept { *this = NameKeys(); }
+
+private:
+    using Chunk = std::vector<Key>; ///< never empty, and never beyond its first capacity
+    static constexpr std::size_t chunkCapacity = 512;
+
+    struct Place
+    {
+        std::size_t chunk = 0;
+        std::size_t offset = 0;
+    };
+
+    template <class Less>
+    Range find(const Key& key, Less less) const noexcept;
+    /// Of the first key that is not below, or behind the last one. There must be keys.
+    template <class Below>
+    Place firstNot(Below below) const noexcept;
+    Place placeOf(int index) const noexcept;
+    int indexOf(const Place& place) const noexcept;
+    bool isBetweenNeighbours(const Place& place, const Key& key) const noexcept;
+    void startWith(const Key& key);
+    void split(std::size_t c);
+    void renumber(std::size_t c, int by) noexcept;
+
+    std::vector<Chunk> m_chunks;
+    std::vector<Key> m_firsts;          ///< the first key of each chunk
+    std::vector<std::int32_t> m_starts; ///< the index of that
+    bool m_isNextOrdered = true;
+};
+} // namespace qo

@@ -1,0 +1,137 @@
+#include "Logical/NameKeys.h"
+
+#include "common/types/CharClass.h"
+#include "common/types/String.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+namespace
+{
+using Key = qo::NameKeys::Key;
+
+int sign(int value)
+{
+    return (value > 0) - (value < 0);
+}
+} // namespace
+
+TEST(NameKeys, KeysOrderNamesAsTheComparisonDoesOrTie)
+{
+    std::vector<CString> names = {u"",
+                                  u"a",
+                                  u"A",
+                                  u"a b",
+                                  u"ab",
+                                  u"abc",
+                                  u"a\x7f",
+                                  u"a~",
+                                  u"ä",
+                                  u"ÄB",
+                                  u"az",
+                                  u"a1",
+                                  u"1",
+                                  u"_",
+                                  u"^",
+                                  u"\xe000",
+                                  u"İ",
+                                  u"K",
+                                  CString(u"a\0b", 3),
+                                  CString(u"\0", 1),
+                                  u"symphony no. 5 in c",
+                                  u"Symphony No. 5 In D",
+                                  u"symphony no. 5 in",
+                                  u"\xd83d\xde00"};
+    for (const CString& a : names)
+    {
+        EXPECT_GT(qo::NameKeys::of(a.view()), qo::NameKeys::unknown);
+        for (const CString& b : names)
+        {
+            const auto keyA = qo::NameKeys::of(a.view());
+            const auto keyB = qo::NameKeys::of(b.view());
+            const int order = sign(qo::compareNoCase(a.view(), b.view()));
+            const int keyOrder = keyA < keyB ? -1 : keyA > keyB;
+            EXPECT_TRUE(keyOrder == order || (keyOrder == 0 && order != 0))
+                << testing::PrintToString(std::u16string(a.view())) << " and "
+                << testing::PrintToString(std::u16string(b.view()));
+        }
+    }
+}
+
+TEST(NameKeys, TheSecondNameDecidesOnlyBehindAWholeFirstOne)
+{
+    const auto of = [](const char16_t* name, const char16_t* next)
+    { return qo::NameKeys::of(name, next); };
+    EXPECT_LT(of(u"Café", u"ABBA"), of(u"café", u"ZZ Top"));
+    EXPECT_LT(of(u"dream", u""), of(u"Dream", u"ABBA"));
+    EXPECT_LT(of(u"dream", u"ZZ Top"), of(u"dreams", u"ABBA"));
+    EXPECT_EQ(of(u"dream", u"Einstürzende Neubauten"), of(u"dream", u"Einstürzende X"));
+    // These names differ behind what a key holds.
+    EXPECT_EQ(of(u"symphony no. 5 in c", u"B"), of(u"symphony no. 5 in d", u"A"));
+    EXPECT_LT(of(u"symphony no. 5 in ", u"B"), of(u"symphony no. 5 in d", u"A"));
+    EXPECT_EQ(qo::NameKeys::of(std::u16string_view(u"a\0", 2), u"A"),
+              qo::NameKeys::of(std::u16string_view(u"a\0b", 3), u"B"));
+}
+
+TEST(NameKeys, AgreesWithASortedArrayThroughManyChanges)
+{
+    std::mt19937 random(5);
+    qo::NameKeys keys;
+    std::vector<Key> plain;
+    const auto byName = [](const Key& a, const Key& b) { return a.rest < b.rest; };
+    const auto expectSame = [&](const Key& key)
+    {
+        const auto [first, behind] = std::equal_range(plain.begin(), plain.end(), key);
+        const qo::NameKeys::Range range = keys.find(key);
+        EXPECT_EQ(range.first, first - plain.begin());
+        EXPECT_EQ(range.behind, behind - plain.begin());
+        const auto [begin, end] = std::equal_range(plain.begin(), plain.end(), key, byName);
+        const qo::NameKeys::Range name = keys.findName(key);
+        EXPECT_EQ(name.first, begin - plain.begin());
+        EXPECT_EQ(name.behind, end - plain.begin());
+    };
+    for (int step = 0; step < 30000; ++step)
+    {
+        const bool growing = step / 6000 % 2 == 0;
+        // Some values are so frequent that they fill several chunks.
+        const Key key{1, random() % 4 == 0 ? random() % 3 * 1000 : random() % 5000, random() % 3};
+        const auto at = std::lower_bound(plain.begin(), plain.end(), key);
+        const auto index = static_cast<int>(at - plain.begin());
+        if (step % 7 == 0)
+            expectSame(key);
+        if (random() % 10 < (growing ? 8 : 2))
+        {
+            plain.insert(at, key);
+            keys.insert(index, key);
+        }
+        else if (at != plain.end())
+        {
+            plain.erase(at);
+            keys.remove(index);
+        }
+        expectSame({1, random() % 5000, random() % 3});
+    }
+    EXPECT_GT(plain.size(), 1000U);
+    keys.clear();
+    EXPECT_EQ(keys.find({1, 1000, 0}).behind, 0);
+}
+
+TEST(NameKeys, SecondNamesOutOfOrderHaveNoSayUntilAllKeysAreGone)
+{
+    qo::NameKeys keys;
+    keys.insert(0, {1, 1, 5});
+    keys.insert(1, {1, 1, 7});
+    EXPECT_EQ(keys.find({1, 1, 5}).behind, 1);
+    keys.insert(2, {1, 1, 6});
+    EXPECT_EQ(keys.find({1, 1, 5}).behind, 3);
+    keys.remove(2);
+    EXPECT_EQ(keys.find({1, 1, 5}).behind, 2);
+    keys.remove(0);
+    keys.remove(0);
+    keys.insert(0, {1, 1, 5});
+    keys.insert(1, {1, 1, 7});
+    EXPECT_EQ(keys.find({1, 1, 5}).behind, 1);
+}
