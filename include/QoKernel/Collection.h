@@ -5,6 +5,8 @@
 #include "Database/src/DbFacade/SQLiteWrapper.h"
 #include "QoColl/Collection/FileFinder.h"
 #include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Collection/QoFileChangeInfoList.h"
+#include "QoColl/Collection/QoFileUtils.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"

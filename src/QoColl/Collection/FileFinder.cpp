@@ -1,7 +1,11 @@
 #include "QoColl/Collection/FileFinder.h"
 
 #include "common/FileUtils.h"
+#include "platform/FolderNames.h"
 #include "platform/Platform.h"
+#include "platform/SpecialFolders.h"
+
+#include <algorithm>
 
 namespace QoKernel
 {
@@ -84,6 +88,8 @@ bool CFileFinder::findFirst(const ScanOptions& options, const CFileFilter& filte
     m_pendingDirs.RemoveAll();
     m_nextPending = 0;
     m_visited.clear();
+    const qo::ISpecialFolders& special = qo::specialFolders();
+    m_ownFolders = {special.data(), special.state(), special.cache()};
     m_entries.clear();
     m_next = 0;
     qo::FileInfo start;
@@ -107,11 +113,20 @@ bool CFileFinder::listFolder(const CString& folder)
         for (std::size_t i = 0; i < m_entries.size(); ++i)
         {
             const qo::FileInfo& info = m_entries[i].info;
-            if (info.kind == qo::FileKind::directory && info.isLink == links)
+            if (info.kind == qo::FileKind::directory && info.isLink == links &&
+                !isPassedOver(m_entries[i].name))
                 m_isNew[i] = m_visited.emplace(info.device, info.inode).second;
         }
     }
     return true;
+}
+
+bool CFileFinder::isPassedOver(const CString& name) const
+{
+    const CString path = m_baseFolder + name;
+    const auto isThis = [&path](const CString& own) { return own == path; };
+    return std::any_of(m_ownFolders.begin(), m_ownFolders.end(), isThis) ||
+           qo::isTrashFolder(m_baseFolder, name);
 }
 
 bool CFileFinder::findNext()

@@ -61,7 +61,8 @@ struct ScanOptions
 
 /// Walks folders breadth first. The entries of a folder come in the file system's sorted order; a
 /// folder that cannot be opened is passed over. A folder that is reached a second time, through a
-/// link or a mount, is not walked again. Neither "." nor ".." is ever delivered by the system.
+/// link or a mount, is not walked again; one that a trash or the kernel's own data is kept in is
+/// not walked at all. Neither "." nor ".." is ever delivered by the system.
 class QO_API CFileFinder
 {
 public:
@@ -84,8 +85,10 @@ public:
 private:
     const qo::DirEntry& current() const { return m_entries[m_next - 1]; }
     bool listFolder(const CString& folder);
+    bool isPassedOver(const CString& name) const;
 
-    CString m_baseFolder; ///< being listed, with its closing backslash
+    std::vector<CString> m_ownFolders; ///< the kernel's: nothing in them is the user's music
+    CString m_baseFolder;              ///< being listed, with its closing backslash
     bool m_recursive = false;
     CFileFilter m_filter;
     std::vector<qo::DirEntry> m_entries;

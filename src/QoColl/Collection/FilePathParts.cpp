@@ -2,6 +2,8 @@
 
 #include "common/CollPath.h"
 
+#include <algorithm>
+
 namespace qo
 {
 namespace
@@ -13,16 +15,15 @@ std::u16string_view plainDriveFileName(std::u16string_view path) noexcept
 {
     if (path.size() <= deviceLength || path[1] != u':')
         return {};
-    std::size_t start = deviceLength;
-    for (std::size_t i = deviceLength; i < path.size(); ++i)
-    {
-        if (path[i] != u'\\')
-            continue;
-        if (i + 1 == path.size() || path[i + 1] == u'\\')
-            return {};
-        start = i + 1;
-    }
-    return path.substr(start);
+    if (path.back() == u'\\')
+        return {};
+    // Without a way out of the loop the compiler looks at several units at once.
+    unsigned doubled = 0;
+    for (std::size_t i = deviceLength; i + 1 < path.size(); ++i)
+        doubled |= static_cast<unsigned>(path[i] == u'\\') & (path[i + 1] == u'\\');
+    if (doubled != 0)
+        return {};
+    return path.substr(std::max(path.rfind(u'\\') + 1, deviceLength));
 }
 
 CString fileNameOf(const CString& path)

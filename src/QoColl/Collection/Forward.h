@@ -9,6 +9,7 @@ class CHDDirectory;
 class CHDFile;
 class CHDObject;
 class CQoCollection;
+class CQoFileChangeInfoList;
 class CQoUtils;
 
 namespace qo

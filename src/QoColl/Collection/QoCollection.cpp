@@ -1,5 +1,6 @@
 #include "QoColl/Collection/QoCollection.h"
 
+#include "Logical/LTManager.h"
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
 #include "QoColl/Collection/QoUtils.h"
@@ -27,7 +28,10 @@ CQoCollection::~CQoCollection()
     CQoUtils::releaseHDDirs(m_rootDirs);
 }
 
-void CQoCollection::initGlobal() {}
+void CQoCollection::initGlobal()
+{
+    CLTManager::init();
+}
 
 void CQoCollection::cleanUpGlobal()
 {
@@ -39,6 +43,7 @@ void CQoCollection::cleanUpGlobal()
     m_foreignCollection.clear(false);
     log(qo::level::flow, u"clearSubsets");
     log(qo::level::flow, u"CLTManager::cleanUp");
+    CLTManager::cleanUp(true);
     log(qo::level::flow, u"CQoCollection::cleanUpGlobal end");
 }
 
@@ -202,7 +207,7 @@ bool CQoCollection::isFilePathInCollection(const CQoCollPath& path) const
     return isDirInCollection(path.getParent());
 }
 
-void CQoCollection::clear(bool)
+void CQoCollection::clear(bool cleanLogical)
 {
     qo::log(qo::level::flow, u"CQoCollection::clear start");
     releaseZombieObjects();
@@ -212,6 +217,8 @@ void CQoCollection::clear(bool)
     m_fileDbItems.RemoveAll();
     clearFileDbItemsMaps();
     m_collInfo = {};
+    if (cleanLogical)
+        CLTManager::cleanUp(false);
     qo::log(qo::level::flow, u"CQoCollection::clear end");
 }
 

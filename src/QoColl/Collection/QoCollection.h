@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QoColl/Collection/Forward.h"
+#include "QoColl/Collection/QoFileChangeInfo.h"
 #include "QoColl/Db/CollInfoDbItem.h"
 #include "common/CollPath.h"
 #include "common/PathsInfoMap.h"
@@ -39,14 +40,6 @@ public:
         bool m_extractFailed = false;
     };
 
-    /// Whether a scan marks the files it meets as imported.
-    enum ESetImportedAction : int
-    {
-        setImportedAll = 0,
-        clearImported = 1,
-        setImportedIfNew = 2
-    };
-
     CQoCollection();
     CQoCollection(const CQoCollection&) = delete;
     CQoCollection& operator=(const CQoCollection&) = delete;
@@ -74,6 +67,31 @@ public:
               bool rescan,
               IQoProgress* progress,
               OpResultInfo* result);
+
+    /// Applies what the host wants changed, in the order of the list, and saves it in one
+    /// transaction. Only the collection and its database change: moved files were moved before, and
+    /// of what was deleted only folders left empty go. Folders of dirsToAnalyze have the names of
+    /// their files analysed anew. False only when no database was ever loaded. After a cancellation
+    /// the collection is empty while the database is as it was: the host has to load again. A
+    /// failure of saving is logged, and the records it left out keep their states.
+    bool applyQoFileChanges(const CQoFileChangeInfoList& changes,
+                            const CStringArray& dirsToAnalyze,
+                            IQoProgress* progress);
+    /// Makes these the root folders: the files of those that are new are read, those of the others
+    /// leave, and all is saved. A kind that changed alone is not looked at. Nothing when no
+    /// database was ever loaded. After a cancellation as above.
+    void setRootDirs(const CStringArray& dirs, const CQoPathsInfoMap& info, IQoProgress* progress);
+    /// The folder in the tree, made when absent; null if that fails.
+    boost::shared_ptr<CHDDirectory> createNewDeviceDir(const CQoCollPath& path,
+                                                       IQoProgress* progress);
+    /// Makes a folder for each record, whose path is that of a folder.
+    void createCollDirs(const QoFileDbItemArray& files, IQoProgress* progress);
+    /// Bring the folders of a device into the tree. The result is always false and says nothing.
+    bool loadDeviceDirs(const CString& deviceId,
+                        CQoCollPath::EDeviceType type,
+                        int depth,
+                        IQoProgress* progress);
+    bool loadDeviceSubDirs(const CString& path, int depth, IQoProgress* progress);
 
     /// Drops folders that lie below another of the list, and repetitions; keeps the order.
     static void validateRootDirs(const CStringArray& in, qo::CollPathArray& out);
@@ -132,10 +150,11 @@ protected:
     void saveDbChanges(CQoCollDb& db, IQoProgress* progress, OpResultInfo* result);
     void
     saveToDb(QoFileDbItemArray& files, CQoCollDb& db, IQoProgress* progress, OpResultInfo* result);
-    /// Records that get their id here are noted in gotIds.
+    /// Notes the records that were sent, and those that got their id here.
     void writeChanges(QoFileDbItemArray& files,
                       CQoCollDb& db,
                       IQoProgress* progress,
+                      QoFileDbItemArray& written,
                       QoFileDbItemArray& gotIds);
     void buildFileDbItemsMaps();
     void addToFileDbItemsMaps(const QoFileDbItemPtr& item);
@@ -146,13 +165,13 @@ protected:
     /// With knownWereMarked every record was marked as deleted before the walk, so that those the
     /// walk met need no second examination.
     void checkPhysicalChanges(QoFileDbItemArray& files,
-                              ESetImportedAction action,
+                              CQoFileChangeInfo::ESetImportedAction action,
                               IQoProgress* progress,
                               bool knownWereMarked);
     void checkKnownFile(QoFileDbItemPtr& item, QoFileDbItemArray& files, IQoProgress* progress);
     void markGone(QoFileDbItemPtr& item, QoFileDbItemArray& files, const char16_t* message);
     void addFilesFromRootDirs(const qo::CollPathArray& dirs,
-                              ESetImportedAction action,
+                              CQoFileChangeInfo::ESetImportedAction action,
                               QoFileDbItemArray& files,
                               IQoProgress* progress);
     void getFilesFromDisk(const CQoCollPath& rootDir, qo::FoundFiles& found, IQoProgress* progress);
@@ -169,16 +188,43 @@ protected:
     void markFilesAsDeletedRec(const boost::shared_ptr<CHDDirectory>& dir);
     void markDeletedFilesFromDirs(const qo::CollPathArray& dirs);
     void setMusicAndVideoFlags(const QoFileDbItemPtr& item) const;
-    void setImported(const QoFileDbItemPtr& item, ESetImportedAction action) const;
+    void setImported(const QoFileDbItemPtr& item,
+                     CQoFileChangeInfo::ESetImportedAction action) const;
     CQoPathInfo::EType getSubDirPathInfo(const CQoCollPath& path) const;
+
+    // Changes of the host; each says whether the record is to be built and saved
+    bool applyChange(const CQoFileChangeInfo& change,
+                     QoFileDbItemPtr& item,
+                     int index,
+                     IQoProgress* progress);
+    bool applyAddVelmoraFile(const CQoFileChangeInfo& change,
+                             QoFileDbItemPtr& item,
+                             int index,
+                             IQoProgress* progress);
+    bool applyScan(const CQoFileChangeInfo& change,
+                   QoFileDbItemPtr& item,
+                   int index,
+                   IQoProgress* progress);
+    bool applyMove(const CQoFileChangeInfo& change,
+                   QoFileDbItemPtr& item,
+                   int index,
+                   IQoProgress* progress);
+    void saveOrClear(IQoProgress* progress);
+    void dropRootDirs(const qo::CollPathArray& dirs);
 
     // The tree
     void addRootDirs(const qo::CollPathArray& paths, const CQoPathsInfoMap& info);
     void addDirRec(boost::shared_ptr<CHDDirectory>& dir, boost::shared_ptr<CHDDirectory>& parent);
     boost::shared_ptr<CHDDirectory> findCreateDir(const CQoCollPath& path, bool asRootDir);
-    void createColl(QoFileDbItemArray& files, IQoProgress* progress);
+    void createColl(QoFileDbItemArray& files,
+                    const qo::CollPathArray& dirsToAnalyze,
+                    IQoProgress* progress);
     void cleanupColl(QoFileDbItemArray& files, IQoProgress* progress);
     void createHDObjects(QoFileDbItemArray& files, IQoProgress* progress);
+    void detectLogicalStuff(const qo::CollPathArray& dirs,
+                            const QoFileDbItemArray& files,
+                            IQoProgress* progress);
+    void createLTObjects(const QoFileDbItemArray& files, IQoProgress* progress);
     bool canDetectLogicalStuff() const;
     void removeFileFromColl(const CString& path, bool removeEmptyDirs);
 

@@ -1,7 +1,13 @@
+#include "Analyze/NSAnalyzer.h"
+#include "Logical/LTManager.h"
 #include "Physical/HDDirectory.h"
-#include "Physical/HDFile.h"
+#include "Physical/HDMusicFile.h"
+#include "Physical/HDPictureFile.h"
+#include "Physical/HDTextFile.h"
 #include "QoColl/Collection/FolderOfFile.h"
 #include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Collection/QoFileUtils.h"
+#include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Db/QoFileDbItem.h"
 #include "common/Log.h"
 #include "common/QoProgress.h"
@@ -14,7 +20,90 @@ using qo::log;
 namespace level = qo::level;
 
 /// The passes over all records that createColl announces to the progress.
-constexpr int buildPasses = 2;
+constexpr int buildPasses = 3;
+
+constexpr std::ptrdiff_t cacheLine = 64;
+
+/// Finds the files of one folder for records that come in path order, mostly without a search.
+class FileCursor
+{
+public:
+    FileCursor() = default;
+    explicit FileCursor(const boost::shared_ptr<CHDDirectory>& dir) : m_dir(dir) {}
+
+    /// The file behind the one that was found last, if it is the record's.
+    const boost::shared_ptr<CHDFile>* findNext(const QoFileDbItemPtr& item)
+    {
+        if (!m_dir)
+            return nullptr;
+        const CPtrListT<CHDFile>& files = m_dir->getFiles();
+        if (m_next >= files.GetSize() || files[m_next]->getDbItem() != item)
+            return nullptr;
+        announceFile(files);
+        return &files[m_next++];
+    }
+    /// Null when the folder has no file of the record's path.
+    const boost::shared_ptr<CHDFile>* find(const QoFileDbItemPtr& item)
+    {
+        if (!m_dir)
+            return nullptr;
+        const CPtrListT<CHDFile>& files = m_dir->getFiles();
+        const int last = files.GetSize();
+        const auto byPath = [](const CString& path, const boost::shared_ptr<CHDFile>& file)
+        { return CHDFile::cmpFilePath(path, file); };
+        if (!files.findByKey(item->path, 0, last, byPath, m_next))
+            return nullptr;
+        return &files[m_next++];
+    }
+
+private:
+    void announceFile(const CPtrListT<CHDFile>& files) const
+    {
+        constexpr int filesAhead = 4;
+        if (m_next + filesAhead >= files.GetSize())
+            return;
+        const auto* const file = reinterpret_cast<const char*>(files[m_next + filesAhead].get());
+        __builtin_prefetch(file);
+        __builtin_prefetch(file + cacheLine);
+    }
+
+    boost::shared_ptr<CHDDirectory> m_dir;
+    int m_next = 0; ///< where the next record's file is expected
+};
+
+/// Records, their texts and their files lie anywhere in memory: tells the processor in time of
+/// those that come next.
+void announce(const QoFileDbItemArray& items, int index)
+{
+    constexpr int textsAhead = 4;
+    constexpr int recordsAhead = 8;
+    if (index + recordsAhead >= items.GetSize())
+        return;
+    const auto* const record = reinterpret_cast<const char*>(items[index + recordsAhead].get());
+    __builtin_prefetch(record);
+    __builtin_prefetch(record + cacheLine);
+    const QoFileDbItem& near = *items[index + textsAhead];
+    __builtin_prefetch(near.path.GetString());
+    __builtin_prefetch(near.title.GetString());
+}
+
+void createLTObjectsOf(const boost::shared_ptr<CHDFile>& file)
+{
+    switch (file->getFileType())
+    {
+    case CHDFile::FT_Music:
+        CLTManager::createMusicLTObjects(boost::static_pointer_cast<CHDMusicFile>(file));
+        break;
+    case CHDFile::FT_Picture:
+        CLTManager::createPictureLTObjects(boost::static_pointer_cast<CHDPictureFile>(file));
+        break;
+    case CHDFile::FT_Text:
+        CLTManager::createLyricsLTObjects(boost::static_pointer_cast<CHDTextFile>(file));
+        break;
+    case CHDFile::FT_Other:
+        break;
+    }
+}
 } // namespace
 
 void CQoCollection::addRootDirs(const CStringArray& paths, const CQoPathsInfoMap& info)
@@ -78,14 +167,19 @@ boost::shared_ptr<CHDDirectory> CQoCollection::findCreateDir(const CQoCollPath& 
     return dir;
 }
 
-void CQoCollection::createColl(QoFileDbItemArray& files, IQoProgress* progress)
+void CQoCollection::createColl(QoFileDbItemArray& files,
+                               const qo::CollPathArray& dirsToAnalyze,
+                               IQoProgress* progress)
 {
     const std::uint32_t start = qo::systemClock().tickCount();
     log(level::flow, u"CQoCollection::createColl : start");
     progress->setStage(IQoProgress::stageBuild);
     progress->setRange(IQoProgress::rangeKnown, buildPasses * files.GetSize());
     cleanupColl(files, progress);
+    CLTManager::cleanUp(false);
     createHDObjects(files, progress);
+    detectLogicalStuff(dirsToAnalyze, files, progress);
+    createLTObjects(files, progress);
     progress->setRange(IQoProgress::rangeUnknown, 0);
     log(level::timing,
         u"CQoCollection::createColl : end (took %d millis)",
@@ -111,8 +205,10 @@ void CQoCollection::createHDObjects(QoFileDbItemArray& files, IQoProgress* progr
     qo::FolderOfFile folder;
     bool isInCollection = false;
     boost::shared_ptr<CHDDirectory> dir;
-    for (QoFileDbItemPtr& item : files)
+    for (int i = 0; i < files.GetSize(); ++i)
     {
+        announce(files, i);
+        QoFileDbItemPtr& item = files[i];
         if (progress->isCanceled())
             return;
         progress->step(1);
@@ -128,15 +224,56 @@ void CQoCollection::createHDObjects(QoFileDbItemArray& files, IQoProgress* progr
             log(level::error, u"file not in root dirs, will be removed: %s", item->path);
             item->dbState = qo::dbState::deleted;
         }
-        else if (dir->getFile(item->path))
+        else if (item->dbState == qo::dbState::deleted)
+            log(level::error, u"trying to create deleted file??? skyping: %s", item->path);
+        else if (!CHDDirectory::addFile(dir, CHDFile::createHDFile(item)))
         {
             log(level::error, u"found duplicated db file: %s", item->path);
             item->dbState = qo::dbState::deleted;
         }
-        else if (item->dbState == qo::dbState::deleted)
-            log(level::error, u"trying to create deleted file??? skyping: %s", item->path);
+    }
+}
+
+void CQoCollection::detectLogicalStuff(const qo::CollPathArray& dirs,
+                                       const QoFileDbItemArray&,
+                                       IQoProgress* progress)
+{
+    for (const CQoCollPath& path : dirs)
+    {
+        if (progress->isCanceled())
+            return;
+        boost::shared_ptr<CHDDirectory> dir = getDir(path);
+        if (!dir)
+            continue;
+        CNSAnalyzer::detectUnrelatedAssocs(dir, progress);
+        CNSAnalyzer::createOtherNamePatternsAndLTObjects(dir, progress);
+    }
+}
+
+void CQoCollection::createLTObjects(const QoFileDbItemArray& files, IQoProgress* progress)
+{
+    qo::FolderOfFile folder;
+    FileCursor cursor;
+    for (int i = 0; i < files.GetSize(); ++i)
+    {
+        announce(files, i);
+        const QoFileDbItemPtr& item = files[i];
+        if (progress->isCanceled())
+            return;
+        progress->step(1);
+        if (item->dbState == qo::dbState::deleted)
+            continue;
+        const boost::shared_ptr<CHDFile>* file = cursor.findNext(item);
+        if (!file)
+        {
+            if (folder.moveTo(item->path))
+                cursor = FileCursor(getDir(folder.path()));
+            file = cursor.find(item);
+        }
+        if (file)
+            createLTObjectsOf(*file);
         else
-            CHDDirectory::addFile(dir, CHDFile::createHDFile(item));
+            log(level::error, u"couldnt find hdfile in coll : %s", item->path);
     }
 }
 
@@ -150,7 +287,7 @@ bool CQoCollection::canDetectLogicalStuff() const
     return type >= CQoCollPath::drive && type <= CQoCollPath::physicalPlugin;
 }
 
-void CQoCollection::removeFileFromColl(const CString& path, bool)
+void CQoCollection::removeFileFromColl(const CString& path, bool removeEmptyDirs)
 {
     const boost::shared_ptr<CHDFile> file = getFileByPath(path);
     if (!file)
@@ -162,6 +299,8 @@ void CQoCollection::removeFileFromColl(const CString& path, bool)
     while (dir->getItemCount() == 0 && !dir->isRootDir())
     {
         const boost::shared_ptr<CHDDirectory> parent = dir->getParentDir();
+        if (removeEmptyDirs && dir->getPath().isLocalDisk())
+            CQoFileUtils::checkRemoveEmptyDir(CQoUtils::getRealPath(dir->getPath()), false);
         parent->removeSubDir(dir);
         dir = parent;
     }

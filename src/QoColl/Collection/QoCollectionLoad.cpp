@@ -101,10 +101,12 @@ bool CQoCollection::loadFromDb(const CStringArray& rootDirs,
     {
         markDeletedAllFiles(progress);
         QoFileDbItemArray scratch;
-        checkPhysicalChanges(scratch, setImportedIfNew, progress, true);
+        checkPhysicalChanges(scratch, CQoFileChangeInfo::setImportedIfNew, progress, true);
     }
     if (!progress->isCanceled())
-        createColl(m_fileDbItems, progress);
+        createColl(m_fileDbItems,
+                   rescan && canDetectLogicalStuff() ? valid : qo::CollPathArray(),
+                   progress);
     if (!progress->isCanceled())
         saveDbChanges(db, progress, result);
     log(level::flow, u"CQoCollection::load : load coll succeeded");

@@ -1,5 +1,6 @@
 #include "Database/src/DbFacade/SQLiteException.h"
 #include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Collection/SharedIdentities.h"
 #include "QoColl/Db/DbTransaction.h"
 #include "QoColl/Db/FpCutInfoDbItem.h"
 #include "QoColl/Db/QoCollDb.h"
@@ -27,10 +28,11 @@ struct Counts
     bool any() const { return inserted > 0 || updated > 0 || deleted > 0; }
 };
 
-Counts countStates(const QoFileDbItemArray& files)
+/// Of records that were written: most saves touch few of the many there are.
+Counts countStates(const QoFileDbItemArray& written)
 {
     Counts counts;
-    for (const QoFileDbItemPtr& item : files)
+    for (const QoFileDbItemPtr& item : written)
     {
         counts.inserted += item->dbState == qo::dbState::added ? 1 : 0;
         counts.updated += item->dbState == qo::dbState::modified ? 1 : 0;
@@ -39,10 +41,15 @@ Counts countStates(const QoFileDbItemArray& files)
     return counts;
 }
 
-void insert(CQoCollDb& db, QoFileDbItemPtr& item, const CString& collId)
+void insert(CQoCollDb& db,
+            QoFileDbItemPtr& item,
+            const CString& collId,
+            const qo::SharedIdentities& identities)
 {
     const qo::ProfileTimer timer(u"insertFile");
     db.insertFile(item, collId);
+    if (!identities.mayBeShared(item->velmoraId))
+        return;
     FpCutInfoDbItem cut;
     cut.velmoraId = item->velmoraId;
     cut.fpParams = item->fpParams;
@@ -63,22 +70,23 @@ void remove(CQoCollDb& db, QoFileDbItemPtr& item)
 
 /// Takes the deleted records out and sets the others to unchanged: only once all is committed, so
 /// that a save that failed can be repeated.
-void settle(QoFileDbItemArray& files, const Counts& counts)
+void settle(QoFileDbItemArray& files, const QoFileDbItemArray& written, const Counts& counts)
 {
-    for (const QoFileDbItemPtr& item : files)
+    if (counts.deleted > 0)
+    {
+        QoFileDbItemArray kept;
+        for (const QoFileDbItemPtr& item : files)
+        {
+            if (item->dbState != qo::dbState::deleted)
+                kept.Add(item);
+        }
+        files = std::move(kept);
+    }
+    for (const QoFileDbItemPtr& item : written)
     {
         if (item->dbState != qo::dbState::deleted)
             item->dbState = qo::dbState::unchanged;
     }
-    if (counts.deleted == 0)
-        return;
-    QoFileDbItemArray kept;
-    for (const QoFileDbItemPtr& item : files)
-    {
-        if (item->dbState != qo::dbState::deleted)
-            kept.Add(item);
-    }
-    files = std::move(kept);
 }
 } // namespace
 
@@ -101,6 +109,7 @@ void CQoCollection::saveToDb(QoFileDbItemArray& files,
     log(level::flow, u"CQoCollection::saveToDb start");
     progress->setStage(IQoProgress::stageSave);
     progress->setRange(IQoProgress::rangeKnown, files.GetSize());
+    QoFileDbItemArray written;
     QoFileDbItemArray gotIds;
     // What was not committed has no row, and so no id.
     const auto takeBackIds = [&]
@@ -114,8 +123,8 @@ void CQoCollection::saveToDb(QoFileDbItemArray& files,
     try
     {
         qo::DbTransaction transaction(db);
-        writeChanges(files, db, progress, gotIds);
-        const Counts counts = countStates(files);
+        writeChanges(files, db, progress, written, gotIds);
+        const Counts counts = countStates(written);
         if (result)
         {
             result->m_inserted = counts.inserted;
@@ -132,7 +141,7 @@ void CQoCollection::saveToDb(QoFileDbItemArray& files,
             m_collInfo.modifiedTime = qo::systemClock().now();
         db.setCollInfo(m_collId, m_collInfo);
         transaction.commit();
-        settle(files, counts);
+        settle(files, written, counts);
     }
     catch (CSQLiteException* caught)
     {
@@ -152,21 +161,26 @@ void CQoCollection::saveToDb(QoFileDbItemArray& files,
 void CQoCollection::writeChanges(QoFileDbItemArray& files,
                                  CQoCollDb& db,
                                  IQoProgress* progress,
+                                 QoFileDbItemArray& written,
                                  QoFileDbItemArray& gotIds)
 {
+    const qo::SharedIdentities identities(files, db, m_collId);
     for (QoFileDbItemPtr& item : files)
     {
         progress->step(1);
+        if (item->dbState == qo::dbState::unchanged)
+            continue;
+        written.Add(item);
         if (item->dbState == qo::dbState::added)
         {
             if (item->id == 0)
                 gotIds.Add(item);
-            insert(db, item, m_collId);
+            insert(db, item, m_collId, identities);
             addToFileDbItemsMaps(item);
         }
         else if (item->dbState == qo::dbState::modified)
             update(db, item);
-        else if (item->dbState == qo::dbState::deleted)
+        else
             remove(db, item);
     }
 }

@@ -95,7 +95,7 @@ void CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
 }
 
 void CQoCollection::checkPhysicalChanges(QoFileDbItemArray& files,
-                                         ESetImportedAction action,
+                                         CQoFileChangeInfo::ESetImportedAction action,
                                          IQoProgress* progress,
                                          bool knownWereMarked)
 {
@@ -153,7 +153,7 @@ void CQoCollection::checkKnownFile(QoFileDbItemPtr& item,
 }
 
 void CQoCollection::addFilesFromRootDirs(const qo::CollPathArray& dirs,
-                                         ESetImportedAction action,
+                                         CQoFileChangeInfo::ESetImportedAction action,
                                          QoFileDbItemArray& files,
                                          IQoProgress* progress)
 {
@@ -333,10 +333,12 @@ void CQoCollection::setMusicAndVideoFlags(const QoFileDbItemPtr& item) const
                       (isVideo ? qo::fileFlag::video : qo::fileFlag::audio);
 }
 
-void CQoCollection::setImported(const QoFileDbItemPtr& item, ESetImportedAction action) const
+void CQoCollection::setImported(const QoFileDbItemPtr& item,
+                                CQoFileChangeInfo::ESetImportedAction action) const
 {
-    if (action == setImportedAll || (action == setImportedIfNew && item->dbState == dbState::added))
+    if (action == CQoFileChangeInfo::setImported ||
+        (action == CQoFileChangeInfo::setImportedIfNew && item->dbState == dbState::added))
         item->imported = true;
-    else if (action == clearImported)
+    else if (action == CQoFileChangeInfo::clearImported)
         item->imported = false;
 }

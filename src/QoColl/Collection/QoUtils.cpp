@@ -12,7 +12,6 @@
 #include <array>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 namespace
 {
@@ -120,6 +119,16 @@ bool CQoUtils::isMusicFilePath(const CString& path)
     return isMusicExt(qo::fileExtOf(path));
 }
 
+bool CQoUtils::isPictureFile(const CString& ext)
+{
+    return CHDFile::isPictureFile(ext);
+}
+
+bool CQoUtils::isTextFile(const CString& ext)
+{
+    return CHDFile::isTextFile(ext);
+}
+
 bool CQoUtils::getRealPath(const CQoCollPath& path, CString& real)
 {
     if (path.getType() != CQoCollPath::drive && path.getType() != CQoCollPath::network)
@@ -161,7 +170,7 @@ void CQoUtils::diffPaths(const CStringArray& oldDirs,
         removed.Add(*dir);
 }
 
-boost::shared_ptr<CHDDirectory> CQoUtils::getDir(const boost::shared_ptr<CHDObject>& object)
+CQoUtils::Dir CQoUtils::getDir(const boost::shared_ptr<CHDObject>& object)
 {
     if (auto dir = boost::dynamic_pointer_cast<CHDDirectory>(object))
         return dir;
@@ -169,51 +178,15 @@ boost::shared_ptr<CHDDirectory> CQoUtils::getDir(const boost::shared_ptr<CHDObje
     return file ? file->getParentDir() : CHDDirectory::NullDir;
 }
 
-boost::shared_ptr<CHDDirectory> CQoUtils::getRootDir(const boost::shared_ptr<CHDObject>& object)
+CQoUtils::Dir CQoUtils::getRootDir(const boost::shared_ptr<CHDObject>& object)
 {
     return getRootDir(getDir(object));
 }
 
-boost::shared_ptr<CHDDirectory> CQoUtils::getRootDir(const boost::shared_ptr<CHDDirectory>& dir)
+CQoUtils::Dir CQoUtils::getRootDir(const Dir& dir)
 {
-    const boost::shared_ptr<CHDDirectory>* root = &dir;
+    const Dir* root = &dir;
     while (*root && !(*root)->isRootDir())
         root = &(*root)->getParentDir();
     return *root;
-}
-
-void CQoUtils::releaseHDFile(const boost::shared_ptr<CHDFile>& file)
-{
-    // Held until the end: the file's own handle to it is the one that removeFile() clears.
-    const boost::shared_ptr<CHDDirectory> dir = file->getParentDir();
-    if (dir)
-        dir->removeFile(file);
-}
-
-void CQoUtils::releaseHDDir(const boost::shared_ptr<CHDDirectory>& dir)
-{
-    std::vector<boost::shared_ptr<CHDDirectory>> dirs;
-    std::vector<boost::shared_ptr<CHDDirectory>> waiting{dir};
-    while (!waiting.empty())
-    {
-        dirs.push_back(std::move(waiting.back()));
-        waiting.pop_back();
-        for (const auto& subDir : dirs.back()->getSubDirs())
-            waiting.push_back(subDir);
-    }
-    // Backwards, every directory comes behind all that is below it.
-    for (; !dirs.empty(); dirs.pop_back())
-    {
-        CHDDirectory& current = *dirs.back();
-        for (int left = current.getFiles().GetSize(); left > 0; --left)
-            releaseHDFile(current.getFiles()[0]);
-        current.clear();
-    }
-}
-
-void CQoUtils::releaseHDDirs(CPtrListT<CHDDirectory>& dirs)
-{
-    for (const auto& dir : dirs)
-        releaseHDDir(dir);
-    dirs.clear();
 }

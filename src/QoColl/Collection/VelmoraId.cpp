@@ -8,10 +8,14 @@ namespace qo
 {
 namespace
 {
+constexpr std::int64_t ticksPerMillisecond = ticksPerSecond / 1000;
+
 struct LastId
 {
     CCriticalSection lock;
+    std::int64_t millisecond = 0; ///< of the clock; within one the text before the suffix stays
     CalendarTime time;
+    CString text;
     int counter = 0;
 };
 
@@ -26,22 +30,28 @@ CString makeVelmoraId()
 {
     LastId& last = lastId();
     const Guard guard(last.lock);
-    const CalendarTime time = systemClock().localTime();
-    last.counter = time == last.time ? last.counter + 1 : 0;
-    last.time = time;
-    CString suffix;
+    const std::int64_t millisecond = toTicks(systemClock().now()) / ticksPerMillisecond;
+    bool isRepeated = millisecond == last.millisecond;
+    if (!isRepeated)
+    {
+        // The hour that comes twice in autumn may bring the same time again.
+        const CalendarTime time = systemClock().localTime();
+        isRepeated = time == last.time;
+        last.millisecond = millisecond;
+        last.time = time;
+        last.text.Format(u"%04d%02d%02d_%02d%02d%02d_%03d",
+                         time.year,
+                         time.month,
+                         time.day,
+                         time.hour,
+                         time.minute,
+                         time.second,
+                         time.millisecond);
+    }
+    last.counter = isRepeated ? last.counter + 1 : 0;
+    CString id = last.text;
     if (last.counter > 0)
-        suffix.Format(u"_%d", last.counter);
-    CString id;
-    id.Format(u"%04d%02d%02d_%02d%02d%02d_%03d%s",
-              time.year,
-              time.month,
-              time.day,
-              time.hour,
-              time.minute,
-              time.second,
-              time.millisecond,
-              suffix);
+        id.AppendFormat(u"_%d", last.counter);
     return id;
 }
 } // namespace qo

@@ -66,6 +66,8 @@ public:
     /// The newest media files of the user's own collection, those of a session; in path order.
     void getLastTracks(int count, QoFileDbItemArray& items);
     void getSessionTracks(int session, QoFileDbItemArray& items);
+    /// The identities of the rows of every collection but this one.
+    void getVelmoraIdsOfOthers(const CString& collId, CStringArray& ids);
     bool getFPCutInfo(const CString& velmoraId, FpCutInfoDbItem& item);
     /// An unknown identity is logged and changes nothing.
     void setFPCutInfo(const FpCutInfoDbItem& item);

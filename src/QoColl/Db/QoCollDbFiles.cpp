@@ -9,6 +9,7 @@
 #include "common/Log.h"
 #include "common/MakeObject.h"
 #include "common/ProfileTimer.h"
+#include "common/types/StringArray.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
 
@@ -237,6 +238,18 @@ void CQoCollDb::getSessionTracks(int session, QoFileDbItemArray& items)
     sql.AppendFormat(u"%d", session);
     CSQLiteStatement statement = m_db.CompileStatement(sql);
     readRows(statement, u"CQoCollDb::getSessionTracks : not enough memory", items, nothingMore);
+}
+
+void CQoCollDb::getVelmoraIdsOfOthers(const CString& collId, CStringArray& ids)
+{
+    // Ranges of the index on the collection; "<>" would look through the whole table.
+    static const CString sql(u"SELECT FT_VELMORA_ID FROM FILE_T WHERE FT_COLL_ID < ?1 UNION ALL "
+                             u"SELECT FT_VELMORA_ID FROM FILE_T WHERE FT_COLL_ID > ?1 UNION ALL "
+                             u"SELECT FT_VELMORA_ID FROM FILE_T WHERE FT_COLL_ID IS NULL");
+    CSQLiteStatement statement = m_db.CompileStatement(sql);
+    statement.BindText(1, collId);
+    for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
+        ids.Add(result.GetTextField(0));
 }
 
 bool CQoCollDb::getFPCutInfo(const CString& velmoraId, FpCutInfoDbItem& item)

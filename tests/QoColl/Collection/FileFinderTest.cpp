@@ -1,5 +1,7 @@
 #include "QoColl/Collection/FileFinder.h"
 
+#include "platform/Platform.h"
+#include "platform/SpecialFolders.h"
 #include "support/Print.h"
 #include "support/TempDir.h"
 
@@ -52,6 +54,23 @@ TEST(FileFinder, LinksLeadOnceIntoAFolderAndLoopsEnd)
     ASSERT_EQ(::symlink("/proc", dir.path("system").c_str()), 0);
     ASSERT_EQ(::mkfifo(dir.path("pipe").c_str(), 0600), 0);
     EXPECT_EQ(walk(dir, plainFiles()), "a\\song a\\twin ");
+}
+
+TEST(FileFinder, TrashAndTheKernelsOwnDataAreNotWalked)
+{
+    const TempDir dir;
+    for (const char* name : {".Trash-1000/files/a",
+                             ".Trash/1000/files/b",
+                             "x/Trash/files/c",
+                             "x/Trash/info/c.trashinfo",
+                             "own/qodb",
+                             "Trash/song",
+                             ".Trash-can/song",
+                             ".hidden/song"})
+        dir.write(name, "x");
+    qo::specialFolders().setBase(dir.collPath("own"));
+    EXPECT_EQ(walk(dir, plainFiles()), ".hidden\\song .Trash-can\\song Trash\\song ");
+    qo::specialFolders().setBase(CString());
 }
 
 TEST(FileFinder, AFolderThatCannotBeOpenedIsPassedOver)

@@ -1,0 +1,96 @@
+#include "QoColl/Collection/ProtectedFolders.h"
+
+#include "QoColl/Collection/QoCollection.h"
+#include "common/Paths.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
+#include "platform/SpecialFolders.h"
+
+#include <algorithm>
+
+namespace qo
+{
+namespace
+{
+/// With any other name in it a path may mean another folder than the one it spells.
+bool isPlain(const CQoCollPath& path)
+{
+    for (const CString& name : path.getComponents())
+    {
+        if (name.IsEmpty() || name.Find(u'\\') >= 0 || name == u"." || name == u"..")
+            return false;
+    }
+    return path.getType() == CQoCollPath::drive || path.getType() == CQoCollPath::network;
+}
+
+/// A whole drive or server, or a share of one.
+bool isTop(const CQoCollPath& path)
+{
+    return path.getCount() <= (path.getType() == CQoCollPath::network ? 1 : 0);
+}
+
+bool find(const CQoCollPath& path, FileInfo& info)
+{
+    return fileSystem().info(path.toString(), Spelling::exact, info) == 0;
+}
+} // namespace
+
+ProtectedFolders::ProtectedFolders()
+{
+    CStringArray outputDirs;
+    CQoPaths::getOutputDirs(outputDirs);
+    for (const CString& dir : outputDirs)
+        add(dir);
+    // A root folder is one whether or not its collection is loaded for the moment.
+    CStringArray rootDirs;
+    CQoPaths::getMusicCollectionDirs(rootDirs, nullptr);
+    for (const CString& dir : rootDirs)
+        add(dir);
+    for (const CQoCollection* collection :
+         {&CQoCollection::m_ownCollection, &CQoCollection::m_foreignCollection})
+    {
+        CollPathArray roots;
+        collection->getRootDirs(roots);
+        for (const CQoCollPath& root : roots)
+            add(root.toString());
+    }
+    const ISpecialFolders& special = specialFolders();
+    for (const CString& dir : {special.home(), special.data(), special.state(), special.cache()})
+        add(dir);
+    for (const CString& dir : special.userFolders())
+        add(dir);
+}
+
+void ProtectedFolders::add(const CString& folder)
+{
+    const CQoCollPath path(folder);
+    // An empty setting is no folder.
+    if (!path.isValid())
+        return;
+    m_paths.Add(path);
+    FileInfo info;
+    if (find(path, info))
+        m_identities.emplace_back(info.device, info.inode);
+}
+
+bool ProtectedFolders::has(const CQoCollPath& folder) const
+{
+    if (isTop(folder) || !isPlain(folder) || findPath(m_paths, folder) >= 0)
+        return true;
+    FileInfo info;
+    FileInfo parent;
+    // What is not there has no identity, and nothing can be mounted on it.
+    if (!find(folder, info))
+        return false;
+    const std::pair identity(info.device, info.inode);
+    return std::find(m_identities.begin(), m_identities.end(), identity) != m_identities.end() ||
+           !find(folder.getParent(), parent) || parent.device != info.device;
+}
+
+bool ProtectedFolders::hasBelow(const CQoCollPath& folder) const
+{
+    return std::any_of(m_paths.begin(),
+                       m_paths.end(),
+                       [&](const CQoCollPath& path) { return path.isSubPathOf(folder); });
+}
+} // namespace qo

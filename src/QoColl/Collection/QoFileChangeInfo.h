@@ -1,0 +1,41 @@
+#pragma once
+
+#include "QoColl/Db/Forward.h"
+#include "common/types/String.h"
+
+#include <cstdint>
+
+/// One change that a host asks of a loaded collection.
+struct CQoFileChangeInfo
+{
+    enum EAction : std::uint8_t
+    {
+        noAction = 0,
+        addVelmoraFile = 1, ///< takes the prepared record
+        scan = 2,
+        move = 3,
+        remove = 4
+    };
+    /// Whether a scan marks the files it meets as imported.
+    enum ESetImportedAction : std::uint8_t
+    {
+        setImported = 0,
+        clearImported = 1,
+        setImportedIfNew = 2
+    };
+    enum EScanFileType : std::uint8_t
+    {
+        ordinaryFile = 0,
+        importedFile = 1 ///< its parameters get an imported media type
+    };
+
+    EAction m_action = noAction;
+    CString m_path;
+    ESetImportedAction m_importedAction = setImported;
+    EScanFileType m_scanFileType = ordinaryFile;
+    CString m_newPath;        ///< target of a move
+    bool m_rescan = false;    ///< read the file again after the move
+    QoFileDbItemPtr m_dbItem; ///< a prepared record, or null
+    /// A move or deletion leaves the folders on the disk alone: for what happened there already.
+    bool m_keepEmptyDirs = false;
+};

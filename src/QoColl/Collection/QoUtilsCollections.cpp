@@ -1,0 +1,167 @@
+#include "Logical/LTArtist.h"
+#include "Logical/LTManager.h"
+#include "Physical/HDDirectory.h"
+#include "Physical/HDFile.h"
+#include "QoColl/Collection/LinkedFiles.h"
+#include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Collection/QoUtils.h"
+#include "QoColl/Db/QoFileDbItem.h"
+
+#include <optional>
+
+namespace
+{
+using Type = CQoUtils::ECollectionType;
+
+/// By the path, so that a folder which was a root once counts for nobody: as own.
+Type collectionOfRoot(const CQoUtils::Dir& root)
+{
+    // A root of both is own.
+    const bool isForeign =
+        root && !CQoCollection::m_ownCollection.isRootDirInCollection(root->getPath()) &&
+        CQoCollection::m_foreignCollection.isRootDirInCollection(root->getPath());
+    return isForeign ? CQoUtils::CT_Foreign : CQoUtils::CT_Own;
+}
+
+/// Of the files that it is shown, one after the other.
+class CollectionOfFiles
+{
+public:
+    /// False when more files cannot change the answer.
+    bool add(const CQoUtils::File& file)
+    {
+        // Most files lie in the directory of the one before.
+        const CHDDirectory* const dir = file->getParentDir().get();
+        if (m_type && dir == m_lastDir)
+            return true;
+        m_lastDir = dir;
+        const Type type = collectionOfRoot(CQoUtils::getRootDir(file->getParentDir()));
+        m_type = !m_type || *m_type == type ? type : CQoUtils::CT_Both;
+        return *m_type != CQoUtils::CT_Both;
+    }
+    Type answer() const { return m_type.value_or(CQoUtils::CT_Own); }
+
+private:
+    std::optional<Type> m_type;
+    const CHDDirectory* m_lastDir = nullptr;
+};
+
+/// Stops at the first group that decides, in the order of the bits.
+bool isShown(const CQoUtils::File& file, int mask)
+{
+    using Group = int (*)(const CQoUtils::File&);
+    constexpr Group groups[] = {CQoUtils::getFileAudioVideoType,
+                                CQoUtils::getFileVelmoraMyMusicType,
+                                CQoUtils::getFileIsMusicType,
+                                CQoUtils::getFileReviewedType,
+                                CQoUtils::getFileImportedType,
+                                CQoUtils::getFilePurchasedType};
+    for (const Group group : groups)
+    {
+        if (group(file) & mask)
+            return true;
+    }
+    return false;
+}
+} // namespace
+
+CQoUtils::CQoCollectionMap CQoUtils::m_collectionMap;
+
+Type CQoUtils::getCollection(const CheckObject& object)
+{
+    if (!object)
+        return CT_Own;
+    switch (object->getObjectType())
+    {
+    case CQoCheckObject::OT_Physical:
+        return collectionOfRoot(getRootDir(boost::dynamic_pointer_cast<CHDObject>(object)));
+    case CQoCheckObject::OT_Logical:
+    {
+        CollectionOfFiles collection;
+        qo::visitLinkedFiles(object, [&](const File& file) { return collection.add(file); });
+        return collection.answer();
+    }
+    case CQoCheckObject::OT_InplaceConverted:
+        return CT_InplaceConverted;
+    case CQoCheckObject::OT_SearchResult:
+        return CT_SearchResults;
+    case CQoCheckObject::OT_Source:
+        break;
+    }
+    return CT_Own;
+}
+
+Type CQoUtils::getCollection(const Files& files)
+{
+    CollectionOfFiles collection;
+    for (const File& file : files)
+    {
+        if (!collection.add(file))
+            break;
+    }
+    return collection.answer();
+}
+
+bool CQoUtils::collTypesMatch(Type a, Type b)
+{
+    return a == CT_Both || b == CT_Both || a == b;
+}
+
+bool CQoUtils::matchesCollection(const CheckObject& object, Type type)
+{
+    return type == CT_Both || collTypesMatch(getCollection(object), type);
+}
+
+CQoUtils::File CQoUtils::searchFileInAllCollections(const CString& velmoraId)
+{
+    File file = CQoCollection::m_ownCollection.getFileByVelmoraID(velmoraId);
+    return file ? file : CQoCollection::m_foreignCollection.getFileByVelmoraID(velmoraId);
+}
+
+bool CQoUtils::existVisibleFiles(const Files& files, int mask)
+{
+    for (const File& file : files)
+    {
+        if (isShown(file, mask))
+            return true;
+    }
+    return false;
+}
+
+bool CQoUtils::isObjectVisible(const CheckObject& object, const ShowFilterInfo& filter)
+{
+    if (filter.m_showTypes != ShowFilterInfo::showAll)
+    {
+        // The visit comes through only if all files are hidden, or if there are none.
+        const auto isHidden = [&](const File& file) { return !isShown(file, filter.m_showTypes); };
+        if (qo::visitLinkedFiles(object, isHidden))
+            return false;
+    }
+    switch (getCollection(object))
+    {
+    case CT_Own:
+        return filter.m_showOwn;
+    case CT_Foreign:
+        return filter.m_showForeign;
+    case CT_Both:
+        return filter.m_showOwn || filter.m_showForeign;
+    default:
+        return false;
+    }
+}
+
+bool CQoUtils::existSimilarFileInForeignCollection(const File& file)
+{
+    if (!file || file->getDbItem()->artist.IsEmpty() || file->getDbItem()->title.IsEmpty())
+        return false;
+    const Artist artist = CLTManager::findLTArtist(file->getDbItem()->artist);
+    if (!artist)
+        return false;
+    // The title is the cheaper question and rules out most files.
+    const auto isNoSuchFile = [&](const File& other)
+    {
+        return other->getFileType() != CHDFile::FT_Music || !isSimilarFile(file, other) ||
+               getCollection(other) != CT_Foreign;
+    };
+    return !qo::visitLinkedFiles(artist, isNoSuchFile);
+}
