@@ -1,5 +1,6 @@
 #include "core/PendingTags.h"
 
+#include "core/CollectionFiles.h"
 #include "core/HostError.h"
 #include "core/HostFiles.h"
 
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <unordered_set>
 
 namespace qo::host
 {
@@ -104,9 +106,28 @@ bool PendingTags::drop(const CString& path, const std::string& field)
     return had;
 }
 
-void PendingTags::save()
+void PendingTags::follow(const std::unordered_map<std::u16string, CString>& places)
 {
-    if (!m_isDirty)
+    std::unordered_set<std::u16string> taken;
+    for (const auto& [key, place] : places)
+        taken.insert(pathKey(place));
+    std::map<std::string, Fields> files;
+    for (auto& [path, fields] : m_files)
+    {
+        const std::u16string key = pathKey(fromUtf8(path));
+        const auto found = places.find(key);
+        if (found == places.end() && !taken.contains(key))
+            files[path] = std::move(fields);
+        else if (found != places.end() && !found->second.IsEmpty())
+            files[toUtf8(found->second)] = std::move(fields);
+        m_isDirty = m_isDirty || found != places.end() || taken.contains(key);
+    }
+    m_files = std::move(files);
+}
+
+void PendingTags::save(bool anyhow)
+{
+    if (!m_isDirty && !anyhow)
         return;
     json list;
     list["version"] = formatVersion;

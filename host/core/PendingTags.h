@@ -4,6 +4,7 @@
 
 #include <map>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace qo::host
@@ -31,8 +32,15 @@ public:
     /// Drops one field, or all with an empty name. Whether there was anything.
     bool drop(const CString& path, const std::string& field = std::string());
 
-    /// Writes the list in one piece if it changed. Throws HostError.
-    void save();
+    /// Takes edits along to where their files went, all at once: new paths by the pathKey() of the
+    /// old one, "" for a file that has gone. Edits of a path that another file comes to are
+    /// dropped.
+    void follow(const std::unordered_map<std::u16string, CString>& places);
+
+    bool isEmpty() const { return m_files.empty(); }
+    bool isDirty() const { return m_isDirty; }
+    /// Writes the list in one piece if it changed, or anyhow. Throws HostError.
+    void save(bool anyhow = false);
 
     const std::string& complaint() const { return m_complaint; }
 

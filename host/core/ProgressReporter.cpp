@@ -30,7 +30,7 @@ void ProgressReporter::startCounting()
 
 void ProgressReporter::setStage(int stage)
 {
-    m_isSaving = m_isSaving || stage == stageSave;
+    m_isSaving = stage == stageSave;
     m_event.stage = stage;
     m_event.total = 0;
     m_event.item.clear();

@@ -31,8 +31,8 @@ public:
     /// The clock is there for tests.
     explicit ProgressReporter(Sink sink, std::function<Clock::time_point()> now = Clock::now);
 
-    /// From any thread and from a signal handler. The operation stops at its next poll; once it
-    /// saves, it comes to its end and everything is kept.
+    /// From any thread and from a signal handler. The operation stops at its next poll; a save
+    /// that is under way is brought to its end and kept.
     void cancel() noexcept { m_cancel.store(true, std::memory_order_relaxed); }
     /// Whether the operation was told to stop.
     bool wasStopped() const noexcept { return m_wasStopped; }

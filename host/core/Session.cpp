@@ -5,8 +5,10 @@
 #include "core/HostFiles.h"
 #include "core/RootFolders.h"
 #include "core/RootGuard.h"
+#include "core/RootSentinel.h"
 #include "core/Snapshots.h"
 #include "core/StoredRoots.h"
+#include "core/UnfinishedScan.h"
 
 #include <QoKernel/Collection.h>
 
@@ -147,11 +149,11 @@ bool Session::wouldWalk(const CString& database, bool& wasNeverScanned)
     return !added.IsEmpty() || !removed.IsEmpty() || !info.userName.IsEmpty();
 }
 
-bool Session::guardRoots(bool allowMissingRoot, const CString& database)
+std::vector<RootProblem> Session::guardRoots(bool allowMissingRoot, const CString& database)
 {
     const std::vector<RootProblem> problems = checkRoots(RootFolders().folders(), database);
     if (problems.empty() || allowMissingRoot)
-        return !problems.empty();
+        return problems;
     std::string text;
     for (const RootProblem& problem : problems)
         text +=
@@ -161,13 +163,17 @@ bool Session::guardRoots(bool allowMissingRoot, const CString& database)
                            "out of the collection");
 }
 
-void Session::throwInterrupted(bool wasNeverScanned, bool walked)
+std::string Session::interruptedText(bool wasNeverScanned, bool walked)
 {
     if (!walked)
-        throw HostError(ExitCode::interrupted, "interrupted; nothing was changed");
-    throw HostError(ExitCode::interrupted,
-                    wasNeverScanned ? "interrupted; nothing was kept of this first scan"
-                                    : "interrupted; the collection is as it was before this scan");
+        return "interrupted; nothing was changed";
+    return wasNeverScanned ? "interrupted; nothing was kept of this first scan"
+                           : "interrupted; the collection is as it was before this scan";
+}
+
+bool Session::hasUnfinishedScan()
+{
+    return UnfinishedScan(folder()).wasThere();
 }
 
 void Session::checkSaved(const CString& database, const std::string& cause)
@@ -196,6 +202,133 @@ Session::LoadReport Session::load(const LoadOptions& options, ProgressReporter& 
     }
 }
 
+CQoCollection::OpResultInfo Session::loadOnce(const CString& database,
+                                              const CStringArray& folders,
+                                              const CQoPathsInfoMap& kinds,
+                                              bool rescan,
+                                              RootSentinel& sentinel,
+                                              ProgressReporter& progress,
+                                              const std::string& whenStopped)
+{
+    CQoCollection& collection = CQoCollection::m_ownCollection;
+    CQoCollection::OpResultInfo result;
+    const bool loaded = collection.load(database, u"", folders, kinds, rescan, &sentinel, &result);
+    if (sentinel.hasLost())
+        sentinel.refuse();
+    if (progress.wasStopped())
+        throw HostError(ExitCode::interrupted, whenStopped);
+    if (!loaded)
+        throw HostError(ExitCode::failed,
+                        "the collection " + shownPath(database) +
+                            " could not be loaded: " + m_failures->lastFailure());
+    return result;
+}
+
+CollPathArray Session::firstScanned(const RootFolders& roots, const CString& database)
+{
+    CollPathArray wanted;
+    CQoCollection::validateRootDirs(roots.folders(), wanted);
+    CollPathArray known;
+    {
+        CQoCollDb db(database);
+        CollInfoDbItem info;
+        if (db.getCollInfo(u"", info) && !CQoCollDbUtils::IsNullFILETIME(info.scanTime))
+            addPaths(known, info.rootDirs);
+    }
+    CollPathArray unfinished;
+    addPaths(unfinished, UnfinishedScan(folder()).rootsAtFirst());
+    CollPathArray fresh;
+    for (const CQoCollPath& root : wanted)
+    {
+        if (findPath(known, root) < 0 || findPath(unfinished, root) >= 0)
+            fresh.Add(root);
+    }
+    return fresh;
+}
+
+void Session::checkSlices(const SlicedScan::Report& slices, const UnfinishedScan& mark) const
+{
+    if (!slices.isStopped)
+        return;
+    // Nothing to go on from: the folders are as new as they were.
+    if (slices.added == 0 && !mark.wasThere())
+        mark.end();
+    const std::string count = std::to_string(slices.added);
+    std::string kept = "nothing was read yet";
+    if (mark.wasThere())
+        kept = slices.added == 0
+                   ? "no more files were read"
+                   : count + " more files were kept (" + std::to_string(slices.files) + " in all)";
+    else if (slices.added > 0)
+        kept = "the " + count + " files read so far were kept";
+    if (mark.wasThere() || slices.added > 0)
+        kept += ", and the next scan goes on from there";
+    if (!slices.isSaved)
+        throw HostError(ExitCode::failed,
+                        "the collection could not be saved to " + shownPath(databasePath()) + ": " +
+                            m_failures->lastFailure() + "; " + kept);
+    throw HostError(ExitCode::interrupted, "interrupted; " + kept);
+}
+
+bool Session::scanInSlices(const LoadOptions& options,
+                           RootSentinel& sentinel,
+                           ProgressReporter& progress,
+                           LoadReport& report)
+{
+    const CString database = databasePath();
+    const RootFolders roots;
+    const UnfinishedScan mark(folder());
+    const CollPathArray fresh = firstScanned(roots, database);
+    if (fresh.IsEmpty())
+    {
+        if (mark.wasThere())
+            mark.end(); // its folders were removed since
+        return false;
+    }
+    CStringArray stored;
+    CQoPathsInfoMap kinds;
+    for (const StoredRoot& root : storedRoots(database))
+    {
+        // A folder that a new one holds, or that leaves, asks for a scan in one piece.
+        if (roots.kind(root.folder) != root.kind || roots.holder(root.folder) != root.folder)
+            return false;
+        stored.Add(root.folder);
+        kinds.SetAt(root.folder, root.kind);
+    }
+    // With the folders as they are stored nothing is walked.
+    loadOnce(database, stored, kinds, false, sentinel, progress, interruptedText(false, false));
+    CStringArray added;
+    for (const CQoCollPath& root : fresh)
+        added.Add(root.toString());
+    mark.begin(added);
+    CQoCollection& collection = CQoCollection::m_ownCollection;
+    collection.addRootDirs(added, roots.kinds());
+    SlicedScan scan(collection,
+                    progress,
+                    options.filesInSlice,
+                    added,
+                    sentinel.unread(),
+                    [&sentinel] { return sentinel.look().empty(); });
+    SlicedScan::Report slices = scan.read();
+    if (sentinel.hasLost())
+    {
+        if (!mark.wasThere())
+            mark.end(); // nothing was read yet
+        sentinel.refuse();
+    }
+    report.added = slices.added;
+    report.changed = slices.changed;
+    report.gone = slices.gone;
+    if (!slices.isStopped)
+        scan.analyze(slices);
+    checkSlices(slices, mark);
+    mark.end();
+    if (slices.hasMoved && !options.isLast)
+        loadOnce(
+            database, roots.folders(), roots.kinds(), false, sentinel, progress, "interrupted");
+    return true;
+}
+
 Session::LoadReport Session::loadGuarded(const LoadOptions& options,
                                          const CString& database,
                                          ProgressReporter& progress)
@@ -206,23 +339,33 @@ Session::LoadReport Session::loadGuarded(const LoadOptions& options,
     refuseUnnamedRoots(unlisted, roots);
     bool wasNeverScanned = false;
     report.walked = wouldWalk(database, wasNeverScanned) || options.rescan;
-    const bool isRootAway = report.walked && guardRoots(options.allowMissingRoot, database);
-    if ((isRootAway || !unlisted.empty()) && options.database.IsEmpty())
+    std::vector<RootProblem> givenUp;
+    if (report.walked)
+        givenUp = guardRoots(options.allowMissingRoot, database);
+    if ((!givenUp.empty() || !unlisted.empty()) && options.database.IsEmpty())
         note("the collection as it was is kept in " + shownPath(Snapshots(database).take()));
-    CQoCollection& collection = CQoCollection::m_ownCollection;
-    CQoCollection::OpResultInfo result;
     m_failures->forget();
+    RootSentinel sentinel(progress, roots.folders(), database, givenUp);
     const auto start = std::chrono::steady_clock::now();
-    const bool loaded = collection.load(
-        database, u"", roots.folders(), roots.kinds(), options.rescan, &progress, &result);
+    const bool isWhole = options.rescan && options.database.IsEmpty();
+    if (!isWhole || !scanInSlices(options, sentinel, progress, report))
+    {
+        const CQoCollection::OpResultInfo result =
+            loadOnce(database,
+                     roots.folders(),
+                     roots.kinds(),
+                     options.rescan,
+                     sentinel,
+                     progress,
+                     interruptedText(wasNeverScanned, report.walked));
+        report.added = result.m_inserted;
+        report.changed = result.m_updated;
+        report.gone = result.m_deleted;
+    }
     report.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    if (progress.wasStopped())
-        throwInterrupted(wasNeverScanned, report.walked);
-    if (!loaded)
-        throw HostError(ExitCode::failed,
-                        "the collection " + shownPath(database) +
-                            " could not be loaded: " + m_failures->lastFailure());
+    for (const std::string& sentence : sentinel.unread().sentences())
+        note(sentence);
     if (report.walked)
         checkSaved(database, m_failures->lastFailure());
     if (roots.hasRemoved() && options.database.IsEmpty())
@@ -230,10 +373,9 @@ Session::LoadReport Session::loadGuarded(const LoadOptions& options,
         roots.forgetRemoved();
         roots.store();
     }
-    report.files = collection.getFileCount();
-    report.added = result.m_inserted;
-    report.changed = result.m_updated;
-    report.gone = result.m_deleted;
+    report.files = CQoCollection::m_ownCollection.getFileCount();
+    if (!options.rescan && hasUnfinishedScan())
+        note("the first scan was interrupted: \"qo scan\" goes on with it");
     return report;
 }
 } // namespace qo::host

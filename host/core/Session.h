@@ -5,16 +5,22 @@
 #include "core/KernelThread.h"
 #include "core/KeyValueConfig.h"
 #include "core/ProgressReporter.h"
+#include "core/SlicedScan.h"
 
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 class CKVModule;
-class CQoCollection;
 
 namespace qo::host
 {
+class RootFolders;
+class RootSentinel;
+struct RootProblem;
+class UnfinishedScan;
+
 /// A running kernel over one data folder, from its start to its end. At most one in a process. All
 /// kernel calls, and the calls here that say so, go to the kernel's thread.
 class Session
@@ -33,7 +39,10 @@ public:
     {
         bool rescan = false;
         bool allowMissingRoot = false;
-        CString database; ///< "" for the collection's own; another one for a trial run
+        CString database;    ///< "" for the collection's own; another one for a trial run
+        bool isLast = false; ///< nobody looks at the logical tree afterwards: it may be out of date
+        int filesInSlice =
+            SlicedScan::defaultSlice; ///< of folders that are scanned for the first time
     };
 
     struct LoadReport
@@ -70,9 +79,12 @@ public:
     void prepareDatabase(const CString& database);
     /// Whether a plain load would look through the root folders.
     static bool wouldWalk(const CString& database, bool& wasNeverScanned);
-    /// Loads the user's collection. Throws HostError: away when a root folder is not there, or is
-    /// in the database but without the user's doing no longer in the settings, interrupted when it
-    /// was stopped, failed when it could not be loaded or saved.
+    /// Whether the first scan of a root folder was interrupted: the next scan goes on with it.
+    static bool hasUnfinishedScan();
+    /// Loads the user's collection. A rescan reads root folders that are new in slices, and keeps
+    /// each of them whatever comes after. Throws HostError: away when a root folder is not there,
+    /// or is in the database but without the user's doing no longer in the settings, interrupted
+    /// when it was stopped, failed when it could not be loaded or saved.
     LoadReport load(const LoadOptions& options, ProgressReporter& progress);
 
 private:
@@ -80,10 +92,25 @@ private:
     void restoreLostRoots();
     LoadReport
     loadGuarded(const LoadOptions& options, const CString& database, ProgressReporter& progress);
-    /// True when a root folder is away and its files may leave the collection.
-    static bool guardRoots(bool allowMissingRoot, const CString& database);
-    [[noreturn]] static void throwInterrupted(bool wasNeverScanned, bool walked);
+    /// The root folders that are away and whose files may leave the collection.
+    static std::vector<RootProblem> guardRoots(bool allowMissingRoot, const CString& database);
+    static std::string interruptedText(bool wasNeverScanned, bool walked);
     static void checkSaved(const CString& database, const std::string& cause);
+    /// The folders of a rescan that are to be read in slices.
+    static CollPathArray firstScanned(const RootFolders& roots, const CString& database);
+    /// Scans in slices if there are such folders; false when a scan in one piece is needed.
+    bool scanInSlices(const LoadOptions& options,
+                      RootSentinel& sentinel,
+                      ProgressReporter& progress,
+                      LoadReport& report);
+    void checkSlices(const SlicedScan::Report& slices, const UnfinishedScan& mark) const;
+    CQoCollection::OpResultInfo loadOnce(const CString& database,
+                                         const CStringArray& folders,
+                                         const CQoPathsInfoMap& kinds,
+                                         bool rescan,
+                                         RootSentinel& sentinel,
+                                         ProgressReporter& progress,
+                                         const std::string& whenStopped);
 
     Options m_options;
     std::unique_ptr<CKVModule> m_module;

@@ -27,20 +27,28 @@ CQoPathInfo::EType toKind(int number)
 }
 } // namespace
 
-std::vector<StoredRoot> unlistedRoots(const CString& database, const RootFolders& roots)
+std::vector<StoredRoot> storedRoots(const CString& database)
 {
-    std::vector<StoredRoot> unlisted;
+    std::vector<StoredRoot> roots;
     CollInfoDbItem info;
     if (!isCollection(database) || !CQoCollDb(database).getCollInfo(u"", info))
-        return unlisted;
+        return roots;
     for (int i = 0; i < info.rootDirs.GetSize(); ++i)
     {
-        const CString& folder = info.rootDirs[i];
-        if (!CQoCollPath(folder).isValid() || !roots.holder(folder).IsEmpty())
-            continue;
         const int kind = i < info.rootDirTypes.GetSize() ? info.rootDirTypes[i] : 0;
-        unlisted.push_back({folder, toKind(kind)});
+        roots.push_back({info.rootDirs[i], toKind(kind)});
     }
+    return roots;
+}
+
+std::vector<StoredRoot> unlistedRoots(const CString& database, const RootFolders& roots)
+{
+    std::vector<StoredRoot> unlisted = storedRoots(database);
+    std::erase_if(unlisted,
+                  [&roots](const StoredRoot& root) {
+                      return !CQoCollPath(root.folder).isValid() ||
+                             !roots.holder(root.folder).IsEmpty();
+                  });
     return unlisted;
 }
 

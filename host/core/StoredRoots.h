@@ -14,9 +14,12 @@ struct StoredRoot
     CQoPathInfo::EType kind = CQoPathInfo::audioIsMusic;
 };
 
-/// The root folders of the last scan that none of the list equals or holds: a load would take their
-/// files out of the collection. None without a collection of this version. On the thread that calls
-/// the kernel; throws what the database layer throws.
+/// The root folders of the last scan. None without a collection of this version. On the thread that
+/// calls the kernel; throws what the database layer throws.
+std::vector<StoredRoot> storedRoots(const CString& database);
+
+/// Those of them that none of the list equals or holds: a load would take their
+/// files out of the collection.
 std::vector<StoredRoot> unlistedRoots(const CString& database, const RootFolders& roots);
 
 /// Throws HostError (away) when one of them is unlisted though the user did not remove it.

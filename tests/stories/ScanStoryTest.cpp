@@ -64,23 +64,6 @@ TEST(ScanStory, LocaleOfTheUserChangesNothing)
     EXPECT_GE(plain.size(), 2U);
 }
 
-TEST(ScanStory, InterruptedFirstScanKeepsNothingAndSaysSo)
-{
-    const QoCommand qo;
-    qo.addSounds("a", 6000);
-    const pid_t pid = qo.start({"scan", qo.music()});
-    ASSERT_TRUE(QoCommand::waitFor(qo.database()));
-    ::kill(pid, SIGINT);
-    const auto result = qo.finish(pid);
-    ASSERT_EQ(result.code, 130) << result.err;
-    EXPECT_NE(result.err.find("nothing was kept of this first scan"), std::string::npos)
-        << result.err;
-    // Neither the files nor the folder: the next start must not begin to scan by itself.
-    EXPECT_EQ(qo.run({"roots", "ls"}).out, "");
-    EXPECT_EQ(qo.paths().size(), 0U);
-    EXPECT_EQ(qo.run({"scan", "--json", qo.music()}).json().at(0)["new"], 6000);
-}
-
 TEST(ScanStory, KilledScanLeavesTheFormerOrTheNewState)
 {
     const QoCommand qo;

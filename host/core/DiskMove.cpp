@@ -1,0 +1,101 @@
+#include "core/DiskMove.h"
+
+#include "core/HostError.h"
+#include "core/HostFiles.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace qo::host
+{
+namespace
+{
+std::string folderOf(const std::string& path)
+{
+    const std::size_t slash = path.rfind('/');
+    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
+}
+
+/// Whether a disk that takes both spellings for one name has the same file under both.
+bool isSameFile(const CString& a, const CString& b)
+{
+    struct stat first;
+    struct stat second;
+    return a.CompareNoCase(b) == 0 && ::lstat(toSystemPath(a).c_str(), &first) == 0 &&
+           ::lstat(toSystemPath(b).c_str(), &second) == 0 && first.st_dev == second.st_dev &&
+           first.st_ino == second.st_ino;
+}
+
+int renameOnDisk(const CString& from, const CString& to)
+{
+    const int error = fileSystem().moveFileNoReplace(from, to);
+    return error == EEXIST && isSameFile(from, to) ? fileSystem().moveFile(from, to) : error;
+}
+} // namespace
+
+DiskMove::DiskMove(const CString& from, const CString& to, Mode mode)
+    : m_from(from), m_to(to), m_mode(mode), m_foldersAbove(toSystemPath(from))
+{
+}
+
+DiskMove::~DiskMove() = default;
+
+void DiskMove::fail(int error, const std::string& place) const
+{
+    const std::string source = shownPath(m_from);
+    const std::string cause = (place.empty() || place == source ? "" : place + ": ") +
+                              (error == EXDEV    ? "it cannot be copied"
+                               : error == EEXIST ? "there is already a file of that name"
+                                                 : errorWords(error));
+    throw HostError(error == ENOENT      ? ExitCode::notFound
+                    : error == ECANCELED ? ExitCode::interrupted
+                                         : ExitCode::failed,
+                    source + " cannot be " + (m_mode == Mode::move ? "moved" : "copied") + " to " +
+                        shownPath(m_to) + ": " + cause);
+}
+
+void DiskMove::perform(const std::function<bool()>& stop)
+{
+    if (m_mode == Mode::copy)
+        return copyTree(stop);
+    const int error = renameOnDisk(m_from, m_to);
+    if (error == EXDEV)
+        copyTree(stop);
+    else if (error != 0)
+        fail(error);
+}
+
+void DiskMove::copyTree(const std::function<bool()>& stop)
+{
+    // Better to know before a long copy than after it.
+    if (m_mode == Mode::move &&
+        ::faccessat(AT_FDCWD, folderOf(toSystemPath(m_from)).c_str(), W_OK | X_OK, AT_EACCESS) != 0)
+        fail(errno);
+    auto copy = std::make_unique<TreeCopy>(m_from, m_to);
+    if (const int error = copy->copy(stop))
+        fail(error, copy->failedPath());
+    m_copy = std::move(copy);
+}
+
+std::string DiskMove::finish()
+{
+    if (!m_copy || m_mode == Mode::copy)
+        return {};
+    if (const int error = m_copy->removeSource())
+        return shownPath(m_from) + " was copied to " + shownPath(m_to) +
+               ", but the old one could not be removed in full: " + m_copy->failedPath() + ": " +
+               errorWords(error);
+    return {};
+}
+
+int DiskMove::undo()
+{
+    if (m_copy)
+        return m_copy->removeTarget();
+    const int error = m_foldersAbove.makeAgain();
+    return error != 0 ? error : renameOnDisk(m_to, m_from);
+}
+} // namespace qo::host

@@ -1,0 +1,296 @@
+#include "core/MovedFiles.h"
+
+#include "core/CollectionChanges.h"
+#include "core/CollectionFiles.h"
+#include "core/HeadStore.h"
+#include "core/HostError.h"
+#include "core/Session.h"
+
+#include <QoKernel/Physical.h>
+#include <QoKernel/Tags.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <initializer_list>
+#include <set>
+#include <string>
+#include <unordered_map>
+
+namespace qo::host
+{
+namespace
+{
+/// More than the user could want to choose from.
+constexpr std::size_t mostCandidates = 10;
+
+struct DiskFile
+{
+    CString path;
+    FileInfo info;
+    int claims = 0; ///< how many records it may belong to; 2 stands for more, too
+};
+
+/// Files that one thing is the same of.
+struct Alike
+{
+    std::vector<std::size_t> files;
+    bool isClaimed = false;
+};
+
+std::string keyOf(const char* kind, std::int64_t size, std::initializer_list<std::string> parts)
+{
+    std::string key = kind + std::to_string(size);
+    for (const std::string& part : parts)
+        key += '\0' + part;
+    return key;
+}
+
+std::string headKey(std::int64_t size, std::uint64_t head)
+{
+    return keyOf("head ", size, {std::to_string(head)});
+}
+
+std::string nameKey(std::int64_t size, const FILETIME& modified, const CString& path)
+{
+    return keyOf(
+        "name ", size, {std::to_string(toTicks(modified)), toUtf8(CQoCollPath(path).getLast())});
+}
+
+std::string timeKey(const QoFileDbItem& facts)
+{
+    return keyOf("time ",
+                 facts.size,
+                 {std::to_string(facts.duration),
+                  std::to_string(facts.bitrate),
+                  std::to_string(toTicks(facts.modifTime))});
+}
+
+/// Empty for an untagged file, which is like all others of its length.
+std::string tagKey(const QoFileDbItem& facts)
+{
+    if (facts.title.IsEmpty())
+        return {};
+    return keyOf("tag ",
+                 facts.size,
+                 {std::to_string(facts.duration),
+                  std::to_string(facts.bitrate),
+                  toUtf8(facts.title),
+                  toUtf8(facts.artist),
+                  toUtf8(facts.album),
+                  toUtf8(facts.trackNumber)});
+}
+
+void stopIfAsked(IQoProgress& progress)
+{
+    if (progress.isCanceled())
+        throw HostError(ExitCode::interrupted, "interrupted; nothing was changed");
+}
+
+class MoveSearch
+{
+public:
+    MoveSearch(const HeadStore& heads, IQoProgress& progress) : m_heads(heads), m_progress(progress)
+    {
+    }
+
+    MovedFiles run()
+    {
+        CQoCollection::m_ownCollection.copyFiles(m_records);
+        compareWithDisk();
+        MovedFiles result;
+        result.vanished = static_cast<int>(m_vanished.size());
+        result.unknown = static_cast<int>(m_unknown.size());
+        pair();
+        sortOut(result);
+        return result;
+    }
+
+private:
+    void compareWithDisk()
+    {
+        std::unordered_map<std::u16string, bool> isMet;
+        for (const QoFileDbItemPtr& record : m_records)
+            isMet.emplace(pathKey(record->path), false);
+        const auto visit = [&](const CString& path, const FileInfo& info)
+        {
+            stopIfAsked(m_progress);
+            const auto found = isMet.find(pathKey(path));
+            if (found != isMet.end())
+                found->second = true;
+            else if (info.size > 0)
+                m_unknown.push_back({path, info});
+        };
+        m_progress.setStage(IQoProgress::stageScan);
+        m_progress.setRange(IQoProgress::rangeUnknown, 0);
+        for (const auto& root : CQoCollection::m_ownCollection.getRootDirs())
+        {
+            const CString real = CQoUtils::getRealPath(root->getPath());
+            if (!real.IsEmpty())
+                forEachFile(real, visit);
+        }
+        for (const QoFileDbItemPtr& record : m_records)
+        {
+            if (!isMet[pathKey(record->path)] && isGone(record->path))
+                m_vanished.push_back(record);
+        }
+    }
+
+    /// What the walk did not meet may still be there, behind a folder that cannot be listed. A file
+    /// of a root folder that is away has not moved.
+    static bool isGone(const CString& file)
+    {
+        const CQoCollPath path(file);
+        const auto root = CQoCollection::m_ownCollection.getRootDir(path);
+        FileInfo info;
+        return path.isLocalDisk() && root &&
+               fileSystem().isDirectory(CQoUtils::getRealPath(root->getPath())) &&
+               fileSystem().info(CQoUtils::getRealPath(file), Spelling::exact, info) == ENOENT;
+    }
+
+    /// Everything goes by way of keys: many files of one size must not be compared each with each.
+    void pair()
+    {
+        for (std::size_t i = 0; i < m_unknown.size(); ++i)
+            m_bySize[m_unknown[i].info.size].push_back(i);
+        m_progress.setStage(IQoProgress::stageCheck);
+        m_progress.setRange(IQoProgress::rangeKnown, static_cast<int>(m_vanished.size()));
+        m_candidates.resize(m_vanished.size());
+        for (std::size_t i = 0; i < m_vanished.size(); ++i)
+        {
+            m_progress.step(1);
+            const QoFileDbItem& record = *m_vanished[i];
+            if (!m_bySize.contains(record.size))
+                continue;
+            for (const std::string& key : keysOf(record))
+                claim(key, m_candidates[i]);
+        }
+    }
+
+    /// By what the record's file is to be known; the files of its size are entered for it.
+    std::vector<std::string> keysOf(const QoFileDbItem& record)
+    {
+        if (const auto head = m_heads.headOf(record))
+        {
+            enter(m_withHeads, record.size, [this](std::size_t file) { enterHead(file); });
+            return {headKey(record.size, *head)};
+        }
+        enter(m_withFacts, record.size, [this](std::size_t file) { enterFacts(file); });
+        if (!CMusicTagEx::fileSupportsTags(record.path))
+            return {nameKey(record.size, record.modifTime, record.path)};
+        return {timeKey(record), tagKey(record)};
+    }
+
+    template <class Enter>
+    void enter(std::set<std::int64_t>& done, std::int64_t size, Enter enterFile)
+    {
+        if (!done.insert(size).second)
+            return;
+        for (const std::size_t file : m_bySize.at(size))
+        {
+            stopIfAsked(m_progress);
+            enterFile(file);
+        }
+    }
+
+    void enterHead(std::size_t file)
+    {
+        const DiskFile& found = m_unknown[file];
+        if (const auto head = KVTagLib::digestOfSoundHead(found.path))
+            m_alike[headKey(found.info.size, *head)].files.push_back(file);
+    }
+
+    void enterFacts(std::size_t file)
+    {
+        const DiskFile& found = m_unknown[file];
+        if (!CMusicTagEx::fileSupportsTags(found.path))
+        {
+            m_alike[nameKey(found.info.size, found.info.modified, found.path)].files.push_back(
+                file);
+            return;
+        }
+        boost::shared_ptr<QoFileDbItem> facts(new QoFileDbItem);
+        CMusicTagEx tag;
+        if (tag.readTag(found.path))
+            tag.getTag(facts);
+        facts->size = found.info.size;
+        facts->modifTime = found.info.modified;
+        m_alike[timeKey(*facts)].files.push_back(file);
+        if (const std::string key = tagKey(*facts); !key.empty())
+            m_alike[key].files.push_back(file);
+    }
+
+    void claim(const std::string& key, std::vector<std::size_t>& candidates)
+    {
+        const auto found = m_alike.find(key);
+        if (found == m_alike.end())
+            return;
+        Alike& alike = found->second;
+        const bool isClear = alike.files.size() == 1;
+        for (std::size_t i = 0; i < alike.files.size(); ++i)
+        {
+            const std::size_t file = alike.files[i];
+            const bool isNew =
+                std::find(candidates.begin(), candidates.end(), file) == candidates.end();
+            if (isNew && candidates.size() < mostCandidates)
+                candidates.push_back(file);
+            if (!isClear)
+                m_unknown[file].claims = 2;
+            else if (isNew)
+                m_unknown[file].claims = std::min(2, m_unknown[file].claims + 1);
+            if (alike.isClaimed && candidates.size() == mostCandidates)
+                break;
+        }
+        alike.isClaimed = true;
+    }
+
+    void sortOut(MovedFiles& result) const
+    {
+        for (std::size_t i = 0; i < m_vanished.size(); ++i)
+        {
+            const QoFileDbItem& record = *m_vanished[i];
+            const std::vector<std::size_t>& files = m_candidates[i];
+            if (files.size() == 1 && m_unknown[files[0]].claims == 1)
+            {
+                result.offers.push_back({record.path, m_unknown[files[0]].path, record.velmoraId});
+                continue;
+            }
+            UnclearMove unclear{record.path, {}};
+            for (const std::size_t file : files)
+                unclear.candidates.push_back(m_unknown[file].path);
+            if (!files.empty())
+                result.unclear.push_back(std::move(unclear));
+        }
+    }
+
+    const HeadStore& m_heads;
+    IQoProgress& m_progress;
+    QoFileDbItemArray m_records;
+    std::vector<QoFileDbItemPtr> m_vanished;
+    std::vector<DiskFile> m_unknown;
+    std::unordered_map<std::int64_t, std::vector<std::size_t>> m_bySize;
+    std::set<std::int64_t> m_withHeads; ///< sizes whose files were entered by their heads
+    std::set<std::int64_t> m_withFacts;
+    std::unordered_map<std::string, Alike> m_alike;
+    std::vector<std::vector<std::size_t>> m_candidates; ///< for each vanished record
+};
+} // namespace
+
+MovedFiles findMoved(const HeadStore& heads, IQoProgress& progress)
+{
+    return MoveSearch(heads, progress).run();
+}
+
+void applyMoves(Session& session, const std::vector<MoveOffer>& offers, IQoProgress& progress)
+{
+    CollectionChanges changes(session);
+    for (const MoveOffer& offer : offers)
+        changes.move(offer.from, offer.to, true);
+    if (!changes.isEmpty())
+        changes.apply(progress);
+}
+
+CString headsPath()
+{
+    return Session::folder() + u"\\heads";
+}
+} // namespace qo::host

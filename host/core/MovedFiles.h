@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QoKernel/Collection.h>
+
+#include <vector>
+
+namespace qo::host
+{
+class HeadStore;
+class Session;
+
+/// A file that was moved or renamed while nobody looked, with its record.
+struct MoveOffer
+{
+    CString from;
+    CString to;
+    CString velmoraId;
+};
+
+/// One where more than one answer would do, which is for the user to settle.
+struct UnclearMove
+{
+    CString from;
+    std::vector<CString> candidates; ///< the first ten
+};
+
+struct MovedFiles
+{
+    std::vector<MoveOffer> offers;
+    std::vector<UnclearMove> unclear;
+    int vanished = 0; ///< records whose file is gone
+    int unknown = 0;  ///< files without a record
+};
+
+/// Compares the loaded collection with the root folders and pairs records whose file is gone with
+/// files that have no record: of the same size, and beginning alike where the store knows how the
+/// lost file began. Where it does not, a sound file must also have the same length and bitrate, and
+/// either the same write time or the same title, artist, album and track; any other file the same
+/// write time and name. Changes nothing. A record or file that could be paired twice is unclear.
+/// Throws HostError when the progress stopped it. For the kernel's thread.
+MovedFiles findMoved(const HeadStore& heads, IQoProgress& progress);
+
+/// Gives the records their new paths and saves that; a scan afterwards finds the rest. Throws
+/// HostError, see CollectionChanges::apply(). For the kernel's thread.
+void applyMoves(Session& session, const std::vector<MoveOffer>& offers, IQoProgress& progress);
+
+/// Where the heads are kept.
+CString headsPath();
+} // namespace qo::host

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "core/RootGuard.h"
+
+#include <QoKernel/Collection.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace qo::host
+{
+/// Tells files that have gone from those that a walk did not meet because it could not read their
+/// folder: the records of the latter stay. On the thread that calls the kernel.
+class UnreadFiles
+{
+public:
+    /// What lies in a folder that was given up counts as gone.
+    UnreadFiles(const CQoCollection& collection, const std::vector<RootProblem>& givenUp);
+
+    /// For the path of a record whose file a walk did not meet; one that has not gone is counted.
+    bool isGone(const CString& path);
+    /// One sentence for each folder whose files stay.
+    std::vector<std::string> sentences() const;
+
+private:
+    struct Folder
+    {
+        int error = 0;
+        int files = 0;
+    };
+
+    void count(const CString& path, int error);
+    int listError(const CString& folder);
+
+    const CQoCollection& m_collection;
+    CStringArray m_passedOver; ///< with closing backslashes
+    std::map<CString, Folder> m_folders;
+    std::map<CString, int> m_listErrors; ///< of each folder that was asked about
+};
+
+/// Whether the system says that there is no such file; what it cannot say is no.
+bool isKnownToBeGone(const CString& path);
+} // namespace qo::host

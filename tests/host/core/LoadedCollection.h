@@ -1,0 +1,127 @@
+#pragma once
+
+#include "core/FileOperations.h"
+#include "core/HostError.h"
+#include "core/RootFolders.h"
+#include "core/Session.h"
+#include "support/Print.h"
+#include "support/TempDir.h"
+
+#include <QoKernel/Physical.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+
+/// A real collection of a folder of its own: "music" is its root folder, "data" the data folder.
+class LoadedCollection
+{
+public:
+    LoadedCollection()
+    {
+        dir.makeFolder("music");
+        qo::host::Session::Options options;
+        options.dataFolder = dir.path("data");
+        options.note = [this](const std::string& sentence) { notes += sentence + "\n"; };
+        session = std::make_unique<qo::host::Session>(options);
+        addRoot(dir.collPath("music"));
+    }
+
+    template <class Function>
+    auto run(Function function) const
+    {
+        return session->kernel().run(function);
+    }
+    void addRoot(const CString& folder) const
+    {
+        run(
+            [&]
+            {
+                qo::host::RootFolders roots;
+                roots.add(folder, CQoPathInfo::audioIsMusic);
+                roots.store();
+            });
+    }
+    /// Puts a sound of tests/data there, for each its own; its path in collection form.
+    CString addSound(const std::string& relative, const std::string& sound = "sound.mp3") const
+    {
+        const std::filesystem::path target = dir.path(relative);
+        std::filesystem::create_directories(target.parent_path());
+        std::filesystem::copy_file(std::string(QO_TEST_DATA "/sounds/") + sound, target);
+        return dir.collPath(relative);
+    }
+    void load(bool rescan = true) const
+    {
+        run(
+            [&]
+            {
+                session->prepareDatabase(qo::host::Session::databasePath());
+                qo::host::Session::LoadOptions options;
+                options.rescan = rescan;
+                session->load(options, *progress);
+            });
+    }
+
+    /// The id of each record by its path below the test's folder, as the collection has them.
+    std::map<std::string, std::string> records() const
+    {
+        return run(
+            [this]
+            {
+                QoFileDbItemArray items;
+                CQoCollection::m_ownCollection.copyFiles(items);
+                for (const QoFileDbItemPtr& item : items)
+                    EXPECT_TRUE(CQoCollection::m_ownCollection.getFileByPath(item->path))
+                        << qo::toUtf8(item->path) << " has a record but is not in the tree";
+                return named(items);
+            });
+    }
+    /// The same as the database has them.
+    std::map<std::string, std::string> stored() const
+    {
+        return run(
+            [this]
+            {
+                QoFileDbItemArray items;
+                CQoCollDb(qo::host::Session::databasePath()).getAllFiles(items, false, u"", true);
+                return named(items);
+            });
+    }
+    /// Runs it, expects it to fail and gives the sentence.
+    template <class Function>
+    std::string messageOf(Function function, qo::host::ExitCode code) const
+    {
+        try
+        {
+            run(function);
+        }
+        catch (const qo::host::HostError& error)
+        {
+            EXPECT_EQ(error.code(), code) << error.what();
+            return error.what();
+        }
+        ADD_FAILURE() << "nothing was thrown";
+        return {};
+    }
+
+    TempDir dir;
+    mutable std::string notes; ///< what the session had to say
+    std::unique_ptr<qo::host::Session> session;
+    std::unique_ptr<qo::host::ProgressReporter> progress =
+        std::make_unique<qo::host::ProgressReporter>([](const qo::host::ProgressEvent&) {});
+
+private:
+    std::map<std::string, std::string> named(const QoFileDbItemArray& items) const
+    {
+        std::map<std::string, std::string> list;
+        for (const QoFileDbItemPtr& item : items)
+        {
+            const std::string path = qo::toSystemPath(item->path);
+            const bool isBelow = path.starts_with(dir.path() + "/");
+            list[isBelow ? path.substr(dir.path().size() + 1) : path] = qo::toUtf8(item->velmoraId);
+        }
+        return list;
+    }
+};
