@@ -103,6 +103,18 @@ CLI::Option* addArguments(CLI::App& command,
     return command.add_option(name, values, description)->transform(unmask, "")->type_name("");
 }
 
+CLI::Option* addOptional(CLI::App& command,
+                         const std::string& name,
+                         std::optional<std::string>& value,
+                         const std::string& description)
+{
+    return command
+        .add_option_function<std::string>(
+            name, [&value](const std::string& typed) { value = typed; }, description)
+        ->transform(unmask, "")
+        ->type_name("NAME");
+}
+
 void confirm(const CommandLine& line, const std::string& question)
 {
     if (line.yes)

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,12 @@ CLI::Option* addArguments(CLI::App& command,
                           std::vector<std::string>& values,
                           const std::string& description);
 
+/// An option that may be given an empty text; nothing without it.
+CLI::Option* addOptional(CLI::App& command,
+                         const std::string& name,
+                         std::optional<std::string>& value,
+                         const std::string& description);
+
 /// True when the user agrees: with --yes, or asked on a terminal. Without either the command is
 /// refused with a HostError.
 void confirm(const CommandLine& line, const std::string& question);
@@ -63,6 +70,15 @@ void addRootsCommands(CommandLine& line);
 void addListCommand(CommandLine& line);
 void addTreeCommand(CommandLine& line);
 void addInfoCommand(CommandLine& line);
+void addArtistCommands(CommandLine& line);
+void addAlbumCommand(CommandLine& line);
+void addTrackCommand(CommandLine& line);
+void addLyricsCommand(CommandLine& line);
+void addPlacedCommand(CommandLine& line);
+void addUntaggedCommand(CommandLine& line);
+void addDuplicatesCommand(CommandLine& line);
+void addFileCommands(CommandLine& line);
+void addWatchCommand(CommandLine& line);
 void addTagCommands(CommandLine& line);
 void addStatusCommand(CommandLine& line);
 void addConfigCommands(CommandLine& line);

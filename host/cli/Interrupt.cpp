@@ -1,5 +1,7 @@
 #include "cli/Interrupt.h"
 
+#include "core/FolderWatch.h"
+
 #include <csignal>
 
 namespace qo::cli
@@ -7,16 +9,21 @@ namespace qo::cli
 namespace
 {
 std::atomic<host::ProgressReporter*> target{nullptr};
+std::atomic<host::FolderWatch*> watchTarget{nullptr};
 volatile std::sig_atomic_t lastSignal = 0;
 constexpr int endSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 void onEndSignal(int signal)
 {
     host::ProgressReporter* const reporter = target.load();
-    if (reporter && lastSignal == 0)
+    host::FolderWatch* const watch = watchTarget.load();
+    if ((reporter || watch) && lastSignal == 0)
     {
         lastSignal = signal;
-        reporter->cancel();
+        if (reporter)
+            reporter->cancel();
+        if (watch)
+            watch->stop();
         return;
     }
     std::signal(signal, SIG_DFL);
@@ -32,6 +39,16 @@ InterruptGuard::InterruptGuard(host::ProgressReporter& reporter)
 InterruptGuard::~InterruptGuard()
 {
     target.store(nullptr);
+}
+
+WatchGuard::WatchGuard(host::FolderWatch& watch)
+{
+    watchTarget.store(&watch);
+}
+
+WatchGuard::~WatchGuard()
+{
+    watchTarget.store(nullptr);
 }
 
 void installSignalHandlers()

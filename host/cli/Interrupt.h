@@ -2,6 +2,11 @@
 
 #include "core/ProgressReporter.h"
 
+namespace qo::host
+{
+class FolderWatch;
+}
+
 namespace qo::cli
 {
 /// While it lives, the signals that ask a program to end cancel the operation behind the reporter
@@ -13,6 +18,16 @@ public:
     ~InterruptGuard();
     InterruptGuard(const InterruptGuard&) = delete;
     InterruptGuard& operator=(const InterruptGuard&) = delete;
+};
+
+/// While it lives, these signals end the waiting of the watch too.
+class WatchGuard
+{
+public:
+    explicit WatchGuard(host::FolderWatch& watch);
+    ~WatchGuard();
+    WatchGuard(const WatchGuard&) = delete;
+    WatchGuard& operator=(const WatchGuard&) = delete;
 };
 
 /// Once, at the start of the program; also leaves broken pipes to those who write into them.

@@ -1,9 +1,12 @@
 #include "cli/CommandLine.h"
 #include "cli/FileRecord.h"
 #include "cli/KernelCommand.h"
+#include "cli/MovedOffers.h"
 #include "cli/RootChange.h"
 #include "cli/Text.h"
 #include "core/HostFiles.h"
+#include "core/RootGuard.h"
+#include "core/UnfinishedScan.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -19,6 +22,8 @@ struct ScanOptions
 {
     std::vector<std::string> folders;
     bool allowMissingRoot = false;
+    bool deep = false;
+    bool findMoved = false;
 };
 
 /// A copy of the database that a trial run may write to; gone with this object.
@@ -47,7 +52,10 @@ private:
     CString m_path;
 };
 
-void printScan(CommandLine& line, const Session::LoadReport& report)
+void printScan(CommandLine& line,
+               const ScanOptions& options,
+               const Session::LoadReport& report,
+               int moved)
 {
     if (line.json)
     {
@@ -56,17 +64,21 @@ void printScan(CommandLine& line, const Session::LoadReport& report)
         object["new"] = report.added;
         object["changed"] = report.changed;
         object["gone"] = report.gone;
+        if (options.findMoved)
+            object["moved"] = moved;
         object["seconds"] = report.seconds;
         return line.out.line(dump(object));
     }
     line.out.line(std::string(line.dryRun ? "A scan would find " : "Scanned ") +
                   countText(report.files, "file") + ": " + std::to_string(report.added) + " new, " +
-                  std::to_string(report.changed) + " changed, " + std::to_string(report.gone) +
-                  " gone, " + secondsText(report.seconds) + " s");
+                  std::to_string(report.changed) + (options.deep ? " read again, " : " changed, ") +
+                  std::to_string(report.gone) + " gone, " +
+                  (options.findMoved ? std::to_string(moved) + " moved, " : "") +
+                  secondsText(report.seconds) + " s");
 }
 
 /// Puts the roots back as they were when the scan that was to read new ones did not come to its
-/// end.
+/// end, but for those that it had begun to read: the next scan goes on with them.
 class RootsUntilScanned
 {
 public:
@@ -80,7 +92,15 @@ public:
             return;
         try
         {
-            m_session.kernel().run([this] { m_before.store(); });
+            m_session.kernel().run(
+                [this]
+                {
+                    const RootFolders now;
+                    const host::UnfinishedScan unfinished(Session::folder());
+                    for (const CString& begun : unfinished.rootsAtFirst())
+                        m_before.add(begun, now.kind(begun));
+                    m_before.store();
+                });
             m_session.saveSettings();
         }
         catch (const HostError& error)
@@ -122,24 +142,89 @@ void addScannedFolders(const CommandLine& line, Session& session, const ScanOpti
     session.saveSettings();
 }
 
-ExitCode scan(CommandLine& line, const ScanOptions& options)
+/// Without write times every file looks changed to the scan that follows, which reads it again and
+/// stores it with its own time. Should that scan not come to its end, the next one reads the rest.
+/// False if nothing was done.
+bool forgetWriteTimes(const CString& database, bool allowMissingRoot)
 {
-    const auto session = openKernel(line, KernelUse::hold);
-    RootsUntilScanned roots(*session);
-    addScannedFolders(line, *session, options);
+    // The scan itself says what is wrong with them.
+    if (!allowMissingRoot && !host::checkRoots(RootFolders().folders(), database).empty())
+        return false;
+    CSQLiteDB db(database);
+    db.Open();
+    db.Execute(u"UPDATE FILE_T SET FT_MODIF_TIME = 0 WHERE FT_COLL_ID = ''");
+    return true;
+}
+
+Session::LoadReport scanRoots(const CommandLine& line, Session& session, const ScanOptions& options)
+{
     Session::LoadOptions load;
     load.rescan = true;
+    load.isLast = true;
     load.allowMissingRoot = options.allowMissingRoot;
     std::unique_ptr<TrialDatabase> trial;
     if (line.dryRun)
     {
-        trial = session->kernel().run([] { return std::make_unique<TrialDatabase>(); });
+        trial = session.kernel().run([] { return std::make_unique<TrialDatabase>(); });
         load.database = trial->path();
     }
-    const Session::LoadReport report = loadCollection(line, *session, load);
+    bool areForgotten = false;
+    if (options.deep)
+        session.kernel().run(
+            [&]
+            {
+                const CString database = trial ? trial->path() : Session::databasePath();
+                session.prepareDatabase(database);
+                areForgotten = forgetWriteTimes(database, options.allowMissingRoot);
+            });
+    try
+    {
+        return loadCollection(line, session, load);
+    }
+    catch (const HostError&)
+    {
+        if (areForgotten && !line.dryRun)
+            line.note("the next scan reads every file again");
+        throw;
+    }
+}
+
+/// How many files kept their record. Nothing while a root folder is away, since all in it would
+/// seem to have moved; the scan itself says so.
+int findMoved(CommandLine& line, Session& session, const ScanOptions& options)
+{
+    CStringArray newRoots;
+    const bool areThere = session.kernel().run(
+        [&]
+        {
+            const RootFolders roots;
+            for (const std::string& typed : options.folders)
+            {
+                const CString folder = fromSystemPath(host::existingFolder(typed));
+                if (findHolder(roots, folder).IsEmpty())
+                    newRoots.Add(folder);
+            }
+            return options.allowMissingRoot ||
+                   host::checkRoots(roots.folders(), Session::databasePath()).empty();
+        });
+    return areThere ? settleMoves(line, session, newRoots) : 0;
+}
+
+ExitCode scan(CommandLine& line, const ScanOptions& options)
+{
+    const auto session = openKernel(line, KernelUse::hold);
+    const int moved = options.findMoved ? findMoved(line, *session, options) : 0;
+    RootsUntilScanned roots(*session);
+    addScannedFolders(line, *session, options);
+    // Records stand below the new ones already.
+    if (moved > 0)
+        roots.keep();
+    const Session::LoadReport report = scanRoots(line, *session, options);
     if (!line.dryRun)
         roots.keep();
-    printScan(line, report);
+    printScan(line, options, report, moved);
+    if (options.findMoved && !line.dryRun)
+        rememberHeads(line, *session);
     return ExitCode::done;
 }
 
@@ -194,6 +279,10 @@ void addScanCommands(CommandLine& line)
     scanApp->add_flag("--allow-missing-root",
                       options->allowMissingRoot,
                       "Go on when a root folder is away: its files leave the collection");
+    scanApp->add_flag("--deep", options->deep, "Read every file again, not only what changed");
+    scanApp->add_flag("--find-moved",
+                      options->findMoved,
+                      "First look for files that were moved, and offer to keep their records");
 
     auto withMemory = std::make_shared<bool>(false);
     CLI::App* const loadApp =

@@ -7,7 +7,9 @@
 #include "core/RootFolders.h"
 #include "core/RootGuard.h"
 #include "core/Snapshots.h"
+#include "core/UnfinishedScan.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace qo::cli
@@ -79,14 +81,22 @@ Database lookAtDatabase(const CString& path)
 Json rootsJson(const RootFolders& roots)
 {
     Json list = Json::array();
-    for (const CString& folder : roots.folders())
+    const host::UnfinishedScan unfinished(Session::folder());
+    RootFolders all = roots;
+    for (const CString& begun : unfinished.rootsAtFirst())
+        all.add(begun, CQoPathInfo::audioIsMusic);
+    for (const CString& folder : all.folders())
     {
         CStringArray one;
         one.Add(folder);
         const auto problems = host::checkRoots(one, Session::databasePath());
         Json root;
         putPath(root, "path", folder);
-        root["type"] = RootFolders::kindName(roots.kind(folder));
+        root["type"] = RootFolders::kindName(all.kind(folder));
+        root["unfinished"] =
+            std::any_of(unfinished.rootsAtFirst().begin(),
+                        unfinished.rootsAtFirst().end(),
+                        [&folder](const CString& begun) { return begun == folder; });
         root["away"] = problems.empty() ? Json() : Json(problems[0].cause);
         list.push_back(root);
     }
@@ -107,6 +117,7 @@ Json statusJson(const Database& database, const RootFolders& roots)
         isoTime(database.scanned).empty() ? Json() : Json(isoTime(database.scanned));
     object["changed"] =
         isoTime(database.changed).empty() ? Json() : Json(isoTime(database.changed));
+    object["unfinishedScan"] = Session::hasUnfinishedScan();
     object["roots"] = rootsJson(roots);
     object["pendingEdits"] = host::PendingTags(Session::pendingTagsPath()).paths().size();
     object["snapshots"] = host::Snapshots(Session::databasePath()).list().GetSize();
@@ -133,16 +144,22 @@ std::string statusText(const Json& object, const Database& database)
     std::string text = row("data", object["data"]);
     text += row("database", object["database"].get<std::string>() + databaseText(database));
     text += row("files", std::to_string(database.files));
-    text += row("scanned", localTimeText(database.scanned));
+    text += row("scanned",
+                object["unfinishedScan"].get<bool>()
+                    ? "not to the end: \"qo scan\" goes on with the first scan"
+                : object["scanned"].is_null() ? "never"
+                                              : localTimeText(database.scanned));
     text += row("changed", localTimeText(database.changed));
     std::string name = "roots";
     for (const Json& root : object["roots"])
     {
         const std::string away =
             root["away"].is_null() ? "" : "  (away: " + root["away"].get<std::string>() + ")";
+        const char* const unfinished =
+            root["unfinished"].get<bool>() ? "  (not scanned to the end)" : "";
         text += row(name,
                     root["path"].get<std::string>() + "  (" + root["type"].get<std::string>() +
-                        ")" + away);
+                        ")" + away + unfinished);
         name.clear();
     }
     if (object["roots"].empty())
@@ -165,8 +182,12 @@ ExitCode status(CommandLine& line)
     session->kernel().run(
         [&line]
         {
-            const Database database = lookAtDatabase(Session::databasePath());
-            const Json object = statusJson(database, RootFolders());
+            Database database = lookAtDatabase(Session::databasePath());
+            const RootFolders roots;
+            // What an interrupted first scan leaves that kept nothing.
+            if (database.files == 0 && roots.folders().IsEmpty())
+                database.scanned = FILETIME();
+            const Json object = statusJson(database, roots);
             if (line.json)
                 line.out.line(dump(object));
             else

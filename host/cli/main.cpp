@@ -19,6 +19,15 @@ void addCommands(CommandLine& line)
     qo::cli::addListCommand(line);
     qo::cli::addTreeCommand(line);
     qo::cli::addInfoCommand(line);
+    qo::cli::addArtistCommands(line);
+    qo::cli::addAlbumCommand(line);
+    qo::cli::addTrackCommand(line);
+    qo::cli::addLyricsCommand(line);
+    qo::cli::addPlacedCommand(line);
+    qo::cli::addUntaggedCommand(line);
+    qo::cli::addDuplicatesCommand(line);
+    qo::cli::addFileCommands(line);
+    qo::cli::addWatchCommand(line);
     qo::cli::addTagCommands(line);
     qo::cli::addStatusCommand(line);
     qo::cli::addConfigCommands(line);

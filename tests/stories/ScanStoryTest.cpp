@@ -31,6 +31,32 @@ void runSql(const std::string& database, const char* sql)
     EXPECT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, &message), SQLITE_OK) << message;
     sqlite3_close(db);
 }
+
+/// Waits until the database has files; false after ten seconds.
+bool waitForFiles(const std::string& database)
+{
+    for (int i = 0; i < 2000; ++i)
+    {
+        sqlite3* db = nullptr;
+        int count = 0;
+        if (sqlite3_open_v2(database.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK)
+            sqlite3_exec(
+                db,
+                "SELECT COUNT(*) FROM FILE_T;",
+                [](void* result, int, char** values, char**)
+                {
+                    *static_cast<int*>(result) = std::atoi(values[0]);
+                    return 0;
+                },
+                &count,
+                nullptr);
+        sqlite3_close(db);
+        if (count > 0)
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return false;
+}
 } // namespace
 
 TEST(ScanStory, CollectionSurvivesARestartWithoutTheDisk)
@@ -62,6 +88,49 @@ TEST(ScanStory, LocaleOfTheUserChangesNothing)
     ASSERT_EQ(qo.scan().code, 0);
     EXPECT_EQ(rows(qo), plain);
     EXPECT_GE(plain.size(), 2U);
+}
+
+TEST(ScanStory, InterruptedFirstScanGoesOnWhereItStopped)
+{
+    const QoCommand qo;
+    qo.addSounds("a", 40000);
+    const pid_t pid = qo.start({"scan", qo.music()});
+    ASSERT_TRUE(waitForFiles(qo.database()));
+    ::kill(pid, SIGINT);
+    const auto result = qo.finish(pid);
+    ASSERT_EQ(result.code, 130) << result.err;
+    const std::size_t kept = qo.paths().size();
+    EXPECT_GT(kept, 0U);
+    EXPECT_NE(result.err.find("interrupted; the " + std::to_string(kept) +
+                              " files read so far were kept"),
+              std::string::npos)
+        << result.err;
+    // Nothing goes on by itself, and everybody is told.
+    EXPECT_EQ(qo.run({"status", "--json"}).json().at(0)["unfinishedScan"], true);
+    EXPECT_NE(qo.run({"ls"}).err.find("\"qo scan\" goes on with it"), std::string::npos);
+    EXPECT_EQ(qo.paths().size(), kept);
+    EXPECT_EQ(qo.run({"roots", "ls", "--json"}).json().size(), 1U);
+
+    EXPECT_EQ(qo.run({"scan", "--json"}).json().at(0)["new"], 40000 - kept);
+    EXPECT_EQ(qo.run({"status", "--json"}).json().at(0)["unfinishedScan"], false);
+    EXPECT_EQ(qo.paths().size(), 40000U);
+}
+
+TEST(ScanStory, FirstScanInterruptedBeforeItReadsAnythingLeavesNoRoot)
+{
+    const QoCommand qo;
+    qo.addSounds("a", 40000);
+    const pid_t pid = qo.start({"scan", qo.music()});
+    ASSERT_TRUE(QoCommand::waitFor(qo.database()));
+    ::kill(pid, SIGINT);
+    const auto result = qo.finish(pid);
+    ASSERT_EQ(result.code, 130) << result.err;
+    if (result.err.find("were kept") != std::string::npos)
+        GTEST_SKIP() << "the signal came too late";
+    // The next start must not begin to scan by itself.
+    EXPECT_EQ(qo.run({"roots", "ls"}).out, "") << result.err;
+    EXPECT_NE(qo.run({"status"}).out.find("scanned     never"), std::string::npos);
+    EXPECT_EQ(qo.paths().size(), 0U);
 }
 
 TEST(ScanStory, KilledScanLeavesTheFormerOrTheNewState)

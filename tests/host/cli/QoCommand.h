@@ -44,6 +44,18 @@ public:
         std::filesystem::copy_file(std::string(QO_TEST_DATA "/sounds/") + sound, target);
         return target;
     }
+    /// The same with a tag of its own, of words like "artist=x".
+    std::string addTrack(const std::string& relative,
+                         const std::vector<std::string>& fields,
+                         const std::string& sound = "sound.mp3") const
+    {
+        const std::string file = addSound(relative, sound);
+        std::vector<std::string> words{"tag", "set", file};
+        words.insert(words.end(), fields.begin(), fields.end());
+        EXPECT_EQ(run(words).code, 0);
+        EXPECT_EQ(run({"tag", "write", file}).code, 0);
+        return file;
+    }
     void addSounds(const std::string& folder, int count) const
     {
         const std::string first = addSound(folder + "/0.mp3");

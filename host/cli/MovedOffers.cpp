@@ -1,0 +1,123 @@
+#include "cli/MovedOffers.h"
+
+#include "cli/FileRecord.h"
+#include "cli/Interrupt.h"
+#include "cli/KernelCommand.h"
+#include "cli/ProgressDisplay.h"
+#include "cli/Text.h"
+#include "core/HeadStore.h"
+#include "core/HostFiles.h"
+#include "core/MovedFiles.h"
+
+namespace qo::cli
+{
+namespace
+{
+using host::MovedFiles;
+using host::Session;
+
+/// Runs on the kernel's thread with progress and a way to interrupt.
+template <class Function>
+auto runWithProgress(const CommandLine& line, Session& session, Function function)
+{
+    ProgressDisplay display(line.quiet);
+    host::ProgressReporter progress([&display](const host::ProgressEvent& event)
+                                    { display.show(event); });
+    const InterruptGuard guard(progress);
+    return session.kernel().run([&] { return function(progress); });
+}
+
+void printOffer(CommandLine& line, const host::MoveOffer& offer)
+{
+    if (!line.json)
+        return line.out.line(line.out.foreign(host::shownPath(offer.from)) + " -> " +
+                             line.out.foreign(host::shownPath(offer.to)));
+    Json object;
+    putPath(object, "from", offer.from);
+    putPath(object, "to", offer.to);
+    object["velmoraId"] = toUtf8(offer.velmoraId);
+    line.out.line(dump(object));
+}
+
+void printUnclear(CommandLine& line, const host::UnclearMove& unclear)
+{
+    if (line.json)
+    {
+        Json object;
+        putPath(object, "from", unclear.from);
+        object["candidates"] = Json::array();
+        for (const CString& candidate : unclear.candidates)
+        {
+            Json each;
+            putPath(each, "path", candidate);
+            object["candidates"].push_back(each);
+        }
+        return line.out.line(dump(object));
+    }
+    std::string text = host::shownPath(unclear.from) + " may be any of these; it is left alone:";
+    for (const CString& candidate : unclear.candidates)
+        text += "\n  " + host::shownPath(candidate);
+    line.note(text);
+}
+
+void print(CommandLine& line, const MovedFiles& moved)
+{
+    for (const host::MoveOffer& offer : moved.offers)
+        printOffer(line, offer);
+    for (const host::UnclearMove& unclear : moved.unclear)
+        printUnclear(line, unclear);
+    line.out.flush();
+    line.note(
+        countText(moved.vanished, "file") + " gone, " + countText(moved.unknown, "file") +
+        " new, " + std::to_string(moved.offers.size()) + " of them moved" +
+        (moved.unclear.empty() ? "" : ", " + std::to_string(moved.unclear.size()) + " unclear"));
+}
+} // namespace
+
+int settleMoves(CommandLine& line, Session& session, const CStringArray& newRoots)
+{
+    loadForReading(line, session);
+    session.kernel().run(
+        [&newRoots]
+        {
+            CQoPathsInfoMap kinds;
+            for (const CString& root : newRoots)
+                kinds.SetAt(root, CQoPathInfo::audioIsMusic);
+            CQoCollection::m_ownCollection.addRootDirs(newRoots, kinds);
+        });
+    const MovedFiles moved =
+        runWithProgress(line,
+                        session,
+                        [](host::ProgressReporter& progress)
+                        { return host::findMoved(host::HeadStore(host::headsPath()), progress); });
+    session.kernel().run([&] { print(line, moved); });
+    if (moved.offers.empty() || line.dryRun)
+        return 0;
+    const auto count = static_cast<int>(moved.offers.size());
+    confirm(line,
+            countText(count, "record") +
+                " will follow the moved files; a scan without this takes them for gone and new.");
+    runWithProgress(line,
+                    session,
+                    [&](host::ProgressReporter& progress)
+                    { host::applyMoves(session, moved.offers, progress); });
+    return count;
+}
+
+void rememberHeads(CommandLine& line, Session& session)
+{
+    const bool isWhole = runWithProgress(line,
+                                         session,
+                                         [](host::ProgressReporter& progress)
+                                         {
+                                             QoFileDbItemArray records;
+                                             CQoCollection::m_ownCollection.copyFiles(records);
+                                             host::HeadStore heads(host::headsPath());
+                                             const bool whole = heads.update(records, progress);
+                                             heads.save();
+                                             return whole;
+                                         });
+    if (!isWhole)
+        line.note("the rest of the files is looked at the next time");
+}
+} // namespace qo::cli

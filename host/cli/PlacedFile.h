@@ -1,0 +1,40 @@
+#pragma once
+
+#include "cli/FileRecord.h"
+
+#include <QoKernel/Analysis.h>
+#include <QoKernel/Collection.h>
+#include <QoKernel/Physical.h>
+
+#include <string>
+#include <vector>
+
+namespace qo::cli
+{
+/// A picture or text with what it belongs to and the evidence for that: what its name says about
+/// the music beside it, and what the music of its folder agrees on.
+class PlacedFile
+{
+public:
+    PlacedFile(Placement placement, const std::vector<FolderVote>& votes);
+
+    const CString& path() const { return m_placement.file->getPath(); }
+    /// Whether the analysis found an artist or album for it.
+    bool isPlaced() const { return !item().artist.IsEmpty() || !item().album.IsEmpty(); }
+    /// "Artist / Album / Title", as far as there are.
+    std::string ownerText() const;
+    /// Why it belongs there, or why to nothing.
+    std::string reason() const;
+    Json record() const;
+
+private:
+    const QoFileDbItem& item() const { return *m_placement.file->getDbItem(); }
+    const char* by() const;
+    std::string nameReason() const;
+    std::string voteReason(CLTObjectType::EType type, const char* noun) const;
+    const FolderVote* voteFor(CLTObjectType::EType type) const;
+
+    Placement m_placement;
+    const std::vector<FolderVote>& m_votes;
+};
+} // namespace qo::cli
