@@ -7,7 +7,6 @@
 #include "core/RootFolders.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace qo::cli
 {
@@ -66,17 +65,11 @@ std::vector<CString> spellings(const std::string& typed)
         if (std::find(list.begin(), list.end(), form) == list.end())
             list.push_back(form);
     };
-    const auto resolved = [](const std::string& path)
-    {
-        const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
-                                                               std::free);
-        return real ? std::string(real.get()) : std::string();
-    };
     const std::size_t slash = lexical.rfind('/');
-    const std::string folder = resolved(lexical.substr(0, slash + 1));
+    const std::string folder = host::resolvedPath(lexical.substr(0, slash + 1));
     if (!folder.empty())
         add(folder + "/" + lexical.substr(slash + 1));
-    const std::string real = resolved(lexical);
+    const std::string real = host::resolvedPath(lexical);
     if (!real.empty())
         add(real);
     return list;

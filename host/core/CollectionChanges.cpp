@@ -9,25 +9,10 @@
 #include <QoKernel/Logical.h>
 #include <QoKernel/Physical.h>
 
-#include <algorithm>
 #include <unordered_map>
 
 namespace qo::host
 {
-namespace
-{
-/// Whether the collection holds what its database does not.
-bool hasUnsaved()
-{
-    QoFileDbItemArray records;
-    CQoCollection::m_ownCollection.copyFiles(records);
-    return std::any_of(records.begin(),
-                       records.end(),
-                       [](const QoFileDbItemPtr& item)
-                       { return item->dbState != dbState::unchanged; });
-}
-} // namespace
-
 struct CollectionChanges::Stage
 {
     CQoFileChangeInfoList list;
@@ -182,7 +167,7 @@ void CollectionChanges::applyStage(const Stage& stage, IQoProgress& progress)
     // A failed save is told to the log alone. What else is told there, such as a tag that cannot be
     // read, leaves no record unsaved.
     const std::string failure = m_session.failures().lastFailure();
-    if (!failure.empty() && hasUnsaved())
+    if (!failure.empty() && hasUnsaved(collection))
         throw HostError(ExitCode::failed,
                         "the collection could not be saved to " +
                             shownPath(Session::databasePath()) + ": " + failure);

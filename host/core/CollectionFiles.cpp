@@ -1,6 +1,6 @@
 #include "core/CollectionFiles.h"
 
-#include <QoKernel/Collection.h>
+#include <algorithm>
 
 namespace qo::host
 {
@@ -20,13 +20,32 @@ CString rebased(const CString& path, const CString& from, const CString& to)
 }
 
 void forEachFile(const CString& folder,
-                 const std::function<void(const CString& path, const FileInfo& info)>& visit)
+                 const std::function<bool(const CString& path, const FileInfo& info)>& visit)
 {
     QoKernel::CFileFilter filter;
     filter.m_flags = QoKernel::CFileFilter::testType;
     filter.m_typeMask = QoKernel::CFileFilter::plainFiles;
     QoKernel::CFileFinder finder;
     for (bool any = finder.findFirst({folder, true}, filter); any; any = finder.findNext())
-        visit(finder.getFilePath(), finder.getFileInfo());
+    {
+        if (!visit(finder.getFilePath(), finder.getFileInfo()))
+            return;
+    }
+}
+
+bool hasUnsaved(const CQoCollection& collection)
+{
+    QoFileDbItemArray records;
+    collection.copyFiles(records);
+    return std::any_of(records.begin(),
+                       records.end(),
+                       [](const QoFileDbItemPtr& item)
+                       { return item->dbState != dbState::unchanged; });
+}
+
+bool isOtherFile(const QoFileDbItem& record, const FileInfo& info)
+{
+    return info.size != record.size ||
+           !CQoCollDbUtils::FILETIMEsAreEqual(info.modified, record.modifTime);
 }
 } // namespace qo::host

@@ -11,8 +11,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <memory>
 #include <set>
 #include <utility>
 #include <vector>
@@ -44,14 +42,6 @@ bool identityOf(const std::string& path, Identity& identity)
     return true;
 }
 
-/// With links resolved; "" if absent.
-std::string realPath(const std::string& path)
-{
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
-                                                           std::free);
-    return real ? real.get() : std::string();
-}
-
 /// The path and all folders above it, up to "/".
 std::vector<std::string> wayUp(std::string path)
 {
@@ -73,7 +63,7 @@ class Place
 public:
     Place(std::string path, const char* what) : m_path(std::move(path)), m_what(what)
     {
-        const std::string real = realPath(m_path);
+        const std::string real = resolvedPath(m_path);
         m_isThere = identityOf(real, m_self);
         for (const std::string& way : {m_path, real})
         {
@@ -127,7 +117,7 @@ bool isInData(const std::string& path)
 {
     const Place data = dataPlace();
     const std::vector<Place> roots = rootPlaces();
-    for (const std::string& name : wayUp(realPath(path)))
+    for (const std::string& name : wayUp(resolvedPath(path)))
     {
         Identity identity;
         if (!identityOf(name, identity))

@@ -11,7 +11,6 @@
 
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <set>
 
 namespace qo::host
@@ -66,7 +65,12 @@ std::vector<CString> filesAt(const CString& path)
     if (info.kind == FileKind::regular)
         return {path};
     std::vector<CString> files;
-    forEachFile(path, [&files](const CString& file, const FileInfo&) { files.push_back(file); });
+    forEachFile(path,
+                [&files](const CString& file, const FileInfo&)
+                {
+                    files.push_back(file);
+                    return true;
+                });
     return files;
 }
 } // namespace
@@ -100,9 +104,8 @@ FileOperations::Result FileOperations::add(const CString& from,
         return transfer(from, target, mode, {}, progress);
     }
     // What is wanted of a link is the music behind it.
-    const std::unique_ptr<char, decltype(&std::free)> real(
-        ::realpath(toSystemPath(from).c_str(), nullptr), std::free);
-    return transfer(real ? fromSystemPath(real.get()) : from, target, mode, {}, progress);
+    const std::string real = resolvedPath(toSystemPath(from));
+    return transfer(real.empty() ? from : fromSystemPath(real), target, mode, {}, progress);
 }
 
 int FileOperations::collect(const CString& from,

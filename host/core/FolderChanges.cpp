@@ -26,21 +26,17 @@ bool isThere(const CString& path, FileKind kind)
 void refuseWithoutRoots()
 {
     const RootFolders roots;
-    std::string text;
-    for (const RootProblem& problem : checkRoots(roots.folders(), Session::databasePath()))
-        text +=
-            "the root folder " + shownPath(problem.folder) + " is away: " + problem.cause + "\n";
+    const std::string text =
+        rootSentences(checkRoots(roots.folders(), Session::databasePath()), "is away");
     if (!text.empty())
         throw HostError(ExitCode::away, text + "nothing was changed");
 }
 
-/// What has another size or time is read, be the time an older one: it is another file.
+/// The kernel reads what is newer than it knows.
 void readIfOther(const QoFileDbItemPtr& record, const CString& path)
 {
     FileInfo info;
-    if (record && fileSystem().info(path, Spelling::exact, info) == 0 &&
-        (info.size != record->size ||
-         !CQoCollDbUtils::FILETIMEsAreEqual(info.modified, record->modifTime)))
+    if (record && fileSystem().info(path, Spelling::exact, info) == 0 && isOtherFile(*record, info))
         CQoCollDbUtils::SetNullFILETIME(record->modifTime);
 }
 } // namespace
@@ -112,6 +108,7 @@ private:
                     {
                         if (!CollectionChanges::recordOf(path))
                             look(path);
+                        return true;
                     });
     }
 

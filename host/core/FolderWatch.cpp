@@ -114,8 +114,7 @@ struct FolderWatch::State
     State(std::vector<std::string> folders, std::chrono::milliseconds settle)
         : roots(std::move(folders)), settler(settle, look)
     {
-        const ISpecialFolders& special = specialFolders();
-        for (const CString& own : {special.data(), special.state(), special.cache()})
+        for (const CString& own : specialFolders().ownFolders())
             ownFolders.push_back(toSystemPath(own));
     }
 

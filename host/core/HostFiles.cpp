@@ -80,12 +80,18 @@ std::string absolutePath(const std::string& typed)
     return foldDots(here.native() + "/" + typed);
 }
 
+std::string resolvedPath(const std::string& path)
+{
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
+                                                           std::free);
+    return real ? real.get() : std::string();
+}
+
 std::string existingFolder(const std::string& typed)
 {
     absolutePath(typed);
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(typed.c_str(), nullptr),
-                                                           std::free);
-    if (!real)
+    const std::string real = resolvedPath(typed);
+    if (real.empty())
     {
         const int error = errno;
         const ExitCode code =
@@ -95,9 +101,9 @@ std::string existingFolder(const std::string& typed)
     struct stat info
     {
     };
-    if (::stat(real.get(), &info) != 0 || !S_ISDIR(info.st_mode))
+    if (::stat(real.c_str(), &info) != 0 || !S_ISDIR(info.st_mode))
         throw HostError(ExitCode::failed, typed + " is not a folder");
-    return real.get();
+    return real;
 }
 
 CString timeStampOfNow()

@@ -20,7 +20,11 @@ std::string shownPath(const CString& path);
 /// at the disk, so a link followed by ".." is taken literally.
 std::string absolutePath(const std::string& typed);
 
-/// The same for an existing folder, with links resolved; throws HostError when it is no folder.
+/// The path with all links resolved; "" with the cause in errno when there is nothing.
+std::string resolvedPath(const std::string& path);
+
+/// absolutePath() for an existing folder, with links resolved; throws HostError when it is no
+/// folder.
 std::string existingFolder(const std::string& typed);
 
 /// "20260131_235959", local time: part of the names of files that are set aside.

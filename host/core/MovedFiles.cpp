@@ -119,6 +119,7 @@ private:
                 found->second = true;
             else if (info.size > 0)
                 m_unknown.push_back({path, info});
+            return true;
         };
         m_progress.setStage(IQoProgress::stageScan);
         m_progress.setRange(IQoProgress::rangeUnknown, 0);

@@ -53,6 +53,15 @@ std::vector<RootProblem> checkRoots(const CStringArray& folders, const CString& 
     return problems;
 }
 
+std::string rootSentences(const std::vector<RootProblem>& problems, const std::string& went)
+{
+    std::string text;
+    for (const RootProblem& problem : problems)
+        text += "the root folder " + shownPath(problem.folder) + " " + went + ": " + problem.cause +
+                "\n";
+    return text;
+}
+
 std::int64_t countFilesBelow(const CString& database, const CString& folder)
 {
     if (!fileSystem().exists(database))

@@ -19,6 +19,9 @@ struct RootProblem
 /// thread that calls the kernel; the database may be absent.
 std::vector<RootProblem> checkRoots(const CStringArray& folders, const CString& database);
 
+/// A line about each, in the past or present as `went` says: "went away during the scan".
+std::string rootSentences(const std::vector<RootProblem>& problems, const std::string& went);
+
 /// How many rows of the user's own collection lie below the folder; 0 without a database.
 std::int64_t countFilesBelow(const CString& database, const CString& folder);
 } // namespace qo::host

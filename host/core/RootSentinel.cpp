@@ -45,11 +45,9 @@ void RootSentinel::keepUnread()
 
 void RootSentinel::refuse() const
 {
-    std::string text;
-    for (const RootProblem& problem : m_lost)
-        text += "the root folder " + shownPath(problem.folder) +
-                " went away during the scan: " + problem.cause + "\n";
-    throw HostError(ExitCode::away, text + "nothing more was changed");
+    throw HostError(ExitCode::away,
+                    rootSentences(m_lost, "went away during the scan") +
+                        "nothing more was changed");
 }
 
 void RootSentinel::setStage(int stage)

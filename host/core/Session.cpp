@@ -154,13 +154,10 @@ std::vector<RootProblem> Session::guardRoots(bool allowMissingRoot, const CStrin
     const std::vector<RootProblem> problems = checkRoots(RootFolders().folders(), database);
     if (problems.empty() || allowMissingRoot)
         return problems;
-    std::string text;
-    for (const RootProblem& problem : problems)
-        text +=
-            "the root folder " + shownPath(problem.folder) + " is away: " + problem.cause + "\n";
     throw HostError(ExitCode::away,
-                    text + "nothing was changed; with --allow-missing-root a scan takes its files "
-                           "out of the collection");
+                    rootSentences(problems, "is away") +
+                        "nothing was changed; with --allow-missing-root a scan takes its files "
+                        "out of the collection");
 }
 
 std::string Session::interruptedText(bool wasNeverScanned, bool walked)
@@ -224,7 +221,8 @@ CQoCollection::OpResultInfo Session::loadOnce(const CString& database,
     return result;
 }
 
-CollPathArray Session::firstScanned(const RootFolders& roots, const CString& database)
+CollPathArray
+Session::firstScanned(const RootFolders& roots, const UnfinishedScan& mark, const CString& database)
 {
     CollPathArray wanted;
     CQoCollection::validateRootDirs(roots.folders(), wanted);
@@ -236,7 +234,7 @@ CollPathArray Session::firstScanned(const RootFolders& roots, const CString& dat
             addPaths(known, info.rootDirs);
     }
     CollPathArray unfinished;
-    addPaths(unfinished, UnfinishedScan(folder()).rootsAtFirst());
+    addPaths(unfinished, mark.rootsAtFirst());
     CollPathArray fresh;
     for (const CQoCollPath& root : wanted)
     {
@@ -278,7 +276,7 @@ bool Session::scanInSlices(const LoadOptions& options,
     const CString database = databasePath();
     const RootFolders roots;
     const UnfinishedScan mark(folder());
-    const CollPathArray fresh = firstScanned(roots, database);
+    const CollPathArray fresh = firstScanned(roots, mark, database);
     if (fresh.IsEmpty())
     {
         if (mark.wasThere())

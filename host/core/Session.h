@@ -97,7 +97,8 @@ private:
     static std::string interruptedText(bool wasNeverScanned, bool walked);
     static void checkSaved(const CString& database, const std::string& cause);
     /// The folders of a rescan that are to be read in slices.
-    static CollPathArray firstScanned(const RootFolders& roots, const CString& database);
+    static CollPathArray
+    firstScanned(const RootFolders& roots, const UnfinishedScan& mark, const CString& database);
     /// Scans in slices if there are such folders; false when a scan in one piece is needed.
     bool scanInSlices(const LoadOptions& options,
                       RootSentinel& sentinel,

@@ -96,24 +96,16 @@ SlicedScan::SlicedScan(CQoCollection& collection,
 
 std::vector<SlicedScan::FoundFile> SlicedScan::walk()
 {
-    QoKernel::CFileFilter filter;
-    filter.m_flags = QoKernel::CFileFilter::testType;
-    filter.m_typeMask = QoKernel::CFileFilter::plainFiles;
     std::vector<FoundFile> found;
+    const auto visit = [&](const CString& path, const FileInfo& info)
+    {
+        found.push_back({path, info.modified, info.size});
+        return !m_progress.isCanceled();
+    };
     CollPathArray roots;
     m_collection.getRootDirs(roots);
     for (const CQoCollPath& root : roots)
-    {
-        QoKernel::CFileFinder finder;
-        const CString folder = CQoUtils::getRealPath(root);
-        for (bool any = finder.findFirst({folder, true}, filter); any; any = finder.findNext())
-        {
-            if (m_progress.isCanceled())
-                return {};
-            found.push_back(
-                {finder.getFilePath(), finder.getFileInfo().modified, finder.getFileInfo().size});
-        }
-    }
+        forEachFile(CQoUtils::getRealPath(root), visit);
     // The order of the records. Of names that differ in case alone the first found counts.
     const auto order = [](const FoundFile& a, const FoundFile& b)
     { return a.path.CompareNoCase(b.path); };
@@ -148,9 +140,7 @@ void SlicedScan::addChange(std::vector<Change>& changes,
     // Of two names that differ in case alone the known one keeps its place.
     if (!isSameName && !isRenamed && fileSystem().info(known->path, Spelling::exact, info) != 0)
         return;
-    // What has another size or an older time is another file under that name.
-    const bool isOther = info.size != known->size ||
-                         !CQoCollDbUtils::FILETIMEsAreEqual(info.modified, known->modifTime);
+    const bool isOther = isOtherFile(*known, info);
     const QoFileDbItemPtr toReadAgain = isOther ? known : QoFileDbItemPtr();
     if (isRenamed)
         changes.push_back({CQoFileChangeInfo::move, known->path, found->path, false, toReadAgain});
@@ -237,20 +227,10 @@ bool SlicedScan::apply(const std::vector<Change>& changes, std::size_t from, std
     if (!m_collection.loadedSuccesfully())
         return false;
     if (!changes[from].isNew)
-        return isSaved();
+        return !hasUnsaved(m_collection);
     // A record gets its id with the transaction that stores it.
     const auto first = m_collection.getFileByPath(changes[from].path);
     return first && first->getDbItem()->id != 0;
-}
-
-bool SlicedScan::isSaved() const
-{
-    QoFileDbItemArray files;
-    m_collection.copyFiles(files);
-    return std::all_of(files.begin(),
-                       files.end(),
-                       [](const QoFileDbItemPtr& item)
-                       { return item->dbState == dbState::unchanged; });
 }
 
 /// Whether a scan in one piece would save what the analysis makes of the record: that saves what
@@ -293,7 +273,7 @@ void SlicedScan::analyze(Report& report)
                            });
     m_collection.applyQoFileChanges({}, folders, &progress);
     report.isStopped = m_progress.isCanceled();
-    report.isSaved = report.isStopped || isSaved();
+    report.isSaved = report.isStopped || !hasUnsaved(m_collection);
     report.isStopped = report.isStopped || !report.isSaved;
 }
 } // namespace qo::host

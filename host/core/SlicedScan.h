@@ -60,7 +60,7 @@ private:
     {
         CString path;
         FILETIME modified;
-        std::int64_t size;
+        std::int64_t size = 0;
     };
 
     std::vector<FoundFile> walk();
@@ -68,7 +68,6 @@ private:
     void
     addChange(std::vector<Change>& changes, const QoFileDbItemPtr& known, const FoundFile* found);
     bool apply(const std::vector<Change>& changes, std::size_t from, std::size_t to);
-    bool isSaved() const;
     bool isOfThisScan(const CString& path) const;
 
     CQoCollection& m_collection;

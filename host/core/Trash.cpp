@@ -206,14 +206,13 @@ std::string Trash::homeFolderOn(std::uint64_t mount, const std::string& path) co
     struct stat st;
     if (::lstat(m_homeTrash.c_str(), &st) != 0 || !S_ISLNK(st.st_mode))
         return m_homeTrash;
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(m_homeTrash.c_str(), nullptr),
-                                                           std::free);
-    if (!real || ::stat(real.get(), &st) != 0 || !S_ISDIR(st.st_mode) || st.st_uid != ::geteuid() ||
-        mountOf(real.get()) != mount)
+    const std::string real = resolvedPath(m_homeTrash);
+    if (real.empty() || ::stat(real.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) ||
+        st.st_uid != ::geteuid() || mountOf(real) != mount)
         refuse(path,
                "the trash " + m_homeTrash +
                    " is a symbolic link to what is no folder of yours on the same file system");
-    return real.get();
+    return real;
 }
 
 Trash::Place Trash::placeFor(const std::string& path) const

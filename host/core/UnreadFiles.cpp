@@ -35,8 +35,7 @@ UnreadFiles::UnreadFiles(const CQoCollection& collection, const std::vector<Root
     : m_collection(collection)
 {
     // A walk passes over the program's own folders.
-    const ISpecialFolders& special = specialFolders();
-    for (const CString& own : {special.data(), special.state(), special.cache()})
+    for (const CString& own : specialFolders().ownFolders())
         m_passedOver.Add(addBackslash(own));
     for (const RootProblem& problem : givenUp)
         m_passedOver.Add(addBackslash(problem.folder));

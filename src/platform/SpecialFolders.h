@@ -16,6 +16,8 @@ public:
     virtual CString data() const = 0;  ///< what must last
     virtual CString state() const = 0; ///< logs and the like
     virtual CString cache() const = 0; ///< what can be made again
+    /// Those three, in which nothing is the user's music.
+    std::vector<CString> ownFolders() const { return {data(), state(), cache()}; }
     virtual CString music() const = 0;
     virtual CString videos() const = 0;
     virtual CString home() const = 0;

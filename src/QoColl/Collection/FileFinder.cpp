@@ -88,8 +88,7 @@ bool CFileFinder::findFirst(const ScanOptions& options, const CFileFilter& filte
     m_pendingDirs.RemoveAll();
     m_nextPending = 0;
     m_visited.clear();
-    const qo::ISpecialFolders& special = qo::specialFolders();
-    m_ownFolders = {special.data(), special.state(), special.cache()};
+    m_ownFolders = qo::specialFolders().ownFolders();
     m_entries.clear();
     m_next = 0;
     qo::FileInfo start;

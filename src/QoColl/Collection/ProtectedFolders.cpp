@@ -55,7 +55,8 @@ ProtectedFolders::ProtectedFolders()
             add(root.toString());
     }
     const ISpecialFolders& special = specialFolders();
-    for (const CString& dir : {special.home(), special.data(), special.state(), special.cache()})
+    add(special.home());
+    for (const CString& dir : special.ownFolders())
         add(dir);
     for (const CString& dir : special.userFolders())
         add(dir);

@@ -1,4 +1,3 @@
-#include "Database/src/DbFacade/SQLiteException.h"
 #include "Logical/LTManager.h"
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
@@ -6,16 +5,13 @@
 #include "QoColl/Collection/QoFileChangeInfoList.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Collection/ScanLookup.h"
-#include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/QoFileDbItem.h"
 #include "QoColl/Db/VelmoraFileParamsUtils.h"
 #include "common/Log.h"
 #include "common/MakeObject.h"
-#include "common/QoException.h"
 #include "common/QoProgress.h"
 
-#include <memory>
 #include <unordered_set>
 
 namespace
@@ -121,28 +117,6 @@ bool CQoCollection::applyQoFileChanges(const CQoFileChangeInfoList& changes,
     saveOrClear(progress);
     log(level::flow, u"CQoCollection::applyQoFileChanges : ended");
     return true;
-}
-
-void CQoCollection::saveOrClear(IQoProgress* progress)
-{
-    if (!progress->isCanceled())
-    {
-        try
-        {
-            CQoCollDb db(m_dbPath);
-            saveDbChanges(db, progress, nullptr);
-        }
-        catch (CSQLiteException* caught)
-        {
-            const std::unique_ptr<CSQLiteException> exception(caught);
-            qo::logException(u"CQoCollection::saveToDb : error saving to db ", *exception);
-        }
-    }
-    if (progress->isCanceled())
-    {
-        m_loadedSuccesfully = false;
-        clear(true);
-    }
 }
 
 bool CQoCollection::applyChange(const CQoFileChangeInfo& change,

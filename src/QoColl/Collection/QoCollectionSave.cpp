@@ -19,6 +19,13 @@ namespace
 using qo::log;
 namespace level = qo::level;
 
+/// The exception ends here.
+void logFailedSave(CSQLiteException* caught)
+{
+    const std::unique_ptr<CSQLiteException> exception(caught);
+    qo::logException(u"CQoCollection::saveToDb : error saving to db ", *exception);
+}
+
 struct Counts
 {
     int inserted = 0;
@@ -99,6 +106,27 @@ void CQoCollection::saveDbChanges(CQoCollDb& db, IQoProgress* progress, OpResult
         qo::systemClock().tickCount() - start);
 }
 
+void CQoCollection::saveOrClear(IQoProgress* progress)
+{
+    if (!progress->isCanceled())
+    {
+        try
+        {
+            CQoCollDb db(m_dbPath);
+            saveDbChanges(db, progress, nullptr);
+        }
+        catch (CSQLiteException* caught)
+        {
+            logFailedSave(caught);
+        }
+    }
+    if (progress->isCanceled())
+    {
+        m_loadedSuccesfully = false;
+        clear(true);
+    }
+}
+
 void CQoCollection::saveToDb(QoFileDbItemArray& files,
                              CQoCollDb& db,
                              IQoProgress* progress,
@@ -145,8 +173,7 @@ void CQoCollection::saveToDb(QoFileDbItemArray& files,
     }
     catch (CSQLiteException* caught)
     {
-        const std::unique_ptr<CSQLiteException> exception(caught);
-        qo::logException(u"CQoCollection::saveToDb : error saving to db ", *exception);
+        logFailedSave(caught);
         takeBackIds();
         if (result)
             result->m_inserted = result->m_updated = result->m_deleted = 0;

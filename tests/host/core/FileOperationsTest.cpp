@@ -3,6 +3,7 @@
 #include "core/PendingTags.h"
 #include "host/core/LoadedCollection.h"
 #include "support/LogCapture.h"
+#include "support/OrdinaryUser.h"
 
 #include <QoKernel/Logical.h>
 
@@ -40,36 +41,6 @@ public:
     OtherDisk& operator=(const OtherDisk&) = delete;
 
     std::string path;
-};
-
-/// Lets the administrator feel what permissions are: while it lives, the folder and all in it are
-/// another user's, and so is the process.
-class AsOrdinaryUser
-{
-public:
-    explicit AsOrdinaryUser(const std::string& folder)
-    {
-        constexpr uid_t nobody = 65534;
-        if (::geteuid() != 0)
-            return;
-        ::lchown(folder.c_str(), nobody, nobody);
-        for (const auto& entry : fs::recursive_directory_iterator(folder))
-            ::lchown(entry.path().c_str(), nobody, nobody);
-        m_isChanged = ::seteuid(nobody) == 0;
-        isPossible = m_isChanged && ::access(folder.c_str(), R_OK) == 0;
-    }
-    ~AsOrdinaryUser()
-    {
-        if (m_isChanged && ::seteuid(0) != 0)
-            ADD_FAILURE() << "still another user";
-    }
-    AsOrdinaryUser(const AsOrdinaryUser&) = delete;
-    AsOrdinaryUser& operator=(const AsOrdinaryUser&) = delete;
-
-    bool isPossible = true;
-
-private:
-    bool m_isChanged = false;
 };
 
 class FileOperationsTest : public testing::Test
@@ -340,7 +311,7 @@ TEST_F(FileOperationsTest, FolderWithoutWritePermissionKeepsWhatItHas)
     const auto before = here.records();
     if (!other.path.empty())
         fs::permissions(other.path, fs::perms::all);
-    const AsOrdinaryUser user(here.dir.path());
+    const OrdinaryUser user(here.dir.path());
     if (!user.isPossible)
         GTEST_SKIP() << "the build folder is closed to ordinary users";
     const std::string locked = here.dir.path("music/locked");

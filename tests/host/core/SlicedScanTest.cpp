@@ -145,6 +145,24 @@ protected:
         return report;
     }
 
+    Session::Options sessionOptions()
+    {
+        Session::Options options;
+        options.dataFolder = dir.path("session");
+        return options;
+    }
+    /// The music is its root folder; how to scan it. On the kernel's thread.
+    Session::LoadOptions prepare(Session& session)
+    {
+        session.prepareDatabase(Session::databasePath());
+        RootFolders folders;
+        folders.add(roots[0], CQoPathInfo::audioIsMusic);
+        folders.store();
+        Session::LoadOptions scan;
+        scan.rescan = true;
+        return scan;
+    }
+
     TempDir dir;
     Library library{dir};
     CStringArray roots;
@@ -210,18 +228,11 @@ TEST_F(SlicedScanTest, InterruptedSessionKeepsItsSlicesAndGoesOn)
     ASSERT_TRUE(load(database("whole"), roots, true));
     const std::vector<std::string> whole = stateOf(collection);
     collection.clearCollection(&silent);
-    Session::Options options;
-    options.dataFolder = dir.path("session");
-    Session session(std::move(options));
+    Session session(sessionOptions());
     session.kernel().run(
         [&]
         {
-            session.prepareDatabase(Session::databasePath());
-            RootFolders folders;
-            folders.add(roots[0], CQoPathInfo::audioIsMusic);
-            folders.store();
-            Session::LoadOptions scan;
-            scan.rescan = true;
+            Session::LoadOptions scan = prepare(session);
             scan.filesInSlice = 5;
             int kept = 0;
             for (int round = 0; round < 3; ++round)
@@ -257,18 +268,12 @@ TEST_F(SlicedScanTest, InterruptedSessionKeepsItsSlicesAndGoesOn)
 
 TEST_F(SlicedScanTest, RootThatGoesAwayDuringAScanLosesNoFile)
 {
-    Session::Options options;
-    options.dataFolder = dir.path("session");
-    Session session(std::move(options));
+    Session session(sessionOptions());
     session.kernel().run(
         [&]
         {
-            session.prepareDatabase(Session::databasePath());
+            const Session::LoadOptions scan = prepare(session);
             RootFolders folders;
-            folders.add(roots[0], CQoPathInfo::audioIsMusic);
-            folders.store();
-            Session::LoadOptions scan;
-            scan.rescan = true;
             ProgressReporter plain([](const ProgressEvent&) {});
             const int files = session.load(scan, plain).files;
             dir.makeFolder("other");
