@@ -1,7 +1,7 @@
 #include "cli/CommandLine.h"
 #include "cli/Interrupt.h"
 
-#include <QoKernel/Kernel.h>
+#include <QoKernel/Collection.h>
 
 #include <csignal>
 #include <iostream>
@@ -92,6 +92,7 @@ int parseAndRun(CommandLine& line, int argc, char** argv)
 int main(int argc, char** argv)
 {
     qo::useOneHeap();
+    qo::useUnsharedConnections();
     qo::cli::installSignalHandlers();
     bool nobodyReads = false;
     int code = 0;

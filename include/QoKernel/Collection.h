@@ -2,6 +2,7 @@
 
 // The collection and its database.
 #include "Database/src/DbFacade/SQLiteBackup.h"
+#include "Database/src/DbFacade/SQLiteThreads.h"
 #include "Database/src/DbFacade/SQLiteWrapper.h"
 #include "QoColl/Collection/FileFinder.h"
 #include "QoColl/Collection/QoCollection.h"
