@@ -25,6 +25,7 @@ LAYERS = {
 OWNED_HEADERS = {
     r"sqlite3\.h": ("Database",),
     r"taglib/.*|tag\.h|fileref\.h|.*tag\.h|tpropertymap\.h": ("KVTagLib",),
+    r"tinyxml\.h": ("Reorganize",),
     r"unicode/.*": ("common/types", "platform"),
 }
 GENERATED = {"CharTables.inc"}

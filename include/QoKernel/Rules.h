@@ -1,0 +1,15 @@
+#pragma once
+
+// Reorganize rules: how the files of a collection are to be laid out on disk.
+#include "Reorganize/AlbumTracksSeperateRule.h"
+#include "Reorganize/ArtistTracksSeperateRule.h"
+#include "Reorganize/FileNameCleaner.h"
+#include "Reorganize/JingleSeperateRule.h"
+#include "Reorganize/RenameRule.h"
+#include "Reorganize/ReorganizeRule.h"
+#include "Reorganize/ReorganizeRuleNodes.h"
+#include "Reorganize/ReorganizeRuleXmlParser.h"
+#include "Reorganize/ReorganizeUtils.h"
+#include "Reorganize/RuleFileCheck.h"
+#include "Reorganize/SeperateRule.h"
+#include "Reorganize/SubdirRule.h"

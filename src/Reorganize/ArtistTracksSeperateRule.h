@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Reorganize/SeperateRule.h"
+
+/// Tells files by the number of tracks that the collection has of their artist.
+class QO_API CArtistTracksSeperateRule final : public CSeperateRule
+{
+public:
+    enum EOutputType : int
+    {
+        MoreEqualTracks = 0,
+        LessTracks = 1,
+        NoArtist = 2 ///< no artist, or one without a name
+    };
+
+    /// From trackLimit tracks on the output is MoreEqualTracks.
+    explicit CArtistTracksSeperateRule(int trackLimit);
+
+    CString toString(bool full) const override;
+    CSeperateRule* clone() const override;
+    /// Always NoArtist: a tag knows no numbers of tracks.
+    int getMatchingOutputType(const IQorganizer::TagInfo& tag) const override;
+    int getMatchingOutputType(const boost::shared_ptr<CHDFile>& file) const override;
+
+    int m_trackLimit;
+
+private:
+    static const Output s_outputs[];
+};

@@ -1,0 +1,76 @@
+#include "Reorganize/FileNameCleaner.h"
+
+#include <string_view>
+
+namespace qo
+{
+namespace
+{
+bool isForbidden(char16_t c)
+{
+    return c < 0x20 || std::u16string_view(u"\\/:*?\"<>|").find(c) != std::u16string_view::npos;
+}
+
+bool isForbiddenAtStart(char16_t c)
+{
+    return c == u' ';
+}
+
+bool isForbiddenAtEnd(char16_t c)
+{
+    return c == u' ' || c == u'.';
+}
+
+/// Where the characters begin that count as standing at the end.
+std::size_t startOfEnd(std::u16string_view name, CleanMode mode)
+{
+    std::size_t start = name.size();
+    while (start > 0 && (isForbidden(name[start - 1]) || isForbiddenAtEnd(name[start - 1])))
+    {
+        --start;
+        if (mode == CleanMode::replace)
+            break;
+    }
+    return start;
+}
+
+CString cleanName(std::u16string_view name, CleanMode mode)
+{
+    const std::size_t end = startOfEnd(name, mode);
+    CString clean;
+    for (std::size_t i = 0; i < name.size(); ++i)
+    {
+        const char16_t c = name[i];
+        const bool isBad = isForbidden(c) || (isForbiddenAtStart(c) && clean.IsEmpty()) ||
+                           (isForbiddenAtEnd(c) && i >= end);
+        if (!isBad)
+            clean += c;
+        else if (mode == CleanMode::replace)
+            clean += u'_';
+    }
+    return clean;
+}
+} // namespace
+
+CString cleanFileName(const CString& text, CleanMode mode)
+{
+    return cleanName(text.view(), mode);
+}
+
+CString cleanFilePath(const CString& text, CleanMode mode)
+{
+    CString path = text;
+    path.Replace(u"\\\\", u"\\");
+    CString clean;
+    for (int start = 0;;)
+    {
+        const int backslash = path.Find(u'\\', start);
+        const int end = backslash == -1 ? path.GetLength() : backslash;
+        clean += cleanName(path.Mid(start, end - start).view(), mode);
+        if (backslash == -1)
+            return clean;
+        clean += u'\\';
+        start = backslash + 1;
+    }
+}
+} // namespace qo

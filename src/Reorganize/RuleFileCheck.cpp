@@ -1,0 +1,202 @@
+#include "Reorganize/RuleFileCheck.h"
+
+#include "common/types/Utf.h"
+
+#include <string>
+
+namespace qo
+{
+namespace
+{
+constexpr std::string_view quotes = "\"'";
+constexpr std::string_view spaces = " \t\r\n";
+constexpr std::string_view digits = "0123456789";
+constexpr std::string_view hexDigits = "0123456789abcdefABCDEF";
+constexpr std::string_view asciiLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+
+bool isOneOf(char c, std::string_view set)
+{
+    return set.find(c) != std::string_view::npos;
+}
+
+bool startsName(char c)
+{
+    return static_cast<unsigned char>(c) >= 0x80 || c == '_' || isOneOf(c, asciiLetters);
+}
+
+bool continuesName(char c)
+{
+    return startsName(c) || isOneOf(c, digits) || isOneOf(c, "-.:");
+}
+
+bool hasControls(std::string_view bytes)
+{
+    for (const char c : bytes)
+    {
+        if (static_cast<unsigned char>(c) < 0x20 && !isOneOf(c, spaces))
+            return true;
+    }
+    return false;
+}
+
+/// Walks over the markup once, in step with the parser: it accepts nothing that the parser would
+/// cut into other pieces.
+class Scan
+{
+public:
+    explicit Scan(std::string_view bytes) : m_text(bytes) {}
+
+    bool run()
+    {
+        while (passText('<'))
+        {
+            if (!passMarkup())
+                return false;
+        }
+        return m_at == m_text.size() && m_depth == 0;
+    }
+
+private:
+    bool isAtEnd() const { return m_at >= m_text.size(); }
+    char next() const { return isAtEnd() ? '\0' : m_text[m_at]; }
+    bool pass(std::string_view expected)
+    {
+        if (m_text.substr(m_at, expected.size()) != expected)
+            return false;
+        m_at += expected.size();
+        return true;
+    }
+    /// To behind the next occurrence.
+    bool passTo(std::string_view end)
+    {
+        const std::size_t found = m_text.find(end, m_at);
+        if (found == std::string_view::npos)
+            return false;
+        m_at = found + end.size();
+        return true;
+    }
+    template <class TEST>
+    std::size_t passWhile(TEST test)
+    {
+        const std::size_t start = m_at;
+        while (!isAtEnd() && test(next()))
+            ++m_at;
+        return m_at - start;
+    }
+    bool passSpaces()
+    {
+        return passWhile([](char c) { return isOneOf(c, spaces); }) > 0;
+    }
+    bool passName() { return startsName(next()) && passWhile(continuesName) > 0; }
+
+    /// Up to the character, which is left; false if there is none, or at a broken reference. The
+    /// parser looks for the end of a reference wherever it may be.
+    bool passText(char end)
+    {
+        while (!isAtEnd() && next() != end)
+        {
+            if (!pass("&#"))
+                ++m_at;
+            else if (!passReference())
+                return false;
+        }
+        return !isAtEnd();
+    }
+    bool passReference()
+    {
+        const std::string_view allowed = pass("x") ? hexDigits : digits;
+        constexpr std::size_t mostDigits = 8;
+        const std::size_t count = passWhile([&](char c) { return isOneOf(c, allowed); });
+        return count > 0 && count <= mostDigits && pass(";");
+    }
+
+    bool passMarkup()
+    {
+        if (pass("<!--"))
+            return passTo("-->");
+        if (pass("<![CDATA["))
+            return passTo("]]>");
+        if (pass("<!"))
+            return passTo(">");
+        if (pass("<?"))
+            return passInstruction();
+        if (pass("</"))
+            return passEndTag();
+        return pass("<") && passStartTag();
+    }
+
+    bool passInstruction()
+    {
+        const bool isDeclaration = toLowerAscii(m_text.substr(m_at, 3)) == "xml";
+        if (!isDeclaration)
+            return passTo(">") && m_text[m_at - 2] == '?';
+        // The parser takes a declaration apart loosely: only what it cannot mistake is let through.
+        const auto isPlain = [](char c) { return continuesName(c) || c == '/'; };
+        passName();
+        while (passSpaces() && passName())
+        {
+            const char quote = pass("=") ? next() : '\0';
+            if (!isOneOf(quote, quotes) || !pass({&quote, 1}))
+                return false;
+            passWhile(isPlain);
+            if (!pass({&quote, 1}))
+                return false;
+        }
+        return pass("?>");
+    }
+
+    bool passStartTag()
+    {
+        if (!passName() || ++m_elements > mostRuleFileElements)
+            return false;
+        int attributes = 0;
+        while (passSpaces() && startsName(next()))
+        {
+            if (++attributes > mostRuleFileAttributes || !passAttribute())
+                return false;
+        }
+        if (pass("/>"))
+            return m_depth < deepestRuleFile;
+        return pass(">") && ++m_depth <= deepestRuleFile;
+    }
+
+    bool passAttribute()
+    {
+        passName();
+        passSpaces();
+        if (!pass("="))
+            return false;
+        passSpaces();
+        const char quote = next();
+        return isOneOf(quote, quotes) && pass({&quote, 1}) && passText(quote) && pass({&quote, 1});
+    }
+
+    bool passEndTag()
+    {
+        if (!passName())
+            return false;
+        passSpaces();
+        return pass(">") && --m_depth >= 0;
+    }
+
+    static std::string toLowerAscii(std::string_view text)
+    {
+        std::string lower;
+        for (const char c : text)
+            lower += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        return lower;
+    }
+
+    std::string_view m_text;
+    std::size_t m_at = 0;
+    int m_depth = 0;
+    int m_elements = 0;
+};
+} // namespace
+
+bool isReadableRuleFile(std::string_view bytes)
+{
+    return bytes.size() <= largestRuleFile && !hasControls(bytes) &&
+           toUtf8(fromUtf8(bytes)) == bytes && Scan(bytes).run();
+}
+} // namespace qo
