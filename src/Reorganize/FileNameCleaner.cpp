@@ -1,5 +1,6 @@
 #include "Reorganize/FileNameCleaner.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace qo
@@ -34,8 +35,17 @@ std::size_t startOfEnd(std::u16string_view name, CleanMode mode)
     return start;
 }
 
-CString cleanName(std::u16string_view name, CleanMode mode)
+bool isClean(std::u16string_view name)
 {
+    return name.empty() || (!isForbiddenAtStart(name.front()) && !isForbiddenAtEnd(name.back()) &&
+                            std::none_of(name.begin(), name.end(), isForbidden));
+}
+
+CString cleanName(const CString& text, CleanMode mode)
+{
+    const std::u16string_view name = text.view();
+    if (isClean(name))
+        return text;
     const std::size_t end = startOfEnd(name, mode);
     CString clean;
     for (std::size_t i = 0; i < name.size(); ++i)
@@ -54,7 +64,7 @@ CString cleanName(std::u16string_view name, CleanMode mode)
 
 CString cleanFileName(const CString& text, CleanMode mode)
 {
-    return cleanName(text.view(), mode);
+    return cleanName(text, mode);
 }
 
 CString cleanFilePath(const CString& text, CleanMode mode)
@@ -66,7 +76,7 @@ CString cleanFilePath(const CString& text, CleanMode mode)
     {
         const int backslash = path.Find(u'\\', start);
         const int end = backslash == -1 ? path.GetLength() : backslash;
-        clean += cleanName(path.Mid(start, end - start).view(), mode);
+        clean += cleanName(path.Mid(start, end - start), mode);
         if (backslash == -1)
             return clean;
         clean += u'\\';
