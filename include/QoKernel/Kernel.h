@@ -19,6 +19,7 @@
 #include "common/types/Guid.h"
 #include "common/types/List.h"
 #include "common/types/Map.h"
+#include "common/types/Normalize.h"
 #include "common/types/StringArray.h"
 #include "common/types/Utf.h"
 #include "platform/Clock.h"
@@ -29,3 +30,4 @@
 #include "platform/Process.h"
 #include "platform/SpecialFolders.h"
 #include "platform/TreeCopy.h"
+#include "platform/VolumeRules.h"
