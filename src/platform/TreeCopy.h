@@ -18,17 +18,27 @@ namespace qo
 class QO_API TreeCopy
 {
 public:
-    /// Both paths are taken as they are spelled.
-    TreeCopy(const CString& from, const CString& to);
+    /// Both paths are taken as they are spelled. The hidden folder beside the target, in which the
+    /// copy grows, bears the name that is given, so that it is found after a crash, or a random
+    /// one.
+    TreeCopy(const CString& from, const CString& to, const std::string& stagingName = {});
     ~TreeCopy();
     TreeCopy(const TreeCopy&) = delete;
     TreeCopy& operator=(const TreeCopy&) = delete;
 
-    /// Copies to a hidden folder beside the target, makes the copy durable, reads it back and
-    /// compares it, and puts it in its place, where it overwrites nothing. EINVAL for what is
-    /// neither file, link nor folder, EBUSY for a folder in which something is mounted, ECANCELED
-    /// when stop, which is asked for each block and may be empty, says so.
+    /// stage() and putInPlace().
     int copy(const std::function<bool()>& stop = {});
+    /// Copies to the hidden folder, makes the copy durable, reads it back and compares it. EINVAL
+    /// for what is neither file, link nor folder, EBUSY for a folder in which something is mounted,
+    /// ECANCELED when stop, which is asked for each block and may be empty, says so. A staged copy
+    /// that is not put in its place goes with the object.
+    int stage(const std::function<bool()>& stop = {});
+    /// Where the staged copy lies, as a system path.
+    const std::string& stagedPath() const;
+    /// Gives the staged copy its name, where it overwrites nothing.
+    int putInPlace();
+    /// Removes what a copy under the given staging name left behind when its process was killed.
+    int removeStaged();
     /// Removes what was copied, and EBUSY with everything left in place if any of it has changed
     /// since. Something new in a folder keeps that folder and gives ENOTEMPTY.
     int removeSource();

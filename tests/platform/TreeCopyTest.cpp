@@ -146,3 +146,38 @@ TEST(TreeCopy, SourceThatChangedSinceIsNotRemoved)
     EXPECT_EQ(dir.read("from/a/new"), "came meanwhile");
     EXPECT_FALSE(fs::exists(dir.path("from/a/1")));
 }
+
+TEST(TreeCopy, WhatAKilledCopyLeftUnderItsStagingNameIsRemoved)
+{
+    const TempDir dir;
+    makeTree(dir);
+    dir.write("ours/copy/a/part", "half");
+    dir.write("another's/copy", "half");
+    dir.write("another's/kept", "mine");
+    fs::create_directory_symlink(dir.path("from"), dir.path("link"));
+    fs::create_directory(dir.path("from/copy"));
+    const auto removeStaged = [&](const char* name)
+    { return qo::TreeCopy(dir.collPath("from"), dir.collPath("to"), name).removeStaged(); };
+    EXPECT_EQ(removeStaged("ours"), 0);
+    EXPECT_FALSE(fs::exists(dir.path("ours")));
+    EXPECT_EQ(removeStaged("ours"), 0);
+    EXPECT_EQ(removeStaged("another's"), ENOTEMPTY);
+    EXPECT_EQ(dir.read("another's/kept"), "mine");
+    EXPECT_EQ(removeStaged("link"), 0);
+    EXPECT_TRUE(fs::exists(dir.path("from/copy")));
+    EXPECT_EQ(removeStaged(""), EINVAL);
+}
+
+TEST(TreeCopy, StagedCopyThatIsNotPutInPlaceGoesWithItsObject)
+{
+    const TempDir dir;
+    makeTree(dir);
+    {
+        qo::TreeCopy copy(dir.collPath("from"), dir.collPath("to"), "stage");
+        ASSERT_EQ(copy.stage(), 0);
+        EXPECT_EQ(copy.stagedPath(), dir.path("stage/copy"));
+        EXPECT_EQ(dir.read("stage/copy/a/1"), dir.read("from/a/1"));
+        EXPECT_FALSE(fs::exists(dir.path("to")));
+    }
+    EXPECT_EQ(countEntries(dir.path()), 1);
+}

@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <vector>
 
 namespace qo
@@ -91,6 +92,9 @@ struct TreeCopy::State
 {
     std::string from;
     std::string to;
+    std::string stagingName; ///< "" for a random one
+    std::string holder;      ///< the hidden folder while it is there, else ""
+    std::string staged;
     std::string failed;
     std::vector<Entry> entries; ///< each folder ahead of what it holds
     std::function<bool()> stop;
@@ -115,6 +119,8 @@ struct TreeCopy::State
     int removeAll(const std::string& root);
     int noteCopies(const std::string& root);
     int removeCopies();
+    int makeHolder();
+    void dropHolder();
 };
 
 int TreeCopy::State::addEntry(const std::string& name)
@@ -298,20 +304,56 @@ int TreeCopy::State::removeCopies()
     return first;
 }
 
-TreeCopy::TreeCopy(const CString& from, const CString& to) : m_state(std::make_unique<State>())
+int TreeCopy::State::makeHolder()
+{
+    std::string folder = folderOf(to) + (stagingName.empty() ? ".qo-XXXXXX" : stagingName);
+    if (stagingName.empty() ? !::mkdtemp(folder.data()) : ::mkdir(folder.c_str(), ownerFolder) != 0)
+        return fail(to, errno);
+    holder = folder;
+    staged = holder + "/copy";
+    return 0;
+}
+
+void TreeCopy::State::dropHolder()
+{
+    if (!holder.empty())
+        ::rmdir(holder.c_str());
+    holder.clear();
+}
+
+TreeCopy::TreeCopy(const CString& from, const CString& to, const std::string& stagingName)
+    : m_state(std::make_unique<State>())
 {
     m_state->from = toSystemPath(from);
     m_state->to = toSystemPath(to);
+    m_state->stagingName = stagingName;
 }
 
-TreeCopy::~TreeCopy() = default;
+TreeCopy::~TreeCopy()
+{
+    if (m_state->holder.empty())
+        return;
+    m_state->removeAll(m_state->staged);
+    m_state->dropHolder();
+}
 
 const std::string& TreeCopy::failedPath() const
 {
     return m_state->failed;
 }
 
+const std::string& TreeCopy::stagedPath() const
+{
+    return m_state->staged;
+}
+
 int TreeCopy::copy(const std::function<bool()>& stop)
+{
+    const int error = stage(stop);
+    return error != 0 ? error : putInPlace();
+}
+
+int TreeCopy::stage(const std::function<bool()>& stop)
 {
     State& state = *m_state;
     state.failed.clear();
@@ -320,26 +362,57 @@ int TreeCopy::copy(const std::function<bool()>& stop)
         return ENOENT;
     if (const int error = state.list())
         return error;
-    std::string holder = folderOf(state.to) + ".qo-XXXXXX";
-    if (!::mkdtemp(holder.data()))
-        return state.fail(state.to, errno);
-    const std::string copied = holder + "/copy";
-    int error = state.copyAll(copied);
+    if (!state.stagingName.empty())
+    {
+        if (const int error = removeStaged())
+            return error;
+    }
+    if (const int error = state.makeHolder())
+        return error;
+    int error = state.copyAll(state.staged);
     if (error == 0)
-        error = state.noteCopies(copied);
+        error = state.noteCopies(state.staged);
     if (error == 0)
-        error = renameNoReplace(copied, state.to);
+        return 0;
+    const std::string failed = state.failed.empty() ? state.to : state.failed;
+    state.removeAll(state.staged);
+    state.failed = failed;
+    state.dropHolder();
+    return error;
+}
+
+int TreeCopy::putInPlace()
+{
+    State& state = *m_state;
+    int error = renameNoReplace(state.staged, state.to);
     const bool isInPlace = error == 0;
     if (isInPlace)
         error = syncPath(folderOf(state.to));
     if (error != 0)
     {
         const std::string failed = state.failed.empty() ? state.to : state.failed;
-        isInPlace ? state.removeCopies() : state.removeAll(copied);
+        isInPlace ? state.removeCopies() : state.removeAll(state.staged);
         state.failed = failed;
     }
-    ::rmdir(holder.c_str());
+    state.dropHolder();
     return error;
+}
+
+int TreeCopy::removeStaged()
+{
+    State& state = *m_state;
+    if (state.stagingName.empty() || state.to.empty())
+        return EINVAL;
+    std::error_code error;
+    const std::string folder = folderOf(state.to) + state.stagingName;
+    // Never through a link that somebody has put there, and nothing but what a copy makes.
+    if (std::filesystem::symlink_status(folder, error).type() !=
+        std::filesystem::file_type::directory)
+        return 0;
+    std::filesystem::remove_all(folder + "/copy", error);
+    if (error || ::rmdir(folder.c_str()) != 0)
+        return state.fail(folder, error ? error.value() : errno);
+    return 0;
 }
 
 int TreeCopy::removeSource()
