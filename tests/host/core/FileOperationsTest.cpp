@@ -4,6 +4,7 @@
 #include "host/core/LoadedCollection.h"
 #include "support/LogCapture.h"
 #include "support/OrdinaryUser.h"
+#include "support/OtherDisk.h"
 
 #include <QoKernel/Logical.h>
 
@@ -18,30 +19,6 @@ namespace fs = std::filesystem;
 namespace
 {
 using Mode = DiskMove::Mode;
-
-/// A folder on another file system, gone at the end; path is empty where there is none.
-class OtherDisk
-{
-public:
-    OtherDisk()
-    {
-        std::string name = "/dev/shm/qo-test-XXXXXX";
-        struct stat there;
-        struct stat here;
-        if (::stat("/dev/shm", &there) == 0 && ::stat(QO_TEST_TEMP, &here) == 0 &&
-            there.st_dev != here.st_dev && ::mkdtemp(name.data()))
-            path = name;
-    }
-    ~OtherDisk()
-    {
-        if (!path.empty())
-            fs::remove_all(path);
-    }
-    OtherDisk(const OtherDisk&) = delete;
-    OtherDisk& operator=(const OtherDisk&) = delete;
-
-    std::string path;
-};
 
 class FileOperationsTest : public testing::Test
 {
