@@ -5,6 +5,8 @@
 #include "Database/src/DbFacade/SQLiteThreads.h"
 #include "Database/src/DbFacade/SQLiteWrapper.h"
 #include "QoColl/Collection/FileFinder.h"
+#include "QoColl/Collection/FilePathParts.h"
+#include "QoColl/Collection/FolderOfFile.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoFileChangeInfoList.h"
 #include "QoColl/Collection/QoFileUtils.h"
@@ -12,3 +14,4 @@
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/VelmoraFileParamsUtils.h"

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QoKernel/Kernel.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace qo::host
+{
+/// The folders that a plan takes files from and puts files into, as the disk has them. Each is
+/// looked at once, when it is first asked for; what comes later is not seen. Paths in collection
+/// form. Folders stay valid as long as this. Not for several threads at once.
+class DiskFolders
+{
+public:
+    struct Folder
+    {
+        CString path;
+        Folder* parent = nullptr; ///< null for a base
+        bool isThere = false;
+        VolumeRules rules; ///< for names in it
+        /// A clause, when files may neither leave the folder nor come into it: it or one on the way
+        /// from the base is a link or no folder, the trash or a folder of this program.
+        std::string whyClosed;
+
+    private:
+        friend class DiskFolders;
+        std::unordered_map<CString, std::unique_ptr<Folder>> children;
+        std::unordered_map<CString, Folder*> below;              ///< by their paths from here
+        std::unordered_map<CString, Folder*> targets;            ///< likewise, by what was wanted
+        std::unordered_map<CString, std::vector<CString>> names; ///< on the disk, by their keys
+        std::unordered_map<CString, CString> newFolders;         ///< likewise
+        bool areNamesRead = false;
+    };
+
+    DiskFolders();
+
+    /// A folder that all others are told of by their paths from it; links are followed.
+    Folder& base(const CString& path);
+    /// The folder of exactly that path; "" for the base itself.
+    Folder& below(Folder& base, const CString& relative);
+    /// The folder for new files: names that the place cannot hold are made to fit, and one that
+    /// differs from an existing folder only in ways that the file system does not see, or in
+    /// Unicode form, becomes that folder.
+    Folder& target(Folder& base, const CString& relative);
+
+    /// The names in the folder that the collection takes for the same as this one. Where they
+    /// cannot be told, none, and the folder is closed.
+    const std::vector<CString>& namesLike(Folder& folder, const CString& name);
+    /// Whether target() gave a folder in this one that has to be made and has such a name.
+    static bool isNewFolder(const Folder& folder, const CString& name);
+
+private:
+    using Identity = std::pair<std::uint64_t, std::uint64_t>; ///< device and inode
+
+    Folder& child(Folder& parent, const CString& name);
+    Folder& fittingChild(Folder& parent, const CString& wanted);
+    void look(Folder& folder, const CString& name) const;
+    void readNames(Folder& folder) const;
+
+    std::vector<Identity> m_ownFolders;
+    std::unordered_map<CString, std::unique_ptr<Folder>> m_bases;
+};
+} // namespace qo::host
