@@ -27,6 +27,15 @@ struct CollectionChanges::Stage
         if (folders.insert(pathKey(folder)).second)
             toAnalyze.Add(folder);
     }
+    void takeAnalysis(Stage& other)
+    {
+        for (const CString& folder : other.toAnalyze)
+        {
+            if (folders.insert(pathKey(folder)).second)
+                toAnalyze.Add(folder);
+        }
+        other.toAnalyze.RemoveAll();
+    }
 };
 
 CollectionChanges::CollectionChanges(Session& session, bool keepEmptyDirs)
@@ -95,6 +104,12 @@ void CollectionChanges::apply(IQoProgress& progress)
 {
     const std::vector<std::unique_ptr<Stage>> stages = std::move(m_stages);
     m_stages.clear();
+    // What lies somewhere for the moment only must not lend its artist to its neighbours.
+    for (const auto& stage : stages)
+    {
+        if (stage != stages.back())
+            stages.back()->takeAnalysis(*stage);
+    }
     int saved = 0;
     for (const auto& stage : stages)
     {

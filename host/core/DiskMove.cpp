@@ -43,6 +43,11 @@ DiskMove::DiskMove(const CString& from, const CString& to, Mode mode)
 
 DiskMove::~DiskMove() = default;
 
+std::string DiskMove::stagingName()
+{
+    return ".qo-" + std::to_string(::getpid());
+}
+
 void DiskMove::fail(int error, const std::string& place) const
 {
     const std::string source = shownPath(m_from);
@@ -74,7 +79,7 @@ void DiskMove::copyTree(const std::function<bool()>& stop)
     if (m_mode == Mode::move &&
         ::faccessat(AT_FDCWD, folderOf(toSystemPath(m_from)).c_str(), W_OK | X_OK, AT_EACCESS) != 0)
         fail(errno);
-    auto copy = std::make_unique<TreeCopy>(m_from, m_to);
+    auto copy = std::make_unique<TreeCopy>(m_from, m_to, stagingName());
     if (const int error = copy->copy(stop))
         fail(error, copy->failedPath());
     m_copy = std::move(copy);

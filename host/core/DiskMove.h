@@ -32,6 +32,9 @@ public:
     DiskMove(const DiskMove&) = delete;
     DiskMove& operator=(const DiskMove&) = delete;
 
+    /// The hidden folder in which a copy of this process grows; see TreeCopy.
+    static std::string stagingName();
+
     /// Renames, or copies to another file system, where the source stays until finish(). Throws
     /// HostError with everything as it was. stop, which may be empty, is asked while it copies.
     void perform(const std::function<bool()>& stop);

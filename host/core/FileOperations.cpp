@@ -6,6 +6,7 @@
 #include "core/HostError.h"
 #include "core/HostFiles.h"
 #include "core/Session.h"
+#include "core/UnfinishedMove.h"
 
 #include <QoKernel/Physical.h>
 
@@ -150,6 +151,8 @@ FileOperations::Result FileOperations::transfer(const CString& from,
     check::freeTarget(from, to);
     if (m_run == Run::trial)
         return {to, static_cast<int>(filesAt(from).size()), {}};
+    UnfinishedMove note(Session::folder());
+    note.begin(from, to, DiskMove::stagingName());
     DiskMove disk(from, to, mode);
     disk.perform([&progress] { return progress.isCanceled(); });
     CollectionChanges changes(m_session);
@@ -162,6 +165,43 @@ FileOperations::Result FileOperations::transfer(const CString& from,
         [&disk] { return disk.undo(); },
         shownPath(to));
     return {to, files, disk.finish()};
+}
+
+bool FileOperations::wasCutShort()
+{
+    return UnfinishedMove::wasLeft(Session::folder());
+}
+
+void FileOperations::takeUp(Session& session)
+{
+    UnfinishedMove::Left left;
+    if (!UnfinishedMove::read(Session::folder(), left))
+        return UnfinishedMove::forget(Session::folder());
+    FileMark mark;
+    const bool isThere = markOf(toSystemPath(left.to), mark) == 0;
+    const bool isAtFirst = nameExists(left.from);
+    // Its disk is away.
+    if (!isThere && !isAtFirst)
+        return;
+    TreeCopy(left.from, left.to, left.staging).removeStaged();
+    // A disk may have another number by now.
+    const bool isSame = mark.inode == left.mark.inode &&
+                        (mark.device == left.mark.device || mark.isAlike(left.mark));
+    if (isThere && isSame && !isAtFirst)
+    {
+        CollectionChanges changes(session);
+        collect(left.from, left.to, DiskMove::Mode::move, recordsOf(left.from), changes);
+        ProgressReporter silent([](const ProgressEvent&) {});
+        changes.apply(silent);
+    }
+    else if (isThere && isAtFirst)
+        session.note(CollectionChanges::recordsAt(left.to).empty()
+                         ? "the program ended while it copied " + shownPath(left.from) +
+                               ", which is in its place; " + shownPath(left.to) +
+                               " may have come of it"
+                         : shownPath(left.from) + " was moved to " + shownPath(left.to) +
+                               ", but the program ended before all of the old one was removed");
+    UnfinishedMove::forget(Session::folder());
 }
 
 FileOperations::Result FileOperations::remove(const CString& path, ProgressReporter& progress)

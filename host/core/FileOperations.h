@@ -49,6 +49,12 @@ public:
     Result
     add(const CString& from, const CString& to, DiskMove::Mode mode, ProgressReporter& progress);
 
+    /// Whether the program ended in the middle of a move.
+    static bool wasCutShort();
+    /// Lets the loaded collection follow a move that the disk has made by then, and clears away
+    /// what a copy left behind. Throws HostError when it cannot be saved.
+    static void takeUp(Session& session);
+
 private:
     using Records = std::vector<QoFileDbItemPtr>;
 

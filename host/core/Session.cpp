@@ -3,6 +3,7 @@
 #include "core/DatabaseGuard.h"
 #include "core/HostError.h"
 #include "core/HostFiles.h"
+#include "core/Reorganizer.h"
 #include "core/RootFolders.h"
 #include "core/RootGuard.h"
 #include "core/RootSentinel.h"
@@ -221,6 +222,33 @@ CQoCollection::OpResultInfo Session::loadOnce(const CString& database,
     return result;
 }
 
+void Session::loadStored(const CString& database,
+                         RootSentinel& sentinel,
+                         ProgressReporter& progress)
+{
+    CStringArray folders;
+    CQoPathsInfoMap kinds;
+    for (const StoredRoot& root : storedRoots(database))
+    {
+        folders.Add(root.folder);
+        kinds.SetAt(root.folder, root.kind);
+    }
+    // With the folders as they are stored nothing is walked.
+    loadOnce(database, folders, kinds, false, sentinel, progress, interruptedText(false, false));
+}
+
+void Session::followMoves(const RootFolders& roots,
+                          const CString& database,
+                          ProgressReporter& progress)
+{
+    if (storedRoots(database).empty())
+        return;
+    m_failures->forget();
+    RootSentinel sentinel(progress, roots.folders(), database, {});
+    loadStored(database, sentinel, progress);
+    tellUntoldMoves(*this);
+}
+
 CollPathArray
 Session::firstScanned(const RootFolders& roots, const UnfinishedScan& mark, const CString& database)
 {
@@ -283,18 +311,13 @@ bool Session::scanInSlices(const LoadOptions& options,
             mark.end(); // its folders were removed since
         return false;
     }
-    CStringArray stored;
-    CQoPathsInfoMap kinds;
     for (const StoredRoot& root : storedRoots(database))
     {
         // A folder that a new one holds, or that leaves, asks for a scan in one piece.
         if (roots.kind(root.folder) != root.kind || roots.holder(root.folder) != root.folder)
             return false;
-        stored.Add(root.folder);
-        kinds.SetAt(root.folder, root.kind);
     }
-    // With the folders as they are stored nothing is walked.
-    loadOnce(database, stored, kinds, false, sentinel, progress, interruptedText(false, false));
+    loadStored(database, sentinel, progress);
     CStringArray added;
     for (const CQoCollPath& root : fresh)
         added.Add(root.toString());
@@ -335,6 +358,8 @@ Session::LoadReport Session::loadGuarded(const LoadOptions& options,
     RootFolders roots;
     const std::vector<StoredRoot> unlisted = unlistedRoots(database, roots);
     refuseUnnamedRoots(unlisted, roots);
+    if (m_options.withLock && options.database.IsEmpty() && hasUntoldMoves())
+        followMoves(roots, database, progress);
     bool wasNeverScanned = false;
     report.walked = wouldWalk(database, wasNeverScanned) || options.rescan;
     std::vector<RootProblem> givenUp;

@@ -96,6 +96,11 @@ private:
     static std::vector<RootProblem> guardRoots(bool allowMissingRoot, const CString& database);
     static std::string interruptedText(bool wasNeverScanned, bool walked);
     static void checkSaved(const CString& database, const std::string& cause);
+    /// The collection as the database has it.
+    void loadStored(const CString& database, RootSentinel& sentinel, ProgressReporter& progress);
+    /// Lets the database know where files went when a move was cut short, before anything else
+    /// looks at it.
+    void followMoves(const RootFolders& roots, const CString& database, ProgressReporter& progress);
     /// The folders of a rescan that are to be read in slices.
     static CollPathArray
     firstScanned(const RootFolders& roots, const UnfinishedScan& mark, const CString& database);
