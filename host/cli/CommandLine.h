@@ -78,6 +78,8 @@ void addPlacedCommand(CommandLine& line);
 void addUntaggedCommand(CommandLine& line);
 void addDuplicatesCommand(CommandLine& line);
 void addFileCommands(CommandLine& line);
+void addRuleCommands(CommandLine& line);
+void addReorgCommands(CommandLine& line);
 void addWatchCommand(CommandLine& line);
 void addTagCommands(CommandLine& line);
 void addStatusCommand(CommandLine& line);

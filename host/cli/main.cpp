@@ -27,6 +27,8 @@ void addCommands(CommandLine& line)
     qo::cli::addUntaggedCommand(line);
     qo::cli::addDuplicatesCommand(line);
     qo::cli::addFileCommands(line);
+    qo::cli::addRuleCommands(line);
+    qo::cli::addReorgCommands(line);
     qo::cli::addWatchCommand(line);
     qo::cli::addTagCommands(line);
     qo::cli::addStatusCommand(line);
