@@ -2,6 +2,7 @@
 
 #include "core/HostError.h"
 #include "core/HostFiles.h"
+#include "core/SystemPath.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,12 +14,6 @@ namespace qo::host
 {
 namespace
 {
-std::string folderOf(const std::string& path)
-{
-    const std::size_t slash = path.rfind('/');
-    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
-}
-
 /// Whether a disk that takes both spellings for one name has the same file under both.
 bool isSameFile(const CString& a, const CString& b)
 {
@@ -77,7 +72,7 @@ void DiskMove::copyTree(const std::function<bool()>& stop)
 {
     // Better to know before a long copy than after it.
     if (m_mode == Mode::move &&
-        ::faccessat(AT_FDCWD, folderOf(toSystemPath(m_from)).c_str(), W_OK | X_OK, AT_EACCESS) != 0)
+        ::faccessat(AT_FDCWD, parentOf(toSystemPath(m_from)).c_str(), W_OK | X_OK, AT_EACCESS) != 0)
         fail(errno);
     auto copy = std::make_unique<TreeCopy>(m_from, m_to, stagingName());
     if (const int error = copy->copy(stop))

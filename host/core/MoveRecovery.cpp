@@ -24,13 +24,6 @@ bool isFolder(const std::string& path)
     return ::lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-bool isNothingAt(const std::string& path)
-{
-    FileMark now;
-    const int error = markOf(path, now);
-    return error == ENOENT || error == ENOTDIR;
-}
-
 bool isSameEntry(const struct stat& a, const struct stat& b)
 {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;

@@ -26,12 +26,6 @@ constexpr std::size_t batchSize = 100;
 constexpr int mostErrorsInRow = 20;
 constexpr std::array<int, 4> lastingErrors = {ENOSPC, EDQUOT, EROFS, EIO};
 
-bool isNothingAt(const std::string& path)
-{
-    FileMark mark;
-    const int error = markOf(path, mark);
-    return error == ENOENT || error == ENOTDIR;
-}
 } // namespace
 
 MoveRunner::MoveRunner(MoveJournal& journal, const MoveRun::Events& events)

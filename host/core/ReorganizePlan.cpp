@@ -165,6 +165,13 @@ int markOf(const std::string& path, FileMark& mark, bool& isRegular)
     return 0;
 }
 
+bool isNothingAt(const std::string& path)
+{
+    FileMark mark;
+    const int error = markOf(path, mark);
+    return error == ENOENT || error == ENOTDIR;
+}
+
 int ReorganizePlan::count(PlannedFile::Verdict verdict) const
 {
     return static_cast<int>(std::count_if(files.begin(),

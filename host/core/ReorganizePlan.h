@@ -26,6 +26,8 @@ struct FileMark
 int markOf(const std::string& path, FileMark& mark);
 /// Says too whether it is a regular file.
 int markOf(const std::string& path, FileMark& mark, bool& isRegular);
+/// Whether the system says that there is nothing of that name.
+bool isNothingAt(const std::string& path);
 
 /// What a plan has in mind for one file.
 struct PlannedFile

@@ -107,7 +107,7 @@ void RuleFacts::moveTo(const boost::shared_ptr<CHDFile>& file)
 {
     m_file = file;
     m_beside = nullptr;
-    m_values.clear();
+    m_values.fill({});
     if (file->getFileType() != CHDFile::FT_Music && file->getParentDir())
         askMusicBeside();
 }
@@ -160,13 +160,17 @@ int RuleFacts::outputOf(const CSeperateRule& separator)
 
 const CString& RuleFacts::valueOf(CNSAtom::EType attribute)
 {
-    const auto [asked, isNew] = m_values.try_emplace(attribute);
-    CString& value = asked->second;
-    if (isNew)
-        value = knownValue(attribute);
-    if (isNew && value.IsEmpty() && m_rule.getUnknownAttribDefValue(attribute, value))
-        value = plainValue(value);
-    return value;
+    static const CString none;
+    const auto index = static_cast<std::size_t>(attribute);
+    if (index >= m_values.size())
+        return none;
+    std::optional<CString>& value = m_values[index];
+    if (value)
+        return *value;
+    value = knownValue(attribute);
+    if (value->IsEmpty() && m_rule.getUnknownAttribDefValue(attribute, *value))
+        value = plainValue(*value);
+    return *value;
 }
 
 CString RuleFacts::knownValue(CNSAtom::EType attribute)

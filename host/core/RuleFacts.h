@@ -5,8 +5,9 @@
 #include <QoKernel/Physical.h>
 #include <QoKernel/Rules.h>
 
-#include <map>
+#include <array>
 #include <memory>
+#include <optional>
 #include <unordered_map>
 
 namespace qo::host
@@ -44,9 +45,10 @@ private:
 
     const CReorganizeRule& m_rule;
     RuleAttributes m_attributes;
-    File m_file;                                ///< that answers
-    MusicOfAlbum* m_beside = nullptr;           ///< what else is asked; null for nothing
-    std::map<CNSAtom::EType, CString> m_values; ///< that were asked for
+    File m_file;                      ///< that answers
+    MusicOfAlbum* m_beside = nullptr; ///< what else is asked; null for nothing
+    /// Those that were asked for, by type.
+    std::array<std::optional<CString>, CNSAtom::atomTypesCount + 1> m_values;
     std::unordered_map<const CHDDirectory*, std::unique_ptr<MusicOfFolder>> m_folders;
 };
 } // namespace qo::host

@@ -2,6 +2,7 @@
 
 #include "core/HostError.h"
 #include "core/HostFiles.h"
+#include "core/SystemPath.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -38,12 +39,6 @@ constexpr std::string_view infoEnd = ".trashinfo";
                     path + " cannot be put into the trash: " + cause + "; it is where it was");
 }
 
-std::string folderOf(const std::string& path)
-{
-    const std::size_t slash = path.rfind('/');
-    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
-}
-
 /// Tells file systems apart, and two mounts of one: nothing can be renamed from one to the other.
 /// Never 0 for what exists.
 std::uint64_t mountOf(const std::string& path)
@@ -61,17 +56,17 @@ std::string nearestFolder(std::string path)
 {
     struct stat st;
     while (path != "/" && ::stat(path.c_str(), &st) != 0)
-        path = folderOf(path);
+        path = parentOf(path);
     return path;
 }
 
 /// The highest folder above that lies on the same mount.
 std::string topOf(const std::string& path)
 {
-    const std::uint64_t mount = mountOf(folderOf(path));
-    std::string top = folderOf(path);
-    while (top != "/" && mountOf(folderOf(top)) == mount)
-        top = folderOf(top);
+    const std::uint64_t mount = mountOf(parentOf(path));
+    std::string top = parentOf(path);
+    while (top != "/" && mountOf(parentOf(top)) == mount)
+        top = parentOf(top);
     return top;
 }
 
@@ -220,8 +215,8 @@ Trash::Place Trash::placeFor(const std::string& path) const
     const std::uint64_t mount = mountOf(path);
     if (mountOf(nearestFolder(m_homeTrash)) == mount)
     {
-        if (const int error = fileSystem().makeDirectories(fromSystemPath(folderOf(m_homeTrash))))
-            refuse(path, folderOf(m_homeTrash) + " cannot be made: " + errorWords(error));
+        if (const int error = fileSystem().makeDirectories(fromSystemPath(parentOf(m_homeTrash))))
+            refuse(path, parentOf(m_homeTrash) + " cannot be made: " + errorWords(error));
         return {homeFolderOn(mount, path), {}};
     }
     const std::string top = topOf(path);
@@ -238,7 +233,7 @@ Trash::Item Trash::put(const std::string& path) const
     struct stat st;
     if (::lstat(path.c_str(), &st) != 0)
         refuse(path, errorWords(errno));
-    if (S_ISDIR(st.st_mode) && mountOf(path) != mountOf(folderOf(path)))
+    if (S_ISDIR(st.st_mode) && mountOf(path) != mountOf(parentOf(path)))
         refuse(path, "it is a mount point");
     const Place place = placeFor(path);
     for (const char* part : {"", "/files", "/info"})
