@@ -21,19 +21,16 @@ struct CollectionChanges::Stage
     CStringArray toAnalyze;
     std::unordered_map<std::u16string, CString> places; ///< see PendingTags::follow()
 
-    void analyze(const CString& file)
+    void analyze(const CString& file) { analyzeFolder(CQoCollPath(file).getParent().toString()); }
+    void analyzeFolder(const CString& folder)
     {
-        const CString folder = CQoCollPath(file).getParent().toString();
         if (folders.insert(pathKey(folder)).second)
             toAnalyze.Add(folder);
     }
     void takeAnalysis(Stage& other)
     {
         for (const CString& folder : other.toAnalyze)
-        {
-            if (folders.insert(pathKey(folder)).second)
-                toAnalyze.Add(folder);
-        }
+            analyzeFolder(folder);
         other.toAnalyze.RemoveAll();
     }
 };

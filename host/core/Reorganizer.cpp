@@ -240,17 +240,18 @@ std::string ruleOf(const std::string& id)
     }
 }
 
+/// The folders that files leave or come to, each once: there are far fewer of them.
 std::vector<std::string> placesOf(const ReorganizePlan& plan)
 {
-    std::vector<std::string> places;
+    std::unordered_set<std::string> places;
     for (const PlannedFile& file : plan.files)
     {
         if (file.verdict != PlannedFile::Verdict::move)
             continue;
-        places.push_back(parentOf(file.from));
-        places.push_back(parentOf(file.to));
+        places.insert(parentOf(file.from));
+        places.insert(parentOf(file.to));
     }
-    return places;
+    return {places.begin(), places.end()};
 }
 
 /// Of the plan behind a run; none when it is gone.
