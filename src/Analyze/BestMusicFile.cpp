@@ -45,13 +45,13 @@ findValues(const AtomWeight* row, const std::vector<SearchedName>& names, MusicF
 
 /// The files of each value; of these, once there are any to go by, only those that match so far.
 std::vector<Candidates>
-filterValues(const ValuesOfType& values, const std::vector<int>& found, const Candidates& matching)
+filterValues(const FoundValues& found, const Candidates& matching, MusicFileIndex& index)
 {
     const ProfileTimer timer(u"CNSAnalyzer::getBestMusicFileMatch: filter values");
     std::vector<Candidates> lists;
-    for (const int value : found)
+    for (const int value : found.values)
     {
-        const Candidates& all = values.candidates[static_cast<std::size_t>(value)];
+        const Candidates& all = index.getCandidates(found.type, value);
         lists.push_back(matching.empty() ? all : filterCandidates(all, matching));
     }
     return lists;
@@ -77,8 +77,7 @@ Choice choose(std::vector<FoundValues> found, MusicFileIndex& index)
     Candidates matching;
     for (const FoundValues& ofType : found)
     {
-        const ValuesOfType& values = *index.getValues(ofType.type);
-        Candidates next = unite(filterValues(values, ofType.values, matching));
+        Candidates next = unite(filterValues(ofType, matching, index));
         if (next.empty())
             continue;
         matching = std::move(next);

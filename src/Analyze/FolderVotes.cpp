@@ -2,49 +2,69 @@
 
 #include "Analyze/BottomUp.h"
 #include "Analyze/NSUtils.h"
+#include "QoColl/Db/QoFileDbItem.h"
 
 namespace qo
 {
 namespace
 {
-void addToVote(const CString& value, int itemCount, FolderVote& vote)
+/// Where a record holds the value for one of the types that names are analysed for.
+CString QoFileDbItem::*fieldOf(CLTObjectType::EType type)
 {
-    if (value.IsEmpty())
+    switch (type)
+    {
+    case CLTObjectType::Track:
+        return &QoFileDbItem::title;
+    case CLTObjectType::Album:
+        return &QoFileDbItem::album;
+    case CLTObjectType::Artist:
+        return &QoFileDbItem::artist;
+    default:
+        return &QoFileDbItem::genre;
+    }
+}
+
+/// Null or empty: none.
+const CString* valueOf(const Voter& voter, CLTObjectType::EType type, CString QoFileDbItem::*field)
+{
+    if (voter.record)
+        return &(voter.record->*field);
+    return voter.assocs ? voter.assocs->PLookup(type) : nullptr;
+}
+
+/// Two values that differ contradict each other and every further one, so each value need not be
+/// held against each other one.
+void addToVote(const CString* value, int itemCount, FolderVote& vote)
+{
+    if (!value || value->IsEmpty())
     {
         vote.unrelated += itemCount;
         return;
     }
     const bool isFirst = vote.result == EVoteResult::noValue;
-    const bool isSame =
-        isFirst || value.sharesBufferWith(vote.value) || value.CompareNoCase(vote.value) == 0;
+    const bool isSame = isFirst || value->CompareNoCase(vote.value) == 0;
     (isSame ? vote.related : vote.unrelated) += itemCount;
     if (!isSame && vote.result == EVoteResult::agreed)
     {
         vote.result = EVoteResult::contradicted;
-        vote.contradictingValue = value;
+        vote.contradictingValue = *value;
     }
     if (vote.result == EVoteResult::contradicted)
         return;
     // Of spellings that differ in case the last one counts.
     vote.result = EVoteResult::agreed;
-    vote.value = value;
+    vote.value = *value;
 }
 
-/// Two values that differ contradict each other and every further one, so each value need not be
-/// held against each other one.
-bool countVote(const CNSAnalyzer::ObjectList& children,
-               const ItemCounts& itemCounts,
-               CMapStringToPtr& store,
-               IQoProgress* progress,
-               FolderVote& vote)
+bool countVote(const Voters& voters, EVoteCount count, IQoProgress* progress, FolderVote& vote)
 {
-    std::size_t index = 0;
-    for (const boost::shared_ptr<CHDObject>& child : children)
+    CString QoFileDbItem::*const field = fieldOf(vote.type);
+    for (const Voter& voter : voters)
     {
         if (isCanceled(progress))
             return false;
-        addToVote(CNSAnalyzer::getHDObjectAssoc(child, vote.type, store), itemCounts[index], vote);
-        ++index;
+        if (count == EVoteCount::whole || vote.result != EVoteResult::contradicted)
+            addToVote(valueOf(voter, vote.type, field), voter.itemCount, vote);
     }
     if (vote.result == EVoteResult::agreed &&
         !CNSAnalyzer::isUnrelAssocAccepted(vote.unrelated, vote.related))
@@ -68,9 +88,8 @@ void dropWithoutArtist(std::vector<FolderVote>& votes)
 }
 } // namespace
 
-bool countVotes(const CNSAnalyzer::ObjectList& children,
-                const ItemCounts& itemCounts,
-                CMapStringToPtr& store,
+bool countVotes(const Voters& voters,
+                EVoteCount count,
                 IQoProgress* progress,
                 std::vector<FolderVote>& votes)
 {
@@ -81,7 +100,7 @@ bool countVotes(const CNSAnalyzer::ObjectList& children,
             return false;
         FolderVote& vote = votes.emplace_back();
         vote.type = type;
-        if (!countVote(children, itemCounts, store, progress, vote))
+        if (!countVote(voters, count, progress, vote))
             return false;
     }
     dropWithoutArtist(votes);

@@ -65,21 +65,6 @@ std::vector<int> ValuesOfType::findIn(const std::vector<SearchedName>& searchedN
     return found;
 }
 
-MusicFileIndex::MusicFileIndex(const CNSDirMusicFilesInfo& info) : m_info(info)
-{
-    Candidate place{-1, 0};
-    CString lastTitle;
-    for (const auto& musicFile : info.m_musicFiles)
-    {
-        const CString title = musicFile->getFileTitle();
-        if (place.rank < 0 || title.CompareNoCase(lastTitle) != 0)
-            ++place.rank;
-        m_places.try_emplace(musicFile.get(), place);
-        ++place.file;
-        lastTitle = title;
-    }
-}
-
 const ValuesOfType* MusicFileIndex::getValues(CNSAtom::EType type)
 {
     const auto known = m_values.find(type);
@@ -88,14 +73,37 @@ const ValuesOfType* MusicFileIndex::getValues(CNSAtom::EType type)
     const std::vector<CString>& values = m_info.getValuesInOrder(type);
     if (values.empty())
         return nullptr;
-    ValuesOfType made{ValueIndex(values), {}};
-    for (const CString& value : values)
-        made.candidates.push_back(candidatesOf(type, value));
+    ValuesOfType made{ValueIndex(values), std::vector<Candidates>(values.size())};
     return &m_values.emplace(type, std::move(made)).first->second;
 }
 
-Candidates MusicFileIndex::candidatesOf(CNSAtom::EType type, const CString& value) const
+const Candidates& MusicFileIndex::getCandidates(CNSAtom::EType type, int value)
 {
+    const auto index = static_cast<std::size_t>(value);
+    Candidates& candidates = m_values.at(type).candidates[index];
+    if (candidates.empty())
+        candidates = candidatesOf(type, m_info.getValuesInOrder(type)[index]);
+    return candidates;
+}
+
+void MusicFileIndex::findPlaces()
+{
+    Candidate place{0, 0};
+    const CString* lastTitle = nullptr;
+    for (const CString& title : m_info.getTitles())
+    {
+        if (lastTitle && title.CompareNoCase(*lastTitle) != 0)
+            ++place.rank;
+        m_places.try_emplace(m_info.m_musicFiles[place.file].get(), place);
+        ++place.file;
+        lastTitle = &title;
+    }
+}
+
+Candidates MusicFileIndex::candidatesOf(CNSAtom::EType type, const CString& value)
+{
+    if (m_places.empty())
+        findPlaces();
     Candidates candidates;
     void* files = nullptr;
     if (!m_info.getAtomValues(type)->Lookup(value, files))

@@ -27,7 +27,7 @@ Candidates filterCandidates(const Candidates& candidates, const Candidates& allo
 struct ValuesOfType
 {
     ValueIndex names;
-    std::vector<Candidates> candidates; ///< by index of the value
+    std::vector<Candidates> candidates; ///< by index of the value; empty until it is found
 
     /// The values that stand in one of the names, in the order in which the directory has them.
     std::vector<int> findIn(const std::vector<SearchedName>& searchedNames) const;
@@ -50,24 +50,28 @@ struct Choice
     std::vector<CNSAtom::EType> narrowedBy;
 };
 
-/// What the search for a music file needs of a directory; made for each type when it is asked for.
+/// What the search for a music file needs of a directory; made for each type when it is asked for,
+/// and for each value when a name holds it: most names hold none.
 class MusicFileIndex
 {
 public:
     /// The info must outlive this and stay as it is.
-    explicit MusicFileIndex(const CNSDirMusicFilesInfo& info);
+    explicit MusicFileIndex(const CNSDirMusicFilesInfo& info) : m_info(info) {}
     /// Null for a type without values.
     const ValuesOfType* getValues(CNSAtom::EType type);
+    /// The music files with one of the values of the type, by its index.
+    const Candidates& getCandidates(CNSAtom::EType type, int value);
 
     /// Names of one album follow each other and hold the same values: the choice made last is
     /// often the next one too, and costs as much as all files of the album.
     Choice lastChoice;
 
 private:
-    Candidates candidatesOf(CNSAtom::EType type, const CString& value) const;
+    void findPlaces();
+    Candidates candidatesOf(CNSAtom::EType type, const CString& value);
 
     const CNSDirMusicFilesInfo& m_info;
-    std::unordered_map<const CHDMusicFile*, Candidate> m_places;
+    std::unordered_map<const CHDMusicFile*, Candidate> m_places; ///< empty until a value is found
     std::map<CNSAtom::EType, ValuesOfType> m_values;
 };
 } // namespace qo

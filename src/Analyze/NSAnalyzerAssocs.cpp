@@ -7,13 +7,12 @@
 #include "common/Settings.h"
 
 #include <algorithm>
-#include <unordered_map>
+#include <vector>
 
 namespace
 {
 using AssocMap = CNSAnalyzer::AssocMap;
 using ObjectList = CNSAnalyzer::ObjectList;
-using DirectoryCounts = std::unordered_map<const CHDObject*, int>;
 
 /// Ends its store with it.
 class OwnStore
@@ -32,12 +31,17 @@ const CHDFile& toFile(const boost::shared_ptr<CHDObject>& object)
     return static_cast<const CHDFile&>(*object);
 }
 
-CString storeKey(const boost::shared_ptr<CHDObject>& object)
+const CHDDirectory& toDirectory(const boost::shared_ptr<CHDObject>& object)
 {
-    return static_cast<const CHDDirectory&>(*object).getPath().toString(true);
+    return static_cast<const CHDDirectory&>(*object);
 }
 
-AssocMap& assocsOf(const boost::shared_ptr<CHDObject>& directory, CMapStringToPtr& store)
+CString storeKey(const CHDDirectory& directory)
+{
+    return directory.getPath().toString(true);
+}
+
+AssocMap& assocsOf(const CHDDirectory& directory, CMapStringToPtr& store)
 {
     void*& assocs = store[storeKey(directory)];
     if (!assocs)
@@ -45,57 +49,94 @@ AssocMap& assocsOf(const boost::shared_ptr<CHDObject>& directory, CMapStringToPt
     return *static_cast<AssocMap*>(assocs);
 }
 
-/// False after a cancel, with nothing written.
-bool spreadAgreed(const ObjectList& children,
-                  const qo::ItemCounts& itemCounts,
-                  CMapStringToPtr& store,
-                  IQoProgress* progress)
+const AssocMap* findAssocs(const CHDDirectory& directory, const CMapStringToPtr& store)
+{
+    void* const* assocs = store.IsEmpty() ? nullptr : store.PLookup(storeKey(directory));
+    return assocs ? static_cast<const AssocMap*>(*assocs) : nullptr;
+}
+
+qo::Voter voterOf(const CHDDirectory& directory, int itemCount, const CMapStringToPtr& store)
+{
+    return {nullptr, findAssocs(directory, store), itemCount};
+}
+
+qo::Voter voterOf(const CHDFile& file)
+{
+    return {file.getDbItem().get(), nullptr, file.getRecItemCount()};
+}
+
+/// False after a cancel.
+bool findAgreed(const qo::Voters& voters, IQoProgress* progress, AssocMap& agreed)
 {
     std::vector<qo::FolderVote> votes;
-    if (!qo::countVotes(children, itemCounts, store, progress, votes))
+    if (!qo::countVotes(voters, qo::EVoteCount::untilContradicted, progress, votes))
         return false;
-    AssocMap accepted;
     for (const qo::FolderVote& vote : votes)
     {
         if (vote.result == qo::EVoteResult::agreed)
-            accepted[vote.type] = vote.value;
+            agreed[vote.type] = vote.value;
     }
-    if (accepted.IsEmpty())
-        return true;
-    for (const boost::shared_ptr<CHDObject>& child : children)
-        CNSAnalyzer::setHDObjectAssoc(child, accepted, store);
     return true;
 }
 
-/// Settles one directory whose sub-directories are settled. counts holds those of the
-/// sub-directories, which give way to that of the directory; they would otherwise be counted again
-/// at each level above.
-bool settleDirectory(const CHDDirectory& directory,
-                     DirectoryCounts& counts,
-                     CMapStringToPtr& store,
-                     IQoProgress* progress)
+template <class List>
+void spread(const AssocMap& agreed, const List& children, CMapStringToPtr& store)
 {
-    ObjectList children;
-    qo::ItemCounts itemCounts;
-    int count = directory.getItemCount();
-    for (const auto& subDir : directory.getSubDirs())
-    {
-        const auto entry = counts.find(subDir.get());
-        children.add(subDir);
-        itemCounts.push_back(entry->second);
-        count += entry->second;
-        counts.erase(entry);
-    }
-    for (const auto& file : directory.getFiles())
-    {
-        if (qo::isCanceled(progress))
-            return false;
-        children.add(file);
-        itemCounts.push_back(file->getRecItemCount());
-    }
-    counts[&directory] = count;
-    return spreadAgreed(children, itemCounts, store, progress);
+    if (agreed.IsEmpty())
+        return;
+    for (const auto& child : children)
+        CNSAnalyzer::setHDObjectAssoc(child, agreed, store);
 }
+
+/// Settles one directory after the other, each behind its sub-directories. Their items would
+/// otherwise be counted again at each level above.
+class Settlement
+{
+public:
+    Settlement(CMapStringToPtr& store, IQoProgress* progress) : m_store(store), m_progress(progress)
+    {
+    }
+    /// False after a cancel, with nothing written.
+    bool settle(const CHDDirectory& directory)
+    {
+        m_voters.clear();
+        addSubDirs(directory);
+        for (const auto& file : directory.getFiles())
+        {
+            if (qo::isCanceled(m_progress))
+                return false;
+            m_voters.push_back(voterOf(*file));
+        }
+        AssocMap agreed;
+        if (!findAgreed(m_voters, m_progress, agreed))
+            return false;
+        spread(agreed, directory.getSubDirs(), m_store);
+        spread(agreed, directory.getFiles(), m_store);
+        return true;
+    }
+
+private:
+    /// The counts of the sub-directories give way to that of the directory.
+    void addSubDirs(const CHDDirectory& directory)
+    {
+        const auto first = m_counts.end() - directory.getSubDirs().GetSize();
+        auto itemCount = first;
+        int count = directory.getItemCount();
+        for (const auto& subDir : directory.getSubDirs())
+        {
+            m_voters.push_back(voterOf(*subDir, *itemCount, m_store));
+            count += *itemCount++;
+        }
+        m_counts.erase(first, m_counts.end());
+        m_counts.push_back(count);
+    }
+
+    CMapStringToPtr& m_store;
+    IQoProgress* m_progress;
+    /// The items of each directory that is settled while that above is not, in the walk's order.
+    std::vector<int> m_counts;
+    qo::Voters m_voters; ///< of the directory at hand; kept for its memory
+};
 } // namespace
 
 CString CNSAnalyzer::getHDObjectAssoc(const boost::shared_ptr<CHDObject>& object,
@@ -104,8 +145,8 @@ CString CNSAnalyzer::getHDObjectAssoc(const boost::shared_ptr<CHDObject>& object
 {
     if (object->isFile())
         return toFile(object).getLTAssocFromDbFileItem(type);
-    void* const* assocs = store.IsEmpty() ? nullptr : store.PLookup(storeKey(object));
-    const CString* value = assocs ? static_cast<AssocMap*>(*assocs)->PLookup(type) : nullptr;
+    const AssocMap* assocs = findAssocs(toDirectory(object), store);
+    const CString* value = assocs ? assocs->PLookup(type) : nullptr;
     return value ? *value : CString();
 }
 
@@ -117,7 +158,7 @@ void CNSAnalyzer::setHDObjectAssoc(const boost::shared_ptr<CHDObject>& object,
     if (object->isFile())
         static_cast<CHDFile&>(*object).setLTAssocToDbFileItem(type, value);
     else
-        assocsOf(object, store).SetAt(type, value);
+        assocsOf(toDirectory(object), store).SetAt(type, value);
 }
 
 void CNSAnalyzer::setHDObjectAssoc(const boost::shared_ptr<CHDObject>& object,
@@ -189,21 +230,25 @@ void CNSAnalyzer::detectUnrelatedAssocs(const ObjectList& objects,
                                         CMapStringToPtr& store,
                                         IQoProgress* progress)
 {
-    qo::ItemCounts itemCounts;
+    qo::Voters voters;
     for (const boost::shared_ptr<CHDObject>& object : objects)
-        itemCounts.push_back(object->getRecItemCount());
-    spreadAgreed(objects, itemCounts, store, progress);
+        voters.push_back(object->isFile()
+                             ? voterOf(toFile(object))
+                             : voterOf(toDirectory(object), object->getRecItemCount(), store));
+    AssocMap agreed;
+    if (findAgreed(voters, progress, agreed))
+        spread(agreed, objects, store);
 }
 
 void CNSAnalyzer::detectUnrelatedAssocs(const boost::shared_ptr<CHDDirectory>& directory,
                                         CMapStringToPtr& store,
                                         IQoProgress* progress)
 {
-    DirectoryCounts counts;
+    Settlement settlement(store, progress);
     qo::walkBottomUp(directory,
                      progress,
                      [&](const boost::shared_ptr<CHDDirectory>& each)
-                     { return settleDirectory(*each, counts, store, progress); });
+                     { return settlement.settle(*each); });
 }
 
 void CNSAnalyzer::detectUnrelatedAssocs(const boost::shared_ptr<CHDDirectory>& directory,

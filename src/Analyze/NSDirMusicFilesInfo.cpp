@@ -4,6 +4,7 @@
 #include "Analyze/MusicFileIndex.h"
 #include "Physical/HDDirectory.h"
 #include "Physical/HDMusicFile.h"
+#include "common/BinarySearch.h"
 
 namespace
 {
@@ -11,21 +12,17 @@ constexpr const char16_t* sourcePath = u".\\Analyze\\NSDirMusicFilesInfo";
 
 using FileList = CNSDirMusicFilesInfo::FileList;
 
-int compareTitles(const boost::shared_ptr<CHDMusicFile>& a,
-                  const boost::shared_ptr<CHDMusicFile>& b)
-{
-    return a->getFileTitle().CompareNoCase(b->getFileTitle());
-}
-
 /// Also 0 for "song.mp3.jpg" beside "song.mp3". That makes no order: which music file is met
 /// depends on the way the search takes.
-int compareWithMusicFile(const CString& title, const boost::shared_ptr<CHDMusicFile>& musicFile)
+int compareWithMusicFile(const CString& title,
+                         const CString& musicTitle,
+                         const CHDMusicFile& musicFile)
 {
-    const CString musicTitle = musicFile->getFileTitle();
     const int order = title.CompareNoCase(musicTitle);
-    if (order == 0 || title.GetLength() <= musicTitle.GetLength())
+    const int length = musicTitle.GetLength();
+    if (order == 0 || title.GetLength() <= length || title[length] != u'.')
         return order;
-    return title.CompareNoCase(musicTitle + u"." + musicFile->getExt()) == 0 ? 0 : order;
+    return title.CompareNoCase(musicTitle + u"." + musicFile.getExt()) == 0 ? 0 : order;
 }
 
 void deleteValueMap(CMapStringToPtr* values)
@@ -41,11 +38,7 @@ void deleteValueMap(CMapStringToPtr* values)
 }
 } // namespace
 
-CNSDirMusicFilesInfo::CNSDirMusicFilesInfo()
-{
-    constexpr unsigned typeSlots = 17;
-    m_atomValues.InitHashTable(typeSlots);
-}
+CNSDirMusicFilesInfo::CNSDirMusicFilesInfo() = default;
 
 CNSDirMusicFilesInfo::~CNSDirMusicFilesInfo()
 {
@@ -61,13 +54,17 @@ CNSDirMusicFilesInfo::~CNSDirMusicFilesInfo()
 void CNSDirMusicFilesInfo::addMusicFile(const boost::shared_ptr<CHDMusicFile>& musicFile)
 {
     m_index.reset();
-    CString value;
-    for (const CNSAtom::AtomTypeName& row : CNSAtom::m_atomTypeNames)
-    {
-        if (musicFile->getAtomValueFromDbFileItem(row.type, value))
-            filesOf(row.type, value).add(musicFile);
-    }
-    m_musicFiles.addSorted(musicFile, compareTitles, false);
+    const CString title = musicFile->getFileTitle();
+    const auto order = [&](int at) { return title.CompareNoCase(m_titles[at]); };
+    int place = m_titles.GetSize();
+    // The order of a directory is nearly that of the titles.
+    if (place > 0 && order(place - 1) <= 0)
+        qo::searchBinary(0, place, order, place);
+    m_titles.InsertAt(place, title);
+    m_musicFiles.InsertAt(place, musicFile);
+    m_inOrder.push_back(musicFile);
+    for (const auto& entry : m_valuesInOrder)
+        addValueOf(musicFile, entry.first);
 }
 
 void CNSDirMusicFilesInfo::addMusicFilesOf(const CHDDirectory& directory)
@@ -79,15 +76,31 @@ void CNSDirMusicFilesInfo::addMusicFilesOf(const CHDDirectory& directory)
     }
 }
 
-FileList& CNSDirMusicFilesInfo::filesOf(CNSAtom::EType type, const CString& value)
+CNSDirMusicFilesInfo::ValuesInOrder::const_iterator
+CNSDirMusicFilesInfo::collectValues(CNSAtom::EType type) const
+{
+    const auto [entry, isNew] = m_valuesInOrder.try_emplace(type);
+    if (isNew)
+    {
+        for (const auto& musicFile : m_inOrder)
+            addValueOf(musicFile, type);
+    }
+    return entry;
+}
+
+void CNSDirMusicFilesInfo::addValueOf(const boost::shared_ptr<CHDMusicFile>& musicFile,
+                                      CNSAtom::EType type) const
+{
+    CString value;
+    if (musicFile->getAtomValueFromDbFileItem(type, value))
+        filesOf(type, value).add(musicFile);
+}
+
+FileList& CNSDirMusicFilesInfo::filesOf(CNSAtom::EType type, const CString& value) const
 {
     CMapStringToPtr*& values = m_atomValues[type];
     if (!values)
-    {
-        constexpr unsigned valueSlots = 1001;
         values = qo::makeOwned<CMapStringToPtr>(QO_HERE(sourcePath)).release();
-        values->InitHashTable(valueSlots);
-    }
     void*& files = (*values)[value];
     if (!files)
     {
@@ -100,23 +113,24 @@ FileList& CNSDirMusicFilesInfo::filesOf(CNSAtom::EType type, const CString& valu
 boost::shared_ptr<CHDMusicFile>
 CNSDirMusicFilesInfo::findMusicFile(const boost::shared_ptr<CHDFile>& file) const
 {
+    const CString title = file->getFileTitle();
+    const auto order = [&](int at)
+    { return compareWithMusicFile(title, m_titles[at], *m_musicFiles[at]); };
     int index = 0;
-    const bool found = m_musicFiles.findByKey(
-        file->getFileTitle(), 0, m_musicFiles.GetSize(), compareWithMusicFile, index);
+    const bool found = qo::searchBinary(0, m_titles.GetSize(), order, index);
     return found ? m_musicFiles[index] : boost::shared_ptr<CHDMusicFile>();
 }
 
 const CMapStringToPtr* CNSDirMusicFilesInfo::getAtomValues(CNSAtom::EType type) const
 {
+    collectValues(type);
     CMapStringToPtr* const* values = m_atomValues.PLookup(type);
     return values ? *values : nullptr;
 }
 
 const std::vector<CString>& CNSDirMusicFilesInfo::getValuesInOrder(CNSAtom::EType type) const
 {
-    static const std::vector<CString> none;
-    const auto entry = m_valuesInOrder.find(type);
-    return entry == m_valuesInOrder.end() ? none : entry->second;
+    return collectValues(type)->second;
 }
 
 qo::MusicFileIndex& CNSDirMusicFilesInfo::getIndex() const

@@ -4,6 +4,7 @@
 #include "Physical/Forward.h"
 #include "common/PtrListT.h"
 #include "common/types/Map.h"
+#include "common/types/StringArray.h"
 
 #include <map>
 #include <memory>
@@ -15,7 +16,8 @@ class MusicFileIndex;
 }
 
 /// The music files of one directory, by title and by what their records say. A record must not
-/// change while its file is in here. No locks: even a search builds indexes.
+/// change while its file is in here: the values of a type are collected when they are first asked
+/// for, as most names need few types or none. No locks: even a search builds indexes.
 class QO_API CNSDirMusicFilesInfo
 {
 public:
@@ -37,17 +39,25 @@ public:
 
     /// The values of the type in the order of adding.
     const std::vector<CString>& getValuesInOrder(CNSAtom::EType type) const;
+    /// The titles of m_musicFiles, index by index.
+    const CStringArray& getTitles() const noexcept { return m_titles; }
     /// Valid until the next file is added.
     qo::MusicFileIndex& getIndex() const;
 
-    /// Own their maps and lists.
-    CMap<CNSAtom::EType, CMapStringToPtr*> m_atomValues;
-    /// Sorted by title.
+    /// Own their maps and lists. Hold the types that were asked for; see getAtomValues().
+    mutable CMap<CNSAtom::EType, CMapStringToPtr*> m_atomValues;
+    /// Sorted by title; only addMusicFile() adds to them.
     FileList m_musicFiles;
 
 private:
-    FileList& filesOf(CNSAtom::EType type, const CString& value);
+    using ValuesInOrder = std::map<CNSAtom::EType, std::vector<CString>>;
 
-    std::map<CNSAtom::EType, std::vector<CString>> m_valuesInOrder;
+    ValuesInOrder::const_iterator collectValues(CNSAtom::EType type) const;
+    void addValueOf(const boost::shared_ptr<CHDMusicFile>& musicFile, CNSAtom::EType type) const;
+    FileList& filesOf(CNSAtom::EType type, const CString& value) const;
+
+    CStringArray m_titles;
+    std::vector<boost::shared_ptr<CHDMusicFile>> m_inOrder; ///< the files in the order of adding
+    mutable ValuesInOrder m_valuesInOrder; ///< has an entry for each type that was asked for
     mutable std::unique_ptr<qo::MusicFileIndex> m_index;
 };

@@ -59,21 +59,14 @@ std::vector<Placement> explainPlacements(const boost::shared_ptr<CHDDirectory>& 
 
 std::vector<FolderVote> explainFolder(const boost::shared_ptr<CHDDirectory>& directory)
 {
-    CNSAnalyzer::ObjectList children;
-    ItemCounts itemCounts;
-    const auto add = [&](const boost::shared_ptr<CHDObject>& child)
-    {
-        children.add(child);
-        itemCounts.push_back(child->getRecItemCount());
-    };
-    for (const auto& subDir : directory->getSubDirs())
-        add(subDir);
-    for (const auto& file : directory->getFiles())
-        add(file);
     // A sub-directory says nothing until the directory above it has decided.
-    CMapStringToPtr store;
+    Voters voters;
+    for (const auto& subDir : directory->getSubDirs())
+        voters.push_back({nullptr, nullptr, subDir->getRecItemCount()});
+    for (const auto& file : directory->getFiles())
+        voters.push_back({file->getDbItem().get(), nullptr, file->getRecItemCount()});
     std::vector<FolderVote> votes;
-    countVotes(children, itemCounts, store, nullptr, votes);
+    countVotes(voters, EVoteCount::whole, nullptr, votes);
     return votes;
 }
 } // namespace qo

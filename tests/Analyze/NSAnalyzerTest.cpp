@@ -227,6 +227,31 @@ TEST(NSAnalyzer, DirectoriesKeepTheirAssociationsInTheStore)
     CNSAnalyzer::clearAssocStore(store);
 }
 
+TEST(NSAnalyzer, ADirectoryVotesWithWhatTheStoreSays)
+{
+    const MaxPercent setting(u"100");
+    Folder folder;
+    const auto subDir = Folder::addDir(folder.dir, u"sub");
+    const auto file = folder.add(u"a.mp3");
+    CMapStringToPtr store;
+    CNSAnalyzer::setHDObjectAssoc(subDir, CLTObjectType::Artist, u"Artist", store);
+    CNSAnalyzer::detectUnrelatedAssocs(folder.dir, store, nullptr);
+    EXPECT_EQ(file->getDbItem()->artist, u"Artist");
+    CNSAnalyzer::clearAssocStore(store);
+}
+
+TEST(NSAnalyzer, AnExplainedVoteCountsAllItemsThoughContradicted)
+{
+    Folder folder;
+    for (const char16_t* artist : {u"A", u"B", u"", u"C"})
+        folder.add(CString(artist) + u" song.mp3", Folder::record(artist, u""));
+    const qo::FolderVote vote = qo::explainFolder(folder.dir)[2];
+    EXPECT_EQ(vote.type, CLTObjectType::Artist);
+    EXPECT_EQ(vote.result, qo::EVoteResult::contradicted);
+    EXPECT_EQ(vote.related, 1);
+    EXPECT_EQ(vote.unrelated, 3);
+}
+
 TEST(NSAnalyzer, ACancelEndsAPassAtOnce)
 {
     const auto fill = [](Folder& folder)
