@@ -157,8 +157,13 @@ CString CHDFile::getLTAssocFromDbFileItem(CLTObjectType::EType type) const
 
 void CHDFile::setLTAssocToDbFileItem(CLTObjectType::EType type, const CString& value)
 {
-    if (CString* field = ltAssocField(*m_dbItem, type))
-        *field = value;
+    CString* const field = ltAssocField(*m_dbItem, type);
+    if (!field || *field == value)
+        return;
+    // The tag goes on saying what the file itself says.
+    if (m_fileType == FT_Music)
+        static_cast<CHDMusicFile&>(*this).getTag().keepTexts();
+    *field = value;
 }
 
 int CHDFile::cmpFilePath(const CString& path, const boost::shared_ptr<CHDFile>& file)

@@ -92,7 +92,7 @@ bool CHDMusicFile::hasMusicFilesRec() const
 void CHDMusicFile::setFileInfo()
 {
     CHDFile::setFileInfo();
-    m_tag.setTag(getDbItem());
+    m_tag.mirror(*getDbItem());
 }
 
 int CHDMusicFile::getAudioVideoType() const

@@ -24,8 +24,15 @@ const CMusicTagEx::EAttribType CMusicTagEx::m_attribTypes[] = {CTagAttrib::AT_Ar
                                                                CTagAttrib::AT_Picture,
                                                                CTagAttrib::AT_FileName};
 
+struct CMusicTagEx::Numbers
+{
+    std::uint32_t time = 0;
+    std::uint32_t bitrate = 0;
+};
+
 struct CMusicTagEx::Attribs
 {
+    Numbers numbers;
     std::array<CTagAttrib, attribCount> all{CTagAttrib(m_attribTypes[0]),
                                             CTagAttrib(m_attribTypes[1]),
                                             CTagAttrib(m_attribTypes[2]),
@@ -49,13 +56,65 @@ int indexOf(CTagAttrib::EAttribType type) noexcept
         return fileNameIndex;
     return CTagAttrib::isRealTagAttrib(type) ? type - CTagAttrib::AT_Artist : -1;
 }
+
+/// The record's text for the attribute; in place of the file name the path, from which it is taken
+/// when somebody asks for it.
+const CString& textOf(const QoFileDbItem& record, CTagAttrib::EAttribType type) noexcept
+{
+    switch (type)
+    {
+    case CTagAttrib::AT_Artist:
+        return record.artist;
+    case CTagAttrib::AT_Album:
+        return record.album;
+    case CTagAttrib::AT_Title:
+        return record.title;
+    case CTagAttrib::AT_Genre:
+        return record.genre;
+    case CTagAttrib::AT_TrackNumber:
+        return record.trackNumber;
+    case CTagAttrib::AT_Year:
+        return record.year;
+    case CTagAttrib::AT_Lyrics:
+        return record.lyrics;
+    case CTagAttrib::AT_Picture:
+        return record.picturePath;
+    default:
+        return record.path;
+    }
+}
 } // namespace
 
-CMusicTagEx::CMusicTagEx() = default;
+/// The values of SV_Original in the order of m_attribTypes; the path in place of the file name.
+struct CMusicTagEx::Texts
+{
+    void set(int index, const CString& text)
+    {
+        all[index] = text;
+        present = static_cast<std::uint16_t>(present | 1U << index);
+    }
+    bool has(int index) const noexcept { return (present >> index & 1) != 0; }
+
+    CString all[attribCount];
+    Numbers numbers;
+    std::uint16_t present = 0; ///< which of them are values, one bit each
+};
+
+CMusicTagEx::CMusicTagEx() noexcept : m_record(nullptr) {}
 
 CMusicTagEx::~CMusicTagEx()
 {
     setHasOriginalLyrics(false);
+    forget();
+}
+
+void CMusicTagEx::forget() const noexcept
+{
+    if (m_store == EStore::texts)
+        delete m_texts;
+    else if (m_store == EStore::attribs)
+        delete m_attribs;
+    m_store = EStore::nowhere;
 }
 
 int CMusicTagEx::getNrAttribTypes() noexcept
@@ -70,7 +129,7 @@ CMusicTagEx::EAttribType CMusicTagEx::getAttribType(int index) noexcept
 
 CMusicTagEx::Attribs& CMusicTagEx::attribs() const
 {
-    if (m_attribs)
+    if (m_store == EStore::attribs)
         return *m_attribs;
     auto made = std::make_unique<Attribs>();
     for (EAttribType type : m_attribTypes)
@@ -79,11 +138,27 @@ CMusicTagEx::Attribs& CMusicTagEx::attribs() const
         if (get(type, original, text))
             made->all[static_cast<std::size_t>(indexOf(type))].setValue(original, text, true);
     }
-    for (CString& text : m_originals)
-        text.Empty();
-    m_present = 0;
-    m_attribs = std::move(made);
+    made->numbers = numbers();
+    forget();
+    m_attribs = made.release();
+    m_store = EStore::attribs;
     return *m_attribs;
+}
+
+CMusicTagEx::Texts& CMusicTagEx::texts()
+{
+    if (m_store == EStore::texts)
+        return *m_texts;
+    auto made = std::make_unique<Texts>();
+    if (m_store == EStore::record)
+    {
+        for (EAttribType type : m_attribTypes)
+            made->set(indexOf(type), textOf(*m_record, type));
+        made->numbers = numbers();
+    }
+    m_texts = made.release();
+    m_store = EStore::texts;
+    return *m_texts;
 }
 
 const CTagAttrib* CMusicTagEx::getConstAttrib(EAttribType type) const
@@ -100,14 +175,15 @@ CTagAttrib* CMusicTagEx::getAttrib(EAttribType type)
 bool CMusicTagEx::get(EAttribType type, ESrcValueType source, CString& text) const
 {
     text.Empty();
-    if (m_attribs)
+    if (m_store == EStore::attribs)
         return getConstAttrib(type)->getValue(source, text);
-    const int index = indexOf(type);
     const bool isOriginal = source == original || source == CTagAttribValue::SV_Current;
-    if (!isOriginal || (m_present >> index & 1) == 0)
+    const int index = indexOf(type);
+    if (!isOriginal || m_store == EStore::nowhere ||
+        (m_store == EStore::texts && !m_texts->has(index)))
         return false;
-    text =
-        type == CTagAttrib::AT_FileName ? qo::fileNameOf(m_originals[index]) : m_originals[index];
+    const CString& kept = m_store == EStore::record ? textOf(*m_record, type) : m_texts->all[index];
+    text = type == CTagAttrib::AT_FileName ? qo::fileNameOf(kept) : kept;
     return true;
 }
 
@@ -120,21 +196,20 @@ CString CMusicTagEx::getOriginal(EAttribType type) const
 
 void CMusicTagEx::set(EAttribType type, const CString& text, ESrcValueType source, bool makeCurrent)
 {
-    if (m_attribs || source != original)
-        return getAttrib(type)->setValue(source, text, makeCurrent);
-    const int index = indexOf(type);
-    m_originals[index] = text;
-    m_present = static_cast<std::uint16_t>(m_present | 1U << index);
+    if (m_store == EStore::attribs || source != original)
+        getAttrib(type)->setValue(source, text, makeCurrent);
+    else
+        texts().set(indexOf(type), text);
 }
 
 bool CMusicTagEx::isEdited(EAttribType type) const
 {
-    return m_attribs && getConstAttrib(type)->getCrtValueType() != original;
+    return m_store == EStore::attribs && getConstAttrib(type)->getCrtValueType() != original;
 }
 
 bool CMusicTagEx::makeOriginal(EAttribType type)
 {
-    return m_attribs && getAttrib(type)->setCrtValueAsOriginal();
+    return m_store == EStore::attribs && getAttrib(type)->setCrtValueAsOriginal();
 }
 
 void CMusicTagEx::setCrtFileNameAsOriginal()
@@ -144,19 +219,22 @@ void CMusicTagEx::setCrtFileNameAsOriginal()
 
 void CMusicTagEx::clear()
 {
-    for (CString& text : m_originals)
-        text.Empty();
-    m_present = 0;
-    if (m_attribs)
+    if (m_store == EStore::nowhere)
+        return;
+    if (m_store != EStore::attribs)
     {
-        for (CTagAttrib& attrib : m_attribs->all)
-            attrib.clear();
+        const Numbers kept = numbers();
+        forget();
+        setNumbers(kept.time, kept.bitrate);
+        return;
     }
+    for (CTagAttrib& attrib : m_attribs->all)
+        attrib.clear();
 }
 
 void CMusicTagEx::reset()
 {
-    if (!m_attribs)
+    if (m_store != EStore::attribs)
         return;
     for (CTagAttrib& attrib : m_attribs->all)
         attrib.setCrtValueType(original);
@@ -164,7 +242,7 @@ void CMusicTagEx::reset()
 
 bool CMusicTagEx::isDirty(bool realTagOnly) const
 {
-    if (!m_attribs)
+    if (m_store != EStore::attribs)
         return false;
     for (const CTagAttrib& attrib : m_attribs->all)
     {
@@ -314,7 +392,7 @@ void CMusicTagEx::getTag(boost::shared_ptr<QoFileDbItem>& item) const
 {
     fillRecord(*this, *item);
     item->lyricsLoaded = m_hasOriginalLyrics;
-    item->bitrate = static_cast<int>(m_bitrate);
+    item->bitrate = static_cast<int>(getBitrate());
 }
 
 void CMusicTagEx::getTag(boost::shared_ptr<QoInplaceFileDbItem>& item) const
@@ -324,24 +402,74 @@ void CMusicTagEx::getTag(boost::shared_ptr<QoInplaceFileDbItem>& item) const
 
 void CMusicTagEx::setTag(const boost::shared_ptr<QoFileDbItem>& item)
 {
-    setArtist(item->artist, original, false);
-    setAlbum(item->album, original, false);
-    setTitle(item->title, original, false);
-    setGenre(item->genre, original, false);
-    setTrackNumber(item->trackNumber, original, false);
-    setYear(item->year, original, false);
-    setLyrics(item->lyrics, item->lyricsLoaded, original, false);
-    setPicture(item->picturePath, original, false);
-    m_time = static_cast<std::uint32_t>(item->duration);
-    m_bitrate = static_cast<std::uint32_t>(item->bitrate);
-    const CString& name = m_attribs ? qo::fileNameOf(item->path) : item->path;
-    set(CTagAttrib::AT_FileName, name, original, false);
+    take(*item);
+}
+
+void CMusicTagEx::take(const QoFileDbItem& record)
+{
+    for (EAttribType type : m_attribTypes)
+    {
+        const CString& text = textOf(record, type);
+        const bool asName = type == CTagAttrib::AT_FileName && m_store == EStore::attribs;
+        set(type, asName ? qo::fileNameOf(text) : text, original, false);
+    }
+    setHasOriginalLyrics(record.lyricsLoaded);
+    setNumbers(static_cast<unsigned>(record.duration), static_cast<unsigned>(record.bitrate));
+}
+
+CMusicTagEx::Numbers CMusicTagEx::numbers() const noexcept
+{
+    switch (m_store)
+    {
+    case EStore::nowhere:
+        break;
+    case EStore::record:
+        return {static_cast<std::uint32_t>(m_record->duration),
+                static_cast<std::uint32_t>(m_record->bitrate)};
+    case EStore::texts:
+        return m_texts->numbers;
+    case EStore::attribs:
+        return m_attribs->numbers;
+    }
+    return {};
+}
+
+void CMusicTagEx::setNumbers(unsigned time, unsigned bitrate)
+{
+    (m_store == EStore::attribs ? m_attribs->numbers : texts().numbers) = {time, bitrate};
+}
+
+unsigned CMusicTagEx::getTime() const noexcept
+{
+    return numbers().time;
+}
+
+unsigned CMusicTagEx::getBitrate() const noexcept
+{
+    return numbers().bitrate;
+}
+
+void CMusicTagEx::mirror(const QoFileDbItem& record)
+{
+    // An edit stays beside what the file itself says.
+    if (m_store == EStore::attribs)
+        return take(record);
+    forget();
+    m_record = &record;
+    m_store = EStore::record;
+    setHasOriginalLyrics(record.lyricsLoaded);
+}
+
+void CMusicTagEx::keepTexts()
+{
+    if (m_store == EStore::record)
+        texts();
 }
 
 bool CMusicTagEx::fillEmptyAttribs(ESrcValueType type)
 {
     // Without objects there is no other source that could fill anything.
-    if (!m_attribs)
+    if (m_store != EStore::attribs)
         return false;
     bool changed = false;
     for (CTagAttrib& attrib : m_attribs->all)

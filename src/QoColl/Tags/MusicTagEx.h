@@ -7,22 +7,21 @@
 #include "QoColl/Tags/TagAttrib.h"
 
 #include <cstdint>
-#include <memory>
 
 /// The tag of one music file, each attribute with its values by source. It is filled from the file
 /// or from the record that mirrors it; neither makes it dirty. Paths are in collection form.
 /// Nothing here throws but for lack of memory.
 ///
-/// Millions of tags hold the file's own texts and nothing else, so these stand in the tag itself;
-/// the attributes become objects once a second source or a caller asks for them. Not for several
-/// threads at once: even getConstAttrib() may make them.
+/// Most tags hold the file's own texts and nothing else: these stay in the record, or are kept as
+/// plain texts, and the attributes become objects once a second source or a caller asks for them.
+/// Not for several threads at once: even getConstAttrib() may make them.
 class QO_API CMusicTagEx
 {
 public:
     using ESrcValueType = CTagAttrib::ESrcValueType;
     using EAttribType = CTagAttrib::EAttribType;
 
-    CMusicTagEx();
+    CMusicTagEx() noexcept;
     CMusicTagEx(const CMusicTagEx&) = delete;
     CMusicTagEx& operator=(const CMusicTagEx&) = delete;
     virtual ~CMusicTagEx();
@@ -78,8 +77,8 @@ public:
     static void checkNrLyrics();
 
     /// Play time in milliseconds, bitrate in kbit/s; 0 when unknown.
-    unsigned getTime() const noexcept { return m_time; }
-    unsigned getBitrate() const noexcept { return m_bitrate; }
+    unsigned getTime() const noexcept;
+    unsigned getBitrate() const noexcept;
 
     /// Reserved: changes nothing.
     void updateAttrib(EAttribType type, const char16_t* value);
@@ -93,7 +92,11 @@ public:
     /// Between the tag's original values and a record. The file name is only read.
     void getTag(boost::shared_ptr<QoFileDbItem>& item) const;
     void setTag(const boost::shared_ptr<QoFileDbItem>& item);
-    /// The same without the lyrics flag and the bitrate.
+    /// setTag() without a copy: the texts are read in the record, which must outlive this tag.
+    /// Before they change, keepTexts() has to be called, or the tag changes with them.
+    void mirror(const QoFileDbItem& record);
+    void keepTexts();
+    /// getTag() without the lyrics flag and the bitrate.
     void getTag(boost::shared_ptr<QoInplaceFileDbItem>& item) const;
 
     /// Hands over what the source has, pictures excepted.
@@ -131,7 +134,17 @@ public:
 
 private:
     static constexpr int attribCount = 9;
+    struct Numbers;
     struct Attribs;
+    struct Texts;
+    /// Where the values are.
+    enum class EStore : std::uint8_t
+    {
+        nowhere,
+        record,
+        texts,
+        attribs
+    };
 
     bool get(EAttribType type, ESrcValueType source, CString& text) const;
     CString getOriginal(EAttribType type) const;
@@ -140,16 +153,21 @@ private:
     /// As CTagAttrib::setCrtValueAsOriginal().
     bool makeOriginal(EAttribType type);
     Attribs& attribs() const;
+    Texts& texts();
+    void take(const QoFileDbItem& record);
+    Numbers numbers() const noexcept;
+    void setNumbers(unsigned time, unsigned bitrate);
+    void forget() const noexcept;
 
     static const EAttribType m_attribTypes[attribCount];
 
-    /// All nine as objects; null while no source but SV_Original has a value or is chosen.
-    mutable std::unique_ptr<Attribs> m_attribs;
-    /// The values of SV_Original while m_attribs is null, in the order of m_attribTypes. In place
-    /// of the file name stands the path, from which it is taken when somebody asks for it.
-    mutable CString m_originals[attribCount];
-    mutable std::uint16_t m_present = 0; ///< which of m_originals are values, one bit each
+    /// Only a second source or a chosen one makes the attributes objects.
+    union
+    {
+        mutable const QoFileDbItem* m_record;
+        mutable Texts* m_texts;
+        mutable Attribs* m_attribs;
+    };
+    mutable EStore m_store = EStore::nowhere;
     bool m_hasOriginalLyrics = false;
-    std::uint32_t m_time = 0;
-    std::uint32_t m_bitrate = 0;
 };

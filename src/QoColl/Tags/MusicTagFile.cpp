@@ -86,8 +86,9 @@ bool CMusicTagEx::readTag(const char16_t* path)
     if (!pictures.IsEmpty())
         setPicture(pictures[0].GetFilePath(), original, true);
     int number = 0;
-    m_time = tags.GetTime(number) ? static_cast<std::uint32_t>(number) : 0;
-    m_bitrate = tags.GetBitrate(number) ? static_cast<std::uint32_t>(number) : 0;
+    const unsigned time = tags.GetTime(number) ? static_cast<unsigned>(number) : 0;
+    const unsigned bitrate = tags.GetBitrate(number) ? static_cast<unsigned>(number) : 0;
+    setNumbers(time, bitrate);
     return true;
 }
 
@@ -175,7 +176,7 @@ void CMusicTagEx::updateTime(const char16_t* path)
     CTags tags;
     int time = 0;
     if (readTag(path, tags) && tags.GetTime(time))
-        m_time = static_cast<std::uint32_t>(time);
+        setNumbers(static_cast<unsigned>(time), getBitrate());
 }
 
 bool CMusicTagEx::fileSupportsTags(const CString& path)
