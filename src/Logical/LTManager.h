@@ -149,6 +149,9 @@ protected:
 private:
     /// The means to search and change the lists, see there.
     static qo::LTLists& lists();
+    /// For a track whose title is known to equal the tag's.
+    static int compareLTTracksOfTitle(const SimpleMusicTag* tag,
+                                      const boost::shared_ptr<CLTTrack>& track);
     static boost::shared_ptr<CLTTrack> createLTTrack(const SimpleMusicTag& tag);
     // What is found or made for a tag, valid until the next call of the same kind.
     static const boost::shared_ptr<CLTAlbum>& albumOf(const SimpleMusicTag& tag);

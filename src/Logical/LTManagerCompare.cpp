@@ -34,7 +34,7 @@ int compareNames(const CString& a, const CString& b)
 
 int compareYears(std::u16string_view a, std::u16string_view b)
 {
-    if (a.empty() || b.empty())
+    if (a.empty() || b.empty() || a == b)
         return 0;
     if (!isNumberText(a) || !isNumberText(b))
         return qo::compareNoCase(a, b);
@@ -48,7 +48,7 @@ int compareYears(std::u16string_view a, std::u16string_view b)
 
 int compareTrackNumbers(const CString& a, const CString& b)
 {
-    if (a.IsEmpty() || b.IsEmpty())
+    if (a.IsEmpty() || b.IsEmpty() || a.view() == b.view())
         return 0;
     int trackA = 0;
     int trackB = 0;
@@ -158,9 +158,14 @@ int CLTManager::compareLTTracks(const SimpleMusicTag* tag, const boost::shared_p
 {
     if (!isNamed(track))
         return 1;
-    int result = compareNames(tag->title, track->getName());
-    if (result == 0)
-        result = compareLTArtists(tag, track->getArtist());
+    const int result = compareNames(tag->title, track->getName());
+    return result != 0 ? result : compareLTTracksOfTitle(tag, track);
+}
+
+int CLTManager::compareLTTracksOfTitle(const SimpleMusicTag* tag,
+                                       const boost::shared_ptr<CLTTrack>& track)
+{
+    int result = compareLTArtists(tag, track->getArtist());
     if (result == 0)
         result = compareYears(tag->year.view(), track->getYear().view());
     if (result == 0)

@@ -114,7 +114,10 @@ boost::shared_ptr<CLTTrack> CLTManager::createLTTrack(const SimpleMusicTag& tag)
     qo::LTLists& all = lists();
     int position = 0;
     const qo::NameKeys::Key key = trackKeyOf(tag);
-    const auto order = [&tag](const auto& track) { return compareLTTracks(&tag, track); };
+    // Most keys tell the whole title, and the text of each track lies in memory of its own.
+    const auto compare = key.isWholeName() ? compareLTTracksOfTitle
+                                           : static_cast<TagCompare<CLTTrack>>(compareLTTracks);
+    const auto order = [&tag, compare](const auto& track) { return compare(&tag, track); };
     all.tracks.find(key, all.strayTracks == 0, order, position);
     auto track = createAt(all.tracks, tag.title, key, position);
     ++all.strayTracks; // until it is linked

@@ -2,7 +2,7 @@
 
 #include "common/types/CharClass.h"
 
-#include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace qo
@@ -31,6 +31,24 @@ std::size_t countBelow(const Key* keys, std::size_t count, Below below)
     for (std::size_t i = 0; i < count; ++i)
         passed += below(base[i]);
     return static_cast<std::size_t>(base - keys) + passed;
+}
+
+using Count = std::vector<std::uint16_t>::const_iterator;
+
+std::size_t sum(Count first, Count behind) noexcept
+{
+    return std::accumulate(first, behind, std::uint32_t(0));
+}
+
+/// Within the capacity of the vector that takes.
+template <class T>
+void move(
+    std::vector<T>& from, std::size_t begin, std::size_t number, std::vector<T>& to, std::size_t at)
+{
+    const auto first = from.begin() + static_cast<std::ptrdiff_t>(begin);
+    const auto behind = first + static_cast<std::ptrdiff_t>(number);
+    to.insert(to.begin() + static_cast<std::ptrdiff_t>(at), first, behind);
+    from.erase(first, behind);
 }
 
 __extension__ using Bits = unsigned __int128;
@@ -99,7 +117,11 @@ NameKeys::Place NameKeys::firstNot(Below below) const noexcept
 {
     const std::size_t begun = countBelow(m_firsts.data(), m_firsts.size(), below);
     const std::size_t c = begun == 0 ? 0 : begun - 1;
-    return {c, countBelow(m_chunks[c].data(), m_chunks[c].size(), below)};
+    const std::vector<Key>& keys = m_chunks[c].keys;
+    const std::size_t offset = countBelow(keys.data(), keys.size(), below);
+    if (offset == keys.size() && c + 1 < m_chunks.size())
+        return {c + 1, 0, 0};
+    return {c, offset, 0};
 }
 
 template <class Less>
@@ -107,11 +129,14 @@ NameKeys::Range NameKeys::find(const Key& key, Less less) const noexcept
 {
     if (m_chunks.empty())
         return {};
-    const Place behind = firstNot([&](const Key& each) { return !less(key, each); });
-    if (behind.offset == 0 || less(m_chunks[behind.chunk][behind.offset - 1], key))
-        return {indexOf(behind), indexOf(behind)};
     const Place first = firstNot([&](const Key& each) { return less(each, key); });
-    return {indexOf(first), indexOf(behind)};
+    const int index = indexOf(first);
+    if (isEnd(first) || less(key, keyAt(first)))
+        return {index, index};
+    const Place next = behind(first);
+    if (isEnd(next) || less(key, keyAt(next)))
+        return {index, index + static_cast<int>(countAt(first))};
+    return {index, indexOf(firstNot([&](const Key& each) { return !less(key, each); }))};
 }
 
 NameKeys::Range NameKeys::find(const Key& key) const noexcept
@@ -126,77 +151,205 @@ NameKeys::Range NameKeys::findName(const Key& key) const noexcept
 
 int NameKeys::indexOf(const Place& place) const noexcept
 {
-    return m_starts[place.chunk] + static_cast<int>(place.offset);
+    const auto counts = m_chunks[place.chunk].counts.begin();
+    const std::size_t ahead = sum(counts, counts + static_cast<std::ptrdiff_t>(place.offset));
+    return static_cast<int>(m_sums.before(place.chunk) + ahead + place.inside);
 }
 
 NameKeys::Place NameKeys::placeOf(int index) const noexcept
 {
-    const auto begun = std::upper_bound(m_starts.begin(), m_starts.end(), index);
-    const auto c = static_cast<std::size_t>(begun - m_starts.begin()) - 1;
-    return {c, static_cast<std::size_t>(index - m_starts[c])};
+    constexpr std::size_t step = 16; // the counts are added up several at a time
+    auto left = static_cast<std::size_t>(index);
+    Place place;
+    place.chunk = m_sums.find(left);
+    const std::vector<std::uint16_t>& counts = m_chunks[place.chunk].counts;
+    for (; place.offset + step <= counts.size(); place.offset += step)
+    {
+        const auto begin = counts.begin() + static_cast<std::ptrdiff_t>(place.offset);
+        const std::size_t some = sum(begin, begin + step);
+        if (left < some)
+            break;
+        left -= some;
+    }
+    for (; left >= counts[place.offset]; ++place.offset)
+        left -= counts[place.offset];
+    place.inside = left;
+    return place;
+}
+
+NameKeys::Place NameKeys::placeBefore(int index) const noexcept
+{
+    if (index == 0)
+        return {};
+    Place place = placeOf(index - 1);
+    ++place.inside;
+    return place;
+}
+
+NameKeys::Place NameKeys::behind(const Place& place) const noexcept
+{
+    const bool isLast = place.offset + 1 == m_chunks[place.chunk].keys.size();
+    if (isLast && place.chunk + 1 < m_chunks.size())
+        return {place.chunk + 1, 0, 0};
+    return {place.chunk, place.offset + 1, 0};
+}
+
+bool NameKeys::isEnd(const Place& place) const noexcept
+{
+    return place.offset == m_chunks[place.chunk].keys.size();
+}
+
+const NameKeys::Key& NameKeys::keyAt(const Place& place) const noexcept
+{
+    return m_chunks[place.chunk].keys[place.offset];
+}
+
+std::size_t NameKeys::countAt(const Place& place) const noexcept
+{
+    return m_chunks[place.chunk].counts[place.offset];
 }
 
 const NameKeys::Key& NameKeys::at(int index) const noexcept
 {
-    const Place place = placeOf(index);
-    return m_chunks[place.chunk][place.offset];
+    return keyAt(placeOf(index));
 }
 
-bool NameKeys::isBetweenNeighbours(const Place& place, const Key& key) const noexcept
+bool NameKeys::isInOrder(const Place& place, const Key& key) const noexcept
 {
-    const Chunk& chunk = m_chunks[place.chunk];
-    if (place.offset < chunk.size() && chunk[place.offset] < key)
+    if (place.inside > 0 && key < keyAt(place))
         return false;
-    if (place.offset > 0)
-        return chunk[place.offset - 1] <= key;
-    return place.chunk == 0 || m_chunks[place.chunk - 1].back() <= key;
+    if (place.inside < countAt(place))
+        return key <= keyAt(place);
+    const Place next = behind(place);
+    return isEnd(next) || key <= keyAt(next);
+}
+
+bool NameKeys::canJoin(const Place& place, const Key& key) const noexcept
+{
+    return !isEnd(place) && keyAt(place) == key && countAt(place) < mostOfOne;
 }
 
 void NameKeys::insert(int index, const Key& key)
 {
     if (m_chunks.empty())
         return startWith(key);
-    Place place = placeOf(index);
-    if (m_chunks[place.chunk].size() == chunkCapacity)
+    Place place = placeBefore(index);
+    const bool isOrdered = m_isNextOrdered && isInOrder(place, key);
+    const Place next = place.inside == countAt(place) ? behind(place) : place;
+    if (canJoin(place, key))
+        changeCount(place, 1);
+    else if (canJoin(next, key))
+        changeCount(next, 1);
+    else
     {
-        split(place.chunk);
-        place = placeOf(index);
+        constexpr std::size_t most = 2; // a key between the objects of another parts them
+        if (m_chunks[place.chunk].keys.size() + most > chunkCapacity)
+        {
+            makeRoom(place.chunk);
+            place = placeBefore(index);
+        }
+        insertNew(place, key);
     }
-    m_isNextOrdered = m_isNextOrdered && isBetweenNeighbours(place, key);
-    Chunk& chunk = m_chunks[place.chunk];
-    chunk.insert(chunk.begin() + static_cast<std::ptrdiff_t>(place.offset), key);
-    m_firsts[place.chunk] = chunk.front();
-    renumber(place.chunk, 1);
+    m_isNextOrdered = isOrdered;
 }
 
 void NameKeys::startWith(const Key& key)
 {
+    m_chunks.reserve(1);
     m_firsts.reserve(1);
-    m_starts.reserve(1);
+    m_sums.reserve(1);
     Chunk chunk;
-    chunk.reserve(chunkCapacity);
-    chunk.push_back(key);
+    chunk.keys.reserve(chunkCapacity);
+    chunk.counts.reserve(chunkCapacity);
+    chunk.add(0, key, 1);
     m_chunks.push_back(std::move(chunk));
     m_firsts.push_back(key);
-    m_starts.push_back(0);
+    rebuildSums();
+}
+
+void NameKeys::Chunk::add(std::size_t offset, const Key& key, std::size_t count) noexcept
+{
+    const auto at = static_cast<std::ptrdiff_t>(offset);
+    keys.insert(keys.begin() + at, key);
+    counts.insert(counts.begin() + at, static_cast<std::uint16_t>(count));
+    objects += count;
+}
+
+void NameKeys::insertNew(const Place& place, const Key& key) noexcept
+{
+    Chunk& chunk = m_chunks[place.chunk];
+    const Key parted = keyAt(place);
+    const std::size_t behind = countAt(place) - place.inside;
+    if (place.inside > 0 && behind > 0)
+    {
+        changeCount(place, -static_cast<int>(behind));
+        chunk.add(place.offset + 1, parted, behind);
+        m_sums.add(place.chunk, static_cast<std::ptrdiff_t>(behind));
+    }
+    chunk.add(place.offset + (place.inside > 0), key, 1);
+    m_sums.add(place.chunk, 1);
+    m_firsts[place.chunk] = chunk.keys.front();
+}
+
+void NameKeys::changeCount(const Place& place, int by) noexcept
+{
+    Chunk& chunk = m_chunks[place.chunk];
+    std::uint16_t& count = chunk.counts[place.offset];
+    count = static_cast<std::uint16_t>(count + by);
+    chunk.objects += static_cast<std::size_t>(by);
+    m_sums.add(place.chunk, by);
 }
 
 void NameKeys::remove(int index) noexcept
 {
     const Place place = placeOf(index);
+    changeCount(place, -1);
+    if (countAt(place) > 0)
+        return;
     Chunk& chunk = m_chunks[place.chunk];
-    chunk.erase(chunk.begin() + static_cast<std::ptrdiff_t>(place.offset));
-    renumber(place.chunk, -1);
-    if (!chunk.empty())
+    const auto offset = static_cast<std::ptrdiff_t>(place.offset);
+    chunk.keys.erase(chunk.keys.begin() + offset);
+    chunk.counts.erase(chunk.counts.begin() + offset);
+    if (!chunk.keys.empty())
     {
-        m_firsts[place.chunk] = chunk.front();
+        m_firsts[place.chunk] = chunk.keys.front();
         return;
     }
     const auto at = static_cast<std::ptrdiff_t>(place.chunk);
     m_chunks.erase(m_chunks.begin() + at);
     m_firsts.erase(m_firsts.begin() + at);
-    m_starts.erase(m_starts.begin() + at);
+    rebuildSums();
     m_isNextOrdered = m_isNextOrdered || m_chunks.empty();
+}
+
+void NameKeys::makeRoom(std::size_t c)
+{
+    if (!giveTo(c, c + 1) && !giveTo(c, c - 1))
+        split(c);
+}
+
+/// Fills the chunks better than splitting does. False if there is no such neighbour, or if it has
+/// not much room either.
+bool NameKeys::giveTo(std::size_t from, std::size_t to) noexcept
+{
+    if (to >= m_chunks.size() || m_chunks[to].keys.size() > chunkCapacity / 4 * 3)
+        return false;
+    Chunk& giver = m_chunks[from];
+    Chunk& taker = m_chunks[to];
+    const std::size_t number = (chunkCapacity - taker.keys.size()) / 2;
+    const std::size_t begin = to > from ? giver.keys.size() - number : 0;
+    const std::size_t at = to > from ? 0 : taker.keys.size();
+    move(giver.keys, begin, number, taker.keys, at);
+    move(giver.counts, begin, number, taker.counts, at);
+    const auto given = taker.counts.begin() + static_cast<std::ptrdiff_t>(at);
+    const std::size_t objects = sum(given, given + static_cast<std::ptrdiff_t>(number));
+    giver.objects -= objects;
+    taker.objects += objects;
+    m_sums.add(from, -static_cast<std::ptrdiff_t>(objects));
+    m_sums.add(to, static_cast<std::ptrdiff_t>(objects));
+    m_firsts[from] = giver.keys.front();
+    m_firsts[to] = taker.keys.front();
+    return true;
 }
 
 void NameKeys::split(std::size_t c)
@@ -204,23 +357,26 @@ void NameKeys::split(std::size_t c)
     if (m_chunks.size() == m_chunks.capacity())
         m_chunks.reserve(m_chunks.size() * 2);
     m_firsts.reserve(m_chunks.capacity());
-    m_starts.reserve(m_chunks.capacity());
+    m_sums.reserve(m_chunks.capacity());
     Chunk upper;
-    upper.reserve(chunkCapacity);
-    const auto at = static_cast<std::ptrdiff_t>(c) + 1;
+    upper.keys.reserve(chunkCapacity);
+    upper.counts.reserve(chunkCapacity);
     // At the end of all keys the chunk stays full, as a list is often filled in order.
     const std::size_t keep = c + 1 == m_chunks.size() ? chunkCapacity * 7 / 8 : chunkCapacity / 2;
-    const auto middle = m_chunks[c].begin() + static_cast<std::ptrdiff_t>(keep);
-    upper.assign(middle, m_chunks[c].end());
-    m_firsts.insert(m_firsts.begin() + at, upper.front());
-    m_starts.insert(m_starts.begin() + at, m_starts[c] + static_cast<int>(keep));
+    Chunk& lower = m_chunks[c];
+    move(lower.keys, keep, lower.keys.size() - keep, upper.keys, 0);
+    move(lower.counts, keep, lower.counts.size() - keep, upper.counts, 0);
+    upper.objects = sum(upper.counts.begin(), upper.counts.end());
+    lower.objects -= upper.objects;
+    const auto at = static_cast<std::ptrdiff_t>(c) + 1;
+    m_firsts.insert(m_firsts.begin() + at, upper.keys.front());
     m_chunks.insert(m_chunks.begin() + at, std::move(upper));
-    m_chunks[c].resize(keep);
+    rebuildSums();
 }
 
-void NameKeys::renumber(std::size_t c, int by) noexcept
+/// Never allocates: split() has seen to the capacity.
+void NameKeys::rebuildSums() noexcept
 {
-    for (std::size_t i = c + 1; i < m_starts.size(); ++i)
-        m_starts[i] += by;
+    m_sums.rebuild(m_chunks.size(), [this](std::size_t c) { return m_chunks[c].objects; });
 }
 } // namespace qo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/types/Export.h"
+#include "common/types/PrefixSums.h"
 
 #include <compare>
 #include <cstddef>
@@ -24,6 +25,8 @@ public:
         std::uint64_t next; ///< of the second name; 0 without one or if it has no say
 
         auto operator<=>(const Key&) const = default;
+        /// Whether names with this key are the same, but for their case.
+        bool isWholeName() const noexcept { return (rest & 1) == 0; }
     };
     /// The indexes of the objects with one key.
     struct Range
@@ -51,13 +54,24 @@ public:
     void clear() noexcept { *this = NameKeys(); }
 
 private:
-    using Chunk = std::vector<Key>; ///< never empty, and never beyond its first capacity
-    static constexpr std::size_t chunkCapacity = 512;
+    /// A row of keys and how many neighbouring objects each stands for: copies of a collection, and
+    /// songs that are on several albums, cost little.
+    struct Chunk
+    {
+        std::vector<Key> keys; ///< never empty, and never beyond the first capacity
+        std::vector<std::uint16_t> counts;
+        std::size_t objects = 0; ///< the sum of the counts
+
+        void add(std::size_t offset, const Key& key, std::size_t count) noexcept;
+    };
+    static constexpr std::size_t chunkCapacity = 256;
+    static constexpr std::size_t mostOfOne = UINT16_MAX;
 
     struct Place
     {
         std::size_t chunk = 0;
         std::size_t offset = 0;
+        std::size_t inside = 0; ///< how many objects of the key are ahead
     };
 
     template <class Less>
@@ -66,15 +80,27 @@ private:
     template <class Below>
     Place firstNot(Below below) const noexcept;
     Place placeOf(int index) const noexcept;
+    /// Behind the object ahead of that index.
+    Place placeBefore(int index) const noexcept;
+    /// The next key's; behind the last one if there is none.
+    Place behind(const Place& place) const noexcept;
+    bool isEnd(const Place& place) const noexcept;
+    const Key& keyAt(const Place& place) const noexcept;
+    std::size_t countAt(const Place& place) const noexcept;
     int indexOf(const Place& place) const noexcept;
-    bool isBetweenNeighbours(const Place& place, const Key& key) const noexcept;
+    bool isInOrder(const Place& place, const Key& key) const noexcept;
+    bool canJoin(const Place& place, const Key& key) const noexcept;
     void startWith(const Key& key);
+    void insertNew(const Place& place, const Key& key) noexcept;
+    void changeCount(const Place& place, int by) noexcept;
+    void makeRoom(std::size_t c);
+    bool giveTo(std::size_t from, std::size_t to) noexcept;
     void split(std::size_t c);
-    void renumber(std::size_t c, int by) noexcept;
+    void rebuildSums() noexcept;
 
     std::vector<Chunk> m_chunks;
-    std::vector<Key> m_firsts;          ///< the first key of each chunk
-    std::vector<std::int32_t> m_starts; ///< the index of that
+    std::vector<Key> m_firsts; ///< the first key of each chunk
+    PrefixSums m_sums;         ///< over the objects of each chunk
     bool m_isNextOrdered = true;
 };
 } // namespace qo

@@ -82,16 +82,20 @@ protected:
     }
 
 private:
-    /// Tells the processor of the objects that will be asked, which lie anywhere in memory.
+    /// Tells the processor of the objects that will be asked, which lie anywhere in memory. Of many
+    /// the search asks only a few.
     void announce(const NameKeys::Range& range) const noexcept
     {
-        constexpr int manyFrom = 64;
+        constexpr int manyFrom = 8;
+        constexpr std::size_t cacheLine = 64;
         if (range.behind - range.first > manyFrom)
             return;
         for (int index = range.first; index < range.behind; ++index)
-            __builtin_prefetch(this->m_list[index].get());
-        for (int index = range.first; index < range.behind; ++index)
-            __builtin_prefetch(this->m_list[index]->getName().GetString());
+        {
+            const auto* object = reinterpret_cast<const char*>(this->m_list[index].get());
+            for (std::size_t line = 0; line < sizeof(X); line += cacheLine)
+                __builtin_prefetch(object + line);
+        }
     }
 
     NameKeys m_keys;

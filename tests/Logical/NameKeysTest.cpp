@@ -113,10 +113,42 @@ TEST(NameKeys, AgreesWithASortedArrayThroughManyChanges)
             keys.remove(index);
         }
         expectSame({1, random() % 5000, random() % 3});
+        if (!plain.empty())
+        {
+            const std::size_t any = random() % plain.size();
+            EXPECT_EQ(keys.at(static_cast<int>(any)), plain[any]);
+        }
     }
     EXPECT_GT(plain.size(), 1000U);
     keys.clear();
     EXPECT_EQ(keys.find({1, 1000, 0}).behind, 0);
+}
+
+TEST(NameKeys, AnyNumberOfObjectsMayHaveOneKeyAndBePartedByAnother)
+{
+    constexpr int many = 70000;
+    const Key one{1, 2, 5};
+    const Key other{1, 2, 3};
+    qo::NameKeys keys;
+    keys.insert(0, {1, 1, 0});
+    for (int i = 0; i < many; ++i)
+        keys.insert(1 + i / 2, one);
+    keys.insert(many + 1, {1, 3, 0});
+    EXPECT_EQ(keys.find(one).first, 1);
+    EXPECT_EQ(keys.find(one).behind, many + 1);
+    for (const int place : {2, many / 2, many})
+    {
+        keys.insert(place, other);
+        EXPECT_EQ(keys.at(place - 1), one);
+        EXPECT_EQ(keys.at(place), other);
+        EXPECT_EQ(keys.at(place + 1), one);
+        EXPECT_EQ(keys.at(many + 2), (Key{1, 3, 0}));
+        EXPECT_EQ(keys.findName(one).behind, many + 2);
+        keys.remove(place);
+    }
+    for (int i = 0; i < many; ++i)
+        keys.remove(1);
+    EXPECT_EQ(keys.at(1), (Key{1, 3, 0}));
 }
 
 TEST(NameKeys, SecondNamesOutOfOrderHaveNoSayUntilAllKeysAreGone)

@@ -34,6 +34,15 @@ public:
             m_sums[i] = static_cast<std::uint32_t>(static_cast<std::ptrdiff_t>(m_sums[i]) + by);
     }
 
+    /// The size of all parts ahead of that one.
+    std::size_t before(std::size_t part) const noexcept
+    {
+        std::size_t size = 0;
+        for (std::size_t i = part; i > 0; i -= lowBit(i))
+            size += m_sums[i];
+        return size;
+    }
+
     /// The part that holds the element of that index, which becomes its place within the part.
     std::size_t find(std::size_t& index) const noexcept
     {

@@ -80,6 +80,25 @@ struct RawBlock
         count = static_cast<std::uint32_t>(from);
     }
 
+    /// Likewise ahead of those of the other block.
+    void moveTailAhead(std::size_t from, RawBlock& to) noexcept
+    {
+        const std::size_t number = count - from;
+        relocate(to.data, to.count, to.data + number);
+        relocate(data + from, number, to.data);
+        to.count += static_cast<std::uint32_t>(number);
+        count = static_cast<std::uint32_t>(from);
+    }
+
+    /// Moves so many from the front behind those of another block that has room for them.
+    void moveHead(std::size_t number, RawBlock& to) noexcept
+    {
+        relocate(data, number, to.data + to.count);
+        relocate(data + number, count - number, data);
+        to.count += static_cast<std::uint32_t>(number);
+        count -= static_cast<std::uint32_t>(number);
+    }
+
 private:
     /// Moves elements into raw memory, which may overlap, and ends the old ones.
     static void relocate(T* from, std::size_t number, T* to) noexcept
