@@ -20,6 +20,43 @@ namespace
 {
 constexpr const char16_t* noMemoryPlace = u".\\QoColl\\Db\\QoCollDbFiles";
 
+/// Puts rows into the order of a record list. Rows mostly come in that order, which is cheapest to
+/// see while the processor has them at hand.
+class RowCollector
+{
+public:
+    void add(QoFileDbItemPtr row)
+    {
+        if (m_others.empty() && (m_inOrder.IsEmpty() || isBehindLast(*row)))
+        {
+            m_inOrder.Add(row);
+            return;
+        }
+        if (m_others.empty())
+        {
+            m_others.assign(m_inOrder.begin(), m_inOrder.end());
+            m_inOrder.RemoveAll();
+        }
+        m_others.push_back(std::move(row));
+    }
+    void moveTo(QoFileDbItemArray& items)
+    {
+        if (m_others.empty())
+            items = std::move(m_inOrder);
+        else
+            CQoCollDbUtils::takeRows(m_others, items);
+    }
+
+private:
+    bool isBehindLast(const QoFileDbItem& row) const
+    {
+        return row.path.CompareNoCase(m_inOrder[m_inOrder.GetUpperBound()]->path) > 0;
+    }
+
+    QoFileDbItemArray m_inOrder;
+    std::vector<QoFileDbItemPtr> m_others; ///< all rows once one was out of order
+};
+
 /// Reads all rows of a query; the reader sees each record after its columns. Out of memory for
 /// the list of them ends in qo::throwOutOfMemory().
 template <class Finish>
@@ -30,7 +67,7 @@ void readRows(CSQLiteStatement& statement,
 try
 {
     qo::FileRowReader reader;
-    std::vector<QoFileDbItemPtr> rows;
+    RowCollector rows;
     for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
     {
         QoFileDbItemPtr item = qo::newRow<QoFileDbItem>(complaint);
@@ -38,9 +75,9 @@ try
             break;
         reader.read(*item, result);
         finish(*item, result);
-        rows.push_back(std::move(item));
+        rows.add(std::move(item));
     }
-    CQoCollDbUtils::takeRows(rows, items);
+    rows.moveTo(items);
 }
 catch (const std::bad_alloc&)
 {
@@ -119,6 +156,8 @@ void CQoCollDb::getAllFiles(QoFileDbItemArray& items,
                  item.lyrics = CString(row.textView(qo::extraFileColumn));
                  item.lyricsLoaded = true;
              });
+    // All rows went through the cache once; what is built from them needs the memory more.
+    m_db.ReleaseMemory();
     qo::log(qo::level::timing,
             u"CQoCollDb::getAllFiles took %d millis",
             qo::systemClock().tickCount() - start);

@@ -150,3 +150,9 @@ void CSQLiteDB::SetBusyTimeout(int milliseconds)
     if (m_db)
         sqlite3_busy_timeout(m_db, milliseconds);
 }
+
+void CSQLiteDB::ReleaseMemory() noexcept
+{
+    if (m_db)
+        sqlite3_db_release_memory(m_db);
+}

@@ -34,6 +34,8 @@ public:
 
     std::int64_t LastInsertRowId() const;
     void SetBusyTimeout(int milliseconds);
+    /// Gives back the memory of pages that were read; they are read again when they are needed.
+    void ReleaseMemory() noexcept;
 
     const CString& path() const noexcept { return m_path; }
 
