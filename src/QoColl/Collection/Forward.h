@@ -4,6 +4,8 @@
 
 #include <boost/smart_ptr/shared_ptr.hpp>
 
+#include <vector>
+
 class CFileFilter;
 class CHDDirectory;
 class CHDFile;
@@ -14,5 +16,6 @@ class CQoUtils;
 
 namespace qo
 {
-class FoundFiles;
-}
+struct FoundFile;
+using FoundFiles = std::vector<FoundFile>;
+} // namespace qo

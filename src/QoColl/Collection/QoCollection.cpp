@@ -4,14 +4,10 @@
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
 #include "QoColl/Collection/QoUtils.h"
+#include "QoColl/Collection/RecordAhead.h"
 #include "QoColl/Db/QoFileDbItem.h"
 #include "common/Log.h"
 #include "common/Profiler.h"
-
-namespace
-{
-constexpr unsigned idMapBuckets = 20011;
-}
 
 CQoCollection CQoCollection::m_ownCollection;
 CQoCollection CQoCollection::m_foreignCollection;
@@ -98,7 +94,7 @@ void CQoCollection::copyFiles(QoFileDbItemArray& files) const
 
 boost::shared_ptr<CHDFile> CQoCollection::getFileByID(int id) const
 {
-    const CString* const path = m_fileIdMap.PLookup(id);
+    const CString* const path = m_fileIdMap.find(id);
     return path ? getFileByPath(*path) : boost::shared_ptr<CHDFile>();
 }
 
@@ -251,22 +247,26 @@ bool CQoCollection::checkDBLoaded() const
 void CQoCollection::buildFileDbItemsMaps()
 {
     clearFileDbItemsMaps();
-    m_fileIdMap.InitHashTable(idMapBuckets);
+    const qo::RecordAhead ahead(m_fileDbItems);
+    int index = 0;
     for (const QoFileDbItemPtr& item : m_fileDbItems)
+    {
+        ahead.announce(index++);
         addToFileDbItemsMaps(item);
+    }
 }
 
 void CQoCollection::addToFileDbItemsMaps(const QoFileDbItemPtr& item)
 {
-    m_fileIdMap.SetAt(item->id, item->path);
+    m_fileIdMap.set(item->id, item->path);
 }
 
 void CQoCollection::removeFromFileDbItemsMaps(const QoFileDbItemPtr& item)
 {
-    m_fileIdMap.RemoveKey(item->id);
+    m_fileIdMap.remove(item->id);
 }
 
 void CQoCollection::clearFileDbItemsMaps()
 {
-    m_fileIdMap.RemoveAll();
+    m_fileIdMap.clear();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QoColl/Collection/Forward.h"
+#include "QoColl/Collection/PathsById.h"
 #include "QoColl/Collection/QoFileChangeInfo.h"
 #include "QoColl/Db/CollInfoDbItem.h"
 #include "common/CollPath.h"
@@ -175,6 +176,10 @@ protected:
                               QoFileDbItemArray& files,
                               IQoProgress* progress);
     void getFilesFromDisk(const CQoCollPath& rootDir, qo::FoundFiles& found, IQoProgress* progress);
+    QoFileDbItemPtr
+    addRecord(const CString& path, CQoFileChangeInfo::ESetImportedAction action, int index);
+    /// Null for a second file of that name.
+    QoFileDbItemPtr recordOfKnown(const qo::FoundFile& file, int index);
     /// Whether the record changed. seenModified is the write time that a walk has just seen, or
     /// null.
     bool checkUpdateFileInfo(QoFileDbItemPtr& item,
@@ -233,7 +238,7 @@ private:
     CString m_collId; ///< empty for the own collection
     CollInfoDbItem m_collInfo;
     QoFileDbItemArray m_fileDbItems; ///< all records, sorted by path
-    CMap<int, CString> m_fileIdMap;
+    qo::PathsById m_fileIdMap;
     CPtrListT<CHDDirectory> m_rootDirs;
     CQoPathsInfoMap m_pathsInfoMap;
     CPtrListT<CHDDirectory> m_zombieDirs;

@@ -8,6 +8,7 @@
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoFileUtils.h"
 #include "QoColl/Collection/QoUtils.h"
+#include "QoColl/Collection/RecordAhead.h"
 #include "QoColl/Db/QoFileDbItem.h"
 #include "common/Log.h"
 #include "common/QoProgress.h"
@@ -70,22 +71,6 @@ private:
     boost::shared_ptr<CHDDirectory> m_dir;
     int m_next = 0; ///< where the next record's file is expected
 };
-
-/// Records, their texts and their files lie anywhere in memory: tells the processor in time of
-/// those that come next.
-void announce(const QoFileDbItemArray& items, int index)
-{
-    constexpr int textsAhead = 4;
-    constexpr int recordsAhead = 8;
-    if (index + recordsAhead >= items.GetSize())
-        return;
-    const auto* const record = reinterpret_cast<const char*>(items[index + recordsAhead].get());
-    __builtin_prefetch(record);
-    __builtin_prefetch(record + cacheLine);
-    const QoFileDbItem& near = *items[index + textsAhead];
-    __builtin_prefetch(near.path.GetString());
-    __builtin_prefetch(near.title.GetString());
-}
 
 void createLTObjectsOf(const boost::shared_ptr<CHDFile>& file)
 {
@@ -205,9 +190,10 @@ void CQoCollection::createHDObjects(QoFileDbItemArray& files, IQoProgress* progr
     qo::FolderOfFile folder;
     bool isInCollection = false;
     boost::shared_ptr<CHDDirectory> dir;
+    const qo::RecordAhead ahead(files);
     for (int i = 0; i < files.GetSize(); ++i)
     {
-        announce(files, i);
+        ahead.announce(i);
         QoFileDbItemPtr& item = files[i];
         if (progress->isCanceled())
             return;
@@ -254,9 +240,10 @@ void CQoCollection::createLTObjects(const QoFileDbItemArray& files, IQoProgress*
 {
     qo::FolderOfFile folder;
     FileCursor cursor;
+    const qo::RecordAhead ahead(files);
     for (int i = 0; i < files.GetSize(); ++i)
     {
-        announce(files, i);
+        ahead.announce(i);
         const QoFileDbItemPtr& item = files[i];
         if (progress->isCanceled())
             return;

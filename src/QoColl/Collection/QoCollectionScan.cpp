@@ -4,6 +4,7 @@
 #include "QoColl/Collection/FolderOfFile.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoUtils.h"
+#include "QoColl/Collection/RecordAhead.h"
 #include "QoColl/Collection/ScanLookup.h"
 #include "QoColl/Collection/VelmoraId.h"
 #include "QoColl/Db/QoCollDbUtils.h"
@@ -22,27 +23,42 @@ using qo::log;
 namespace level = qo::level;
 namespace dbState = qo::dbState;
 
+constexpr const char16_t* sourcePath = u".\\QoColl\\Collection\\QoCollection";
+
 /// Whether another file of the same name but for its case is there beside the one stored.
-bool isTwin(const QoFileDbItemPtr& stored, const QoFileDbItemPtr& found)
+bool isTwin(const QoFileDbItemPtr& stored, const CString& found)
 {
     qo::FileInfo info;
-    return stored->path != found->path &&
+    return stored->path != found &&
            qo::fileSystem().info(CQoUtils::getRealPath(stored->path), qo::Spelling::exact, info) ==
                0;
 }
 
-/// Makes the found record the stored one. A file that was renamed in its case alone gets the
+QoFileDbItemPtr makeRecord(const CString& path)
+{
+    auto item = qo::makeObject<QoFileDbItem>(QO_HERE(sourcePath));
+    item->path = path;
+    return item;
+}
+
+/// The stored record as that of the found file. One that was renamed in its case alone gets the
 /// spelling of the disk, which is the one that opens; if its write time is another, it is another
 /// file under that name, to be read anew.
-void takeOver(const QoFileDbItemPtr& stored, const QoFileDbItemPtr& found, const FILETIME& modified)
+QoFileDbItemPtr takeOver(const QoFileDbItemPtr& stored, const qo::FoundFile& found)
 {
-    const bool sameSpelling = stored->path == found->path;
-    const CString path = sameSpelling ? stored->path : found->path;
-    *found = *stored;
-    found->path = path;
-    found->dbState = sameSpelling ? dbState::unchanged : dbState::modified;
-    if (!sameSpelling && !CQoCollDbUtils::FILETIMEsAreEqual(modified, found->modifTime))
-        CQoCollDbUtils::SetNullFILETIME(found->modifTime);
+    const bool sameSpelling = stored->path == found.path;
+    // Whoever else holds the record still sees it as deleted.
+    const bool isShared = stored.use_count() > 1;
+    const QoFileDbItemPtr item = sameSpelling && !isShared
+                                     ? stored
+                                     : qo::makeObject<QoFileDbItem>(QO_HERE(sourcePath), *stored);
+    item->dbState = sameSpelling ? dbState::unchanged : dbState::modified;
+    if (sameSpelling)
+        return item;
+    item->path = found.path;
+    if (!CQoCollDbUtils::FILETIMEsAreEqual(found.modified, item->modifTime))
+        CQoCollDbUtils::SetNullFILETIME(item->modifTime);
+    return item;
 }
 
 bool existsOnDisk(const CQoCollPath::EDeviceType type, const CString& path)
@@ -82,15 +98,13 @@ void CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
     {
         if (progress->isCanceled())
             return;
-        auto item = qo::makeObject<QoFileDbItem>(QO_HERE(u".\\QoColl\\Collection\\QoCollection"));
-        item->path = finder.getFilePath();
+        CString path = finder.getFilePath();
         // The path of a device holds its id in place of the drive it has for the moment.
         if (rootDir.isUSB())
-            item->path = CQoCollPath(CQoCollPath::usb,
-                                     rootDir.getDevice(),
-                                     CQoCollPath(item->path).getComponents())
-                             .toString();
-        found.add(std::move(item), finder.getFileInfo().modified);
+            path = CQoCollPath(
+                       CQoCollPath::usb, rootDir.getDevice(), CQoCollPath(path).getComponents())
+                       .toString();
+        found.push_back({std::move(path), finder.getFileInfo().modified});
     }
 }
 
@@ -110,8 +124,11 @@ void CQoCollection::checkPhysicalChanges(QoFileDbItemArray& files,
     progress->setRange(IQoProgress::rangeKnown, m_fileDbItems.GetSize());
     qo::FolderOfFile folder;
     bool isInCollection = false;
+    const qo::RecordAhead ahead(m_fileDbItems);
+    int index = 0;
     for (QoFileDbItemPtr& item : m_fileDbItems)
     {
+        ahead.announce(index++);
         if (progress->isCanceled())
             break;
         progress->step(1);
@@ -167,40 +184,55 @@ void CQoCollection::addFilesFromRootDirs(const qo::CollPathArray& dirs,
             getFilesFromDisk(dir, found, progress);
     }
     progress->setStage(IQoProgress::stageCheck);
-    progress->setRange(IQoProgress::rangeKnown, found.count());
+    progress->setRange(IQoProgress::rangeKnown, static_cast<int>(found.size()));
     qo::ScanLookup known(m_fileDbItems);
     qo::ScanLookup listed(files);
-    for (int i = 0; i < found.count() && !progress->isCanceled(); ++i)
+    for (const qo::FoundFile& file : found)
     {
-        QoFileDbItemPtr item = found.take(i);
+        if (progress->isCanceled())
+            break;
         progress->step(1);
-        progress->setCurrentItem(item->path, IQoProgress::itemFilePath);
+        progress->setCurrentItem(file.path, IQoProgress::itemFilePath);
         int index = 0;
-        if (!known.find(item->path, index))
-        {
-            log(level::flow,
-                u"CQoCollection::addFilesFromRootDirs : new file found : %s",
-                item->path);
-            item->dbState = dbState::added;
-            setMusicAndVideoFlags(item);
-            setImported(item, action);
-            m_fileDbItems.InsertAt(index, item);
-        }
-        else if (isTwin(m_fileDbItems[index], item))
-        {
-            // The known one keeps its place; a second of that name cannot stand beside it.
-            log(level::error, u"found duplicated db file: %s", item->path);
+        const bool isKnown = known.find(file.path, index);
+        QoFileDbItemPtr item =
+            isKnown ? recordOfKnown(file, index) : addRecord(file.path, action, index);
+        if (!item)
             continue;
-        }
-        else if (m_fileDbItems[index]->dbState == dbState::deleted)
-        {
-            takeOver(m_fileDbItems[index], item, found.modified(i));
-            m_fileDbItems.SetAt(index, item);
-        }
-        checkUpdateFileInfo(item, progress, true, &found.modified(i));
+        checkUpdateFileInfo(item, progress, true, &file.modified);
         if (!listed.find(item->path, index))
             files.InsertAt(index, item);
     }
+}
+
+QoFileDbItemPtr CQoCollection::addRecord(const CString& path,
+                                         CQoFileChangeInfo::ESetImportedAction action,
+                                         int index)
+{
+    log(level::flow, u"CQoCollection::addFilesFromRootDirs : new file found : %s", path);
+    QoFileDbItemPtr item = makeRecord(path);
+    item->dbState = dbState::added;
+    setMusicAndVideoFlags(item);
+    setImported(item, action);
+    m_fileDbItems.InsertAt(index, item);
+    return item;
+}
+
+QoFileDbItemPtr CQoCollection::recordOfKnown(const qo::FoundFile& file, int index)
+{
+    const QoFileDbItemPtr& stored = m_fileDbItems[index];
+    if (isTwin(stored, file.path))
+    {
+        // The known one keeps its place; a second of that name cannot stand beside it.
+        log(level::error, u"found duplicated db file: %s", file.path);
+        return {};
+    }
+    if (stored->dbState != dbState::deleted)
+        return makeRecord(file.path);
+    QoFileDbItemPtr item = takeOver(stored, file);
+    if (item != stored)
+        m_fileDbItems.SetAt(index, item);
+    return item;
 }
 
 bool CQoCollection::checkUpdateFileInfo(QoFileDbItemPtr& item,
@@ -290,8 +322,13 @@ bool CQoCollection::checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr&, boo
 
 void CQoCollection::markDeletedAllFiles(IQoProgress*)
 {
+    const qo::RecordAhead ahead(m_fileDbItems);
+    int index = 0;
     for (const QoFileDbItemPtr& item : m_fileDbItems)
+    {
+        ahead.announce(index++);
         item->dbState = dbState::deleted;
+    }
 }
 
 void CQoCollection::markFilesAsDeletedRec(const boost::shared_ptr<CHDDirectory>& dir)

@@ -1,34 +1,17 @@
 #pragma once
 
+#include "QoColl/Collection/Forward.h"
+#include "QoColl/Collection/RecordAhead.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/QoFileDbItem.h"
 
-#include <boost/shared_ptr.hpp>
-
-#include <vector>
-
 namespace qo
 {
-/// The records that a walk found, each with the write time that the walk saw.
-class FoundFiles
+/// A file that a walk found.
+struct FoundFile
 {
-public:
-    void add(QoFileDbItemPtr item, const FILETIME& modified)
-    {
-        m_items.push_back(std::move(item));
-        m_modified.push_back(modified);
-    }
-    int count() const { return static_cast<int>(m_items.size()); }
-    /// Once for each index.
-    QoFileDbItemPtr take(int index) { return std::move(m_items[static_cast<std::size_t>(index)]); }
-    const FILETIME& modified(int index) const
-    {
-        return m_modified[static_cast<std::size_t>(index)];
-    }
-
-private:
-    std::vector<QoFileDbItemPtr> m_items;
-    std::vector<FILETIME> m_modified;
+    CString path;
+    FILETIME modified; ///< the write time that the walk saw
 };
 
 /// CQoCollDbUtils::findQoDbFileItem for a walk: most files lie right behind the one before, where a
@@ -37,10 +20,11 @@ private:
 class ScanLookup
 {
 public:
-    explicit ScanLookup(const QoFileDbItemArray& items) : m_items(items) {}
+    explicit ScanLookup(const QoFileDbItemArray& items) : m_items(items), m_ahead(items) {}
 
     bool find(const CString& path, int& index)
     {
+        m_ahead.announce(m_next);
         const bool found =
             nearby(path, index) || CQoCollDbUtils::findQoDbFileItem(path, m_items, index);
         const bool isNew = m_gap;
@@ -70,6 +54,7 @@ private:
     }
 
     const QoFileDbItemArray& m_items;
+    RecordAhead m_ahead;
     int m_next = -1; ///< where the next file of the walk is expected
     bool m_gap = false;
 };

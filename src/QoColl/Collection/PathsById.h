@@ -1,0 +1,41 @@
+#pragma once
+
+#include "common/types/Map.h"
+#include "common/types/String.h"
+
+namespace qo
+{
+/// The path of each record by its id. Ids mostly follow each other, so neighbours share a page.
+class PathsById
+{
+public:
+    /// Null for an unknown id; valid until the next change.
+    const CString* find(int id) const
+    {
+        const Page* const page = m_pages.PLookup(pageOf(id));
+        const CString* const path = page ? &page->paths[placeIn(id)] : nullptr;
+        return path && !path->IsEmpty() ? path : nullptr;
+    }
+    void set(int id, const CString& path) { m_pages[pageOf(id)].paths[placeIn(id)] = path; }
+    void remove(int id)
+    {
+        if (find(id))
+            m_pages[pageOf(id)].paths[placeIn(id)].Empty();
+    }
+    void clear() { m_pages.RemoveAll(); }
+
+private:
+    static constexpr int pageBits = 5;
+    static constexpr int pageSize = 1 << pageBits;
+
+    struct Page
+    {
+        CString paths[pageSize];
+    };
+
+    static int pageOf(int id) noexcept { return id >> pageBits; }
+    static int placeIn(int id) noexcept { return id & (pageSize - 1); }
+
+    CMap<int, Page> m_pages;
+};
+} // namespace qo
