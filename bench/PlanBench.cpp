@@ -1,3 +1,4 @@
+#include "core/Heap.h"
 #include "core/PlanBuilder.h"
 #include "core/ProgressReporter.h"
 #include "core/Session.h"
@@ -49,7 +50,7 @@ CString storeRule()
 
 int main(int argc, char** argv)
 {
-    qo::useOneHeap(); // as the command does
+    qo::host::useLargePages(); // as the command does
     if (argc != 2)
         return 2;
     qo::host::Session::Options options;

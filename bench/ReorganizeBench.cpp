@@ -1,3 +1,4 @@
+#include "core/Heap.h"
 #include "core/MoveRun.h"
 
 #include <QoKernel/Kernel.h>
@@ -111,7 +112,7 @@ double median(std::vector<double> times)
 
 int main(int argc, char** argv)
 {
-    qo::useOneHeap(); // as the command does
+    qo::host::useLargePages(); // as the command does
     if (argc < 2)
         return 2;
     const fs::path base = fs::absolute(fs::path(argv[1]) / "bench-reorganize").lexically_normal();

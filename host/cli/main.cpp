@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/Interrupt.h"
+#include "core/Heap.h"
 
 #include <QoKernel/Collection.h>
 
@@ -93,7 +94,7 @@ int parseAndRun(CommandLine& line, int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    qo::useOneHeap();
+    qo::host::useLargePages();
     qo::useUnsharedConnections();
     qo::cli::installSignalHandlers();
     bool nobodyReads = false;

@@ -27,7 +27,6 @@
 #include "platform/FileSystem.h"
 #include "platform/FolderNames.h"
 #include "platform/Platform.h"
-#include "platform/Process.h"
 #include "platform/SpecialFolders.h"
 #include "platform/TreeCopy.h"
 #include "platform/VolumeRules.h"
