@@ -10,6 +10,7 @@
 #include "core/Snapshots.h"
 #include "core/StoredRoots.h"
 #include "core/UnfinishedScan.h"
+#include "core/WalkAhead.h"
 
 #include <QoKernel/Collection.h>
 
@@ -210,6 +211,9 @@ CQoCollection::OpResultInfo Session::loadOnce(const CString& database,
 {
     CQoCollection& collection = CQoCollection::m_ownCollection;
     CQoCollection::OpResultInfo result;
+    std::optional<WalkAhead> ahead;
+    if (rescan)
+        ahead.emplace(folders);
     const bool loaded = collection.load(database, u"", folders, kinds, rescan, &sentinel, &result);
     if (sentinel.hasLost())
         sentinel.refuse();

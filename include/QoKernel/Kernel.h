@@ -25,6 +25,7 @@
 #include "platform/Clock.h"
 #include "platform/DriveMap.h"
 #include "platform/FileSystem.h"
+#include "platform/FolderAhead.h"
 #include "platform/FolderNames.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"

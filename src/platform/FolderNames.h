@@ -15,4 +15,10 @@ QO_API int firstNames(const CString& folder, std::size_t most, std::vector<CStri
 /// Whether a folder of that name there is one that the user's trash is kept in, so that a walk for
 /// the user's files passes it over. Safe from any thread.
 QO_API bool isTrashFolder(const CString& folder, const CString& name);
+
+/// Whether a walk for the user's files passes over a folder of that name there: one that a trash is
+/// kept in, or one of those given. The folder above has its closing backslash. Safe from any
+/// thread.
+QO_API bool
+isPassedOver(const std::vector<CString>& ownFolders, const CString& folder, const CString& name);
 } // namespace qo

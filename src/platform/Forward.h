@@ -6,6 +6,7 @@ class IClock;
 class IFileSystem;
 class ISpecialFolders;
 class DriveMap;
+class FolderAhead;
 class Platform;
 struct DirEntry;
 struct FileInfo;

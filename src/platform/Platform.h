@@ -13,4 +13,9 @@ QO_API ISpecialFolders& specialFolders();
 
 QO_API void setFileSystem(IFileSystem* replacement);
 QO_API void setSystemClock(IClock* replacement);
+
+/// What lists folders ahead of the walks of this thread; null, as a rule, for none. A host that has
+/// a thread to spare sets it before a walk, keeps it alive and takes it out again with null.
+QO_API FolderAhead* folderAhead();
+QO_API void setFolderAhead(FolderAhead* ahead);
 } // namespace qo

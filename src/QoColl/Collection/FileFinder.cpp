@@ -1,11 +1,12 @@
 #include "QoColl/Collection/FileFinder.h"
 
 #include "common/FileUtils.h"
+#include "platform/FolderAhead.h"
 #include "platform/FolderNames.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace QoKernel
 {
@@ -101,8 +102,11 @@ bool CFileFinder::listFolder(const CString& folder)
 {
     m_baseFolder = qo::addBackslash(folder);
     m_next = 0;
+    qo::FolderAhead* const ahead = qo::folderAhead();
+    const int error =
+        ahead ? ahead->list(folder, m_entries) : qo::fileSystem().list(folder, m_entries);
     // A listing that breaks off still delivers what it found.
-    if (qo::fileSystem().list(folder, m_entries) != 0 && m_entries.empty())
+    if (error != 0 && m_entries.empty())
         return false;
     // A folder's own name goes before a link to it, wherever the two sort: files keep their path
     // when the link is taken away.
@@ -122,10 +126,7 @@ bool CFileFinder::listFolder(const CString& folder)
 
 bool CFileFinder::isPassedOver(const CString& name) const
 {
-    const CString path = m_baseFolder + name;
-    const auto isThis = [&path](const CString& own) { return own == path; };
-    return std::any_of(m_ownFolders.begin(), m_ownFolders.end(), isThis) ||
-           qo::isTrashFolder(m_baseFolder, name);
+    return qo::isPassedOver(m_ownFolders, m_baseFolder, name);
 }
 
 bool CFileFinder::findNext()

@@ -6,6 +6,7 @@
 
 #include <dirent.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <string_view>
@@ -60,5 +61,14 @@ bool isTrashFolder(const CString& folder, const CString& name)
     const CString trash = (folder.view().ends_with(u'\\') ? folder : folder + u"\\") + name;
     return fileSystem().isDirectory(trash + u"\\info") &&
            fileSystem().isDirectory(trash + u"\\files");
+}
+
+bool isPassedOver(const std::vector<CString>& ownFolders,
+                  const CString& folder,
+                  const CString& name)
+{
+    const CString path = folder + name;
+    return std::find(ownFolders.begin(), ownFolders.end(), path) != ownFolders.end() ||
+           isTrashFolder(folder, name);
 }
 } // namespace qo

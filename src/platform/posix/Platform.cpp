@@ -12,6 +12,7 @@ namespace
 {
 std::atomic<IFileSystem*> fileSystemReplacement{nullptr};
 std::atomic<IClock*> clockReplacement{nullptr};
+thread_local FolderAhead* aheadOfThisThread = nullptr;
 
 /// Made on first use and never destroyed, so that static objects may use it to their end.
 template <class T>
@@ -49,5 +50,15 @@ void setFileSystem(IFileSystem* replacement)
 void setSystemClock(IClock* replacement)
 {
     clockReplacement = replacement;
+}
+
+FolderAhead* folderAhead()
+{
+    return aheadOfThisThread;
+}
+
+void setFolderAhead(FolderAhead* ahead)
+{
+    aheadOfThisThread = ahead;
 }
 } // namespace qo
