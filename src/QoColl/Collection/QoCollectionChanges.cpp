@@ -1,6 +1,7 @@
 #include "Logical/LTManager.h"
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
+#include "QoColl/Collection/KeptTag.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoFileChangeInfoList.h"
 #include "QoColl/Collection/QoUtils.h"
@@ -192,6 +193,8 @@ bool CQoCollection::applyScan(const CQoFileChangeInfo& change,
             CQoCollDbUtils::copyTags(change.m_dbItem, item);
         m_fileDbItems.InsertAt(index, item);
     }
+    else
+        qo::keepTag(getFileByPath(item->path));
     const bool isRevived = revive(*item);
     return checkUpdateFileInfo(item, progress, true, nullptr) || isNew || isRevived;
 }

@@ -83,6 +83,14 @@ const CString& textOf(const QoFileDbItem& record, CTagAttrib::EAttribType type) 
         return record.path;
     }
 }
+
+/// Lyrics that came into the record after the tag took it over are not the tag's.
+const CString&
+mirroredText(const QoFileDbItem& record, CTagAttrib::EAttribType type, bool hasLyrics) noexcept
+{
+    static const CString none;
+    return type == CTagAttrib::AT_Lyrics && !hasLyrics ? none : textOf(record, type);
+}
 } // namespace
 
 /// The values of SV_Original in the order of m_attribTypes; the path in place of the file name.
@@ -153,7 +161,7 @@ CMusicTagEx::Texts& CMusicTagEx::texts()
     if (m_store == EStore::record)
     {
         for (EAttribType type : m_attribTypes)
-            made->set(indexOf(type), textOf(*m_record, type));
+            made->set(indexOf(type), mirroredText(*m_record, type, m_hasOriginalLyrics));
         made->numbers = numbers();
     }
     m_texts = made.release();
@@ -182,7 +190,9 @@ bool CMusicTagEx::get(EAttribType type, ESrcValueType source, CString& text) con
     if (!isOriginal || m_store == EStore::nowhere ||
         (m_store == EStore::texts && !m_texts->has(index)))
         return false;
-    const CString& kept = m_store == EStore::record ? textOf(*m_record, type) : m_texts->all[index];
+    const CString& kept = m_store == EStore::record
+                              ? mirroredText(*m_record, type, m_hasOriginalLyrics)
+                              : m_texts->all[index];
     text = type == CTagAttrib::AT_FileName ? qo::fileNameOf(kept) : kept;
     return true;
 }
@@ -221,11 +231,13 @@ void CMusicTagEx::clear()
 {
     if (m_store == EStore::nowhere)
         return;
-    if (m_store != EStore::attribs)
+    if (m_store == EStore::record)
+        keepTexts();
+    if (m_store == EStore::texts)
     {
-        const Numbers kept = numbers();
-        forget();
-        setNumbers(kept.time, kept.bitrate);
+        for (CString& text : m_texts->all)
+            text.Empty();
+        m_texts->present = 0;
         return;
     }
     for (CTagAttrib& attrib : m_attribs->all)

@@ -2,6 +2,7 @@
 #include "Logical/LTAlbum.h"
 #include "Logical/LTArtist.h"
 #include "Logical/LTTrack.h"
+#include "Physical/HDMusicFile.h"
 #include "QoColl/Collection/QoFileChangeInfoList.h"
 #include "QoColl/Collection/QoUtils.h"
 
@@ -85,6 +86,8 @@ TEST_F(Changes, NothingChangesForAnUntouchedFileAndANewerOneIsReadAgain)
 {
     const QoFileDbItemPtr one = record("a/one.mp3");
     const QoFileDbItemPtr two = record("a/two.flac");
+    const auto before = collection.getFileByPath(path("a/one.mp3"));
+    one->artist = u"Before";
     setTime("music/a/one.mp3", 4102444800);
     scan("a/one.mp3");
     scan("a/two.flac");
@@ -96,6 +99,9 @@ TEST_F(Changes, NothingChangesForAnUntouchedFileAndANewerOneIsReadAgain)
     EXPECT_TRUE(log.has("CQoCollection::saveToDb end (inserted 0, updated 1, deleted 0", 40));
     EXPECT_EQ(record("a/one.mp3"), one);
     EXPECT_EQ(record("a/two.flac"), two);
+    EXPECT_NE(one->artist, u"Before");
+    EXPECT_EQ(static_cast<CHDMusicFile&>(*before).getTag().getArtist(), u"Before")
+        << "whoever still has the file";
 }
 
 TEST_F(Changes, ANewFileIsBuiltOnceThoughItIsScannedAndChanged)

@@ -313,3 +313,18 @@ TEST(MusicTagEx, HoldsTheTextsOfItsRecordWithoutCopyingThem)
     EXPECT_TRUE(tag.getArtist().sharesBufferWith(item->artist));
     EXPECT_LE(sizeof(CMusicTagEx), 3 * sizeof(void*));
 }
+
+TEST(MusicTagEx, LyricsThatAreLoadedIntoItsRecordDoNotBecomeTheFilesOwn)
+{
+    const auto item = makeItem();
+    item->lyrics = u"";
+    item->lyricsLoaded = false;
+    CMusicTagEx tag;
+    tag.mirror(*item);
+    item->lyrics = u"as stored";
+    item->lyricsLoaded = true;
+    EXPECT_EQ(tag.getLyrics(), u"");
+    tag.setArtist(u"Bob", edited, true);
+    EXPECT_EQ(tag.getLyrics(), u"");
+    EXPECT_FALSE(tag.getHasOriginalLyrics());
+}
