@@ -123,7 +123,7 @@ void FolderAhead::listNext(Lock& lock, std::vector<DirEntry>& scratch)
         return;
     Folder& folder = at(number);
     folder.error = error;
-    folder.held = entries.infos.size() + 1;
+    folder.held = entries.infos.size() + below.size() + 1;
     folder.entries = std::move(entries);
     folder.below = std::move(below);
     folder.isListed = true;
