@@ -2,28 +2,13 @@
 
 #include "Analyze/BottomUp.h"
 #include "Analyze/NSUtils.h"
+#include "Physical/HDFile.h"
 #include "QoColl/Db/QoFileDbItem.h"
 
 namespace qo
 {
 namespace
 {
-/// Where a record holds the value for one of the types that names are analysed for.
-CString QoFileDbItem::*fieldOf(CLTObjectType::EType type)
-{
-    switch (type)
-    {
-    case CLTObjectType::Track:
-        return &QoFileDbItem::title;
-    case CLTObjectType::Album:
-        return &QoFileDbItem::album;
-    case CLTObjectType::Artist:
-        return &QoFileDbItem::artist;
-    default:
-        return &QoFileDbItem::genre;
-    }
-}
-
 /// Null or empty: none.
 const CString* valueOf(const Voter& voter, CLTObjectType::EType type, CString QoFileDbItem::*field)
 {
@@ -58,7 +43,7 @@ void addToVote(const CString* value, int itemCount, FolderVote& vote)
 
 bool countVote(const Voters& voters, EVoteCount count, IQoProgress* progress, FolderVote& vote)
 {
-    CString QoFileDbItem::*const field = fieldOf(vote.type);
+    CString QoFileDbItem::*const field = CHDFile::getLTAssocField(vote.type);
     for (const Voter& voter : voters)
     {
         if (isCanceled(progress))

@@ -44,8 +44,6 @@ public:
     /// Valid until the next file is added.
     qo::MusicFileIndex& getIndex() const;
 
-    /// Own their maps and lists. Hold the types that were asked for; see getAtomValues().
-    mutable CMap<CNSAtom::EType, CMapStringToPtr*> m_atomValues;
     /// Sorted by title; only addMusicFile() adds to them.
     FileList m_musicFiles;
 
@@ -56,6 +54,8 @@ private:
     void addValueOf(const boost::shared_ptr<CHDMusicFile>& musicFile, CNSAtom::EType type) const;
     FileList& filesOf(CNSAtom::EType type, const CString& value) const;
 
+    /// Own their maps and lists; of the types that were asked for.
+    mutable CMap<CNSAtom::EType, CMapStringToPtr*> m_atomValues;
     CStringArray m_titles;
     std::vector<boost::shared_ptr<CHDMusicFile>> m_inOrder; ///< the files in the order of adding
     mutable ValuesInOrder m_valuesInOrder; ///< has an entry for each type that was asked for

@@ -18,24 +18,6 @@
 namespace
 {
 constexpr const char16_t* sourcePath = u".\\Physical\\HDFile";
-
-/// The record's text for a logical type, null for types that have none there.
-CString* ltAssocField(QoFileDbItem& item, CLTObjectType::EType type)
-{
-    switch (type)
-    {
-    case CLTObjectType::Album:
-        return &item.album;
-    case CLTObjectType::Artist:
-        return &item.artist;
-    case CLTObjectType::Genre:
-        return &item.genre;
-    case CLTObjectType::Track:
-        return &item.title;
-    default:
-        return nullptr;
-    }
-}
 } // namespace
 
 boost::shared_ptr<CHDFile> CHDFile::createHDFile(const boost::shared_ptr<QoFileDbItem>& item)
@@ -149,21 +131,42 @@ bool CHDFile::getAtomValueFromDbFileItem(int atomType, CString& value) const
     return !value.IsEmpty();
 }
 
+CString QoFileDbItem::*CHDFile::getLTAssocField(CLTObjectType::EType type) noexcept
+{
+    switch (type)
+    {
+    case CLTObjectType::Album:
+        return &QoFileDbItem::album;
+    case CLTObjectType::Artist:
+        return &QoFileDbItem::artist;
+    case CLTObjectType::Genre:
+        return &QoFileDbItem::genre;
+    case CLTObjectType::Track:
+        return &QoFileDbItem::title;
+    default:
+        return nullptr;
+    }
+}
+
 CString CHDFile::getLTAssocFromDbFileItem(CLTObjectType::EType type) const
 {
-    const CString* field = ltAssocField(*m_dbItem, type);
-    return field ? *field : CString();
+    CString QoFileDbItem::*const field = getLTAssocField(type);
+    return field ? (*m_dbItem).*field : CString();
 }
 
 void CHDFile::setLTAssocToDbFileItem(CLTObjectType::EType type, const CString& value)
 {
-    CString* const field = ltAssocField(*m_dbItem, type);
-    if (!field || *field == value)
+    CString QoFileDbItem::*const field = getLTAssocField(type);
+    if (!field || (*m_dbItem).*field == value)
         return;
-    // The tag goes on saying what the file itself says.
+    keepTag();
+    (*m_dbItem).*field = value;
+}
+
+void CHDFile::keepTag()
+{
     if (m_fileType == FT_Music)
         static_cast<CHDMusicFile&>(*this).getTag().keepTexts();
-    *field = value;
 }
 
 int CHDFile::cmpFilePath(const CString& path, const boost::shared_ptr<CHDFile>& file)

@@ -61,6 +61,11 @@ public:
     /// The record's text for a logical type; empty for types that a record does not name.
     CString getLTAssocFromDbFileItem(CLTObjectType::EType type) const;
     void setLTAssocToDbFileItem(CLTObjectType::EType type, const CString& value);
+    /// Where a record holds that text; null for types that it does not name.
+    static CString QoFileDbItem::*getLTAssocField(CLTObjectType::EType type) noexcept;
+    /// Before the record changes or goes on without this file: whoever has the file goes on seeing
+    /// the tag that it had.
+    void keepTag();
 
     /// Negative, 0 or positive, by the whole path without regard to case.
     static int cmpFilePath(const CString& path, const boost::shared_ptr<CHDFile>& file);

@@ -33,7 +33,6 @@ void FolderAhead::run() noexcept
 void FolderAhead::stop() noexcept
 {
     const Lock lock(m_mutex);
-    m_isStopped = true;
     m_first = m_nextToList = m_nextToAdd = end();
     m_nextStart = m_starts.size();
     m_held = 0;

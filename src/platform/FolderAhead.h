@@ -86,7 +86,6 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    bool m_isStopped = false;
     bool m_isFull = false; ///< until half of what was held has been taken
     std::size_t m_held = 0;
     std::size_t m_nextStart = 0;

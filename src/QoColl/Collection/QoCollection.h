@@ -176,6 +176,8 @@ protected:
                               QoFileDbItemArray& files,
                               IQoProgress* progress);
     void getFilesFromDisk(const CQoCollPath& rootDir, qo::FoundFiles& found, IQoProgress* progress);
+    QoFileDbItemPtr makeNewRecord(const CString& path,
+                                  CQoFileChangeInfo::ESetImportedAction action) const;
     QoFileDbItemPtr
     addRecord(const CString& path, CQoFileChangeInfo::ESetImportedAction action, int index);
     /// Null for a second file of that name.

@@ -5,7 +5,6 @@
 #include "Physical/HDPictureFile.h"
 #include "Physical/HDTextFile.h"
 #include "QoColl/Collection/FolderOfFile.h"
-#include "QoColl/Collection/KeptTag.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoFileUtils.h"
 #include "QoColl/Collection/QoUtils.h"
@@ -280,7 +279,7 @@ void CQoCollection::removeFileFromColl(const CString& path, bool removeEmptyDirs
     const boost::shared_ptr<CHDFile> file = getFileByPath(path);
     if (!file)
         return;
-    qo::keepTag(file);
+    file->keepTag();
     m_zombieFiles.add(file);
     boost::shared_ptr<CHDDirectory> dir = file->getParentDir();
     // The file keeps its parent, so that a zombie still tells where it was.

@@ -1,7 +1,6 @@
 #include "Logical/LTManager.h"
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
-#include "QoColl/Collection/KeptTag.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoFileChangeInfoList.h"
 #include "QoColl/Collection/QoUtils.h"
@@ -182,19 +181,15 @@ bool CQoCollection::applyScan(const CQoFileChangeInfo& change,
     const bool isNew = item == nullptr;
     if (isNew)
     {
-        item = qo::makeObject<QoFileDbItem>(QO_HERE(u".\\QoColl\\Collection\\QoCollection"));
-        item->path = change.m_path;
-        item->dbState = dbState::added;
-        setMusicAndVideoFlags(item);
-        setImported(item, change.m_importedAction);
+        item = makeNewRecord(change.m_path, change.m_importedAction);
         if (change.m_scanFileType == CQoFileChangeInfo::importedFile)
             setImportedMediaType(*item);
         if (change.m_dbItem)
             CQoCollDbUtils::copyTags(change.m_dbItem, item);
         m_fileDbItems.InsertAt(index, item);
     }
-    else
-        qo::keepTag(getFileByPath(item->path));
+    else if (const boost::shared_ptr<CHDFile> file = getFileByPath(item->path))
+        file->keepTag();
     const bool isRevived = revive(*item);
     return checkUpdateFileInfo(item, progress, true, nullptr) || isNew || isRevived;
 }

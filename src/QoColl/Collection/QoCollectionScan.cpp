@@ -205,15 +205,22 @@ void CQoCollection::addFilesFromRootDirs(const qo::CollPathArray& dirs,
     }
 }
 
+QoFileDbItemPtr CQoCollection::makeNewRecord(const CString& path,
+                                             CQoFileChangeInfo::ESetImportedAction action) const
+{
+    QoFileDbItemPtr item = makeRecord(path);
+    item->dbState = dbState::added;
+    setMusicAndVideoFlags(item);
+    setImported(item, action);
+    return item;
+}
+
 QoFileDbItemPtr CQoCollection::addRecord(const CString& path,
                                          CQoFileChangeInfo::ESetImportedAction action,
                                          int index)
 {
     log(level::flow, u"CQoCollection::addFilesFromRootDirs : new file found : %s", path);
-    QoFileDbItemPtr item = makeRecord(path);
-    item->dbState = dbState::added;
-    setMusicAndVideoFlags(item);
-    setImported(item, action);
+    QoFileDbItemPtr item = makeNewRecord(path, action);
     m_fileDbItems.InsertAt(index, item);
     return item;
 }

@@ -20,8 +20,6 @@ struct RawBlock
     std::uint32_t count = 0;
     std::uint32_t capacity = 0;
 
-    bool isFull() const noexcept { return count == capacity; }
-
     static RawBlock make(std::size_t capacity)
     {
         RawBlock block;
@@ -36,15 +34,6 @@ struct RawBlock
         std::destroy_n(data, count);
         ::operator delete(static_cast<void*>(data));
         *this = RawBlock();
-    }
-
-    /// Strong guarantee.
-    void grow(std::size_t newCapacity)
-    {
-        RawBlock larger = make(newCapacity);
-        moveTail(0, larger);
-        release();
-        *this = larger;
     }
 
     /// The block must not be full.
