@@ -10,7 +10,7 @@
 #include <utility>
 
 /// A list of shared objects. Handles are the same when they point to the same object. Elements are
-/// read-only in place: a list that is searched often keeps a count per object beside it, which the
+/// read-only in place: a long list that is searched often keeps a count per object, which the
 /// operations of this class hold in step. Changing the array behind its back, through a reference
 /// to a base class, is a fault of the caller. Not for several threads at once: searching may make
 /// the counts.
@@ -25,14 +25,9 @@ public:
     using typename Base::Compare;
 
     CPtrListT() noexcept = default;
-    CPtrListT(const CPtrListT& other) : Base(other) {}
+    CPtrListT(const CPtrListT&) = default;
     CPtrListT(CPtrListT&&) noexcept = default;
-    CPtrListT& operator=(const CPtrListT& other)
-    {
-        Base::operator=(other);
-        m_search.reset();
-        return *this;
-    }
+    CPtrListT& operator=(const CPtrListT&) = default;
     CPtrListT& operator=(CPtrListT&&) noexcept = default;
     ~CPtrListT() override = default;
 
@@ -61,7 +56,6 @@ public:
             RemoveAt(index);
         return index != -1;
     }
-    void clear() override { RemoveAll(); }
 
     int Add(const Handle& elem)
     {
@@ -73,40 +67,40 @@ public:
     void InsertAt(int index, const Handle& elem, int times = 1)
     {
         const X* object = elem.get();
+        // Several at once, or with a gap: none may be left out, even where memory ends midway.
+        const bool isPlain = times == 1 && index <= this->GetSize();
+        if (!isPlain)
+            forgetCounts();
         Base::InsertAt(index, elem, times);
-        count(object, times);
+        if (isPlain)
+            count(object, 1);
     }
     void RemoveAt(int index, int times = 1)
     {
         if (times == 1)
             count(this->GetAt(index).get(), -1);
         else
-            m_search.reset();
+            forgetCounts();
         Base::RemoveAt(index, times);
-    }
-    void RemoveAll()
-    {
-        m_search.reset();
-        Base::RemoveAll();
     }
     void SetAt(int index, const Handle& elem)
     {
-        m_search.reset();
+        forgetCounts();
         Base::SetAt(index, elem);
     }
     void SetAtGrow(int index, const Handle& elem)
     {
-        m_search.reset();
+        forgetCounts();
         Base::SetAtGrow(index, elem);
     }
     void SetSize(int size)
     {
-        m_search.reset();
+        forgetCounts();
         Base::SetSize(size);
     }
     int Append(const CPtrListT& other)
     {
-        m_search.reset();
+        forgetCounts();
         return Base::Append(other);
     }
     void Copy(const CPtrListT& other) { *this = other; }
@@ -116,52 +110,64 @@ public:
     typename Base::const_iterator end() const noexcept { return Base::end(); }
 
 private:
-    /// Up to this size a scan is as fast as the count per object.
-    static constexpr int scanUpTo = 64;
     /// The counts are made once the scans have cost this many times the list's length.
     static constexpr long long patience = 16;
 
-    struct Search
+    /// Kept by long lists only; short ones are scanned cheaply.
+    struct Search : qo::RowNote
     {
         long long scanned = 0; ///< elements looked at without counts
         bool counted = false;
         std::unordered_map<const X*, int> counts;
     };
 
+    /// Null while there is none.
+    Search* search() const noexcept
+    {
+        std::unique_ptr<qo::RowNote>* const note = this->note();
+        return note ? static_cast<Search*>(note->get()) : nullptr;
+    }
+    void forgetCounts() noexcept
+    {
+        if (std::unique_ptr<qo::RowNote>* const note = this->note())
+            note->reset();
+    }
+
     void count(const X* object, int by) noexcept
     try
     {
-        if (!m_search || !m_search->counted)
+        Search* const search = this->search();
+        if (!search || !search->counted)
             return;
-        const auto entry = m_search->counts.try_emplace(object, 0).first;
+        const auto entry = search->counts.try_emplace(object, 0).first;
         entry->second += by;
         if (entry->second <= 0)
-            m_search->counts.erase(entry);
+            search->counts.erase(entry);
     }
     catch (const std::bad_alloc&)
     {
-        m_search.reset(); // the list itself has changed already and needs no counts
+        forgetCounts(); // the list itself has changed already and needs no counts
     }
     /// False only if no element is that object.
     bool mayHold(const Handle& elem) const
     {
-        if (this->GetSize() <= scanUpTo)
+        std::unique_ptr<qo::RowNote>* const note = this->note();
+        if (!note)
             return true;
-        if (!m_search)
-            m_search = std::make_unique<Search>();
-        if (!m_search->counted)
+        if (!*note)
+            *note = std::make_unique<Search>();
+        Search& search = *this->search();
+        if (!search.counted)
         {
-            m_search->scanned += this->GetSize();
-            if (m_search->scanned < patience * this->GetSize())
+            search.scanned += this->GetSize();
+            if (search.scanned < patience * this->GetSize())
                 return true;
             std::unordered_map<const X*, int> counts;
             for (const Handle& each : *this)
                 ++counts[each.get()];
-            m_search->counts = std::move(counts);
-            m_search->counted = true;
+            search.counts = std::move(counts);
+            search.counted = true;
         }
-        return m_search->counts.find(elem.get()) != m_search->counts.end();
+        return search.counts.find(elem.get()) != search.counts.end();
     }
-
-    mutable std::unique_ptr<Search> m_search; ///< null until a long list is searched
 };

@@ -24,6 +24,39 @@ int compareHandles(const Handle& a, const Handle& b)
 {
     return compareNumbers(*a, *b);
 }
+
+/// One of the changes that long lists see rarely, to a list and to the model beside it.
+void changeRarely(unsigned choice,
+                  const Handle& elem,
+                  CPtrListT<int>& list,
+                  std::vector<Handle>& model)
+{
+    if (choice >= 3)
+    {
+        const std::size_t place = choice % 2 * (model.size() + 1); // the second leaves a gap
+        const std::size_t times = 1 + model.size() % 2;
+        list.InsertAt(static_cast<int>(place), elem, static_cast<int>(times));
+        model.resize(std::max(model.size(), place));
+        model.insert(model.begin() + static_cast<std::ptrdiff_t>(place), times, elem);
+    }
+    else if (choice == 2)
+    {
+        CPtrListT<int> other = list;
+        other.FreeExtra();
+        other.add(elem);
+        list = std::move(other);
+        model.push_back(elem);
+    }
+    else if (!model.empty())
+    {
+        list.add(list[0]);
+        model.push_back(Handle(model[0]));
+        list.SetAt(0, elem);
+        model[0] = elem;
+        list.RemoveAt(1);
+        model.erase(model.begin() + 1);
+    }
+}
 } // namespace
 
 TEST(GenListT, SearchFindsEveryElementAndEveryPlaceOfDistinctKeys)
@@ -142,14 +175,19 @@ TEST(PtrListT, ALongListAnswersAsAScanWouldWhateverWasDoneToIt)
     std::vector<Handle> pool;
     for (int i = 0; i < 300; ++i)
         pool.push_back(boost::make_shared<int>(i));
+    pool.resize(330); // gaps hold null
     CPtrListT<int> list;
     std::vector<Handle> model;
+    bool isLong = false;
     for (int step = 0; step < 40000; ++step)
     {
         const Handle& elem = pool[random() % pool.size()];
         const auto at = std::find(model.begin(), model.end(), elem);
         const bool there = at != model.end();
-        const unsigned choice = random() % 100;
+        // Long lists are kept in another way than short ones: it goes up and down between them.
+        const bool isShrinking = step % 4000 >= 2000;
+        const unsigned choice = isShrinking && random() % 4 > 0 ? 40 : random() % 100;
+        isLong |= model.size() > 300;
         if (choice >= 60)
         {
             ASSERT_EQ(list.addUnique(elem), there ? -1 : static_cast<int>(model.size()));
@@ -171,22 +209,10 @@ TEST(PtrListT, ALongListAnswersAsAScanWouldWhateverWasDoneToIt)
             list.add(elem);
             model.push_back(elem);
         }
-        else if (choice >= 3)
-        {
-            list.InsertAt(0, elem, 2);
-            model.insert(model.begin(), 2, elem);
-        }
-        else if (!model.empty())
-        {
-            list.add(list[0]);
-            model.push_back(Handle(model[0]));
-            list.SetAt(0, elem);
-            model[0] = elem;
-            list.RemoveAt(1);
-            model.erase(model.begin() + 1);
-        }
+        else
+            changeRarely(choice, elem, list, model);
     }
-    ASSERT_GT(model.size(), 64U);
+    ASSERT_TRUE(isLong);
     ASSERT_EQ(list.GetSize(), static_cast<int>(model.size()));
     for (std::size_t i = 0; i < model.size(); ++i)
         ASSERT_EQ(list[static_cast<int>(i)], model[i]);

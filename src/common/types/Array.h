@@ -3,6 +3,8 @@
 #include "common/types/ArrayCursor.h"
 #include "common/types/ChunkedStore.h"
 
+#include <memory>
+
 /// The growable array below all lists of the house: value semantics, int indexes, insertion and
 /// removal anywhere in O(log n) (see qo::ChunkedStore). An index outside the array is a fault of
 /// the caller. A reference into the array ends with its next change.
@@ -96,6 +98,11 @@ public:
     const_iterator begin() const noexcept { return {&m_store, 0}; }
     const_iterator end() const noexcept { return {&m_store, GetSize()}; }
 
+protected:
+    /// See qo::ChunkedStore::note(). All heirs for one type of element keep the same kind of note,
+    /// as an array may be moved into another.
+    std::unique_ptr<qo::RowNote>* note() const noexcept { return m_store.note(); }
+
 private:
-    qo::ChunkedStore<T> m_store;
+    [[no_unique_address]] qo::ChunkedStore<T> m_store;
 };

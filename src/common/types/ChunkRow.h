@@ -3,12 +3,25 @@
 #include "common/types/PrefixSums.h"
 #include "common/types/RawBlock.h"
 
-#include <algorithm>
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace qo
 {
+/// What the owner of a long sequence keeps with it.
+class RowNote
+{
+public:
+    RowNote() = default;
+    RowNote(const RowNote&) = delete;
+    RowNote& operator=(const RowNote&) = delete;
+    virtual ~RowNote() = default;
+};
+
 /// The long form of a ChunkedStore: a row of chunks of fixed capacity, with a Fenwick tree over
 /// their sizes. Reading by index remembers the last chunk, so that neighbours are found without a
 /// search. Several threads may read at once; a writer must be alone.
@@ -77,21 +90,15 @@ public:
         insertAt(c, offset, std::move(value));
     }
 
-    void erase(std::size_t index) noexcept
+    T take(std::size_t index) noexcept
     {
         const std::size_t c = find(index);
-        [[maybe_unused]] const T taken = m_chunks[c].take(index);
-        shrunk(c, 1);
+        T taken = m_chunks[c].take(index);
+        shrunk(c);
+        return taken;
     }
-    /// Of one chunk; returns how many that were.
-    std::size_t erase(std::size_t index, std::size_t most) noexcept
-    {
-        const std::size_t c = find(index);
-        const std::size_t here = std::min<std::size_t>(most, m_chunks[c].count - index);
-        m_chunks[c].erase(index, here);
-        shrunk(c, here);
-        return here;
-    }
+
+    std::unique_ptr<RowNote> note; ///< null, or the owner's
 
 private:
     void insertAt(std::size_t c, std::size_t offset, T&& value)
@@ -176,10 +183,10 @@ private:
         m_sums.add(to, static_cast<std::ptrdiff_t>(number));
     }
 
-    void shrunk(std::size_t c, std::size_t by) noexcept
+    void shrunk(std::size_t c) noexcept
     {
         m_hint.store(0, std::memory_order_relaxed);
-        m_sums.add(c, -static_cast<std::ptrdiff_t>(by));
+        m_sums.add(c, -1);
         if (m_chunks[c].count <= m_capacity / 4 && m_chunks.size() > 1)
             joinNeighbours(c);
     }

@@ -44,19 +44,13 @@ struct RawBlock
         ++count;
     }
 
-    void erase(std::size_t offset, std::size_t number) noexcept
-    {
-        std::destroy_n(data + offset, number);
-        relocate(data + offset + number, count - offset - number, data + offset);
-        count -= static_cast<std::uint32_t>(number);
-    }
-
-    /// Takes one element out. Its destructor runs when the block is whole again, so that what it
-    /// sets off may look at the block.
+    /// Takes one element out.
     T take(std::size_t offset) noexcept
     {
         T taken(std::move(data[offset]));
-        erase(offset, 1);
+        std::destroy_at(data + offset);
+        relocate(data + offset + 1, count - offset - 1, data + offset);
+        --count;
         return taken;
     }
 

@@ -238,21 +238,61 @@ TEST(Array, CursorsMoveLikePointers)
     EXPECT_EQ(array.begin()[9999], 9999);
 }
 
-TEST(Array, AnElementThatEndsSeesTheArrayWithoutIt)
+TEST(Array, WhatTheEndOfAnElementSetsOffMayUseTheArray)
 {
     struct Watcher
     {
-        CArray<boost::shared_ptr<Watcher>>* array = nullptr;
-        int* seen = nullptr;
-        ~Watcher() { *seen += array->GetSize(); }
+        CArray<boost::shared_ptr<Watcher>>* array;
+        std::vector<int>* seen;
+        bool isClearing = false;
+        ~Watcher()
+        {
+            seen->push_back(array->GetSize());
+            if (isClearing)
+                array->RemoveAll();
+        }
     };
-    CArray<boost::shared_ptr<Watcher>> array;
-    int seen = 0;
-    for (int i = 0; i < 3; ++i)
-        array.Add(boost::make_shared<Watcher>(Watcher{&array, &seen}));
-    seen = 0;
-    array.RemoveAt(0);
-    EXPECT_EQ(seen, 2);
-    array.RemoveAll();
-    EXPECT_EQ(seen, 2);
+    constexpr int chunk = qo::ChunkedStore<boost::shared_ptr<Watcher>>::chunkCapacity;
+    for (const int size : {4, chunk + 1, chunk + 44, 3 * chunk})
+    {
+        CArray<boost::shared_ptr<Watcher>> array;
+        std::vector<int> seen;
+        for (int i = 0; i < size; ++i)
+            array.Add(boost::shared_ptr<Watcher>(new Watcher{&array, &seen}));
+        array.RemoveAt(0);
+        array.RemoveAt(0, 2);
+        EXPECT_EQ(seen, (std::vector<int>{size - 1, size - 2, size - 3}));
+        array[0]->isClearing = true;
+        seen.clear();
+        array.RemoveAt(0);
+        std::vector<int> expected{size - 4};
+        expected.resize(static_cast<std::size_t>(size - 3));
+        EXPECT_EQ(seen, expected);
+        EXPECT_TRUE(array.IsEmpty());
+    }
+}
+
+TEST(Array, WhatStandsInThePaddingBehindAnArrayStays)
+{
+    struct Holder
+    {
+        [[no_unique_address]] CArray<boost::shared_ptr<int>> array;
+        int behind = 7;
+    };
+    static_assert(sizeof(Holder) == sizeof(CArray<boost::shared_ptr<int>>));
+    constexpr int chunk = qo::ChunkedStore<boost::shared_ptr<int>>::chunkCapacity;
+    const auto element = boost::make_shared<int>(1);
+    for (const int size : {0, 1, 2, chunk + 1})
+    {
+        Holder one;
+        Holder other;
+        for (int i = 0; i < size; ++i)
+            one.array.Add(element);
+        other.array = one.array;
+        one.array = std::move(other.array);
+        one.array.FreeExtra();
+        EXPECT_EQ(one.array.GetSize(), size);
+        other.array.RemoveAll();
+        EXPECT_EQ(one.behind + other.behind, 14) << size;
+    }
 }
