@@ -1,5 +1,6 @@
 #include "Logical/LTAlbum.h"
 
+#include "Logical/LTLinkList.h"
 #include "Logical/LTLyrics.h"
 #include "Logical/LTMember.h"
 #include "Logical/LTPicture.h"

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Logical/LTLinkList.h"
 #include "Logical/LTObject.h"
 #include "common/PtrListT.h"
 
@@ -34,11 +33,8 @@ public:
     void removeLyrics(const boost::shared_ptr<CLTLyrics>& lyrics);
 
 private:
-    friend class CLTArtist;
-
     CPtrListT<CLTTrack> m_tracks;
     CPtrListT<CLTPicture> m_pictures;
     CPtrListT<CLTLyrics> m_lyrics;
     boost::shared_ptr<CLTArtist> m_artist;
-    qo::LinkStamp m_artistStamp = qo::neverLinked;
 };

@@ -1,6 +1,7 @@
 #include "Logical/LTArtist.h"
 
 #include "Logical/LTAlbum.h"
+#include "Logical/LTLinkList.h"
 #include "Logical/LTPicture.h"
 #include "Logical/LTTrack.h"
 

@@ -1,23 +1,20 @@
 #pragma once
 
+#include "Logical/LinkStamp.h"
 #include "common/PtrListT.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <type_traits>
 
 namespace qo
 {
-/// Kept in an object for one of the lists that may hold it: the stamps within a list ascend, so
-/// that the object's place is found by halving however long the list is. An object that was forced
-/// into a second list bears only the stamp of that one; it is then looked for from the start.
-using LinkStamp = std::uint32_t;
-
-/// Of an object that no list has held yet.
-inline constexpr LinkStamp neverLinked = UINT32_MAX;
+/// Where objects of the class have the stamp for a list.
+template <class X>
+using StampOf = LinkStamp std::type_identity_t<X>::*;
 
 /// Appends the object unless the list holds it.
 template <class X>
-void addLinked(CPtrListT<X>& list, const boost::shared_ptr<X>& object, LinkStamp X::*stamp)
+void addLinked(CPtrListT<X>& list, const boost::shared_ptr<X>& object, StampOf<X> stamp)
 {
     // At the end of the range stamps repeat, and the look-up falls back to the scan.
     const LinkStamp next =
@@ -30,7 +27,7 @@ void addLinked(CPtrListT<X>& list, const boost::shared_ptr<X>& object, LinkStamp
 
 /// Where the stamps say that the object stands; -1 if it does not.
 template <class X>
-int findLinked(const CPtrListT<X>& list, const boost::shared_ptr<X>& object, LinkStamp X::*stamp)
+int findLinked(const CPtrListT<X>& list, const boost::shared_ptr<X>& object, StampOf<X> stamp)
 {
     const LinkStamp wanted = object.get()->*stamp;
     if (wanted == neverLinked || list.IsEmpty())
@@ -50,7 +47,7 @@ int findLinked(const CPtrListT<X>& list, const boost::shared_ptr<X>& object, Lin
 
 /// Nothing happens if the list does not hold the object.
 template <class X>
-void removeLinked(CPtrListT<X>& list, const boost::shared_ptr<X>& object, LinkStamp X::*stamp)
+void removeLinked(CPtrListT<X>& list, const boost::shared_ptr<X>& object, StampOf<X> stamp)
 {
     const int index = findLinked(list, object, stamp);
     if (index != -1)

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Logical/LTLinkList.h"
 #include "Logical/LTObject.h"
 #include "Physical/Forward.h"
 #include "common/PtrListT.h"

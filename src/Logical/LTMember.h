@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Logical/RareLink.h"
 #include "common/Log.h"
 
 #include <boost/shared_ptr.hpp>
@@ -20,5 +21,14 @@ void setLTMember(boost::shared_ptr<X>& member, const boost::shared_ptr<X>& value
         return;
     }
     member = value;
+}
+
+template <class X>
+void setLTMember(RareLink<X>& link, const boost::shared_ptr<X>& value)
+{
+    boost::shared_ptr<X> member = link.get();
+    setLTMember(member, value);
+    if (member != link.get())
+        link.set(member);
 }
 } // namespace qo

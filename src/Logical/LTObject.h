@@ -2,6 +2,7 @@
 
 #include "Logical/Forward.h"
 #include "Logical/LTObjectType.h"
+#include "Logical/LinkStamp.h"
 #include "Logical/UnusedNotes.h"
 #include "Physical/QoCheckObject.h"
 #include "common/types/String.h"
@@ -42,6 +43,10 @@ protected:
     }
 
 private:
+    friend class CLTArtist;
+
     CLTObjectType::EType m_type;
+    /// Of the artist's list for the type; here as there is a gap to fill.
+    qo::LinkStamp m_artistStamp = qo::neverLinked;
     CString m_name;
 };

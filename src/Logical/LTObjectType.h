@@ -2,11 +2,13 @@
 
 #include "common/types/Export.h"
 
+#include <cstdint>
+
 /// The kinds of logical objects, one bit each so that they combine into masks.
 class QO_API CLTObjectType
 {
 public:
-    enum EType : int
+    enum EType : std::uint8_t
     {
         Album = 1,
         Artist = 2,

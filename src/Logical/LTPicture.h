@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Logical/LTLinkList.h"
 #include "Logical/LTObject.h"
 #include "Physical/Forward.h"
 #include "common/PtrListT.h"
@@ -28,11 +27,9 @@ public:
 
 private:
     friend class CLTAlbum;
-    friend class CLTArtist;
 
     boost::shared_ptr<CLTAlbum> m_album;
     boost::shared_ptr<CLTArtist> m_artist;
     CPtrListT<CHDPictureFile> m_files;
     qo::LinkStamp m_albumStamp = qo::neverLinked;
-    qo::LinkStamp m_artistStamp = qo::neverLinked;
 };

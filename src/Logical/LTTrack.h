@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Logical/LTLinkList.h"
 #include "Logical/LTObject.h"
+#include "Logical/RareLink.h"
 #include "Physical/Forward.h"
 #include "common/PtrListT.h"
 
@@ -23,7 +23,7 @@ public:
     const boost::shared_ptr<CLTArtist>& getArtist() const noexcept { return m_artist; }
     const boost::shared_ptr<CLTAlbum>& getAlbum() const noexcept { return m_album; }
     const boost::shared_ptr<CLTGenre>& getGenre() const noexcept { return m_genre; }
-    const boost::shared_ptr<CLTLyrics>& getLyrics() const noexcept { return m_lyrics; }
+    boost::shared_ptr<CLTLyrics> getLyrics() const noexcept { return m_lyrics.get(); }
 
     // For CLTManager: one side of a link. See qo::setLTMember for what a setter refuses.
     void setNumberAndYear(const CString& trackNumber, const CString& year);
@@ -36,15 +36,13 @@ public:
 
 private:
     friend class CLTAlbum;
-    friend class CLTArtist;
 
     CString m_trackNumber;
     CString m_year;
-    CPtrListT<CHDMusicFile> m_musicFiles;
+    [[no_unique_address]] CPtrListT<CHDMusicFile> m_musicFiles;
+    qo::LinkStamp m_albumStamp = qo::neverLinked; ///< in the padding of the list
     boost::shared_ptr<CLTArtist> m_artist;
     boost::shared_ptr<CLTAlbum> m_album;
     boost::shared_ptr<CLTGenre> m_genre;
-    boost::shared_ptr<CLTLyrics> m_lyrics;
-    qo::LinkStamp m_albumStamp = qo::neverLinked;
-    qo::LinkStamp m_artistStamp = qo::neverLinked;
+    qo::RareLink<CLTLyrics> m_lyrics;
 };

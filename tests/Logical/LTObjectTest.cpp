@@ -12,6 +12,32 @@
 
 #include <string>
 
+namespace
+{
+template <class X, class SET, class GET>
+void expectClearedFirst(const boost::shared_ptr<X>& first,
+                        const boost::shared_ptr<X>& second,
+                        SET set,
+                        GET get)
+{
+    set(first);
+    LogCapture log;
+    set(first);
+    EXPECT_TRUE(log.lines().empty()) << log.all();
+    set(second);
+    EXPECT_EQ(get(), first);
+    CString line;
+    line.Format(u"setLTMember assertion failed: pMember=%p, pValue=%p",
+                static_cast<const void*>(first.get()),
+                static_cast<const void*>(second.get()));
+    EXPECT_EQ(log.all(), "10: " + qo::toUtf8(line) + "\n");
+    set(boost::shared_ptr<X>());
+    EXPECT_FALSE(get());
+    set(second);
+    EXPECT_EQ(get(), second);
+}
+} // namespace
+
 TEST(LTObjectType, NamesOneTypeButNoCombination)
 {
     const char16_t* names[] = {u"Album", u"Artist", u"Genre", u"Lyrics", u"Picture", u"Track"};
@@ -44,23 +70,18 @@ TEST(LTObject, TextsOfEachClass)
 
 TEST(LTObject, LinkIsClearedBeforeItIsSetAnew)
 {
-    const auto first = boost::make_shared<CLTArtist>(u"A");
-    const auto second = boost::make_shared<CLTArtist>(u"B");
     CLTAlbum album(u"X");
-    album.setArtist(first);
-    LogCapture log;
-    album.setArtist(first);
-    EXPECT_TRUE(log.lines().empty()) << log.all();
-    album.setArtist(second);
-    EXPECT_EQ(album.getArtist(), first);
-    CString line;
-    line.Format(u"setLTMember assertion failed: pMember=%p, pValue=%p",
-                static_cast<const void*>(first.get()),
-                static_cast<const void*>(second.get()));
-    EXPECT_EQ(log.all(), "10: " + qo::toUtf8(line) + "\n");
-    album.setArtist({});
-    album.setArtist(second);
-    EXPECT_EQ(album.getArtist(), second);
+    expectClearedFirst(
+        boost::make_shared<CLTArtist>(u"A"),
+        boost::make_shared<CLTArtist>(u"B"),
+        [&](const auto& artist) { album.setArtist(artist); },
+        [&] { return album.getArtist(); });
+    CLTTrack track(u"T");
+    expectClearedFirst(
+        boost::make_shared<CLTLyrics>(),
+        boost::make_shared<CLTLyrics>(),
+        [&](const auto& lyrics) { track.setLyrics(lyrics); },
+        [&] { return track.getLyrics(); });
 }
 
 TEST(LTObject, WhatKeepsAnObjectInUse)
