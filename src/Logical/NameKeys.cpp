@@ -2,6 +2,7 @@
 
 #include "common/types/CharClass.h"
 
+#include <algorithm>
 #include <numeric>
 #include <utility>
 
@@ -51,39 +52,49 @@ void move(
     from.erase(first, behind);
 }
 
-__extension__ using Bits = unsigned __int128;
+constexpr int wordBits = 63;
 
 struct Folded
 {
-    Bits bits = 0;       ///< begins at the highest of as many bits as were asked for
-    bool isWhole = true; ///< whether they tell the whole name
+    std::uint64_t bits = 0; ///< begins at the highest of wordBits
+    std::size_t units = 0;  ///< how many of the name's they tell wholly
 };
 
 /// The beginning of a folded name as bits that sort as the name does: seven for each ASCII unit, an
 /// escape and sixteen for any other.
-Folded fold(std::u16string_view name, int size) noexcept
+Folded fold(std::u16string_view name) noexcept
 {
     constexpr int plainBits = 7;
     constexpr int otherBits = plainBits + 16;
-    constexpr Bits escape = Bits(127) << 16;
+    constexpr std::uint64_t escape = std::uint64_t(127) << 16;
     Folded folded;
-    int left = size;
+    int left = wordBits;
     for (const char16_t unit : name)
     {
-        const Bits lower = toLower(unit);
+        // A zero would look like the end of the name.
+        if (unit == 0)
+            break;
+        const std::uint64_t lower = toLower(unit);
         const bool isPlain = lower < 127;
         const int width = isPlain ? plainBits : otherBits;
-        // A zero would look like the end of the name.
-        folded.isWhole = width <= left && unit != 0;
-        const int taken = folded.isWhole ? width : unit != 0 ? left : 0;
-        const Bits code = isPlain ? lower : escape | lower;
+        const std::uint64_t code = isPlain ? lower : escape | lower;
+        const int taken = std::min(width, left);
         folded.bits = folded.bits << taken | code >> (width - taken);
         left -= taken;
-        if (!folded.isWhole)
+        if (taken < width)
             break;
+        ++folded.units;
     }
     folded.bits <<= left;
     return folded;
+}
+
+/// Takes what the word tells wholly off the name.
+std::uint64_t foldOff(std::u16string_view& name) noexcept
+{
+    const Folded folded = fold(name);
+    name.remove_prefix(folded.units);
+    return folded.bits;
 }
 
 // All parts are compared at once: which one decides is beyond the processor's guess. Objects and
@@ -101,14 +112,17 @@ constexpr auto isLess = [](const Key& a, const Key& b) noexcept
 
 NameKeys::Key NameKeys::of(std::u16string_view name, std::u16string_view next) noexcept
 {
-    constexpr int wordBits = 63;
     constexpr std::uint64_t isNamed = std::uint64_t(1) << wordBits;
-    const Folded first = fold(name, 2 * wordBits);
     Key key{};
-    key.begin = isNamed | static_cast<std::uint64_t>(first.bits >> wordBits);
-    key.rest = static_cast<std::uint64_t>(first.bits) << 1 | !first.isWhole;
-    if (first.isWhole && !next.empty())
-        key.next = isNamed | static_cast<std::uint64_t>(fold(next, wordBits).bits);
+    key.begin = isNamed | foldOff(name);
+    key.rest = foldOff(name) << 1;
+    if (!name.empty())
+    {
+        key.rest |= 1;
+        key.next = foldOff(name);
+    }
+    else if (!next.empty())
+        key.next = isNamed | foldOff(next);
     return key;
 }
 

@@ -13,8 +13,9 @@ namespace qo
 {
 /// One key for each object of a list that is sorted by name first, in the places of the objects:
 /// the beginning of its folded name and, where that is the whole name, of the name that the list
-/// goes by next. The keys ascend with the list, so that a search looks at the objects only where
-/// they are the same. Kept in step with its list by SortedLTList.
+/// goes by next; a longer name takes up the place of both. The keys ascend with the list, so that a
+/// search looks at the objects only where they are the same. Kept in step with its list by
+/// SortedLTList.
 class NameKeys
 {
 public:
@@ -22,7 +23,7 @@ public:
     {
         std::uint64_t begin;
         std::uint64_t rest;
-        std::uint64_t next; ///< of the second name; 0 without one or if it has no say
+        std::uint64_t next; ///< of the second name, 0 without one; or more of the first name
 
         auto operator<=>(const Key&) const = default;
         /// Whether names with this key are the same, but for their case.

@@ -44,6 +44,10 @@ TEST(NameKeys, KeysOrderNamesAsTheComparisonDoesOrTie)
                                   u"symphony no. 5 in c",
                                   u"Symphony No. 5 In D",
                                   u"symphony no. 5 in",
+                                  u"symphony no. 5 in é minor",
+                                  u"symphony no. 5 in c minor, op. 67",
+                                  u"symphony no. 5 in c minor, op. 68",
+                                  u"symphony no. 5 for strings",
                                   u"\xd83d\xde00"};
     for (const CString& a : names)
     {
@@ -69,9 +73,12 @@ TEST(NameKeys, TheSecondNameDecidesOnlyBehindAWholeFirstOne)
     EXPECT_LT(of(u"dream", u""), of(u"Dream", u"ABBA"));
     EXPECT_LT(of(u"dream", u"ZZ Top"), of(u"dreams", u"ABBA"));
     EXPECT_EQ(of(u"dream", u"Einstürzende Neubauten"), of(u"dream", u"Einstürzende X"));
-    // These names differ behind what a key holds.
-    EXPECT_EQ(of(u"symphony no. 5 in c", u"B"), of(u"symphony no. 5 in d", u"A"));
     EXPECT_LT(of(u"symphony no. 5 in ", u"B"), of(u"symphony no. 5 in d", u"A"));
+    EXPECT_LT(of(u"symphony no. 5 in c", u"B"), of(u"symphony no. 5 in d", u"A"));
+    EXPECT_EQ(of(u"symphony no. 5 in c", u"B"), of(u"symphony no. 5 in C", u"A"));
+    // These names differ behind what a key holds.
+    EXPECT_EQ(of(u"symphony no. 5 in c minor, op. 67", u"B"),
+              of(u"symphony no. 5 in c minor, op. 68", u"A"));
     EXPECT_EQ(qo::NameKeys::of(std::u16string_view(u"a\0", 2), u"A"),
               qo::NameKeys::of(std::u16string_view(u"a\0b", 3), u"B"));
 }
