@@ -17,7 +17,8 @@ class MusicFileIndex;
 
 /// The music files of one directory, by title and by what their records say. A record must not
 /// change while its file is in here: the values of a type are collected when they are first asked
-/// for, as most names need few types or none. No locks: even a search builds indexes.
+/// for, as most names need few types or none. No locks: even a search builds indexes. After
+/// a failed allocation it is only good to be destroyed.
 class QO_API CNSDirMusicFilesInfo
 {
 public:
