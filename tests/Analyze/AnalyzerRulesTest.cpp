@@ -306,24 +306,20 @@ private:
 
 TEST(AnalyzerRules, HoldInRandomFolders)
 {
-    struct Percent
-    {
-        const char16_t* text;
-        int value;
-    };
+    using Percent = std::pair<const char16_t*, int>;
     int spread = 0;
     int placed = 0;
-    for (const Percent& percent :
+    for (const auto& [text, percent] :
          {Percent{u"20", 20}, Percent{u"0", 0}, Percent{u"60", 60}, Percent{u"250", 100}})
     {
-        const MaxPercent setting(percent.text);
+        const MaxPercent setting(text);
         for (unsigned seed = 0; seed < 250; ++seed)
         {
             const RandomTree tree(seed);
             const RandomTree expected(seed);
             const CString before = tree.toText();
             plain::Decisions decided;
-            plain::detectUnrelatedAssocs(expected.dir(), percent.value, decided);
+            plain::detectUnrelatedAssocs(expected.dir(), percent, decided);
             CNSAnalyzer::detectUnrelatedAssocs(tree.dir(), nullptr);
             ASSERT_EQ(tree.toText(), expected.toText()) << "first pass, seed " << seed;
             const CString between = tree.toText();

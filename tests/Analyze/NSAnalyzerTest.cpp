@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -139,23 +140,18 @@ TEST(NSAnalyzer, SpreadsWhatTheDocumentShows)
 TEST(NSAnalyzer, MatchesNamesByTheTableOfTheirKind)
 {
     const QoFileDbItem covers = Folder::record(u"Artist", u"Cover Versions", u"Yesterday");
-    struct Row
-    {
-        const char16_t* name;
-        const char16_t* song;
-        bool found;
-    };
-    for (const Row& row : {Row{u"cover.jpg", u"song.mp3", false},
-                           Row{u"Cover Versions front.jpg", u"song.mp3", true},
-                           Row{u"yesterday.txt", u"01 Yesterday.mp3", true},
-                           Row{u"yesterday.dat", u"01 Yesterday.mp3", true},
-                           Row{u"Yesterday.jpg", u"01 Yesterday.mp3", false},
-                           Row{u"SONG.jpg", u"song.mp3", true},
-                           Row{u"song.mp3.txt", u"song.mp3", true},
-                           Row{u"song.flac.txt", u"song.mp3", false},
-                           Row{u".txt", u"song.mp3", false}})
-        EXPECT_EQ(foundArtist(row.name, covers, row.song), row.found ? u"Artist" : u"")
-            << utf8(row.name);
+    const std::tuple<const char16_t*, const char16_t*, bool> rows[] = {
+        {u"cover.jpg", u"song.mp3", false},
+        {u"Cover Versions front.jpg", u"song.mp3", true},
+        {u"yesterday.txt", u"01 Yesterday.mp3", true},
+        {u"yesterday.dat", u"01 Yesterday.mp3", true},
+        {u"Yesterday.jpg", u"01 Yesterday.mp3", false},
+        {u"SONG.jpg", u"song.mp3", true},
+        {u"song.mp3.txt", u"song.mp3", true},
+        {u"song.flac.txt", u"song.mp3", false},
+        {u".txt", u"song.mp3", false}};
+    for (const auto& [name, song, found] : rows)
+        EXPECT_EQ(foundArtist(name, covers, song), found ? u"Artist" : u"") << utf8(name);
 }
 
 TEST(NSAnalyzer, MaskJoinsTheNumbersOfTheTypesFound)
@@ -199,45 +195,6 @@ TEST(NSAnalyzer, AcceptsAValueByTheShareOfItemsWithoutIt)
         EXPECT_EQ(CNSAnalyzer::isUnrelAssocAccepted(row.without, row.with), row.accepted)
             << utf8(row.percent) << ' ' << row.without << ' ' << row.with;
     }
-}
-
-TEST(NSAnalyzer, DirectoriesKeepTheirAssociationsInTheStore)
-{
-    Folder folder;
-    const boost::shared_ptr<CHDObject> subDir = Folder::addDir(folder.dir, u"sub");
-    folder.add(u"a.mp3", artistOnly());
-    CNSAnalyzer::ObjectList children;
-    children.add(subDir);
-    children.add(folder.dir->getFiles()[0]);
-    CMapStringToPtr store;
-    CNSAnalyzer::detectUnrelatedAssocs(children, store, nullptr);
-    EXPECT_EQ(CNSAnalyzer::getHDObjectAssoc(subDir, CLTObjectType::Artist, store), u"Artist");
-    EXPECT_EQ(CNSAnalyzer::getHDObjectAssoc(subDir, CLTObjectType::Genre, store), u"");
-
-    const auto contradicts = [&](const char16_t* value, const boost::shared_ptr<CHDObject>& self)
-    {
-        return CNSAnalyzer::findContradictingAssocs(
-            CLTObjectType::Artist, value, children, self, store);
-    };
-    EXPECT_FALSE(contradicts(u"ARTIST", children[1]));
-    EXPECT_FALSE(contradicts(u"", children[1]));
-    EXPECT_TRUE(contradicts(u"Other", children[1])) << "the directory says something else";
-    CNSAnalyzer::setHDObjectAssoc(subDir, CLTObjectType::Artist, u"Other", store);
-    EXPECT_FALSE(contradicts(u"Other", children[1]));
-    CNSAnalyzer::clearAssocStore(store);
-}
-
-TEST(NSAnalyzer, ADirectoryVotesWithWhatTheStoreSays)
-{
-    const MaxPercent setting(u"100");
-    Folder folder;
-    const auto subDir = Folder::addDir(folder.dir, u"sub");
-    const auto file = folder.add(u"a.mp3");
-    CMapStringToPtr store;
-    CNSAnalyzer::setHDObjectAssoc(subDir, CLTObjectType::Artist, u"Artist", store);
-    CNSAnalyzer::detectUnrelatedAssocs(folder.dir, store, nullptr);
-    EXPECT_EQ(file->getDbItem()->artist, u"Artist");
-    CNSAnalyzer::clearAssocStore(store);
 }
 
 TEST(NSAnalyzer, AnExplainedVoteCountsAllItemsThoughContradicted)

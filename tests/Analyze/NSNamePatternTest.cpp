@@ -1,7 +1,6 @@
 #include "Analyze/NSNamePattern.h"
 
 #include "Analyze/NSAnalyzer.h"
-#include "common/QoException.h"
 #include "support/Print.h"
 
 #include <gtest/gtest.h>
@@ -19,20 +18,6 @@ bool refine(CNSNamePattern& pattern,
     return CNSAnalyzer::refinePatternWithAtom(pattern, type, value, true, false, dryRun);
 }
 } // namespace
-
-TEST(NSAtom, OnlyTheFirstTypesHaveNamesInBrackets)
-{
-    ASSERT_EQ(CNSAtom::getAtomTypesCount(), 22);
-    for (int i = 0; i < CNSAtom::getAtomTypesCount(); ++i)
-    {
-        const CNSAtom::EType type = CNSAtom::getAtomType(i);
-        const CString name = CNSAtom::getAtomTypeName(type);
-        EXPECT_EQ(type, i + 1);
-        EXPECT_EQ(name[0] == u'[', i < 8) << qo::toUtf8(name);
-        EXPECT_EQ(CNSAtom::atomTypeIsNumber(type), name == u"[TrackNumber]" || name == u"[Year]");
-    }
-    EXPECT_EQ(CNSAtom::getAtomTypeName(static_cast<CNSAtom::EType>(23)), u"");
-}
 
 TEST(NSAtom, ValuesCountInFixedTextsOnly)
 {
@@ -70,21 +55,6 @@ TEST(NSNamePattern, GivesAtomsAwayAndTakesThemOver)
     pattern.addAtom(copy->getAtom(CNSAtom::Artist, 0)->clone());
     EXPECT_EQ(pattern.getAtomCount(CNSAtom::Artist), 2);
     EXPECT_EQ(pattern.toString(false), u"[Artist] - [Artist]");
-}
-
-TEST(NSNamePattern, NoAtomIsAFailedAllocation)
-{
-    CNSNamePattern pattern;
-    try
-    {
-        pattern.addAtom(nullptr);
-        FAIL() << "was added";
-    }
-    catch (CQoException* thrown)
-    {
-        const std::unique_ptr<CQoException> exception(thrown);
-        EXPECT_EQ(exception->getType(), CQoException::outOfMemory);
-    }
 }
 
 TEST(NSNamePattern, IsSplitByTheFirstFixedTextThatHoldsTheValue)

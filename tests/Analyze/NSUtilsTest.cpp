@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace
 {
 struct Search
@@ -102,24 +104,17 @@ TEST(NSUtils, CountsPunctuationWithoutBlanks)
 
 TEST(NSUtils, ReadsTrackNumbersAndYears)
 {
-    struct Row
+    const std::pair<const char16_t*, std::pair<int, int>> rows[] = {{u"3/12", {3, 12}},
+                                                                    {u"/12", {0, 12}},
+                                                                    {u"07", {7, 0}},
+                                                                    {u"abc", {0, 0}},
+                                                                    {u"1/2/3", {1, 2}},
+                                                                    {u"", {0, 0}}};
+    for (const auto& [text, expected] : rows)
     {
-        const char16_t* text;
-        int track;
-        int total;
-    };
-    for (const Row& row : {Row{u"3/12", 3, 12},
-                           Row{u"/12", 0, 12},
-                           Row{u"07", 7, 0},
-                           Row{u"abc", 0, 0},
-                           Row{u"1/2/3", 1, 2},
-                           Row{u"", 0, 0}})
-    {
-        int track = -1;
-        int total = -1;
-        CNSUtils::analyzeTrackNumber(row.text, track, total);
-        EXPECT_EQ(track, row.track) << qo::toUtf8(CString(row.text));
-        EXPECT_EQ(total, row.total) << qo::toUtf8(CString(row.text));
+        std::pair<int, int> numbers(-1, -1);
+        CNSUtils::analyzeTrackNumber(text, numbers.first, numbers.second);
+        EXPECT_EQ(numbers, expected) << qo::toUtf8(CString(text));
     }
     EXPECT_EQ(CNSUtils::getYear(u"1999"), 1999);
     EXPECT_EQ(CNSUtils::getYear(u"1999-05"), 0);

@@ -1,73 +1,64 @@
 #include "Database/src/DbFacade/SQLiteBackup.h"
 
-#include "Database/src/DbFacade/SQLiteWrapper.h"
-#include "support/TempDir.h"
-
-#include <gtest/gtest.h>
+#include "Database/DbFixture.h"
+#include "common/types/CharClass.h"
 
 #include <atomic>
 #include <chrono>
 #include <filesystem>
-#include <memory>
 #include <thread>
 
 namespace
 {
-int countRows(const CString& path)
+namespace fs = std::filesystem;
+
+/// A database "source" with a log and an empty table, and a way into "target".
+class SQLiteBackup : public DbFixture
 {
-    CSQLiteDB db(path);
-    db.Open();
-    CSQLiteStatement statement = db.CompileStatement(u"SELECT COUNT(*) FROM T");
-    return statement.ExecuteQuery().GetIntField(0);
-}
+protected:
+    SQLiteBackup()
+    {
+        m_db.Open();
+        queryText(m_db, u"PRAGMA journal_mode=WAL");
+        m_db.Execute(u"CREATE TABLE T (x)");
+    }
+
+    void backUp(const char* source) const
+    {
+        qo::backupDatabase(m_dir.collPath(source), m_dir.collPath("target"));
+    }
+    int countRows() const
+    {
+        CSQLiteDB db(m_dir.collPath("target"));
+        db.Open();
+        return qo::textToInt(queryText(db, u"SELECT COUNT(*) FROM T").view());
+    }
+
+    CSQLiteDB m_db{m_dir.collPath("source")};
+};
 } // namespace
 
-TEST(SQLiteBackup, CopiesWhatIsCommittedAndReplacesTheTarget)
+TEST_F(SQLiteBackup, ReplacesTheTargetByWhatIsCommittedOrLeavesItAsItWas)
 {
-    const TempDir dir;
-    CSQLiteDB db(dir.collPath("source"));
-    db.Open();
-    (void)db.CompileStatement(u"PRAGMA journal_mode=WAL").ExecuteQuery();
-    db.Execute(u"CREATE TABLE T (x)");
-    db.Execute(u"INSERT INTO T VALUES (1)");
-    dir.write("target", "old");
-    qo::backupDatabase(dir.collPath("source"), dir.collPath("target"));
-    EXPECT_EQ(countRows(dir.collPath("target")), 1);
-    EXPECT_EQ(std::filesystem::status(dir.path("target")).permissions(),
-              std::filesystem::perms(0600));
-    EXPECT_FALSE(std::filesystem::exists(dir.path("target.unfinished")));
-}
-
-TEST(SQLiteBackup, FailureLeavesTheTargetAsItWas)
-{
-    const TempDir dir;
-    dir.write("garbage", "no database at all, but long enough to be looked at");
-    dir.write("target", "old");
+    m_dir.write("garbage", "no database at all, but long enough to be looked at");
+    m_dir.write("target", "old");
     for (const char* source : {"garbage", "absent"})
     {
-        try
-        {
-            qo::backupDatabase(dir.collPath(source), dir.collPath("target"));
-            ADD_FAILURE() << source;
-        }
-        catch (CSQLiteException* raw)
-        {
-            const std::unique_ptr<CSQLiteException> exception(raw);
-        }
-        EXPECT_EQ(dir.read("target"), "old");
-        EXPECT_FALSE(std::filesystem::exists(dir.path("target.unfinished"))) << source;
+        EXPECT_TRUE(thrownBy([&] { backUp(source); })) << source;
+        EXPECT_EQ(m_dir.read("target"), "old");
+        EXPECT_FALSE(fs::exists(m_dir.path("target.unfinished"))) << source;
     }
+    m_db.Execute(u"INSERT INTO T VALUES (1)");
+    backUp("source");
+    EXPECT_EQ(countRows(), 1);
+    EXPECT_EQ(fs::status(m_dir.path("target")).permissions(), fs::perms(0600));
+    EXPECT_FALSE(fs::exists(m_dir.path("target.unfinished")));
 }
 
-TEST(SQLiteBackup, EndsThoughSomebodyKeepsWriting)
+TEST_F(SQLiteBackup, EndsThoughSomebodyKeepsWriting)
 {
-    const TempDir dir;
-    CSQLiteDB db(dir.collPath("source"));
-    db.Open();
-    (void)db.CompileStatement(u"PRAGMA journal_mode=WAL").ExecuteQuery();
-    db.Execute(u"PRAGMA synchronous=OFF");
-    db.Execute(u"CREATE TABLE T (x)");
-    db.Execute(u"INSERT INTO T VALUES (zeroblob(40000000))"); // several steps
+    m_db.Execute(u"PRAGMA synchronous=OFF");
+    m_db.Execute(u"INSERT INTO T VALUES (zeroblob(40000000))"); // several steps
     std::atomic<bool> isDone = false;
     bool wasStopped = false;
     std::thread writer(
@@ -76,13 +67,13 @@ TEST(SQLiteBackup, EndsThoughSomebodyKeepsWriting)
             const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
             while (!wasStopped && !isDone)
             {
-                db.Execute(u"INSERT INTO T VALUES (1)");
+                m_db.Execute(u"INSERT INTO T VALUES (1)");
                 wasStopped = std::chrono::steady_clock::now() > deadline;
             }
         });
-    qo::backupDatabase(dir.collPath("source"), dir.collPath("target"));
+    backUp("source");
     isDone = true;
     writer.join();
     EXPECT_FALSE(wasStopped) << "ended only after the writer";
-    EXPECT_GT(countRows(dir.collPath("target")), 0);
+    EXPECT_GT(countRows(), 0);
 }

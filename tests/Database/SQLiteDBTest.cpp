@@ -1,5 +1,6 @@
 #include "Database/DbFixture.h"
 #include "platform/FileSystem.h"
+#include "support/Contains.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,31 +12,23 @@ namespace
 using SQLiteDB = OpenDbFixture;
 using SQLiteDBFile = DbFixture;
 
-TEST_F(SQLiteDBFile, NewFileIsPrivateAndHoldsUtf16)
+TEST_F(SQLiteDBFile, NewFileOfAnyNameIsPrivateAndHoldsUtf16)
 {
     m_dir.write("NEW.DB", "another file, though its name differs in case alone");
-    const mode_t before = ::umask(0);
-    CSQLiteDB db(m_dir.collPath("new.db"));
-    db.Open();
-    db.Execute(u"CREATE TABLE T (A TEXT)");
-    ::umask(before);
-    struct stat info = {};
-    ASSERT_EQ(::stat(m_dir.path("new.db").c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0600U);
-    EXPECT_EQ(queryText(db, u"PRAGMA encoding"), u"UTF-16le");
-}
-
-TEST_F(SQLiteDBFile, NamesOfAnyBytesReachTheirFile)
-{
     for (const std::string name :
-         {"a b'\"%s.db", "\xC3\xA9\xF0\x9F\x8E\xB5.db", "\xFF\xFE.db", "back\\slash.db"})
+         {"new.db", "a b'\"%s.db", "\xC3\xA9\xF0\x9F\x8E\xB5.db", "\xFF\xFE.db", "back\\slash.db"})
     {
+        const mode_t before = ::umask(0);
         CSQLiteDB db(m_dir.collPath(name));
         db.Open();
         db.Execute(u"CREATE TABLE T (A TEXT)");
+        ::umask(before);
         EXPECT_EQ(queryText(db, u"PRAGMA encoding"), u"UTF-16le") << name;
         db.Close();
-        EXPECT_GT(std::filesystem::file_size(m_dir.path(name)), 0U) << name;
+        struct stat info = {};
+        ASSERT_EQ(::stat(m_dir.path(name).c_str(), &info), 0) << name;
+        EXPECT_EQ(info.st_mode & 0777, 0600U) << name;
+        EXPECT_GT(info.st_size, 0) << name;
     }
 }
 
@@ -56,18 +49,16 @@ TEST_F(SQLiteDBFile, WhatCannotBeOpenedThrowsAndLeavesTheConnectionClosed)
     }
 }
 
-TEST_F(SQLiteDB, ClosingTwiceIsHarmless)
+TEST_F(SQLiteDB, ClosingThrowsWhileAStatementLivesAndIsHarmlessTwice)
 {
+    {
+        CSQLiteStatement statement = m_db.CompileStatement(u"SELECT 1");
+        EXPECT_EQ(thrownBy([&] { m_db.Close(); })->code(), 5);
+        m_db.Execute(u"CREATE TABLE T (A)"); // still open
+    }
     m_db.Close();
     m_db.Close();
     EXPECT_EQ(thrownBy([&] { m_db.CompileStatement(u"SELECT 1").ExecuteDML(); })->code(), 1000);
-}
-
-TEST_F(SQLiteDB, ClosingThrowsWhileAStatementLives)
-{
-    CSQLiteStatement statement = m_db.CompileStatement(u"SELECT 1");
-    EXPECT_EQ(thrownBy([&] { m_db.Close(); })->code(), 5);
-    m_db.Execute(u"CREATE TABLE T (A)"); // still open
 }
 
 TEST_F(SQLiteDB, ExecuteTakesOneStatementWithoutRows)
@@ -75,21 +66,13 @@ TEST_F(SQLiteDB, ExecuteTakesOneStatementWithoutRows)
     m_db.Execute(u"CREATE TABLE T (A INTEGER PRIMARY KEY); CREATE TABLE U (A)");
     m_db.Execute(u"INSERT INTO T VALUES (NULL)");
     EXPECT_EQ(m_db.LastInsertRowId(), 1);
-    EXPECT_NE(messageOf([&] { m_db.Execute(u"SELECT * FROM U"); }).find("no such table: U"),
-              std::string::npos);
+    EXPECT_TRUE(contains(messageOf([&] { m_db.Execute(u"SELECT * FROM U"); }), "no such table: U"));
     EXPECT_TRUE(thrownBy([&] { m_db.Execute(u"SELECT 1"); })) << "a row is a failure";
-    EXPECT_EQ(qo::toUtf8(thrownBy([&] { m_db.Execute(u"INSERT INTO T VALUES (1)"); })->sql()),
-              "INSERT INTO T VALUES (1)");
+    const auto twice = thrownBy([&] { m_db.Execute(u"INSERT INTO T VALUES (1)"); });
+    EXPECT_EQ(twice->sql(), u"INSERT INTO T VALUES (1)");
+    EXPECT_EQ(twice->code(), 19 | 6 << 8);
+    EXPECT_GE(twice->message().Find(u"[UNKNOWN_ERROR][code 1555]"), 0) << "no name of its own";
     EXPECT_EQ(queryText(m_db, u"SELECT COUNT(*) FROM T"), u"1");
-}
-
-TEST_F(SQLiteDB, ExtendedCodesHaveNoName)
-{
-    m_db.Execute(u"CREATE TABLE T (A INTEGER PRIMARY KEY)");
-    m_db.Execute(u"INSERT INTO T VALUES (1)");
-    const auto exception = thrownBy([&] { m_db.Execute(u"INSERT INTO T VALUES (1)"); });
-    EXPECT_EQ(exception->code(), 19 | 6 << 8);
-    EXPECT_GE(exception->message().Find(u"[UNKNOWN_ERROR][code 1555]"), 0);
 }
 
 TEST_F(SQLiteDB, WaitingForALockEndsWithTheTimeout)

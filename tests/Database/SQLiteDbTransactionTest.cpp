@@ -19,22 +19,19 @@ protected:
 
 TEST_F(SQLiteDbTransaction, EndsTheWayThatWasChosenLast)
 {
-    auto transaction = begin(eSQLiteEndTransaction::rollback);
-    m_db.Execute(u"INSERT INTO T VALUES (1)");
-    transaction.reset();
-    EXPECT_EQ(rowCount(), u"0");
-
-    transaction = begin(eSQLiteEndTransaction::rollback);
-    m_db.Execute(u"INSERT INTO T VALUES (1)");
-    transaction->SetCommit();
-    transaction.reset();
-    EXPECT_EQ(rowCount(), u"1");
-
-    transaction = begin(eSQLiteEndTransaction::commit);
-    m_db.Execute(u"INSERT INTO T VALUES (1)");
-    transaction->SetRollback();
-    transaction.reset();
-    EXPECT_EQ(rowCount(), u"1");
+    constexpr auto commit = eSQLiteEndTransaction::commit;
+    constexpr auto rollback = eSQLiteEndTransaction::rollback;
+    for (const auto& [first, last] :
+         {std::pair(rollback, rollback), {rollback, commit}, {commit, rollback}})
+    {
+        const CString before = rowCount();
+        auto transaction = begin(first);
+        m_db.Execute(u"INSERT INTO T VALUES (1)");
+        if (last != first)
+            last == commit ? transaction->SetCommit() : transaction->SetRollback();
+        transaction.reset();
+        EXPECT_EQ(rowCount() != before, last == commit);
+    }
 }
 
 TEST_F(SQLiteDbTransaction, KindDecidesWhenOthersAreLockedOut)

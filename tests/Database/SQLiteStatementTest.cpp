@@ -7,16 +7,18 @@ using SQLiteQueryResult = OpenDbFixture;
 
 constexpr const char* wrapperPrefix = "CSQLiteException: [SQLITE_WRAPPER_ERROR][code 1000]";
 
-TEST_F(SQLiteStatement, UnboundParametersAreNull)
+TEST_F(SQLiteStatement, TextsAreCopiedAndHaveTheirStoredLengthAndUnboundParametersAreNull)
 {
-    CSQLiteStatement statement = m_db.CompileStatement(u"SELECT ?1, ?2, ?3, ?4, ?5");
-    statement.BindText(1, u"x'; DROP TABLE T; --");
+    CSQLiteStatement statement =
+        m_db.CompileStatement(u"SELECT ?1, ?2, ?3, ?4, ?5, 12.5, '', x'61006200'");
+    statement.BindText(1, CString(u"x'; DROP TABLE T; -- ") + u"\u00E9\U0001F3B5");
     statement.BindInt(2, -7);
     statement.BindBool(3, true);
     statement.BindInt64(4, 0x7FFFFFFFFFFFFFFF);
     const CSQLiteQueryResult result = statement.ExecuteQuery();
     ASSERT_FALSE(result.Eof());
-    EXPECT_EQ(CString(result.GetTextField(0)), u"x'; DROP TABLE T; --");
+    EXPECT_EQ(CString(result.GetTextField(0)), u"x'; DROP TABLE T; -- \u00E9\U0001F3B5");
+    EXPECT_EQ(CString(result.textView(0)), u"x'; DROP TABLE T; -- \u00E9\U0001F3B5");
     EXPECT_EQ(result.GetIntField(1), -7);
     EXPECT_TRUE(result.GetBoolField(2));
     EXPECT_EQ(result.GetInt64Field(3), 0x7FFFFFFFFFFFFFFF);
@@ -25,17 +27,9 @@ TEST_F(SQLiteStatement, UnboundParametersAreNull)
     EXPECT_TRUE(result.GetBoolField(4, true));
     EXPECT_EQ(CString(result.GetTextField(4, u"none")), u"none");
     EXPECT_TRUE(result.textView(4).empty());
-}
-
-TEST_F(SQLiteStatement, BoundTextIsCopied)
-{
-    CSQLiteStatement statement = m_db.CompileStatement(u"SELECT ?1");
-    {
-        const CString text(u"gone before the call");
-        statement.BindText(1, text);
-    }
-    const CSQLiteQueryResult result = statement.ExecuteQuery();
-    EXPECT_EQ(CString(result.textView(0)), u"gone before the call");
+    EXPECT_EQ(CString(result.textView(5)), u"12.5");
+    EXPECT_TRUE(result.textView(6).empty());
+    EXPECT_EQ(CString(result.textView(7)), u"ab");
 }
 
 TEST_F(SQLiteStatement, BindingOutsideTheParametersIsARangeError)
@@ -112,14 +106,4 @@ TEST_F(SQLiteQueryResult, FailedStepFinalizesTheStatementOnce)
     m_db.Close(); // nothing is left that could hold the connection
 }
 
-TEST_F(SQLiteQueryResult, TextLengthIsThatOfTheStoredText)
-{
-    CSQLiteStatement statement = m_db.CompileStatement(u"SELECT ?1, 12.5, '', x'61006200'");
-    statement.BindText(1, u"\u00E9\U0001F3B5");
-    const CSQLiteQueryResult result = statement.ExecuteQuery();
-    EXPECT_EQ(CString(result.textView(0)), u"\u00E9\U0001F3B5");
-    EXPECT_EQ(CString(result.textView(1)), u"12.5");
-    EXPECT_TRUE(result.textView(2).empty());
-    EXPECT_EQ(CString(result.textView(3)), u"ab");
-}
 } // namespace

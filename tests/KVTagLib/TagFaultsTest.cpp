@@ -1,6 +1,7 @@
 #include "KVTagLib/AudioRegion.h"
 #include "KVTagLib/TagFiles.h"
 #include "platform/Platform.h"
+#include "support/Words.h"
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -16,20 +17,9 @@ using namespace std::string_literals;
 
 namespace
 {
-const char* const sounds[] = {"sound.mp3",
-                              "sound.flac",
-                              "sound.ogg",
-                              "sound.oga",
-                              "sound.opus",
-                              "sound.spx",
-                              "sound.m4a",
-                              "sound.wma",
-                              "sound.wav",
-                              "sound.aiff",
-                              "sound.ape",
-                              "sound.wv",
-                              "sound.mpc",
-                              "sound.tta"};
+const auto sounds =
+    wordsOf("sound.mp3 sound.flac sound.ogg sound.oga sound.opus sound.spx sound.m4a "
+            "sound.wma sound.wav sound.aiff sound.ape sound.wv sound.mpc sound.tta");
 
 std::vector<std::string> namesIn(const TempDir& folder)
 {
@@ -99,11 +89,11 @@ TEST(TagFaults, FullDiskLeavesTheFileUntouchedAndSaysSo)
     // The second has room for the tag, and the end of the sound does not fit any more.
     constexpr Row rows[] = {{100'000, 40'000, false}, {2500, 1000, false}, {2500, 1000, true}};
     const TempDir folder;
-    for (const char* name : sounds)
+    for (const std::string& name : sounds)
     {
         for (const Row& row : rows)
         {
-            SCOPED_TRACE(std::string(name) + " " + std::to_string(&row - rows));
+            SCOPED_TRACE(name + " " + std::to_string(&row - rows));
             const std::string path = copySound(folder, name);
             const std::string before = contentOf(path);
             if (row.inPlace)
@@ -146,13 +136,13 @@ TEST(TagFaults, RecordingThatWasNeverClosedIsRefused)
 TEST(TagFaults, DigestOfTheSoundSeesTheSoundAndNotTheTags)
 {
     const TempDir folder;
-    for (const char* name : sounds)
+    for (const std::string& name : sounds)
     {
         SCOPED_TRACE(name);
         const std::string path = copySound(folder, name);
         const auto format = KVTagLib::formatOfPath(qo::fromSystemPath(path));
         const KVTagLib::AudioFormat kind =
-            name == "sound.oga"s ? KVTagLib::AudioFormat::oggFlac : format;
+            name == "sound.oga" ? KVTagLib::AudioFormat::oggFlac : format;
         const auto before = digestOf(path, kind);
         ASSERT_TRUE(before);
         ASSERT_EQ(write(path, tagsOf({.title = "New", .lyrics = std::string(5000, 'x')})), "");
@@ -160,10 +150,10 @@ TEST(TagFaults, DigestOfTheSoundSeesTheSoundAndNotTheTags)
 
         const std::string base = contentOf(sound(name));
         const std::size_t place =
-            name == "sound.m4a"s ? base.find("mdat") + 100 : base.size() * 3 / 4;
+            name == "sound.m4a" ? base.find("mdat") + 100 : base.size() * 3 / 4;
         folder.write("twisted", overwritten(base, place, {static_cast<char>(~base[place])}));
         EXPECT_FALSE(digestOf(folder.path("twisted"), kind) == before);
-        folder.write("cut", base.substr(0, name == "sound.m4a"s ? place : base.size() - 10));
+        folder.write("cut", base.substr(0, name == "sound.m4a" ? place : base.size() - 10));
         EXPECT_FALSE(digestOf(folder.path("cut"), kind) == before);
     }
     const std::string base = contentOf(sound("sound.m4a"));

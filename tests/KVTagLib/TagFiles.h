@@ -74,10 +74,15 @@ inline Values valuesOf(const KVTagLib::CTags& tags)
             get(&CTags::GetLyrics)};
 }
 
+inline std::unique_ptr<KVTagLib::ITagsReader> readerFor(const std::string& path)
+{
+    return std::unique_ptr<KVTagLib::ITagsReader>(
+        KVTagLib::CTagsReaderFactory::CreateTagsReader(qo::fromSystemPath(path)));
+}
+
 inline bool readInto(const std::string& path, KVTagLib::CTags& tags)
 {
-    const std::unique_ptr<KVTagLib::ITagsReader> reader(
-        KVTagLib::CTagsReaderFactory::CreateTagsReader(qo::fromSystemPath(path)));
+    const auto reader = readerFor(path);
     return reader && reader->Read(tags, -1, -1);
 }
 
@@ -98,6 +103,21 @@ inline KVTagLib::CTags tagsOf(const Values& values)
     tags.SetTrackNumber(qo::fromUtf8(values.track));
     tags.SetYear(qo::fromUtf8(values.year));
     tags.SetLyrics(qo::fromUtf8(values.lyrics));
+    return tags;
+}
+
+/// A tag that has this field alone, as of CTags::SetTitle.
+inline KVTagLib::CTags only(void (KVTagLib::CTags::*set)(const CString&), const char16_t* text)
+{
+    KVTagLib::CTags tags;
+    (tags.*set)(text);
+    return tags;
+}
+
+/// The same tag with a sound's picture; none of tests/data is a failure of the test.
+inline KVTagLib::CTags withPicture(KVTagLib::CTags tags, const std::string& picture)
+{
+    EXPECT_TRUE(tags.AddPicture(qo::fromSystemPath(sound(picture)))) << picture;
     return tags;
 }
 

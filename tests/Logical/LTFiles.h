@@ -4,10 +4,9 @@
 #include "Physical/HDMusicFile.h"
 #include "Physical/HDPictureFile.h"
 #include "Physical/HDTextFile.h"
-#include "QoColl/Db/QoFileDbItem.h"
 #include "QoColl/Tags/SimpleMusicTag.h"
+#include "support/Records.h"
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -15,8 +14,7 @@
 /// A tag in the order of its fields: artist, album, title, genre, track number, year.
 inline boost::shared_ptr<CHDFile> makeTaggedFile(const char16_t* path, const SimpleMusicTag& tag)
 {
-    const auto item = boost::make_shared<QoFileDbItem>();
-    item->path = path;
+    const auto item = recordOf(path);
     item->artist = tag.artist;
     item->album = tag.album;
     item->title = tag.title;

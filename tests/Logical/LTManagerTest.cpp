@@ -12,6 +12,7 @@
 #include "support/Print.h"
 
 #include <sstream>
+#include <utility>
 
 namespace
 {
@@ -91,11 +92,7 @@ TEST_F(LTManager, ComparisonOfTracksGoesByTitleArtistYearAlbumAndNumber)
 {
     const SimpleMusicTag base = {u"m", u"m", u"m", u"m", u"5", u"1998"};
     const auto track = addMusic(base)->getTrack();
-    const struct
-    {
-        SimpleMusicTag tag;
-        int order;
-    } rows[] = {
+    const std::pair<SimpleMusicTag, int> rows[] = {
         {{u"M", u"M", u"M", u"other", u"05/9", u"98"}, 0},
         {{u"m", u"m", u"m", u"m", u"", u""}, 0},
         {{u"z", u"z", u"a", u"m", u"9", u"2099"}, -1},
@@ -106,12 +103,12 @@ TEST_F(LTManager, ComparisonOfTracksGoesByTitleArtistYearAlbumAndNumber)
         {{u"", u"m", u"m", u"m", u"5", u"1998"}, -1},
         {{u"m", u"m", u"", u"m", u"5", u"1998"}, -1},
     };
-    for (const auto& row : rows)
+    for (const auto& [tag, order] : rows)
     {
-        EXPECT_EQ(sign(CLTManager::compareLTTracks(&row.tag, track)), row.order);
-        const auto other = addMusic(row.tag)->getTrack();
-        EXPECT_EQ(sign(CLTManager::compareLTTracks(other, track)), row.order);
-        EXPECT_EQ(CLTManager::compareLTObjects(track, other), row.order == 0);
+        EXPECT_EQ(sign(CLTManager::compareLTTracks(&tag, track)), order);
+        const auto other = addMusic(tag)->getTrack();
+        EXPECT_EQ(sign(CLTManager::compareLTTracks(other, track)), order);
+        EXPECT_EQ(CLTManager::compareLTObjects(track, other), order == 0);
         EXPECT_FALSE(CLTManager::compareLTObjects(track, other->getGenre()));
     }
 }

@@ -2,10 +2,9 @@
 
 #include "Physical/HDMusicFile.h"
 #include "QoColl/Collection/QoUtils.h"
-#include "QoColl/Db/QoFileDbItem.h"
 #include "support/Print.h"
+#include "support/Records.h"
 
-#include <boost/make_shared.hpp>
 #include <boost/smart_ptr/weak_ptr.hpp>
 #include <gtest/gtest.h>
 
@@ -22,13 +21,10 @@ Dir makeDir(const CString& path, const Dir& parent = CHDDirectory::NullDir)
     return CHDDirectory::createDir(CQoCollPath(path), parent);
 }
 
-File makeFile(const CString& path, const Dir& dir = CHDDirectory::NullDir)
+File makeFile(const CString& path, const Dir& dir)
 {
-    const auto item = boost::make_shared<QoFileDbItem>();
-    item->path = path;
-    const File file = CHDFile::createHDFile(item);
-    if (dir)
-        CHDDirectory::addFile(dir, file);
+    const File file = fileOf(path);
+    CHDDirectory::addFile(dir, file);
     return file;
 }
 
@@ -48,20 +44,15 @@ protected:
 };
 } // namespace
 
-TEST_F(HDDirectory, RootIsTheOneWithoutParent)
+TEST_F(HDDirectory, AnswersCoverTheWholeTreeOwnFilesAheadOfThoseBelow)
 {
     EXPECT_TRUE(root->isRootDir());
     EXPECT_FALSE(b->isRootDir());
     EXPECT_EQ(CQoUtils::getRootDir(b), root);
     EXPECT_EQ(CQoUtils::getRootDir(boost::shared_ptr<CHDObject>(song)), root);
     EXPECT_EQ(CQoUtils::getDir(song), b);
-    EXPECT_EQ(CQoUtils::getDir(b), b);
-    EXPECT_EQ(CQoUtils::getDir(makeFile(u"C:\\m\\loose.mp3")), CHDDirectory::NullDir);
+    EXPECT_EQ(CQoUtils::getDir(fileOf(u"C:\\m\\loose.mp3")), CHDDirectory::NullDir);
     EXPECT_EQ(makeDir(u"D:\\")->getShortName(), u"D:");
-}
-
-TEST_F(HDDirectory, CountsAndQuestionsCoverTheWholeTree)
-{
     EXPECT_EQ(root->getItemCount(), 3);
     EXPECT_EQ(root->getRecItemCount(), 6);
     EXPECT_EQ(root->getRecFileCount(), 3);
@@ -69,41 +60,27 @@ TEST_F(HDDirectory, CountsAndQuestionsCoverTheWholeTree)
     EXPECT_FALSE(c->hasMusicFilesRec());
     EXPECT_FALSE(root->isEmpty());
     EXPECT_TRUE(c->isEmpty());
+    makeDir(u"C:\\m\\c\\f\\g", makeDir(u"C:\\m\\c\\f", c));
+    EXPECT_TRUE(c->isEmpty()) << "folders alone";
 
-    const Dir nested = makeDir(u"C:\\e");
-    makeDir(u"C:\\e\\f\\g", makeDir(u"C:\\e\\f", nested));
-    EXPECT_TRUE(nested->isEmpty());
-    CQoUtils::releaseHDDir(nested);
-}
-
-TEST_F(HDDirectory, ListsOwnFilesAheadOfThoseBelow)
-{
     CPtrListT<CHDFile> files;
     root->getAllFiles(files);
-    ASSERT_EQ(files.GetSize(), 3);
-    EXPECT_EQ(files[0], text);
-    EXPECT_EQ(files[1], picture);
-    EXPECT_EQ(files[2], song);
+    EXPECT_EQ(std::vector<File>(files.begin(), files.end()),
+              (std::vector<File>{text, picture, song}));
     CPtrListT<CHDMusicFile> music;
     root->getAllMusicFiles(music);
     ASSERT_EQ(music.GetSize(), 1);
     EXPECT_EQ(music[0], song);
 }
 
-TEST_F(HDDirectory, SecondDirectoryOfSameNameInOtherCaseIsNotAdded)
+TEST_F(HDDirectory, SecondOfTheSameNameInOtherCaseStaysOutside)
 {
-    const Dir twin = makeDir(u"C:\\m\\A", root);
-    EXPECT_TRUE(twin->isRootDir());
+    EXPECT_TRUE(makeDir(u"C:\\m\\A", root)->isRootDir());
     EXPECT_EQ(root->getSubDirs().GetSize(), 2);
     EXPECT_EQ(makeDir(u"c:\\M\\own", root)->toString(true), u"c:\\M\\own");
     EXPECT_EQ(root->getSubDir(CQoCollPath(u"c:\\M\\A")), a);
     EXPECT_EQ(root->getSubDir(CQoCollPath(u"C:\\m\\x")), CHDDirectory::NullDir);
-}
-
-TEST_F(HDDirectory, SecondFileOfSamePathInOtherCaseStaysOutside)
-{
-    const File twin = makeFile(u"c:\\M\\NOTES.txt", root);
-    EXPECT_FALSE(twin->getParentDir());
+    EXPECT_FALSE(makeFile(u"c:\\M\\NOTES.txt", root)->getParentDir());
     EXPECT_EQ(root->getFile(u"C:\\M\\notes.TXT"), text);
     EXPECT_FALSE(root->getFile(u"C:\\m\\other.txt"));
 }
@@ -130,15 +107,6 @@ TEST_F(HDDirectory, RemovedSubDirectoryHasNoParent)
     CQoUtils::releaseHDDir(a);
 }
 
-TEST_F(HDDirectory, ResetsTheCheckMarksOfAllBelow)
-{
-    song->setCheckState(CQoCheckState::CS_Checked);
-    b->setCheckState(CQoCheckState::CS_Mixed);
-    root->resetCheckStateRec();
-    EXPECT_TRUE(song->isNotChecked());
-    EXPECT_TRUE(b->isNotChecked());
-}
-
 TEST(HDDirectoryOrder, FilesComeSortedWhateverTheOrderOfAdding)
 {
     std::vector<File> files;
@@ -146,7 +114,7 @@ TEST(HDDirectoryOrder, FilesComeSortedWhateverTheOrderOfAdding)
     {
         CString path;
         path.Format(u"C:\\m\\%c%03d.mp3", i % 2 ? u'A' : u'a', i);
-        files.push_back(makeFile(path));
+        files.push_back(fileOf(path));
     }
     std::shuffle(files.begin(), files.end(), std::mt19937(3)); // NOLINT: the same run every time
     const Dir dir = makeDir(u"C:\\m");
@@ -170,7 +138,10 @@ TEST(HDDirectoryRelease, FreesTheWholeTreeHoweverDeep)
     const File file = makeFile(u"C:\\x\\song.mp3", dir);
     EXPECT_EQ(root->getRecItemCount(), depth + 1);
     EXPECT_TRUE(root->hasMusicFilesRec());
+    file->setCheckState(CQoCheckState::CS_Checked);
+    dir->setCheckState(CQoCheckState::CS_Mixed);
     root->resetCheckStateRec();
+    EXPECT_TRUE(file->isNotChecked() && dir->isNotChecked());
     root->clearFilesLTObjectsRec();
 
     const boost::weak_ptr<CHDDirectory> deepest = dir;
@@ -182,20 +153,4 @@ TEST(HDDirectoryRelease, FreesTheWholeTreeHoweverDeep)
     EXPECT_TRUE(deepest.expired());
     EXPECT_FALSE(file->getParentDir());
     EXPECT_EQ(root.use_count(), 1);
-}
-
-TEST(HDDirectoryRelease, OneFolderWithManyFilesIsFreed)
-{
-    const Dir dir = makeDir(u"C:\\m");
-    boost::weak_ptr<CHDFile> one;
-    for (int i = 0; i < 20000; ++i)
-    {
-        CString path;
-        path.Format(u"C:\\m\\%06d.mp3", i);
-        one = makeFile(path, dir);
-    }
-    ASSERT_EQ(dir->getFiles().GetSize(), 20000);
-    CQoUtils::releaseHDDir(dir);
-    EXPECT_TRUE(one.expired());
-    EXPECT_EQ(dir.use_count(), 1);
 }

@@ -3,62 +3,38 @@
 #include "Physical/HDMusicFile.h"
 #include "Physical/HDOfflineFile.h"
 #include "Physical/HDSearchResult.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "common/types/StringArray.h"
 #include "support/Print.h"
+#include "support/Records.h"
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
-namespace
-{
-boost::shared_ptr<QoFileDbItem> makeItem(const CString& path)
-{
-    auto item = boost::make_shared<QoFileDbItem>();
-    item->path = path;
-    return item;
-}
-
-boost::shared_ptr<CHDFile> makeFile(const CString& path)
-{
-    return CHDFile::createHDFile(makeItem(path));
-}
-} // namespace
+#include <utility>
 
 TEST(HDFile, ClassFollowsTheExtensionWithoutRegardToCase)
 {
-    const struct
+    const std::pair<const char16_t*, CHDFile::EHDFileType> rows[] = {
+        {u"a.MP3 a.webm .mp3", CHDFile::FT_Music},
+        {u"a.Jpg a.gif a.bmp a.PNG", CHDFile::FT_Picture},
+        {u"a.TXT a.pdf", CHDFile::FT_Text},
+        {u"a.jpeg mp3 a.mp3.bak a.asf a.", CHDFile::FT_Other}};
+    for (const auto& [names, type] : rows)
     {
-        const char16_t* name;
-        CHDFile::EHDFileType type;
-    } rows[] = {{u"a.MP3", CHDFile::FT_Music},
-                {u"a.webm", CHDFile::FT_Music},
-                {u"a.Jpg", CHDFile::FT_Picture},
-                {u"a.gif", CHDFile::FT_Picture},
-                {u"a.bmp", CHDFile::FT_Picture},
-                {u"a.PNG", CHDFile::FT_Picture},
-                {u"a.jpeg", CHDFile::FT_Other},
-                {u"a.TXT", CHDFile::FT_Text},
-                {u"a.pdf", CHDFile::FT_Text},
-                {u"mp3", CHDFile::FT_Other},
-                {u"a.mp3.bak", CHDFile::FT_Other},
-                {u".mp3", CHDFile::FT_Music},
-                {u"a.asf", CHDFile::FT_Other},
-                {u"a.", CHDFile::FT_Other}};
-    for (const auto& row : rows)
-    {
-        const auto file = makeFile(CString(u"C:\\m\\") + row.name);
-        EXPECT_EQ(file->getFileType(), row.type) << testing::PrintToString(CString(row.name));
-        EXPECT_EQ(dynamic_cast<const CHDMusicFile*>(file.get()) != nullptr,
-                  row.type == CHDFile::FT_Music);
-        EXPECT_EQ(file->hasMusicFilesRec(), row.type == CHDFile::FT_Music);
-        EXPECT_TRUE(file->isFile());
-        EXPECT_FALSE(file->getLTAssoc(CLTObjectType::Track));
+        for (const CString& name : CStringArray::split(names, u' '))
+        {
+            const auto file = fileOf(u"C:\\m\\" + name);
+            const bool isMusic = type == CHDFile::FT_Music;
+            EXPECT_EQ(file->getFileType(), type) << testing::PrintToString(name);
+            EXPECT_EQ(dynamic_cast<const CHDMusicFile*>(file.get()) != nullptr, isMusic);
+            EXPECT_EQ(file->hasMusicFilesRec(), isMusic);
+            EXPECT_FALSE(file->getLTAssoc(CLTObjectType::Track));
+        }
     }
 }
 
 TEST(HDFile, TitleStaysWhenTheRecordGetsAnotherPath)
 {
-    const auto file = makeFile(u"\\\\lplugin:x\\A\\B\\50%% a%1b.mp3");
+    const auto file = fileOf(u"\\\\lplugin:x\\A\\B\\50%% a%1b.mp3");
     EXPECT_EQ(file->getFileTitle(), u"50% a\\b");
     EXPECT_EQ(file->getFileName(), u"50% a\\b.mp3");
     EXPECT_EQ(file->getExt(), u"mp3");
@@ -70,7 +46,7 @@ TEST(HDFile, TitleStaysWhenTheRecordGetsAnotherPath)
 
 TEST(HDFile, RecordTextsByAtomTypeAndByLogicalType)
 {
-    const auto file = makeFile(u"C:\\a.mp3");
+    const auto file = fileOf(u"C:\\a.mp3");
     QoFileDbItem& item = *file->getDbItem();
     item.artist = u"artist";
     item.album = u"album";
@@ -101,7 +77,7 @@ TEST(HDFile, RecordTextsByAtomTypeAndByLogicalType)
 
 TEST(HDFile, PodcastAndLongStreamAreToldByTheParameters)
 {
-    const auto file = boost::static_pointer_cast<CHDMusicFile>(makeFile(u"C:\\a.mp3"));
+    const auto file = boost::static_pointer_cast<CHDMusicFile>(fileOf(u"C:\\a.mp3"));
     EXPECT_FALSE(file->isPodcast());
     EXPECT_FALSE(file->isLongStream());
     file->getDbItem()->params = u"1:32\n30:5\n";
@@ -114,14 +90,14 @@ TEST(HDFile, PodcastAndLongStreamAreToldByTheParameters)
 
 TEST(HDMusicFile, TagHoldsTheRecordAsTheFilesOwnUntilTheNextTakeOver)
 {
-    const auto item = makeItem(u"C:\\a.mp3");
+    const auto item = recordOf(u"C:\\a.mp3");
     item->artist = u"Ann";
     item->flags |= qo::fileFlag::video;
     const auto file = boost::static_pointer_cast<CHDMusicFile>(CHDFile::createHDFile(item));
     EXPECT_EQ(file->getAudioVideoType(), CHDFile::AV_Video);
     item->flags &= ~qo::fileFlag::mediaMask;
     EXPECT_EQ(file->getAudioVideoType(), CHDFile::AV_Audio);
-    EXPECT_EQ(makeFile(u"C:\\a.txt")->getAudioVideoType(), CHDFile::AV_None);
+    EXPECT_EQ(fileOf(u"C:\\a.txt")->getAudioVideoType(), CHDFile::AV_None);
 
     file->setLTAssocToDbFileItem(CLTObjectType::Artist, u"Found");
     EXPECT_EQ(file->getTag().getArtist(), u"Ann");
@@ -132,7 +108,7 @@ TEST(HDMusicFile, TagHoldsTheRecordAsTheFilesOwnUntilTheNextTakeOver)
 
 TEST(HDOfflineFile, HasNoClassByItsExtension)
 {
-    const auto item = makeItem(u"C:\\m\\a.b.mp3");
+    const auto item = recordOf(u"C:\\m\\a.b.mp3");
     const auto file = CHDOfflineFile::createHDOfflineFile(item);
     EXPECT_EQ(file->getFileTitle(), u"a.b");
     EXPECT_FALSE(file->hasMusicFilesRec());
@@ -157,7 +133,7 @@ TEST(HDSearchResult, ClipIsNamedUpToTheFirstUnderscoreBehindTheSource)
                 {u"tube::_3", u"tube::", 3, u"tube"}};
     for (const auto& row : rows)
     {
-        const auto item = makeItem(CString(u"\\\\sresult:web\\") + row.name);
+        const auto item = recordOf(CString(u"\\\\sresult:web\\") + row.name);
         const auto result = CHDSearchResult::createSearchResult(item);
         int index = -1;
         EXPECT_EQ(result->getClipUID(), row.uid);
@@ -170,7 +146,7 @@ TEST(HDSearchResult, ClipIsNamedUpToTheFirstUnderscoreBehindTheSource)
 
 TEST(HDSearchResult, TitleAndKindAreThoseOfItsMaking)
 {
-    const auto item = makeItem(u"\\\\sresult:web\\tube::abc");
+    const auto item = recordOf(u"\\\\sresult:web\\tube::abc");
     item->title = u"Clip";
     item->params = u"1:2\n39:<x>1:2</x>\n";
     item->flags = qo::fileFlag::video;

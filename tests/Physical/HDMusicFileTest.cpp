@@ -9,10 +9,9 @@
 #include "Logical/LTTrack.h"
 #include "Physical/HDPictureFile.h"
 #include "Physical/HDTextFile.h"
-#include "QoColl/Db/QoFileDbItem.h"
 #include "support/Print.h"
+#include "support/Records.h"
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 namespace
@@ -20,9 +19,7 @@ namespace
 template <class FILE>
 boost::shared_ptr<FILE> makeFile(const CString& path)
 {
-    const auto item = boost::make_shared<QoFileDbItem>();
-    item->path = path;
-    return boost::dynamic_pointer_cast<FILE>(CHDFile::createHDFile(item));
+    return boost::dynamic_pointer_cast<FILE>(fileOf(path));
 }
 
 /// A track with everything, and files of each kind. Links are set at the ends that are read only,

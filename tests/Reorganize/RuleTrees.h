@@ -5,10 +5,10 @@
 #include "Reorganize/JingleSeperateRule.h"
 #include "Reorganize/ReorganizeRuleNodes.h"
 #include "Reorganize/ReorganizeUtils.h"
+#include "common/types/StringArray.h"
 #include "support/Print.h"
 
 #include <random>
-#include <string>
 
 /// All of a rule but its name and m_prio in one text, node by node in the order of the walk, with
 /// each node's depth. Fails the test where a parent is not the inverse of a link.
@@ -64,28 +64,11 @@ private:
     /// With all that XML, UTF-8 and the library's writer may stumble over.
     CString text()
     {
-        static constexpr const char16_t* pieces[] = {u"a",
-                                                     u" ",
-                                                     u"\"",
-                                                     u"'",
-                                                     u"<b>",
-                                                     u"&",
-                                                     u"&#x",
-                                                     u"&#x41;",
-                                                     u";",
-                                                     u"\n",
-                                                     u"\x1",
-                                                     u"é",
-                                                     u"\U0001F3B5",
-                                                     u"]]>",
-                                                     u"{",
-                                                     u"\\",
-                                                     u"--",
-                                                     u"\xFEFF",
-                                                     u"\xFFFE"};
+        static const CStringArray pieces = CStringArray::split(
+            u"a| |\"|'|<b>|&|&#x|&#x41;|;|\n|\x1|é|\U0001F3B5|]]>|{|\\|--|\xFEFF|\xFFFE", u'|');
         CString text;
         for (int i = below(6); i > 0; --i)
-            text += pieces[below(std::size(pieces))];
+            text += pieces[below(pieces.GetSize())];
         return text;
     }
     void fillPattern(CNSNamePattern& pattern)

@@ -3,8 +3,9 @@
 #include "Logical/LTFiles.h"
 #include "QoColl/Db/VelmoraFileParamsUtils.h"
 #include "Reorganize/RuleTrees.h"
+#include "support/Words.h"
 
-#include <memory>
+#include <tuple>
 
 namespace
 {
@@ -29,65 +30,27 @@ TEST_F(SeperateRule, OutputsHaveNumbersAndNames)
     const CArtistTracksSeperateRule artist(-3);
     const CAlbumTracksSeperateRule album(5);
     const CJingleSeperateRule jingle;
-    struct Case
+    const std::tuple<const CSeperateRule&, int, const char*> cases[] = {
+        {artist, 0, "MoreEqualTracks LessTracks NoArtist"},
+        {album, 1, "MoreEqualTracks LessTracks NoAlbum"},
+        {jingle, 0, "NotJingle Jingle"}};
+    for (const auto& [rule, first, names] : cases)
     {
-        const CSeperateRule& rule;
-        int index;
-        int type;
-        const char16_t* name;
-    };
-    const Case cases[] = {
-        {artist, 0, 0, u"MoreEqualTracks"},
-        {artist, 1, 1, u"LessTracks"},
-        {artist, 2, 2, u"NoArtist"},
-        {artist, 3, -1, u""},
-        {album, 0, 1, u"MoreEqualTracks"},
-        {album, 1, 2, u"LessTracks"},
-        {album, 2, 3, u"NoAlbum"},
-        {album, -1, -1, u""},
-        {jingle, 0, 0, u"NotJingle"},
-        {jingle, 1, 1, u"Jingle"},
-        {jingle, 2, -1, u"NoArtist"},
-        {jingle, 2, -1, u"jingle"},
-    };
-    for (const Case& each : cases)
-    {
-        EXPECT_EQ(each.rule.getOutputType(each.index), each.type);
-        EXPECT_EQ(each.rule.getOutputType(CString(each.name)), each.type) << each.rule.m_type;
-        const CString name = each.rule.getOutputName(each.type);
-        EXPECT_EQ(name, each.type == -1 ? u"" : each.name);
+        int index = 0;
+        for (const std::string& name : wordsOf(names))
+        {
+            EXPECT_EQ(rule.getOutputType(index), first + index) << name;
+            EXPECT_EQ(rule.getOutputType(qo::fromUtf8(name)), first + index) << name;
+            EXPECT_EQ(rule.getOutputName(first + index), qo::fromUtf8(name));
+            ++index;
+        }
+        EXPECT_EQ(rule.getOutputCount(), index);
+        for (const int none : {-1, index})
+            EXPECT_EQ(rule.getOutputType(none), -1);
+        for (const char16_t* none : {u"", u"jingle", u"Artist"})
+            EXPECT_EQ(rule.getOutputType(CString(none)), -1);
+        EXPECT_EQ(rule.getOutputName(-1), u"");
     }
-    EXPECT_EQ(artist.getOutputCount() + album.getOutputCount(), 6);
-    EXPECT_EQ(jingle.getOutputCount(), 2);
-}
-
-TEST_F(SeperateRule, RulesShowThemselvesAndTheirCopies)
-{
-    const CArtistTracksSeperateRule artist(-3);
-    const CAlbumTracksSeperateRule album(5);
-    const CJingleSeperateRule jingle;
-    const CSeperateRule* const rules[] = {&artist, &album, &jingle};
-    const char16_t* const texts[] = {u"m_trackLimit=-3, ", u"m_trackLimit=5, ", u""};
-    for (int i = 0; i < CSeperateRule::getTypesCount(); ++i)
-    {
-        const std::unique_ptr<CSeperateRule> copy(rules[i]->clone());
-        EXPECT_EQ(copy->m_type, CSeperateRule::getType(i));
-        EXPECT_EQ(copy->toString(false), texts[i]);
-    }
-
-    CSubdirRule folder;
-    CReorganizeUtils::parseAttributesString(u"a{time.us}", &folder.m_pattern);
-    EXPECT_EQ(folder.toString(false), u"keepOriginal=1, pattern=aTimeStartHMUS");
-    CRenameRule name(CRenameRule::Lyrics);
-    name.m_pattern.copyFrom(folder.m_pattern);
-    const std::unique_ptr<CRenameRule> copy(name.clone());
-    EXPECT_EQ(copy->toString(false),
-              u"type = Lyrics, keepOriginal=1, keepOriginalIfAttribEmpty=0, "
-              u"pattern=aTimeStartHMUS");
-    EXPECT_EQ(CRenameRule::getType(u"Picture"), CRenameRule::Picture);
-    EXPECT_EQ(CRenameRule::getType(u"picture"), 0);
-    EXPECT_EQ(CRenameRule::getTypeName(CRenameRule::InvalidType), u"InvalidType");
-    EXPECT_EQ(CRenameRule::getAllAllowedTypes(), 7);
 }
 
 TEST_F(SeperateRule, FilesGoByTheTracksOfTheirArtistAndAlbum)

@@ -1,11 +1,11 @@
 #include "common/CollPath.h"
 
-#include "common/PathsInfoMap.h"
 #include "support/Print.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
+#include <utility>
 
 namespace
 {
@@ -19,31 +19,27 @@ CString shapeOf(const CQoCollPath& path)
 
 TEST(CollPath, TextsParseByTheirForm)
 {
-    struct Case
+    const std::pair<const char16_t*, const char16_t*> cases[] = {
+        {u"C:\\dir\\file.mp3", u"1|C:|dir|file.mp3"},
+        {u"C:", u"1|C:|"},
+        {u"C:\\", u"1|C:|"},
+        {u"C:\\dir\\", u"1|C:|dir"},
+        {u"C:\\a\\\\b\\c", u"1|C:|a\\\\b|c"},
+        {u"\\\\server\\x", u"2|\\\\server|x"},
+        {u"\\\\usb:ABC\\dir", u"3|ABC|dir"},
+        {u"\\\\USB:A%1B\\100%%\\x%zy", u"3|A\\B|100%|xzy"},
+        {u"\\\\pplugin:a:b\\c", u"5|a:b|c"},
+        {u"\\\\share:7\\C:\\x", u"8|7|C:|x"},
+        {u"\\\\foo:bar\\x", u"0||"},
+        {u"\\\\", u"0||"},
+        {u"\\\\\\x", u"0||"},
+        {u"C", u"0||"},
+        {u"dir\\file", u"0||"},
+        {u"", u"0||"}};
+    for (const auto& [text, shape] : cases)
     {
-        const char16_t* text;
-        const char16_t* shape;
-    };
-    const Case cases[] = {{u"C:\\dir\\file.mp3", u"1|C:|dir|file.mp3"},
-                          {u"C:", u"1|C:|"},
-                          {u"C:\\", u"1|C:|"},
-                          {u"C:\\dir\\", u"1|C:|dir"},
-                          {u"C:\\a\\\\b\\c", u"1|C:|a\\\\b|c"},
-                          {u"\\\\server\\x", u"2|\\\\server|x"},
-                          {u"\\\\usb:ABC\\dir", u"3|ABC|dir"},
-                          {u"\\\\USB:A%1B\\100%%\\x%zy", u"3|A\\B|100%|xzy"},
-                          {u"\\\\pplugin:a:b\\c", u"5|a:b|c"},
-                          {u"\\\\share:7\\C:\\x", u"8|7|C:|x"},
-                          {u"\\\\foo:bar\\x", u"0||"},
-                          {u"\\\\", u"0||"},
-                          {u"\\\\\\x", u"0||"},
-                          {u"C", u"0||"},
-                          {u"dir\\file", u"0||"},
-                          {u"", u"0||"}};
-    for (const Case& c : cases)
-    {
-        EXPECT_EQ(shapeOf(CQoCollPath(c.text)), CString(c.shape));
-        EXPECT_EQ(CQoCollPath::typeOf(c.text), CQoCollPath(c.text).getType());
+        EXPECT_EQ(shapeOf(CQoCollPath(text)), CString(shape));
+        EXPECT_EQ(CQoCollPath::typeOf(text), CQoCollPath(text).getType());
     }
     EXPECT_EQ(CQoCollPath(u"C:").toString(), CString(u"C:\\"));
     EXPECT_EQ(shapeOf(CQoCollPath(u"a\\b", true)), CString(u"0||a|b"));
@@ -94,27 +90,4 @@ TEST(CollPath, TracksKeepTheirThreePlaces)
     EXPECT_EQ(track.toString(), CString(u"\\\\lplugin:web\\ \\Album\\Title.mp3"));
     EXPECT_EQ(track.getFirst(), CString());
     EXPECT_EQ(track.getSecond(), CString(u"Album"));
-}
-
-TEST(CollPath, DifferencesAreTakenFromTheNewListFirst)
-{
-    qo::CollPathArray now;
-    qo::CollPathArray before;
-    qo::CollPathArray added;
-    qo::CollPathArray removed;
-    now.Add(CQoCollPath(u"C:\\a"));
-    now.Add(CQoCollPath(u"C:\\b"));
-    before.Add(CQoCollPath(u"C:\\B"));
-    before.Add(CQoCollPath(u"C:\\c"));
-    qo::diffPathArrays(now, before, added, removed);
-    EXPECT_EQ(qo::joinPaths(added), CString(u"C:\\a"));
-    EXPECT_EQ(qo::joinPaths(removed), CString(u"C:\\c"));
-}
-
-TEST(PathsInfoMap, UnknownFoldersHoldMusicInTheirAudioFiles)
-{
-    CQoPathsInfoMap map;
-    map.SetAt(u"C:\\Films", CQoPathInfo::nothingIsMusic);
-    EXPECT_EQ(map.getType(u"C:\\Films"), CQoPathInfo::nothingIsMusic);
-    EXPECT_EQ(map.getType(u"C:\\Music"), CQoPathInfo::audioIsMusic);
 }

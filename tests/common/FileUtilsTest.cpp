@@ -6,12 +6,13 @@
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
 #include "support/Print.h"
+#include "support/ScopedVariable.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <utility>
 
 TEST(FileUtils, NamesAndPathsArePutTogether)
 {
@@ -57,9 +58,7 @@ TEST(FileUtils, TheRootTheHomeFolderAndMountPointsAreNotRemovedUnderAnyName)
     const TempDir dir;
     dir.write("home/inner/file", "x");
     ASSERT_EQ(::symlink("home", dir.path("link").c_str()), 0);
-    const char* const old = std::getenv("HOME");
-    const std::string oldHome = old ? old : "";
-    ::setenv("HOME", dir.path("link").c_str(), 1);
+    const ScopedVariable variable("HOME", dir.path("link"));
     const CString home = dir.collPath("home");
     const CString names[] = {u"C:\\",
                              u"C:\\\\",
@@ -73,7 +72,6 @@ TEST(FileUtils, TheRootTheHomeFolderAndMountPointsAreNotRemovedUnderAnyName)
         EXPECT_FALSE(CFileUtils::RemoveDirectoryRec(name)) << qo::toUtf8(name);
     EXPECT_TRUE(CFileUtils::RemoveDirectoryRec(dir.collPath("link"))) << "a link is no folder";
     EXPECT_EQ(dir.read("home/inner/file"), "x");
-    ::setenv("HOME", oldHome.c_str(), 1);
 }
 
 TEST(FileUtils, OneFolderIsMadeButNotItsParents)
@@ -88,26 +86,21 @@ TEST(FileUtils, OneFolderIsMadeButNotItsParents)
 
 TEST(StdioFileEx, LinesComeWithoutMarkAndLineEnd)
 {
-    struct Case
-    {
-        const char* name;
-        std::string bytes;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"utf8 with mark", "\xEF\xBB\xBF\xC3\xA9t\xC3\xA9\r\nzwei\n\nlast"},
         {"utf8 without", "\xC3\xA9t\xC3\xA9\nzwei\r\n\nlast"},
         {"utf16",
          std::string("\xFF\xFE\xE9\0t\0\xE9\0\r\0\n\0z\0w\0e\0i\0\n\0\n\0l\0a\0s\0t\0", 32)}};
-    for (const Case& c : cases)
+    for (const auto& [name, bytes] : cases)
     {
         const TempDir dir;
-        dir.write("text", c.bytes);
+        dir.write("text", bytes);
         CStdioFileEx file;
         ASSERT_TRUE(file.Open(dir.collPath("text"), CStdioFileEx::modeRead));
         CStringArray lines;
         for (CString line; file.ReadString(line);)
             lines.Add(line);
-        EXPECT_EQ(lines.join(u"|"), CString(u"\u00E9t\u00E9|zwei||last")) << c.name;
+        EXPECT_EQ(lines.join(u"|"), CString(u"\u00E9t\u00E9|zwei||last")) << name;
     }
 }
 

@@ -89,6 +89,7 @@ TEST_F(Settings, CollectionFoldersKeepTheirKinds)
     CQoPaths::getMusicCollectionDirs(stored, &kinds);
     EXPECT_EQ(kinds.getType(u"C:\\Films"), CQoPathInfo::audioIsMusic)
         << "an unknown kind is the default";
+    EXPECT_EQ(kinds.getType(u"C:\\elsewhere"), CQoPathInfo::audioIsMusic);
 }
 
 TEST_F(Settings, OutputFoldersTellTheirMediaType)

@@ -18,11 +18,8 @@ TEST(DriveMap, NamesHaveOneCollectionFormAndComeBack)
         {"/", u"C:\\"},
         {"/home/ann/Music", u"C:\\home\\ann\\Music"},
         {"//home///ann/", u"C:\\home\\ann"},
-        {"/back\\slash", u"C:\\back\uF05Cslash"},
         {"/line\nfeed\ttab", u"C:\\line\uF00Afeed\uF009tab"},
-        {"/caf\xC3\xA9", u"C:\\caf\u00E9"},
         {"/latin1 \xE9", u"C:\\latin1 \uF0E9"},
-        {"/\xF0\x9F\x8E\xB5", u"C:\\\U0001F3B5"},
         {"/over\xC0\xAFlong", u"C:\\over\uF0C0\uF0AFlong"},
         {"/half\xED\xA0\x80", u"C:\\half\uF0ED\uF0A0\uF080"},
         // A name that already holds a character of the block.

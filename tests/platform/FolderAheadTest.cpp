@@ -3,9 +3,11 @@
 #include "QoColl/Collection/FileFinder.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
+#include "support/Contains.h"
 #include "support/OrdinaryUser.h"
 #include "support/Print.h"
 #include "support/TempDir.h"
+#include "support/Words.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -143,19 +145,10 @@ std::string walk(const std::vector<CString>& starts)
 /// A tree with all that a walk treats in its own way; gives where walks of it start.
 std::vector<CString> makeTree(const TempDir& dir)
 {
-    for (const char* name : {"one/A/1/x",
-                             "one/A/2/x",
-                             "one/b/deep/er/still/x",
-                             "one/caf\xE9/back\\slash/x",
-                             "one/.Trash-1000/files/x",
-                             "one/m/Trash/files/x",
-                             "one/m/Trash/info/x",
-                             "one/m/n/o/x",
-                             "one/own/qodb",
-                             "one/shut/x",
-                             "one/top",
-                             "two/x",
-                             "outside/in/x"})
+    for (const std::string& name :
+         wordsOf("one/A/1/x one/A/2/x one/b/deep/er/still/x one/caf\xE9/back\\slash/x "
+                 "one/.Trash-1000/files/x one/m/Trash/files/x one/m/Trash/info/x one/m/n/o/x "
+                 "one/own/qodb one/shut/x one/top two/x outside/in/x"))
         dir.write(name, "x");
     dir.makeFolder("two/empty");
     const std::pair<const char*, const char*> links[] = {{"..", "one/A/up"},
@@ -193,7 +186,7 @@ TEST(FolderAhead, WalksFindWhatTheyWouldFindAlone)
     ASSERT_EQ(::chmod(dir.path("one/shut").c_str(), 0), 0);
     const OrdinaryUser user(dir.path());
     const std::string alone = walk(starts);
-    EXPECT_NE(alone.find("deep\\er\\still\\x"), std::string::npos);
+    EXPECT_TRUE(contains(alone, "deep\\er\\still\\x"));
     for (const auto& c : cases)
     {
         SCOPED_TRACE(c.name);

@@ -3,42 +3,12 @@
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "support/Print.h"
+#include "support/ScopedVariable.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-
-namespace
-{
-/// Sets a variable of the environment for one test.
-class ScopedVariable
-{
-public:
-    ScopedVariable(const char* name, const std::string& value) : m_name(name)
-    {
-        const char* old = std::getenv(name);
-        m_old = old ? old : "";
-        m_had = old != nullptr;
-        ::setenv(name, value.c_str(), 1);
-    }
-    ~ScopedVariable()
-    {
-        if (m_had)
-            ::setenv(m_name, m_old.c_str(), 1);
-        else
-            ::unsetenv(m_name);
-    }
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
-
-private:
-    const char* m_name;
-    std::string m_old;
-    bool m_had;
-};
-} // namespace
 
 TEST(SpecialFolders, FollowTheConventionsAndIgnoreRelativeValues)
 {
@@ -63,18 +33,4 @@ TEST(SpecialFolders, FollowTheConventionsAndIgnoreRelativeValues)
                                   home.collPath("Documents"),
                                   CString(u"C:\\srv\\papers")})
         EXPECT_NE(std::find(all.begin(), all.end(), folder), all.end()) << qo::toUtf8(folder);
-}
-
-TEST(SpecialFolders, OneBaseHoldsThemAll)
-{
-    const TempDir base;
-    qo::ISpecialFolders& folders = qo::specialFolders();
-    folders.setBase(base.collPath());
-    EXPECT_EQ(folders.data(), base.collPath());
-    EXPECT_EQ(folders.state(), base.collPath("state"));
-    EXPECT_EQ(folders.cache(), base.collPath("cache"));
-    EXPECT_EQ(folders.music(), base.collPath("Music"));
-    EXPECT_EQ(folders.videos(), base.collPath("Videos"));
-    folders.setBase(CString());
-    EXPECT_NE(folders.data(), base.collPath());
 }

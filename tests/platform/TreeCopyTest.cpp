@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -20,23 +19,27 @@ int countEntries(const std::string& folder)
     return static_cast<int>(std::distance(fs::directory_iterator(folder), {}));
 }
 
-void makeTree(const TempDir& dir)
+class TreeCopy : public testing::Test
 {
-    dir.write("from/a/1", std::string(700'000, 'x'));
-    dir.write("from/a/2", "");
-    dir.makeFolder("from/empty");
-    fs::create_symlink("a/1", dir.path("from/link"));
-    fs::permissions(dir.path("from/a/2"), fs::perms::owner_read);
-    fs::permissions(dir.path("from/a"), fs::perms::owner_all | fs::perms::others_read);
-    fs::last_write_time(dir.path("from/a"), fs::file_time_type{});
-}
+protected:
+    TreeCopy()
+    {
+        dir.write("from/a/1", std::string(700'000, 'x'));
+        dir.write("from/a/2", "");
+        dir.makeFolder("from/empty");
+        fs::create_symlink("a/1", dir.path("from/link"));
+        fs::permissions(dir.path("from/a/2"), fs::perms::owner_read);
+        fs::permissions(dir.path("from/a"), fs::perms::owner_all | fs::perms::others_read);
+        fs::last_write_time(dir.path("from/a"), fs::file_time_type{});
+    }
+
+    const TempDir dir;
+    qo::TreeCopy copy{dir.collPath("from"), dir.collPath("to")};
+};
 } // namespace
 
-TEST(TreeCopy, CopiesContentModesTimesAndLinksThenEndsEitherWay)
+TEST_F(TreeCopy, CopiesContentModesTimesAndLinksThenEndsEitherWay)
 {
-    const TempDir dir;
-    makeTree(dir);
-    qo::TreeCopy copy(dir.collPath("from"), dir.collPath("to"));
     ASSERT_EQ(copy.copy(), 0);
     EXPECT_EQ(dir.read("to/a/1"), dir.read("from/a/1"));
     EXPECT_EQ(fs::read_symlink(dir.path("to/link")), "a/1");
@@ -54,13 +57,11 @@ TEST(TreeCopy, CopiesContentModesTimesAndLinksThenEndsEitherWay)
     EXPECT_EQ(countEntries(dir.path()), 1);
 }
 
-TEST(TreeCopy, TakingTheCopyBackLeavesWhatOthersPutThere)
+TEST_F(TreeCopy, TakingTheCopyBackLeavesWhatOthersPutThere)
 {
-    const TempDir dir;
     dir.write("from/1", "one");
     dir.write("from/2", "two");
     dir.write("from/a/3", "three");
-    qo::TreeCopy copy(dir.collPath("from"), dir.collPath("to"));
     ASSERT_EQ(copy.copy(), 0);
     fs::remove(dir.path("to/1"));
     dir.write("to/1", "another's");
@@ -72,10 +73,8 @@ TEST(TreeCopy, TakingTheCopyBackLeavesWhatOthersPutThere)
     EXPECT_TRUE(fs::exists(dir.path("from/1")));
 }
 
-TEST(TreeCopy, FailuresLeaveOnlyTheSource)
+TEST_F(TreeCopy, FailuresLeaveOnlyTheSource)
 {
-    const TempDir dir;
-    makeTree(dir);
     dir.write("taken", "mine");
     ASSERT_EQ(::mkfifo(dir.path("pipe").c_str(), 0600), 0);
     dir.makeFolder("with pipe");
@@ -109,16 +108,13 @@ TEST(TreeCopy, FailuresLeaveOnlyTheSource)
     EXPECT_EQ(dir.read("from/a/1").size(), 700'000U);
 }
 
-TEST(TreeCopy, DiskThatTakesNoMoreLeavesOnlyTheSource)
+TEST_F(TreeCopy, DiskThatTakesNoMoreLeavesOnlyTheSource)
 {
-    const TempDir dir;
-    makeTree(dir);
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
     const rlimit small{300'000, before.rlim_max};
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    qo::TreeCopy copy(dir.collPath("from"), dir.collPath("to"));
     const int error = copy.copy();
     ::setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
@@ -127,11 +123,8 @@ TEST(TreeCopy, DiskThatTakesNoMoreLeavesOnlyTheSource)
     EXPECT_EQ(countEntries(dir.path()), 1);
 }
 
-TEST(TreeCopy, SourceThatChangedSinceIsNotRemoved)
+TEST_F(TreeCopy, SourceThatChangedSinceIsNotRemoved)
 {
-    const TempDir dir;
-    makeTree(dir);
-    qo::TreeCopy copy(dir.collPath("from"), dir.collPath("to"));
     ASSERT_EQ(copy.copy(), 0);
     fs::permissions(dir.path("from/a/2"), fs::perms::owner_all);
     dir.write("from/a/2", "written meanwhile");
@@ -147,10 +140,8 @@ TEST(TreeCopy, SourceThatChangedSinceIsNotRemoved)
     EXPECT_FALSE(fs::exists(dir.path("from/a/1")));
 }
 
-TEST(TreeCopy, WhatAKilledCopyLeftUnderItsStagingNameIsRemoved)
+TEST_F(TreeCopy, WhatAKilledCopyLeftUnderItsStagingNameIsRemoved)
 {
-    const TempDir dir;
-    makeTree(dir);
     dir.write("ours/copy/a/part", "half");
     dir.write("another's/copy", "half");
     dir.write("another's/kept", "mine");
@@ -168,10 +159,8 @@ TEST(TreeCopy, WhatAKilledCopyLeftUnderItsStagingNameIsRemoved)
     EXPECT_EQ(removeStaged(""), EINVAL);
 }
 
-TEST(TreeCopy, StagedCopyThatIsNotPutInPlaceGoesWithItsObject)
+TEST_F(TreeCopy, StagedCopyThatIsNotPutInPlaceGoesWithItsObject)
 {
-    const TempDir dir;
-    makeTree(dir);
     {
         qo::TreeCopy copy(dir.collPath("from"), dir.collPath("to"), "stage");
         ASSERT_EQ(copy.stage(), 0);

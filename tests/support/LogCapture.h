@@ -29,9 +29,10 @@ public:
     std::string all() const;
     void clear();
 
-private:
+protected:
     void writeText(int level, const CString& text) override;
 
+private:
     mutable CCriticalSection m_lock;
     std::vector<Line> m_lines;
 };

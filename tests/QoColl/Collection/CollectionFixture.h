@@ -5,10 +5,8 @@
 #include "Physical/HDFile.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Db/QoCollDb.h"
-#include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/QoFileDbItem.h"
 #include "common/QoProgress.h"
-#include "common/Settings.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
@@ -73,11 +71,15 @@ protected:
         result = {};
         return collection.load(dbPath, u"", roots, kinds, rescan, with ? with : &progress, &result);
     }
-    /// "name:state" of every record, in their order.
+    /// The path of every record below the first root, in their order.
     std::string records()
     {
         QoFileDbItemArray files;
         collection.copyFiles(files);
+        return namesOf(files);
+    }
+    std::string namesOf(const QoFileDbItemArray& files) const
+    {
         std::string text;
         for (const auto& item : files)
             text += qo::toUtf8(item->path.Mid(roots[0].GetLength() + 1)) + " ";

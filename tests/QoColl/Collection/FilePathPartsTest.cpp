@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
 TEST(FilePathParts, AreThoseOfTheWholePathTakenApart)
 {
     // Every short text over the characters that matter, behind each kind of device.

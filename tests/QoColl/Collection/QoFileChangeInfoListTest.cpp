@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <string>
 
 namespace
 {

@@ -24,6 +24,7 @@
 
 #include <random>
 #include <set>
+#include <tuple>
 
 namespace
 {
@@ -206,20 +207,14 @@ TEST_F(QoUtilsTrees, SimilarFilesAreOfTheSameArtistWithTheSameTitle)
 {
     music(foreign, u"Ann", u"Song");
     add(foreign, u"a.txt", u"Ann", u"Album", u"Words", u"");
-    const struct
-    {
-        const char16_t* artist;
-        const char16_t* title;
-        bool similar;
-    } rows[] = {{u"ANN", u"sONG", true},
-                {u"Ann", u"Words", false},
-                {u"Bob", u"Song", false},
-                {u"", u"Song", false},
-                {u"Ann", u"", false}};
-    for (const auto& row : rows)
-        EXPECT_EQ(CQoUtils::existSimilarFileInForeignCollection(music(own, row.artist, row.title)),
-                  row.similar)
-            << row.similar;
+    const std::tuple<const char16_t*, const char16_t*, bool> rows[] = {{u"ANN", u"sONG", true},
+                                                                       {u"Ann", u"Words", false},
+                                                                       {u"Bob", u"Song", false},
+                                                                       {u"", u"Song", false},
+                                                                       {u"Ann", u"", false}};
+    for (const auto& [artist, title, similar] : rows)
+        EXPECT_EQ(CQoUtils::existSimilarFileInForeignCollection(music(own, artist, title)), similar)
+            << similar;
     EXPECT_FALSE(CQoUtils::existSimilarFileInForeignCollection({}));
 }
 

@@ -2,16 +2,18 @@
 
 #include "Logical/LTArtist.h"
 #include "Physical/HDMusicFile.h"
-#include "QoColl/Db/QoFileDbItem.h"
 #include "common/CollPath.h"
 #include "common/types/CharClass.h"
 #include "common/types/StringArray.h"
 #include "support/LogCapture.h"
 #include "support/Print.h"
+#include "support/Records.h"
 #include "support/TempDir.h"
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
+
+#include <tuple>
 
 namespace
 {
@@ -23,39 +25,28 @@ CStringArray texts(std::initializer_list<const char16_t*> list)
     return result;
 }
 
-CQoUtils::File makeFile(const CString& path)
-{
-    auto item = boost::make_shared<QoFileDbItem>();
-    item->path = path;
-    return CHDFile::createHDFile(item);
-}
 } // namespace
 
 TEST(QoUtils, KindsOfMediaByExtension)
 {
-    const struct
+    // The Kelvin sign folds to 'k' where the house's comparison says so.
+    const bool kelvin = qo::compareNoCase(u"m\u212Av", u"mkv") == 0;
+    const std::tuple<const char16_t*, bool, bool> rows[] = {
+        {u"mp3 FLAC aif AiFf aa au", true, false},
+        {u"MKV mp4 MP4 Mp4 webm 3G2", false, true},
+        {u"m\u212Av", false, kelvin},
+        {u"m4\u0430 ASF opus m mp mp3x webmm", false, false}};
+    for (const auto& [list, audio, video] : rows)
     {
-        const char16_t* ext;
-        bool audio;
-        bool video;
-    } rows[] = {{u"mp3", true, false},       {u"FLAC", true, false},      {u"aif", true, false},
-                {u"AiFf", true, false},      {u"aa", true, false},        {u"au", true, false},
-                {u"MKV", false, true},       {u"mp4", false, true},       {u"MP4", false, true},
-                {u"Mp4", false, true},       {u"webm", false, true},      {u"3G2", false, true},
-                {u"m\u212Av", false, false}, {u"m4\u0430", false, false}, {u"ASF", false, false},
-                {u"opus", false, false},     {u"", false, false},         {u"m", false, false},
-                {u"mp", false, false},       {u"mp3x", false, false},     {u"webmm", false, false},
-                {u"\0mp3", false, false},    {u"mp3 ", false, false}};
-    for (const auto& row : rows)
-    {
-        // The Kelvin sign folds to 'k' where the house's comparison says so.
-        const bool kelvin = qo::compareNoCase(row.ext, u"mkv") == 0;
-        EXPECT_EQ(CQoUtils::isAudioExt(row.ext), row.audio)
-            << testing::PrintToString(CString(row.ext));
-        EXPECT_EQ(CQoUtils::isVideoExt(row.ext), row.video || kelvin)
-            << testing::PrintToString(CString(row.ext));
-        EXPECT_EQ(CQoUtils::isMusicExt(row.ext), row.audio || row.video || kelvin);
+        for (const CString& ext : CStringArray::split(list, u' '))
+        {
+            EXPECT_EQ(CQoUtils::isAudioExt(ext), audio) << testing::PrintToString(ext);
+            EXPECT_EQ(CQoUtils::isVideoExt(ext), video) << testing::PrintToString(ext);
+            EXPECT_EQ(CQoUtils::isMusicExt(ext), audio || video) << testing::PrintToString(ext);
+        }
     }
+    for (const char16_t* none : {u"", u"\0mp3", u"mp3 "})
+        EXPECT_FALSE(CQoUtils::isMusicExt(none));
     EXPECT_TRUE(CQoUtils::isMusicFilePath(u"\\\\usb:x\\a\\b.Mp3"));
     EXPECT_FALSE(CQoUtils::isMusicFilePath(u"C:\\mp3"));
 }
@@ -89,7 +80,7 @@ TEST(QoUtils, DifferenceOfPathsIsSortedAndCountsRepeats)
 
 TEST(QoUtils, AFileHasOneBitOfEachGroupOfTheFilter)
 {
-    const auto file = makeFile(u"C:\\a.mp3");
+    const auto file = fileOf(u"C:\\a.mp3");
     CQoUtils::Files files;
     files.add(file);
     QoFileDbItem& item = *file->getDbItem();
@@ -117,17 +108,17 @@ TEST(QoUtils, AFileHasOneBitOfEachGroupOfTheFilter)
                 << row.name << ", bit " << bit;
         EXPECT_FALSE(CQoUtils::existVisibleFiles(files, 0x1fff & ~row.bits)) << row.name;
     }
-    EXPECT_EQ(CQoUtils::getFileAudioVideoType(makeFile(u"C:\\a.txt")), 4);
+    EXPECT_EQ(CQoUtils::getFileAudioVideoType(fileOf(u"C:\\a.txt")), 4);
 }
 
 TEST(QoUtils, ListsAreSortedOutByKindFlagAndDevice)
 {
     CQoUtils::Files files;
     for (const char16_t* path : {u"\\\\wpd:x\\a.jpg", u"\\\\share:x\\C:\\a.mp3"})
-        files.add(makeFile(path));
+        files.add(fileOf(path));
     EXPECT_FALSE(CQoUtils::existRealFilesInList(files));
     for (const char16_t* path : {u"C:\\a.mp3", u"\\\\server\\a.avi", u"\\\\usb:x\\a.txt"})
-        files.add(makeFile(path));
+        files.add(fileOf(path));
     files[4]->getDbItem()->flags = qo::fileFlag::notMusic;
     EXPECT_TRUE(CQoUtils::existMusicFilesInList(files));
     EXPECT_EQ(CQoUtils::countMusicFiles(files), 3);
@@ -186,10 +177,10 @@ TEST(QoUtils, SizesComeFromTheDisk)
     const TempDir dir;
     dir.write("Song.mp3", "12345");
     const LogCapture logged;
-    EXPECT_EQ(CQoUtils::getFileSize(makeFile(dir.collPath("song.MP3"))), 5);
+    EXPECT_EQ(CQoUtils::getFileSize(fileOf(dir.collPath("song.MP3"))), 5);
     EXPECT_TRUE(logged.lines().empty());
-    EXPECT_EQ(CQoUtils::getFileSize(makeFile(dir.collPath("gone.mp3"))), 0);
-    EXPECT_EQ(CQoUtils::getFileSize(makeFile(u"\\\\wpd:x\\a.mp3")), 0);
+    EXPECT_EQ(CQoUtils::getFileSize(fileOf(dir.collPath("gone.mp3"))), 0);
+    EXPECT_EQ(CQoUtils::getFileSize(fileOf(u"\\\\wpd:x\\a.mp3")), 0);
     EXPECT_EQ(logged.count("CQoUtils::getFileSize : GetFileAttributesEx failed for ", 10), 2);
     EXPECT_TRUE(logged.has("gone.mp3 : 2: ")) << logged.all();
 }

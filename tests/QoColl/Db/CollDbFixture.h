@@ -2,7 +2,7 @@
 
 #include "Database/DbFixture.h"
 #include "QoColl/Db/QoCollDb.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "support/Records.h"
 
 #include <boost/make_shared.hpp>
 
@@ -43,12 +43,7 @@ protected:
         return text;
     }
 
-    static QoFileDbItemPtr file(const char16_t* path)
-    {
-        auto item = boost::make_shared<QoFileDbItem>();
-        item->path = path;
-        return item;
-    }
+    static QoFileDbItemPtr file(const char16_t* path) { return recordOf(path); }
 
     const CString m_path = m_dir.collPath("coll.db");
 };

@@ -1,11 +1,9 @@
 #include "QoColl/Db/QoCollDbUtils.h"
 
-#include "QoColl/Db/QoFileDbItem.h"
-#include "common/types/Guid.h"
 #include "common/types/StringArray.h"
 #include "support/Print.h"
+#include "support/Records.h"
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,8 +13,7 @@ namespace
 {
 QoFileDbItemPtr makeItem(const CString& path, int id = 0)
 {
-    auto item = boost::make_shared<QoFileDbItem>();
-    item->path = path;
+    auto item = recordOf(path);
     item->id = id;
     return item;
 }
@@ -70,21 +67,7 @@ TEST(QoCollDbUtils, BulkOrderIsThatOfOneByOneInsertion)
     }
 }
 
-TEST(QoCollDbUtils, ShortRangeIsScannedAndLongOneBisected)
-{
-    // Eight equal entries are met from the front, nine in the middle.
-    for (const int count : {8, 9})
-    {
-        QoFileDbItemArray items;
-        for (int i = 0; i < count; ++i)
-            items.Add(makeItem(u"c:\\a"));
-        int index = -1;
-        EXPECT_TRUE(CQoCollDbUtils::findQoDbFileItem(u"C:\\A", items, index));
-        EXPECT_EQ(index, count == 8 ? 0 : 4);
-    }
-}
-
-TEST(QoCollDbUtils, FailedSearchGivesThePlaceOfInsertion)
+TEST(QoCollDbUtils, SearchGivesThePlaceOfInsertionAndScansShortRangesAlone)
 {
     for (const int count : {0, 1, 8, 9, 10, 100})
     {
@@ -107,6 +90,16 @@ TEST(QoCollDbUtils, FailedSearchGivesThePlaceOfInsertion)
         EXPECT_EQ(CQoCollDbUtils::findQoDbFileItem(count, items), count - 1);
         EXPECT_EQ(CQoCollDbUtils::findQoDbFileItem(count + 1, items), -1);
     }
+    // Eight equal entries are met from the front, nine in the middle.
+    for (const int count : {8, 9})
+    {
+        QoFileDbItemArray items;
+        for (int i = 0; i < count; ++i)
+            items.Add(makeItem(u"c:\\a"));
+        int index = -1;
+        EXPECT_TRUE(CQoCollDbUtils::findQoDbFileItem(u"C:\\A", items, index));
+        EXPECT_EQ(index, count == 8 ? 0 : 4);
+    }
 }
 
 TEST(QoCollDbUtils, UniqueAddingLeavesAnExistingPathAlone)
@@ -127,30 +120,6 @@ TEST(QoCollDbUtils, UniqueAddingLeavesAnExistingPathAlone)
     paths.Add(u"before");
     CQoCollDbUtils::filesToStrPaths(items, paths);
     EXPECT_EQ(paths.join(u"|"), u"before|C:\\A.mp3|c:\\a.MP3|C:\\b.mp3");
-}
-
-TEST(QoCollDbUtils, TimesCompareAsSignedNumbers)
-{
-    FILETIME negative;
-    FILETIME zero;
-    CQoCollDbUtils::Int64ToFILETIME(-5, negative);
-    EXPECT_EQ(negative.dwHighDateTime, 0xFFFFFFFFU);
-    EXPECT_EQ(CQoCollDbUtils::FILETIMEToInt64(negative), -5);
-    EXPECT_EQ(CQoCollDbUtils::compareFILETIMEs(negative, zero), -1);
-    EXPECT_EQ(CQoCollDbUtils::compareFILETIMEs(zero, negative), 1);
-    EXPECT_TRUE(CQoCollDbUtils::FILETIMEsAreEqual(negative, negative));
-    EXPECT_FALSE(CQoCollDbUtils::IsNullFILETIME(negative));
-    CQoCollDbUtils::SetNullFILETIME(negative);
-    EXPECT_TRUE(CQoCollDbUtils::IsNullFILETIME(negative));
-}
-
-TEST(QoCollDbUtils, UnreadableGuidIsNull)
-{
-    GUID id;
-    CQoCollDbUtils::GUIDFromString(u"00112233-4455-6677-8899-AABBCCDDEEFF", id);
-    EXPECT_EQ(CQoCollDbUtils::GUIDToString(id), u"00112233-4455-6677-8899-aabbccddeeff");
-    CQoCollDbUtils::GUIDFromString(u"{00112233-4455-6677-8899-AABBCCDDEEFF}", id);
-    EXPECT_EQ(id, GUID());
 }
 
 TEST(QoCollDbUtils, CopiedTagsLeaveDurationAndIdentity)

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 using QorganizerDef::VelmoraFileParams;
 
 namespace
@@ -46,11 +48,7 @@ TEST(VelmoraFileParamsUtils, SourceDecidesWhatIsWritten)
         if (id != 1)
             everything.AppendFormat(u"%d:1\n", id);
     VelmoraFileParams params = parsed(everything);
-    const struct
-    {
-        int source;
-        std::vector<int> ids;
-    } cases[] = {
+    const std::pair<int, std::vector<int>> cases[] = {
         {0, {}},
         {0x1, {32, 33, 34, 35, 36}},
         {0x2, {32, 33, 34, 35, 36}},
@@ -67,9 +65,9 @@ TEST(VelmoraFileParamsUtils, SourceDecidesWhatIsWritten)
         {0x2000, {}},
         {0x88, {}}, // several bits are none of the sources
     };
-    for (const auto& c : cases)
+    for (const auto& [source, ids] : cases)
     {
-        params.source = static_cast<eItemSource>(c.source);
+        params.source = static_cast<eItemSource>(source);
         std::vector<int> written;
         for (int id = 2; id <= 43; ++id)
         {
@@ -77,7 +75,7 @@ TEST(VelmoraFileParamsUtils, SourceDecidesWhatIsWritten)
             if (!isAlways && valueOf(params, id).Find(u'1') == 0)
                 written.push_back(id);
         }
-        EXPECT_EQ(written, c.ids) << "source " << c.source;
+        EXPECT_EQ(written, ids) << "source " << source;
         for (const int id : {0, 24, 25, 26, 27, 38})
             EXPECT_EQ(valueOf(params, id), u"1") << id;
     }

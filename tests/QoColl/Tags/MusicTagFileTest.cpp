@@ -219,11 +219,3 @@ TEST_F(MusicTagFile, TimeIsReadAnewWithoutTouchingTheRest)
     EXPECT_EQ(tag.getBitrate(), 0U);
     EXPECT_EQ(tag.getTitle(), u"mine");
 }
-
-TEST_F(MusicTagFile, SupportIsToldByTheExtension)
-{
-    EXPECT_TRUE(CMusicTagEx::fileSupportsTags(u"C:\\a\\b.Mp3"));
-    EXPECT_TRUE(CMusicTagEx::fileSupportsTags(u"\\\\usb:x\\b.FLAC"));
-    EXPECT_FALSE(CMusicTagEx::fileSupportsTags(u"C:\\a.txt"));
-    EXPECT_FALSE(CMusicTagEx::fileSupportsTags(u"C:\\mp3"));
-}

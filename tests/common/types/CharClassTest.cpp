@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <tuple>
+#include <utility>
 
 namespace
 {
@@ -59,30 +61,25 @@ TEST(CharClass, LettersOfAnyScriptAreLettersAndDigitsAreAscii)
 
 TEST(CharClass, NamesAreComparedFoldedToLowerCase)
 {
-    const struct
+    const std::tuple<const char16_t*, const char16_t*, int> cases[] = {
+        {u"", u"", 0},
+        {u"", u"a", -1},
+        {u"ABC", u"abc", 0},
+        {u"abc", u"abcd", -1},
+        {u"ÉTÉ", u"été", 0},
+        {u"_", u"A", -1},
+        {u"_", u"[", 1},
+        {u"a_", u"aB", -1},
+        {u"e", u"é", -1},
+        {u"STRASSE", u"straße", -1},
+        {u"Ｂ", u"ｂ", 0},
+        {u"\xD83D\xDE00", u"\uFF5E", -1},
+        {u"folder/track A", u"folder/track b", -1}};
+    for (const auto& [a, b, result] : cases)
     {
-        const char16_t* a;
-        const char16_t* b;
-        int result;
-    } cases[] = {{u"", u"", 0},
-                 {u"", u"a", -1},
-                 {u"ABC", u"abc", 0},
-                 {u"abc", u"abcd", -1},
-                 {u"ÉTÉ", u"été", 0},
-                 {u"_", u"A", -1},
-                 {u"_", u"[", 1},
-                 {u"a_", u"aB", -1},
-                 {u"e", u"é", -1},
-                 {u"STRASSE", u"straße", -1},
-                 {u"Ｂ", u"ｂ", 0},
-                 {u"\xD83D\xDE00", u"\uFF5E", -1},
-                 {u"folder/track A", u"folder/track b", -1}};
-    for (const auto& c : cases)
-    {
-        EXPECT_EQ(sign(qo::compareNoCase(c.a, c.b)), c.result)
-            << testing::PrintToString(CString(c.a));
-        EXPECT_EQ(sign(qo::compareNoCase(c.b, c.a)), -c.result);
-        EXPECT_EQ(CString(c.a).CompareNoCase(c.b), qo::compareNoCase(c.a, c.b));
+        EXPECT_EQ(sign(qo::compareNoCase(a, b)), result) << testing::PrintToString(CString(a));
+        EXPECT_EQ(sign(qo::compareNoCase(b, a)), -result);
+        EXPECT_EQ(CString(a).CompareNoCase(b), qo::compareNoCase(a, b));
     }
 }
 
@@ -111,25 +108,21 @@ TEST(CharClass, ComparisonAndHashAgreeWithThePlainMeaningAtEveryLength)
 
 TEST(CharClass, NumbersAreReadUpToTheFirstOtherUnit)
 {
-    const struct
-    {
-        const char16_t* text;
-        int number;
-    } cases[] = {{u"", 0},
-                 {u"12", 12},
-                 {u" \t-7x", -7},
-                 {u"+5", 5},
-                 {u"3/12", 3},
-                 {u"x3", 0},
-                 {u"--3", 0},
-                 {u"- 3", 0},
-                 {u"007", 7},
-                 {u"2147483647", INT_MAX},
-                 {u"2147483648", INT_MAX},
-                 {u"-2147483648", INT_MIN},
-                 {u"-99999999999999999999", INT_MIN}};
-    for (const auto& c : cases)
-        EXPECT_EQ(qo::textToInt(c.text), c.number) << testing::PrintToString(CString(c.text));
+    const std::pair<const char16_t*, int> cases[] = {{u"", 0},
+                                                     {u"12", 12},
+                                                     {u" \t-7x", -7},
+                                                     {u"+5", 5},
+                                                     {u"3/12", 3},
+                                                     {u"x3", 0},
+                                                     {u"--3", 0},
+                                                     {u"- 3", 0},
+                                                     {u"007", 7},
+                                                     {u"2147483647", INT_MAX},
+                                                     {u"2147483648", INT_MAX},
+                                                     {u"-2147483648", INT_MIN},
+                                                     {u"-99999999999999999999", INT_MIN}};
+    for (const auto& [text, number] : cases)
+        EXPECT_EQ(qo::textToInt(text), number) << testing::PrintToString(CString(text));
     EXPECT_EQ(qo::textToInt64(u"9223372036854775807"), LLONG_MAX);
     EXPECT_EQ(qo::textToInt64(u"9223372036854775808"), LLONG_MAX);
     EXPECT_EQ(qo::textToInt64(u"-9223372036854775809"), LLONG_MIN);

@@ -2,25 +2,23 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 TEST(FileTime, UnixTimeBecomesTicksSince1601)
 {
-    const struct
+    const std::tuple<std::int64_t, std::int64_t, std::int64_t> cases[] = {
+        {0, 0, 116444736000000000},
+        {-11644473600, 0, 0},
+        {1, 199, 116444736010000001},
+        {-1, 999999999, 116444735999999999},
+        {1600000000, 123456789, 132444736001234567},
+        {253402300799, 0, 2650467743990000000}};
+    for (const auto& [seconds, nanoseconds, ticks] : cases)
     {
-        std::int64_t seconds;
-        std::int64_t nanoseconds;
-        std::int64_t ticks;
-    } cases[] = {{0, 0, 116444736000000000},
-                 {-11644473600, 0, 0},
-                 {1, 199, 116444736010000001},
-                 {-1, 999999999, 116444735999999999},
-                 {1600000000, 123456789, 132444736001234567},
-                 {253402300799, 0, 2650467743990000000}};
-    for (const auto& c : cases)
-    {
-        const FILETIME time = qo::fromUnixTime(c.seconds, c.nanoseconds);
-        EXPECT_EQ(qo::toTicks(time), c.ticks);
-        EXPECT_EQ(qo::toUnixSeconds(time), c.seconds);
-        EXPECT_EQ(qo::toTicks(qo::fromTicks(c.ticks)), c.ticks);
+        const FILETIME time = qo::fromUnixTime(seconds, nanoseconds);
+        EXPECT_EQ(qo::toTicks(time), ticks);
+        EXPECT_EQ(qo::toUnixSeconds(time), seconds);
+        EXPECT_EQ(qo::toTicks(qo::fromTicks(ticks)), ticks);
     }
 }
 

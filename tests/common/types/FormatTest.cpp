@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <limits>
 #include <random>
+#include <utility>
 
 namespace
 {
@@ -28,21 +29,15 @@ enum class Colour : unsigned char
 
 TEST(Format, DirectivesPrintTheirArguments)
 {
-    const struct
-    {
-        CString actual;
-        const char16_t* expected;
-    } cases[] = {
+    const std::pair<CString, const char16_t*> cases[] = {
         {format(u"%s %s", CString(u"a"), u"b"), u"a b"},
         {format(u"%d%%", 50), u"50%"},
         {format(u"%05d|%5d|%-5d|%+d", -42, 42, 42, 42), u"-0042|   42|42   |+42"},
         {format(u"%u", 4294967295U), u"4294967295"},
-        {format(u"%u", -1), u"4294967295"},
         {format(u"%02X %x %lx %#x", 10, 255, 255UL, 255), u"0A ff ff 0xff"},
         {format(u"%I64d", std::numeric_limits<long long>::min()), u"-9223372036854775808"},
         {format(u"%02I64d", 7LL), u"07"},
         {format(u"%d", std::numeric_limits<unsigned long long>::max()), u"18446744073709551615"},
-        {format(u"%d", INT_MIN), u"-2147483648"},
         {format(u"%c%c", u'é', 65), u"éA"},
         {format(u"%f %.2f %.0f", 0.5, 2.345, 2.5), u"0.500000 2.35 2"},
         {format(u"%08.3f|%+.1f", -3.14159, 1.25), u"-003.142|+1.2"},
@@ -52,8 +47,8 @@ TEST(Format, DirectivesPrintTheirArguments)
         {format(u"%d", Colour::red), u"200"},
         {format(u"%d %d", true, short(-3)), u"1 -3"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(c.actual, c.expected);
+    for (const auto& [actual, expected] : cases)
+        EXPECT_EQ(actual, expected);
 }
 
 TEST(Format, WhatDoesNotFitPrintsItself)
@@ -88,7 +83,9 @@ TEST(Format, NumbersPrintAsTheCLibraryPrintsThem)
         "%d", "%u", "%x", "%X", "%08d", "%-12d|", "%+d", "%.5d", "% d", "%#X"};
     for (int i = 0; i < 2000; ++i)
     {
-        const auto number = static_cast<int>(random() >> (random() % 64)) * (i % 3 == 0 ? -1 : 1);
+        const int number =
+            i == 0 ? INT_MIN
+                   : static_cast<int>(random() >> (random() % 64)) * (i % 3 == 0 ? -1 : 1);
         const double real = static_cast<double>(number) / 1024;
         char expected[64];
         for (std::size_t f = 0; f < std::size(wide); ++f)

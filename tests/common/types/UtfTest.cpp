@@ -6,6 +6,7 @@
 
 #include <random>
 #include <string>
+#include <utility>
 
 TEST(Utf, WellFormedTextSurvivesTheRoundTrip)
 {
@@ -30,19 +31,16 @@ TEST(Utf, WellFormedTextSurvivesTheRoundTrip)
 
 TEST(Utf, IllFormedBytesBecomeReplacementCharacters)
 {
-    const struct
-    {
-        const char* bytes;
-        const char16_t* text;
-    } cases[] = {{"a\xFFz", u"a\xFFFDz"},
-                 {"\xC3", u"\xFFFD"},
-                 {"\xC0\x80", u"\xFFFD\xFFFD"},
-                 {"\xED\xA0\x80", u"\xFFFD\xFFFD\xFFFD"},
-                 {"\xF0\x9F\x98", u"\xFFFD"},
-                 {"\xF8\x88\x80\x80", u"\xFFFD\xFFFD\xFFFD\xFFFD"},
-                 {"\xF4\x90\x80\x80", u"\xFFFD\xFFFD\xFFFD\xFFFD"}};
-    for (const auto& c : cases)
-        EXPECT_EQ(qo::fromUtf8(c.bytes), c.text);
+    const std::pair<const char*, const char16_t*> cases[] = {
+        {"a\xFFz", u"a\xFFFDz"},
+        {"\xC3", u"\xFFFD"},
+        {"\xC0\x80", u"\xFFFD\xFFFD"},
+        {"\xED\xA0\x80", u"\xFFFD\xFFFD\xFFFD"},
+        {"\xF0\x9F\x98", u"\xFFFD"},
+        {"\xF8\x88\x80\x80", u"\xFFFD\xFFFD\xFFFD\xFFFD"},
+        {"\xF4\x90\x80\x80", u"\xFFFD\xFFFD\xFFFD\xFFFD"}};
+    for (const auto& [bytes, text] : cases)
+        EXPECT_EQ(qo::fromUtf8(bytes), text);
 }
 
 TEST(Utf, LoneSurrogatesBecomeReplacementCharacters)

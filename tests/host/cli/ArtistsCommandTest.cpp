@@ -1,5 +1,7 @@
 #include "host/cli/QoCommand.h"
 
+#include <tuple>
+
 namespace
 {
 /// Two artists, one of them written in two ways, a genre that both have, and a track without names.
@@ -37,12 +39,7 @@ TEST(ArtistsCommand, MusicIsCountedByItsNames)
 {
     const QoCommand qo;
     addLibrary(qo);
-    const struct
-    {
-        std::vector<std::string> words;
-        std::vector<std::string> fields;
-        const char* text;
-    } cases[] = {
+    const std::tuple<std::vector<std::string>, std::vector<std::string>, const char*> cases[] = {
         // What has no name stands ahead, all of it in one row.
         {{"artists"},
          {"name", "albums", "tracks", "yearFrom", "yearTo"},
@@ -61,18 +58,16 @@ TEST(ArtistsCommand, MusicIsCountedByItsNames)
         {{"tracks", "--artist", ""}, {"title"}, "\n\n"},
         {{"tracks", "--artist", "Zebr"},
          {},
-         "4 qo: there is no artist \"Zebr\"; the closest is "
-         "\"Zebra\"\n"},
+         "4 qo: there is no artist \"Zebr\"; the closest is \"Zebra\"\n"},
         {{"tracks", "--album", "Rein"},
          {},
-         "4 qo: there is no album \"Rein\"; the closest is "
-         "\"Rain\"\n"},
+         "4 qo: there is no album \"Rein\"; the closest is \"Rain\"\n"},
         {{"genres", "--genre", "Polka"}, {}, "4 qo: there is no genre \"Polka\"\n"},
         {{"tracks", "--artist", "apple", "--album", "Snow"},
          {},
          "4 qo: no track has all of these names\n"}};
-    for (const auto& c : cases)
-        EXPECT_EQ(rows(qo, c.words, c.fields), c.text) << testing::PrintToString(c.words);
+    for (const auto& [words, fields, text] : cases)
+        EXPECT_EQ(rows(qo, words, fields), text) << testing::PrintToString(words);
 }
 
 TEST(ArtistsCommand, PeopleGetColumnsAndMachinesTabs)

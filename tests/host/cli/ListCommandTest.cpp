@@ -1,4 +1,5 @@
 #include "host/cli/QoCommand.h"
+#include "support/Contains.h"
 
 #include <algorithm>
 
@@ -44,21 +45,9 @@ TEST(ListCommand, EveryNameSurvivesTheRoundTrip)
         const std::string path = qo.music(name);
         EXPECT_EQ(std::count(listed.begin(), listed.end(), path), 1)
             << testing::PrintToString(name);
-        EXPECT_NE(plain.find(path + "\n"), std::string::npos) << testing::PrintToString(name);
+        EXPECT_TRUE(contains(plain, path + "\n")) << testing::PrintToString(name);
         EXPECT_EQ(qo.run({"info", path}).code, 0) << testing::PrintToString(name);
     }
-}
-
-TEST(ListCommand, OfTwoNamesThatDifferInCaseAloneOneIsKept)
-{
-    const QoCommand qo;
-    qo.addSound("Song.mp3");
-    qo.addSound("song.mp3");
-    ASSERT_EQ(qo.scan().code, 0);
-    const auto first = qo.paths();
-    EXPECT_EQ(first.size(), 1U);
-    qo.run({"scan"});
-    EXPECT_EQ(qo.paths(), first);
 }
 
 TEST(ListCommand, PathNarrowsTheList)
@@ -81,26 +70,12 @@ TEST(ListCommand, RecordHasEveryField)
     qo.addSound("1.mp3");
     ASSERT_EQ(qo.scan().code, 0);
     const auto record = qo.run({"ls", "--json"}).json().at(0);
-    for (const char* name : {"path",
-                             "artist",
-                             "album",
-                             "title",
-                             "genre",
-                             "track",
-                             "year",
-                             "duration",
-                             "bitrate",
-                             "size",
-                             "flags",
-                             "created",
-                             "modified",
-                             "id",
-                             "velmoraId",
-                             "source",
-                             "imported",
-                             "reviewed",
-                             "picture"})
-        EXPECT_TRUE(record.contains(name)) << name;
+    std::string names;
+    for (const auto& [name, value] : record.items())
+        names += name + " ";
+    EXPECT_EQ(names,
+              "album artist bitrate created duration flags genre id imported modified path picture "
+              "reviewed size source title track velmoraId year ");
     EXPECT_EQ(record["size"], std::filesystem::file_size(qo.music("1.mp3")));
     EXPECT_GT(record["duration"], 0);
     EXPECT_EQ(record["imported"], true);

@@ -6,10 +6,12 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <spawn.h>
+#include <sqlite3.h>
 #include <sys/wait.h>
 
 #include <csignal>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
@@ -75,7 +77,7 @@ public:
         std::vector<std::string> words{QO_COMMAND, "--data", dir.path("data")};
         words.insert(words.end(), arguments.begin(), arguments.end());
         std::vector<std::string> variables{
-            "HOME=" + dir.path("home"), "LC_ALL=" + locale, "TZ=UTC", "TERM=dumb"};
+            "HOME=" + dir.path("home"), "LC_ALL=C", "TZ=UTC", "TERM=dumb"};
         std::vector<char*> argv = pointers(words);
         std::vector<char*> environment = pointers(variables);
         posix_spawn_file_actions_t actions;
@@ -112,6 +114,56 @@ public:
             list.push_back(record["path"]);
         return list;
     }
+    /// The lasting id of each file, by its path below the music folder.
+    std::map<std::string, std::string> ids() const
+    {
+        std::map<std::string, std::string> map;
+        for (const auto& record : run({"ls", "--json"}).json())
+            map[record["path"].get<std::string>().substr(music().size() + 1)] = record["velmoraId"];
+        return map;
+    }
+    std::vector<std::string> names() const
+    {
+        std::vector<std::string> list;
+        for (const auto& [name, id] : ids())
+            list.push_back(name);
+        return list;
+    }
+
+    /// A call, its exit code and a part of what it says.
+    struct Refusal
+    {
+        std::vector<std::string> words;
+        int code;
+        std::string text;
+    };
+    /// Calls each of them, with the command's name ahead unless it is "".
+    void expectRefusals(const std::string& command, const std::vector<Refusal>& refusals) const
+    {
+        for (const Refusal& refusal : refusals)
+        {
+            std::vector<std::string> words = refusal.words;
+            if (!command.empty())
+                words.insert(words.begin(), command);
+            expect(words, refusal.code, refusal.text);
+        }
+    }
+    void expect(const std::vector<std::string>& words, int code, const std::string& text) const
+    {
+        const Result result = run(words);
+        EXPECT_EQ(result.code, code) << testing::PrintToString(words) << result.err;
+        EXPECT_NE((result.out + result.err).find(text), std::string::npos)
+            << text << "\n"
+            << result.out << result.err;
+    }
+    void runSql(const char* sql) const
+    {
+        sqlite3* db = nullptr;
+        ASSERT_EQ(sqlite3_open(database().c_str(), &db), SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, nullptr), SQLITE_OK)
+            << sqlite3_errmsg(db);
+        sqlite3_close(db);
+    }
     /// Waits until a file is there; false after ten seconds.
     static bool waitFor(const std::string& path)
     {
@@ -125,7 +177,6 @@ public:
     }
 
     TempDir dir;
-    std::string locale = "C";
 
 private:
     static std::vector<char*> pointers(std::vector<std::string>& words)

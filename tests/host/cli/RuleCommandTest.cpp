@@ -1,4 +1,8 @@
 #include "host/cli/QoCommand.h"
+#include "support/Contains.h"
+#include "support/Words.h"
+
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -33,20 +37,11 @@ std::vector<std::string> ids(const QoCommand& qo)
 TEST(RuleCommand, RuleFromPatternsIsDrawnAsATree)
 {
     const QoCommand qo;
-    Words words{"rule", "new", "By artist", "--prio", "12"};
-    for (const char* word : {"--folder",
-                             "{artist.name}/{Album.Name}/",
-                             "--less-folder",
-                             "/",
-                             "--artist-limit",
-                             "3",
-                             "--music",
-                             "{track.number} {track.name}",
-                             "--keep-if-empty",
-                             "--default",
-                             "album.name=[none]",
-                             "--dry-run"})
-        words.emplace_back(word);
+    Words words{"rule", "new", "By artist", "--music", "{track.number} {track.name}"};
+    for (const std::string& word :
+         wordsOf("--prio 12 --folder {artist.name}/{Album.Name}/ --less-folder / --artist-limit 3 "
+                 "--keep-if-empty --default album.name=[none] --dry-run"))
+        words.push_back(word);
     const auto tried = qo.run(words);
     EXPECT_EQ(tried.code, 0) << tried.err;
     EXPECT_FALSE(fs::exists(ruleFile(qo, "By artist")));
@@ -95,16 +90,15 @@ TEST(RuleCommand, RuleOfAFileIsDrawnAndNestedInJson)
                               outputs + R"(</Rule></RuleOutput><RuleOutput type="Jingle">)" +
                               wholeRule + "</RuleOutput></Rule>"));
     const std::string text = qo.run({"rule", "show", file}).out;
-    EXPECT_NE(text.find("default   {track.genre} =  \n"
-                        "\n"
-                        "jingle rule\n"
-                        "├─ NotJingle\n"
-                        "│  └─ album-tracks rule: 1 track\n"
-                        "│     ├─ MoreEqualTracks\n"
-                        "│     │  └─ folder New\\\n"
-                        "│     │     └─ Music    keeps its name\n"),
-              std::string::npos)
-        << text;
+    EXPECT_TRUE(contains(text,
+                         "default   {track.genre} =  \n"
+                         "\n"
+                         "jingle rule\n"
+                         "├─ NotJingle\n"
+                         "│  └─ album-tracks rule: 1 track\n"
+                         "│     ├─ MoreEqualTracks\n"
+                         "│     │  └─ folder New\\\n"
+                         "│     │     └─ Music    keeps its name\n"));
     const auto object = qo.run({"rule", "show", "--json", file}).json().at(0);
     EXPECT_EQ(object["name"], "From a file");
     EXPECT_EQ(object["priority"], 7);
@@ -129,8 +123,7 @@ TEST(RuleCommand, RulesAreCopiedTakenInReplacedAndThrownAway)
         ids(qo),
         (Words{
             "From a file", "Mine_ too", "Mine", ":ArtistTrackRule:", ":VelmoraArtistTrackRule:"}));
-    EXPECT_NE(qo.run({"rule", "show", "Mine"}).out.find("{artist.name} - {track.name}"),
-              std::string::npos);
+    EXPECT_TRUE(contains(qo.run({"rule", "show", "Mine"}).out, "{artist.name} - {track.name}"));
 
     // Another letter case is the same rule, which keeps its file.
     EXPECT_EQ(qo.run({"rule", "new", "mine: TOO", "--folder", "x"}).code, 7);
@@ -151,11 +144,7 @@ TEST(RuleCommand, RulesAreCopiedTakenInReplacedAndThrownAway)
 TEST(RuleCommand, CheckSaysWhatIsWrongWithAFile)
 {
     const QoCommand qo;
-    const struct
-    {
-        std::string content;
-        std::string text;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {document(wholeRule), "is a valid rule"},
         {"<ReorganizeRule name=\"x\">", "no complete XML"},
         {document("\xFF"), "no text in UTF-8"},
@@ -164,14 +153,13 @@ TEST(RuleCommand, CheckSaysWhatIsWrongWithAFile)
         {document(R"(<Rule type="JingleSeperateRule"/>)"), "do not make a whole rule"},
         {document(wholeRule + std::string(1U << 20, ' ')), "larger than 1024 KiB"},
     };
-    for (const auto& c : cases)
+    for (const auto& [content, text] : cases)
     {
-        const std::string file = qo.dir.write("rule.xml", c.content);
+        const std::string file = qo.dir.write("rule.xml", content);
         const auto result = qo.run({"rule", "check", file});
-        EXPECT_EQ(result.code, c.text == "is a valid rule" ? 0 : 1);
-        EXPECT_NE((result.out + result.err).find(c.text), std::string::npos)
-            << c.text << "\n"
-            << result.out << result.err;
+        EXPECT_EQ(result.code, text == "is a valid rule" ? 0 : 1);
+        EXPECT_TRUE(contains(result.out + result.err, text)) << text << "\n"
+                                                             << result.out << result.err;
     }
     EXPECT_EQ(qo.run({"rule", "check", "/nowhere.xml"}).code, 4);
     EXPECT_EQ(qo.run({"rule", "check", "artist-track"}).code, 0);
@@ -180,7 +168,7 @@ TEST(RuleCommand, CheckSaysWhatIsWrongWithAFile)
     qo.dir.write("data/Qorganizer/bad.xml", "nothing");
     const auto listed = qo.run({"rule", "ls", "--json"});
     EXPECT_EQ(listed.json().size(), 2U);
-    EXPECT_NE(listed.err.find("bad.xml is no valid rule"), std::string::npos) << listed.err;
+    EXPECT_TRUE(contains(listed.err, "bad.xml is no valid rule"));
     const auto checked = qo.run({"rule", "check", "--json", "bad"});
     EXPECT_EQ(checked.code, 1);
     EXPECT_EQ(checked.json().at(0)["valid"], false);
@@ -194,37 +182,26 @@ TEST(RuleCommand, RefusalsHaveTheirExitCodeAndSentence)
         fs::copy_file(file,
                       qo.dir.write(std::string("data/Qorganizer/") + id + ".xml", ""),
                       fs::copy_options::overwrite_existing);
-    const struct
-    {
-        Words words;
-        int code;
-        const char* text;
-    } cases[] = {{{"rm", "artist-track"}, 7, "is built in and cannot be changed"},
-                 {{"new", "Artist-Track", "--yes"}, 7, "is built in and cannot be changed"},
-                 {{"copy", "a", "b"}, 7, "Not done without --yes"},
-                 {{"copy", "a", "From a FILE"}, 2, "name one by its id, of a, b"},
-                 {{"show", "from a file"}, 2, "name one by its id, of a, b"},
-                 {{"show", "nothing"}, 4, "there is no rule \"nothing\""},
-                 {{"new"}, 2, "a rule needs a name"},
-                 {{"new", " "}, 2, "a rule needs a name"},
-                 {{"new", "x\ny"}, 2, "has control characters"},
-                 {{"new", std::string(300, 'x')}, 2, "too long"},
-                 {{"new", "x", "--music", "{artist}"}, 2, "{artist} is no attribute"},
-                 {{"new", "x", "--music", " ?"}, 2, "no file can have a name by the pattern"},
-                 {{"new", "x", "--default", "mood=x"}, 2, "{mood} is no attribute"},
-                 {{"new", "x", "--default", "mood"}, 2, "is not of the form attribute=text"},
-                 {{"new", "x", "--less-folder", "y"}, 2, "--less-folder needs"},
-                 {{"new", "x", "--from", file, "--folder", "y"}, 2, "excludes"},
-                 {{"new", "x", "--from", "/nowhere.xml"}, 4, "/nowhere.xml cannot be read"},
-                 {{"test", "a", "/nowhere"}, 4, "/nowhere is not in the collection"}};
-    for (const auto& c : cases)
-    {
-        Words words{"rule"};
-        words.insert(words.end(), c.words.begin(), c.words.end());
-        const auto result = qo.run(words);
-        EXPECT_EQ(result.code, c.code) << testing::PrintToString(c.words) << result.err;
-        EXPECT_NE(result.err.find(c.text), std::string::npos) << result.err;
-    }
+    const std::vector<QoCommand::Refusal> cases = {
+        {{"rm", "artist-track"}, 7, "is built in and cannot be changed"},
+        {{"new", "Artist-Track", "--yes"}, 7, "is built in and cannot be changed"},
+        {{"copy", "a", "b"}, 7, "Not done without --yes"},
+        {{"copy", "a", "From a FILE"}, 2, "name one by its id, of a, b"},
+        {{"show", "from a file"}, 2, "name one by its id, of a, b"},
+        {{"show", "nothing"}, 4, "there is no rule \"nothing\""},
+        {{"new"}, 2, "a rule needs a name"},
+        {{"new", " "}, 2, "a rule needs a name"},
+        {{"new", "x\ny"}, 2, "has control characters"},
+        {{"new", std::string(300, 'x')}, 2, "too long"},
+        {{"new", "x", "--music", "{artist}"}, 2, "{artist} is no attribute"},
+        {{"new", "x", "--music", " ?"}, 2, "no file can have a name by the pattern"},
+        {{"new", "x", "--default", "mood=x"}, 2, "{mood} is no attribute"},
+        {{"new", "x", "--default", "mood"}, 2, "is not of the form attribute=text"},
+        {{"new", "x", "--less-folder", "y"}, 2, "--less-folder needs"},
+        {{"new", "x", "--from", file, "--folder", "y"}, 2, "excludes"},
+        {{"new", "x", "--from", "/nowhere.xml"}, 4, "/nowhere.xml cannot be read"},
+        {{"test", "a", "/nowhere"}, 4, "/nowhere is not in the collection"}};
+    qo.expectRefusals("rule", cases);
     EXPECT_EQ(ids(qo).size(), 4U);
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <tuple>
 
 using namespace qo::host;
 
@@ -85,12 +86,7 @@ TEST(EventSettler, FileThatStillGrowsIsNotToldYet)
 
 TEST(EventSettler, MergesWhatHappensToOnePath)
 {
-    const struct
-    {
-        const char* name;
-        std::function<void(Bustle&)> happens;
-        const char* told;
-    } cases[] = {
+    const std::tuple<const char*, std::function<void(Bustle&)>, const char*> cases[] = {
         {"written again", [](Bustle& b) { b.change("/a").change("/a"); }, "*/a"},
         {"made anew", [](Bustle& b) { b.remove("/a").add("/a"); }, "*/a"},
         {"gone again", [](Bustle& b) { b.add("/a").remove("/a"); }, "-/a"},
@@ -114,10 +110,10 @@ TEST(EventSettler, MergesWhatHappensToOnePath)
         {"lost",
          [](Bustle& b) { b.add("/a").move("/b", "/c").lose().lose().add("/d"); },
          "?lost +/d"}};
-    for (const auto& c : cases)
+    for (const auto& [name, happens, told] : cases)
     {
         Bustle bustle;
-        c.happens(bustle);
-        EXPECT_EQ(bustle.told(1000), c.told) << c.name;
+        happens(bustle);
+        EXPECT_EQ(bustle.told(1000), told) << name;
     }
 }

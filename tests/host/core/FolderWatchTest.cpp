@@ -2,6 +2,7 @@
 
 #include "core/FolderChanges.h"
 #include "host/core/LoadedCollection.h"
+#include "support/Contains.h"
 
 #include <algorithm>
 #include <chrono>
@@ -214,7 +215,7 @@ TEST(FolderChanges, RemoveNothingWhileARootIsAway)
     fs::rename(here.dir.path("music"), here.dir.path("away"));
     const std::string message = here.messageOf(
         [&] { FolderChanges(*here.session).apply(events, *here.progress); }, ExitCode::away);
-    EXPECT_NE(message.find("nothing was changed"), std::string::npos) << message;
+    EXPECT_TRUE(contains(message, "nothing was changed"));
     EXPECT_EQ(here.stored(), before);
 }
 
@@ -223,14 +224,11 @@ TEST(FolderChanges, ReadAFileThatGaveWayToAnOlderOne)
     LoadedCollection here;
     const CString path = here.addSound("music/1.mp3");
     here.load();
-    const std::string file = here.dir.path("music/1.mp3");
-    fs::copy_file(QO_TEST_DATA "/sounds/sound.flac", file, fs::copy_options::overwrite_existing);
-    fs::last_write_time(file, fs::last_write_time(file) - std::chrono::hours(9999));
-    const std::vector<FolderEvent> events{{FolderEvent::Kind::changed, file, {}, {}}};
+    const std::int64_t size = here.replaceByOlder("music/1.mp3");
+    const std::vector<FolderEvent> events{
+        {FolderEvent::Kind::changed, here.dir.path("music/1.mp3"), {}, {}}};
     here.run([&] { FolderChanges(*here.session).apply(events, *here.progress); });
-    const std::int64_t size = here.run(
-        [&] { return CQoCollection::m_ownCollection.getFileByPath(path)->getDbItem()->size; });
-    EXPECT_EQ(size, static_cast<std::int64_t>(fs::file_size(file)));
+    EXPECT_EQ(here.sizeOf(path), size);
 }
 
 TEST(FolderWatch, PassesOverTheProgramsOwnFolders)

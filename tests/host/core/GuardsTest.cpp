@@ -1,23 +1,26 @@
 #include "core/DatabaseError.h"
 #include "core/DatabaseGuard.h"
-#include "core/HostError.h"
 #include "core/InstanceLock.h"
 #include "core/KernelThread.h"
 #include "core/PendingTags.h"
 #include "core/RootGuard.h"
 #include "core/Snapshots.h"
+#include "host/core/MessageOf.h"
+#include "support/Contains.h"
 #include "support/Print.h"
+#include "support/Records.h"
 #include "support/TempDir.h"
+#include "support/Words.h"
 
 #include <QoKernel/Collection.h>
 #include <QoKernel/Kernel.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
 using namespace qo::host;
 namespace fs = std::filesystem;
@@ -28,8 +31,7 @@ void makeDatabase(const CString& path, const CString& filePath)
 {
     CQoCollDb::CreateDatabaseIfNotValid(path, CQoCollDb::ConfigInfo());
     CQoCollDb db(path);
-    auto item = boost::make_shared<QoFileDbItem>();
-    item->path = filePath;
+    QoFileDbItemPtr item = recordOf(filePath);
     item->velmoraId = u"x";
     db.insertFile(item, u"");
 }
@@ -41,20 +43,6 @@ CStringArray listOf(const CString& folder)
     return list;
 }
 
-std::string messageOf(const std::function<void()>& action, ExitCode code)
-{
-    try
-    {
-        action();
-    }
-    catch (const HostError& error)
-    {
-        EXPECT_EQ(error.code(), code) << error.what();
-        return error.what();
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return {};
-}
 } // namespace
 
 TEST(InstanceLock, IsHeldOnceAndGoesWithItsHolder)
@@ -64,9 +52,7 @@ TEST(InstanceLock, IsHeldOnceAndGoesWithItsHolder)
     {
         const InstanceLock lock(file);
         const std::string message = messageOf([&] { InstanceLock second(file); }, ExitCode::busy);
-        EXPECT_NE(message.find("process " + std::to_string(qo::systemClock().processId())),
-                  std::string::npos)
-            << message;
+        EXPECT_TRUE(contains(message, "process " + std::to_string(qo::systemClock().processId())));
     }
     EXPECT_NO_THROW(InstanceLock again(file));
     fs::create_symlink(dir.path("elsewhere"), dir.path("link"));
@@ -83,25 +69,22 @@ TEST(RootGuard, TellsWhyARootCannotBeTrusted)
     dir.makeFolder("new");
     dir.makeFolder("emptied \xF0\x9F\x8E\xB5");
     dir.makeFolder("emptied \xF0\x9F\x8E\xB5 not");
-    const struct
+    const std::pair<const char*, const char*> cases[] = {
+        {"full", ""},
+        {"new", ""},
+        {"gone", "No such file or directory"},
+        {"file", "Not a directory"},
+        {"emptied \xF0\x9F\x8E\xB5", "it is empty, but the collection has 1 file in it"},
+        {"emptied \xF0\x9F\x8E\xB5 not", ""}};
+    for (const auto& [folder, cause] : cases)
     {
-        const char* folder;
-        const char* cause;
-    } cases[] = {{"full", ""},
-                 {"new", ""},
-                 {"gone", "No such file or directory"},
-                 {"file", "Not a directory"},
-                 {"emptied \xF0\x9F\x8E\xB5", "it is empty, but the collection has 1 file in it"},
-                 {"emptied \xF0\x9F\x8E\xB5 not", ""}};
-    for (const auto& c : cases)
-    {
-        const auto problems = checkRoots(listOf(dir.collPath(c.folder)), database);
-        EXPECT_EQ(problems.empty() ? "" : problems[0].cause, c.cause) << c.folder;
+        const auto problems = checkRoots(listOf(dir.collPath(folder)), database);
+        EXPECT_EQ(problems.empty() ? "" : problems[0].cause, cause) << folder;
     }
     EXPECT_TRUE(checkRoots(listOf(dir.collPath("new")), dir.collPath("no database")).empty());
 }
 
-TEST(DatabaseGuard, MakesAnAbsentOrEmptyDatabaseWithoutAWord)
+TEST(DatabaseGuard, MakesAnAbsentOrEmptyDatabaseSilentlyAndKeepsSomebodyElsesInASnapshot)
 {
     const TempDir dir;
     dir.write("empty", "");
@@ -111,21 +94,19 @@ TEST(DatabaseGuard, MakesAnAbsentOrEmptyDatabaseWithoutAWord)
         EXPECT_EQ(DatabaseGuard::countRows(dir.collPath(name)).at("VERSION_T"), 1);
         EXPECT_TRUE(DatabaseGuard(dir.collPath(name)).prepare().empty()) << name;
     }
-}
-
-TEST(DatabaseGuard, SomebodyElsesDatabaseIsKeptInASnapshotBeforeItIsMadeAnew)
-{
-    const TempDir dir;
     const CString path = dir.collPath("db");
     {
         CSQLiteDB db(path);
         db.Open();
+        db.Execute(u"CREATE TABLE sqliteX (x INTEGER PRIMARY KEY AUTOINCREMENT)");
+        EXPECT_EQ(DatabaseGuard::countRows(path), (DatabaseGuard::TableCounts{{"sqliteX", 0}}))
+            << "but for the library's own tables all are counted";
         db.Execute(u"CREATE TABLE FILE_T (x)");
         db.Execute(u"INSERT INTO FILE_T VALUES (1)");
     }
     const auto notes = DatabaseGuard(path).prepare();
     ASSERT_EQ(notes.size(), 1U);
-    EXPECT_NE(notes[0].find("FILE_T 1 -> 0"), std::string::npos) << notes[0];
+    EXPECT_TRUE(contains(notes[0], "FILE_T 1 -> 0"));
     const CStringArray copies = Snapshots(path).list();
     ASSERT_EQ(copies.GetSize(), 1);
     EXPECT_EQ(DatabaseGuard::countRows(copies[0]).at("FILE_T"), 1);
@@ -176,21 +157,10 @@ TEST(DatabaseGuard, ChangesWithoutTheirDatabaseAreNotThrownAway)
             }
             const std::string message =
                 messageOf([&] { DatabaseGuard(path).prepare(); }, ExitCode::failed);
-            EXPECT_NE(message.find(side + " still holds a part of it"), std::string::npos)
-                << message;
+            EXPECT_TRUE(contains(message, side + " still holds a part of it"));
             EXPECT_EQ(dir.read(std::string("db") + c.side), c.content);
         }
     }
-}
-
-TEST(DatabaseGuard, CountsEveryTableThatIsNotTheLibrarysOwn)
-{
-    const TempDir dir;
-    const CString path = dir.collPath("db");
-    CSQLiteDB db(path);
-    db.Open();
-    db.Execute(u"CREATE TABLE sqliteX (x INTEGER PRIMARY KEY AUTOINCREMENT)");
-    EXPECT_EQ(DatabaseGuard::countRows(path), (DatabaseGuard::TableCounts{{"sqliteX", 0}}));
 }
 
 TEST(DatabaseError, IsOneSentenceInTheLibrarysWords)
@@ -216,33 +186,6 @@ TEST(DatabaseError, IsOneSentenceInTheLibrarysWords)
     EXPECT_EQ(databaseWords(u"no room\nx"), "no room");
 }
 
-TEST(Snapshots, HoldWhatStandsInTheLogToo)
-{
-    const TempDir dir;
-    const CString path = dir.collPath("db");
-    makeDatabase(path, u"C:\\a.mp3");
-    CSQLiteDB open(path);
-    open.Open();
-    open.Execute(u"INSERT INTO FILE_T (FT_PATH) VALUES ('x')");
-    EXPECT_EQ(DatabaseGuard::countRows(Snapshots(path).take()).at("FILE_T"), 2);
-}
-
-TEST(Snapshots, NewestFiveAreKept)
-{
-    const TempDir dir;
-    const CString path = dir.collPath("db");
-    makeDatabase(path, u"C:\\a.mp3");
-    for (int i = 0; i < 6; ++i)
-        dir.write("snapshots/qodb-2020010" + std::to_string(i) + "_000000", "");
-    dir.write("snapshots/somebody's notes", "");
-    const CString newest = Snapshots(path).take();
-    const CStringArray copies = Snapshots(path).list();
-    ASSERT_EQ(copies.GetSize(), 5);
-    EXPECT_EQ(copies[0], newest);
-    EXPECT_FALSE(fs::exists(dir.path("snapshots/qodb-20200101_000000")));
-    EXPECT_TRUE(fs::exists(dir.path("snapshots/somebody's notes")));
-}
-
 TEST(Snapshots, TheOneJustTakenStaysWhateverTheOthersAreCalled)
 {
     const TempDir dir;
@@ -260,37 +203,39 @@ TEST(Snapshots, TheOneJustTakenStaysWhateverTheOthersAreCalled)
     EXPECT_FALSE(fs::exists(dir.path("snapshots/qodb-29990105_000000")));
 }
 
-TEST(Snapshots, OnlyTheirOwnFilesCountAndGo)
+TEST(Snapshots, NewestFiveAreKeptAndOnlyTheirOwnFilesCountAndGo)
 {
     const TempDir dir;
     const CString path = dir.collPath("db");
     makeDatabase(path, u"C:\\a.mp3");
-    const char* const strays[] = {"qodb-20990101_000000-wal",
-                                  "qodb-20990101_000000-shm",
-                                  "qodb-20990101_000000.bak",
-                                  "qodb-2099",
-                                  "notes.unfinished",
-                                  "qodb-x.unfinished"};
-    const char* const swept[] = {"qodb-20200101_000000",
-                                 "qodb-20200101_000000-wal",
-                                 "qodb-20200101_000000-shm",
-                                 "qodb-20200101_000000-journal",
-                                 "qodb-20200101_000000_1.unfinished",
-                                 "qodb-20200101_000000.unfinished-journal"};
-    for (const char* name : strays)
-        dir.write(std::string("snapshots/") + name, "");
-    for (const char* name : swept)
-        dir.write(std::string("snapshots/") + name, "");
+    CSQLiteDB open(path);
+    open.Open();
+    open.Execute(u"INSERT INTO FILE_T (FT_PATH) VALUES ('stands in the log alone')");
+    const auto strays = wordsOf("qodb-20990101_000000-wal qodb-20990101_000000-shm "
+                                "qodb-20990101_000000.bak qodb-2099 notes.unfinished "
+                                "qodb-x.unfinished somebody's-notes");
+    const auto swept = wordsOf("qodb-20200101_000000 qodb-20200101_000000-wal "
+                               "qodb-20200101_000000-shm qodb-20200101_000000-journal "
+                               "qodb-20200101_000000_1.unfinished "
+                               "qodb-20200101_000000.unfinished-journal");
+    for (const auto& names : {strays, swept})
+    {
+        for (const std::string& name : names)
+            dir.write("snapshots/" + name, "");
+    }
     fs::last_write_time(dir.path("snapshots/qodb-20200101_000000"),
                         fs::file_time_type::clock::now() - std::chrono::hours(1));
     for (int i = 1; i < 5; ++i)
         dir.write("snapshots/qodb-2020010" + std::to_string(i) + "_000000_12", "");
     EXPECT_EQ(Snapshots(path).list().GetSize(), 5);
-    Snapshots(path).take();
-    EXPECT_EQ(Snapshots(path).list().GetSize(), 5);
-    for (const char* name : strays)
+    const CString newest = Snapshots(path).take();
+    EXPECT_EQ(DatabaseGuard::countRows(newest).at("FILE_T"), 2);
+    const CStringArray copies = Snapshots(path).list();
+    ASSERT_EQ(copies.GetSize(), 5);
+    EXPECT_EQ(copies[0], newest);
+    for (const std::string& name : strays)
         EXPECT_TRUE(fs::exists(dir.path("snapshots/") + name)) << name;
-    for (const char* name : swept)
+    for (const std::string& name : swept)
         EXPECT_FALSE(fs::exists(dir.path("snapshots/") + name)) << name;
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "core/FileOperations.h"
-#include "core/HostError.h"
 #include "core/RootFolders.h"
 #include "core/Session.h"
+#include "host/core/MessageOf.h"
 #include "support/Print.h"
 #include "support/TempDir.h"
 
@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -89,21 +90,42 @@ public:
                 return named(items);
             });
     }
+    /// That collection and database have these, no more and no less.
+    void expectRecords(const std::map<std::string, std::string>& expected) const
+    {
+        EXPECT_EQ(records(), expected);
+        EXPECT_EQ(stored(), expected);
+    }
     /// Runs it, expects it to fail and gives the sentence.
     template <class Function>
     std::string messageOf(Function function, qo::host::ExitCode code) const
     {
-        try
-        {
-            run(function);
-        }
-        catch (const qo::host::HostError& error)
-        {
-            EXPECT_EQ(error.code(), code) << error.what();
-            return error.what();
-        }
-        ADD_FAILURE() << "nothing was thrown";
-        return {};
+        return ::messageOf([&] { run(function); }, code);
+    }
+    /// The same records with one of them under another path.
+    static std::map<std::string, std::string>
+    renamed(std::map<std::string, std::string> list, const std::string& from, const std::string& to)
+    {
+        auto node = list.extract(from);
+        node.key() = to;
+        list.insert(std::move(node));
+        return list;
+    }
+    /// Another, older file in the place of this one; its size.
+    std::int64_t replaceByOlder(const std::string& relative) const
+    {
+        namespace fs = std::filesystem;
+        const std::string file = dir.path(relative);
+        fs::copy_file(
+            QO_TEST_DATA "/sounds/sound.flac", file, fs::copy_options::overwrite_existing);
+        fs::last_write_time(file, fs::last_write_time(file) - std::chrono::hours(9999));
+        return static_cast<std::int64_t>(fs::file_size(file));
+    }
+    /// What the collection takes for the size of a file.
+    std::int64_t sizeOf(const CString& path) const
+    {
+        return run(
+            [&] { return CQoCollection::m_ownCollection.getFileByPath(path)->getDbItem()->size; });
     }
 
     TempDir dir;

@@ -124,8 +124,11 @@ protected:
     }
     /// Kills a run at each of its points that belong to this share.
     template <class Check>
-    void killEverywhere(Point point, int step, Check check)
+    void killEverywhere(bool isAcross, Point point, int step, Check check)
     {
+        makeScene(isAcross);
+        if (!scene)
+            return;
         step *= stride;
         for (int count = GetParam() * step;; count += shares * step)
         {
@@ -195,43 +198,34 @@ INSTANTIATE_TEST_SUITE_P(Share, MoveKillTest, testing::Range(0, 4));
 
 TEST_P(MoveKillTest, RunThatGoesOnEndsInThePlannedTree)
 {
-    makeScene(false);
-    if (scene)
-        killEverywhere(Point::write, 1, [this] { resumeAndUndo(); });
+    killEverywhere(false, Point::write, 1, [this] { resumeAndUndo(); });
 }
 
 TEST_P(MoveKillTest, RunThatIsTakenBackEndsInTheFirstTree)
 {
-    makeScene(false);
-    if (scene)
-        killEverywhere(Point::write, lostLines, [this] { undo(); });
+    killEverywhere(false, Point::write, lostLines, [this] { undo(); });
 }
 
 TEST_P(MoveKillTest, RunAcrossTwoDisksThatGoesOnEndsInThePlannedTree)
 {
-    makeScene(true);
-    if (scene)
-        killEverywhere(Point::write, 1, [this] { resumeAndUndo(); });
+    killEverywhere(true, Point::write, 1, [this] { resumeAndUndo(); });
 }
 
 TEST_P(MoveKillTest, RunAcrossTwoDisksThatIsTakenBackEndsInTheFirstTree)
 {
-    makeScene(true);
-    if (scene)
-        killEverywhere(Point::write, lostLines, [this] { undo(); });
+    killEverywhere(true, Point::write, lostLines, [this] { undo(); });
 }
 
 TEST_P(MoveKillTest, CopyThatIsKilledHalfWayLeavesNothing)
 {
-    makeScene(true);
-    if (scene)
-        killEverywhere(Point::question,
-                       3,
-                       [this, isOdd = false]() mutable
-                       {
-                           isOdd = !isOdd;
-                           isOdd ? resumeAndUndo() : undo();
-                       });
+    killEverywhere(true,
+                   Point::question,
+                   3,
+                   [this, isOdd = false]() mutable
+                   {
+                       isOdd = !isOdd;
+                       isOdd ? resumeAndUndo() : undo();
+                   });
 }
 
 TEST_P(MoveKillTest, ResumeAndUndoMayBeKilledToo)

@@ -97,14 +97,9 @@ TEST_F(MoveRecoveryTest, HalfACopyGoesAlsoWhenItsRunIsOver)
 TEST_F(MoveRecoveryTest, FileEditedUnderItsTemporaryNameGoesHomeAsItIs)
 {
     scene.addMove("song.mp3", "Song.mp3");
-    MoveRun::Events events;
-    events.stop = [this, asked = 0]() mutable
-    {
-        if (++asked == 3)
-            std::ofstream(scene.path(".qo-run-0.mp3")) << "edited";
-        return false;
-    };
-    const MoveRun::Report report = MoveRun::begin(journal(), scene.plan("run"))->run(events);
+    const auto edit = [this] { std::ofstream(scene.path(".qo-run-0.mp3")) << "edited"; };
+    const MoveRun::Report report =
+        MoveRun::begin(journal(), scene.plan("run"))->run(atThirdQuestion(edit));
     EXPECT_TRUE(report.isFinished);
     EXPECT_EQ(report.notes, Lines());
     EXPECT_EQ(dir.read("base/song.mp3"), "edited");
@@ -116,13 +111,8 @@ TEST_F(MoveRecoveryTest, RunStaysOpenWhileAFileHasATemporaryName)
     const OrdinaryUser user(dir.path());
     if (!user.isPossible)
         GTEST_SKIP() << "the other user cannot reach the folder";
-    MoveRun::Events events;
-    events.stop = [this, asked = 0]() mutable
-    {
-        if (++asked == 3)
-            fs::permissions(scene.path("in"), fs::perms(0500));
-        return false;
-    };
+    const MoveRun::Events events =
+        atThirdQuestion([this] { fs::permissions(scene.path("in"), fs::perms(0500)); });
     const auto run = MoveRun::begin(journal(), scene.plan("run"));
     for (int round = 0; round < 2; ++round)
     {

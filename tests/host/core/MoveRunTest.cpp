@@ -1,7 +1,8 @@
 #include "core/MoveRun.h"
 
-#include "core/HostError.h"
+#include "host/core/MessageOf.h"
 #include "host/core/MoveScene.h"
+#include "support/Contains.h"
 #include "support/OrdinaryUser.h"
 #include "support/TempDir.h"
 
@@ -40,19 +41,6 @@ protected:
     {
         std::ofstream(path) << content;
     }
-    static std::string messageOf(const std::function<void()>& deed)
-    {
-        try
-        {
-            deed();
-        }
-        catch (const HostError& error)
-        {
-            return error.what();
-        }
-        return {};
-    }
-
     /// Does the work in a process of its own for which a disk of 64 kB is mounted on the folder.
     /// False where that cannot be.
     template <class Work>
@@ -144,20 +132,14 @@ TEST_F(MoveRunTest, BrokenCircleGoesBackToWhereItWas)
 TEST_F(MoveRunTest, FileThatCannotGoBackGetsANameBesideAndANote)
 {
     scene.addMove("song.mp3", "Song.mp3");
-    auto plan = scene.plan("run");
-    auto run = MoveRun::begin(journal(), plan);
-    MoveRun::Events events;
-    events.stop = [this, asked = 0]() mutable
-    {
-        // While it waits under its temporary name others take both its names.
-        if (++asked == 3)
+    auto run = begin();
+    // While it waits under its temporary name others take both its names.
+    const MoveRun::Report report = run->run(atThirdQuestion(
+        [this]
         {
             scene.add("Song.mp3");
             scene.add("song.mp3");
-        }
-        return false;
-    };
-    const MoveRun::Report report = run->run(events);
+        }));
     EXPECT_EQ(report.notes,
               Lines{scene.path("song.mp3") + " is now " + scene.path("song.mp3_1") +
                     ", since its place was taken"});
@@ -183,9 +165,7 @@ TEST_F(MoveRunTest, StoppedRunGoesOnAndTellsEachFileOnce)
     {
         ASSERT_LT(rounds, 50);
         const auto run = MoveRun::open(journal());
-        MoveRun::Events events;
-        events.stop = [left = 30]() mutable { return --left < 0; };
-        isFinished = run->run(events).isFinished;
+        isFinished = run->run(stopAfter(30)).isFinished;
         for (const MoveRun::Place& place : run->untold())
         {
             EXPECT_EQ(told[place.recordId], place.from);
@@ -235,9 +215,7 @@ TEST_F(MoveRunTest, UndoOfWhichNothingCanGoBackLeavesTheRunAsItIs)
     scene.addMove("a", "new/a");
     scene.addMove("b", "new/b");
     scene.addMove("c", "new/c");
-    MoveRun::Events events;
-    events.stop = [left = 4]() mutable { return --left < 0; };
-    EXPECT_FALSE(begin()->run(events).isFinished);
+    EXPECT_FALSE(begin()->run(stopAfter(4)).isFinished);
     fs::rename(scene.path("new"), scene.path("away"));
     EXPECT_EQ(messageOf([&] { undo(); }),
               "the run run cannot be taken back: " + scene.path("new/a") +
@@ -351,36 +329,30 @@ TEST_F(MoveRunTest, KeptFoldersAndWhatIsNotEmptyStay)
     EXPECT_FALSE(exists("empty"));
 }
 
-TEST_F(MoveRunTest, NothingLeavesTheTargets)
-{
-    scene.addMove("a", "link/a");
-    scene.addMove("b", "real/b");
-    dir.makeFolder("outside");
-    fs::create_symlink(dir.path("outside"), scene.path("link"));
-    auto plan = scene.plan("other");
-    const MoveRun::Report report = apply();
-    EXPECT_EQ(failures(report), Lines{"a: a link leads out of the folder " + scene.path("link")});
-    EXPECT_TRUE(fs::is_empty(dir.path("outside")));
-    plan.files[0].to = dir.path("outside/a");
-    EXPECT_EQ(messageOf([&] { MoveRun::begin(journal("other"), plan); }),
-              "the plan other cannot be carried out: the line of " + scene.path("a") +
-                  " leads out of the folders of the plan: " + dir.path("outside/a"));
-    EXPECT_FALSE(fs::exists(journal("other")));
-}
-
-TEST_F(MoveRunTest, NothingIsTakenFromBehindALinkOrFromElsewhere)
+TEST_F(MoveRunTest, NothingLeavesTheTargetsAndNothingIsTakenFromBehindALinkOrFromElsewhere)
 {
     dir.makeFolder("outside/deep");
     fs::create_symlink(dir.path("outside"), scene.path("link"));
-    scene.addMove("link/deep/a", "a");
-    auto plan = scene.plan("other");
+    scene.addMove("a", "link/a");
+    scene.addMove("link/deep/c", "c");
+    scene.addMove("b", "real/b");
+    const auto plan = scene.plan("other");
     EXPECT_EQ(failures(apply()),
-              Lines{"link/deep/a: a link leads out of the folder " + scene.path("link/deep")});
-    EXPECT_TRUE(fs::exists(dir.path("outside/deep/a")));
-    plan.files[0].from = dir.path("outside/deep/a");
-    EXPECT_EQ(messageOf([&] { MoveRun::begin(journal("other"), plan); }),
-              "the plan other cannot be carried out: the line of " + dir.path("outside/deep/a") +
+              (Lines{"a: a link leads out of the folder " + scene.path("link"),
+                     "link/deep/c: a link leads out of the folder " + scene.path("link/deep")}));
+    EXPECT_TRUE(fs::exists(dir.path("outside/deep/c")));
+    EXPECT_FALSE(fs::exists(dir.path("outside/a")));
+    auto outward = plan;
+    outward.files[0].to = dir.path("outside/a");
+    EXPECT_EQ(messageOf([&] { MoveRun::begin(journal("other"), outward); }),
+              "the plan other cannot be carried out: the line of " + scene.path("a") +
+                  " leads out of the folders of the plan: " + dir.path("outside/a"));
+    auto foreign = plan;
+    foreign.files[0].from = dir.path("outside/deep/c");
+    EXPECT_EQ(messageOf([&] { MoveRun::begin(journal("other"), foreign); }),
+              "the plan other cannot be carried out: the line of " + dir.path("outside/deep/c") +
                   " is about no file in the folders of the plan");
+    EXPECT_FALSE(fs::exists(journal("other")));
 }
 
 TEST_F(MoveRunTest, FileWithoutPermissionStaysAndTheRestGoesOn)
@@ -433,9 +405,9 @@ TEST_F(MoveRunTest, JournalIsTakenUpWithATornLineOnlyByOneAndOnlyIfItIsOne)
 {
     scene.addMove("a", "new/a");
     const auto run = begin();
-    EXPECT_NE(messageOf([&] { begin(); }).find("cannot be made: File exists"), std::string::npos);
-    EXPECT_NE(messageOf([&] { MoveRun::open(journal()); }).find("another process works with it"),
-              std::string::npos);
+    EXPECT_TRUE(contains(messageOf([&] { begin(); }), "cannot be made: File exists"));
+    EXPECT_TRUE(contains(messageOf([&] { MoveRun::open(journal()); }, ExitCode::busy),
+                         "another process works with it"));
     const std::string whole = dir.read("run.running");
     dir.write("torn", whole + "{\"begin\":0}\n{\"do");
     EXPECT_TRUE(MoveRun::open(dir.path("torn"))->run({}).isFinished);
@@ -461,8 +433,8 @@ TEST_F(MoveRunTest, JournalIsTakenUpWithATornLineOnlyByOneAndOnlyIfItIsOne)
     for (const auto& c : cases)
     {
         dir.write("bad", c.text);
-        EXPECT_NE(messageOf([&] { MoveRun::open(dir.path("bad")); }).find("is no journal of a run"),
-                  std::string::npos)
+        EXPECT_TRUE(
+            contains(messageOf([&] { MoveRun::open(dir.path("bad")); }), "is no journal of a run"))
             << c.what;
         EXPECT_EQ(dir.read("bad"), c.text) << c.what;
     }
@@ -472,12 +444,7 @@ TEST_F(MoveRunTest, MovesThatTheDiskLostAreMadeAgain)
 {
     scene.addMany();
     const auto first = scene.tree();
-    {
-        const auto run = begin();
-        MoveRun::Events events;
-        events.stop = [left = 150]() mutable { return --left < 0; };
-        run->run(events);
-    }
+    begin()->run(stopAfter(150));
     // As after a power cut: the journal is on the disk and the latest renames are not.
     const std::string text = dir.read("run.running");
     int taken = 0;

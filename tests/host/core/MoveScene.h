@@ -13,6 +13,29 @@
 #include <string>
 #include <vector>
 
+/// Lets a run ask so often whether it shall stop, which it shall then.
+inline qo::host::MoveRun::Events stopAfter(int questions)
+{
+    qo::host::MoveRun::Events events;
+    events.stop = [left = questions]() mutable { return --left < 0; };
+    return events;
+}
+
+/// Does something when the run asks for the third time: the first file waits under its temporary
+/// name.
+template <class Action>
+qo::host::MoveRun::Events atThirdQuestion(Action action)
+{
+    qo::host::MoveRun::Events events;
+    events.stop = [action, asked = 0]() mutable
+    {
+        if (++asked == 3)
+            action();
+        return false;
+    };
+    return events;
+}
+
 /// A folder with files that have places to go to, the plan for them and what the folder then holds.
 class MoveScene
 {

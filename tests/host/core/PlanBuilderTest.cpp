@@ -137,18 +137,6 @@ protected:
 };
 } // namespace
 
-TEST_F(PlanBuilderTest, WhatLiesBesideATrackIsRefusedWithIt)
-{
-    addSong("music/a/1.mp3", u"Abba", u"Same");
-    addSong("music/a/2.mp3", u"Abba", u"Same");
-    here.dir.write("music/a/1.jpg", "picture");
-    here.dir.write("music/a/1.cue", "a sheet");
-    here.load();
-    auto found = verdicts(plan(store({u"{artist.name}\\", u"{track.name}"})));
-    for (const char* beside : {"a/1.jpg", "a/1.cue"})
-        EXPECT_EQ(found[beside], "refused: a/1.mp3, beside which it lies, is refused") << beside;
-}
-
 TEST_F(PlanBuilderTest, EveryFileHasAVerdictAndItsReason)
 {
     here.dir.makeFolder("elsewhere");
@@ -158,6 +146,8 @@ TEST_F(PlanBuilderTest, EveryFileHasAVerdictAndItsReason)
     here.dir.write("music/c/cover.jpg", "a picture");
     here.dir.write("music/a/1.txt", "words");
     here.dir.write("music/c/14.log", "a log");
+    here.dir.write("music/b/2.txt", "words");
+    here.dir.write("music/b/2.cue", "a sheet");
     here.dir.write("music/c/cover.log", "a log");
     here.load();
     here.dir.write("music/Abba/Taken.mp3", "x");
@@ -173,12 +163,14 @@ TEST_F(PlanBuilderTest, EveryFileHasAVerdictAndItsReason)
 
     const ReorganizePlan made = plan(store({u"{artist.name}\\", u"{track.name}", u""}));
     auto found = verdicts(made);
-    EXPECT_EQ(made.files.size(), std::size(songs) + 4);
+    EXPECT_EQ(made.files.size(), std::size(songs) + 6);
     for (const auto& c : songs)
         EXPECT_EQ(found[c.from], c.verdict) << c.from;
     EXPECT_EQ(found["c/cover.jpg"], "stays: the rule has no name for files of the kind Picture");
     EXPECT_EQ(found["a/1.txt"], "-> Abba/1.txt");
     EXPECT_EQ(found["c/14.log"], found["c/14.mp3"]);
+    for (const char* beside : {"b/2.txt", "b/2.cue"})
+        EXPECT_EQ(found[beside], "refused: b/2.mp3, beside which it lies, is refused") << beside;
     EXPECT_EQ(found["c/cover.log"], "stays: rules are about music, pictures and lyrics only");
     const auto place = [](const PlannedFile& file)
     {

@@ -1,6 +1,7 @@
 #include "core/Reorganizer.h"
 
 #include "host/core/LoadedCollection.h"
+#include "support/Contains.h"
 
 using namespace qo::host;
 namespace fs = std::filesystem;
@@ -50,14 +51,15 @@ protected:
         std::swap(expected.at(a), expected.at(b));
         return expected;
     }
-    void undo()
+    MoveRun::Report apply(const ReorganizePlan& plan) const
     {
-        here.run(
-            [&]
-            {
-                const auto report = Reorganizer(*here.session).undo("", *here.progress);
-                EXPECT_TRUE(report.isFinished && report.failures.empty());
-            });
+        return here.run([&] { return Reorganizer(*here.session).apply(plan, *here.progress); });
+    }
+    void undo(const std::string& id = "") const
+    {
+        const auto report =
+            here.run([&] { return Reorganizer(*here.session).undo(id, *here.progress); });
+        EXPECT_TRUE(report.isFinished && report.failures.empty());
     }
 
     LoadedCollection here;
@@ -69,24 +71,16 @@ TEST_F(ReorganizerTest, IdsFollowFilesThatChangePlacesAndComeBack)
 {
     const ReorganizePlan plan =
         planFor({{"a/1.mp3", "a/2.mp3"}, {"a/2.mp3", "b/3.mp3"}, {"b/3.mp3", "a/1.mp3"}});
-    here.run(
-        [&]
-        {
-            const auto report = Reorganizer(*here.session).apply(plan, *here.progress);
-            EXPECT_EQ(report.moved, 3U);
-        });
+    EXPECT_EQ(apply(plan).moved, 3U);
     const std::map<std::string, std::string> expected = {
         {"music/a/1.mp3", atFirst["music/b/3.mp3"]},
         {"music/a/2.mp3", atFirst["music/a/1.mp3"]},
         {"music/b/3.mp3", atFirst["music/a/2.mp3"]}};
-    EXPECT_EQ(here.records(), expected);
-    EXPECT_EQ(here.stored(), expected);
-    EXPECT_EQ(here.messageOf([&] { Reorganizer(*here.session).apply(plan, *here.progress); },
-                             ExitCode::refused),
+    here.expectRecords(expected);
+    EXPECT_EQ(messageOf([&] { apply(plan); }, ExitCode::refused),
               "the plan 20260131-120000 was carried out before: make a new one");
     undo();
-    EXPECT_EQ(here.records(), atFirst);
-    EXPECT_EQ(here.stored(), atFirst);
+    here.expectRecords(atFirst);
 }
 
 TEST_F(ReorganizerTest, AScanAfterACrashBeforeTheSaveFindsEveryRecordAtItsFile)
@@ -118,14 +112,13 @@ TEST_F(ReorganizerTest, ACrashBehindTheSaveDoesNotTellTheCollectionTwice)
 TEST_F(ReorganizerTest, NothingMovesWhileARootFolderIsAway)
 {
     const ReorganizePlan plan = planFor({{"a/1.mp3", "c/1.mp3"}});
-    const auto apply = [&] { Reorganizer(*here.session).apply(plan, *here.progress); };
     fs::rename(here.dir.path("music"), here.dir.path("away"));
-    here.messageOf(apply, ExitCode::away);
+    messageOf([&] { apply(plan); }, ExitCode::away);
     EXPECT_FALSE(fs::exists(here.dir.path("music")));
     fs::rename(here.dir.path("away"), here.dir.path("music"));
-    here.run(apply);
+    apply(plan);
     fs::rename(here.dir.path("music"), here.dir.path("away"));
-    here.messageOf([&] { Reorganizer(*here.session).undo("", *here.progress); }, ExitCode::away);
+    messageOf([&] { undo(); }, ExitCode::away);
     fs::rename(here.dir.path("away"), here.dir.path("music"));
     undo();
     EXPECT_EQ(here.stored(), atFirst);
@@ -134,12 +127,11 @@ TEST_F(ReorganizerTest, NothingMovesWhileARootFolderIsAway)
 TEST_F(ReorganizerTest, UndoTakesBackWhatLastLedAwayBeItAnUndoneUndo)
 {
     const ReorganizePlan plan = planFor({{"a/1.mp3", "c/1.mp3"}});
-    here.run([&] { Reorganizer(*here.session).apply(plan, *here.progress); });
+    apply(plan);
     undo();
     const std::string first = here.run([] { return Reorganizer::runs().back().id; });
-    here.messageOf([&] { Reorganizer(*here.session).undo("", *here.progress); },
-                   ExitCode::notFound);
-    here.run([&] { Reorganizer(*here.session).undo(first, *here.progress); });
+    messageOf([&] { undo(); }, ExitCode::notFound);
+    undo(first);
     EXPECT_TRUE(fs::exists(here.dir.path("music/c/1.mp3")));
     undo();
     EXPECT_EQ(here.stored(), atFirst);
@@ -152,16 +144,12 @@ TEST_F(ReorganizerTest, APlanLearnsTheIdsOfRecordsAndOfFilesThatCameToItsPlaces)
         file.recordId = "of another time";
     here.addSound("music/C/2.MP3");
     here.load();
-    auto expected = here.records();
-    const auto report =
-        here.run([&] { return Reorganizer(*here.session).apply(plan, *here.progress); });
+    const auto expected = here.records();
+    const auto report = apply(plan);
     ASSERT_EQ(report.failures.size(), 1U);
     EXPECT_EQ(report.failures[0].reason,
               "the collection takes " + here.dir.path("music/C/2.MP3") + " for the same name");
-    auto node = expected.extract("music/a/1.mp3");
-    node.key() = "music/c/1.mp3";
-    expected.insert(std::move(node));
-    EXPECT_EQ(here.stored(), expected);
+    EXPECT_EQ(here.stored(), here.renamed(expected, "music/a/1.mp3", "music/c/1.mp3"));
 }
 
 TEST_F(ReorganizerTest, ADamagedJournalLocksNobodyOut)
@@ -170,5 +158,5 @@ TEST_F(ReorganizerTest, ADamagedJournalLocksNobodyOut)
     here.dir.write("data/Qorganizer/reorganize/20260101-000000.running", "{}\n");
     here.load();
     EXPECT_TRUE(here.records().contains("music/a/4.mp3"));
-    EXPECT_NE(here.notes.find("20260101-000000.running"), std::string::npos) << here.notes;
+    EXPECT_TRUE(contains(here.notes, "20260101-000000.running"));
 }

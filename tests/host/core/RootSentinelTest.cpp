@@ -1,22 +1,13 @@
 #include "core/RootSentinel.h"
 
 #include "host/core/LoadedCollection.h"
+#include "support/Contains.h"
 #include "support/OrdinaryUser.h"
 
 #include <sys/stat.h>
 
 using namespace qo::host;
 namespace fs = std::filesystem;
-
-namespace
-{
-/// With a root folder that is new the next scan reads in slices.
-void addFreshRoot(const LoadedCollection& here)
-{
-    here.addSound("fresh/9.mp3");
-    here.addRoot(here.dir.collPath("fresh"));
-}
-} // namespace
 
 TEST(RootSentinel, MissesAFolderThatWentAwayBeforeItWasMade)
 {
@@ -69,50 +60,27 @@ TEST(Scan, RecordsOfFoldersThatCannotBeReadStay)
         EXPECT_EQ(stored, expected) << inSlices;
         EXPECT_EQ(here.stored(), here.records());
         for (const char* const folder : {"music/closed", "music/unlistable"})
-            EXPECT_NE(here.notes.find("the folder " + here.dir.path(folder) +
-                                      " could not be read: Permission denied"),
-                      std::string::npos)
-                << here.notes;
+            EXPECT_TRUE(contains(here.notes,
+                                 "the folder " + here.dir.path(folder) +
+                                     " could not be read: Permission denied"));
     }
     ::chmod(here.dir.path("music/closed").c_str(), 0755);
     ::chmod(here.dir.path("music/unlistable").c_str(), 0755);
 }
 
-TEST(Scan, InSlicesLeavesTheFoldersOnTheDiskAlone)
+TEST(Scan, InSlicesLeavesFoldersAloneAndReadsAFileThatGaveWayToAnOlderOne)
 {
     const LoadedCollection here;
     here.addSound("music/a/1.mp3");
-    here.addSound("music/2.mp3");
+    const CString path = here.addSound("music/2.mp3");
     here.load();
     fs::remove(here.dir.path("music/a/1.mp3"));
-    addFreshRoot(here);
+    const std::int64_t size = here.replaceByOlder("music/2.mp3");
+    // With a root folder that is new the scan reads in slices.
+    here.addSound("fresh/9.mp3");
+    here.addRoot(here.dir.collPath("fresh"));
     here.load();
     EXPECT_EQ(here.stored().size(), 2U);
     EXPECT_TRUE(fs::exists(here.dir.path("music/a")));
-}
-
-TEST(Scan, InSlicesReadsAFileThatGaveWayToAnOlderOne)
-{
-    const LoadedCollection here;
-    const CString path = here.addSound("music/1.mp3");
-    here.load();
-    const std::string file = here.dir.path("music/1.mp3");
-    fs::copy_file(QO_TEST_DATA "/sounds/sound.flac", file, fs::copy_options::overwrite_existing);
-    fs::last_write_time(file, fs::last_write_time(file) - std::chrono::hours(9999));
-    addFreshRoot(here);
-    here.load();
-    const auto size = here.run(
-        [&] { return CQoCollection::m_ownCollection.getFileByPath(path)->getDbItem()->size; });
-    EXPECT_EQ(size, static_cast<std::int64_t>(fs::file_size(file)));
-}
-
-TEST(Scan, PassesOverTheProgramsOwnFolders)
-{
-    const LoadedCollection here;
-    here.addSound("music/1.mp3");
-    here.load();
-    here.addRoot(here.dir.collPath());
-    here.load();
-    for (const auto& [path, id] : here.stored())
-        EXPECT_FALSE(path.starts_with("data/")) << path;
+    EXPECT_EQ(here.sizeOf(path), size);
 }

@@ -14,7 +14,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <random>
 
@@ -145,13 +144,15 @@ protected:
         return report;
     }
 
-    Session::Options sessionOptions()
+    /// With a session whose root folder the music is, and how to scan that; on the kernel's thread.
+    template <class Action>
+    void inSession(Action action)
     {
         Session::Options options;
         options.dataFolder = dir.path("session");
-        return options;
+        Session session(options);
+        session.kernel().run([&] { action(session, prepare(session)); });
     }
-    /// The music is its root folder; how to scan it. On the kernel's thread.
     Session::LoadOptions prepare(Session& session)
     {
         session.prepareDatabase(Session::databasePath());
@@ -228,11 +229,9 @@ TEST_F(SlicedScanTest, InterruptedSessionKeepsItsSlicesAndGoesOn)
     ASSERT_TRUE(load(database("whole"), roots, true));
     const std::vector<std::string> whole = stateOf(collection);
     collection.clearCollection(&silent);
-    Session session(sessionOptions());
-    session.kernel().run(
-        [&]
+    inSession(
+        [&](Session& session, Session::LoadOptions scan)
         {
-            Session::LoadOptions scan = prepare(session);
             scan.filesInSlice = 5;
             int kept = 0;
             for (int round = 0; round < 3; ++round)
@@ -252,14 +251,12 @@ TEST_F(SlicedScanTest, InterruptedSessionKeepsItsSlicesAndGoesOn)
                 stop = &stopping;
                 EXPECT_THROW(session.load(scan, stopping), HostError);
                 EXPECT_TRUE(Session::hasUnfinishedScan());
-                ProgressReporter plain([](const ProgressEvent&) {});
-                const Session::LoadReport report = session.load({}, plain);
+                const Session::LoadReport report = session.load({}, progress);
                 EXPECT_FALSE(report.walked);
                 EXPECT_GT(report.files, kept);
                 kept = report.files;
             }
-            ProgressReporter last([](const ProgressEvent&) {});
-            const Session::LoadReport report = session.load(scan, last);
+            const Session::LoadReport report = session.load(scan, progress);
             EXPECT_FALSE(Session::hasUnfinishedScan());
             EXPECT_GT(report.added, 0);
             EXPECT_EQ(stateOf(CQoCollection::m_ownCollection), whole);
@@ -268,14 +265,11 @@ TEST_F(SlicedScanTest, InterruptedSessionKeepsItsSlicesAndGoesOn)
 
 TEST_F(SlicedScanTest, RootThatGoesAwayDuringAScanLosesNoFile)
 {
-    Session session(sessionOptions());
-    session.kernel().run(
-        [&]
+    inSession(
+        [&](Session& session, const Session::LoadOptions& scan)
         {
-            const Session::LoadOptions scan = prepare(session);
             RootFolders folders;
-            ProgressReporter plain([](const ProgressEvent&) {});
-            const int files = session.load(scan, plain).files;
+            const int files = session.load(scan, progress).files;
             dir.makeFolder("other");
             dir.write("other/x.txt", "words");
             for (const bool inSlices : {false, true})
@@ -302,7 +296,6 @@ TEST_F(SlicedScanTest, RootThatGoesAwayDuringAScanLosesNoFile)
                 db.getAllFiles(stored, false, u"", true);
                 EXPECT_EQ(stored.GetSize(), files) << inSlices;
             }
-            ProgressReporter last([](const ProgressEvent&) {});
-            EXPECT_EQ(session.load(scan, last).files, files + 1);
+            EXPECT_EQ(session.load(scan, progress).files, files + 1);
         });
 }
