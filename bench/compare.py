@@ -21,7 +21,7 @@ def arguments():
     parser.add_argument("--files", type=int, default=100000)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--runs", type=int, default=3)
-    parser.add_argument("--scale", type=int, default=0, help="also load a database with so many times the rows")
+    parser.add_argument("--scale", type=int, default=0, help="also load and save a database with so many times the rows")
     parser.add_argument("--work", help="folder for the library and the databases (default: BUILD/work)")
     return parser.parse_args()
 
@@ -121,19 +121,25 @@ class Bench:
         return files, rows
 
     def grow(self, factor):
-        """A copy of the data folder whose database has the rows of factor libraries."""
+        """A copy of the data folder whose database has the rows of factor libraries side by side.
+
+        They stand in the order in which a scan of all these would have brought them.
+        """
         shutil.rmtree(self.big_data, ignore_errors=True)
         shutil.copytree(self.data, self.big_data)
         database = sqlite3.connect(self.database(self.big_data))
         columns = [row[1] for row in database.execute("PRAGMA table_info(FILE_T)") if row[1] != "FT_ID"]
         root = "C:" + self.music.replace("/", "\\")
-        values = {"FT_PATH": "replace(FT_PATH, :root, :root || '\\copy ' || :copy)",
+        values = {"FT_PATH": "replace(FT_PATH, :root, :root || '\\' || :copy)",
                   "FT_VELMORA_ID": "CASE FT_VELMORA_ID WHEN '' THEN '' ELSE FT_VELMORA_ID || '-' || :copy END"}
         select = ", ".join(values.get(column, column) for column in columns)
         last = database.execute("SELECT max(FT_ID) FROM FILE_T").fetchone()[0]
         for copy in range(1, factor):
-            database.execute(f"INSERT INTO FILE_T ({', '.join(columns)}) SELECT {select} FROM FILE_T WHERE FT_ID <= :last",
-                             {"root": root, "copy": str(copy), "last": last})
+            database.execute(f"INSERT INTO FILE_T ({', '.join(columns)}) SELECT {select} FROM FILE_T "
+                             "WHERE FT_ID <= :last ORDER BY FT_ID",
+                             {"root": root, "copy": f"copy {copy:03}", "last": last})
+        database.execute("UPDATE FILE_T SET " + ", ".join(f"{column} = {value}" for column, value in values.items()) +
+                         " WHERE FT_ID <= :last", {"root": root, "copy": "copy 000", "last": last})
         database.commit()
         database.close()
 
@@ -205,6 +211,9 @@ def main():
             # In turn, as the machine's speed changes from minute to minute.
             bench.qo("load beside it", bench.data, "load")
             bench.qo("scaled load", bench.big_data, "load")
+        for _ in range(options.runs):
+            bench.floor("save beside it", "bench_save", bench.database(bench.data), bench.fresh)
+            bench.floor("scaled save", "bench_save", bench.database(bench.big_data), bench.fresh)
 
     median = bench.median
     f1, f2, f3, f4 = (median(name) for name in ("F1 walk and stat", "F2 read tags", "F3 insert rows", "F4 read rows"))
@@ -229,8 +238,9 @@ def main():
         verdict = "aim" if each <= 0.8 else "yes" if each <= 1.2 else "NO"
         print(f"| resident memory after load | {each:.2f} KB a file | | | 1.2 KB | 0.8 KB | {verdict} |")
     if options.scale > 1:
-        print(ratio_row(f"load of a row at {options.scale} times the rows", median("scaled load") / options.scale,
-                        median("load beside it"), 1.2, 1.05))
+        for name, must, aim in (("load", 1.2, 1.05), ("save", 1.3, 1.1)):
+            print(ratio_row(f"{name} of a row at {options.scale} times the rows", median("scaled " + name) / options.scale,
+                            median(name + " beside it"), must, aim))
     print("\nWhole processes, start and end included: " +
           ", ".join(f"{name} {median('process ' + name):.3f} s" for name in ("first scan", "rescan without change", "load")))
 
