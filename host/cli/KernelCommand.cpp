@@ -50,9 +50,9 @@ void loadForReading(const CommandLine& line, Session& session)
         session.kernel().run([] { return !host::RootFolders().folders().IsEmpty(); });
     if (!hasRoots)
         line.note("the collection has no folder yet: add one with \"qo scan DIR\"");
-    else if (report.walked)
-        line.note("the root folders had changed, so they were scanned: " +
-                  countText(report.files, "file"));
+    else if (report.walked || report.gone > 0)
+        line.note("the root folders have changed: " + countText(report.added, "file") + " came, " +
+                  std::to_string(report.gone) + " left");
 }
 
 std::vector<CString> spellings(const std::string& typed)

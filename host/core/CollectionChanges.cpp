@@ -154,9 +154,7 @@ void CollectionChanges::applyWithEdits(const Stage& stage, IQoProgress& progress
         }
         throw;
     }
-    // Files that left the tree would keep their tracks in the lists.
-    CQoCollection::m_ownCollection.releaseZombieObjects();
-    CLTManager::cleanUp(false);
+    forgetGone(CQoCollection::m_ownCollection);
 }
 
 void CollectionChanges::applyStage(const Stage& stage, IQoProgress& progress)

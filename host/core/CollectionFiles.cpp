@@ -1,5 +1,9 @@
 #include "core/CollectionFiles.h"
 
+#include "core/UnreadFiles.h"
+
+#include <QoKernel/Logical.h>
+
 #include <algorithm>
 
 namespace qo::host
@@ -43,9 +47,46 @@ bool hasUnsaved(const CQoCollection& collection)
                        { return item->dbState != dbState::unchanged; });
 }
 
+void forgetGone(CQoCollection& collection)
+{
+    collection.releaseZombieObjects();
+    CLTManager::cleanUp(false);
+}
+
+int dropVanished(CQoCollection& collection,
+                 const std::function<bool(const CString&)>& wasWalked,
+                 const std::function<bool()>& isTrusted)
+{
+    QoFileDbItemArray records;
+    collection.copyFiles(records);
+    CQoFileChangeInfoList gone;
+    for (const QoFileDbItemPtr& record : records)
+    {
+        // A file that was looked at has a write time.
+        if (CQoCollDbUtils::IsNullFILETIME(record->modifTime) &&
+            CQoCollPath(record->path).isLocalDisk() && wasWalked(record->path) &&
+            isKnownToBeGone(record->path))
+            gone.addFileToDelete(record->path)->m_keepEmptyDirs = true;
+    }
+    // In this order: with a folder that goes away all in it seems to have gone.
+    if (gone.IsEmpty() || !isTrusted())
+        return 0;
+    CDummyProgress progress; // what has begun comes to its end
+    collection.applyQoFileChanges(gone, {}, &progress);
+    forgetGone(collection);
+    return gone.GetSize();
+}
+
 bool isOtherFile(const QoFileDbItem& record, const FileInfo& info)
 {
     return info.size != record.size ||
            !CQoCollDbUtils::FILETIMEsAreEqual(info.modified, record.modifTime);
+}
+
+void readIfOther(const QoFileDbItemPtr& record, const CString& path)
+{
+    FileInfo info;
+    if (record && fileSystem().info(path, Spelling::exact, info) == 0 && isOtherFile(*record, info))
+        CQoCollDbUtils::SetNullFILETIME(record->modifTime);
 }
 } // namespace qo::host

@@ -31,14 +31,6 @@ void refuseWithoutRoots()
     if (!text.empty())
         throw HostError(ExitCode::away, text + "nothing was changed");
 }
-
-/// The kernel reads what is newer than it knows.
-void readIfOther(const QoFileDbItemPtr& record, const CString& path)
-{
-    FileInfo info;
-    if (record && fileSystem().info(path, Spelling::exact, info) == 0 && isOtherFile(*record, info))
-        CQoCollDbUtils::SetNullFILETIME(record->modifTime);
-}
 } // namespace
 
 /// What the events come to, each path once.

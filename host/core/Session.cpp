@@ -1,9 +1,11 @@
 #include "core/Session.h"
 
+#include "core/CollectionFiles.h"
 #include "core/DatabaseGuard.h"
 #include "core/HostError.h"
 #include "core/HostFiles.h"
 #include "core/Reorganizer.h"
+#include "core/RootChanges.h"
 #include "core/RootFolders.h"
 #include "core/RootGuard.h"
 #include "core/RootSentinel.h"
@@ -14,6 +16,7 @@
 
 #include <QoKernel/Collection.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace qo::host
@@ -39,6 +42,34 @@ void startKernel(KeyValueConfig& settings, CKVModule& module)
 {
     initQoKernel(&settings, &module);
     CQoCollection::initGlobal();
+}
+
+HostError saveFailure(const CString& database, const std::string& cause)
+{
+    return {ExitCode::failed,
+            "the collection could not be saved to " + shownPath(database) +
+                ", which is as it was before: " + cause};
+}
+
+/// Without a scan yet, its times are null.
+CollInfoDbItem storedInfo(const CString& database)
+{
+    CQoCollDb db(database);
+    CollInfoDbItem info;
+    db.getCollInfo(u"", info);
+    return info;
+}
+
+std::string keptText(const SlicedScan::Report& slices, bool goesOn)
+{
+    if (!slices.hasSaved && !goesOn)
+        return "nothing was kept yet";
+    const std::string count = std::to_string(slices.added + slices.changed);
+    const std::string kept =
+        !slices.hasSaved ? "no more files were read"
+        : goesOn ? count + " more files were kept (" + std::to_string(slices.files) + " in all)"
+                 : "the " + count + " files read so far were kept";
+    return kept + ", and the next scan goes on from there";
 }
 } // namespace
 
@@ -134,12 +165,10 @@ void Session::prepareDatabase(const CString& database)
         note(sentence);
 }
 
-bool Session::wouldWalk(const CString& database, bool& wasNeverScanned)
+bool Session::wouldWalk(const CString& database)
 {
-    CQoCollDb db(database);
-    CollInfoDbItem info;
-    wasNeverScanned = !db.getCollInfo(u"", info) || CQoCollDbUtils::IsNullFILETIME(info.scanTime);
-    if (wasNeverScanned)
+    const CollInfoDbItem info = storedInfo(database);
+    if (CQoCollDbUtils::IsNullFILETIME(info.scanTime))
         return true;
     CollPathArray wanted;
     CQoCollection::validateRootDirs(RootFolders().folders(), wanted);
@@ -151,9 +180,10 @@ bool Session::wouldWalk(const CString& database, bool& wasNeverScanned)
     return !added.IsEmpty() || !removed.IsEmpty() || !info.userName.IsEmpty();
 }
 
-std::vector<RootProblem> Session::guardRoots(bool allowMissingRoot, const CString& database)
+std::vector<RootProblem>
+Session::guardRoots(const CStringArray& folders, bool allowMissingRoot, const CString& database)
 {
-    const std::vector<RootProblem> problems = checkRoots(RootFolders().folders(), database);
+    const std::vector<RootProblem> problems = checkRoots(folders, database);
     if (problems.empty() || allowMissingRoot)
         return problems;
     throw HostError(ExitCode::away,
@@ -177,15 +207,10 @@ bool Session::hasUnfinishedScan()
 
 void Session::checkSaved(const CString& database, const std::string& cause)
 {
-    CQoCollDb db(database);
-    CollInfoDbItem stored;
-    db.getCollInfo(u"", stored);
-    if (CQoCollDbUtils::FILETIMEsAreEqual(stored.scanTime,
+    if (CQoCollDbUtils::FILETIMEsAreEqual(storedInfo(database).scanTime,
                                           CQoCollection::m_ownCollection.getCollInfo().scanTime))
         return;
-    throw HostError(ExitCode::failed,
-                    "the collection could not be saved to " + shownPath(database) +
-                        ", which is as it was before: " + cause);
+    throw saveFailure(database, cause);
 }
 
 Session::LoadReport Session::load(const LoadOptions& options, ProgressReporter& progress)
@@ -253,46 +278,11 @@ void Session::followMoves(const RootFolders& roots,
     tellUntoldMoves(*this);
 }
 
-CollPathArray
-Session::firstScanned(const RootFolders& roots, const UnfinishedScan& mark, const CString& database)
-{
-    CollPathArray wanted;
-    CQoCollection::validateRootDirs(roots.folders(), wanted);
-    CollPathArray known;
-    {
-        CQoCollDb db(database);
-        CollInfoDbItem info;
-        if (db.getCollInfo(u"", info) && !CQoCollDbUtils::IsNullFILETIME(info.scanTime))
-            addPaths(known, info.rootDirs);
-    }
-    CollPathArray unfinished;
-    addPaths(unfinished, mark.rootsAtFirst());
-    CollPathArray fresh;
-    for (const CQoCollPath& root : wanted)
-    {
-        if (findPath(known, root) < 0 || findPath(unfinished, root) >= 0)
-            fresh.Add(root);
-    }
-    return fresh;
-}
-
 void Session::checkSlices(const SlicedScan::Report& slices, const UnfinishedScan& mark) const
 {
     if (!slices.isStopped)
         return;
-    // Nothing to go on from: the folders are as new as they were.
-    if (slices.added == 0 && !mark.wasThere())
-        mark.end();
-    const std::string count = std::to_string(slices.added);
-    std::string kept = "nothing was read yet";
-    if (mark.wasThere())
-        kept = slices.added == 0
-                   ? "no more files were read"
-                   : count + " more files were kept (" + std::to_string(slices.files) + " in all)";
-    else if (slices.added > 0)
-        kept = "the " + count + " files read so far were kept";
-    if (mark.wasThere() || slices.added > 0)
-        kept += ", and the next scan goes on from there";
+    const std::string kept = keptText(slices, mark.wasThere());
     if (!slices.isSaved)
         throw HostError(ExitCode::failed,
                         "the collection could not be saved to " + shownPath(databasePath()) + ": " +
@@ -300,58 +290,127 @@ void Session::checkSlices(const SlicedScan::Report& slices, const UnfinishedScan
     throw HostError(ExitCode::interrupted, "interrupted; " + kept);
 }
 
-bool Session::scanInSlices(const LoadOptions& options,
+void Session::followRoots(const LoadOptions& options,
+                          const RootChanges& changes,
+                          RootSentinel& sentinel,
+                          ProgressReporter& progress,
+                          LoadReport& report)
+{
+    const CString database = databasePath();
+    loadStored(database, sentinel, progress);
+    CQoCollection& collection = CQoCollection::m_ownCollection;
+    if (changes.haveSomeLeft())
+    {
+        const int before = collection.getFileCount();
+        collection.setRootDirs(changes.kept(), RootFolders().kinds(), &progress);
+        if (progress.wasStopped())
+            throw HostError(ExitCode::interrupted, interruptedText(false, true));
+        if (hasUnsaved(collection))
+            throw saveFailure(database, m_failures->lastFailure());
+        forgetGone(collection);
+        report.gone = before - collection.getFileCount();
+    }
+    if (!changes.fresh().IsEmpty())
+        scanInSlices(options, changes.fresh(), sentinel, progress, report);
+}
+
+void Session::scanInSlices(const LoadOptions& options,
+                           const CStringArray& fresh,
                            RootSentinel& sentinel,
                            ProgressReporter& progress,
                            LoadReport& report)
 {
-    const CString database = databasePath();
     const RootFolders roots;
     const UnfinishedScan mark(folder());
-    const CollPathArray fresh = firstScanned(roots, mark, database);
-    if (fresh.IsEmpty())
-    {
-        if (mark.wasThere())
-            mark.end(); // its folders were removed since
-        return false;
-    }
-    for (const StoredRoot& root : storedRoots(database))
-    {
-        // A folder that a new one holds, or that leaves, asks for a scan in one piece.
-        if (roots.kind(root.folder) != root.kind || roots.holder(root.folder) != root.folder)
-            return false;
-    }
-    loadStored(database, sentinel, progress);
-    CStringArray added;
-    for (const CQoCollPath& root : fresh)
-        added.Add(root.toString());
-    mark.begin(added);
+    mark.begin(fresh);
     CQoCollection& collection = CQoCollection::m_ownCollection;
-    collection.addRootDirs(added, roots.kinds());
-    SlicedScan scan(collection,
-                    progress,
-                    options.filesInSlice,
-                    added,
-                    sentinel.unread(),
-                    [&sentinel] { return sentinel.look().empty(); });
+    collection.addRootDirs(fresh, roots.kinds());
+    SlicedScan scan(
+        collection,
+        progress,
+        options.filesInSlice,
+        fresh,
+        sentinel.unread(),
+        [&sentinel] { return sentinel.look().empty(); },
+        !options.rescan);
     SlicedScan::Report slices = scan.read();
+    // Nothing to go on from: the folders are as new as they were.
+    if ((slices.isStopped || sentinel.hasLost()) && !slices.hasSaved && !mark.wasThere())
+        mark.end();
     if (sentinel.hasLost())
-    {
-        if (!mark.wasThere())
-            mark.end(); // nothing was read yet
         sentinel.refuse();
-    }
     report.added = slices.added;
     report.changed = slices.changed;
-    report.gone = slices.gone;
+    report.gone += slices.gone;
+    report.vanished = slices.vanished;
     if (!slices.isStopped)
+    {
+        mark.beginNames(fresh, storedInfo(databasePath()).modifiedTime);
         scan.analyze(slices);
+    }
     checkSlices(slices, mark);
-    mark.end();
     if (slices.hasMoved && !options.isLast)
-        loadOnce(
-            database, roots.folders(), roots.kinds(), false, sentinel, progress, "interrupted");
-    return true;
+        loadOnce(databasePath(),
+                 roots.folders(),
+                 roots.kinds(),
+                 false,
+                 sentinel,
+                 progress,
+                 "interrupted");
+}
+
+void Session::loadInOnePiece(const CString& database,
+                             RootSentinel& sentinel,
+                             ProgressReporter& progress,
+                             LoadReport& report)
+{
+    const RootFolders roots;
+    const bool isFirst =
+        report.walked && CQoCollDbUtils::IsNullFILETIME(storedInfo(database).scanTime);
+    // Only a rescan has the names analysed.
+    const CQoCollection::OpResultInfo result = loadOnce(database,
+                                                        roots.folders(),
+                                                        roots.kinds(),
+                                                        report.walked,
+                                                        sentinel,
+                                                        progress,
+                                                        interruptedText(isFirst, report.walked));
+    report.added = result.m_inserted;
+    report.changed = result.m_updated;
+    report.gone = result.m_deleted;
+    if (!report.walked)
+        return;
+    report.vanished = dropVanished(
+        CQoCollection::m_ownCollection,
+        [](const CString&) { return true; },
+        [&sentinel] { return sentinel.look().empty(); });
+    report.added = std::max(0, report.added - report.vanished);
+    if (sentinel.hasLost())
+        sentinel.refuse();
+}
+
+void Session::settleUnfinishedScan(const CString& database) const
+{
+    try
+    {
+        UnfinishedScan(folder()).settle(storedInfo(database).modifiedTime);
+    }
+    catch (const HostError& error)
+    {
+        note(error.what()); // the next start tries again
+    }
+}
+
+void Session::tellUnread(const UnreadFiles& unread, const LoadReport& report) const
+{
+    for (const std::string& sentence : unread.sentences())
+        note(sentence);
+    for (const std::string& sentence : m_failures->fileRemarks())
+        note(sentence);
+    if (report.vanished == 1)
+        note("a file vanished before it could be read");
+    else if (report.vanished > 1)
+        note(std::to_string(report.vanished) + " files vanished before they could be read");
 }
 
 Session::LoadReport Session::loadGuarded(const LoadOptions& options,
@@ -360,42 +419,42 @@ Session::LoadReport Session::loadGuarded(const LoadOptions& options,
 {
     LoadReport report;
     RootFolders roots;
+    const bool isOwn = options.database.IsEmpty();
     const std::vector<StoredRoot> unlisted = unlistedRoots(database, roots);
     refuseUnnamedRoots(unlisted, roots);
-    if (m_options.withLock && options.database.IsEmpty() && hasUntoldMoves())
+    if (m_options.withLock && isOwn)
+        settleUnfinishedScan(database);
+    if (m_options.withLock && isOwn && hasUntoldMoves())
         followMoves(roots, database, progress);
-    bool wasNeverScanned = false;
-    report.walked = wouldWalk(database, wasNeverScanned) || options.rescan;
-    std::vector<RootProblem> givenUp;
-    if (report.walked)
-        givenUp = guardRoots(options.allowMissingRoot, database);
-    if ((!givenUp.empty() || !unlisted.empty()) && options.database.IsEmpty())
+    const bool hasNews = options.rescan || wouldWalk(database);
+    std::optional<RootChanges> changes;
+    if (hasNews && isOwn)
+        changes.emplace(roots, UnfinishedScan(folder()), database);
+    if (changes && !changes->canBeFollowed(options.rescan))
+        changes.reset();
+    // What is not going to be looked through need not be there.
+    CStringArray walked;
+    if (hasNews)
+        walked = changes && !options.rescan ? changes->fresh() : roots.folders();
+    report.walked = options.rescan || !walked.IsEmpty();
+    const std::vector<RootProblem> givenUp = guardRoots(walked, options.allowMissingRoot, database);
+    if ((!givenUp.empty() || !unlisted.empty()) && isOwn)
         note("the collection as it was is kept in " + shownPath(Snapshots(database).take()));
     m_failures->forget();
-    RootSentinel sentinel(progress, roots.folders(), database, givenUp);
+    RootSentinel sentinel(progress, walked, database, givenUp);
     const auto start = std::chrono::steady_clock::now();
-    const bool isWhole = options.rescan && options.database.IsEmpty();
-    if (!isWhole || !scanInSlices(options, sentinel, progress, report))
-    {
-        const CQoCollection::OpResultInfo result =
-            loadOnce(database,
-                     roots.folders(),
-                     roots.kinds(),
-                     options.rescan,
-                     sentinel,
-                     progress,
-                     interruptedText(wasNeverScanned, report.walked));
-        report.added = result.m_inserted;
-        report.changed = result.m_updated;
-        report.gone = result.m_deleted;
-    }
+    if (changes)
+        followRoots(options, *changes, sentinel, progress, report);
+    else
+        loadInOnePiece(database, sentinel, progress, report);
     report.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    for (const std::string& sentence : sentinel.unread().sentences())
-        note(sentence);
-    if (report.walked)
+    tellUnread(sentinel.unread(), report);
+    if (hasNews)
         checkSaved(database, m_failures->lastFailure());
-    if (roots.hasRemoved() && options.database.IsEmpty())
+    if (hasNews && isOwn)
+        UnfinishedScan(folder()).end();
+    if (roots.hasRemoved() && isOwn)
     {
         roots.forgetRemoved();
         roots.store();

@@ -16,10 +16,12 @@ class CKVModule;
 
 namespace qo::host
 {
+class RootChanges;
 class RootFolders;
 class RootSentinel;
 struct RootProblem;
 class UnfinishedScan;
+class UnreadFiles;
 
 /// A running kernel over one data folder, from its start to its end. At most one in a process. All
 /// kernel calls, and the calls here that say so, go to the kernel's thread.
@@ -51,7 +53,8 @@ public:
         int added = 0;
         int changed = 0;
         int gone = 0;
-        bool walked = false; ///< whether the root folders were looked through
+        int vanished = 0;    ///< before they could be read
+        bool walked = false; ///< whether root folders were looked through
         double seconds = 0;
     };
 
@@ -77,14 +80,13 @@ public:
 
     /// Makes sure that there is a database that may be opened. Throws HostError.
     void prepareDatabase(const CString& database);
-    /// Whether a plain load would look through the root folders.
-    static bool wouldWalk(const CString& database, bool& wasNeverScanned);
     /// Whether the first scan of a root folder was interrupted: the next scan goes on with it.
     static bool hasUnfinishedScan();
-    /// Loads the user's collection. A rescan reads root folders that are new in slices, and keeps
-    /// each of them whatever comes after. Throws HostError: away when a root folder is not there,
-    /// or is in the database but without the user's doing no longer in the settings, interrupted
-    /// when it was stopped, failed when it could not be loaded or saved.
+    /// Loads the user's collection. Root folders that are new are read in slices, each of which is
+    /// kept whatever comes after; the files of those that are no longer leave. Throws HostError:
+    /// away when a root folder is not there, or is in the database but without the user's doing no
+    /// longer in the settings, interrupted when it was stopped, failed when it could not be loaded
+    /// or saved.
     LoadReport load(const LoadOptions& options, ProgressReporter& progress);
 
 private:
@@ -92,8 +94,11 @@ private:
     void restoreLostRoots();
     LoadReport
     loadGuarded(const LoadOptions& options, const CString& database, ProgressReporter& progress);
-    /// The root folders that are away and whose files may leave the collection.
-    static std::vector<RootProblem> guardRoots(bool allowMissingRoot, const CString& database);
+    /// Whether the root folders are others than at the last scan.
+    static bool wouldWalk(const CString& database);
+    /// Those of the root folders that are away and whose files may leave the collection.
+    static std::vector<RootProblem>
+    guardRoots(const CStringArray& folders, bool allowMissingRoot, const CString& database);
     static std::string interruptedText(bool wasNeverScanned, bool walked);
     static void checkSaved(const CString& database, const std::string& cause);
     /// The collection as the database has it.
@@ -101,14 +106,25 @@ private:
     /// Lets the database know where files went when a move was cut short, before anything else
     /// looks at it.
     void followMoves(const RootFolders& roots, const CString& database, ProgressReporter& progress);
-    /// The folders of a rescan that are to be read in slices.
-    static CollPathArray
-    firstScanned(const RootFolders& roots, const UnfinishedScan& mark, const CString& database);
-    /// Scans in slices if there are such folders; false when a scan in one piece is needed.
-    bool scanInSlices(const LoadOptions& options,
+    /// Takes out the files of root folders that are no longer, and reads those of new ones: only
+    /// that, unless all are to be scanned.
+    void followRoots(const LoadOptions& options,
+                     const RootChanges& changes,
+                     RootSentinel& sentinel,
+                     ProgressReporter& progress,
+                     LoadReport& report);
+    void scanInSlices(const LoadOptions& options,
+                      const CStringArray& fresh,
                       RootSentinel& sentinel,
                       ProgressReporter& progress,
                       LoadReport& report);
+    /// A load, or with report.walked a scan.
+    void loadInOnePiece(const CString& database,
+                        RootSentinel& sentinel,
+                        ProgressReporter& progress,
+                        LoadReport& report);
+    void settleUnfinishedScan(const CString& database) const;
+    void tellUnread(const UnreadFiles& unread, const LoadReport& report) const;
     void checkSlices(const SlicedScan::Report& slices, const UnfinishedScan& mark) const;
     CQoCollection::OpResultInfo loadOnce(const CString& database,
                                          const CStringArray& folders,

@@ -83,12 +83,14 @@ SlicedScan::SlicedScan(CQoCollection& collection,
                        int filesInSlice,
                        const CStringArray& freshRoots,
                        UnreadFiles& unread,
-                       std::function<bool()> isTrusted)
+                       std::function<bool()> isTrusted,
+                       bool onlyFresh)
     : m_collection(collection)
     , m_progress(progress)
     , m_filesInSlice(static_cast<std::size_t>(std::max(filesInSlice, 1)))
     , m_unread(unread)
     , m_isTrusted(std::move(isTrusted))
+    , m_onlyFresh(onlyFresh)
 {
     for (const CString& root : freshRoots)
         m_freshRoots.push_back(pathKey(addBackslash(root)));
@@ -102,22 +104,31 @@ std::vector<SlicedScan::FoundFile> SlicedScan::walk()
         found.push_back({path, info.modified, info.size});
         return !m_progress.isCanceled();
     };
-    CollPathArray roots;
-    m_collection.getRootDirs(roots);
-    for (const CQoCollPath& root : roots)
+    for (const CQoCollPath& root : walkedRoots())
         forEachFile(CQoUtils::getRealPath(root), visit);
-    // The order of the records. Of names that differ in case alone the first found counts.
-    const auto order = [](const FoundFile& a, const FoundFile& b)
-    { return a.path.CompareNoCase(b.path); };
+    // The order of the records.
     std::stable_sort(found.begin(),
                      found.end(),
-                     [&order](const FoundFile& a, const FoundFile& b) { return order(a, b) < 0; });
-    found.erase(std::unique(found.begin(),
-                            found.end(),
-                            [&order](const FoundFile& a, const FoundFile& b)
-                            { return order(a, b) == 0; }),
-                found.end());
+                     [](const FoundFile& a, const FoundFile& b)
+                     { return a.path.CompareNoCase(b.path) < 0; });
     return found;
+}
+
+/// Of names that differ in case alone the known one counts, else the first; next goes behind them.
+const SlicedScan::FoundFile& SlicedScan::takeOne(std::vector<FoundFile>::const_iterator& next,
+                                                 const std::vector<FoundFile>& found,
+                                                 const CString& known)
+{
+    const auto first = next;
+    auto chosen = first;
+    while (++next != found.end() && next->path.CompareNoCase(first->path) == 0)
+        chosen = next->path == known ? next : chosen;
+    for (auto twin = first; next - first > 1 && twin != next; ++twin)
+    {
+        if (twin != chosen)
+            log(level::error, u"found duplicated db file: %s", twin->path);
+    }
+    return *chosen;
 }
 
 void SlicedScan::addChange(std::vector<Change>& changes,
@@ -159,14 +170,16 @@ std::vector<SlicedScan::Change> SlicedScan::changesOnDisk()
     auto next = found.begin();
     for (const QoFileDbItemPtr& item : known)
     {
+        if (m_onlyFresh && !isBelowFresh(item->path))
+            continue;
         int order = -1;
         while (next != found.end() && (order = next->path.CompareNoCase(item->path)) < 0)
-            addChange(changes, nullptr, &*next++);
+            addChange(changes, nullptr, &takeOne(next, found, {}));
         const bool isThere = next != found.end() && order == 0;
-        addChange(changes, item, isThere ? &*next++ : nullptr);
+        addChange(changes, item, isThere ? &takeOne(next, found, item->path) : nullptr);
     }
-    for (; next != found.end(); ++next)
-        addChange(changes, nullptr, &*next);
+    while (next != found.end())
+        addChange(changes, nullptr, &takeOne(next, found, {}));
     // Once more, since with a folder that goes away all in it seems to have gone.
     return m_isTrusted() ? changes : std::vector<Change>();
 }
@@ -190,6 +203,7 @@ SlicedScan::Report SlicedScan::read()
             report.isSaved = m_progress.isCanceled();
             break;
         }
+        report.hasSaved = true;
         for (; from < to; ++from)
         {
             report.added += changes[from].isNew ? 1 : 0;
@@ -199,6 +213,14 @@ SlicedScan::Report SlicedScan::read()
         report.changed = static_cast<int>(to) - report.added - report.gone;
     }
     report.isStopped = !report.isSaved || m_progress.isCanceled();
+    if (!report.isStopped)
+        report.vanished = dropVanished(
+            m_collection,
+            [this](const CString& path) { return !m_onlyFresh || isBelowFresh(path); },
+            m_isTrusted);
+    report.added = std::max(0, report.added - report.vanished);
+    if (report.gone > 0)
+        forgetGone(m_collection);
     return report;
 }
 
@@ -237,11 +259,28 @@ bool SlicedScan::apply(const std::vector<Change>& changes, std::size_t from, std
 /// it has read.
 bool SlicedScan::isOfThisScan(const CString& path) const
 {
+    return isBelowFresh(path) || m_read.contains(pathKey(path));
+}
+
+bool SlicedScan::isBelowFresh(const CString& path) const
+{
     const std::u16string key = pathKey(path);
     return std::any_of(m_freshRoots.begin(),
                        m_freshRoots.end(),
-                       [&key](const std::u16string& root) { return key.starts_with(root); }) ||
-           m_read.contains(key);
+                       [&key](const std::u16string& root) { return key.starts_with(root); });
+}
+
+CollPathArray SlicedScan::walkedRoots() const
+{
+    CollPathArray roots;
+    m_collection.getRootDirs(roots);
+    CollPathArray walked;
+    for (const CQoCollPath& root : roots)
+    {
+        if (!m_onlyFresh || isBelowFresh(addBackslash(root.toString())))
+            walked.Add(root);
+    }
+    return walked;
 }
 
 void SlicedScan::analyze(Report& report)
@@ -252,10 +291,8 @@ void SlicedScan::analyze(Report& report)
     before.reserve(static_cast<std::size_t>(files.GetSize()));
     for (const QoFileDbItemPtr& item : files)
         before.emplace_back(item);
-    CollPathArray roots;
-    m_collection.getRootDirs(roots);
     CStringArray folders;
-    for (const CQoCollPath& root : roots)
+    for (const CQoCollPath& root : walkedRoots())
         folders.Add(root.toString());
     // Values that spread over a folder change records without marking them for the save.
     SliceProgress progress(m_progress,
@@ -272,8 +309,9 @@ void SlicedScan::analyze(Report& report)
                                }
                            });
     m_collection.applyQoFileChanges({}, folders, &progress);
-    report.isStopped = m_progress.isCanceled();
-    report.isSaved = report.isStopped || !hasUnsaved(m_collection);
-    report.isStopped = report.isStopped || !report.isSaved;
+    // Once the save has begun it comes to its end, whatever the user says.
+    const bool isWhole = m_collection.loadedSuccesfully();
+    report.isSaved = !isWhole || !hasUnsaved(m_collection);
+    report.isStopped = !isWhole || !report.isSaved;
 }
 } // namespace qo::host

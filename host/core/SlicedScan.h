@@ -18,29 +18,33 @@ class UnreadFiles;
 class SlicedScan
 {
 public:
-    /// As many files as are read in less than a second: the least that is worth a save of its own.
-    static constexpr int defaultSlice = 8000;
+    /// As many files as are read in a moment: the least that is worth a save of its own.
+    static constexpr int defaultSlice = 2000;
 
     struct Report
     {
         int added = 0; ///< saved
         int changed = 0;
         int gone = 0;
+        int vanished = 0;       ///< new files that were gone before they could be read
         int files = 0;          ///< that the collection has with the last saved slice
+        bool hasSaved = false;  ///< a slice at least
         bool isStopped = false; ///< by the user, or because saving failed
         bool isSaved = true;    ///< false: the last slice could not be saved
         bool hasMoved = false; ///< names were found that the logical tree shows after the next load
     };
 
     /// The collection is loaded and has its root folders, all of the local disk; of the fresh ones
-    /// nothing was analysed yet. isTrusted is asked behind the walk: false means that nothing is to
-    /// be made of it.
+    /// nothing was analysed yet. isTrusted is asked behind the walk, and again for files that
+    /// could not be read: false means that nothing is to be made of what is not there. With
+    /// onlyFresh the other root folders are left alone.
     SlicedScan(CQoCollection& collection,
                ProgressReporter& progress,
                int filesInSlice,
                const CStringArray& freshRoots,
                UnreadFiles& unread,
-               std::function<bool()> isTrusted);
+               std::function<bool()> isTrusted,
+               bool onlyFresh = false);
 
     /// Reads what is new below the root folders or has changed; what has gone leaves.
     Report read();
@@ -63,12 +67,19 @@ private:
         std::int64_t size = 0;
     };
 
+    /// In the order of the records.
     std::vector<FoundFile> walk();
+    static const FoundFile& takeOne(std::vector<FoundFile>::const_iterator& next,
+                                    const std::vector<FoundFile>& found,
+                                    const CString& known);
     std::vector<Change> changesOnDisk();
     void
     addChange(std::vector<Change>& changes, const QoFileDbItemPtr& known, const FoundFile* found);
     bool apply(const std::vector<Change>& changes, std::size_t from, std::size_t to);
+    bool isBelowFresh(const CString& path) const;
     bool isOfThisScan(const CString& path) const;
+    /// The root folders that are looked through.
+    CollPathArray walkedRoots() const;
 
     CQoCollection& m_collection;
     ProgressReporter& m_progress;
@@ -77,5 +88,6 @@ private:
     std::unordered_set<std::u16string> m_read; ///< keys of what was read below the other roots
     UnreadFiles& m_unread;
     std::function<bool()> m_isTrusted;
+    bool m_onlyFresh;
 };
 } // namespace qo::host

@@ -39,6 +39,12 @@ UnreadFiles::UnreadFiles(const CQoCollection& collection, const std::vector<Root
         m_passedOver.Add(addBackslash(own));
     for (const RootProblem& problem : givenUp)
         m_passedOver.Add(addBackslash(problem.folder));
+    setFolderErrors(&m_unlisted);
+}
+
+UnreadFiles::~UnreadFiles()
+{
+    setFolderErrors(nullptr);
 }
 
 bool UnreadFiles::isGone(const CString& path)
@@ -86,9 +92,22 @@ void UnreadFiles::count(const CString& path, int error)
     ++folder.files;
 }
 
+/// A folder that has just gone is no trouble.
+bool UnreadFiles::isOfNoKnownFile(const CString& folder, int error) const
+{
+    return !tellsAbsence(error, true) && m_folders.find(folder) == m_folders.end();
+}
+
 std::vector<std::string> UnreadFiles::sentences() const
 {
     std::vector<std::string> all;
+    for (const auto& [path, error] : m_unlisted.byFolder)
+    {
+        if (isOfNoKnownFile(path, error))
+            all.push_back("the folder " + shownPath(path) +
+                          " could not be read: " + errorWords(error) +
+                          "; what could not be read of it is not in the collection");
+    }
     for (const auto& [path, folder] : m_folders)
         all.push_back("the folder " + shownPath(path) + " could not be read" +
                       (folder.error == 0 ? "" : ": " + errorWords(folder.error)) + "; " +

@@ -26,6 +26,7 @@
 #include "platform/DriveMap.h"
 #include "platform/FileSystem.h"
 #include "platform/FolderAhead.h"
+#include "platform/FolderErrors.h"
 #include "platform/FolderNames.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"

@@ -10,4 +10,5 @@ class FolderAhead;
 class Platform;
 struct DirEntry;
 struct FileInfo;
+struct FolderErrors;
 } // namespace qo

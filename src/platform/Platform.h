@@ -18,4 +18,9 @@ QO_API void setSystemClock(IClock* replacement);
 /// a thread to spare sets it before a walk, keeps it alive and takes it out again with null.
 QO_API FolderAhead* folderAhead();
 QO_API void setFolderAhead(FolderAhead* ahead);
+
+/// Takes what the walks of this thread could not list; null, as a rule, for nobody. Set and taken
+/// out in the same way.
+QO_API FolderErrors* folderErrors();
+QO_API void setFolderErrors(FolderErrors* errors);
 } // namespace qo

@@ -2,6 +2,7 @@
 
 #include "common/FileUtils.h"
 #include "platform/FolderAhead.h"
+#include "platform/FolderErrors.h"
 #include "platform/FolderNames.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
@@ -105,6 +106,8 @@ bool CFileFinder::listFolder(const CString& folder)
     qo::FolderAhead* const ahead = qo::folderAhead();
     const int error =
         ahead ? ahead->list(folder, m_entries) : qo::fileSystem().list(folder, m_entries);
+    if (qo::FolderErrors* const errors = error != 0 ? qo::folderErrors() : nullptr)
+        errors->byFolder.insert_or_assign(folder, error);
     // A listing that breaks off still delivers what it found.
     if (error != 0 && m_entries.empty())
         return false;

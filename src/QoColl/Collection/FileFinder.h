@@ -60,9 +60,9 @@ struct ScanOptions
 };
 
 /// Walks folders breadth first. The entries of a folder come in the file system's sorted order; a
-/// folder that cannot be opened is passed over. A folder that is reached a second time, through a
-/// link or a mount, is not walked again; one that a trash or the kernel's own data is kept in is
-/// not walked at all. Neither "." nor ".." is ever delivered by the system.
+/// folder that cannot be opened is passed over (see qo::folderErrors()). A folder that is reached a
+/// second time, through a link or a mount, is not walked again; one that a trash or the kernel's
+/// own data is kept in is not walked at all. Neither "." nor ".." is ever delivered by the system.
 class QO_API CFileFinder
 {
 public:

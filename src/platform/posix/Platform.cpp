@@ -13,6 +13,7 @@ namespace
 std::atomic<IFileSystem*> fileSystemReplacement{nullptr};
 std::atomic<IClock*> clockReplacement{nullptr};
 thread_local FolderAhead* aheadOfThisThread = nullptr;
+thread_local FolderErrors* errorsOfThisThread = nullptr;
 
 /// Made on first use and never destroyed, so that static objects may use it to their end.
 template <class T>
@@ -60,5 +61,15 @@ FolderAhead* folderAhead()
 void setFolderAhead(FolderAhead* ahead)
 {
     aheadOfThisThread = ahead;
+}
+
+FolderErrors* folderErrors()
+{
+    return errorsOfThisThread;
+}
+
+void setFolderErrors(FolderErrors* errors)
+{
+    errorsOfThisThread = errors;
 }
 } // namespace qo
