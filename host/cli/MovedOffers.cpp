@@ -54,7 +54,9 @@ void printUnclear(CommandLine& line, const host::UnclearMove& unclear)
         }
         return line.out.line(dump(object));
     }
-    std::string text = host::shownPath(unclear.from) + " may be any of these; it is left alone:";
+    const bool isOne = unclear.candidates.size() == 1;
+    std::string text = host::shownPath(unclear.from) +
+                       (isOne ? " may be this, as may others:" : " may be any of these:");
     for (const CString& candidate : unclear.candidates)
         text += "\n  " + host::shownPath(candidate);
     line.note(text);
@@ -71,6 +73,19 @@ void print(CommandLine& line, const MovedFiles& moved)
         countText(moved.vanished, "file") + " gone, " + countText(moved.unknown, "file") +
         " new, " + std::to_string(moved.offers.size()) + " of them moved" +
         (moved.unclear.empty() ? "" : ", " + std::to_string(moved.unclear.size()) + " unclear"));
+}
+/// What a scan does now, for the user to agree to.
+std::string consequences(const MovedFiles& moved)
+{
+    std::string text;
+    if (const std::size_t count = moved.offers.size())
+        text = countText(static_cast<int>(count), "record") +
+               " will follow the moved files; a scan without this takes them for gone and new.";
+    if (const std::size_t count = moved.unclear.size())
+        text += (text.empty() ? "" : " ") + countText(static_cast<int>(count), "unclear record") +
+                " will go with " + (count == 1 ? "its id" : "their ids") + ", and the files that " +
+                (count == 1 ? "it" : "they") + " may belong to will count as new.";
+    return text;
 }
 } // namespace
 
@@ -91,17 +106,15 @@ int settleMoves(CommandLine& line, Session& session, const CStringArray& newRoot
                         [](host::ProgressReporter& progress)
                         { return host::findMoved(host::HeadStore(host::headsPath()), progress); });
     session.kernel().run([&] { print(line, moved); });
-    if (moved.offers.empty() || line.dryRun)
+    if (line.dryRun || (moved.offers.empty() && moved.unclear.empty()))
         return 0;
-    const auto count = static_cast<int>(moved.offers.size());
-    confirm(line,
-            countText(count, "record") +
-                " will follow the moved files; a scan without this takes them for gone and new.");
-    runWithProgress(line,
-                    session,
-                    [&](host::ProgressReporter& progress)
-                    { host::applyMoves(session, moved.offers, progress); });
-    return count;
+    confirm(line, consequences(moved));
+    if (!moved.offers.empty())
+        runWithProgress(line,
+                        session,
+                        [&](host::ProgressReporter& progress)
+                        { host::applyMoves(session, moved.offers, progress); });
+    return static_cast<int>(moved.offers.size());
 }
 
 void rememberHeads(CommandLine& line, Session& session)

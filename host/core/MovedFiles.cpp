@@ -4,6 +4,7 @@
 #include "core/CollectionFiles.h"
 #include "core/HeadStore.h"
 #include "core/HostError.h"
+#include "core/MovedTwins.h"
 #include "core/Session.h"
 
 #include <QoKernel/Physical.h>
@@ -27,14 +28,7 @@ struct DiskFile
 {
     CString path;
     FileInfo info;
-    int claims = 0; ///< how many records it may belong to; 2 stands for more, too
-};
-
-/// Files that one thing is the same of.
-struct Alike
-{
-    std::vector<std::size_t> files;
-    bool isClaimed = false;
+    std::vector<int> marks;
 };
 
 std::string keyOf(const char* kind, std::int64_t size, std::initializer_list<std::string> parts)
@@ -80,6 +74,30 @@ std::string tagKey(const QoFileDbItem& facts)
                   toUtf8(facts.trackNumber)});
 }
 
+/// What tells twins apart of which size and sound are the same; empty for an untagged file.
+CString titleOf(const QoFileDbItem& facts)
+{
+    CString text;
+    if (!facts.title.IsEmpty())
+        text.Format(u"%s\n%s\n%s\n%s", facts.title, facts.artist, facts.album, facts.trackNumber);
+    return text;
+}
+
+boost::shared_ptr<QoFileDbItem> factsOf(const CString& path)
+{
+    boost::shared_ptr<QoFileDbItem> facts(new QoFileDbItem);
+    CMusicTagEx tag;
+    if (CMusicTagEx::fileSupportsTags(path) && tag.readTag(path))
+        tag.getTag(facts);
+    return facts;
+}
+
+bool isFolderGone(const CString& folder)
+{
+    FileInfo info;
+    return fileSystem().info(CQoUtils::getRealPath(folder), Spelling::exact, info) == ENOENT;
+}
+
 void stopIfAsked(IQoProgress& progress)
 {
     if (progress.isCanceled())
@@ -100,7 +118,7 @@ public:
         MovedFiles result;
         result.vanished = static_cast<int>(m_vanished.size());
         result.unknown = static_cast<int>(m_unknown.size());
-        pair();
+        mark();
         sortOut(result);
         return result;
     }
@@ -118,7 +136,7 @@ private:
             if (found != isMet.end())
                 found->second = true;
             else if (info.size > 0)
-                m_unknown.push_back({path, info});
+                m_unknown.push_back({path, info, {}});
             return true;
         };
         m_progress.setStage(IQoProgress::stageScan);
@@ -149,13 +167,13 @@ private:
     }
 
     /// Everything goes by way of keys: many files of one size must not be compared each with each.
-    void pair()
+    void mark()
     {
         for (std::size_t i = 0; i < m_unknown.size(); ++i)
             m_bySize[m_unknown[i].info.size].push_back(i);
         m_progress.setStage(IQoProgress::stageCheck);
         m_progress.setRange(IQoProgress::rangeKnown, static_cast<int>(m_vanished.size()));
-        m_candidates.resize(m_vanished.size());
+        m_marksOfVanished.resize(m_vanished.size());
         for (std::size_t i = 0; i < m_vanished.size(); ++i)
         {
             m_progress.step(1);
@@ -163,8 +181,15 @@ private:
             if (!m_bySize.contains(record.size))
                 continue;
             for (const std::string& key : keysOf(record))
-                claim(key, m_candidates[i]);
+                addMark(m_marksOfVanished[i], key);
         }
+    }
+
+    void addMark(std::vector<int>& marks, const std::string& key)
+    {
+        if (!key.empty())
+            marks.push_back(
+                m_marks.try_emplace(key, static_cast<int>(m_marks.size())).first->second);
     }
 
     /// By what the record's file is to be known; the files of its size are entered for it.
@@ -195,70 +220,58 @@ private:
 
     void enterHead(std::size_t file)
     {
-        const DiskFile& found = m_unknown[file];
+        DiskFile& found = m_unknown[file];
         if (const auto head = KVTagLib::digestOfSoundHead(found.path))
-            m_alike[headKey(found.info.size, *head)].files.push_back(file);
+            addMark(found.marks, headKey(found.info.size, *head));
     }
 
     void enterFacts(std::size_t file)
     {
-        const DiskFile& found = m_unknown[file];
+        DiskFile& found = m_unknown[file];
         if (!CMusicTagEx::fileSupportsTags(found.path))
-        {
-            m_alike[nameKey(found.info.size, found.info.modified, found.path)].files.push_back(
-                file);
-            return;
-        }
-        boost::shared_ptr<QoFileDbItem> facts(new QoFileDbItem);
-        CMusicTagEx tag;
-        if (tag.readTag(found.path))
-            tag.getTag(facts);
+            return addMark(found.marks, nameKey(found.info.size, found.info.modified, found.path));
+        const auto facts = factsOf(found.path);
         facts->size = found.info.size;
         facts->modifTime = found.info.modified;
-        m_alike[timeKey(*facts)].files.push_back(file);
-        if (const std::string key = tagKey(*facts); !key.empty())
-            m_alike[key].files.push_back(file);
+        addMark(found.marks, timeKey(*facts));
+        addMark(found.marks, tagKey(*facts));
     }
 
-    void claim(const std::string& key, std::vector<std::size_t>& candidates)
+    MovedTwins makeTwins()
     {
-        const auto found = m_alike.find(key);
-        if (found == m_alike.end())
-            return;
-        Alike& alike = found->second;
-        const bool isClear = alike.files.size() == 1;
-        for (std::size_t i = 0; i < alike.files.size(); ++i)
+        std::vector<MarkedFile> gone;
+        for (std::size_t i = 0; i < m_vanished.size(); ++i)
+            gone.push_back({m_vanished[i]->path, std::move(m_marksOfVanished[i])});
+        std::vector<MarkedFile> found;
+        for (DiskFile& file : m_unknown)
+            found.push_back({file.path, std::move(file.marks)});
+        MovedTwins::Questions questions;
+        questions.isFolderGone = isFolderGone;
+        questions.titleOfGone = [this](std::size_t i) { return titleOf(*m_vanished[i]); };
+        questions.titleOfFound = [this](std::size_t i)
         {
-            const std::size_t file = alike.files[i];
-            const bool isNew =
-                std::find(candidates.begin(), candidates.end(), file) == candidates.end();
-            if (isNew && candidates.size() < mostCandidates)
-                candidates.push_back(file);
-            if (!isClear)
-                m_unknown[file].claims = 2;
-            else if (isNew)
-                m_unknown[file].claims = std::min(2, m_unknown[file].claims + 1);
-            if (alike.isClaimed && candidates.size() == mostCandidates)
-                break;
-        }
-        alike.isClaimed = true;
+            stopIfAsked(m_progress);
+            return titleOf(*factsOf(m_unknown[i].path));
+        };
+        return {std::move(gone), std::move(found), std::move(questions)};
     }
 
-    void sortOut(MovedFiles& result) const
+    void sortOut(MovedFiles& result)
     {
+        MovedTwins twins = makeTwins();
+        twins.pair();
         for (std::size_t i = 0; i < m_vanished.size(); ++i)
         {
             const QoFileDbItem& record = *m_vanished[i];
-            const std::vector<std::size_t>& files = m_candidates[i];
-            if (files.size() == 1 && m_unknown[files[0]].claims == 1)
+            if (const std::size_t twin = twins.twinOf(i); twin != MovedTwins::none)
             {
-                result.offers.push_back({record.path, m_unknown[files[0]].path, record.velmoraId});
+                result.offers.push_back({record.path, m_unknown[twin].path, record.velmoraId});
                 continue;
             }
             UnclearMove unclear{record.path, {}};
-            for (const std::size_t file : files)
+            for (const std::size_t file : twins.candidatesFor(i, mostCandidates))
                 unclear.candidates.push_back(m_unknown[file].path);
-            if (!files.empty())
+            if (!unclear.candidates.empty())
                 result.unclear.push_back(std::move(unclear));
         }
     }
@@ -271,8 +284,8 @@ private:
     std::unordered_map<std::int64_t, std::vector<std::size_t>> m_bySize;
     std::set<std::int64_t> m_withHeads; ///< sizes whose files were entered by their heads
     std::set<std::int64_t> m_withFacts;
-    std::unordered_map<std::string, Alike> m_alike;
-    std::vector<std::vector<std::size_t>> m_candidates; ///< for each vanished record
+    std::unordered_map<std::string, int> m_marks;
+    std::vector<std::vector<int>> m_marksOfVanished;
 };
 } // namespace
 
@@ -285,7 +298,10 @@ void applyMoves(Session& session, const std::vector<MoveOffer>& offers, IQoProgr
 {
     CollectionChanges changes(session);
     for (const MoveOffer& offer : offers)
+    {
+        readIfOther(CollectionChanges::recordOf(offer.from), offer.to);
         changes.move(offer.from, offer.to, true);
+    }
     if (!changes.isEmpty())
         changes.apply(progress);
 }

@@ -17,11 +17,11 @@ struct MoveOffer
     CString velmoraId;
 };
 
-/// One where more than one answer would do, which is for the user to settle.
+/// One where more than one answer would do. A scan takes it for gone and the others for new.
 struct UnclearMove
 {
     CString from;
-    std::vector<CString> candidates; ///< the first ten
+    std::vector<CString> candidates; ///< the first ten, which no other record has
 };
 
 struct MovedFiles
@@ -36,8 +36,9 @@ struct MovedFiles
 /// files that have no record: of the same size, and beginning alike where the store knows how the
 /// lost file began. Where it does not, a sound file must also have the same length and bitrate, and
 /// either the same write time or the same title, artist, album and track; any other file the same
-/// write time and name. Changes nothing. A record or file that could be paired twice is unclear.
-/// Throws HostError when the progress stopped it. For the kernel's thread.
+/// write time and name. Where several fit, MovedTwins tells them apart if it can; no file is
+/// offered twice. Changes nothing. Throws HostError when the progress stopped it. For the kernel's
+/// thread.
 MovedFiles findMoved(const HeadStore& heads, IQoProgress& progress);
 
 /// Gives the records their new paths and saves that; a scan afterwards finds the rest. Throws
