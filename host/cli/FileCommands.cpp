@@ -5,6 +5,7 @@
 #include "cli/ProgressDisplay.h"
 #include "cli/Text.h"
 #include "core/CollectionChanges.h"
+#include "core/FileChecks.h"
 #include "core/FileOperations.h"
 #include "core/FolderChanges.h"
 #include "core/HostFiles.h"
@@ -67,6 +68,12 @@ CString targetOf(const std::string& typed)
     return forms.front();
 }
 
+/// Whether the user can only have meant a folder.
+bool namesFolder(const std::string& typed)
+{
+    return typed.ends_with('/') || typed.ends_with("/.") || typed.ends_with("/..");
+}
+
 /// What the three commands share: a loaded collection, and a deed for each path that goes on behind
 /// a failure.
 class FileWork
@@ -87,6 +94,12 @@ public:
                               isTrial ? FileOperations::Run::trial : FileOperations::Run::real);
     }
     FileOperations operations() { return operations(m_line.dryRun); }
+
+    /// What is to take something in has to be there.
+    void needFolder(const std::string& typed)
+    {
+        m_session->kernel().run([&] { host::check::folder(targetOf(typed)); });
+    }
 
     template <class Deed>
     ExitCode forEach(const std::vector<std::string>& paths, Deed deed)
@@ -114,7 +127,7 @@ public:
         return failed == 0 ? ExitCode::done : failed < paths.size() ? ExitCode::partly : first;
     }
 
-    /// On the kernel's thread.
+    /// On the kernel's thread. Throws what is left to be done by hand.
     void tell(const char* deed, const CString& from, const FileOperations::Result& result)
     {
         const std::string place = host::shownPath(result.place);
@@ -131,7 +144,7 @@ public:
                         host::shownPath(from) + (from == result.place ? "" : " -> " + place) +
                         " (" + countText(result.records, "file") + ")");
         if (!result.note.empty())
-            m_line.note(result.note);
+            throw HostError(ExitCode::failed, result.note);
     }
 
 private:
@@ -153,14 +166,13 @@ ExitCode moveFiles(CommandLine& line, const FileOptions& options)
     const std::string typedTarget = sources.back();
     sources.pop_back();
     FileWork work(line);
+    if (sources.size() > 1 || namesFolder(typedTarget))
+        work.needFolder(typedTarget);
     return work.forEach(sources,
                         [&](const std::string& typed, host::ProgressReporter& progress)
                         {
                             const CString from = placeOf(typed);
                             const CString to = targetOf(typedTarget);
-                            if (sources.size() > 1 && !fileSystem().isDirectory(to))
-                                throw HostError(ExitCode::usage,
-                                                host::shownPath(to) + " is no folder");
                             work.tell("moved", from, work.operations().move(from, to, progress));
                         });
 }
@@ -264,6 +276,8 @@ ExitCode addFiles(CommandLine& line, const FileOptions& options)
     FileWork work(line);
     const auto mode = options.move ? host::DiskMove::Mode::move : host::DiskMove::Mode::copy;
     const char* const deed = options.move ? "moved" : "copied";
+    if (!options.target.empty())
+        work.needFolder(options.target);
     return work.forEach(options.paths,
                         [&](const std::string& typed, host::ProgressReporter& progress)
                         {
@@ -271,9 +285,6 @@ ExitCode addFiles(CommandLine& line, const FileOptions& options)
                             if (options.target.empty())
                                 return takeIn(work, from, progress);
                             const CString to = targetOf(options.target);
-                            if (options.paths.size() > 1 && !fileSystem().isDirectory(to))
-                                throw HostError(ExitCode::usage,
-                                                host::shownPath(to) + " is no folder");
                             work.tell(deed, from, work.operations().add(from, to, mode, progress));
                         });
 }

@@ -6,9 +6,12 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <set>
 
 namespace qo::host
 {
@@ -28,6 +31,36 @@ int renameOnDisk(const CString& from, const CString& to)
 {
     const int error = fileSystem().moveFileNoReplace(from, to);
     return error == EEXIST && isSameFile(from, to) ? fileSystem().moveFile(from, to) : error;
+}
+
+/// Whether such an error can only come of what is written to.
+bool isOfTarget(int error)
+{
+    return error == ENOSPC || error == EDQUOT || error == EFBIG || error == EROFS;
+}
+
+bool isAcrossDevices(const std::string& from, const std::string& to)
+{
+    struct stat source;
+    struct stat folder;
+    return ::lstat(from.c_str(), &source) == 0 && ::stat(parentOf(to).c_str(), &folder) == 0 &&
+           source.st_dev != folder.st_dev;
+}
+
+/// The folders that something is taken out of when all of it goes. What cannot be listed cannot be
+/// copied either.
+std::set<std::string> foldersThatLose(const std::string& path)
+{
+    namespace fs = std::filesystem;
+    std::set<std::string> folders{parentOf(path)};
+    std::error_code error;
+    if (fs::symlink_status(path, error).type() != fs::file_type::directory)
+        return folders;
+    fs::recursive_directory_iterator entry(
+        path, fs::directory_options::skip_permission_denied, error);
+    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error))
+        folders.insert(parentOf(entry->path().string()));
+    return folders;
 }
 } // namespace
 
@@ -68,15 +101,29 @@ void DiskMove::perform(const std::function<bool()>& stop)
         fail(error);
 }
 
+void DiskMove::check() const
+{
+    if (m_mode == Mode::move && isAcrossDevices(toSystemPath(m_from), toSystemPath(m_to)))
+        needRemovable();
+}
+
+/// Better to know before a long copy than after it.
+void DiskMove::needRemovable() const
+{
+    for (const std::string& folder : foldersThatLose(toSystemPath(m_from)))
+    {
+        if (::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0)
+            fail(errno, "nothing may be taken out of " + folder);
+    }
+}
+
 void DiskMove::copyTree(const std::function<bool()>& stop)
 {
-    // Better to know before a long copy than after it.
-    if (m_mode == Mode::move &&
-        ::faccessat(AT_FDCWD, parentOf(toSystemPath(m_from)).c_str(), W_OK | X_OK, AT_EACCESS) != 0)
-        fail(errno);
+    if (m_mode == Mode::move)
+        needRemovable();
     auto copy = std::make_unique<TreeCopy>(m_from, m_to, stagingName());
     if (const int error = copy->copy(stop))
-        fail(error, copy->failedPath());
+        fail(error, isOfTarget(error) ? parentOf(toSystemPath(m_to)) : copy->failedPath());
     m_copy = std::move(copy);
 }
 

@@ -35,6 +35,9 @@ public:
     /// The hidden folder in which a copy of this process grows; see TreeCopy.
     static std::string stagingName();
 
+    /// Refuses beforehand what perform() would refuse after a look at the two places, in which all
+    /// stays as it is. Throws HostError.
+    void check() const;
     /// Renames, or copies to another file system, where the source stays until finish(). Throws
     /// HostError with everything as it was. stop, which may be empty, is asked while it copies.
     void perform(const std::function<bool()>& stop);
@@ -46,6 +49,7 @@ public:
 
 private:
     void copyTree(const std::function<bool()>& stop);
+    void needRemovable() const;
     [[noreturn]] void fail(int error, const std::string& place = std::string()) const;
 
     CString m_from;

@@ -201,6 +201,18 @@ void inCollection(const CString& path, const std::string& deed)
                             ": it is in no root folder of the collection");
 }
 
+void folder(const CString& path)
+{
+    FileInfo info;
+    const int error = fileSystem().info(path, Spelling::exact, info);
+    if (error == ENOENT || error == ENOTDIR)
+        throw HostError(ExitCode::notFound, "there is no folder " + shownPath(path));
+    if (error != 0)
+        throw HostError(ExitCode::failed, shownPath(path) + ": " + errorWords(error));
+    if (info.kind != FileKind::directory)
+        throw HostError(ExitCode::usage, shownPath(path) + " is no folder");
+}
+
 void freeTarget(const CString& from, const CString& to)
 {
     const std::string start = shownPath(from) + " cannot become " + shownPath(to) + ": ";

@@ -20,6 +20,8 @@ void source(const CString& path, const std::string& deed);
 void notProtected(const CString& path, const std::string& deed, const Trash& trash);
 /// It lies below a root folder.
 void inCollection(const CString& path, const std::string& deed);
+/// It is a folder, or leads to one.
+void folder(const CString& path);
 /// Nothing has that name yet, the folder of it is part of the collection, and the source does not
 /// hold it.
 void freeTarget(const CString& from, const CString& to);

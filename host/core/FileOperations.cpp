@@ -149,11 +149,12 @@ FileOperations::Result FileOperations::transfer(const CString& from,
                                                 ProgressReporter& progress)
 {
     check::freeTarget(from, to);
+    DiskMove disk(from, to, mode);
+    disk.check();
     if (m_run == Run::trial)
         return {to, static_cast<int>(filesAt(from).size()), {}};
     UnfinishedMove note(Session::folder());
     note.begin(from, to, DiskMove::stagingName());
-    DiskMove disk(from, to, mode);
     disk.perform([&progress] { return progress.isCanceled(); });
     CollectionChanges changes(m_session);
     const int files = collect(from, to, mode, records, changes);
@@ -164,7 +165,10 @@ FileOperations::Result FileOperations::transfer(const CString& from,
         shownPath(from) + " was not " + deed + " to " + shownPath(to),
         [&disk] { return disk.undo(); },
         shownPath(to));
-    return {to, files, disk.finish()};
+    std::string left = disk.finish();
+    if (!left.empty() && CQoCollection::m_ownCollection.isFilePathInCollection(CQoCollPath(from)))
+        left += "; what is left of it counts as new to a scan";
+    return {to, files, left};
 }
 
 bool FileOperations::wasCutShort()
