@@ -4,6 +4,7 @@
 
 #include <QoKernel/Analysis.h>
 #include <QoKernel/Collection.h>
+#include <QoKernel/Logical.h>
 #include <QoKernel/Physical.h>
 
 #include <string>
@@ -19,8 +20,9 @@ public:
     PlacedFile(Placement placement, const std::vector<FolderVote>& votes);
 
     const CString& path() const { return m_placement.file->getPath(); }
-    /// Whether the analysis found an artist or album for it.
-    bool isPlaced() const { return !item().artist.IsEmpty() || !item().album.IsEmpty(); }
+    /// Whether it belongs to an artist, album or track of the collection. What its record names
+    /// need not exist any more.
+    bool isPlaced() const { return m_isPlaced; }
     /// "Artist / Album / Title", as far as there are.
     std::string ownerText() const;
     /// Why it belongs there, or why to nothing.
@@ -28,13 +30,25 @@ public:
     Json record() const;
 
 private:
-    const QoFileDbItem& item() const { return *m_placement.file->getDbItem(); }
+    struct Owner
+    {
+        CString artist;
+        CString album;
+        CString title;
+    };
+
+    void findOwner(const CHDPictureFile& file);
+    void findOwner(const CHDTextFile& file);
     const char* by() const;
     std::string nameReason() const;
+    std::string strayReason() const;
+    std::string folderReason() const;
     std::string voteReason(CLTObjectType::EType type, const char* noun) const;
     const FolderVote* voteFor(CLTObjectType::EType type) const;
 
     Placement m_placement;
+    Owner m_owner;
+    bool m_isPlaced = false;
     const std::vector<FolderVote>& m_votes;
 };
 } // namespace qo::cli
