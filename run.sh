@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds a release, scans a music folder and shows the collection.
+# Builds a release, scans a music folder and shows the collection; once it was scanned, the database
+# alone is read.
 #   ./run.sh [FOLDER]     without a folder a small sample library is made and scanned
 # The collection of a folder of yours is kept where programs of yours keep their data; that of the
 # samples stands apart, in the cache folder.
@@ -9,7 +10,7 @@ here=$PWD
 
 folder=
 if [ $# -gt 1 ] || [[ "${1:-}" == -* ]]; then
-    sed -n '2,5s/^# \{0,1\}//p' "$0"
+    sed -n '2,6s/^# \{0,1\}//p' "$0"
     [[ "${1:-}" == -h || "${1:-}" == --help ]] && exit 0
     exit 2
 elif [ $# -eq 1 ]; then
@@ -40,7 +41,13 @@ show() {
     echo "\$ qo $*"
     "${qo[@]}" "$@"
 }
-show scan "$folder"
+# "qo roots" prints the folder behind its kind.
+if "${qo[@]}" roots ls 2>/dev/null | cut -c8- | grep -qxF -- "$folder" &&
+    ! "${qo[@]}" status --json | grep -q '"unfinishedScan": *true'; then
+    show load
+else
+    show scan "$folder"
+fi
 show ls
 show tree
 show status

@@ -142,7 +142,7 @@ ExitCode set(CommandLine& line, const ConfigOptions& options)
 {
     checkValue(options.key, options.value);
     const auto session = openKernel(line, KernelUse::hold);
-    session->kernel().run(
+    const std::string value = session->kernel().run(
         [&]
         {
             const KeyValueConfig::Entry entry = findOrThrow(*session, options.key);
@@ -152,11 +152,11 @@ ExitCode set(CommandLine& line, const ConfigOptions& options)
             KVConfig::Key* const key =
                 settings.addKey(section, entry.key, entry.isStored ? u"" : entry.value.GetString());
             settings.setValue(key, storedValue(options.key, options.value));
-            line.note((line.dryRun ? "would set " : "") + options.key + " = " +
-                      (isSecretKey(options.key) ? "********"
-                                                : shownValue(options.key, settings.getValue(key))));
+            return isSecretKey(options.key) ? "********"
+                                            : shownValue(options.key, settings.getValue(key));
         });
     session->saveSettings();
+    line.note((line.dryRun ? "would set " : "") + options.key + " = " + value);
     return ExitCode::done;
 }
 } // namespace

@@ -1,11 +1,13 @@
 #include "cli/CommandLine.h"
 #include "cli/FileRecord.h"
 #include "cli/KernelCommand.h"
+#include "cli/ScratchDatabase.h"
 #include "cli/Text.h"
 #include "core/DatabaseError.h"
 #include "core/DatabaseGuard.h"
 #include "core/HostFiles.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 
@@ -54,6 +56,41 @@ constexpr Check checks[] = {
     {"files of unknown collections",
      u"SELECT COUNT(*) FROM FILE_T WHERE FT_COLL_ID NOT IN (SELECT CT_COLL_ID FROM COLL_T)"}};
 
+constexpr const char16_t* allColumns =
+    u"SELECT m.name || '.' || c.name FROM sqlite_master m JOIN pragma_table_info(m.name) c WHERE "
+    u"m.type = 'table' ORDER BY 1";
+
+/// The columns of the tables of a database that is made for the purpose.
+CStringArray expectedColumns()
+{
+    const ScratchDatabase scratch(u"check");
+    try
+    {
+        CQoCollDb::CreateDatabaseIfNotValid(scratch.path(), {});
+        CSQLiteDB db(scratch.path());
+        db.Open();
+        return textColumn(db, allColumns);
+    }
+    catch (...)
+    {
+        // Not the fault of the one that is checked.
+        host::KernelThread::rethrowAsHostError(scratch.path());
+    }
+}
+
+/// What a load or a save would fail over.
+void checkUse(CSQLiteDB& db, std::vector<std::string>& faults)
+{
+    const CStringArray found = textColumn(db, allColumns);
+    for (const CString& column : expectedColumns())
+    {
+        if (std::find(found.begin(), found.end(), column) == found.end())
+            faults.push_back("there is no column " + toUtf8(column));
+    }
+    QoFileDbItemArray records;
+    CQoCollDb(db.path()).getAllFiles(records, true, u"", false);
+}
+
 /// Appends a sentence for each thing that is wrong.
 void checkContent(CSQLiteDB& db, std::vector<std::string>& faults)
 {
@@ -95,13 +132,15 @@ ExitCode check(CommandLine& line)
                     CSQLiteDB db(path);
                     db.Open();
                     checkContent(db, faults);
+                    checkUse(db, faults);
                     counts = host::DatabaseGuard::countRows(path);
                 }
             }
             catch (CSQLiteException* raw)
             {
                 const std::unique_ptr<CSQLiteException> exception(raw);
-                faults.push_back(host::databaseWords(exception->message()));
+                faults.push_back(host::databaseWords(exception->message()) +
+                                 (host::isDiskFull(path) ? "; the disk is full" : ""));
             }
             if (line.json)
             {

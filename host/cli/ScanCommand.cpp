@@ -3,6 +3,7 @@
 #include "cli/KernelCommand.h"
 #include "cli/MovedOffers.h"
 #include "cli/RootChange.h"
+#include "cli/ScratchDatabase.h"
 #include "cli/Text.h"
 #include "core/HostFiles.h"
 #include "core/RootGuard.h"
@@ -26,31 +27,13 @@ struct ScanOptions
     bool findMoved = false;
 };
 
-/// A copy of the database that a trial run may write to; gone with this object.
-class TrialDatabase
+std::unique_ptr<ScratchDatabase> makeTrial()
 {
-public:
-    TrialDatabase()
-    {
-        CString name;
-        name.Format(u"trial-%u", systemClock().processId());
-        m_path = CQoPaths::makeTempFilePath(name);
-        if (fileSystem().exists(Session::databasePath()))
-            backupDatabase(Session::databasePath(), m_path);
-    }
-    ~TrialDatabase()
-    {
-        for (const char16_t* end : {u"", u"-wal", u"-shm"})
-            (void)fileSystem().removeFile(m_path + end);
-    }
-    TrialDatabase(const TrialDatabase&) = delete;
-    TrialDatabase& operator=(const TrialDatabase&) = delete;
-
-    const CString& path() const { return m_path; }
-
-private:
-    CString m_path;
-};
+    auto trial = std::make_unique<ScratchDatabase>(u"trial");
+    if (fileSystem().exists(Session::databasePath()))
+        backupDatabase(Session::databasePath(), trial->path());
+    return trial;
+}
 
 void printScan(CommandLine& line,
                const ScanOptions& options,
@@ -162,10 +145,10 @@ Session::LoadReport scanRoots(const CommandLine& line, Session& session, const S
     load.rescan = true;
     load.isLast = true;
     load.allowMissingRoot = options.allowMissingRoot;
-    std::unique_ptr<TrialDatabase> trial;
+    std::unique_ptr<ScratchDatabase> trial; // a copy, which may be written to
     if (line.dryRun)
     {
-        trial = session.kernel().run([] { return std::make_unique<TrialDatabase>(); });
+        trial = session.kernel().run([] { return makeTrial(); });
         load.database = trial->path();
     }
     bool areForgotten = false;
@@ -254,7 +237,7 @@ ExitCode load(CommandLine& line, bool withMemory)
     object["scanned"] = report.walked;
     std::string text = countText(report.files, "file") + " loaded in " +
                        secondsText(report.seconds) + " s" +
-                       (report.walked ? ", after a look through the root folders" : "");
+                       (report.walked ? ", after a look through root folders" : "");
     if (withMemory)
     {
         object["residentKiB"] = after;

@@ -155,14 +155,13 @@ std::string padded(std::string_view text, std::size_t width)
 
 std::string oneLine(const CString& text)
 {
-    std::string line = toUtf8(text);
-    for (char& c : line)
+    CString line;
+    for (const char16_t unit : text.view())
     {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F)
-            c = ' ';
+        const bool isControl = unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
+        line += isControl ? u' ' : unit;
     }
-    return line;
+    return toUtf8(line);
 }
 
 bool isUtf8(const std::string& bytes)

@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <iostream>
+#include <string>
 
 namespace
 {
@@ -51,6 +52,29 @@ int run(CommandLine& line)
     return static_cast<int>(code);
 }
 
+/// What was wrong with the command line, in a sentence.
+std::string parseFailure(const CLI::App& app, const CLI::ParseError& error)
+{
+    const CLI::App* last = &app;
+    std::string typed;
+    while (!last->get_subcommands().empty())
+    {
+        last = last->get_subcommands().front();
+        typed += last->get_name() + " ";
+    }
+    const auto known = last->get_subcommands([](const CLI::App*) { return true; });
+    if (known.empty() || (!typed.empty() && error.get_name() != "RequiredError"))
+        return error.what();
+    if (!last->remaining().empty() && !last->remaining().front().starts_with('-'))
+        return "there is no command \"" + typed + last->remaining().front() + "\"";
+    if (typed.empty())
+        return error.what();
+    std::string names;
+    for (const CLI::App* const each : known)
+        names += (names.empty() ? " " : ", ") + each->get_name();
+    return "\"" + typed.substr(0, typed.size() - 1) + "\" goes with one of" + names;
+}
+
 /// The way of a program whose reader has gone away.
 [[noreturn]] void endByBrokenPipe()
 {
@@ -71,11 +95,8 @@ int parseAndRun(CommandLine& line, int argc, char** argv)
     {
         if (error.get_exit_code() == 0)
             return line.app.exit(error);
-        const bool isUnknown = line.app.get_subcommands().empty() && !line.app.remaining().empty();
-        CommandLine::complain((isUnknown
-                                   ? "there is no command \"" + line.app.remaining().front() + "\""
-                                   : error.what()) +
-                              std::string("\nsee \"qo help\" or \"qo COMMAND --help\""));
+        CommandLine::complain(parseFailure(line.app, error) +
+                              "\nsee \"qo help\" or \"qo COMMAND --help\"");
         return static_cast<int>(ExitCode::usage);
     }
     catch (const HostError& error)

@@ -47,8 +47,11 @@ std::string databaseWords(const CString& message)
 
 HostError databaseError(const CSQLiteException& exception, const CString& database)
 {
-    return {exitCodeOf(exception),
-            "the database " + shownPath(database) +
-                " cannot be used: " + databaseWords(exception.message())};
+    const ExitCode code = exitCodeOf(exception);
+    // SQLite's words for it depend on what it was doing.
+    const bool isFull = code != ExitCode::busy && isDiskFull(database);
+    return {code,
+            "the database " + shownPath(database) + " cannot be used: " +
+                databaseWords(exception.message()) + (isFull ? "; the disk is full" : "")};
 }
 } // namespace qo::host

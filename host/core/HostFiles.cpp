@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <system_error>
 
 #include <algorithm>
@@ -59,6 +60,14 @@ int readFile(const CString& path, std::size_t limit, std::string& content)
 std::string errorWords(int error)
 {
     return std::generic_category().message(error);
+}
+
+bool isDiskFull(const CString& path)
+{
+    struct statvfs disk = {};
+    const std::string file = toSystemPath(path);
+    const std::string folder = file.substr(0, file.rfind('/') + 1);
+    return ::statvfs(folder.c_str(), &disk) == 0 && disk.f_blocks > 0 && disk.f_bavail == 0;
 }
 
 std::string shownPath(const CString& path)

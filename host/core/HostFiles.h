@@ -13,6 +13,9 @@ int readFile(const CString& path, std::size_t limit, std::string& content);
 /// The system's words for an error number, without the number.
 std::string errorWords(int error);
 
+/// Whether the disk that holds the path, or what is above it, has no room left for this user.
+bool isDiskFull(const CString& path);
+
 /// The path as a user sees it; the collection form when the system has none.
 std::string shownPath(const CString& path);
 
