@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/FileRecord.h"
+#include "cli/Interrupt.h"
 #include "cli/KernelCommand.h"
 #include "cli/TagFields.h"
 #include "cli/Text.h"
@@ -8,12 +9,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <span>
 
 namespace qo::cli
 {
 namespace
 {
 using host::PendingTags;
+using host::ProgressReporter;
 using host::Session;
 
 struct TagOptions
@@ -174,7 +177,7 @@ void revert(TagWork& work, const TagOptions& options)
                    host::shownPath(path));
 }
 
-void writeOne(TagWork& work, const CString& path)
+void writeOne(TagWork& work, const CString& path, ProgressReporter& progress)
 {
     CMusicTagEx tag;
     readTag(work, path, tag);
@@ -187,7 +190,7 @@ void writeOne(TagWork& work, const CString& path)
     }
     work.session.failures().forget();
     if (!tag.writeTag(path))
-        throw HostError(ExitCode::failed,
+        throw HostError(progress.isCanceled() ? ExitCode::interrupted : ExitCode::failed,
                         "the tag of " + shown + " was not written, the file is as it was: " +
                             work.session.failures().lastFailure());
     work.pending.drop(path);
@@ -207,6 +210,22 @@ std::vector<CString> pathsToWrite(const TagWork& work, const TagOptions& options
     return {path};
 }
 
+/// Tells what an interruption left undone. Throws HostError.
+[[noreturn]] void
+stopWriting(const TagWork& work, std::span<const CString> left, std::size_t written)
+{
+    if (work.line.dryRun)
+        throw HostError(ExitCode::interrupted,
+                        "stopped: " + countText(static_cast<std::int64_t>(left.size()), "file") +
+                            " not shown; a dry run writes nothing");
+    for (const CString& path : left)
+        work.line.note("not written: " + host::shownPath(path));
+    throw HostError(ExitCode::interrupted,
+                    "stopped: " + countText(static_cast<std::int64_t>(written), "file") +
+                        " written, and what was not keeps its edits: \"qo tag write --all\" "
+                        "goes on");
+}
+
 ExitCode write(TagWork& work, const TagOptions& options)
 {
     const std::vector<CString> paths = pathsToWrite(work, options);
@@ -214,18 +233,26 @@ ExitCode write(TagWork& work, const TagOptions& options)
         confirm(work.line,
                 "The tags of " + countText(static_cast<std::int64_t>(paths.size()), "file") +
                     " will be written.");
+    ProgressReporter progress({});
+    const InterruptGuard guard(progress);
+    const KVTagLib::WriteStop stop([&progress] { return progress.isCanceled(); });
     std::size_t failed = 0;
-    for (const CString& path : paths)
+    for (auto path = paths.begin(); path != paths.end(); ++path)
     {
+        const std::size_t written = static_cast<std::size_t>(path - paths.begin()) - failed;
+        if (progress.isCanceled())
+            stopWriting(work, {path, paths.end()}, written);
         try
         {
-            writeOne(work, path);
+            writeOne(work, *path, progress);
         }
         catch (const HostError& error)
         {
             if (!options.all)
                 throw;
             CommandLine::complain(error.what());
+            if (error.code() == ExitCode::interrupted)
+                stopWriting(work, {path, paths.end()}, written);
             ++failed;
         }
     }

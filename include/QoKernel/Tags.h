@@ -4,5 +4,6 @@
 #include "KVTagLib/SoundHead.h"
 #include "KVTagLib/Tags.h"
 #include "KVTagLib/ValidExtensions.h"
+#include "KVTagLib/WriteStop.h"
 #include "QoColl/Tags/MusicTagEx.h"
 #include "QoColl/Tags/SimpleMusicTag.h"

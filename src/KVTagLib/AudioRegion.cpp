@@ -110,7 +110,7 @@ bool addRiffSound(AudioRegionReader& file, bool bigEndian)
     const ByteVector soundName = bigEndian ? "SSND" : "data";
     bool found = false;
     std::int64_t at = 12;
-    while (at + chunkHeader <= file.size())
+    while (at + chunkHeader <= file.size() && file.sound())
     {
         const ByteVector header = file.look(at, chunkHeader + 4);
         const ByteVector name = header.mid(0, 4);

@@ -20,7 +20,7 @@ public:
                                std::int64_t limit = std::numeric_limits<std::int64_t>::max());
 
     std::int64_t size() const { return m_size; }
-    /// Fewer bytes than asked for only at the end.
+    /// Fewer bytes than asked for only at the end; none behind a failure.
     TagLib::ByteVector look(std::int64_t position, std::int64_t length);
     /// What lies there, as far as the file reaches.
     void add(std::int64_t position, std::int64_t length);

@@ -1,8 +1,10 @@
 #include "KVTagLib/CopyStream.h"
 
+#include "KVTagLib/WriteStop.h"
 #include "platform/FileReplacement.h"
 
 #include <algorithm>
+#include <exception>
 #include <limits>
 #include <memory>
 
@@ -14,6 +16,17 @@ namespace
 long positionOf(unsigned long value)
 {
     return static_cast<long>(std::min<unsigned long>(value, std::numeric_limits<long>::max() / 4));
+}
+
+/// An editor that merely saw its writes fail would go on to the end of a long file.
+class WriteStopped final : public std::exception
+{
+};
+
+void checkStop()
+{
+    if (WriteStop::isAsked())
+        throw WriteStopped();
 }
 } // namespace
 
@@ -38,6 +51,7 @@ TagLib::ByteVector CopyStream::readBlock(unsigned long length)
 
 void CopyStream::writeBlock(const TagLib::ByteVector& data)
 {
+    checkStop();
     if (m_replacement.writeCopy(m_position, data.data(), data.size()))
         m_position += static_cast<long>(data.size());
 }
@@ -87,6 +101,7 @@ void CopyStream::moveTail(long from, long to)
     long done = 0;
     while (done < tail)
     {
+        checkStop();
         const long part = std::min(blockSize, tail - done);
         // Growing works from the end, so that nothing is overwritten before it was moved.
         const long offset = to > from ? tail - done - part : done;

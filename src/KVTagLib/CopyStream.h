@@ -11,8 +11,8 @@ namespace KVTagLib
 {
 /// The copy of a file that is being changed, as TagLib's editors read and write it. TagLib has no
 /// way to report a write that failed; here the replacement keeps the first error, and nothing is
-/// written once it has one. Stands in for a FileStream wherever one is asked for, the base's own
-/// access to the file is not used.
+/// written once it has one. A write that is to stop ends with an exception, see WriteStop. Stands
+/// in for a FileStream wherever one is asked for, the base's own access to the file is not used.
 class CopyStream final : public TagLib::FileStream
 {
 public:

@@ -6,6 +6,7 @@
 #include "KVTagLib/CopyStream.h"
 #include "KVTagLib/TagChanges.h"
 #include "KVTagLib/Tags.h"
+#include "KVTagLib/WriteStop.h"
 #include "platform/FileReplacement.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
@@ -32,7 +33,8 @@ std::optional<std::string> digestOf(const CString& path, AudioFormat format)
     return file ? digestOfSound(*file, format) : std::nullopt;
 }
 
-/// TagLib throws when memory runs out on a size that a damaged file made up.
+/// TagLib throws when memory runs out on a size that a damaged file made up, and the copy when it
+/// is to stop.
 bool editCopy(qo::FileReplacement& copy, AudioFormat format, const TagChanges& changes)
 {
     try
@@ -62,14 +64,19 @@ bool FileTagsWriter::Write(CTags& tags)
         return true;
 
     qo::FileReplacement replacement(m_path);
-    if (const int error = replacement.prepare(); error != 0)
-        return fail(qo::errorText(error));
-    const bool edited = editCopy(replacement, before.format, changes);
+    if (const int error = replacement.prepare(&WriteStop::isAsked); error != 0)
+        return fail(WriteStop::isAsked() ? u"it was stopped" : qo::errorText(error));
+    const bool edited = !WriteStop::isAsked() && editCopy(replacement, before.format, changes);
     if (const int error = replacement.copyError(); error != 0)
         return fail(qo::errorText(error));
     if (!edited)
-        return fail(u"the tag cannot be changed without loss");
-    if (!checkCopy(qo::fromSystemPath(replacement.copyPath()), before, changes))
+        m_error = u"the tag cannot be changed without loss";
+    const bool good =
+        edited && checkCopy(qo::fromSystemPath(replacement.copyPath()), before, changes);
+    // Whatever was cut short has another reason then.
+    if (WriteStop::isAsked())
+        return fail(u"it was stopped");
+    if (!good)
         return false;
     if (const int error = replacement.commit(); error != 0)
     {

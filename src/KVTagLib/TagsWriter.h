@@ -21,7 +21,7 @@ public:
     ///
     /// The work is done on a copy that is read again and compared before it takes the file's
     /// place, so a failure leaves the file as it was. Never throws. On false GetError() tells the
-    /// cause.
+    /// cause. A WriteStop of the calling thread ends it early, with the file as it was too.
     virtual bool Write(CTags& tags) = 0;
 
     /// One sentence on the last failure, without the path; empty after success.

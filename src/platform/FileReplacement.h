@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -28,7 +29,8 @@ public:
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
 
-    int prepare();
+    /// ECANCELED when stop, which is asked for each block and may be empty, says so.
+    int prepare(const std::function<bool()>& stop = {});
     /// Where the copy lies, as a system path; after prepare(). For reading: what others write there
     /// is not watched for errors.
     const std::string& copyPath() const;

@@ -106,12 +106,14 @@ std::unique_ptr<PosixFile> openRegular(const std::string& path, int flags, struc
 }
 
 /// Plain reading and writing, for file systems that can do no better.
-int pumpContent(PosixFile& from, PosixFile& to)
+int pumpContent(PosixFile& from, PosixFile& to, const std::function<bool()>& stop)
 {
     constexpr std::size_t blockSize = std::size_t(256) << 10;
     const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
     for (;;)
     {
+        if (stop && stop())
+            return ECANCELED;
         const std::int64_t got = from.read(block.get(), blockSize);
         if (got <= 0)
             return got == 0 ? 0 : from.error();
@@ -121,12 +123,12 @@ int pumpContent(PosixFile& from, PosixFile& to)
 }
 
 /// The whole content, shared or copied inside the kernel where the file system can.
-int copyContent(PosixFile& from, PosixFile& to)
+int copyContent(PosixFile& from, PosixFile& to, const std::function<bool()>& stop = {})
 {
     if (!from.seek(0) || !to.seek(0))
         return EIO;
-    constexpr std::size_t blockSize = std::size_t(64) << 20;
-    for (;;)
+    constexpr std::size_t blockSize = std::size_t(8) << 20;
+    while (!stop || !stop())
     {
         const ssize_t done =
             ::copy_file_range(from.descriptor(), nullptr, to.descriptor(), nullptr, blockSize, 0);
@@ -136,7 +138,7 @@ int copyContent(PosixFile& from, PosixFile& to)
             break;
     }
     // Whatever stopped it short of the end, the plain road finishes or says why it cannot.
-    return pumpContent(from, to);
+    return pumpContent(from, to, stop);
 }
 
 bool sameFile(const struct stat& a, const struct stat& b)
@@ -194,7 +196,7 @@ FileReplacement::FileReplacement(const CString& path) : m_state(std::make_unique
 
 FileReplacement::~FileReplacement() = default;
 
-int FileReplacement::prepare()
+int FileReplacement::prepare(const std::function<bool()>& stop)
 {
     State& state = *m_state;
     const std::unique_ptr<char, decltype(&std::free)> real(::realpath(state.given.c_str(), nullptr),
@@ -212,7 +214,7 @@ int FileReplacement::prepare()
     const int from = state.source->descriptor();
     if (::ioctl(state.copy.descriptor(), FICLONE, from) != 0)
     {
-        if (const int error = copyContent(*state.source, state.copy.file()); error != 0)
+        if (const int error = copyContent(*state.source, state.copy.file(), stop); error != 0)
             return error;
     }
     state.inPlace =
