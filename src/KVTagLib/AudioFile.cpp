@@ -1,5 +1,6 @@
 #include "KVTagLib/AudioFile.h"
 
+#include "KVTagLib/AsfHeader.h"
 #include "KVTagLib/ByteStream.h"
 #include "KVTagLib/FrameBounds.h"
 #include "platform/Platform.h"
@@ -86,6 +87,14 @@ void collectFrom(FileOfApeTag& file, TagValues& values)
 {
     collectIf(file.hasAPETag() ? file.APETag() : nullptr, values);
     collectIf(file.hasID3v1Tag() ? file.ID3v1Tag() : nullptr, values);
+}
+
+/// Of a damaged header, what came ahead of the damage.
+void collectFrom(ASF::File& file, TagValues& values)
+{
+    AsfHeader header;
+    header.load(file);
+    collect(header, values);
 }
 
 /// Formats with one kind of tag.

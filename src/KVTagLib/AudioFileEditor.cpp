@@ -1,5 +1,6 @@
 #include "KVTagLib/AudioFileEditor.h"
 
+#include "KVTagLib/AsfHeader.h"
 #include "KVTagLib/AudioFile.h"
 #include "KVTagLib/FlacEditor.h"
 #include "KVTagLib/Mp4Editor.h"
@@ -169,10 +170,11 @@ bool editOggFlac(FileStream& stream, const TagChanges& changes)
 bool editAsf(FileStream& stream, const TagChanges& changes)
 {
     ASF::File file(&stream, withoutProperties);
-    if (!file.isValid() || !file.tag())
+    AsfHeader header;
+    if (!file.isValid() || !header.load(file))
         return false;
-    apply(changes, *file.tag());
-    return file.save();
+    apply(changes, header);
+    return header.save(file);
 }
 } // namespace
 

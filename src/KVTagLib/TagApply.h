@@ -8,7 +8,7 @@
 namespace KVTagLib
 {
 void apply(const TagChanges& changes, TagLib::APE::Tag& tag);
-void apply(const TagChanges& changes, TagLib::ASF::Tag& tag);
+void apply(const TagChanges& changes, AsfHeader& header);
 
 /// The ID3v2 tag at the head of the file, or with hasTag false a new one. False if it cannot be
 /// changed without loss.

@@ -1,9 +1,12 @@
+#include "KVTagLib/AsfHeader.h"
 #include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagApply.h"
 #include "KVTagLib/TagText.h"
 
 #include <taglib/asfpicture.h>
-#include <taglib/asftag.h>
+
+#include <optional>
+#include <vector>
 
 using namespace TagLib;
 
@@ -11,47 +14,42 @@ namespace KVTagLib
 {
 namespace
 {
-ASF::AttributeList attributes(const StringList& texts)
+/// Each text takes the place of one that is shown, which may have been a number; pictures and the
+/// like stay.
+void setAsf(AsfHeader& header, const String& name, const StringList& texts)
 {
-    ASF::AttributeList list;
-    for (const String& text : texts)
-        list.append(ASF::Attribute(text));
-    return list;
-}
-
-void setAsf(ASF::Tag& tag, const String& name, const StringList& texts)
-{
-    if (texts.isEmpty())
-        tag.removeItem(name);
-    else
-        tag.setAttribute(name, attributes(texts));
-}
-
-/// The values that are texts; numbers are replaced, not kept beside one.
-StringList asfTexts(ASF::Tag& tag, const String& name)
-{
-    StringList texts;
-    for (const ASF::Attribute& attribute : tag.attribute(name))
+    std::vector<std::optional<AsfValue>> values;
+    auto next = texts.begin();
+    for (const AsfValue& value : header.values(name))
     {
-        if (attribute.type() == ASF::Attribute::UnicodeType)
-            texts.append(attribute.toString());
+        std::optional<AsfValue>& place = values.emplace_back(value);
+        if (value.type == AsfValue::truth || (isShown(value) && next == texts.end()))
+            place.reset();
+        else if (isShown(value))
+        {
+            const String& text = *next++;
+            if (shownText(value) != text)
+                *place = {AsfValue::text, value.language, value.stream, asfBytes(text)};
+        }
     }
-    return texts;
+    for (; next != texts.end(); ++next)
+        values.push_back(AsfValue{.bytes = asfBytes(*next)});
+    header.setValues(name, values);
 }
 
 /// Replaces the picture that a reader shows, in its place; the others stay.
-void setAsfPicture(const ByteVector& content, ASF::Tag& tag)
+void setAsfPicture(const ByteVector& content, AsfHeader& header)
 {
-    ASF::AttributeList list = tag.attribute("WM/Picture");
-    auto shown = list.end();
-    for (auto it = list.begin(); it != list.end(); ++it)
+    std::vector<AsfValue> values = header.values("WM/Picture");
+    auto shown = values.end();
+    for (auto value = values.begin(); value != values.end(); ++value)
     {
-        const ASF::Picture picture = it->toPicture();
+        const ASF::Picture picture = pictureOf(*value);
         if (!picture.isValid() || !pictureKindOf(picture.picture()))
             continue;
         const bool front = picture.type() == ASF::Picture::FrontCover;
-        if (front || shown == list.end())
-            shown = it;
+        if (front || shown == values.end())
+            shown = value;
         if (front)
             break;
     }
@@ -59,38 +57,34 @@ void setAsfPicture(const ByteVector& content, ASF::Tag& tag)
     picture.setType(ASF::Picture::FrontCover);
     picture.setMimeType(tagTextOf(pictureKindOf(content)->mimeType));
     picture.setPicture(content);
-    if (shown == list.end())
-        list.append(ASF::Attribute(picture));
-    else
-        *shown = ASF::Attribute(picture);
-    tag.setAttribute("WM/Picture", list);
+    if (shown == values.end())
+        shown = values.insert(values.end(), {.type = AsfValue::binary});
+    shown->bytes = picture.render();
+    header.setValues("WM/Picture", {values.begin(), values.end()});
 }
 
 /// These two stand in a part of their own with room for one text. Some writers repeat that text
 /// among the attributes, others put the further ones there.
-void setNamed(const TagChanges& changes, Field field, const String& name, ASF::Tag& tag)
+void setNamed(const TagChanges& changes, Field field, const String& name, AsfHeader& header)
 {
-    const String old = field == Field::artist ? tag.artist() : tag.title();
-    const StringList further = asfTexts(tag, name);
+    const auto place = field == Field::artist ? AsfHeader::Named::artist : AsfHeader::Named::title;
+    const String old = header.named(place);
+    const StringList further = header.texts(name);
     const bool repeated = old.isEmpty() || (!further.isEmpty() && further.front() == old);
     const StringList texts = changes.changed(field, old);
-    const String first = texts.isEmpty() ? String() : texts.front();
-    if (field == Field::artist)
-        tag.setArtist(first);
-    else
-        tag.setTitle(first);
+    header.setNamed(place, texts.isEmpty() ? String() : texts.front());
     if (texts.isEmpty() || (repeated && !further.isEmpty()))
-        setAsf(tag, name, changes.changed(field, further));
+        setAsf(header, name, changes.changed(field, further));
     else if (texts.size() > 1)
     {
         StringList rest = texts;
         rest.erase(rest.begin());
-        setAsf(tag, name, rest);
+        setAsf(header, name, rest);
     }
 }
 } // namespace
 
-void apply(const TagChanges& changes, ASF::Tag& tag)
+void apply(const TagChanges& changes, AsfHeader& header)
 {
     constexpr std::pair<Field, const char*> names[] = {
         {Field::album, "WM/AlbumTitle"},
@@ -99,26 +93,26 @@ void apply(const TagChanges& changes, ASF::Tag& tag)
         {Field::lyrics, "WM/Lyrics"},
     };
     if (changes.has(Field::artist))
-        setNamed(changes, Field::artist, "Author", tag);
+        setNamed(changes, Field::artist, "Author", header);
     if (changes.has(Field::title))
-        setNamed(changes, Field::title, "Title", tag);
+        setNamed(changes, Field::title, "Title", header);
     for (const auto& [field, name] : names)
     {
         if (changes.has(field))
-            setAsf(tag, name, changes.changed(field, asfTexts(tag, name)));
+            setAsf(header, name, changes.changed(field, header.texts(name)));
     }
     // A number becomes a text here, which holds a total as well and every reader takes.
     if (changes.has(Field::trackNumber))
     {
-        const bool apart = tag.contains("TotalTracks");
+        const bool apart = !header.texts("TotalTracks").isEmpty();
         const String number =
             apart ? changes.trackNumber() : tagTextOf(*changes.text(Field::trackNumber));
-        setAsf(tag, "WM/TrackNumber", number.isEmpty() ? StringList() : number);
+        setAsf(header, "WM/TrackNumber", number.isEmpty() ? StringList() : number);
         const String total = changes.trackTotal();
         if (apart && (!total.isEmpty() || changes.removesTrackTotal()))
-            setAsf(tag, "TotalTracks", total.isEmpty() ? StringList() : total);
+            setAsf(header, "TotalTracks", total.isEmpty() ? StringList() : total);
     }
     if (changes.picture())
-        setAsfPicture(*changes.picture(), tag);
+        setAsfPicture(*changes.picture(), header);
 }
 } // namespace KVTagLib

@@ -15,10 +15,6 @@ namespace APE
 {
 class Tag;
 }
-namespace ASF
-{
-class Tag;
-}
 namespace FLAC
 {
 class Picture;
@@ -47,6 +43,8 @@ class Tag;
 
 namespace KVTagLib
 {
+class AsfHeader;
+
 enum class Field : std::uint8_t
 {
     artist,
@@ -109,7 +107,7 @@ void collect(const TagLib::ID3v1::Tag& tag, TagValues& values);
 void collect(const TagLib::APE::Tag& tag, TagValues& values);
 void collect(TagLib::Ogg::XiphComment& tag, TagValues& values);
 void collect(const TagLib::MP4::Tag& tag, TagValues& values);
-void collect(TagLib::ASF::Tag& tag, TagValues& values);
+void collect(const AsfHeader& header, TagValues& values);
 void collect(const TagLib::RIFF::Info::Tag& tag, TagValues& values);
 void collect(const TagLib::FLAC::Picture& picture, TagValues& values);
 } // namespace KVTagLib

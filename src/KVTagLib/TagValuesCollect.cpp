@@ -1,8 +1,9 @@
+#include "KVTagLib/AsfHeader.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/TagValues.h"
 
 #include <taglib/apetag.h>
-#include <taglib/asftag.h>
+#include <taglib/asfpicture.h>
 #include <taglib/attachedpictureframe.h>
 #include <taglib/flacpicture.h>
 #include <taglib/id3v1tag.h>
@@ -64,32 +65,6 @@ StringList itemTexts(const MP4::Tag& tag, const char* key)
 {
     const auto it = tag.itemMap().find(key);
     return it == tag.itemMap().end() ? StringList() : it->second.toStringList();
-}
-
-StringList attributeTexts(ASF::Tag& tag, const char* key)
-{
-    StringList texts;
-    const auto it = tag.attributeListMap().find(key);
-    if (it == tag.attributeListMap().end())
-        return texts;
-    for (const ASF::Attribute& attribute : it->second)
-    {
-        switch (attribute.type())
-        {
-        case ASF::Attribute::UnicodeType:
-            texts.append(attribute.toString());
-            break;
-        case ASF::Attribute::DWordType:
-            texts.append(String::number(static_cast<int>(attribute.toUInt())));
-            break;
-        case ASF::Attribute::WordType:
-            texts.append(String::number(attribute.toUShort()));
-            break;
-        default:
-            break;
-        }
-    }
-    return texts;
 }
 
 String trackOf(const MP4::Tag& tag)
@@ -201,28 +176,28 @@ void collect(const MP4::Tag& tag, TagValues& values)
         values.offerPicture(cover.data(), true);
 }
 
-void collect(ASF::Tag& tag, TagValues& values)
+void collect(const AsfHeader& header, TagValues& values)
 {
     // The first artist has a place of its own; the others stand among the attributes, where some
     // writers repeat the first.
-    StringList artists = attributeTexts(tag, "Author");
-    if (!tag.artist().isEmpty() && (artists.isEmpty() || artists.front() != tag.artist()))
-        artists.prepend(tag.artist());
+    StringList artists = header.texts("Author");
+    const String first = header.named(AsfHeader::Named::artist);
+    if (!first.isEmpty() && (artists.isEmpty() || artists.front() != first))
+        artists.prepend(first);
     values.offer(Field::artist, artists);
-    values.offer(Field::album, attributeTexts(tag, "WM/AlbumTitle"));
-    values.offer(Field::title, tag.title());
-    values.offer(Field::title, attributeTexts(tag, "Title"));
-    values.offer(Field::genre, attributeTexts(tag, "WM/Genre"));
-    values.offerTrack(firstText(attributeTexts(tag, "WM/TrackNumber")),
-                      firstText(attributeTexts(tag, "TotalTracks")));
-    values.offer(Field::year, attributeTexts(tag, "WM/Year"));
-    values.offer(Field::lyrics, attributeTexts(tag, "WM/Lyrics"));
-    const auto pictures = tag.attributeListMap().find("WM/Picture");
-    if (!values.wantsPictures() || pictures == tag.attributeListMap().end())
+    values.offer(Field::album, header.texts("WM/AlbumTitle"));
+    values.offer(Field::title, header.named(AsfHeader::Named::title));
+    values.offer(Field::title, header.texts("Title"));
+    values.offer(Field::genre, header.texts("WM/Genre"));
+    values.offerTrack(firstText(header.texts("WM/TrackNumber")),
+                      firstText(header.texts("TotalTracks")));
+    values.offer(Field::year, header.texts("WM/Year"));
+    values.offer(Field::lyrics, header.texts("WM/Lyrics"));
+    if (!values.wantsPictures())
         return;
-    for (const ASF::Attribute& attribute : pictures->second)
+    for (const AsfValue& value : header.values("WM/Picture"))
     {
-        const ASF::Picture picture = attribute.toPicture();
+        const ASF::Picture picture = pictureOf(value);
         if (picture.isValid())
             values.offerPicture(picture.picture(), picture.type() == ASF::Picture::FrontCover);
     }

@@ -114,6 +114,11 @@ inline KVTagLib::CTags only(void (KVTagLib::CTags::*set)(const CString&), const 
     return tags;
 }
 
+inline KVTagLib::CTags title(const char16_t* text)
+{
+    return only(&KVTagLib::CTags::SetTitle, text);
+}
+
 /// The same tag with a sound's picture; none of tests/data is a failure of the test.
 inline KVTagLib::CTags withPicture(KVTagLib::CTags tags, const std::string& picture)
 {

@@ -8,11 +8,6 @@ using KVTagLib::CTags;
 
 namespace
 {
-CTags title(const char16_t* text)
-{
-    return only(&CTags::SetTitle, text);
-}
-
 void replaceIn(std::string& text, const std::string& old, const std::string& fresh)
 {
     const std::size_t at = text.find(old);

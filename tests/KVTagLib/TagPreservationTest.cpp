@@ -97,11 +97,6 @@ f.tags.add(TIT2(3, 'Old')); f.tags.add(TPE1(3, 'First')); f.tags.add(TXXX(3, 'mo
 f.save()
 )";
 
-CTags title(const char16_t* text)
-{
-    return only(&CTags::SetTitle, text);
-}
-
 CTags artist(const char16_t* text)
 {
     CTags tags;

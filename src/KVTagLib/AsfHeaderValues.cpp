@@ -1,0 +1,122 @@
+#include "KVTagLib/AsfHeader.h"
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+
+using namespace TagLib;
+
+namespace KVTagLib
+{
+namespace
+{
+constexpr unsigned maxWord = std::numeric_limits<std::uint16_t>::max();
+
+/// Whether the extended description can hold it, which has neither streams nor languages.
+bool fitsExtended(const AsfValue& value)
+{
+    return (value.type == AsfValue::text || value.type == AsfValue::binary) && value.stream == 0 &&
+           value.language == 0 && value.bytes.size() <= maxWord;
+}
+} // namespace
+
+unsigned AsfHeader::largestValue(Kind kind)
+{
+    return kind == Kind::library ? std::numeric_limits<unsigned>::max() : maxWord;
+}
+
+String AsfHeader::named(Named place) const
+{
+    const Object* description = find(Kind::description);
+    const auto index = static_cast<std::size_t>(place);
+    return description && index < description->texts.size() ? asfText(description->texts[index])
+                                                            : String();
+}
+
+void AsfHeader::setNamed(Named place, const String& text)
+{
+    if (text != named(place))
+        findOrMake(Kind::description).texts[static_cast<std::size_t>(place)] = asfBytes(text);
+}
+
+std::vector<AsfHeader::Place> AsfHeader::placesOf(const String& name) const
+{
+    std::vector<Place> places;
+    const ByteVector wanted = asfBytes(name);
+    for (const Kind kind : withAttributes)
+    {
+        for (std::size_t i = 0; i < m_objects.size(); ++i)
+        {
+            const Object& object = m_objects[i];
+            for (std::size_t j = 0; object.kind == kind && j < object.attributes.size(); ++j)
+            {
+                if (isSameAsfText(object.attributes[j].name, wanted))
+                    places.push_back({i, j});
+            }
+        }
+    }
+    return places;
+}
+
+std::vector<AsfValue> AsfHeader::values(const String& name) const
+{
+    std::vector<AsfValue> list;
+    for (const auto& [object, attribute] : placesOf(name))
+        list.push_back(m_objects[object].attributes[attribute].value);
+    return list;
+}
+
+StringList AsfHeader::texts(const String& name) const
+{
+    StringList list;
+    for (const AsfValue& value : values(name))
+    {
+        if (isShown(value))
+            list.append(shownText(value));
+    }
+    return list;
+}
+
+void AsfHeader::setValues(const String& name, const std::vector<std::optional<AsfValue>>& values)
+{
+    const std::vector<Place> places = placesOf(name);
+    const auto isKept = [&](std::size_t i) { return i < values.size() && values[i]; };
+    bool fits = true;
+    for (std::size_t i = 0; i < places.size() && fits; ++i)
+        fits =
+            !isKept(i) || values[i]->bytes.size() <= largestValue(m_objects[places[i].object].kind);
+    // What a place cannot hold moves, and then all of them, or their order would change.
+    bool isNew = true;
+    for (std::size_t i = 0; i < places.size(); ++i)
+    {
+        Attribute& attribute = m_objects[places[i].object].attributes[places[i].attribute];
+        attribute.isRemoved = !fits || !isKept(i);
+        if (attribute.isRemoved)
+            continue;
+        attribute.value = *values[i];
+        isNew = false;
+    }
+    for (Object& object : m_objects)
+        std::erase_if(object.attributes, std::mem_fn(&Attribute::isRemoved));
+    std::vector<Attribute> added;
+    for (std::size_t i = fits ? places.size() : 0; i < values.size(); ++i)
+    {
+        if (values[i])
+            added.push_back({asfBytes(name), *values[i]});
+    }
+    add(added, isNew);
+}
+
+void AsfHeader::add(std::vector<Attribute> attributes, bool isNew)
+{
+    if (isNew && !attributes.empty() && fitsExtended(attributes.front().value))
+    {
+        findOrMake(Kind::extended).attributes.push_back(attributes.front());
+        attributes.erase(attributes.begin());
+    }
+    if (attributes.empty())
+        return;
+    auto& library = findOrMake(Kind::library).attributes;
+    library.insert(library.end(), attributes.begin(), attributes.end());
+}
+} // namespace KVTagLib

@@ -1,0 +1,77 @@
+#include "KVTagLib/AsfValue.h"
+
+#include <string>
+#include <string_view>
+
+using namespace TagLib;
+
+namespace KVTagLib
+{
+namespace
+{
+/// Without half a character at the end and the zeros ahead of it.
+std::string_view unitsOf(const ByteVector& bytes)
+{
+    const char* data = bytes.data();
+    std::size_t size = bytes.size() & ~1U;
+    while (size > 0 && data[size - 1] == 0 && data[size - 2] == 0)
+        size -= 2;
+    return {data, size};
+}
+
+String numberText(const ByteVector& bytes, unsigned width)
+{
+    constexpr bool littleEndian = false;
+    const long long number = bytes.mid(0, width).toLongLong(littleEndian);
+    return std::to_string(static_cast<unsigned long long>(number));
+}
+} // namespace
+
+String asfText(const ByteVector& bytes)
+{
+    return {bytes.mid(0, static_cast<unsigned>(unitsOf(bytes).size())), String::UTF16LE};
+}
+
+ByteVector asfBytes(const String& text)
+{
+    ByteVector bytes = text.data(String::UTF16LE);
+    bytes.append(ByteVector(2, '\0'));
+    return bytes;
+}
+
+bool isSameAsfText(const ByteVector& a, const ByteVector& b)
+{
+    return unitsOf(a) == unitsOf(b);
+}
+
+bool isShown(const AsfValue& value)
+{
+    return value.type == AsfValue::text || value.type == AsfValue::number ||
+           value.type == AsfValue::longNumber || value.type == AsfValue::shortNumber;
+}
+
+String shownText(const AsfValue& value)
+{
+    switch (value.type)
+    {
+    case AsfValue::text:
+        return asfText(value.bytes);
+    case AsfValue::number:
+        return numberText(value.bytes, 4);
+    case AsfValue::longNumber:
+        return numberText(value.bytes, 8);
+    case AsfValue::shortNumber:
+        return numberText(value.bytes, 2);
+    default:
+        return {};
+    }
+}
+
+ASF::Picture pictureOf(const AsfValue& value)
+{
+    ASF::Picture picture;
+    // TagLib calls this one private in a comment, but exports it and has no other way in.
+    picture.parse(value.type == AsfValue::binary ? value.bytes : ByteVector());
+    return picture;
+}
+} // namespace KVTagLib
