@@ -231,7 +231,10 @@ void KeyValueConfig::save()
         return;
     keepRejected();
     const std::string text = toText();
-    if (const int error = fileSystem().replaceFile(m_file, text.data(), text.size()))
+    // Some keep their settings elsewhere, under version control, and have a link here.
+    const std::string real = resolvedPath(toSystemPath(m_file));
+    const CString target = real.empty() ? m_file : fromSystemPath(real);
+    if (const int error = fileSystem().replaceFile(target, text.data(), text.size()))
         throw HostError(ExitCode::failed,
                         "the settings file " + shownPath(m_file) +
                             " cannot be written: " + errorWords(error));

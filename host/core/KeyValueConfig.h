@@ -40,7 +40,7 @@ public:
     /// Every key, in the order of the file and then of declaration.
     std::vector<Entry> entries() const;
 
-    /// Writes the file in one piece if anything changed. Throws HostError.
+    /// Writes the file, or what it links to, in one piece if anything changed. Throws HostError.
     void save();
 
     /// What was wrong with the file, as one sentence; empty when all was well.

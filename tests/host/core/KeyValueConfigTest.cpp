@@ -89,7 +89,8 @@ TEST(KeyValueConfig, FileIsWrittenOnlyForAChangeAndKeepsWhatNobodyDeclared)
 {
     const TempDir dir;
     const std::string text = "[Other]\nForeign=x\n[Common]\nLanguage=en\n";
-    dir.write("settings", "# remark\n" + text);
+    dir.write("elsewhere", "# remark\n" + text);
+    std::filesystem::create_symlink("elsewhere", dir.path("settings"));
     KeyValueConfig config(dir.collPath("settings"));
     auto* const key =
         config.addKey(config.addSection(KVConfig::ordinarySection, u"Common"), u"Language", u"en");
@@ -100,6 +101,7 @@ TEST(KeyValueConfig, FileIsWrittenOnlyForAChangeAndKeepsWhatNobodyDeclared)
     config.setValue(key, u"en");
     config.save();
     EXPECT_EQ(dir.read("settings"), text);
+    EXPECT_EQ(dir.read("elsewhere"), text) << "a link stays one";
 }
 
 TEST(KeyValueConfig, FileThatCannotBeReadIsNotReplaced)
