@@ -60,6 +60,13 @@ CollInfoDbItem storedInfo(const CString& database)
     return info;
 }
 
+/// Without a slice there is nothing to go on from: the folders are as new as they were.
+void endUnlessKept(const UnfinishedScan& mark, const SlicedScan::Report& slices)
+{
+    if (!slices.hasSaved && !mark.wasThere())
+        mark.end();
+}
+
 std::string keptText(const SlicedScan::Report& slices, bool goesOn)
 {
     if (!slices.hasSaved && !goesOn)
@@ -282,6 +289,7 @@ void Session::checkSlices(const SlicedScan::Report& slices, const UnfinishedScan
 {
     if (!slices.isStopped)
         return;
+    endUnlessKept(mark, slices);
     const std::string kept = keptText(slices, mark.wasThere());
     if (!slices.isSaved)
         throw HostError(ExitCode::failed,
@@ -334,11 +342,11 @@ void Session::scanInSlices(const LoadOptions& options,
         [&sentinel] { return sentinel.look().empty(); },
         !options.rescan);
     SlicedScan::Report slices = scan.read();
-    // Nothing to go on from: the folders are as new as they were.
-    if ((slices.isStopped || sentinel.hasLost()) && !slices.hasSaved && !mark.wasThere())
-        mark.end();
     if (sentinel.hasLost())
+    {
+        endUnlessKept(mark, slices);
         sentinel.refuse();
+    }
     report.added = slices.added;
     report.changed = slices.changed;
     report.gone += slices.gone;
