@@ -235,7 +235,7 @@ void MovedTwins::learnFolder(const CString& from, const CString& to)
     CString now = to;
     while (!before.IsEmpty() && !now.IsEmpty() && before != now)
     {
-        ++m_folders[before][now];
+        m_folders[before].count(now);
         if (nameOf(before) != nameOf(now))
             return;
         before = folderOf(before);
@@ -263,15 +263,19 @@ std::optional<CString> MovedTwins::becameOf(const CString& folder)
         gone->second = m_questions.isFolderGone(folder);
     if (!gone->second)
         return {};
-    const std::pair<const CString, int>* best = nullptr;
-    bool isTie = false;
-    for (const auto& place : known->second)
-    {
-        isTie = best && (place.second < best->second ? isTie : place.second == best->second);
-        if (!best || place.second > best->second)
-            best = &place;
-    }
-    return isTie ? std::optional<CString>() : best->first;
+    const Places& places = known->second;
+    return places.isTie ? std::optional<CString>() : places.best;
+}
+
+void MovedTwins::Places::count(const CString& place)
+{
+    const int files = ++m_files[place];
+    if (files < m_most)
+        return;
+    isTie = files == m_most;
+    if (files > m_most)
+        best = place;
+    m_most = files;
 }
 
 std::vector<std::size_t> MovedTwins::candidatesFor(std::size_t gone, std::size_t most)

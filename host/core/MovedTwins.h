@@ -54,6 +54,19 @@ private:
         std::optional<CString> title;
     };
     using Entries = std::vector<Entry>;
+    /// Where the files of a folder went.
+    class Places
+    {
+    public:
+        void count(const CString& place);
+
+        CString best; ///< where most of them went
+        bool isTie = false;
+
+    private:
+        std::map<CString, int> m_files;
+        int m_most = 0;
+    };
     /// What a file shows besides its marks; empty when it has nothing of the kind.
     using Evidence = std::function<std::optional<CString>(std::size_t)>;
     class Round;
@@ -75,7 +88,7 @@ private:
     Questions m_questions;
     std::vector<std::size_t> m_openGone;
     std::vector<std::size_t> m_openFound;
-    std::map<CString, std::map<CString, int>> m_folders; ///< where files of a folder went
+    std::map<CString, Places> m_folders;
     std::map<CString, bool> m_isFolderGone;
     std::unordered_map<int, std::vector<std::size_t>> m_leftOver; ///< found files of a mark
 };
