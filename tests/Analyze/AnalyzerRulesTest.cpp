@@ -1,15 +1,14 @@
 #include "Analyze/Folder.h"
 #include "Analyze/MaxPercent.h"
 #include "Analyze/NSAnalyzer.h"
+#include "Analyze/NSDirMusicFilesInfo.h"
+#include "Analyze/NSNamePattern.h"
 #include "Analyze/NSUtils.h"
 #include "Physical/HDMusicFile.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <map>
 #include <random>
-#include <utility>
 #include <vector>
 
 /// The rules of the analysis worked out value by value and file by file.
@@ -17,194 +16,105 @@ namespace plain
 {
 using Dir = boost::shared_ptr<CHDDirectory>;
 using File = boost::shared_ptr<CHDFile>;
-using Object = boost::shared_ptr<CHDObject>;
-using Music = std::vector<File>;
-using Decisions = std::map<CString, std::map<int, CString>>;
+using Info = CNSDirMusicFilesInfo;
+using MusicFile = boost::shared_ptr<CHDMusicFile>;
 
-CString* fieldOf(QoFileDbItem& item, int type)
+void detectUnrelatedAssocs(const Dir& directory, CMapStringToPtr& store)
 {
-    switch (type)
+    CNSAnalyzer::ObjectList children;
+    for (const Dir& subDir : directory->getSubDirs())
     {
-    case CLTObjectType::Track:
-        return &item.title;
-    case CLTObjectType::Album:
-        return &item.album;
-    case CLTObjectType::Artist:
-        return &item.artist;
-    default:
-        return &item.genre;
+        detectUnrelatedAssocs(subDir, store);
+        children.add(subDir);
     }
-}
-
-CString& assoc(const Object& object, int type, Decisions& decided)
-{
-    if (object->isFile())
-        return *fieldOf(*static_cast<CHDFile&>(*object).getDbItem(), type);
-    return decided[static_cast<CHDDirectory&>(*object).getPath().toString(true)][type];
-}
-
-void judge(const std::vector<Object>& children, int maxPercent, Decisions& decided)
-{
-    std::map<int, CString> accepted;
-    for (int type :
-         {CLTObjectType::Track, CLTObjectType::Album, CLTObjectType::Artist, CLTObjectType::Genre})
+    for (const File& file : directory->getFiles())
+        children.add(file);
+    CNSAnalyzer::AssocMap accepted;
+    for (const CLTObjectType::EType type : CNSUtils::m_ltAssocsTypes)
     {
-        for (const Object& object : children)
+        for (const auto& child : children)
         {
-            const CString value = assoc(object, type, decided);
-            bool contradicted = value.IsEmpty();
-            int related = 0;
-            int unrelated = 0;
-            for (const Object& other : children)
-            {
-                const CString theirs = assoc(other, type, decided);
-                const bool same = theirs.CompareNoCase(value) == 0;
-                contradicted |= other != object && !theirs.IsEmpty() && !same;
-                (same ? related : unrelated) += other->getRecItemCount();
-            }
-            if (!contradicted && unrelated * 100 <= (unrelated + related) * maxPercent)
+            const CString value = CNSAnalyzer::getHDObjectAssoc(child, type, store);
+            if (!value.IsEmpty() &&
+                !CNSAnalyzer::findContradictingAssocs(type, value, children, child, store) &&
+                CNSAnalyzer::isUnrelAssocAccepted(type, value, children, store))
                 accepted[type] = value;
         }
     }
-    if (accepted.count(CLTObjectType::Artist) == 0)
+    if (!accepted.PLookup(CLTObjectType::Artist))
     {
-        accepted.erase(CLTObjectType::Track);
-        accepted.erase(CLTObjectType::Album);
+        accepted.RemoveKey(CLTObjectType::Track);
+        accepted.RemoveKey(CLTObjectType::Album);
     }
-    for (const auto& [type, value] : accepted)
-    {
-        for (const Object& object : children)
-            assoc(object, type, decided) = value;
-    }
+    for (const auto& child : children)
+        CNSAnalyzer::setHDObjectAssoc(child, accepted, store);
 }
 
-void detectUnrelatedAssocs(const Dir& directory, int maxPercent, Decisions& decided)
+int compareTitles(const MusicFile& a, const MusicFile& b)
 {
-    std::vector<Object> children;
-    for (const Dir& subDir : directory->getSubDirs())
-    {
-        detectUnrelatedAssocs(subDir, maxPercent, decided);
-        children.push_back(subDir);
-    }
-    children.insert(children.end(), directory->getFiles().begin(), directory->getFiles().end());
-    judge(children, maxPercent, decided);
+    return a->getFileTitle().CompareNoCase(b->getFileTitle());
 }
 
-bool sameTitle(const File& a, const File& b)
-{
-    return a->getFileTitle().CompareNoCase(b->getFileTitle()) == 0;
-}
-
-void addByTitle(Music& list, const File& file, bool unique)
-{
-    const auto below = [](const File& a, const File& b)
-    { return a->getFileTitle().CompareNoCase(b->getFileTitle()) < 0; };
-    const auto place = std::lower_bound(list.begin(), list.end(), file, below);
-    if (!unique || place == list.end() || !sameTitle(*place, file))
-        list.insert(place, file);
-}
-
-int compareNames(const File& file, const File& music)
+/// No order, so the way of the search matters.
+int compareNames(const File& file, const MusicFile& music)
 {
     const CString title = file->getFileTitle();
     const int order = title.CompareNoCase(music->getFileTitle());
     return title.CompareNoCase(music->getFileTitle() + u"." + music->getExt()) == 0 ? 0 : order;
 }
 
-/// By halves, and one by one below nine: the comparison is no order, so the way matters.
-File findByName(const File& file, const Music& byTitle)
+File bestMusicFile(const File& file, const Dir& directory, const Info& info)
 {
-    std::size_t low = 0;
-    std::size_t high = byTitle.size();
-    while (high - low >= 9)
+    Info::FileList byTitle;
+    for (const File& each : directory->getFiles())
     {
-        const std::size_t middle = low + (high - low) / 2;
-        const int order = compareNames(file, byTitle[middle]);
-        if (order == 0)
-            return byTitle[middle];
-        (order < 0 ? high : low) = order < 0 ? middle : middle + 1;
+        if (each->getFileType() == CHDFile::FT_Music)
+            byTitle.addSorted(boost::static_pointer_cast<CHDMusicFile>(each), compareTitles, false);
     }
-    for (; low < high; ++low)
-    {
-        const int order = compareNames(file, byTitle[low]);
-        if (order <= 0)
-            return order == 0 ? byTitle[low] : File();
-    }
-    return {};
-}
-
-bool isFound(const CString& value, const CString& name)
-{
-    CNSUtils::FindStringInfo info;
-    info.ignoreExtraChars = true;
-    info.maxExtraPercentSearch = info.maxExtraPercentText = 30;
-    int pos = 0;
-    int len = 0;
-    return CNSUtils::findSubstring(value, name, info, pos, len);
-}
-
-File bestMusicFile(const File& file, const Music& music)
-{
-    Music byTitle;
-    for (const File& each : music)
-        addByTitle(byTitle, each, false);
-    if (const File named = findByName(file, byTitle))
-        return named;
+    int index = 0;
+    if (byTitle.findByKey(file, 0, byTitle.GetSize(), compareNames, index))
+        return byTitle[index];
     std::vector<CNSAtom::EType> types{CNSAtom::Album, CNSAtom::Artist};
     if (file->getFileType() == CHDFile::FT_Text)
         types.insert(types.begin(), CNSAtom::Track);
     if (file->getFileType() == CHDFile::FT_Other)
         types.push_back(CNSAtom::Track);
-    Music matching;
+    Info::FileList matching;
     for (const CNSAtom::EType type : types)
     {
-        std::vector<std::pair<CString, Music>> values;
-        for (const File& each : music)
+        Info::FileList next;
+        for (const CString& value : info.getValuesInOrder(type))
         {
-            CString value;
-            if (!each->getAtomValueFromDbFileItem(type, value))
+            CNSNamePattern name;
+            name.setAtom(CNSAtom::FixedString, file->getFileTitle());
+            void* files = nullptr;
+            if (!CNSAnalyzer::refinePatternWithAtom(name, type, value, true, false, true) ||
+                !info.getAtomValues(type)->Lookup(value, files))
                 continue;
-            auto entry = std::find_if(values.begin(),
-                                      values.end(),
-                                      [&](const auto& pair) { return pair.first == value; });
-            if (entry == values.end())
-                entry = values.insert(values.end(), {value, {}});
-            entry->second.push_back(each);
-        }
-        Music next;
-        for (const auto& [value, files] : values)
-        {
-            for (const File& each : files)
+            for (const MusicFile& each : *static_cast<Info::FileList*>(files))
             {
-                const bool left = matching.empty() || std::any_of(matching.begin(),
-                                                                  matching.end(),
-                                                                  [&](const File& one)
-                                                                  { return sameTitle(one, each); });
-                if (left && isFound(value, file->getFileTitle()))
-                    addByTitle(next, each, true);
+                if (matching.IsEmpty() ||
+                    matching.findBinary(each, 0, matching.GetSize(), compareTitles, index))
+                    next.addSorted(each, compareTitles, true);
             }
         }
-        if (!next.empty())
+        if (!next.IsEmpty())
             matching = next;
     }
-    return matching.empty() ? File() : matching.front();
+    return matching.IsEmpty() ? File() : File(matching[0]);
 }
 
 void placeFiles(const Dir& directory)
 {
     for (const Dir& subDir : directory->getSubDirs())
         placeFiles(subDir);
-    Music music;
-    for (const File& file : directory->getFiles())
-    {
-        if (file->getFileType() == CHDFile::FT_Music)
-            music.push_back(file);
-    }
+    Info info;
+    info.addMusicFilesOf(*directory);
     for (const File& file : directory->getFiles())
     {
         if (file->getFileType() == CHDFile::FT_Music || file->getFileTitle().IsEmpty())
             continue;
-        const File best = bestMusicFile(file, music);
+        const File best = bestMusicFile(file, directory, info);
         if (!best)
             continue;
         bool changed = false;
@@ -240,13 +150,10 @@ public:
         for (const auto& file : files)
         {
             const QoFileDbItem& item = *file->getDbItem();
-            text.AppendFormat(u"%s | %s | %s | %s | %s | %d\n",
-                              item.path,
-                              item.artist,
-                              item.album,
-                              item.title,
-                              item.genre,
-                              item.dbState);
+            for (const CString* field :
+                 {&item.path, &item.artist, &item.album, &item.title, &item.genre})
+                text += *field + u" | ";
+            text.AppendFormat(u"%d\n", item.dbState);
         }
         return text;
     }
@@ -274,23 +181,21 @@ private:
     }
     void fill(const boost::shared_ptr<CHDDirectory>& parent, int depth)
     {
-        static constexpr const char16_t* extensions[] = {
-            u"mp3", u"mp3", u"flac", u"jpg", u"txt", u"txt", u"dat"};
-        const int artists = below(3);
-        const int albums = below(3);
-        const int titles = below(4) == 0 ? 1 : 0;
-        const int genres = below(3);
+        static constexpr const char16_t* extensions[] = {u"mp3", u"flac", u"jpg", u"txt", u"dat"};
+        const int varieties[] = {below(3), below(3), below(4) == 0, below(3)};
         CString name;
         for (int left = below(18); left > 0; --left)
         {
-            QoFileDbItem item = Folder::record(value(artists), value(albums), value(titles));
-            item.genre = value(genres);
+            QoFileDbItem item =
+                Folder::record(value(varieties[0]), value(varieties[1]), value(varieties[2]));
+            item.genre = value(varieties[3]);
             item.trackNumber = u"1";
             item.dbState = below(2);
-            // Titles come more than once, with different extensions.
-            if (name.IsEmpty() || below(3) > 0)
-                name = pieces(4) + (below(3) == 0 ? u"ab" : u"x") + pieces(2);
-            Folder::addFile(parent, name + u"." + extensions[below(7)], item);
+            // Titles come more than once, with different extensions, and some names have none.
+            if (below(3) > 0)
+                name = below(20) == 0 ? CString()
+                                      : pieces(4) + (below(3) == 0 ? u"ab" : u"x") + pieces(2);
+            Folder::addFile(parent, name + u"." + extensions[below(5)], item);
         }
         for (int left = depth < 2 ? below(3) : 0; left > 0; --left)
         {
@@ -306,20 +211,19 @@ private:
 
 TEST(AnalyzerRules, HoldInRandomFolders)
 {
-    using Percent = std::pair<const char16_t*, int>;
     int spread = 0;
     int placed = 0;
-    for (const auto& [text, percent] :
-         {Percent{u"20", 20}, Percent{u"0", 0}, Percent{u"60", 60}, Percent{u"250", 100}})
+    for (const char16_t* percent : {u"20", u"0", u"60", u"100"})
     {
-        const MaxPercent setting(text);
+        const MaxPercent setting(percent);
         for (unsigned seed = 0; seed < 250; ++seed)
         {
             const RandomTree tree(seed);
             const RandomTree expected(seed);
             const CString before = tree.toText();
-            plain::Decisions decided;
-            plain::detectUnrelatedAssocs(expected.dir(), percent, decided);
+            CMapStringToPtr store;
+            plain::detectUnrelatedAssocs(expected.dir(), store);
+            CNSAnalyzer::clearAssocStore(store);
             CNSAnalyzer::detectUnrelatedAssocs(tree.dir(), nullptr);
             ASSERT_EQ(tree.toText(), expected.toText()) << "first pass, seed " << seed;
             const CString between = tree.toText();

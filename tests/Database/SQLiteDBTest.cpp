@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <tuple>
 
 namespace
 {
@@ -90,31 +91,20 @@ TEST_F(SQLiteDB, WaitingForALockEndsWithTheTimeout)
 
 TEST(SQLiteException, MessageHasTextAndSqlOnlyIfThereAreAny)
 {
-    const struct
-    {
-        int code;
-        const char16_t* text;
-        const char16_t* sql;
-        const char* message;
-    } cases[] = {
+    const std::tuple<int, const char16_t*, const char16_t*, const char*> cases[] = {
         {5, u"", u"", "CSQLiteException: [SQLITE_BUSY][code 5]"},
         {25, u"t", u"", "CSQLiteException: [SQLITE_RANGE][code 25][t]"},
         {26, u"", u"S", "CSQLiteException: [UNKNOWN_ERROR][code 26]\n\tSQL >> S"},
         {101, u"%s", u"%d", "CSQLiteException: [SQLITE_DONE][code 101][%s]\n\tSQL >> %d"},
         {-1, u"t", u"", "CSQLiteException: [UNKNOWN_ERROR][code -1][t]"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(qo::toUtf8(CSQLiteException(c.code, c.text, c.sql).message()), c.message);
-}
-
-TEST(SQLiteException, MessageIsCutToTheBuffer)
-{
-    const std::unique_ptr<CException> exception =
-        std::make_unique<CSQLiteException>(5, u"database is locked");
+    for (const auto& [code, text, sql, message] : cases)
+        EXPECT_EQ(qo::toUtf8(CSQLiteException(code, text, sql).message()), message);
     char16_t buffer[17];
-    EXPECT_TRUE(exception->GetErrorMessage(buffer, 17));
-    EXPECT_EQ(CString(buffer), u"CSQLiteException");
-    EXPECT_TRUE(exception->GetErrorMessage(nullptr, 0));
+    CSQLiteException exception(5, u"database is locked");
+    EXPECT_TRUE(exception.GetErrorMessage(buffer, 17));
+    EXPECT_EQ(CString(buffer), u"CSQLiteException") << "cut to the buffer";
+    EXPECT_TRUE(exception.GetErrorMessage(nullptr, 0));
 }
 
 TEST(SQLiteLog, ProcessWithoutALoggerGetsOneBesideTheDatabase)

@@ -4,16 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 TEST(FileNameCleaner, NamesAndPathsLoseWhatFilesCannotHave)
 {
-    struct Case
-    {
-        bool isPath;
-        const char16_t* text;
-        const char16_t* dropped;
-        const char16_t* replaced;
-    };
-    const Case cases[] = {
+    const std::tuple<bool, const char16_t*, const char16_t*, const char16_t*> cases[] = {
         {false, u"", u"", u""},
         {false, u"plain {artist.name}", u"plain {artist.name}", u"plain {artist.name}"},
         {false, u"a\\b/c:d*e?f\"g<h>i|j\x1fk", u"abcdefghijk", u"a_b_c_d_e_f_g_h_i_j_k"},
@@ -32,10 +27,10 @@ TEST(FileNameCleaner, NamesAndPathsLoseWhatFilesCannotHave)
         {true, u" a. \\..\\c?", u"a\\\\c", u"_a._\\._\\c_"},
         {true, u"a/b", u"ab", u"a_b"},
     };
-    for (const Case& each : cases)
+    for (const auto& [isPath, text, dropped, replaced] : cases)
     {
-        const auto clean = each.isPath ? qo::cleanFilePath : qo::cleanFileName;
-        EXPECT_EQ(clean(each.text, qo::CleanMode::drop), each.dropped);
-        EXPECT_EQ(clean(each.text, qo::CleanMode::replace), each.replaced);
+        const auto clean = isPath ? qo::cleanFilePath : qo::cleanFileName;
+        EXPECT_EQ(clean(text, qo::CleanMode::drop), dropped) << qo::toUtf8(CString(text));
+        EXPECT_EQ(clean(text, qo::CleanMode::replace), replaced) << qo::toUtf8(CString(text));
     }
 }

@@ -2,6 +2,7 @@
 
 #include "Reorganize/RuleFileCheck.h"
 #include "Reorganize/RuleTrees.h"
+#include "common/types/StringArray.h"
 #include "support/Contains.h"
 #include "support/DocExample.h"
 #include "support/TempDir.h"
@@ -66,28 +67,25 @@ std::string repeated(const std::string& text, int times)
 
 TEST_F(ReorganizeRuleXmlParser, AnyRuleComesBackAsItWasSaved)
 {
-    for (unsigned seed = 0; seed < 60; ++seed)
+    // All that XML, UTF-8 and the library's writer may stumble over, one by one and in a row.
+    const CString all =
+        u"a| |\"|'|<b>|&|#x41;|&#x|&#x41;|;|\n|\x1|é|\U0001F3B5|]]>|{|\\|--|\xFEFF|\xFFFE";
+    CStringArray texts = CStringArray::split(all, u'|');
+    texts.Add(texts.join(u""));
+    texts.Add(CString());
+    for (const CString& text : texts)
     {
+        SCOPED_TRACE(qo::toUtf8(text));
         CReorganizeRule rule;
-        RandomRule(seed).fill(rule);
+        fillWholly(rule, text);
         ASSERT_TRUE(rule.isValid());
         const CString path = dir.collPath("rule.xml");
-        ASSERT_TRUE(Parser::saveReorganizeRule(&rule, path)) << seed;
+        ASSERT_TRUE(Parser::saveReorganizeRule(&rule, path));
         const RulePtr again(Parser::loadReorganizeRule(path));
-        ASSERT_TRUE(again) << seed << "\n" << dir.read("rule.xml");
-        EXPECT_EQ(again->m_name, rule.m_name) << seed;
-        EXPECT_EQ(again->m_prio, rule.m_prio) << seed;
-        // Default values are written in the order of their types.
-        CReorganizeRule sorted;
-        sorted.copyFrom(&rule);
-        sorted.clearUnknownAttribsDefValues();
-        for (const auto& info : CReorganizeUtils::m_attribsInfo)
-        {
-            CString value;
-            if (rule.getUnknownAttribDefValue(info.type, value))
-                sorted.setUnknownAttribDefValue(info.type, value);
-        }
-        ASSERT_EQ(outline(*again), outline(sorted)) << seed;
+        ASSERT_TRUE(again) << dir.read("rule.xml");
+        EXPECT_EQ(again->m_name, rule.m_name);
+        EXPECT_EQ(again->m_prio, rule.m_prio);
+        ASSERT_EQ(outline(*again), outline(rule));
     }
 }
 
@@ -157,16 +155,11 @@ TEST_F(ReorganizeRuleXmlParser, HostileFilesAreBadFilesAtOnce)
         manyAttributes += "a" + std::to_string(i) + "='' ";
     const std::string cases[] = {
         "",
-        "\n",
-        "\xEF\xBB\xBF",
-        "no XML",
-        root(""),
         "<reorganizeRule name='n'>" + whole + "</reorganizeRule>",
         "<ReorganizeRule>" + whole + "</ReorganizeRule>",
         root(whole).substr(0, root(whole).size() - 1),
         root(whole + std::string(1, '\0')),
         root(whole + "\x01"),
-        root(whole + "\xFF"),
         root(whole + "\xED\xA0\x80"),
         root(whole) + "\xEF",
         root(whole) + "<?xml ",

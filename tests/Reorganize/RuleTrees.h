@@ -5,10 +5,7 @@
 #include "Reorganize/JingleSeperateRule.h"
 #include "Reorganize/ReorganizeRuleNodes.h"
 #include "Reorganize/ReorganizeUtils.h"
-#include "common/types/StringArray.h"
 #include "support/Print.h"
-
-#include <random>
 
 /// All of a rule but its name and m_prio in one text, node by node in the order of the walk, with
 /// each node's depth. Fails the test where a parent is not the inverse of a link.
@@ -40,76 +37,40 @@ inline CString outline(const CReorganizeRule& rule)
     return text;
 }
 
-/// Makes valid rules of any shape.
-class RandomRule
+/// Fills a rule with a node of every kind that holds the text wherever it can: a valid rule.
+inline void fillWholly(CReorganizeRule& rule, const CString& text)
 {
-public:
-    explicit RandomRule(unsigned seed) : m_random(seed) {}
-
-    void fill(CReorganizeRule& rule)
-    {
-        rule.m_name = text();
-        rule.m_prio = below(100000) - 50000;
-        for (int i = below(4); i > 0; --i)
-            rule.setUnknownAttribDefValue(attribute(), text());
-        for (int i = below(3); i >= 0; --i)
-            addBranch(rule, nullptr, 0);
-    }
-
-private:
     using Output = CReorganizeRule::CSeperateRuleOutputNode;
-
-    int below(int end) { return static_cast<int>(m_random() % static_cast<unsigned>(end)); }
-    CNSAtom::EType attribute() { return CReorganizeUtils::m_attribsInfo[below(21)].type; }
-    /// With all that XML, UTF-8 and the library's writer may stumble over.
-    CString text()
+    rule.m_name = text;
+    rule.m_prio = -3;
+    for (const CNSAtom::EType type : {CNSAtom::Artist, CNSAtom::DateEndEU})
+        rule.setUnknownAttribDefValue(type, text);
+    const auto addFolder = [&](Output* parent, bool keepsOriginal)
     {
-        static const CStringArray pieces = CStringArray::split(
-            u"a| |\"|'|<b>|&|&#x|&#x41;|;|\n|\x1|é|\U0001F3B5|]]>|{|\\|--|\xFEFF|\xFFFE", u'|');
-        CString text;
-        for (int i = below(6); i > 0; --i)
-            text += pieces[below(pieces.GetSize())];
-        return text;
-    }
-    void fillPattern(CNSNamePattern& pattern)
-    {
-        CString definition;
-        for (int i = below(5); i >= 0; --i)
-            definition += CReorganizeUtils::getAttributeName(attribute()) + text();
-        CReorganizeUtils::parseAttributesString(definition, &pattern);
-    }
-    CSeperateRule* separator()
-    {
-        switch (below(3))
-        {
-        case 0:
-            return new CArtistTracksSeperateRule(below(100) - 10);
-        case 1:
-            return new CAlbumTracksSeperateRule(below(100));
-        default:
-            return new CJingleSeperateRule;
-        }
-    }
-    void addBranch(CReorganizeRule& rule, Output* parent, int depth)
-    {
-        if (depth < 5 && below(2) == 0)
-        {
-            for (Output* output : rule.addSeperateRule(separator(), parent)->m_outputs)
-                addBranch(rule, output, depth + 1);
-            return;
-        }
         auto* const subdir = rule.addSubdirRule(new CSubdirRule, parent);
-        subdir->m_rule->keepOriginal = below(2) == 0;
-        fillPattern(subdir->m_rule->m_pattern);
-        for (int i = below(4); i >= 0; --i)
+        subdir->m_rule->keepOriginal = keepsOriginal;
+        CReorganizeUtils::parseAttributesString(text + u"{date.eu}" + text,
+                                                &subdir->m_rule->m_pattern);
+        for (int i = 0; i < 3; ++i)
         {
-            const CRenameRule::EType type = CRenameRule::getType(below(3));
-            CRenameRule& rename = *rule.addRenameRule(new CRenameRule(type), subdir)->m_rule;
-            rename.keepOriginal = below(2) == 0;
-            rename.keepOriginalIfAttribEmpty = below(2) == 0;
-            fillPattern(rename.m_pattern);
+            auto* const name = new CRenameRule(CRenameRule::getType(i));
+            rule.addRenameRule(name, subdir);
+            name->keepOriginal = keepsOriginal;
+            name->keepOriginalIfAttribEmpty = i == 1;
+            CReorganizeUtils::parseAttributesString(u"{artist.name}" + text, &name->m_pattern);
+        }
+    };
+    auto* const artists = rule.addSeperateRule(new CArtistTracksSeperateRule(-7), nullptr);
+    auto* const albums =
+        rule.addSeperateRule(new CAlbumTracksSeperateRule(50), artists->m_outputs[0]);
+    auto* const jingles = rule.addSeperateRule(new CJingleSeperateRule, albums->m_outputs[1]);
+    for (const auto* separator : {artists, albums, jingles})
+    {
+        for (Output* output : separator->m_outputs)
+        {
+            if (!output->m_link)
+                addFolder(output, separator == albums);
         }
     }
-
-    std::mt19937 m_random;
-};
+    addFolder(nullptr, true);
+}

@@ -118,13 +118,11 @@ TEST(StdioFileEx, WritesOneMarkWhateverTheNumberOfTexts)
         ASSERT_TRUE(file.Open(dir.collPath("out"), flags | CStdioFileEx::modeNoTruncate));
         EXPECT_TRUE(file.WriteString(u"b"));
         EXPECT_TRUE(file.Close());
-        const std::string expected = unicode ? std::string("\xFF\xFE"
-                                                           "a\0\xE9\0b\0",
-                                                           8)
-                                             : "\xEF\xBB\xBF"
-                                               "a\xC3\xA9"
-                                               "b";
-        EXPECT_EQ(dir.read("out"), expected);
+        const std::u16string_view utf16 = u"\uFEFFa\u00E9b";
+        EXPECT_EQ(dir.read("out"),
+                  unicode ? std::string(reinterpret_cast<const char*>(utf16.data()), 8)
+                          : "\uFEFFa\u00E9b")
+            << unicode;
     }
 }
 

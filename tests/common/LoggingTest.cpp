@@ -44,6 +44,21 @@ std::string utf16(std::u16string_view text)
 {
     return {reinterpret_cast<const char*>(text.data()), text.size() * 2};
 }
+
+/// The trace that the work leaves in the folder, the marks of its files left out.
+template <class Work>
+std::string tracedBy(const TempDir& dir, int level, Work work)
+{
+    qo::TraceLog::setBasePath(dir.collPath("Trace"));
+    qo::TraceLog::setMaxLevel(level);
+    work();
+    qo::TraceLog::setMaxLevel(0);
+    qo::TraceLog::setBasePath(dir.collPath("Other"));
+    std::string all;
+    for (const std::string& name : namesIn(dir))
+        all += dir.read(name).substr(2);
+    return all;
+}
 } // namespace
 
 TEST(LoggerEx, LinesAndFileNamesHaveTheirFixedForm)
@@ -75,44 +90,36 @@ TEST(TraceLog, AFileBeyondTenMebibytesIsFollowedByAnotherAndNoLineIsLost)
 {
     const TempDir dir;
     StillClock clock;
-    qo::TraceLog::setBasePath(dir.collPath("Trace"));
-    qo::TraceLog::setMaxLevel(qo::level::error);
-    const CString filler(u'x', 1 << 20);
-    for (int i = 0; i < 6; ++i)
+    const auto sixLines = [&]
     {
-        qo::TraceLog::trace(qo::level::error, u"%s", filler);
-        clock.time.second = 10 + i;
-    }
-    qo::TraceLog::setMaxLevel(0);
-    qo::TraceLog::setBasePath(dir.collPath("Other"));
+        for (int i = 0; i < 6; ++i)
+        {
+            qo::TraceLog::trace(qo::level::error, u"%s", CString(u'x', 1 << 20));
+            clock.time.second = 10 + i;
+        }
+    };
+    EXPECT_GT(tracedBy(dir, qo::level::error, sixLines).size(), 6U * (2U << 20U));
     const std::vector<std::string> names = namesIn(dir);
     ASSERT_EQ(names.size(), 2U);
     EXPECT_EQ(names[1], "Trace_20260304_050614_1F.txt")
         << "the line that found it too large is in the new file";
-    const auto total = dir.read(names[0]).size() + dir.read(names[1]).size();
-    EXPECT_GT(total, 6U * (2U << 20U));
 }
 
 TEST(TraceLog, ManyThreadsWriteWholeLines)
 {
     const TempDir dir;
-    qo::TraceLog::setBasePath(dir.collPath("Trace"));
-    qo::TraceLog::setMaxLevel(qo::level::flow);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back(
-            []
-            {
-                for (int i = 0; i < 200; ++i)
-                    qo::TraceLog::trace(qo::level::flow, u"0123456789");
-            });
-    for (std::thread& thread : threads)
-        thread.join();
-    qo::TraceLog::setMaxLevel(0);
-    qo::TraceLog::setBasePath(dir.collPath("Other"));
-    std::string all;
-    for (const std::string& name : namesIn(dir))
-        all += dir.read(name).substr(2);
+    const auto write = []
+    {
+        for (int i = 0; i < 200; ++i)
+            qo::TraceLog::trace(qo::level::flow, u"0123456789");
+    };
+    const auto writeTogether = [&]
+    {
+        std::vector<std::jthread> threads;
+        for (int t = 0; t < 4; ++t)
+            threads.emplace_back(write);
+    };
+    const std::string all = tracedBy(dir, qo::level::flow, writeTogether);
     std::size_t lines = 0;
     const std::string end = utf16(u": 0123456789\r\n");
     for (std::size_t at = all.find(end); at != std::string::npos; at = all.find(end, at + 1))
@@ -144,14 +151,9 @@ TEST(Profiler, CountersAreWrittenByName)
     qo::Profiler::add(u"zebra", 65'001'000'000);
     qo::Profiler::add(u"ant", 7'000'000);
     qo::Profiler::add(u"ant", 3'723'004'000'000);
-    qo::TraceLog::setBasePath(dir.collPath("Trace"));
-    qo::TraceLog::setMaxLevel(qo::level::timing);
-    qo::Profiler::dump();
-    qo::TraceLog::setMaxLevel(0);
-    qo::TraceLog::setBasePath(dir.collPath("Other"));
+    const std::string text = tracedBy(dir, qo::level::timing, [] { qo::Profiler::dump(); });
     qo::Profiler::reset();
     qo::Profiler::activate(u"QoKernel", 0);
-    const std::string text = dir.read(namesIn(dir)[0]);
     EXPECT_NE(text.find(utf16(u"ant :    1:02:03.011 ms | 2 times\r\n")), std::string::npos);
     EXPECT_NE(text.find(utf16(u"zebra :    01:05.001 ms | 1 times\r\n")), std::string::npos);
     EXPECT_LT(text.find(utf16(u"ant :")), text.find(utf16(u"zebra")));

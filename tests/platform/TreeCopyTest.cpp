@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
+#include <tuple>
 
 namespace fs = std::filesystem;
 
@@ -79,30 +80,24 @@ TEST_F(TreeCopy, FailuresLeaveOnlyTheSource)
     ASSERT_EQ(::mkfifo(dir.path("pipe").c_str(), 0600), 0);
     dir.makeFolder("with pipe");
     ASSERT_EQ(::mkfifo(dir.path("with pipe/p").c_str(), 0600), 0);
-    const struct
-    {
-        const char* from;
-        const char* to;
-        int stopAfter;
-        int error;
-        const char* failed;
-    } cases[] = {{"from", "taken", -1, EEXIST, "taken"},
-                 {"gone", "to", -1, ENOENT, "gone"},
-                 {"pipe", "to", -1, EINVAL, "pipe"},
-                 {"with pipe", "to", -1, EINVAL, "with pipe/p"},
-                 {"from", "nowhere/to", -1, ENOENT, "nowhere/to"},
-                 {"from", "to", 0, ECANCELED, "from"},
-                 {"from", "to", 9, ECANCELED, "from/a"}};
+    const std::tuple<const char*, const char*, int, int, const char*> cases[] = {
+        {"from", "taken", -1, EEXIST, "taken"},
+        {"gone", "to", -1, ENOENT, "gone"},
+        {"pipe", "to", -1, EINVAL, "pipe"},
+        {"with pipe", "to", -1, EINVAL, "with pipe/p"},
+        {"from", "nowhere/to", -1, ENOENT, "nowhere/to"},
+        {"from", "to", 0, ECANCELED, "from"},
+        {"from", "to", 9, ECANCELED, "from/a"}};
     const int before = countEntries(dir.path());
-    for (const auto& c : cases)
+    for (const auto& [from, to, stopAfter, expected, failed] : cases)
     {
-        int asked = 0;
-        qo::TreeCopy copy(dir.collPath(c.from), dir.collPath(c.to));
-        EXPECT_EQ(copy.copy([&] { return c.stopAfter >= 0 && asked++ >= c.stopAfter; }), c.error)
-            << c.from;
-        EXPECT_TRUE(copy.failedPath().starts_with(dir.path(c.failed)) || c.stopAfter >= 0)
+        SCOPED_TRACE(std::string(from) + " " + to + " " + std::to_string(stopAfter));
+        int left = stopAfter;
+        qo::TreeCopy copy(dir.collPath(from), dir.collPath(to));
+        EXPECT_EQ(copy.copy([&] { return left-- == 0; }), expected);
+        EXPECT_TRUE(copy.failedPath().starts_with(dir.path(failed)) || stopAfter >= 0)
             << copy.failedPath();
-        EXPECT_EQ(countEntries(dir.path()), before) << c.from;
+        EXPECT_EQ(countEntries(dir.path()), before);
         EXPECT_EQ(dir.read("taken"), "mine");
     }
     EXPECT_EQ(dir.read("from/a/1").size(), 700'000U);

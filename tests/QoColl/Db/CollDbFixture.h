@@ -13,7 +13,6 @@ public:
     static CSQLiteDB& connection(CQoCollDb& db) { return db.m_db; }
     static void createBackup(CQoCollDb& db) { db.createBackup(); }
     static bool checkVersion(CQoCollDb& db, bool& exists) { return db.checkVersion(exists); }
-    static void setWriteAheadLogging(CQoCollDb& db) { db.setWriteAheadLogging(); }
 };
 
 /// A fixture with a path "coll.db" and what makes records.
@@ -22,16 +21,8 @@ class CollDbFixture : public DbFixture
 protected:
     void create() { CQoCollDb::CreateDatabaseIfNotValid(m_path, CQoCollDb::ConfigInfo()); }
 
-    /// The first field of a query's first row, by a connection of its own.
-    CString query(const CString& sql) const
-    {
-        CSQLiteDB db(m_path);
-        db.Open();
-        return queryText(db, sql);
-    }
-
-    /// All fields of a query's first row, a "|" behind each.
-    CString row(const CString& sql) const
+    /// The fields of a query's first row with that text behind each, by a connection of its own.
+    CString row(const CString& sql, const char16_t* behind = u"|") const
     {
         CSQLiteDB db(m_path);
         db.Open();
@@ -39,9 +30,11 @@ protected:
         const CSQLiteQueryResult result = statement.ExecuteQuery();
         CString text;
         for (int i = 0; i < result.FieldCount(); ++i)
-            text += CString(result.textView(i)) + u"|";
+            text += CString(result.textView(i)) + behind;
         return text;
     }
+    /// The only field.
+    CString query(const CString& sql) const { return row(sql, u""); }
 
     static QoFileDbItemPtr file(const char16_t* path) { return recordOf(path); }
 

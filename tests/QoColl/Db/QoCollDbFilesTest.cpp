@@ -3,6 +3,8 @@
 #include "support/Contains.h"
 #include "support/LogCapture.h"
 
+#include <tuple>
+
 namespace
 {
 class QoCollDbFiles : public OpenCollDbFixture
@@ -209,27 +211,21 @@ TEST_F(QoCollDbFiles, LyricsAreReadForExactlyOneRecordAndEqualTextsShareOneBuffe
 
 TEST_F(QoCollDbFiles, LastTracksAreChosenByTimeAndGivenByPath)
 {
-    const struct
+    const std::tuple<const char16_t*, int, int, unsigned, const char16_t*> rows[] = {
+        {u"d oldest", 1, 1, 9, u""},
+        {u"c", 2, 1, 10, u""},
+        {u"b", 3, 2, 9, u""},
+        {u"no source", 9, 0, 9, u""},
+        {u"no media", 9, 1, 8, u""},
+        {u"foreign", 9, 1, 9, u"usb"}};
+    for (const auto& [path, time, source, flags, collId] : rows)
     {
-        const char16_t* path;
-        int time;
-        int source;
-        unsigned flags;
-        const char16_t* collId;
-    } rows[] = {{u"d oldest", 1, 1, 9, u""},
-                {u"c", 2, 1, 10, u""},
-                {u"b", 3, 2, 9, u""},
-                {u"no source", 9, 0, 9, u""},
-                {u"no media", 9, 1, 8, u""},
-                {u"foreign", 9, 1, 9, u"usb"}};
-    for (const auto& row : rows)
-    {
-        auto item = file(row.path);
-        item->createTime = qo::fromTicks(row.time);
-        item->source = static_cast<eItemSource>(row.source);
-        item->flags = row.flags;
-        item->session = row.time;
-        m_db->insertFile(item, row.collId);
+        auto item = file(path);
+        item->createTime = qo::fromTicks(time);
+        item->source = static_cast<eItemSource>(source);
+        item->flags = flags;
+        item->session = time;
+        m_db->insertFile(item, collId);
     }
     QoFileDbItemArray items;
     m_db->getLastTracks(2, items);

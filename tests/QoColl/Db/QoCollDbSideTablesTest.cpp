@@ -216,7 +216,7 @@ TEST_F(QoCollDbSideTables, CollectionHasOneRow)
     EXPECT_EQ(query(u"SELECT COUNT(*) || FT_PATH FROM FILE_T"), u"1b");
 }
 
-TEST_F(QoCollDbSideTables, StreamDataIsReplacedAsAWhole)
+TEST_F(QoCollDbSideTables, StreamDataIsReplacedAsAWholeOrNotAtAll)
 {
     AcStreamArray streams;
     AcStreamTrackArray tracks;
@@ -229,6 +229,16 @@ TEST_F(QoCollDbSideTables, StreamDataIsReplacedAsAWhole)
     m_db->saveACStreamData(streams, AcStreamTrackArray());
     EXPECT_EQ(query(u"SELECT COUNT(*) || AS_VELMORA_ID FROM AC_STREAM_T"), u"1s2");
     EXPECT_EQ(query(u"SELECT COUNT(*) FROM AC_STREAM_TRACK_T"), u"0");
+
+    CSQLiteDB& connection = QoCollDbInspector::connection(*m_db);
+    connection.Execute(u"ALTER TABLE AC_STREAM_TRACK_T RENAME COLUMN AST_PARAMS TO GONE");
+    LogCapture log;
+    streams.Add(AcStreamDbItem());
+    m_db->saveACStreamData(streams, tracks);
+    EXPECT_FALSE(m_db->getACStreamData(streams, tracks));
+    EXPECT_TRUE(streams.IsEmpty() && tracks.IsEmpty());
+    EXPECT_EQ(log.count("CQoCollDb::saveACStreamData failed.", 10), 2) << log.all();
+    EXPECT_EQ(query(u"SELECT COUNT(*) FROM AC_STREAM_T"), u"1");
 }
 
 TEST_F(QoCollDbSideTables, SavedStreamAndTrackAreUpdatedByTheirKey)
@@ -247,23 +257,5 @@ TEST_F(QoCollDbSideTables, SavedStreamAndTrackAreUpdatedByTheirKey)
     EXPECT_EQ(stream.stationName + track.params, u"newnew");
     EXPECT_EQ(stream.id + track.id, 2);
     EXPECT_FALSE(m_db->getAcStream(u"none", stream));
-}
-
-TEST_F(QoCollDbSideTables, FailedStreamOperationIsLoggedAndChangesNothing)
-{
-    AcStreamArray streams;
-    streams.Add(AcStreamDbItem());
-    AcStreamTrackArray tracks;
-    tracks.Add(AcStreamTrackDbItem());
-    m_db->saveACStreamData(streams, tracks);
-    CSQLiteDB& connection = QoCollDbInspector::connection(*m_db);
-    connection.Execute(u"ALTER TABLE AC_STREAM_TRACK_T RENAME COLUMN AST_PARAMS TO GONE");
-    LogCapture log;
-    streams.Add(AcStreamDbItem());
-    m_db->saveACStreamData(streams, tracks);
-    EXPECT_FALSE(m_db->getACStreamData(streams, tracks));
-    EXPECT_TRUE(streams.IsEmpty() && tracks.IsEmpty());
-    EXPECT_EQ(log.count("CQoCollDb::saveACStreamData failed.", 10), 2) << log.all();
-    EXPECT_EQ(query(u"SELECT COUNT(*) FROM AC_STREAM_T"), u"1");
 }
 } // namespace

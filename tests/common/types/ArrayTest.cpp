@@ -1,15 +1,13 @@
 #include "common/types/Array.h"
 
-#include "common/types/String.h"
 #include "support/Counted.h"
-#include "support/Print.h"
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <numeric>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace
@@ -18,14 +16,6 @@ template <class T>
 T make(int value)
 {
     return T(value);
-}
-
-template <>
-CString make<CString>(int value)
-{
-    CString text;
-    text.Format(u"%d", value);
-    return text;
 }
 
 template <>
@@ -52,7 +42,13 @@ void expectSame(const CArray<T>& array, const std::vector<T>& model)
     ASSERT_EQ(array.GetUpperBound(), array.GetSize() - 1);
     ASSERT_TRUE(std::equal(array.begin(), array.end(), model.begin(), model.end()));
     for (int i = 0; i < array.GetSize(); ++i)
+    {
         ASSERT_EQ(array[i], model[static_cast<std::size_t>(i)]) << i;
+        const auto cursor = array.begin() + i / 2;
+        ASSERT_EQ(cursor[i - i / 2], model[static_cast<std::size_t>(i)]) << i;
+        ASSERT_EQ(array.end() - cursor, array.GetSize() - i / 2);
+        ASSERT_EQ((array.end() - array.GetSize() + i) - cursor, i - i / 2);
+    }
     auto back = array.end();
     for (auto expected = model.rbegin(); expected != model.rend(); ++expected)
         ASSERT_EQ(*--back, *expected);
@@ -76,12 +72,25 @@ public:
                 add();
             else
                 remove();
-            if (i % (1 + steps / 40) == 0)
+            if (i % (1 + steps / 20) == 0)
             {
                 ASSERT_NO_FATAL_FAILURE(expectSame(m_array, m_model)) << "step " << i;
             }
         }
         expectSame(m_array, m_model);
+        const CArray<T>& same = m_array;
+        m_array.Append(same);
+        m_array = same;
+        const std::vector<T> once = m_model;
+        m_model.insert(m_model.end(), once.begin(), once.end());
+        expectSame(m_array, m_model);
+        CArray<T> copy(m_array);
+        copy.RemoveAll();
+        CArray<T> moved(std::move(m_array));
+        EXPECT_TRUE(m_array.IsEmpty()); // NOLINT(bugprone-use-after-move): promised
+        m_array = std::move(moved);
+        expectSame(m_array, m_model);
+        EXPECT_EQ(m_behind, 7);
     }
 
 private:
@@ -90,27 +99,34 @@ private:
 
     void add()
     {
-        const T value = size() > 0 && pick(4) == 0 ? m_model[static_cast<std::size_t>(pick(size()))]
-                                                   : make<T>(pick(1000));
+        const T made = make<T>(pick(1000));
+        // An element of the array itself may go in.
+        const T& value = size() > 0 && pick(4) == 0 ? m_array[pick(size())] : made;
+        const T copy = value;
         const int at = pick(size() + 1);
         const int count = pick(20) == 0 ? pick(m_size / 2 + 1) : 1;
-        switch (pick(5))
+        const auto place = m_model.begin() + at;
+        const int choice = pick(10);
+        if (choice < 2 && at < size())
         {
-        case 0:
+            m_array.SetAt(at, value);
+            *place = copy;
+        }
+        else if (choice == 2)
+        {
+            m_array.SetAtGrow(size() + 1, value);
+            m_model.resize(m_model.size() + 1);
+            m_model.push_back(copy);
+        }
+        else if (choice < 5)
+        {
             m_array.Add(value);
-            m_model.push_back(value);
-            break;
-        case 1:
-            if (at < size())
-                m_array.SetAt(at, value), m_model[static_cast<std::size_t>(at)] = value;
-            break;
-        case 2:
+            m_model.push_back(copy);
+        }
+        else
+        {
             m_array.InsertAt(at, value, count);
-            m_model.insert(m_model.begin() + at, static_cast<std::size_t>(count), value);
-            break;
-        default:
-            m_array.InsertAt(at, value);
-            m_model.insert(m_model.begin() + at, value);
+            m_model.insert(place, static_cast<std::size_t>(count), copy);
         }
     }
 
@@ -119,30 +135,23 @@ private:
         if (m_model.empty())
             return;
         const int at = pick(size());
-        const int count = pick(10) == 0 ? pick(size() - at + 1) : 1;
-        const auto first = m_model.begin() + at;
-        switch (pick(12))
-        {
-        case 0:
+        const int count = pick(100) == 0 ? pick(size() - at + 1) : 1;
+        m_array.RemoveAt(at, count);
+        m_model.erase(m_model.begin() + at, m_model.begin() + at + count);
+        const int choice = pick(24);
+        if (choice < 2)
             m_array.FreeExtra();
-            break;
-        case 1:
-            m_array.RemoveAt(at, count);
-            m_model.erase(first, first + count);
-            break;
-        case 2:
-            if (const CArray<T> copy = m_array; pick(2))
-                m_array = copy;
-            break;
-        default:
-            m_array.RemoveAt(at);
-            m_model.erase(first);
+        else if (choice == 2)
+        {
+            const CArray<T> copy = m_array;
+            m_array = copy;
         }
     }
 
     std::mt19937 m_random;
     int m_size;
-    CArray<T> m_array;
+    [[no_unique_address]] CArray<T> m_array;
+    int m_behind = 7; ///< stands in the padding of the array, which has to leave it alone
     std::vector<T> m_model;
 };
 
@@ -150,7 +159,7 @@ template <class T>
 class ArrayOf : public testing::Test
 {
 };
-using Elements = testing::Types<int, Counted, CString, boost::shared_ptr<Counted>, Wide>;
+using Elements = testing::Types<int, Counted, boost::shared_ptr<Counted>, Wide>;
 TYPED_TEST_SUITE(ArrayOf, Elements);
 } // namespace
 
@@ -162,80 +171,6 @@ TYPED_TEST(ArrayOf, RandomChangesGiveWhatAVectorGives)
             .run(std::clamp(6 * size, 3000, 12000));
     EXPECT_EQ(Counted::living(), 0);
     EXPECT_EQ(Counted::broken(), 0);
-}
-
-TYPED_TEST(ArrayOf, AnElementOfTheArrayItselfMayGoIn)
-{
-    const int chunk = static_cast<int>(qo::ChunkedStore<TypeParam>::chunkCapacity);
-    for (const int size : {1, 4, chunk, 2 * chunk})
-    {
-        CArray<TypeParam> array;
-        for (int i = 0; i < size; ++i)
-            array.Add(make<TypeParam>(i));
-        std::vector<TypeParam> model(array.begin(), array.end());
-        for (int i = 0; i < 3; ++i)
-        {
-            array.Add(array[0]);
-            array.InsertAt(0, array[array.GetUpperBound()], 2);
-            array.SetAtGrow(array.GetSize() + 1, array[1]);
-            model.push_back(model[0]);
-            model.insert(model.begin(), 2, TypeParam(model.back()));
-            model.resize(model.size() + 2, TypeParam());
-            model.back() = model[1];
-        }
-        array.Append(array);
-        const std::vector<TypeParam> once = model;
-        model.insert(model.end(), once.begin(), once.end());
-        const CArray<TypeParam>& same = array;
-        array = same;
-        ASSERT_NO_FATAL_FAILURE(expectSame(array, model)) << "size " << size;
-    }
-}
-
-TEST(Array, CopiesAreIndependentAndMovesLeaveAnEmptyArray)
-{
-    for (const int size : {0, 5, 5000})
-    {
-        CArray<Counted> first;
-        first.SetSize(size);
-        CArray<Counted> second(first);
-        second.Add(7);
-        EXPECT_EQ(first.GetSize(), size);
-        CArray<Counted> third(std::move(second));
-        EXPECT_EQ(third.GetSize(), size + 1);
-        EXPECT_EQ(second.GetSize(), 0); // NOLINT(bugprone-use-after-move): promised to be empty
-        second.Add(8);
-        third = std::move(second);
-        EXPECT_EQ(third.GetSize(), 1);
-        EXPECT_EQ(third[0].value(), 8);
-    }
-    EXPECT_EQ(Counted::living(), 0);
-}
-
-TEST(Array, CursorsMoveLikePointers)
-{
-    CArray<int> array;
-    for (int i = 0; i < 10000; ++i)
-        array.InsertAt(i / 2, i);
-    std::vector<int> model(array.begin(), array.end());
-    std::mt19937 random(5);
-    auto cursor = array.begin();
-    for (int i = 0; i < 20000; ++i)
-    {
-        const int target = static_cast<int>(random() % 10001);
-        const int from = cursor - array.begin();
-        cursor += target - from;
-        ASSERT_EQ(cursor - array.begin(), target);
-        ASSERT_EQ(cursor == array.end(), target == 10000);
-        ASSERT_EQ(array.end() - cursor, 10000 - target);
-        if (target < 10000)
-        {
-            ASSERT_EQ(*cursor, model[static_cast<std::size_t>(target)]);
-        }
-    }
-    std::iota(array.begin(), array.end(), 0);
-    EXPECT_EQ(*std::lower_bound(array.begin(), array.end(), 7531), 7531);
-    EXPECT_EQ(array.begin()[9999], 9999);
 }
 
 TEST(Array, WhatTheEndOfAnElementSetsOffMayUseTheArray)
@@ -269,30 +204,5 @@ TEST(Array, WhatTheEndOfAnElementSetsOffMayUseTheArray)
         expected.resize(static_cast<std::size_t>(size - 3));
         EXPECT_EQ(seen, expected);
         EXPECT_TRUE(array.IsEmpty());
-    }
-}
-
-TEST(Array, WhatStandsInThePaddingBehindAnArrayStays)
-{
-    struct Holder
-    {
-        [[no_unique_address]] CArray<boost::shared_ptr<int>> array;
-        int behind = 7;
-    };
-    static_assert(sizeof(Holder) == sizeof(CArray<boost::shared_ptr<int>>));
-    constexpr int chunk = qo::ChunkedStore<boost::shared_ptr<int>>::chunkCapacity;
-    const auto element = boost::make_shared<int>(1);
-    for (const int size : {0, 1, 2, chunk + 1})
-    {
-        Holder one;
-        Holder other;
-        for (int i = 0; i < size; ++i)
-            one.array.Add(element);
-        other.array = one.array;
-        one.array = std::move(other.array);
-        one.array.FreeExtra();
-        EXPECT_EQ(one.array.GetSize(), size);
-        other.array.RemoveAll();
-        EXPECT_EQ(one.behind + other.behind, 14) << size;
     }
 }

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <random>
 #include <string>
-#include <tuple>
 #include <utility>
 
 namespace
@@ -30,20 +29,13 @@ int plainCompare(std::u16string a, std::u16string b)
 
 TEST(CharClass, FoldingIsSimpleAndKeepsLength)
 {
-    const char16_t pairs[][2] = {{u'A', u'a'},
-                                 {u'z', u'z'},
-                                 {u'É', u'é'},
-                                 {u'Ж', u'ж'},
-                                 {u'Ω', u'ω'},
-                                 {u'ß', u'ß'},
-                                 {u'ẞ', u'ß'},
-                                 {u'İ', u'i'},
-                                 {u'_', u'_'},
-                                 {0xD801, 0xD801},
-                                 {0xDC00, 0xDC00},
-                                 {0xFFFF, 0xFFFF}};
-    for (const auto& [upper, lower] : pairs)
-        EXPECT_EQ(qo::toLower(upper), lower) << std::hex << +upper;
+    const std::u16string_view texts[][2] = {{u"AzÉЖΩßẞİ_", u"azéжωßßi_"},
+                                            {u"\xD801\xDC00\xFFFF", u"\xD801\xDC00\xFFFF"}};
+    for (const auto& [upper, lower] : texts)
+    {
+        for (std::size_t i = 0; i < upper.size(); ++i)
+            EXPECT_EQ(qo::toLower(upper[i]), lower[i]) << std::hex << +upper[i];
+    }
 }
 
 TEST(CharClass, LettersOfAnyScriptAreLettersAndDigitsAreAscii)
@@ -59,46 +51,24 @@ TEST(CharClass, LettersOfAnyScriptAreLettersAndDigitsAreAscii)
     EXPECT_FALSE(qo::isSpace(u'a') || qo::isSpace(u'\0') || qo::isSpace(u'\u200B'));
 }
 
-TEST(CharClass, NamesAreComparedFoldedToLowerCase)
-{
-    const std::tuple<const char16_t*, const char16_t*, int> cases[] = {
-        {u"", u"", 0},
-        {u"", u"a", -1},
-        {u"ABC", u"abc", 0},
-        {u"abc", u"abcd", -1},
-        {u"ÉTÉ", u"été", 0},
-        {u"_", u"A", -1},
-        {u"_", u"[", 1},
-        {u"a_", u"aB", -1},
-        {u"e", u"é", -1},
-        {u"STRASSE", u"straße", -1},
-        {u"Ｂ", u"ｂ", 0},
-        {u"\xD83D\xDE00", u"\uFF5E", -1},
-        {u"folder/track A", u"folder/track b", -1}};
-    for (const auto& [a, b, result] : cases)
-    {
-        EXPECT_EQ(sign(qo::compareNoCase(a, b)), result) << testing::PrintToString(CString(a));
-        EXPECT_EQ(sign(qo::compareNoCase(b, a)), -result);
-        EXPECT_EQ(CString(a).CompareNoCase(b), qo::compareNoCase(a, b));
-    }
-}
-
 TEST(CharClass, ComparisonAndHashAgreeWithThePlainMeaningAtEveryLength)
 {
+    constexpr char16_t letters[] = u"aAbBéÉ_[\\ßsＢｂ\xD83D\xFF5E";
     std::mt19937 random(3);
     for (int i = 0; i < 20000; ++i)
     {
         std::u16string a;
         for (unsigned length = random() % 40; a.size() < length;)
-            a += u"aAbBéÉ_\\"[random() % 8];
+            a += letters[random() % 15];
         std::u16string b = a;
         // Most differ in one place only, of any length: the shared beginning is skipped by words.
         if (!b.empty() && random() % 4)
-            b[random() % b.size()] = u"aAbBéÉ_\\"[random() % 8];
+            b[random() % b.size()] = letters[random() % 15];
         if (random() % 4 == 0)
             b.resize(random() % 44, u'x');
         const int expected = plainCompare(a, b);
         ASSERT_EQ(sign(qo::compareNoCase(a, b)), expected);
+        ASSERT_EQ(sign(CString(a.c_str()).CompareNoCase(b.c_str())), expected);
         if (expected == 0)
         {
             ASSERT_EQ(qo::hashNoCase(a), qo::hashNoCase(b));
