@@ -74,6 +74,7 @@ void print(CommandLine& line, const MovedFiles& moved)
         " new, " + std::to_string(moved.offers.size()) + " of them moved" +
         (moved.unclear.empty() ? "" : ", " + std::to_string(moved.unclear.size()) + " unclear"));
 }
+
 /// What a scan does now, for the user to agree to.
 std::string consequences(const MovedFiles& moved)
 {

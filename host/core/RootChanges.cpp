@@ -29,12 +29,9 @@ void RootChanges::findFresh(const RootFolders& roots,
     CollPathArray wanted;
     CQoCollection::validateRootDirs(roots.folders(), wanted);
     CollPathArray known;
-    {
-        CQoCollDb db(database);
-        CollInfoDbItem info;
-        if (db.getCollInfo(u"", info) && !CQoCollDbUtils::IsNullFILETIME(info.scanTime))
-            addPaths(known, info.rootDirs);
-    }
+    const CollInfoDbItem info = storedInfo(database);
+    if (!CQoCollDbUtils::IsNullFILETIME(info.scanTime))
+        addPaths(known, info.rootDirs);
     CollPathArray unfinished;
     addPaths(unfinished, mark.rootsAtFirst());
     for (const CQoCollPath& root : wanted)

@@ -51,15 +51,6 @@ HostError saveFailure(const CString& database, const std::string& cause)
                 ", which is as it was before: " + cause};
 }
 
-/// Without a scan yet, its times are null.
-CollInfoDbItem storedInfo(const CString& database)
-{
-    CQoCollDb db(database);
-    CollInfoDbItem info;
-    db.getCollInfo(u"", info);
-    return info;
-}
-
 /// Without a slice there is nothing to go on from: the folders are as new as they were.
 void endUnlessKept(const UnfinishedScan& mark, const SlicedScan::Report& slices)
 {

@@ -3,8 +3,6 @@
 #include "core/HostError.h"
 #include "core/HostFiles.h"
 
-#include <QoKernel/Collection.h>
-
 namespace qo::host
 {
 namespace
@@ -27,12 +25,20 @@ CQoPathInfo::EType toKind(int number)
 }
 } // namespace
 
+CollInfoDbItem storedInfo(const CString& database)
+{
+    CQoCollDb db(database);
+    CollInfoDbItem info;
+    db.getCollInfo(u"", info);
+    return info;
+}
+
 std::vector<StoredRoot> storedRoots(const CString& database)
 {
     std::vector<StoredRoot> roots;
-    CollInfoDbItem info;
-    if (!isCollection(database) || !CQoCollDb(database).getCollInfo(u"", info))
+    if (!isCollection(database))
         return roots;
+    const CollInfoDbItem info = storedInfo(database);
     for (int i = 0; i < info.rootDirs.GetSize(); ++i)
     {
         const int kind = i < info.rootDirTypes.GetSize() ? info.rootDirTypes[i] : 0;

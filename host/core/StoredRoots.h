@@ -2,6 +2,8 @@
 
 #include "core/RootFolders.h"
 
+#include <QoKernel/Collection.h>
+
 #include <string>
 #include <vector>
 
@@ -13,6 +15,11 @@ struct StoredRoot
     CString folder; ///< in collection form
     CQoPathInfo::EType kind = CQoPathInfo::audioIsMusic;
 };
+
+/// What the database knows of the own collection; without a scan yet its times are null. For a
+/// database that is there. On the thread that calls the kernel; throws what the database layer
+/// throws.
+CollInfoDbItem storedInfo(const CString& database);
 
 /// The root folders of the last scan. None without a collection of this version. On the thread that
 /// calls the kernel; throws what the database layer throws.
