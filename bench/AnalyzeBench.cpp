@@ -2,7 +2,7 @@
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
 #include "QoColl/Collection/QoUtils.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 
 #include <boost/make_shared.hpp>
 

@@ -1,5 +1,5 @@
-#include "core/ProgressReporter.h"
-#include "core/Session.h"
+#include "core/session/ProgressReporter.h"
+#include "core/session/Session.h"
 
 #include <QoKernel/Physical.h>
 

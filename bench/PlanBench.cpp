@@ -1,7 +1,7 @@
-#include "core/Heap.h"
-#include "core/PlanBuilder.h"
-#include "core/ProgressReporter.h"
-#include "core/Session.h"
+#include "core/plan/PlanBuilder.h"
+#include "core/session/Heap.h"
+#include "core/session/ProgressReporter.h"
+#include "core/session/Session.h"
 
 #include <algorithm>
 #include <chrono>

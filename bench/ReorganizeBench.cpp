@@ -1,5 +1,5 @@
-#include "core/Heap.h"
-#include "core/MoveRun.h"
+#include "core/runs/MoveRun.h"
+#include "core/session/Heap.h"
 
 #include <QoKernel/Kernel.h>
 

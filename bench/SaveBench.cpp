@@ -1,5 +1,5 @@
 #include "common/SimpleLogger.h"
-#include "core/Heap.h"
+#include "core/session/Heap.h"
 
 #include <QoKernel/Collection.h>
 #include <QoKernel/Kernel.h>

@@ -1,7 +1,7 @@
-#include "common/types/Array.h"
-#include "common/types/CharClass.h"
-#include "common/types/String.h"
-#include "common/types/Utf.h"
+#include "types/Array.h"
+#include "types/CharClass.h"
+#include "types/String.h"
+#include "types/Utf.h"
 
 #include <benchmark/benchmark.h>
 #include <boost/make_shared.hpp>

@@ -29,11 +29,12 @@ function(qo_layer NAME)
   target_link_libraries(${NAME} PRIVATE qo_flags PUBLIC Boost::headers ${ARG_LINK})
 endfunction()
 
-# qo_test(FOLDER [library...]): one binary from tests/FOLDER/*Test.cpp, each of its tests known to
+# qo_test(FOLDER [library...]): one binary from tests/FOLDER and the folders in it, each of its tests known to
 # CTest as "FOLDER/Suite.Name".
 function(qo_test FOLDER)
   string(REPLACE "/" "_" name test_${FOLDER})
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${FOLDER}/*Test.cpp)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${FOLDER}/*Test.cpp
+       ${CMAKE_CURRENT_SOURCE_DIR}/${FOLDER}/*/*Test.cpp)
   if(NOT sources)
     return()
   endif()

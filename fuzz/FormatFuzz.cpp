@@ -1,6 +1,6 @@
-#include "common/types/Format.h"
-#include "common/types/String.h"
-#include "common/types/Utf.h"
+#include "types/Format.h"
+#include "types/String.h"
+#include "types/Utf.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,9 +1,9 @@
-#include "QoColl/Db/ACTrackStorage.h"
-#include "QoColl/Db/AcParamsUtils.h"
-#include "QoColl/Db/FingerprintCutInformation.h"
-#include "QoColl/Db/FpParamsUtils.h"
-#include "QoColl/Db/VelmoraFileParams.h"
-#include "QoColl/Db/VelmoraFileParamsUtils.h"
+#include "QoColl/Db/Records/ACTrackStorage.h"
+#include "QoColl/Db/Records/AcParamsUtils.h"
+#include "QoColl/Db/Records/FingerprintCutInformation.h"
+#include "QoColl/Db/Records/FpParamsUtils.h"
+#include "QoColl/Db/Records/VelmoraFileParams.h"
+#include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,8 +1,8 @@
 #include "QoColl/Collection/FilePathParts.h"
 #include "common/CollPath.h"
-#include "common/types/Utf.h"
 #include "platform/DriveMap.h"
 #include "platform/FileSystem.h"
+#include "types/Utf.h"
 
 #include <cstdint>
 #include <cstdlib>

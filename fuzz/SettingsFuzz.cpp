@@ -1,4 +1,4 @@
-#include "core/KeyValueConfig.h"
+#include "core/session/KeyValueConfig.h"
 
 #include <unistd.h>
 

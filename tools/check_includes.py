@@ -8,15 +8,15 @@ import os
 import re
 import sys
 
-BELOW_MODEL = {"common/types", "platform", "common", "Database", "KVTagLib"}
+BELOW_MODEL = {"types", "platform", "common", "Database", "KVTagLib"}
 MODEL = {"Physical", "Logical", "Analyze", "QoColl"}
 # What a layer may include beside itself.
 LAYERS = {
-    "common/types": set(),
-    "platform": {"common/types"},
-    "KVTagLib": {"common/types", "platform"},
-    "common": {"common/types", "platform"},
-    "Database": {"common/types", "platform", "common"},
+    "types": set(),
+    "platform": {"types"},
+    "KVTagLib": {"types", "platform"},
+    "common": {"types", "platform"},
+    "Database": {"types", "platform", "common"},
     **{layer: BELOW_MODEL | MODEL for layer in MODEL},
     "Reorganize": BELOW_MODEL | MODEL | {"UserView"},
     "UserView": BELOW_MODEL | MODEL | {"Reorganize"},
@@ -26,7 +26,7 @@ OWNED_HEADERS = {
     r"sqlite3\.h": ("Database",),
     r"taglib/.*|tag\.h|fileref\.h|.*tag\.h|tpropertymap\.h": ("KVTagLib",),
     r"tinyxml\.h": ("Reorganize",),
-    r"unicode/.*": ("common/types", "platform"),
+    r"unicode/.*": ("types", "platform"),
 }
 GENERATED = {"CharTables.inc"}
 

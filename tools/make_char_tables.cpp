@@ -1,4 +1,4 @@
-// Writes the character tables of common/types: the simple lower-case mapping of each UTF-16 unit
+// Writes the character tables of types: the simple lower-case mapping of each UTF-16 unit
 // and one bit a unit for letters and for white space. Run by the build; surrogates are nothing.
 #include <unicode/uchar.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "cli/Output.h"
-#include "core/HostError.h"
+#include "cli/shown/Output.h"
+#include "core/base/HostError.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,6 +1,6 @@
 #include "cli/Interrupt.h"
 
-#include "core/FolderWatch.h"
+#include "core/watch/FolderWatch.h"
 
 #include <csignal>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/ProgressReporter.h"
+#include "core/session/ProgressReporter.h"
 
 namespace qo::host
 {

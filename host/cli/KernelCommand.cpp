@@ -1,10 +1,10 @@
 #include "cli/KernelCommand.h"
 
 #include "cli/Interrupt.h"
-#include "cli/ProgressDisplay.h"
-#include "cli/Text.h"
-#include "core/HostFiles.h"
-#include "core/RootFolders.h"
+#include "cli/shown/ProgressDisplay.h"
+#include "cli/shown/Text.h"
+#include "core/base/HostFiles.h"
+#include "core/roots/RootFolders.h"
 
 #include <algorithm>
 

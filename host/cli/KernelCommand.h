@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/CommandLine.h"
-#include "core/Session.h"
+#include "core/session/Session.h"
 
 #include <memory>
 #include <string>

@@ -1,6 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/Interrupt.h"
-#include "core/Heap.h"
+#include "core/session/Heap.h"
 
 #include <QoKernel/Collection.h>
 

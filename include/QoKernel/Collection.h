@@ -13,5 +13,5 @@
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"
-#include "QoColl/Db/QoFileDbItem.h"
-#include "QoColl/Db/VelmoraFileParamsUtils.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Db/Records/VelmoraFileParamsUtils.h"

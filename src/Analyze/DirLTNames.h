@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/StringArray.h"
+#include "types/StringArray.h"
 
 /// The distinct names of a directory's music files, in the order of adding. Names are the same
 /// without regard to case; the first spelling stays.

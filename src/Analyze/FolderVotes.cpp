@@ -3,7 +3,7 @@
 #include "Analyze/BottomUp.h"
 #include "Analyze/NSUtils.h"
 #include "Physical/HDFile.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 
 namespace qo
 {

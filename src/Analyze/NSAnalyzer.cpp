@@ -8,7 +8,7 @@
 #include "Analyze/NSNamePattern.h"
 #include "Analyze/NSUtils.h"
 #include "Physical/HDMusicFile.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "common/ProfileTimer.h"
 
 namespace

@@ -6,7 +6,7 @@
 #include "Physical/Forward.h"
 #include "common/Forward.h"
 #include "common/PtrListT.h"
-#include "common/types/Map.h"
+#include "types/Map.h"
 
 /// Gives an artist and an album to what lies beside music without a tag of its own. Tags are taken
 /// as the truth; only file records change. No state between calls and no locks: nothing else may

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Analyze/Forward.h"
-#include "common/types/String.h"
+#include "types/String.h"
 
 /// One typed piece of a file name or of a rename rule. `Track` is the title of the track.
 class QO_API CNSAtom

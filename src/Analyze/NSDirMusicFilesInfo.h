@@ -3,8 +3,8 @@
 #include "Analyze/NSAtom.h"
 #include "Physical/Forward.h"
 #include "common/PtrListT.h"
-#include "common/types/Map.h"
-#include "common/types/StringArray.h"
+#include "types/Map.h"
+#include "types/StringArray.h"
 
 #include <map>
 #include <memory>

@@ -1,7 +1,7 @@
 #include "Analyze/NSUtils.h"
 
 #include "QoColl/Tags/MusicTagEx.h"
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 #include <string_view>
 

@@ -3,7 +3,7 @@
 #include "Analyze/NSAtom.h"
 #include "Logical/LTObjectType.h"
 #include "QoColl/Tags/Forward.h"
-#include "common/types/String.h"
+#include "types/String.h"
 
 /// How a value is found inside a name. Letters and digits count, everything else is an "extra"
 /// character, blanks included. Texts are zero-terminated; positions and lengths count UTF-16

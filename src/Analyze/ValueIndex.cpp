@@ -2,7 +2,7 @@
 
 #include "Analyze/AtomTables.h"
 #include "Analyze/NSUtils.h"
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 namespace qo
 {

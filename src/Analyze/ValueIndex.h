@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Analyze/TextSet.h"
-#include "common/types/String.h"
+#include "types/String.h"
 
 #include <string>
 #include <vector>

@@ -2,8 +2,8 @@
 
 #include "KVTagLib/AudioFormat.h"
 #include "KVTagLib/TagValues.h"
-#include "common/types/String.h"
 #include "platform/FileSystem.h"
+#include "types/String.h"
 
 #include <memory>
 

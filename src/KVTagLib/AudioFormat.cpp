@@ -1,7 +1,7 @@
 #include "KVTagLib/AudioFormat.h"
 
 #include "KVTagLib/ValidExtensions.h"
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 using namespace std::string_view_literals;
 

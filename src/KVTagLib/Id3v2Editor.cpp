@@ -2,7 +2,7 @@
 
 #include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagText.h"
-#include "common/types/Utf.h"
+#include "types/Utf.h"
 
 #include <taglib/attachedpictureframe.h>
 #include <taglib/id3v2framefactory.h>

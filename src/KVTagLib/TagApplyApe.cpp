@@ -1,7 +1,7 @@
 #include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagApply.h"
 #include "KVTagLib/TagText.h"
-#include "common/types/Utf.h"
+#include "types/Utf.h"
 
 #include <taglib/apetag.h>
 

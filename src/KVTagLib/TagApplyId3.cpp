@@ -1,7 +1,7 @@
 #include "KVTagLib/Id3v2Editor.h"
 #include "KVTagLib/TagApply.h"
 #include "KVTagLib/TagText.h"
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 #include <taglib/id3v1genres.h>
 

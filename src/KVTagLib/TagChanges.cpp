@@ -3,7 +3,7 @@
 #include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/Tags.h"
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "KVTagLib/TagText.h"
 
-#include "common/types/CharClass.h"
-#include "common/types/Utf.h"
+#include "types/CharClass.h"
+#include "types/Utf.h"
 
 #include <taglib/id3v1genres.h>
 

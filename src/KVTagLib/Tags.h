@@ -2,8 +2,8 @@
 
 #include "KVTagLib/Forward.h"
 #include "KVTagLib/PictureTag.h"
-#include "common/types/Array.h"
-#include "common/types/StringArray.h"
+#include "types/Array.h"
+#include "types/StringArray.h"
 
 #include <cstdint>
 

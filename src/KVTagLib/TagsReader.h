@@ -1,7 +1,7 @@
 #pragma once
 
 #include "KVTagLib/Forward.h"
-#include "common/types/String.h"
+#include "types/String.h"
 
 namespace KVTagLib
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/Export.h"
+#include "types/Export.h"
 
 #include <functional>
 

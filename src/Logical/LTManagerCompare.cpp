@@ -6,7 +6,7 @@
 #include "Logical/LTManager.h"
 #include "Logical/LTPicture.h"
 #include "Logical/LTTrack.h"
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 #include <algorithm>
 

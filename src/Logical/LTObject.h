@@ -5,7 +5,7 @@
 #include "Logical/LinkStamp.h"
 #include "Logical/UnusedNotes.h"
 #include "Physical/QoCheckObject.h"
-#include "common/types/String.h"
+#include "types/String.h"
 
 #include <boost/shared_ptr.hpp>
 

@@ -1,6 +1,6 @@
 #include "Logical/NameKeys.h"
 
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 #include <algorithm>
 #include <numeric>

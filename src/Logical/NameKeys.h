@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/Export.h"
-#include "common/types/PrefixSums.h"
+#include "types/Export.h"
+#include "types/PrefixSums.h"
 
 #include <compare>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "Physical/HDDirectory.h"
 
 #include "Physical/HDMusicFile.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "common/MakeObject.h"
 
 #include <vector>

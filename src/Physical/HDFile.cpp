@@ -6,12 +6,12 @@
 #include "Physical/HDTextFile.h"
 #include "QoColl/Collection/FilePathParts.h"
 #include "QoColl/Collection/QoUtils.h"
-#include "QoColl/Db/QoFileDbItem.h"
-#include "QoColl/Db/VelmoraFileParams.h"
-#include "QoColl/Db/VelmoraFileParamsUtils.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Db/Records/VelmoraFileParams.h"
+#include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
 #include "QoColl/Tags/SimpleMusicTag.h"
 #include "common/MakeObject.h"
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 #include <iterator>
 

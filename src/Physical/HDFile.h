@@ -3,7 +3,7 @@
 #include "Physical/HDObject.h"
 #include "QoColl/Db/Forward.h"
 #include "QoColl/Tags/Forward.h"
-#include "common/types/String.h"
+#include "types/String.h"
 
 #include <cstdint>
 

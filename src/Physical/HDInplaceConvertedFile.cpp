@@ -1,7 +1,7 @@
 #include "Physical/HDInplaceConvertedFile.h"
 
 #include "QoColl/Collection/FilePathParts.h"
-#include "QoColl/Db/QoInplaceFileDbItem.h"
+#include "QoColl/Db/Records/QoInplaceFileDbItem.h"
 #include "QoColl/Tags/SimpleMusicTag.h"
 #include "common/MakeObject.h"
 

@@ -8,9 +8,9 @@
 #include "Logical/LTMember.h"
 #include "Logical/LTPicture.h"
 #include "Logical/LTTrack.h"
-#include "QoColl/Db/QoFileDbItem.h"
-#include "QoColl/Db/VelmoraFileParams.h"
-#include "QoColl/Db/VelmoraFileParamsUtils.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Db/Records/VelmoraFileParams.h"
+#include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
 
 CHDMusicFile::CHDMusicFile(Key, const boost::shared_ptr<QoFileDbItem>& item)
     : CHDFile(FT_Music, item)

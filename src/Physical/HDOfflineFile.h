@@ -2,7 +2,7 @@
 
 #include "Physical/HDObject.h"
 #include "QoColl/Db/Forward.h"
-#include "common/types/String.h"
+#include "types/String.h"
 
 /// A file known only from its record, outside the tree and without a class by its extension.
 class QO_API CHDOfflineFile final : public CHDObject

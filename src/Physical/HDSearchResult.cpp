@@ -1,11 +1,11 @@
 #include "Physical/HDSearchResult.h"
 
 #include "QoColl/Collection/FilePathParts.h"
-#include "QoColl/Db/QoFileDbItem.h"
-#include "QoColl/Db/VelmoraFileParamsUtils.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
 #include "QoColl/Tags/SimpleMusicTag.h"
 #include "common/MakeObject.h"
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 namespace
 {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Physical/QoCheckObject.h"
-#include "QoColl/Db/ItemSource.h"
+#include "QoColl/Db/Records/ItemSource.h"
 
 /// A way by which files enter the collection, as a view shows it.
 class QO_API CSourceObject final : public CQoCheckObject

@@ -2,8 +2,8 @@
 
 #include "Analyze/MakeOwned.h"
 #include "Physical/HDFile.h"
-#include "QoColl/Db/QoFileDbItem.h"
-#include "QoColl/Db/VelmoraFileParamsUtils.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
 
 const CSeperateRule::Output CJingleSeperateRule::s_outputs[] = {{NotJingle, u"NotJingle"},
                                                                 {IsJingle, u"Jingle"}};

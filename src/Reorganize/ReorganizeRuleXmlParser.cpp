@@ -1,6 +1,6 @@
 #include "Reorganize/ReorganizeRuleXmlParser.h"
 
-#include "common/types/Utf.h"
+#include "types/Utf.h"
 
 #include <tinyxml.h>
 

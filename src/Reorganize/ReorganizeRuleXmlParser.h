@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Reorganize/ReorganizeRule.h"
-#include "common/types/String.h"
+#include "types/String.h"
 
 class TiXmlElement;
 

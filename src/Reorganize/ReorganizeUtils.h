@@ -2,8 +2,8 @@
 
 #include "Analyze/NSNamePattern.h"
 #include "Reorganize/ReorganizeRule.h"
-#include "common/types/CriticalSection.h"
-#include "common/types/Map.h"
+#include "types/CriticalSection.h"
+#include "types/Map.h"
 
 /// The attributes of rules, the naming of rule files, and the rules of the process: two built-in
 /// ones and those whose files lie in the kernel's data folder. A rule's id is the name of its file

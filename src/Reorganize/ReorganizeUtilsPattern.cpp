@@ -1,6 +1,6 @@
 #include "Analyze/MakeOwned.h"
 #include "Reorganize/ReorganizeUtils.h"
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 #include <algorithm>
 #include <vector>

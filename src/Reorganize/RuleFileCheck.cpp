@@ -1,6 +1,6 @@
 #include "Reorganize/RuleFileCheck.h"
 
-#include "common/types/Utf.h"
+#include "types/Utf.h"
 
 #include <string>
 

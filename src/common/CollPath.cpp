@@ -1,6 +1,6 @@
 #include "common/CollPath.h"
 
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 #include <algorithm>
 #include <vector>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/StringArray.h"
+#include "types/StringArray.h"
 
 /// The path of a file anywhere: on a drive, in the network, on a device, behind a plug-in, in a
 /// share or among search results. The string form is the key of the database and of the physical

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/Export.h"
-#include "common/types/String.h"
+#include "types/Export.h"
+#include "types/String.h"
 
 /// Folder helpers. Failures are false with one line in the trace log.
 class QO_API CFileUtils

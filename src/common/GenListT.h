@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/BinarySearch.h"
-#include "common/types/Array.h"
+#include "types/Array.h"
 
 #include <cstdlib>
 #include <utility>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/Export.h"
-#include "common/types/String.h"
+#include "types/Export.h"
+#include "types/String.h"
 
 /// The host's store of settings. The kernel declares what it knows and keeps the handles; values
 /// and defaults are texts, numbers and booleans their decimal text. Values written through a handle

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/LogLevel.h"
-#include "common/types/Format.h"
+#include "types/Format.h"
 
 namespace qo
 {

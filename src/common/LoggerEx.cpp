@@ -2,8 +2,8 @@
 
 #include "common/Log.h"
 #include "common/TraceFile.h"
-#include "common/types/CriticalSection.h"
 #include "platform/Platform.h"
+#include "types/CriticalSection.h"
 
 struct CLoggerEx::Output
 {

@@ -4,12 +4,12 @@
 #include "common/FileUtils.h"
 #include "common/PathsInfoMap.h"
 #include "common/Settings.h"
-#include "common/types/CharClass.h"
-#include "common/types/CriticalSection.h"
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
+#include "types/CharClass.h"
+#include "types/CriticalSection.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/StringArray.h"
+#include "types/StringArray.h"
 
 class CQoPathsInfoMap;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/Map.h"
+#include "types/Map.h"
 
 /// What kind of content a root directory has.
 struct CQoPathInfo

@@ -3,7 +3,7 @@
 #include "common/LogLevel.h"
 #include "common/ProfileTimer.h"
 #include "common/TraceLog.h"
-#include "common/types/CriticalSection.h"
+#include "types/CriticalSection.h"
 
 #include <atomic>
 #include <chrono>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/String.h"
+#include "types/String.h"
 
 /// Root of the model objects.
 class QO_API CQoBaseObj

@@ -2,7 +2,7 @@
 
 #include "common/Log.h"
 #include "common/MakeObject.h"
-#include "common/types/Utf.h"
+#include "types/Utf.h"
 
 namespace
 {

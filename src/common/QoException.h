@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/Exception.h"
-#include "common/types/String.h"
+#include "types/Exception.h"
+#include "types/String.h"
 
 /// The kernel's exception: created on the heap, thrown and caught as a pointer, deleted by the
 /// catcher.

@@ -1,10 +1,10 @@
 #include "common/Settings.h"
 
 #include "common/FileUtils.h"
-#include "common/types/CharClass.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
+#include "types/CharClass.h"
 
 KVConfig::~KVConfig() = default;
 CKVModule::~CKVModule() = default;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/Export.h"
+#include "types/Export.h"
 
 /// The log of the database layer: one trace file of its own per process. Safe from any thread.
 

@@ -1,8 +1,8 @@
 #include "common/StdioFileEx.h"
 
-#include "common/types/Utf.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "types/Utf.h"
 
 #include <cstring>
 

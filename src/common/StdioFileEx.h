@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/Exception.h"
-#include "common/types/String.h"
+#include "types/Exception.h"
+#include "types/String.h"
 
 #include <memory>
 #include <vector>

@@ -1,8 +1,8 @@
 #include "common/TraceFile.h"
 
-#include "common/types/CharClass.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "types/CharClass.h"
 
 #include <algorithm>
 #include <functional>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/String.h"
 #include "platform/Clock.h"
+#include "types/String.h"
 
 #include <memory>
 

@@ -1,8 +1,8 @@
 #include "common/TraceLog.h"
 
 #include "common/TraceFile.h"
-#include "common/types/Utf.h"
 #include "platform/Platform.h"
+#include "types/Utf.h"
 
 #include <atomic>
 #include <cstdio>

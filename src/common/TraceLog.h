@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/Format.h"
-#include "common/types/String.h"
+#include "types/Format.h"
+#include "types/String.h"
 
 namespace qo
 {

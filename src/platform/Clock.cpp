@@ -1,6 +1,6 @@
 #include "platform/Clock.h"
 
-#include "common/types/String.h"
+#include "types/String.h"
 
 namespace qo
 {

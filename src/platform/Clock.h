@@ -1,9 +1,9 @@
 #pragma once
 
-#include "common/types/Export.h"
-#include "common/types/FileTime.h"
-#include "common/types/Forward.h"
-#include "common/types/Guid.h"
+#include "types/Export.h"
+#include "types/FileTime.h"
+#include "types/Forward.h"
+#include "types/Guid.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include "platform/FileSystem.h"
 
-#include "common/types/Utf.h"
+#include "types/Utf.h"
 
 namespace qo
 {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "common/types/Export.h"
-#include "common/types/FileTime.h"
-#include "common/types/String.h"
+#include "types/Export.h"
+#include "types/FileTime.h"
+#include "types/String.h"
 
 #include <memory>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/Export.h"
 #include "platform/Forward.h"
+#include "types/Export.h"
 
 namespace qo
 {

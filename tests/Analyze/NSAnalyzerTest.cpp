@@ -7,8 +7,8 @@
 #include "Analyze/Placement.h"
 #include "Physical/HDMusicFile.h"
 #include "common/QoProgress.h"
-#include "common/types/Utf.h"
 #include "support/DocExample.h"
+#include "types/Utf.h"
 
 #include <gtest/gtest.h>
 

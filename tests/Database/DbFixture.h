@@ -2,9 +2,9 @@
 
 #include "Database/src/DbFacade/SQLiteWrapper.h"
 #include "common/SimpleLogger.h"
-#include "common/types/Utf.h"
 #include "support/Print.h"
 #include "support/TempDir.h"
+#include "types/Utf.h"
 
 #include <gtest/gtest.h>
 

@@ -5,9 +5,9 @@
 #include "KVTagLib/TagsReaderFactory.h"
 #include "KVTagLib/TagsWriter.h"
 #include "KVTagLib/TagsWriterFactory.h"
-#include "common/types/Utf.h"
 #include "platform/FileSystem.h"
 #include "support/TempDir.h"
+#include "types/Utf.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "Logical/NameKeys.h"
 
-#include "common/types/CharClass.h"
-#include "common/types/String.h"
+#include "types/CharClass.h"
+#include "types/String.h"
 
 #include <gtest/gtest.h>
 

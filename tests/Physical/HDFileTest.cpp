@@ -3,9 +3,9 @@
 #include "Physical/HDMusicFile.h"
 #include "Physical/HDOfflineFile.h"
 #include "Physical/HDSearchResult.h"
-#include "common/types/StringArray.h"
 #include "support/Print.h"
 #include "support/Records.h"
+#include "types/StringArray.h"
 
 #include <gtest/gtest.h>
 

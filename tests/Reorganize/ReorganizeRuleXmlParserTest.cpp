@@ -2,10 +2,10 @@
 
 #include "Reorganize/RuleFileCheck.h"
 #include "Reorganize/RuleTrees.h"
-#include "common/types/StringArray.h"
 #include "support/Contains.h"
 #include "support/DocExample.h"
 #include "support/TempDir.h"
+#include "types/StringArray.h"
 
 #include <gtest/gtest.h>
 

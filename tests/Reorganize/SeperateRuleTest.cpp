@@ -1,7 +1,7 @@
 #include "Reorganize/SeperateRule.h"
 
 #include "Logical/LTFiles.h"
-#include "QoColl/Db/VelmoraFileParamsUtils.h"
+#include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
 #include "Reorganize/RuleTrees.h"
 #include "support/Words.h"
 

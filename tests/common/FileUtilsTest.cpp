@@ -1,13 +1,13 @@
 #include "common/FileUtils.h"
 
 #include "common/StdioFileEx.h"
-#include "common/types/StringArray.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
 #include "support/Print.h"
 #include "support/ScopedVariable.h"
 #include "support/TempDir.h"
+#include "types/StringArray.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/Relocate.h"
+#include "types/Relocate.h"
 
 /// An element that counts its living objects, holds a value and knows its own address, so that a
 /// container which moves its bytes, ends it twice or never is caught.

@@ -1,6 +1,6 @@
 #include "support/LogCapture.h"
 
-#include "common/types/Utf.h"
+#include "types/Utf.h"
 
 LogCapture::LogCapture(int level)
 {

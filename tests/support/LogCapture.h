@@ -2,7 +2,7 @@
 
 #include "common/LogLevel.h"
 #include "common/LoggerEx.h"
-#include "common/types/CriticalSection.h"
+#include "types/CriticalSection.h"
 
 #include <string>
 #include <vector>

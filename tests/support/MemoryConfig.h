@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/KVConfig.h"
-#include "common/types/StringArray.h"
+#include "types/StringArray.h"
 
 #include <map>
 #include <utility>

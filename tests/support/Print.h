@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/Utf.h"
+#include "types/Utf.h"
 
 #include <ostream>
 

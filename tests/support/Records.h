@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Physical/HDFile.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 
 #include <boost/make_shared.hpp>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/String.h"
+#include "types/String.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/StringArray.h"
 #include "platform/FileSystem.h"
+#include "types/StringArray.h"
 
 #include <set>
 #include <utility>

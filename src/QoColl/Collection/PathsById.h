@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/Map.h"
-#include "common/types/String.h"
+#include "types/Map.h"
+#include "types/String.h"
 
 namespace qo
 {

@@ -5,7 +5,7 @@
 #include "Physical/HDFile.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Collection/RecordAhead.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "common/Log.h"
 #include "common/Profiler.h"
 

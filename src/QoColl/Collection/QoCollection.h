@@ -3,7 +3,7 @@
 #include "QoColl/Collection/Forward.h"
 #include "QoColl/Collection/PathsById.h"
 #include "QoColl/Collection/QoFileChangeInfo.h"
-#include "QoColl/Db/CollInfoDbItem.h"
+#include "QoColl/Db/Records/CollInfoDbItem.h"
 #include "common/CollPath.h"
 #include "common/PathsInfoMap.h"
 #include "common/PtrListT.h"

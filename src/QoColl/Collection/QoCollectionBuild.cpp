@@ -9,7 +9,7 @@
 #include "QoColl/Collection/QoFileUtils.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Collection/RecordAhead.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "common/Log.h"
 #include "common/QoProgress.h"
 #include "platform/Clock.h"

@@ -2,13 +2,13 @@
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "common/Log.h"
 #include "common/QoException.h"
 #include "common/QoProgress.h"
-#include "common/types/CharClass.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
+#include "types/CharClass.h"
 
 #include <exception>
 #include <memory>

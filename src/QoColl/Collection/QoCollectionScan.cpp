@@ -8,7 +8,7 @@
 #include "QoColl/Collection/ScanLookup.h"
 #include "QoColl/Collection/VelmoraId.h"
 #include "QoColl/Db/QoCollDbUtils.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Tags/MusicTagEx.h"
 #include "common/Log.h"
 #include "common/MakeObject.h"

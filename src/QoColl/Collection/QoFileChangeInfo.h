@@ -1,7 +1,7 @@
 #pragma once
 
 #include "QoColl/Db/Forward.h"
-#include "common/types/String.h"
+#include "types/String.h"
 
 #include <cstdint>
 

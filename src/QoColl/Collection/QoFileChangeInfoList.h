@@ -2,7 +2,7 @@
 
 #include "QoColl/Collection/QoFileChangeInfo.h"
 #include "common/AutoListT.h"
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 #include <unordered_map>
 

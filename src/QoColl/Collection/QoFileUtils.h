@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/Export.h"
-#include "common/types/String.h"
+#include "types/Export.h"
+#include "types/String.h"
 
 /// Removal of folders that files have left. Paths are folders of the disk in collection form, with
 /// or without a backslash at the end. Never removed: output folders, root folders of either

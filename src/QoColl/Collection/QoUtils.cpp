@@ -5,8 +5,8 @@
 #include "QoColl/Collection/FilePathParts.h"
 #include "common/CollPath.h"
 #include "common/ListT.h"
-#include "common/types/CharClass.h"
-#include "common/types/StringArray.h"
+#include "types/CharClass.h"
+#include "types/StringArray.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "QoColl/Collection/QoUtilsTypes.h"
-#include "QoColl/Db/ItemSource.h"
-#include "common/types/String.h"
+#include "QoColl/Db/Records/ItemSource.h"
+#include "types/String.h"
 
 class CQoCollPath;
 class CStringArray;

@@ -5,7 +5,7 @@
 #include "QoColl/Collection/LinkedFiles.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoUtils.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 
 #include <optional>
 

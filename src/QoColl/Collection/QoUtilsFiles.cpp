@@ -2,13 +2,13 @@
 #include "Physical/HDDirectory.h"
 #include "Physical/HDMusicFile.h"
 #include "QoColl/Collection/QoUtils.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "common/CollPath.h"
 #include "common/FileUtils.h"
 #include "common/Log.h"
-#include "common/types/CharClass.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "types/CharClass.h"
 
 #include <algorithm>
 #include <string_view>

@@ -8,11 +8,11 @@
 #include "Physical/HDPictureFile.h"
 #include "QoColl/Collection/LinkedFiles.h"
 #include "QoColl/Collection/QoUtils.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "common/ListT.h"
-#include "common/types/CharClass.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "types/CharClass.h"
 
 namespace
 {

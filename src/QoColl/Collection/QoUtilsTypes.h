@@ -3,7 +3,7 @@
 #include "Logical/Forward.h"
 #include "Physical/Forward.h"
 #include "common/PtrListT.h"
-#include "common/types/Map.h"
+#include "types/Map.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 
 #include <cstddef>
 

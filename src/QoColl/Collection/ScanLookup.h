@@ -3,7 +3,7 @@
 #include "QoColl/Collection/Forward.h"
 #include "QoColl/Collection/RecordAhead.h"
 #include "QoColl/Db/QoCollDbUtils.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 
 namespace qo
 {

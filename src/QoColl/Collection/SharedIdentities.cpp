@@ -1,7 +1,7 @@
 #include "QoColl/Collection/SharedIdentities.h"
 
 #include "QoColl/Db/QoCollDb.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 
 #include <vector>
 

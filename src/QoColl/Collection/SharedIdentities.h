@@ -1,7 +1,7 @@
 #pragma once
 
 #include "QoColl/Db/Forward.h"
-#include "common/types/StringArray.h"
+#include "types/StringArray.h"
 
 #include <string_view>
 #include <unordered_set>

@@ -1,8 +1,8 @@
 #include "QoColl/Collection/VelmoraId.h"
 
-#include "common/types/CriticalSection.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
+#include "types/CriticalSection.h"
 
 namespace qo
 {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Database/src/DbFacade/Forward.h"
-#include "common/types/Export.h"
+#include "types/Export.h"
 
 class CQoCollDb;
 

@@ -5,8 +5,8 @@
 #include "Database/src/DbFacade/SQLiteQueryResult.h"
 #include "Database/src/DbFacade/SQLiteStatement.h"
 #include "QoColl/Db/DbRows.h"
-#include "QoColl/Db/QoFileDbItem.h"
-#include "QoColl/Db/VelmoraFileParamsUtils.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
 #include "common/MakeObject.h"
 
 #include <memory>

@@ -2,8 +2,8 @@
 
 #include "Database/src/DbFacade/Forward.h"
 #include "QoColl/Db/Forward.h"
-#include "common/types/String.h"
-#include "common/types/TextPool.h"
+#include "types/String.h"
+#include "types/TextPool.h"
 
 /// The file record as rows of FILE_T: the one list of its columns and what is made of it.
 namespace qo

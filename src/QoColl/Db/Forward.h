@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/Array.h"
+#include "types/Array.h"
 
 #include <boost/smart_ptr/shared_ptr.hpp>
 

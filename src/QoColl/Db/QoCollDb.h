@@ -2,7 +2,7 @@
 
 #include "Database/src/DbFacade/SQLiteDB.h"
 #include "QoColl/Db/Forward.h"
-#include "common/types/Forward.h"
+#include "types/Forward.h"
 
 /// The collection database: files, sessions, playlists, collections, streams, shares and inplace
 /// files. An object lives for one operation on one thread and has the connection open. Failures

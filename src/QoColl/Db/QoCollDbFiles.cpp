@@ -2,16 +2,16 @@
 #include "Database/src/DbFacade/SQLiteStatement.h"
 #include "QoColl/Db/DbRows.h"
 #include "QoColl/Db/FileRow.h"
-#include "QoColl/Db/FpCutInfoDbItem.h"
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/FpCutInfoDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "common/Log.h"
 #include "common/MakeObject.h"
 #include "common/ProfileTimer.h"
-#include "common/types/StringArray.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
+#include "types/StringArray.h"
 
 #include <new>
 #include <vector>

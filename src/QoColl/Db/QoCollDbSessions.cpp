@@ -2,9 +2,9 @@
 #include "Database/src/DbFacade/SQLiteStatement.h"
 #include "QoColl/Db/DbRows.h"
 #include "QoColl/Db/QoCollDb.h"
-#include "QoColl/Db/QoPlaylistDbItem.h"
-#include "QoColl/Db/QoSessionDbItem.h"
-#include "QoColl/Db/VelmoraFileParamsUtils.h"
+#include "QoColl/Db/Records/QoPlaylistDbItem.h"
+#include "QoColl/Db/Records/QoSessionDbItem.h"
+#include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
 #include "common/MakeObject.h"
 
 namespace

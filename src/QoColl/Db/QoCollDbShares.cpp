@@ -1,11 +1,11 @@
 #include "Database/src/DbFacade/SQLiteQueryResult.h"
 #include "Database/src/DbFacade/SQLiteStatement.h"
-#include "QoColl/Db/CollInfoDbItem.h"
 #include "QoColl/Db/DbRows.h"
 #include "QoColl/Db/QoCollDb.h"
-#include "QoColl/Db/QoInplaceFileDbItem.h"
-#include "QoColl/Db/QoShareDbItem.h"
-#include "common/types/CharClass.h"
+#include "QoColl/Db/Records/CollInfoDbItem.h"
+#include "QoColl/Db/Records/QoInplaceFileDbItem.h"
+#include "QoColl/Db/Records/QoShareDbItem.h"
+#include "types/CharClass.h"
 
 namespace
 {

@@ -1,9 +1,9 @@
 #include "QoColl/Db/QoCollDbUtils.h"
 
-#include "QoColl/Db/QoFileDbItem.h"
-#include "common/types/CharClass.h"
-#include "common/types/Guid.h"
-#include "common/types/StringArray.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
+#include "types/CharClass.h"
+#include "types/Guid.h"
+#include "types/StringArray.h"
 
 #include <boost/make_shared.hpp>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Database/src/DbFacade/SQLiteDB.h"
-#include "common/types/Export.h"
-#include "common/types/String.h"
+#include "types/Export.h"
+#include "types/String.h"
 
 /// How a file that is no sound database makes room for a new one.
 namespace qo

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/String.h"
+#include "types/String.h"
 
 /// Shapes that the kernel shares with whoever organizes files by rules.
 struct IQorganizer

@@ -1,10 +1,10 @@
 #include "QoColl/Tags/MusicTagEx.h"
 
 #include "QoColl/Collection/FilePathParts.h"
-#include "QoColl/Db/QoFileDbItem.h"
-#include "QoColl/Db/QoInplaceFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoInplaceFileDbItem.h"
 #include "common/Log.h"
-#include "common/types/CharClass.h"
+#include "types/CharClass.h"
 
 #include <array>
 #include <atomic>

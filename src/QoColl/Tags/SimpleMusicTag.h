@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/String.h"
+#include "types/String.h"
 
 /// The light form of a tag by which the logical objects are looked up.
 struct SimpleMusicTag

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/types/String.h"
+#include "types/String.h"
 
 /// The value that one source gives for an attribute of a tag.
 class QO_API CTagAttribValue

@@ -1,7 +1,7 @@
 #include "platform/DriveMap.h"
 
-#include "common/types/CharClass.h"
 #include "platform/FileSystem.h"
+#include "types/CharClass.h"
 
 #include <algorithm>
 #include <mutex>

@@ -1,9 +1,9 @@
 #include "platform/posix/PosixFileSystem.h"
 
-#include "common/types/CharClass.h"
 #include "platform/DriveMap.h"
 #include "platform/posix/PosixFile.h"
 #include "platform/posix/Rename.h"
+#include "types/CharClass.h"
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -5,7 +5,7 @@
 #include "Physical/HDFile.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Db/QoCollDb.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "common/QoProgress.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"

@@ -1,6 +1,6 @@
 #include "QoColl/Collection/QoFileChangeInfoList.h"
 
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "support/Print.h"
 
 #include <boost/make_shared.hpp>

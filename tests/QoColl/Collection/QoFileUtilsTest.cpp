@@ -5,7 +5,6 @@
 #include "common/Paths.h"
 #include "common/QoProgress.h"
 #include "common/Settings.h"
-#include "common/types/StringArray.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
@@ -16,6 +15,7 @@
 #include "support/ScopedVariable.h"
 #include "support/TempDir.h"
 #include "support/Words.h"
+#include "types/StringArray.h"
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>

@@ -11,12 +11,12 @@
 #include "Physical/HDTextFile.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoUtils.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "common/QoProgress.h"
 #include "common/QoSortedPtrList.h"
-#include "common/types/StringArray.h"
 #include "support/Print.h"
 #include "support/TempDir.h"
+#include "types/StringArray.h"
 
 #include <boost/make_shared.hpp>
 #include <boost/weak_ptr.hpp>

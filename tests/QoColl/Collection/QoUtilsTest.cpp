@@ -3,12 +3,12 @@
 #include "Logical/LTArtist.h"
 #include "Physical/HDMusicFile.h"
 #include "common/CollPath.h"
-#include "common/types/CharClass.h"
-#include "common/types/StringArray.h"
 #include "support/LogCapture.h"
 #include "support/Print.h"
 #include "support/Records.h"
 #include "support/TempDir.h"
+#include "types/CharClass.h"
+#include "types/StringArray.h"
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>

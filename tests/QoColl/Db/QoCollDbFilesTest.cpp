@@ -1,5 +1,5 @@
 #include "QoColl/Db/CollDbFixture.h"
-#include "QoColl/Db/FpCutInfoDbItem.h"
+#include "QoColl/Db/Records/FpCutInfoDbItem.h"
 #include "support/Contains.h"
 #include "support/LogCapture.h"
 

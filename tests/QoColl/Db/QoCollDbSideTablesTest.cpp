@@ -1,10 +1,10 @@
-#include "QoColl/Db/AcStreamDbItem.h"
 #include "QoColl/Db/CollDbFixture.h"
-#include "QoColl/Db/CollInfoDbItem.h"
-#include "QoColl/Db/QoInplaceFileDbItem.h"
-#include "QoColl/Db/QoPlaylistDbItem.h"
-#include "QoColl/Db/QoSessionDbItem.h"
-#include "QoColl/Db/QoShareDbItem.h"
+#include "QoColl/Db/Records/AcStreamDbItem.h"
+#include "QoColl/Db/Records/CollInfoDbItem.h"
+#include "QoColl/Db/Records/QoInplaceFileDbItem.h"
+#include "QoColl/Db/Records/QoPlaylistDbItem.h"
+#include "QoColl/Db/Records/QoSessionDbItem.h"
+#include "QoColl/Db/Records/QoShareDbItem.h"
 #include "support/LogCapture.h"
 
 namespace

@@ -1,8 +1,8 @@
 #include "QoColl/Db/QoCollDbUtils.h"
 
-#include "common/types/StringArray.h"
 #include "support/Print.h"
 #include "support/Records.h"
+#include "types/StringArray.h"
 
 #include <gtest/gtest.h>
 

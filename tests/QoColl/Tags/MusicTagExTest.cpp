@@ -1,8 +1,8 @@
 #include "QoColl/Tags/MusicTagEx.h"
 
 #include "KVTagLib/Tags.h"
-#include "QoColl/Db/QoFileDbItem.h"
-#include "QoColl/Db/QoInplaceFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoInplaceFileDbItem.h"
 #include "support/LogCapture.h"
 #include "support/Print.h"
 #include "support/TempDir.h"

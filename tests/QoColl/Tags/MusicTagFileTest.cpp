@@ -1,5 +1,5 @@
 #include "KVTagLib/Tags.h"
-#include "QoColl/Db/QoFileDbItem.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Tags/MusicTagEx.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"

@@ -1,7 +1,7 @@
-#include "common/types/Utf.h"
 #include "host/cli/QoCommand.h"
 #include "support/Contains.h"
 #include "support/DocExample.h"
+#include "types/Utf.h"
 
 #include <fstream>
 

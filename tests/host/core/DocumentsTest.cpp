@@ -1,5 +1,5 @@
-#include "core/KeyValueConfig.h"
-#include "core/PendingTags.h"
+#include "core/collection/PendingTags.h"
+#include "core/session/KeyValueConfig.h"
 #include "support/DocExample.h"
 #include "support/Print.h"
 #include "support/TempDir.h"

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/FileOperations.h"
-#include "core/RootFolders.h"
-#include "core/Session.h"
+#include "core/collection/FileOperations.h"
+#include "core/roots/RootFolders.h"
+#include "core/session/Session.h"
 #include "host/core/MessageOf.h"
 #include "support/Print.h"
 #include "support/TempDir.h"

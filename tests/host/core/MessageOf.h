@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/HostError.h"
+#include "core/base/HostError.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/MoveRun.h"
+#include "core/runs/MoveRun.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -2,9 +2,9 @@
 
 #include "Database/src/DbFacade/SQLiteException.h"
 #include "Database/src/DbFacade/SQLiteReport.h"
-#include "common/types/Utf.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "types/Utf.h"
 
 #include <sqlite3.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/Export.h"
-#include "common/types/Forward.h"
+#include "types/Export.h"
+#include "types/Forward.h"
 
 namespace qo
 {

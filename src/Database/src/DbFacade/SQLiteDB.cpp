@@ -4,9 +4,9 @@
 #include "Database/src/DbFacade/SQLiteReport.h"
 #include "common/LogLevel.h"
 #include "common/SimpleLogger.h"
-#include "common/types/Utf.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "types/Utf.h"
 
 #include <sqlite3.h>
 

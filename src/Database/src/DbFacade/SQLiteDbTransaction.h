@@ -3,7 +3,7 @@
 #include "Database/src/DbFacade/Forward.h"
 #include "Database/src/DbFacade/SQLiteTimeLog.h"
 #include "common/ProfileTimer.h"
-#include "common/types/Export.h"
+#include "types/Export.h"
 
 /// An open transaction. Its destructor ends it the way that was chosen last. Made on the heap and
 /// deleted before its connection closes.

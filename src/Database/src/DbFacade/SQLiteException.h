@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/types/Exception.h"
-#include "common/types/String.h"
+#include "types/Exception.h"
+#include "types/String.h"
 
 /// A failure of the database. Made on the heap, thrown and caught as a pointer; a handler's first
 /// line takes it into a std::unique_ptr.

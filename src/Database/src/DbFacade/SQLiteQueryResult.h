@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Database/src/DbFacade/Forward.h"
-#include "common/types/Export.h"
-#include "common/types/String.h"
+#include "types/Export.h"
+#include "types/String.h"
 
 #include <cstdint>
 #include <string_view>

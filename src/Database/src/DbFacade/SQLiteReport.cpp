@@ -3,7 +3,7 @@
 #include "Database/src/DbFacade/SQLiteException.h"
 #include "common/LogLevel.h"
 #include "common/SimpleLogger.h"
-#include "common/types/String.h"
+#include "types/String.h"
 
 #include <sqlite3.h>
 

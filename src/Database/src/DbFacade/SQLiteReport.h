@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Database/src/DbFacade/Forward.h"
-#include "common/types/Forward.h"
+#include "types/Forward.h"
 
 /// How the sources of this folder report: not for their users.
 namespace qo::sqlite

@@ -2,8 +2,8 @@
 
 #include "Database/src/DbFacade/Forward.h"
 #include "Database/src/DbFacade/SQLiteTimeLog.h"
-#include "common/types/Export.h"
-#include "common/types/String.h"
+#include "types/Export.h"
+#include "types/String.h"
 
 #include <cstdint>
 

@@ -1,0 +1,122 @@
+#include "cli/CommandLine.h"
+#include "cli/files/FileRecord.h"
+
+#include <QoKernel/Collection.h>
+#include <QoKernel/Kernel.h>
+
+namespace qo::cli
+{
+namespace
+{
+ExitCode version(CommandLine& line)
+{
+    const std::string schema = toUtf8(CString(CQoCollDb::currentVersion()));
+    if (line.json)
+    {
+        Json object;
+        object["qo"] = QO_VERSION;
+        object["database"] = schema;
+        line.out.line(dump(object));
+    }
+    else
+        line.out.line("qo " QO_VERSION ", database version " + schema);
+    return ExitCode::done;
+}
+
+ExitCode help(CommandLine& line, const std::vector<std::string>& names)
+{
+    const CLI::App* command = &line.app;
+    std::string path = "qo";
+    for (const std::string& name : names)
+    {
+        const auto subs = command->get_subcommands([&name](const CLI::App* sub)
+                                                   { return sub->get_name() == name; });
+        const CLI::App* const sub = subs.empty() ? nullptr : subs.front();
+        if (!sub)
+            throw HostError(ExitCode::usage,
+                            "there is no command \"" + name + "\"; \"qo help\" lists them");
+        command = sub;
+        path += " " + name;
+    }
+    // Not App::help(): that explains the command that was chosen, which is this one.
+    line.out.write(command->get_formatter()->make_help(command, path, CLI::AppFormatMode::Normal));
+    return ExitCode::done;
+}
+
+std::string commandWords(const CLI::App& app)
+{
+    std::string words;
+    for (const CLI::App* sub : app.get_subcommands({}))
+        words += (words.empty() ? "" : " ") + sub->get_name();
+    return words;
+}
+
+std::string optionWords(const CLI::App& app)
+{
+    std::string words;
+    for (const CLI::Option* option : app.get_options())
+    {
+        for (const std::string& name : option->get_lnames())
+            words += (words.empty() ? "--" : " --") + name;
+    }
+    return words;
+}
+
+/// A bash function that knows the commands, their sub-commands and options; files otherwise.
+std::string bashCompletion(const CLI::App& app)
+{
+    std::string text =
+        "_qo()\n{\n    local current=\"${COMP_WORDS[COMP_CWORD]}\" words=\"\" command=\"\" "
+        "sub=\"\" word i\n"
+        "    for ((i = 1; i < COMP_CWORD; i++)); do\n        word=\"${COMP_WORDS[i]}\"\n"
+        "        if [[ $word == --data ]]; then ((i++)); continue; fi\n"
+        "        [[ $word == -* ]] && continue\n"
+        "        if [[ -z $command ]]; then command=$word; elif [[ -z $sub ]]; then sub=$word; fi\n"
+        "    done\n    case \"$command $sub\" in\n";
+    text += "        ' ') words=\"" + commandWords(app) + "\" ;;\n";
+    std::string options;
+    for (const CLI::App* command : app.get_subcommands({}))
+    {
+        const std::string subs = commandWords(*command);
+        if (!subs.empty())
+            text += "        '" + command->get_name() + " ') words=\"" + subs + "\" ;;\n";
+        std::string own = optionWords(*command);
+        for (const CLI::App* sub : command->get_subcommands({}))
+            own += " " + optionWords(*sub);
+        options += "        " + command->get_name() + ") words=\"" + own + " " + optionWords(app) +
+                   "\" ;;\n";
+    }
+    text += "        'help '*) words=\"" + commandWords(app) + "\" ;;\n    esac\n";
+    text += "    if [[ $current == -* ]]; then\n        case \"$command\" in\n" + options +
+            "        *) words=\"" + optionWords(app) + "\" ;;\n        esac\n    fi\n";
+    text += "    COMPREPLY=()\n    [[ -n $words ]] && COMPREPLY=($(compgen -W \"$words\" -- "
+            "\"$current\"))\n"
+            "    [[ -z $words || ( ${#COMPREPLY[@]} -eq 0 && $current != -* ) ]] && compopt -o "
+            "default 2>/dev/null\n"
+            "    return 0\n}\ncomplete -F _qo qo\n";
+    return text;
+}
+} // namespace
+
+void addHelpCommands(CommandLine& line)
+{
+    line.addCommand(
+        line.app, "version", "Which version this is", [&line] { return version(line); });
+
+    auto names = std::make_shared<std::vector<std::string>>();
+    CLI::App* const helpApp = line.addCommand(
+        line.app, "help", "Explain a command", [&line, names] { return help(line, *names); });
+    addArguments(*helpApp, "COMMAND", *names, "The command, with its sub-command");
+
+    CLI::App* const group = line.addCommand(line.app, "completion", "Completion for a shell", {});
+    group->require_subcommand(1);
+    line.addCommand(*group,
+                    "bash",
+                    "For bash: source <(qo completion bash)",
+                    [&line]
+                    {
+                        line.out.write(bashCompletion(line.app));
+                        return ExitCode::done;
+                    });
+}
+} // namespace qo::cli

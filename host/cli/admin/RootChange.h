@@ -1,0 +1,11 @@
+#pragma once
+
+#include "core/roots/RootFolders.h"
+
+namespace qo::cli
+{
+/// The root folder that equals the folder or holds it, "" when there is none. Throws HostError for
+/// a folder that differs from a root in upper and lower case alone: the collection has one place
+/// for both.
+CString findHolder(const host::RootFolders& roots, const CString& folder);
+} // namespace qo::cli

@@ -1,0 +1,278 @@
+#include "cli/CommandLine.h"
+#include "cli/KernelCommand.h"
+#include "cli/admin/MovedOffers.h"
+#include "cli/admin/RootChange.h"
+#include "cli/admin/ScratchDatabase.h"
+#include "cli/files/FileRecord.h"
+#include "cli/shown/Text.h"
+#include "core/base/HostFiles.h"
+#include "core/load/UnfinishedScan.h"
+#include "core/roots/RootGuard.h"
+
+#include <cstdlib>
+#include <fstream>
+
+namespace qo::cli
+{
+namespace
+{
+using host::RootFolders;
+using host::Session;
+
+struct ScanOptions
+{
+    std::vector<std::string> folders;
+    bool allowMissingRoot = false;
+    bool deep = false;
+    bool findMoved = false;
+};
+
+std::unique_ptr<ScratchDatabase> makeTrial()
+{
+    auto trial = std::make_unique<ScratchDatabase>(u"trial");
+    if (fileSystem().exists(Session::databasePath()))
+        backupDatabase(Session::databasePath(), trial->path());
+    return trial;
+}
+
+void printScan(CommandLine& line,
+               const ScanOptions& options,
+               const Session::LoadReport& report,
+               int moved)
+{
+    if (line.json)
+    {
+        Json object;
+        object["files"] = report.files;
+        object["new"] = report.added;
+        object["changed"] = report.changed;
+        object["gone"] = report.gone;
+        if (options.findMoved)
+            object["moved"] = moved;
+        object["seconds"] = report.seconds;
+        return line.out.line(dump(object));
+    }
+    line.out.line(std::string(line.dryRun ? "A scan would find " : "Scanned ") +
+                  countText(report.files, "file") + ": " + std::to_string(report.added) + " new, " +
+                  std::to_string(report.changed) + (options.deep ? " read again, " : " changed, ") +
+                  std::to_string(report.gone) + " gone, " +
+                  (options.findMoved ? std::to_string(moved) + " moved, " : "") +
+                  secondsText(report.seconds) + " s");
+}
+
+/// Puts the roots back as they were when the scan that was to read new ones did not come to its
+/// end, but for those that it had begun to read: the next scan goes on with them.
+class RootsUntilScanned
+{
+public:
+    explicit RootsUntilScanned(Session& session) : m_session(session)
+    {
+        m_before = session.kernel().run([] { return RootFolders(); });
+    }
+    ~RootsUntilScanned()
+    {
+        if (m_isKept)
+            return;
+        try
+        {
+            m_session.kernel().run(
+                [this]
+                {
+                    const RootFolders now;
+                    const host::UnfinishedScan unfinished(Session::folder());
+                    for (const CString& begun : unfinished.rootsAtFirst())
+                        m_before.add(begun, now.kind(begun));
+                    m_before.store();
+                });
+            m_session.saveSettings();
+        }
+        catch (const HostError& error)
+        {
+            CommandLine::complain(error.what());
+        }
+    }
+    RootsUntilScanned(const RootsUntilScanned&) = delete;
+    RootsUntilScanned& operator=(const RootsUntilScanned&) = delete;
+
+    void keep() { m_isKept = true; }
+
+private:
+    Session& m_session;
+    RootFolders m_before;
+    bool m_isKept = false;
+};
+
+void addScannedFolders(const CommandLine& line, Session& session, const ScanOptions& options)
+{
+    const bool hasRoots = session.kernel().run(
+        [&]
+        {
+            RootFolders roots;
+            for (const std::string& typed : options.folders)
+            {
+                const CString folder = fromSystemPath(host::existingFolder(typed));
+                const CString known = findHolder(roots, folder);
+                if (!known.IsEmpty() || !roots.add(folder, CQoPathInfo::audioIsMusic))
+                    continue;
+                line.note("new root folder " + host::shownPath(folder));
+            }
+            roots.store();
+            return !roots.folders().IsEmpty();
+        });
+    if (!hasRoots)
+        throw HostError(ExitCode::usage,
+                        "there is no folder to scan yet: name one, as in \"qo scan ~/Music\"");
+    session.saveSettings();
+}
+
+/// Without write times every file looks changed to the scan that follows, which reads it again and
+/// stores it with its own time. Should that scan not come to its end, the next one reads the rest.
+/// False if nothing was done.
+bool forgetWriteTimes(const CString& database, bool allowMissingRoot)
+{
+    // The scan itself says what is wrong with them.
+    if (!allowMissingRoot && !host::checkRoots(RootFolders().folders(), database).empty())
+        return false;
+    CSQLiteDB db(database);
+    db.Open();
+    db.Execute(u"UPDATE FILE_T SET FT_MODIF_TIME = 0 WHERE FT_COLL_ID = ''");
+    return true;
+}
+
+Session::LoadReport scanRoots(const CommandLine& line, Session& session, const ScanOptions& options)
+{
+    Session::LoadOptions load;
+    load.rescan = true;
+    load.isLast = true;
+    load.allowMissingRoot = options.allowMissingRoot;
+    std::unique_ptr<ScratchDatabase> trial; // a copy, which may be written to
+    if (line.dryRun)
+    {
+        trial = session.kernel().run([] { return makeTrial(); });
+        load.database = trial->path();
+    }
+    bool areForgotten = false;
+    if (options.deep)
+        session.kernel().run(
+            [&]
+            {
+                const CString database = trial ? trial->path() : Session::databasePath();
+                session.prepareDatabase(database);
+                areForgotten = forgetWriteTimes(database, options.allowMissingRoot);
+            });
+    try
+    {
+        return loadCollection(line, session, load);
+    }
+    catch (const HostError&)
+    {
+        if (areForgotten && !line.dryRun)
+            line.note("the next scan reads every file again");
+        throw;
+    }
+}
+
+/// How many files kept their record. Nothing while a root folder is away, since all in it would
+/// seem to have moved; the scan itself says so.
+int findMoved(CommandLine& line, Session& session, const ScanOptions& options)
+{
+    CStringArray newRoots;
+    const bool areThere = session.kernel().run(
+        [&]
+        {
+            const RootFolders roots;
+            for (const std::string& typed : options.folders)
+            {
+                const CString folder = fromSystemPath(host::existingFolder(typed));
+                if (findHolder(roots, folder).IsEmpty())
+                    newRoots.Add(folder);
+            }
+            return options.allowMissingRoot ||
+                   host::checkRoots(roots.folders(), Session::databasePath()).empty();
+        });
+    return areThere ? settleMoves(line, session, newRoots) : 0;
+}
+
+ExitCode scan(CommandLine& line, const ScanOptions& options)
+{
+    const auto session = openKernel(line, KernelUse::hold);
+    const int moved = options.findMoved ? findMoved(line, *session, options) : 0;
+    RootsUntilScanned roots(*session);
+    addScannedFolders(line, *session, options);
+    // Records stand below the new ones already.
+    if (moved > 0)
+        roots.keep();
+    const Session::LoadReport report = scanRoots(line, *session, options);
+    if (!line.dryRun)
+        roots.keep();
+    printScan(line, options, report, moved);
+    if (options.findMoved && !line.dryRun)
+        rememberHeads(line, *session);
+    return ExitCode::done;
+}
+
+/// Resident memory of this process, as the system counts it; 0 when it does not say.
+std::int64_t residentKiB()
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string text; std::getline(status, text);)
+    {
+        if (text.starts_with("VmRSS:"))
+            return std::strtoll(text.c_str() + 6, nullptr, 10);
+    }
+    return 0;
+}
+
+ExitCode load(CommandLine& line, bool withMemory)
+{
+    const auto session = openKernel(line, KernelUse::hold);
+    const std::int64_t before = residentKiB();
+    const Session::LoadReport report = loadCollection(line, *session, {});
+    const std::int64_t after = residentKiB();
+    const double perFile =
+        report.files > 0 ? static_cast<double>(after - before) / report.files : 0;
+    Json object;
+    object["files"] = report.files;
+    object["seconds"] = report.seconds;
+    object["scanned"] = report.walked;
+    std::string text = countText(report.files, "file") + " loaded in " +
+                       secondsText(report.seconds) + " s" +
+                       (report.walked ? ", after a look through root folders" : "");
+    if (withMemory)
+    {
+        object["residentKiB"] = after;
+        object["residentKiBPerFile"] = perFile;
+        text += "\n" + std::to_string(after) + " KiB resident, " + secondsText(perFile) +
+                " KiB more per file than empty";
+    }
+    line.out.line(line.json ? dump(object) : text);
+    return ExitCode::done;
+}
+} // namespace
+
+void addScanCommands(CommandLine& line)
+{
+    auto options = std::make_shared<ScanOptions>();
+    CLI::App* const scanApp =
+        line.addCommand(line.app,
+                        "scan",
+                        "Look through the root folders and take in what changed",
+                        [&line, options] { return scan(line, *options); });
+    addArguments(*scanApp, "DIR", options->folders, "Folders to add to the roots first");
+    scanApp->add_flag("--allow-missing-root",
+                      options->allowMissingRoot,
+                      "Go on when a root folder is away: its files leave the collection");
+    scanApp->add_flag("--deep", options->deep, "Read every file again, not only what changed");
+    scanApp->add_flag("--find-moved",
+                      options->findMoved,
+                      "First look for files that were moved, and offer to keep their records");
+
+    auto withMemory = std::make_shared<bool>(false);
+    CLI::App* const loadApp =
+        line.addCommand(line.app,
+                        "load",
+                        "Start from the database and say how long it took",
+                        [&line, withMemory] { return load(line, *withMemory); });
+    loadApp->add_flag("--memory", *withMemory, "Also show the memory that the collection takes");
+}
+} // namespace qo::cli

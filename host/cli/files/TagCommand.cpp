@@ -1,0 +1,340 @@
+#include "cli/CommandLine.h"
+#include "cli/Interrupt.h"
+#include "cli/KernelCommand.h"
+#include "cli/files/FileRecord.h"
+#include "cli/files/TagFields.h"
+#include "cli/shown/Text.h"
+#include "core/base/HostFiles.h"
+#include "core/collection/PendingTags.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <span>
+
+namespace qo::cli
+{
+namespace
+{
+using host::PendingTags;
+using host::ProgressReporter;
+using host::Session;
+
+struct TagOptions
+{
+    std::string file;
+    std::vector<std::string> words; ///< "field=value" or field names
+    bool all = false;
+};
+
+/// What the tag commands work with, on the kernel's thread.
+struct TagWork
+{
+    TagWork(CommandLine& commandLine, Session& openSession)
+        : line(commandLine), session(openSession), pending(Session::pendingTagsPath())
+    {
+        if (!pending.complaint().empty())
+            line.note(pending.complaint());
+    }
+
+    CommandLine& line;
+    Session& session;
+    PendingTags pending;
+};
+
+std::string allFieldNames()
+{
+    std::string names;
+    for (const std::string& name : PendingTags::fieldNames())
+        names += (names.empty() ? "" : ", ") + name;
+    return names;
+}
+
+void checkFieldName(const std::string& name)
+{
+    const auto& names = PendingTags::fieldNames();
+    if (std::find(names.begin(), names.end(), name) == names.end())
+        throw HostError(ExitCode::usage,
+                        "\"" + name + "\" is no field of a tag; there are " + allFieldNames());
+}
+
+/// The spelling of the file under which edits wait, or else the typed one.
+CString pathOf(const TagWork& work, const std::string& typed)
+{
+    const std::vector<CString> forms = spellings(typed);
+    for (const CString& form : forms)
+    {
+        if (!work.pending.fields(form).empty())
+            return form;
+    }
+    return forms.front();
+}
+
+void readTag(TagWork& work, const CString& path, CMusicTagEx& tag)
+{
+    const std::string shown = host::shownPath(path);
+    FileInfo info;
+    if (const int error = fileSystem().info(path, Spelling::exact, info))
+        throw HostError(error == ENOENT || error == ENOTDIR ? ExitCode::notFound : ExitCode::failed,
+                        shown + " cannot be read: " + host::errorWords(error));
+    if (info.kind != FileKind::regular)
+        throw HostError(ExitCode::failed, shown + " is no regular file");
+    if (!CMusicTagEx::fileSupportsTags(path))
+        throw HostError(ExitCode::failed, shown + " is no kind of file that has a tag");
+    work.session.failures().forget();
+    if (!tag.readTag(path))
+        throw HostError(ExitCode::failed,
+                        "the tag of " + shown +
+                            " cannot be read: " + work.session.failures().lastFailure());
+}
+
+void show(TagWork& work, const TagOptions& options)
+{
+    const CString path = pathOf(work, options.file);
+    CMusicTagEx tag;
+    readTag(work, path, tag);
+    applyEdits(tag, work.pending.fields(path));
+    if (!work.line.json)
+        return work.line.out.write(tagTable(tag));
+    Json object;
+    putPath(object, "path", path);
+    object["fields"] = tagJson(tag);
+    work.line.out.line(dump(object));
+}
+
+/// A picture is kept as the absolute path of a file that is there.
+std::string checkedValue(const std::string& name, const std::string& value)
+{
+    if (name != "picture")
+    {
+        if (!isUtf8(value))
+            throw HostError(ExitCode::usage, "the value of " + name + " is not UTF-8");
+        return value;
+    }
+    if (value.empty())
+        throw HostError(ExitCode::usage,
+                        "a picture can be replaced but not removed: name a picture file");
+    const std::string path = host::absolutePath(value);
+    FileInfo info;
+    const int error = fileSystem().info(fromSystemPath(path), Spelling::exact, info);
+    if (error != 0 || info.kind != FileKind::regular)
+        throw HostError(ExitCode::notFound,
+                        "the picture " + value + " cannot be read: " +
+                            (error ? host::errorWords(error) : "it is no regular file"));
+    if (!isUtf8(path))
+        throw HostError(ExitCode::usage, "the name of a picture must be UTF-8");
+    if (!KVTagLib::CTags().AddPicture(fromSystemPath(path)))
+        throw HostError(ExitCode::failed,
+                        "the picture " + value +
+                            " cannot be used: it must be readable, at most 32 MiB, and a JPEG, "
+                            "PNG, GIF, BMP or WebP picture");
+    return path;
+}
+
+void set(TagWork& work, const TagOptions& options)
+{
+    const CString path = pathOf(work, options.file);
+    CMusicTagEx tag;
+    readTag(work, path, tag);
+    for (const std::string& word : options.words)
+    {
+        const std::size_t equals = word.find('=');
+        if (equals == std::string::npos)
+            throw HostError(ExitCode::usage, "\"" + word + "\" is not of the form field=value");
+        const std::string name = word.substr(0, equals);
+        checkFieldName(name);
+        const std::string value = checkedValue(name, word.substr(equals + 1));
+        const auto& names = PendingTags::fieldNames();
+        const auto index =
+            static_cast<std::size_t>(std::find(names.begin(), names.end(), name) - names.begin());
+        std::string own;
+        fieldValue(tag, tagFields()[index], CTagAttribValue::SV_Original, own);
+        // The file's own value again is no edit.
+        if (own == value)
+            work.pending.drop(path, name);
+        else
+            work.pending.set(path, name, value);
+    }
+    if (!work.line.dryRun)
+        work.pending.save();
+    applyEdits(tag, work.pending.fields(path));
+    work.line.out.write(work.line.json ? dump(tagJson(tag)) + "\n" : tagTable(tag));
+}
+
+void revert(TagWork& work, const TagOptions& options)
+{
+    const CString path = pathOf(work, options.file);
+    bool any = options.words.empty() && work.pending.drop(path);
+    for (const std::string& name : options.words)
+    {
+        checkFieldName(name);
+        any = work.pending.drop(path, name) || any;
+    }
+    if (!any)
+        throw HostError(ExitCode::notFound, "nothing is edited there: " + host::shownPath(path));
+    if (!work.line.dryRun)
+        work.pending.save();
+    work.line.note((work.line.dryRun ? "would drop the edits of " : "dropped the edits of ") +
+                   host::shownPath(path));
+}
+
+void writeOne(TagWork& work, const CString& path, ProgressReporter& progress)
+{
+    CMusicTagEx tag;
+    readTag(work, path, tag);
+    applyEdits(tag, work.pending.fields(path));
+    const std::string shown = host::shownPath(path);
+    if (work.line.dryRun)
+    {
+        work.line.out.line(work.line.out.foreign(shown));
+        return work.line.out.write(tagTable(tag));
+    }
+    work.session.failures().forget();
+    if (!tag.writeTag(path))
+        throw HostError(progress.isCanceled() ? ExitCode::interrupted : ExitCode::failed,
+                        "the tag of " + shown + " was not written, the file is as it was: " +
+                            work.session.failures().lastFailure());
+    work.pending.drop(path);
+    work.pending.save();
+    work.line.note("written: " + shown);
+}
+
+std::vector<CString> pathsToWrite(const TagWork& work, const TagOptions& options)
+{
+    if (options.all)
+        return work.pending.paths();
+    if (options.file.empty())
+        throw HostError(ExitCode::usage, "name a file, or all of them with --all");
+    const CString path = pathOf(work, options.file);
+    if (work.pending.fields(path).empty())
+        throw HostError(ExitCode::notFound, "nothing is edited there: " + host::shownPath(path));
+    return {path};
+}
+
+/// Tells what an interruption left undone. Throws HostError.
+[[noreturn]] void
+stopWriting(const TagWork& work, std::span<const CString> left, std::size_t written)
+{
+    if (work.line.dryRun)
+        throw HostError(ExitCode::interrupted,
+                        "stopped: " + countText(static_cast<std::int64_t>(left.size()), "file") +
+                            " not shown; a dry run writes nothing");
+    for (const CString& path : left)
+        work.line.note("not written: " + host::shownPath(path));
+    throw HostError(ExitCode::interrupted,
+                    "stopped: " + countText(static_cast<std::int64_t>(written), "file") +
+                        " written, and what was not keeps its edits: \"qo tag write --all\" "
+                        "goes on");
+}
+
+ExitCode write(TagWork& work, const TagOptions& options)
+{
+    const std::vector<CString> paths = pathsToWrite(work, options);
+    if (options.all && !paths.empty() && !work.line.dryRun)
+        confirm(work.line,
+                "The tags of " + countText(static_cast<std::int64_t>(paths.size()), "file") +
+                    " will be written.");
+    ProgressReporter progress({});
+    const InterruptGuard guard(progress);
+    const KVTagLib::WriteStop stop([&progress] { return progress.isCanceled(); });
+    std::size_t failed = 0;
+    for (auto path = paths.begin(); path != paths.end(); ++path)
+    {
+        const std::size_t written = static_cast<std::size_t>(path - paths.begin()) - failed;
+        if (progress.isCanceled())
+            stopWriting(work, {path, paths.end()}, written);
+        try
+        {
+            writeOne(work, *path, progress);
+        }
+        catch (const HostError& error)
+        {
+            if (!options.all)
+                throw;
+            CommandLine::complain(error.what());
+            if (error.code() == ExitCode::interrupted)
+                stopWriting(work, {path, paths.end()}, written);
+            ++failed;
+        }
+    }
+    if (!work.line.dryRun && failed < paths.size())
+        work.line.note("\"qo scan\" takes the new values into the collection");
+    if (failed == 0)
+        return ExitCode::done;
+    return failed < paths.size() ? ExitCode::partly : ExitCode::failed;
+}
+
+/// Runs the function with the kernel started and the reasons of tag failures remembered.
+template <class Function>
+ExitCode withTags(CommandLine& line, KernelUse use, Function function)
+{
+    const auto session = openKernel(line, use);
+    session->failures().setWithDetails(true);
+    return session->kernel().run(
+        [&]
+        {
+            TagWork work(line, *session);
+            return function(work);
+        });
+}
+} // namespace
+
+void addTagCommands(CommandLine& line)
+{
+    CLI::App* const group =
+        line.addCommand(line.app, "tag", "Look at and edit the tags of a file", {});
+    group->require_subcommand(1);
+    auto options = std::make_shared<TagOptions>();
+    const auto addFile = [options](CLI::App* command)
+    { return addArgument(*command, "FILE", options->file, "A music file"); };
+
+    addFile(line.addCommand(*group,
+                            "show",
+                            "The file's values and the edited ones side by side",
+                            [&line, options]
+                            {
+                                return withTags(line,
+                                                KernelUse::look,
+                                                [&](TagWork& work)
+                                                { return show(work, *options), ExitCode::done; });
+                            }))
+        ->required();
+
+    CLI::App* const setApp = line.addCommand(
+        *group,
+        "set",
+        "Edit values; they wait until \"write\"",
+        [&line, options]
+        {
+            return withTags(line,
+                            KernelUse::hold,
+                            [&](TagWork& work) { return set(work, *options), ExitCode::done; });
+        });
+    addFile(setApp)->required();
+    addArguments(*setApp, "FIELD=VALUE", options->words, "Fields: " + allFieldNames())->required();
+
+    CLI::App* const revertApp = line.addCommand(
+        *group,
+        "revert",
+        "Drop edits that were not written",
+        [&line, options]
+        {
+            return withTags(line,
+                            KernelUse::hold,
+                            [&](TagWork& work) { return revert(work, *options), ExitCode::done; });
+        });
+    addFile(revertApp)->required();
+    addArguments(*revertApp, "FIELD", options->words, "Only these fields");
+
+    CLI::App* const writeApp =
+        line.addCommand(*group,
+                        "write",
+                        "Write the edits into the file",
+                        [&line, options] {
+                            return withTags(line,
+                                            KernelUse::hold,
+                                            [&](TagWork& work) { return write(work, *options); });
+                        });
+    addFile(writeApp);
+    writeApp->add_flag("--all", options->all, "Every file with edits");
+}
+} // namespace qo::cli

@@ -1,0 +1,173 @@
+#include "cli/music/MusicCommand.h"
+#include "cli/shown/Text.h"
+
+#include <QoKernel/Collection.h>
+
+#include <algorithm>
+#include <map>
+#include <unordered_map>
+
+namespace qo::cli
+{
+namespace
+{
+struct AlbumRow
+{
+    std::vector<boost::shared_ptr<CLTAlbum>> albums; ///< several only when something is unnamed
+    const CLTObject* artist = nullptr;
+    MusicSum sum;
+
+    CString name() const { return nameOf(albums.front().get()); }
+};
+
+std::u16string folded(CString name)
+{
+    name.MakeLower();
+    return std::u16string(name.view());
+}
+
+/// The collection keeps apart what has no album or no artist, track by track. People take tracks of
+/// one album name for one album, even if nobody says by whom.
+class AlbumRows
+{
+public:
+    void add(const CLTTrack& track)
+    {
+        const boost::shared_ptr<CLTAlbum>& album = track.getAlbum();
+        if (!album)
+            return;
+        const auto [at, isNew] = m_indexes.emplace(album.get(), m_rows.size());
+        if (isNew)
+            at->second = rowFor(album);
+        m_rows[at->second].sum.add(track);
+    }
+    std::vector<AlbumRow> sorted()
+    {
+        std::stable_sort(m_rows.begin(), m_rows.end(), comesBefore);
+        return std::move(m_rows);
+    }
+
+private:
+    using Names = std::pair<std::u16string, std::u16string>;
+
+    std::size_t rowFor(const boost::shared_ptr<CLTAlbum>& album)
+    {
+        const CLTObject* const artist = album->getArtist().get();
+        std::size_t index = m_rows.size();
+        if (isUnnamed(artist) || isUnnamed(album.get()))
+            index =
+                m_unnamed.emplace(Names(folded(nameOf(artist)), folded(nameOf(album.get()))), index)
+                    .first->second;
+        if (index == m_rows.size())
+            m_rows.push_back({{}, artist, {}});
+        m_rows[index].albums.push_back(album);
+        return index;
+    }
+
+    static bool comesBefore(const AlbumRow& a, const AlbumRow& b)
+    {
+        if (a.artist != b.artist)
+        {
+            const int order = CLTManager::compareLTNames(nameOf(a.artist), nameOf(b.artist));
+            if (order != 0)
+                return order < 0;
+        }
+        return CLTManager::compareLTNames(a.name(), b.name()) < 0;
+    }
+
+    std::vector<AlbumRow> m_rows;
+    std::unordered_map<const CLTAlbum*, std::size_t> m_indexes;
+    std::map<Names, std::size_t> m_unnamed;
+};
+
+/// The pictures of albums. The collection hangs on an album only those that come behind one of its
+/// tracks in path order; the names in the others' records tell as much.
+class Covers
+{
+public:
+    CString coverOf(const AlbumRow& row)
+    {
+        CString cover;
+        for (std::size_t i = 0; i < row.albums.size() && cover.IsEmpty(); ++i)
+            cover = CQoUtils::getAlbumCoverPath(row.albums[i]);
+        if (!cover.IsEmpty() || row.name().IsEmpty())
+            return cover;
+        const auto found = pictures().find(keyOf(nameOf(row.artist), row.name()));
+        if (found != pictures().end() && fileSystem().exists(CQoUtils::getRealPath(found->second)))
+            cover = found->second;
+        return cover;
+    }
+
+private:
+    static std::u16string keyOf(const CString& artist, const CString& album)
+    {
+        return folded(artist) + u'\0' + folded(album);
+    }
+
+    const std::unordered_map<std::u16string, CString>& pictures()
+    {
+        if (m_isFilled)
+            return m_pictures;
+        m_isFilled = true;
+        QoFileDbItemArray records;
+        CQoCollection::m_ownCollection.copyFiles(records);
+        for (const QoFileDbItemPtr& item : records)
+        {
+            const int dot = item->path.ReverseFind(u'.');
+            if (!item->album.IsEmpty() && CQoUtils::isPictureFile(item->path.Mid(dot + 1)))
+                m_pictures.emplace(keyOf(item->artist, item->album), item->path);
+        }
+        return m_pictures;
+    }
+
+    bool m_isFilled = false;
+    std::unordered_map<std::u16string, CString> m_pictures;
+};
+
+void addRow(CommandLine& line, Listing& listing, const AlbumRow& row, const CString& cover)
+{
+    if (listing.isForPeople())
+        return listing.addCells({line.out.foreign(displayName(row.artist)),
+                                 line.out.foreign(displayName(row.albums.front().get())),
+                                 row.sum.years(),
+                                 countText(row.sum.tracks, "track"),
+                                 durationText(row.sum.duration),
+                                 cover.IsEmpty() ? "" : "cover"});
+    Json record;
+    record["artist"] = toUtf8(nameOf(row.artist));
+    record["album"] = toUtf8(row.name());
+    putYears(record, row.sum);
+    record["tracks"] = row.sum.tracks;
+    record["duration"] = row.sum.duration;
+    putPath(record, "cover", cover);
+    listing.addRecord(record);
+}
+
+void listAlbums(CommandLine& line, const MusicOptions& options)
+{
+    AlbumRows rows;
+    for (const CLTTrack* track : options.filter.tracks())
+        rows.add(*track);
+    Listing listing(line,
+                    options.isLong,
+                    {"artist", "album", "yearFrom", "yearTo", "tracks", "duration", "cover"},
+                    {{30}, {40}, {}, {0, true}, {0, true}, {}});
+    Covers covers;
+    for (const AlbumRow& row : rows.sorted())
+    {
+        if (listing.isClosed())
+            return;
+        addRow(line, listing, row, covers.coverOf(row));
+    }
+    listing.finish();
+}
+} // namespace
+
+void addAlbumCommand(CommandLine& line)
+{
+    addMusicCommand(line,
+                    "albums",
+                    "List the albums with their years and tracks",
+                    [&line](const MusicOptions& options) { listAlbums(line, options); });
+}
+} // namespace qo::cli

@@ -1,0 +1,133 @@
+#include "cli/music/MusicCommand.h"
+#include "cli/shown/Text.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace qo::cli
+{
+namespace
+{
+constexpr std::size_t nameWidth = 40;
+
+/// An artist or a genre with what its tracks come to.
+struct Group
+{
+    const CLTObject* object = nullptr; ///< null: all that have no name
+    MusicSum sum;
+    std::unordered_set<const CLTObject*> others; ///< albums of the artist, artists of the genre
+};
+
+/// By name. Unnamed ones make one group: there is nothing to tell them apart by.
+template <class GetObject, class GetOther>
+std::vector<Group>
+groupsOf(const std::vector<const CLTTrack*>& tracks, GetObject getObject, GetOther getOther)
+{
+    std::vector<Group> groups;
+    std::unordered_map<const CLTObject*, std::size_t> indexes;
+    for (const CLTTrack* track : tracks)
+    {
+        const CLTObject* const object = getObject(*track);
+        const CLTObject* const key = isUnnamed(object) ? nullptr : object;
+        const auto [at, isNew] = indexes.emplace(key, groups.size());
+        if (isNew)
+            groups.push_back({key, {}, {}});
+        Group& group = groups[at->second];
+        group.sum.add(*track);
+        if (const CLTObject* const other = getOther(*track); !isUnnamed(other))
+            group.others.insert(other);
+    }
+    std::stable_sort(groups.begin(),
+                     groups.end(),
+                     [](const Group& a, const Group& b) {
+                         return CLTManager::compareLTNames(nameOf(a.object), nameOf(b.object)) < 0;
+                     });
+    return groups;
+}
+
+const CLTObject* artistOf(const CLTTrack& track)
+{
+    return track.getArtist().get();
+}
+
+void listArtists(CommandLine& line, const MusicOptions& options)
+{
+    const auto groups = groupsOf(options.filter.tracks(),
+                                 artistOf,
+                                 [](const CLTTrack& track) { return track.getAlbum().get(); });
+    Listing listing(line,
+                    options.isLong,
+                    {"name", "albums", "tracks", "duration", "yearFrom", "yearTo"},
+                    {{nameWidth}, {0, true}, {0, true}, {0, true}, {}});
+    for (const Group& group : groups)
+    {
+        if (listing.isClosed())
+            return;
+        const auto albums = static_cast<std::int64_t>(group.others.size());
+        if (listing.isForPeople())
+        {
+            listing.addCells({line.out.foreign(displayName(group.object)),
+                              countText(albums, "album"),
+                              countText(group.sum.tracks, "track"),
+                              durationText(group.sum.duration),
+                              group.sum.years()});
+            continue;
+        }
+        Json record;
+        record["name"] = toUtf8(nameOf(group.object));
+        record["albums"] = albums;
+        record["tracks"] = group.sum.tracks;
+        record["duration"] = group.sum.duration;
+        putYears(record, group.sum);
+        listing.addRecord(record);
+    }
+    listing.finish();
+}
+
+void listGenres(CommandLine& line, const MusicOptions& options)
+{
+    const auto groups = groupsOf(
+        options.filter.tracks(),
+        [](const CLTTrack& track) -> const CLTObject* { return track.getGenre().get(); },
+        artistOf);
+    Listing listing(line,
+                    options.isLong,
+                    {"name", "tracks", "artists", "duration"},
+                    {{nameWidth}, {0, true}, {0, true}, {0, true}});
+    for (const Group& group : groups)
+    {
+        if (listing.isClosed())
+            return;
+        const auto artists = static_cast<std::int64_t>(group.others.size());
+        if (listing.isForPeople())
+        {
+            listing.addCells({line.out.foreign(displayName(group.object)),
+                              countText(group.sum.tracks, "track"),
+                              countText(artists, "artist"),
+                              durationText(group.sum.duration)});
+            continue;
+        }
+        Json record;
+        record["name"] = toUtf8(nameOf(group.object));
+        record["tracks"] = group.sum.tracks;
+        record["artists"] = artists;
+        record["duration"] = group.sum.duration;
+        listing.addRecord(record);
+    }
+    listing.finish();
+}
+} // namespace
+
+void addArtistCommands(CommandLine& line)
+{
+    addMusicCommand(line,
+                    "artists",
+                    "List the artists with their albums, tracks and years",
+                    [&line](const MusicOptions& options) { listArtists(line, options); });
+    addMusicCommand(line,
+                    "genres",
+                    "List the genres with their tracks and artists",
+                    [&line](const MusicOptions& options) { listGenres(line, options); });
+}
+} // namespace qo::cli

@@ -1,0 +1,186 @@
+#include "cli/CommandLine.h"
+#include "cli/Interrupt.h"
+#include "cli/KernelCommand.h"
+#include "cli/files/FileRecord.h"
+#include "cli/music/MusicFilter.h"
+#include "cli/shown/ProgressDisplay.h"
+#include "cli/shown/Text.h"
+#include "core/base/HostFiles.h"
+#include "core/moved/HeadStore.h"
+#include "core/moved/MovedFiles.h"
+
+#include <QoKernel/Physical.h>
+
+#include <algorithm>
+#include <map>
+
+namespace qo::cli
+{
+namespace
+{
+struct DuplicatesOptions
+{
+    bool tracks = false; ///< with both false: both
+    bool files = false;
+};
+
+constexpr std::string_view trackKind = "track";
+constexpr std::string_view fileKind = "file";
+
+struct Group
+{
+    std::string_view kind;
+    std::string name;
+    std::vector<QoFileDbItemPtr> files;
+};
+
+std::string nameOfTrack(const CLTTrack& track)
+{
+    return displayName(track.getArtist().get()) + " - " + displayName(&track) +
+           (isUnnamed(track.getAlbum().get()) ? ""
+                                              : " (" + displayName(track.getAlbum().get()) + ")");
+}
+
+/// Equal tracks are neighbours. The comparison is no equivalence, since a missing number equals all
+/// others, so each member has to equal the one ahead of it.
+std::vector<Group> equalTracks()
+{
+    std::vector<Group> groups;
+    boost::shared_ptr<CLTTrack> previous;
+    bool isOpen = false;
+    const auto addFiles = [&groups](const CLTTrack& track)
+    {
+        for (const auto& file : track.getMusicFiles())
+            groups.back().files.push_back(file->getDbItem());
+    };
+    for (const auto& track : CLTManager::getTracks())
+    {
+        if (track->getMusicFiles().IsEmpty())
+            continue;
+        const bool isEqual = previous && CLTManager::compareLTTracks(previous, track) == 0;
+        if (isEqual && !isOpen)
+        {
+            groups.push_back({trackKind, nameOfTrack(*previous), {}});
+            addFiles(*previous);
+        }
+        if (isEqual)
+            addFiles(*track);
+        isOpen = isEqual;
+        previous = track;
+    }
+    return groups;
+}
+
+/// The records that share their size with another.
+QoFileDbItemArray sameSize()
+{
+    QoFileDbItemArray all;
+    CQoCollection::m_ownCollection.copyFiles(all);
+    std::map<std::int64_t, int> counts;
+    for (const QoFileDbItemPtr& item : all)
+        ++counts[item->size];
+    QoFileDbItemArray found;
+    for (const QoFileDbItemPtr& item : all)
+    {
+        if (item->size > 0 && counts[item->size] > 1)
+            found.Add(item);
+    }
+    return found;
+}
+
+std::vector<Group> equalFiles(const CommandLine& line)
+{
+    const QoFileDbItemArray candidates = sameSize();
+    host::HeadStore heads(host::headsPath());
+    {
+        ProgressDisplay display(line.quiet);
+        host::ProgressReporter progress([&display](const host::ProgressEvent& event)
+                                        { display.show(event); });
+        const InterruptGuard guard(progress);
+        // Not saved: it knows of these files alone.
+        if (!heads.update(candidates, progress))
+            throw HostError(ExitCode::interrupted, "interrupted; nothing was changed");
+    }
+    std::map<std::pair<std::int64_t, std::uint64_t>, std::vector<QoFileDbItemPtr>> byHead;
+    for (const QoFileDbItemPtr& item : candidates)
+    {
+        if (const auto head = heads.headOf(*item))
+            byHead[{item->size, *head}].push_back(item);
+    }
+    std::vector<Group> groups;
+    for (auto& [key, files] : byHead)
+    {
+        if (files.size() > 1)
+            groups.push_back({fileKind, sizeText(key.first), std::move(files)});
+    }
+    std::sort(groups.begin(),
+              groups.end(),
+              [](const Group& a, const Group& b)
+              { return CQoUtils::comparePaths(a.files[0]->path, b.files[0]->path) < 0; });
+    return groups;
+}
+
+void print(CommandLine& line, const Group& group)
+{
+    if (line.json)
+    {
+        Json object;
+        object["kind"] = group.kind;
+        object["name"] = group.name;
+        object["files"] = Json::array();
+        for (const QoFileDbItemPtr& item : group.files)
+            object["files"].push_back(recordJson(*item));
+        return line.out.line(dump(object));
+    }
+    line.out.line((group.kind == trackKind ? "same track: " : "same size and beginning: ") +
+                  line.out.foreign(group.name));
+    for (const QoFileDbItemPtr& item : group.files)
+    {
+        const std::string bitrate =
+            item->bitrate > 0 ? std::to_string(item->bitrate) + " kbit/s" : "";
+        line.out.line("  " + padded(sizeText(item->size), 10) + "  " + padded(bitrate, 11) + "  " +
+                      line.out.foreign(host::shownPath(item->path)));
+    }
+}
+
+ExitCode listDuplicates(CommandLine& line, const DuplicatesOptions& options)
+{
+    const auto session = openKernel(line, KernelUse::hold);
+    loadForReading(line, *session);
+    const bool both = options.tracks == options.files;
+    session->kernel().run(
+        [&]
+        {
+            std::vector<Group> groups;
+            if (both || options.tracks)
+                groups = equalTracks();
+            if (both || options.files)
+            {
+                for (Group& group : equalFiles(line))
+                    groups.push_back(std::move(group));
+            }
+            for (const Group& group : groups)
+            {
+                if (line.out.isClosed())
+                    return;
+                print(line, group);
+            }
+            if (groups.empty())
+                line.note("nothing is there twice");
+        });
+    return ExitCode::done;
+}
+} // namespace
+
+void addDuplicatesCommand(CommandLine& line)
+{
+    auto options = std::make_shared<DuplicatesOptions>();
+    CLI::App* const command =
+        line.addCommand(line.app,
+                        "dup",
+                        "List equal tracks, and files of one size that begin alike",
+                        [&line, options] { return listDuplicates(line, *options); });
+    command->add_flag("--tracks", options->tracks, "Only equal tracks");
+    command->add_flag("--files", options->files, "Only files that begin alike");
+}
+} // namespace qo::cli

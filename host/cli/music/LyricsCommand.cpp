@@ -1,0 +1,174 @@
+#include "cli/CommandLine.h"
+#include "cli/KernelCommand.h"
+#include "cli/files/FileRecord.h"
+#include "cli/files/FoundFiles.h"
+#include "cli/music/LyricsText.h"
+#include "core/base/HostFiles.h"
+
+#include <QoKernel/Analysis.h>
+#include <QoKernel/Logical.h>
+#include <QoKernel/Physical.h>
+#include <QoKernel/Tags.h>
+
+#include <algorithm>
+
+namespace qo::cli
+{
+namespace
+{
+using host::Session;
+
+/// The words of a song and where they stand.
+struct Lyrics
+{
+    const char* source;
+    std::string path;
+    CString text;
+};
+
+class LyricsOfTrack
+{
+public:
+    explicit LyricsOfTrack(const QoFileDbItemPtr& record) : m_record(record) {}
+
+    /// Each text once: a record has its lyrics from the tag as a rule.
+    std::vector<Lyrics> find()
+    {
+        addFromTag();
+        addFromRecord();
+        const auto file = CQoCollection::m_ownCollection.getFileByPath(m_record->path);
+        if (file && file->getFileType() == CHDFile::FT_Text)
+            addFile(*file);
+        if (const auto music = boost::dynamic_pointer_cast<CHDMusicFile>(file))
+            addFromTree(music);
+        return std::move(m_found);
+    }
+    /// Sentences about what could not be read.
+    const std::vector<std::string>& problems() const { return m_problems; }
+
+private:
+    void add(const char* source, const CString& path, const CString& text)
+    {
+        const bool isKnown = std::any_of(
+            m_found.begin(), m_found.end(), [&](const Lyrics& each) { return each.text == text; });
+        if (!text.IsEmpty() && !isKnown)
+            m_found.push_back({source, host::shownPath(path), text});
+    }
+
+    void addFromTag()
+    {
+        CMusicTagEx tag;
+        if (CMusicTagEx::fileSupportsTags(m_record->path) && tag.readTag(m_record->path))
+            add("tag", m_record->path, tag.getLyrics());
+    }
+    void addFromRecord()
+    {
+        QoFileDbItemArray records;
+        records.Add(m_record);
+        CQoCollDb(Session::databasePath()).getLyrics(records);
+        add("collection", m_record->path, m_record->lyrics);
+    }
+    void addFromTree(const boost::shared_ptr<CHDMusicFile>& music)
+    {
+        const auto track = music->getTrack();
+        if (track)
+            addFiles(track->getLyrics());
+        addFromFolder(music);
+        // What an album has as a whole is better than nothing.
+        if (!track || !track->getAlbum() || !m_found.empty())
+            return;
+        for (const auto& lyrics : track->getAlbum()->getLyrics())
+        {
+            for (const auto& text : lyrics->getFiles())
+            {
+                if (!isOfOneTrack(text))
+                    addFile(*text);
+            }
+        }
+    }
+    /// Texts that are named for the track.
+    void addFromFolder(const boost::shared_ptr<CHDMusicFile>& music)
+    {
+        const auto& dir = music->getParentDir();
+        if (!dir)
+            return;
+        for (const Placement& placement : explainPlacements(dir))
+        {
+            if (placement.musicFile == music && placement.file->getFileType() == CHDFile::FT_Text)
+                addFile(*placement.file);
+        }
+    }
+    static bool isOfOneTrack(const boost::shared_ptr<CHDTextFile>& text)
+    {
+        const auto& dir = text->getParentDir();
+        return dir && explainPlacement(text, dir).musicFile;
+    }
+    void addFiles(const boost::shared_ptr<CLTLyrics>& lyrics)
+    {
+        if (!lyrics)
+            return;
+        for (const auto& file : lyrics->getFiles())
+            addFile(*file);
+    }
+    void addFile(const CHDFile& file)
+    {
+        CString text;
+        const std::string problem = readLyricsFile(file.getPath(), text);
+        if (!problem.empty())
+            m_problems.push_back(host::shownPath(file.getPath()) + " " + problem);
+        add("file", file.getPath(), text);
+    }
+
+    QoFileDbItemPtr m_record;
+    std::vector<Lyrics> m_found;
+    std::vector<std::string> m_problems;
+};
+
+void print(CommandLine& line, const Lyrics& lyrics, bool withHeading)
+{
+    if (line.json)
+    {
+        Json object;
+        object["source"] = lyrics.source;
+        putPath(object, "path", lyrics.path);
+        object["lyrics"] = toUtf8(lyrics.text);
+        return line.out.line(dump(object));
+    }
+    if (withHeading)
+        line.out.line(std::string("--- ") + lyrics.source + ": " + line.out.foreign(lyrics.path));
+    line.out.line(shownLyrics(lyrics.text, line.out.isTerminal()));
+}
+
+void printLyrics(CommandLine& line, const std::string& typed)
+{
+    const FoundFiles found(typed);
+    if (found.files().GetSize() != 1 || found.files()[0]->path != found.path())
+        throw HostError(ExitCode::usage, typed + " is a folder; name one file of it");
+    LyricsOfTrack lyrics(found.files()[0]);
+    const std::vector<Lyrics> all = lyrics.find();
+    for (const std::string& problem : lyrics.problems())
+        line.note(problem);
+    if (all.empty())
+        throw HostError(ExitCode::notFound, "there are no lyrics for " + typed);
+    for (const Lyrics& each : all)
+        print(line, each, all.size() > 1);
+}
+} // namespace
+
+void addLyricsCommand(CommandLine& line)
+{
+    auto file = std::make_shared<std::string>();
+    CLI::App* const command =
+        line.addCommand(line.app,
+                        "lyrics",
+                        "Show the lyrics of a track: its tag's and those of texts beside it",
+                        [&line, file]
+                        {
+                            const auto session = openKernel(line, KernelUse::hold);
+                            loadForReading(line, *session);
+                            session->kernel().run([&] { printLyrics(line, *file); });
+                            return ExitCode::done;
+                        });
+    addArgument(*command, "FILE", *file, "A file of the collection")->required();
+}
+} // namespace qo::cli

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "cli/CommandLine.h"
+#include "cli/music/MusicFilter.h"
+#include "cli/shown/Listing.h"
+
+#include <functional>
+#include <memory>
+
+namespace qo::cli
+{
+/// What the commands that show the music as music have in common.
+struct MusicOptions
+{
+    MusicFilter filter;
+    bool isLong = false;
+};
+
+/// A command with the options of the filter and --long. run is called on the kernel's thread with
+/// the collection loaded.
+void addMusicCommand(CommandLine& line,
+                     const std::string& name,
+                     const std::string& description,
+                     std::function<void(const MusicOptions&)> run);
+
+/// The sum's years for a record: "yearFrom" and "yearTo", null when no track tells.
+void putYears(Json& record, const MusicSum& sum);
+} // namespace qo::cli

@@ -1,0 +1,93 @@
+#include "cli/music/MusicCommand.h"
+#include "cli/shown/Text.h"
+#include "core/base/HostFiles.h"
+
+#include <QoKernel/Collection.h>
+#include <QoKernel/Physical.h>
+
+#include <algorithm>
+
+namespace qo::cli
+{
+namespace
+{
+int compareNames(const CLTObject* a, const CLTObject* b)
+{
+    return a == b ? 0 : CLTManager::compareLTNames(nameOf(a), nameOf(b));
+}
+
+/// As the tracks of an album stand on it. Not by the collection's comparison of numbers, for which
+/// a missing one equals all others.
+bool comesBefore(const CLTTrack* a, const CLTTrack* b)
+{
+    if (const int order = compareNames(a->getArtist().get(), b->getArtist().get()))
+        return order < 0;
+    if (const int order = compareNames(a->getAlbum().get(), b->getAlbum().get()))
+        return order < 0;
+    const int numberA = textToInt(a->getTrackNumber().view());
+    const int numberB = textToInt(b->getTrackNumber().view());
+    if (numberA != numberB)
+        return numberA < numberB;
+    if (const int order = compareNames(a, b))
+        return order < 0;
+    return CQoUtils::comparePaths(a->getMusicFiles()[0]->getPath(),
+                                  b->getMusicFiles()[0]->getPath()) < 0;
+}
+
+void addRow(CommandLine& line, Listing& listing, const CLTTrack& track, const CHDMusicFile& file)
+{
+    const int duration = file.getDbItem()->duration;
+    const std::string path = host::shownPath(file.getPath());
+    const auto shown = [&line](const CLTObject* object)
+    { return line.out.foreign(displayName(object)); };
+    if (listing.isForPeople())
+        return listing.addCells(
+            {line.out.foreign(oneLine(track.getTrackNumber())),
+             shown(&track),
+             shown(track.getArtist().get()),
+             shown(track.getAlbum().get()),
+             line.out.foreign(oneLine(track.getYear())),
+             isUnnamed(track.getGenre().get()) ? "" : shown(track.getGenre().get()),
+             duration > 0 ? durationText(duration) : "",
+             line.out.foreign(path)});
+    Json record;
+    record["track"] = toUtf8(track.getTrackNumber());
+    record["title"] = toUtf8(track.getName());
+    record["artist"] = toUtf8(nameOf(track.getArtist().get()));
+    record["album"] = toUtf8(nameOf(track.getAlbum().get()));
+    record["year"] = toUtf8(track.getYear());
+    record["genre"] = toUtf8(nameOf(track.getGenre().get()));
+    record["duration"] = duration;
+    putPath(record, "path", path);
+    listing.addRecord(record, path);
+}
+
+void listTracks(CommandLine& line, const MusicOptions& options)
+{
+    std::vector<const CLTTrack*> tracks = options.filter.tracks();
+    std::stable_sort(tracks.begin(), tracks.end(), comesBefore);
+    Listing listing(line,
+                    options.isLong,
+                    {"track", "title", "artist", "album", "year", "genre", "duration", "path"},
+                    {{8, true}, {40}, {30}, {30}, {10}, {16}, {0, true}, {}});
+    for (const CLTTrack* track : tracks)
+    {
+        for (const auto& file : track->getMusicFiles())
+        {
+            if (listing.isClosed())
+                return;
+            addRow(line, listing, *track, *file);
+        }
+    }
+    listing.finish();
+}
+} // namespace
+
+void addTrackCommand(CommandLine& line)
+{
+    addMusicCommand(line,
+                    "tracks",
+                    "List the tracks, album by album",
+                    [&line](const MusicOptions& options) { listTracks(line, options); });
+}
+} // namespace qo::cli

@@ -1,0 +1,120 @@
+#include "cli/rules/ReorgCommand.h"
+
+#include "cli/rules/PlanListing.h"
+#include "cli/rules/PlanSelection.h"
+#include "core/base/HostFiles.h"
+#include "core/rules/RuleStore.h"
+#include "core/runs/Reorganizer.h"
+
+namespace qo::cli
+{
+namespace
+{
+using host::PlannedFile;
+using host::ReorganizePlan;
+using host::Session;
+
+struct PlanOptions
+{
+    std::string rule;   ///< "" for the only one
+    std::string target; ///< "" for the root folder of each file
+    std::string output; ///< "" for no copy
+    PlanSelection selection;
+    bool all = false;
+};
+
+CString ruleOf(const host::RuleStore& store, const std::string& typed)
+{
+    if (!typed.empty())
+        return store.find(typed);
+    CString id = store.onlyOwn();
+    if (id.IsEmpty())
+        throw HostError(ExitCode::usage, "name a rule with --rule; there are " + store.listText());
+    return id;
+}
+
+/// The spelling that lies in a root folder.
+CString targetOf(const std::string& typed)
+{
+    if (typed.empty())
+        return {};
+    const std::vector<CString> forms = spellings(typed);
+    for (const CString& form : forms)
+    {
+        if (CQoCollection::m_ownCollection.getRootDir(CQoCollPath(form)))
+            return form;
+    }
+    return forms.front();
+}
+
+ReorganizePlan makePlan(const CommandLine& line,
+                        Session& session,
+                        const PlanOptions& options,
+                        host::ProgressReporter& progress)
+{
+    const host::RuleStore store;
+    const CString rule = ruleOf(store, options.rule);
+    const CString target = targetOf(options.target);
+    const QoFileDbItemArray records = options.selection.records();
+    if (line.dryRun)
+        return host::PlanBuilder::build({rule, target, {}}, records, progress);
+    return host::Reorganizer(session).makePlan(rule, target, records, progress);
+}
+
+void checkOutput(const CommandLine& line, const std::string& path)
+{
+    if (!path.empty() && !line.dryRun && fileSystem().exists(fromSystemPath(path)))
+        confirm(line, "The file " + path + " will be replaced.");
+}
+
+ExitCode plan(CommandLine& line, const PlanOptions& options)
+{
+    const std::string output =
+        options.output.empty() ? std::string() : host::absolutePath(options.output);
+    checkOutput(line, output);
+    const auto session = openKernel(line, KernelUse::hold);
+    loadForReading(line, *session);
+    const ReorganizePlan made = runShown(line,
+                                         *session,
+                                         [&](host::ProgressReporter& progress)
+                                         { return makePlan(line, *session, options, progress); });
+    listPlan(line, made, options.all);
+    if (!output.empty() && !line.dryRun)
+        made.write(output);
+    std::string sentence = planSummary(made);
+    if (!line.dryRun && made.count(PlannedFile::Verdict::move) > 0)
+        sentence += "; plan " + made.id + ": \"qo reorg apply --last\" carries it out";
+    line.note(sentence);
+    return made.count(PlannedFile::Verdict::refused) > 0 ? ExitCode::partly : ExitCode::done;
+}
+} // namespace
+
+void addReorgCommands(CommandLine& line)
+{
+    CLI::App* const group = line.addCommand(
+        line.app, "reorg", "Sort and name the files of the collection by a rule", {});
+    group->require_subcommand(1);
+    auto options = std::make_shared<PlanOptions>();
+    CLI::App* const command =
+        line.addCommand(*group,
+                        "plan",
+                        "Show what would move where and why, and keep it as a plan; exit code 6 "
+                        "when something cannot move",
+                        [&line, options] { return plan(line, *options); });
+    PlanSelection& selection = options->selection;
+    addArgument(*command, "--rule", options->rule, "The rule; may be left out when you have one")
+        ->type_name("RULE");
+    addArgument(*command, "--root", selection.root, "Only files below this folder")
+        ->type_name("DIR");
+    addArgument(*command, "--to", options->target, "Sort into this folder of the collection")
+        ->type_name("DIR");
+    addOptional(*command, "--artist", selection.filter.artist, "Only music of this artist");
+    addOptional(*command, "--album", selection.filter.album, "Only albums of this name");
+    addOptional(*command, "--genre", selection.filter.genre, "Only music of this genre");
+    addArgument(*command, "--output", options->output, "Write a copy of the plan to this file")
+        ->type_name("FILE");
+    command->add_flag("--all", options->all, "Show the files that stay, too");
+    addArguments(*command, "PATH", selection.paths, "Only these files and folders");
+    addReorgRunCommands(line, *group);
+}
+} // namespace qo::cli

@@ -1,0 +1,315 @@
+#include "cli/files/FileRecord.h"
+#include "cli/rules/PlanListing.h"
+#include "cli/rules/ReorgCommand.h"
+#include "cli/shown/Listing.h"
+#include "cli/shown/Text.h"
+#include "core/base/HostFiles.h"
+#include "core/plan/PlanRecheck.h"
+#include "core/runs/Reorganizer.h"
+
+#include <algorithm>
+
+namespace qo::cli
+{
+namespace
+{
+using host::MoveRun;
+using host::PlannedFile;
+using host::ReorganizePlan;
+using host::Reorganizer;
+using Run = Reorganizer::Run;
+
+struct RunOptions
+{
+    std::string plan; ///< an id or a file; "" with last
+    bool last = false;
+    bool isLong = false;
+};
+
+bool looksLikeId(const std::string& text)
+{
+    return !text.empty() && text.find_first_not_of("0123456789-") == std::string::npos;
+}
+
+/// An id of "" when there is no such run.
+Run findRun(const std::string& id)
+{
+    for (const Run& run : Reorganizer::runs())
+    {
+        if (run.id == id)
+            return run;
+    }
+    return {};
+}
+
+ReorganizePlan findPlan(const RunOptions& options)
+{
+    if (options.last == !options.plan.empty())
+        throw HostError(ExitCode::usage, "name a plan, or take the youngest with --last");
+    const std::string id = options.last ? Reorganizer::lastPlan() : options.plan;
+    return ReorganizePlan::read(looksLikeId(id) ? Reorganizer::planPath(id)
+                                                : host::absolutePath(id));
+}
+
+/// What a run came to.
+class RunReport
+{
+public:
+    /// The deed in words, and what its user can do when it was stopped.
+    RunReport(CommandLine& line, std::string deed, std::string hint)
+        : m_line(line), m_deed(std::move(deed)), m_hint(std::move(hint))
+    {
+    }
+
+    /// record gets the numbers. Throws HostError when the run was stopped.
+    ExitCode put(const MoveRun::Report& report, Json record) const
+    {
+        for (const MoveRun::Failure& failure : report.failures)
+            putFailure(failure);
+        if (m_line.json)
+        {
+            record["moved"] = report.moved;
+            record["failed"] = report.failures.size();
+            record["finished"] = report.isFinished;
+            m_line.out.line(dump(record));
+        }
+        m_line.out.flush();
+        for (const std::string& sentence : report.notes)
+            m_line.note(sentence);
+        const std::string sum =
+            countText(static_cast<std::int64_t>(report.moved), "file") + " " + m_deed;
+        if (!report.isFinished)
+            throw HostError(wasInterrupted() ? ExitCode::interrupted : ExitCode::failed,
+                            "stopped, and " + sum + " so far: " + m_hint);
+        m_line.note(sum + (report.failures.empty()
+                               ? std::string()
+                               : ", " + std::to_string(report.failures.size()) + " did not"));
+        if (report.failures.empty())
+            return ExitCode::done;
+        return report.moved > 0 ? ExitCode::partly : ExitCode::failed;
+    }
+
+private:
+    void putFailure(const MoveRun::Failure& failure) const
+    {
+        if (!m_line.json)
+            return CommandLine::complain(failure.from + " -> " + failure.to + ": " +
+                                         failure.reason);
+        Json object;
+        putPath(object, "from", failure.from);
+        putPath(object, "to", failure.to);
+        object["reason"] = failure.reason;
+        m_line.out.line(dump(object));
+    }
+
+    CommandLine& m_line;
+    std::string m_deed;
+    std::string m_hint;
+};
+
+ExitCode undoRun(CommandLine& line, const std::string& id)
+{
+    const auto session = openKernel(line, KernelUse::hold);
+    loadForReading(line, *session);
+    std::string undone;
+    const MoveRun::Report report = runShown(line,
+                                            *session,
+                                            [&](host::ProgressReporter& progress)
+                                            {
+                                                Reorganizer reorganizer(*session);
+                                                undone = Reorganizer::undoable(id);
+                                                return reorganizer.undo(id, progress);
+                                            });
+    Json record;
+    record["undoes"] = undone;
+    return RunReport(line, "went back", "\"qo reorg undo " + undone + "\" goes on")
+        .put(report, record);
+}
+
+/// Shows what a run of the plan would do now.
+ExitCode tryPlan(CommandLine& line, const RunOptions& options)
+{
+    const auto session = openKernel(line, KernelUse::look);
+    return session->kernel().run(
+        [&]
+        {
+            ReorganizePlan plan = findPlan(options);
+            std::erase_if(plan.files,
+                          [](const PlannedFile& file)
+                          { return file.verdict != PlannedFile::Verdict::move; });
+            host::recheck(plan);
+            listPlan(line, plan, false);
+            line.note(planSummary(plan));
+            return plan.count(PlannedFile::Verdict::refused) > 0 ? ExitCode::partly
+                                                                 : ExitCode::done;
+        });
+}
+
+ExitCode applyPlan(CommandLine& line, const RunOptions& options)
+{
+    if (line.dryRun)
+        return tryPlan(line, options);
+    const auto session = openKernel(line, KernelUse::hold);
+    ReorganizePlan plan;
+    const bool goesOn = session->kernel().run([&] { return Reorganizer::canGoOn(options.plan); });
+    if (goesOn)
+        plan.id = options.plan;
+    else
+        plan = session->kernel().run([&] { return findPlan(options); });
+    if (!goesOn && plan.count(PlannedFile::Verdict::move) == 0)
+        return line.note("the plan " + plan.id + " moves nothing"), ExitCode::done;
+    loadForReading(line, *session);
+    const MoveRun::Report report = runShown(line,
+                                            *session,
+                                            [&](host::ProgressReporter& progress)
+                                            {
+                                                Reorganizer reorganizer(*session);
+                                                return goesOn ? reorganizer.goOn(plan.id, progress)
+                                                              : reorganizer.apply(plan, progress);
+                                            });
+    Json record;
+    record["run"] = plan.id;
+    return RunReport(line,
+                     "moved",
+                     "\"qo reorg apply " + plan.id + "\" goes on, \"qo reorg undo " + plan.id +
+                         "\" takes it back")
+        .put(report, record);
+}
+
+std::string stateOf(const Run& run)
+{
+    if (!run.complaint.empty())
+        return run.complaint;
+    if (run.isRunning)
+        return "can go on";
+    if (!run.undone.empty())
+        return "taken back by " + run.undone;
+    const std::string rest = run.away == 0 ? "" : ", " + std::to_string(run.away) + " did not move";
+    return (run.undoes.empty() ? "done" : "took back " + run.undoes) + rest;
+}
+
+Json runJson(const Run& run)
+{
+    const auto orNull = [](const std::string& text) { return text.empty() ? Json() : Json(text); };
+    Json object;
+    object["run"] = run.id;
+    object["made"] = run.made;
+    object["rule"] = run.rule;
+    object["moved"] = run.moved;
+    object["running"] = run.isRunning;
+    object["undoes"] = orNull(run.undoes);
+    object["undone"] = orNull(run.undone);
+    object["state"] = stateOf(run);
+    return object;
+}
+
+void listRuns(CommandLine& line, const RunOptions& options)
+{
+    Listing listing(line,
+                    options.isLong,
+                    {"run", "made", "rule", "moved", "running", "undoes", "undone", "state"},
+                    {{}, {}, {40}, {0, true}, {}});
+    for (const Run& run : Reorganizer::runs())
+    {
+        if (listing.isForPeople())
+            listing.addCells({run.id,
+                              run.made,
+                              line.out.foreign(run.rule),
+                              countText(static_cast<std::int64_t>(run.moved), "file"),
+                              line.out.foreign(stateOf(run))});
+        else
+            listing.addRecord(runJson(run));
+    }
+    listing.finish();
+}
+
+/// What a run had in mind, in the direction in which it went.
+void listFiles(CommandLine& line, const std::string& id)
+{
+    const Run run = findRun(id);
+    if (run.id.empty())
+        throw HostError(ExitCode::notFound,
+                        "there is no run " + id +
+                            "; \"qo reorg log\" lists "
+                            "them");
+    const bool isUndo = !run.undoes.empty();
+    ReorganizePlan plan = ReorganizePlan::read(Reorganizer::planPath(isUndo ? run.undoes : id));
+    for (PlannedFile& file : plan.files)
+    {
+        if (file.verdict != PlannedFile::Verdict::move || line.out.isClosed())
+            continue;
+        if (isUndo)
+            std::swap(file.from, file.to);
+        if (!line.json)
+        {
+            line.out.line(line.out.foreign(file.from + " -> " + file.to));
+            continue;
+        }
+        Json object;
+        putPath(object, "from", file.from);
+        putPath(object, "to", file.to);
+        object["by"] = file.decidedBy;
+        line.out.line(dump(object));
+    }
+}
+
+ExitCode showLog(CommandLine& line, const RunOptions& options)
+{
+    const auto session = openKernel(line, KernelUse::look);
+    session->kernel().run(
+        [&]
+        {
+            if (options.plan.empty())
+                listRuns(line, options);
+            else
+                listFiles(line, options.plan);
+        });
+    return ExitCode::done;
+}
+
+ExitCode tryUndo(CommandLine& line, const RunOptions& options)
+{
+    const auto session = openKernel(line, KernelUse::look);
+    session->kernel().run(
+        [&]
+        {
+            const Run run = findRun(Reorganizer::undoable(options.plan));
+            if (line.json)
+                return line.out.line(dump(runJson(run)));
+            line.note("would take back the run " + run.id + ", by the rule " + run.rule + ": " +
+                      countText(static_cast<std::int64_t>(run.moved), "file"));
+        });
+    return ExitCode::done;
+}
+
+} // namespace
+
+void addReorgRunCommands(CommandLine& line, CLI::App& group)
+{
+    auto applied = std::make_shared<RunOptions>();
+    CLI::App* const apply = line.addCommand(group,
+                                            "apply",
+                                            "Carry out a plan, or go on with one that was stopped",
+                                            [&line, applied] { return applyPlan(line, *applied); });
+    addArgument(*apply, "PLAN", applied->plan, "The id of a plan, or the file of one");
+    apply->add_flag("--last", applied->last, "The youngest plan");
+
+    auto undone = std::make_shared<RunOptions>();
+    CLI::App* const undo = line.addCommand(
+        group,
+        "undo",
+        "Take back what a plan moved, also when that was cut short",
+        [&line, undone]
+        { return line.dryRun ? tryUndo(line, *undone) : undoRun(line, undone->plan); });
+    addArgument(*undo, "ID", undone->plan, "The run; by default the last one");
+
+    auto logged = std::make_shared<RunOptions>();
+    CLI::App* const log =
+        line.addCommand(group,
+                        "log",
+                        "List the plans that were carried out, or the files of one",
+                        [&line, logged] { return showLog(line, *logged); });
+    addArgument(*log, "ID", logged->plan, "A run");
+    log->add_flag("-l,--long", logged->isLong, "Tabs between the columns, with their names");
+}
+} // namespace qo::cli

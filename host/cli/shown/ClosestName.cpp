@@ -1,0 +1,61 @@
+#include "cli/shown/ClosestName.h"
+
+#include <algorithm>
+#include <numeric>
+#include <vector>
+
+namespace qo::cli
+{
+namespace
+{
+CString folded(CString text)
+{
+    text.MakeLower();
+    return text;
+}
+
+/// How many letters have to be put in, taken out or replaced; limit when it is that or more.
+std::size_t distance(std::u16string_view a, std::u16string_view b, std::size_t limit)
+{
+    const std::size_t difference = std::max(a.size(), b.size()) - std::min(a.size(), b.size());
+    if (difference >= limit)
+        return limit;
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= a.size(); ++i)
+    {
+        std::size_t corner = row[0];
+        row[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j)
+        {
+            const std::size_t replaced = corner + (a[i - 1] == b[j - 1] ? 0 : 1);
+            corner = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
+        }
+        if (*std::min_element(row.begin(), row.end()) >= limit)
+            return limit;
+    }
+    return std::min(row[b.size()], limit);
+}
+} // namespace
+
+ClosestName::ClosestName(const CString& typed)
+    : m_typed(folded(typed))
+    // Half of the letters may differ, or the name is another one.
+    , m_bestCost(static_cast<std::size_t>(typed.GetLength()) / 2 + 1)
+{
+}
+
+void ClosestName::look(const CString& name)
+{
+    if (name.IsEmpty() || m_typed.IsEmpty() || m_bestCost == 0)
+        return;
+    const CString lower = folded(name);
+    const bool holdsTyped = lower.view().find(m_typed.view()) != std::u16string_view::npos;
+    const std::size_t cost = holdsTyped ? 0 : distance(m_typed.view(), lower.view(), m_bestCost);
+    if (cost >= m_bestCost)
+        return;
+    m_bestCost = cost;
+    m_best = name;
+}
+} // namespace qo::cli

@@ -1,0 +1,115 @@
+#include "cli/shown/ProgressDisplay.h"
+
+#include "cli/shown/Output.h"
+#include "cli/shown/Text.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace qo::cli
+{
+namespace
+{
+constexpr std::chrono::seconds gapBetweenLines{5};
+
+const char* stageName(int stage)
+{
+    switch (stage)
+    {
+    case IQoProgress::stageReadDb:
+        return "reading the database";
+    case IQoProgress::stageScan:
+        return "looking for files";
+    case IQoProgress::stageCheck:
+        return "checking files";
+    case IQoProgress::stageBuild:
+        return "building the collection";
+    case IQoProgress::stageSave:
+        return "saving";
+    default:
+        return "working";
+    }
+}
+
+std::size_t terminalWidth()
+{
+    winsize size{};
+    const bool known = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return known ? size.ws_col : 80;
+}
+
+bool isCapableTerminal()
+{
+    const char* const term = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe)
+    return ::isatty(STDERR_FILENO) == 1 && term && std::string_view(term) != "dumb";
+}
+
+void put(const std::string& text)
+{
+    // Whether anybody sees it is no matter of the operation's.
+    (void)!::write(STDERR_FILENO, text.data(), text.size());
+}
+} // namespace
+
+std::string progressText(const host::ProgressEvent& event)
+{
+    std::string text = stageName(event.stage);
+    if (event.total > 0)
+        text += " " + std::to_string(event.count) + "/" + std::to_string(event.total) + " (" +
+                std::to_string(static_cast<std::int64_t>(event.count) * 100 / event.total) + " %)";
+    else if (event.count > 0)
+        text += " " + std::to_string(event.count);
+    if (event.ratePerSecond >= 1)
+        text += ", " + std::to_string(static_cast<std::int64_t>(event.ratePerSecond)) + "/s";
+    if (event.total > 0 && event.remainingSeconds >= 0 && event.count < event.total)
+        text += ", " + durationText(event.remainingSeconds * 1000LL) + " left";
+    return text;
+}
+
+ProgressDisplay::ProgressDisplay(bool quiet)
+    : m_quiet(quiet)
+    , m_isTerminal(isCapableTerminal())
+    , m_lastLine(std::chrono::steady_clock::now())
+{
+}
+
+ProgressDisplay::~ProgressDisplay()
+{
+    if (m_isDrawn)
+        put("\r\x1b[K");
+}
+
+void ProgressDisplay::show(const host::ProgressEvent& event)
+{
+    if (m_quiet)
+        return;
+    if (m_isTerminal)
+        return draw(event);
+    const auto now = std::chrono::steady_clock::now();
+    if (now - m_lastLine < gapBetweenLines)
+        return;
+    m_lastLine = now;
+    put("qo: " + progressText(event) + "\n");
+}
+
+void ProgressDisplay::draw(const host::ProgressEvent& event)
+{
+    constexpr std::size_t barWidth = 10;
+    std::string text;
+    if (event.total > 0)
+    {
+        const auto filled = static_cast<std::size_t>(static_cast<std::int64_t>(event.count) *
+                                                     barWidth / event.total);
+        text = "[" + std::string(std::min(filled, barWidth), '#') +
+               std::string(barWidth - std::min(filled, barWidth), '-') + "] ";
+    }
+    text += progressText(event);
+    if (!event.item.empty())
+        text += "  " + harmless(event.item.substr(event.item.rfind('/') + 1));
+    put("\r" + cutToWidth(text, terminalWidth() - 1) + "\x1b[K");
+    m_isDrawn = true;
+}
+} // namespace qo::cli

@@ -1,0 +1,186 @@
+#include "cli/shown/Text.h"
+
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+
+namespace qo::cli
+{
+namespace
+{
+constexpr std::int64_t secondsPerDay = 86400;
+
+/// The character at the front of the text and its length in bytes; bytes that are no UTF-8 count
+/// one by one.
+char32_t firstCharacter(std::string_view text, std::size_t& length)
+{
+    const auto lead = static_cast<unsigned char>(text[0]);
+    length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    if (lead >= 0x80 && (lead < 0xC2 || lead > 0xF4 || length > text.size()))
+        length = 1;
+    if (length == 1)
+        return lead;
+    char32_t c = lead & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i)
+        c = c << 6 | (static_cast<unsigned char>(text[i]) & 0x3FU);
+    return c;
+}
+
+std::size_t columns(char32_t c)
+{
+    const bool isCombining = c >= 0x300 && c < 0x370;
+    const bool isWide = (c >= 0x1100 && c < 0x1160) || (c >= 0x2E80 && c < 0xA4D0) ||
+                        (c >= 0xAC00 && c < 0xD7A4) || (c >= 0xF900 && c < 0xFB00) ||
+                        (c >= 0xFE30 && c < 0xFE70) || (c >= 0xFF00 && c < 0xFF61) ||
+                        (c >= 0x1F300 && c < 0x1FB00) || (c >= 0x20000 && c < 0x40000);
+    return isCombining ? 0 : isWide ? 2 : 1;
+}
+} // namespace
+
+std::string durationText(std::int64_t milliseconds)
+{
+    const std::int64_t seconds = milliseconds / 1000;
+    char text[48];
+    if (seconds >= 3600)
+        std::snprintf(text,
+                      sizeof(text),
+                      "%lld:%02lld:%02lld",
+                      static_cast<long long>(seconds / 3600),
+                      static_cast<long long>(seconds / 60 % 60),
+                      static_cast<long long>(seconds % 60));
+    else
+        std::snprintf(text,
+                      sizeof(text),
+                      "%lld:%02lld",
+                      static_cast<long long>(seconds / 60),
+                      static_cast<long long>(seconds % 60));
+    return text;
+}
+
+std::string secondsText(double seconds)
+{
+    char text[48];
+    std::snprintf(text, sizeof(text), "%.3f", seconds);
+    return text;
+}
+
+std::string sizeText(std::int64_t bytes)
+{
+    constexpr const char* units[] = {"B", "KiB", "MiB", "GiB", "TiB"};
+    double value = static_cast<double>(bytes);
+    std::size_t unit = 0;
+    while (value >= 1024 && unit + 1 < std::size(units))
+    {
+        value /= 1024;
+        ++unit;
+    }
+    char text[48];
+    std::snprintf(text, sizeof(text), unit == 0 ? "%.0f %s" : "%.1f %s", value, units[unit]);
+    return text;
+}
+
+std::string isoTime(const FILETIME& time)
+{
+    if (toTicks(time) == 0)
+        return {};
+    const std::int64_t seconds = toUnixSeconds(time);
+    std::int64_t days = seconds / secondsPerDay;
+    days -= seconds % secondsPerDay < 0 ? 1 : 0;
+    const std::int64_t inDay = seconds - days * secondsPerDay;
+    const std::int64_t ticks = toTicks(time) - unixEpochTicks - seconds * ticksPerSecond;
+    const std::chrono::year_month_day date{std::chrono::sys_days(std::chrono::days(days))};
+    char text[80];
+    std::snprintf(text,
+                  sizeof(text),
+                  "%04d-%02u-%02uT%02d:%02d:%02d.%07dZ",
+                  static_cast<int>(date.year()),
+                  static_cast<unsigned>(date.month()),
+                  static_cast<unsigned>(date.day()),
+                  static_cast<int>(inDay / 3600),
+                  static_cast<int>(inDay / 60 % 60),
+                  static_cast<int>(inDay % 60),
+                  static_cast<int>(ticks));
+    return text;
+}
+
+std::string localTimeText(const FILETIME& time)
+{
+    const std::time_t seconds = toUnixSeconds(time);
+    std::tm local{};
+    char text[64];
+    if (toTicks(time) == 0 || !::localtime_r(&seconds, &local) ||
+        std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &local) == 0)
+        return "-";
+    return text;
+}
+
+std::string countText(std::int64_t count, const std::string& noun)
+{
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::size_t textWidth(std::string_view text)
+{
+    std::size_t width = 0;
+    while (!text.empty())
+    {
+        std::size_t length = 0;
+        width += columns(firstCharacter(text, length));
+        text.remove_prefix(length);
+    }
+    return width;
+}
+
+std::string cutToWidth(std::string_view text, std::size_t width)
+{
+    std::size_t used = 0;
+    std::size_t at = 0;
+    while (at < text.size())
+    {
+        std::size_t length = 0;
+        used += columns(firstCharacter(text.substr(at), length));
+        if (used > width)
+            break;
+        at += length;
+    }
+    return std::string(text.substr(0, at));
+}
+
+std::string padded(std::string_view text, std::size_t width)
+{
+    std::string result = cutToWidth(text, width);
+    result.append(width - textWidth(result), ' ');
+    return result;
+}
+
+std::string oneLine(const CString& text)
+{
+    CString line;
+    for (const char16_t unit : text.view())
+    {
+        const bool isControl = unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
+        line += isControl ? u' ' : unit;
+    }
+    return toUtf8(line);
+}
+
+bool isUtf8(const std::string& bytes)
+{
+    return toUtf8(fromUtf8(bytes)) == bytes;
+}
+
+std::string fileUri(const std::string& path)
+{
+    std::string uri = "file://";
+    for (const char c : path)
+    {
+        const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                             (c >= '0' && c <= '9') || c == '/' || c == '-' || c == '.' ||
+                             c == '_' || c == '~';
+        char code[8];
+        std::snprintf(code, sizeof(code), "%%%02X", static_cast<unsigned char>(c));
+        uri += isPlain ? std::string(1, c) : std::string(code);
+    }
+    return uri;
+}
+} // namespace qo::cli

@@ -1,0 +1,130 @@
+#include "core/base/HostFiles.h"
+
+#include "core/base/HostError.h"
+
+#include <climits>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <system_error>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+
+namespace qo::host
+{
+namespace
+{
+/// Folds ".", ".." and doubled slashes of an absolute path.
+std::string foldDots(const std::string& path)
+{
+    std::string folded;
+    std::size_t at = 0;
+    while (at < path.size())
+    {
+        const std::size_t slash = std::min(path.find('/', at), path.size());
+        const std::string part = path.substr(at, slash - at);
+        at = slash + 1;
+        if (part == "..")
+            folded.resize(folded.empty() ? 0 : folded.rfind('/'));
+        else if (!part.empty() && part != ".")
+            folded += "/" + part;
+    }
+    return folded.empty() ? "/" : folded;
+}
+} // namespace
+
+int readFile(const CString& path, std::size_t limit, std::string& content)
+{
+    int error = 0;
+    const std::unique_ptr<IFile> file = fileSystem().open(path, OpenMode::read, error);
+    if (!file)
+        return error;
+    content.clear();
+    char buffer[65536];
+    for (;;)
+    {
+        const std::int64_t got = file->read(buffer, sizeof(buffer));
+        if (got < 0)
+            return file->error();
+        if (got == 0)
+            return 0;
+        content.append(buffer, static_cast<std::size_t>(got));
+        if (content.size() > limit)
+            return EFBIG;
+    }
+}
+
+std::string errorWords(int error)
+{
+    return std::generic_category().message(error);
+}
+
+bool isDiskFull(const CString& path)
+{
+    struct statvfs disk = {};
+    const std::string file = toSystemPath(path);
+    const std::string folder = file.substr(0, file.rfind('/') + 1);
+    return ::statvfs(folder.c_str(), &disk) == 0 && disk.f_blocks > 0 && disk.f_bavail == 0;
+}
+
+std::string shownPath(const CString& path)
+{
+    const std::string system = toSystemPath(path);
+    return system.empty() ? toUtf8(path) : system;
+}
+
+std::string absolutePath(const std::string& typed)
+{
+    if (typed.empty())
+        throw HostError(ExitCode::usage, "an empty path names nothing");
+    if (typed[0] == '/')
+        return foldDots(typed);
+    std::error_code error;
+    const std::filesystem::path here = std::filesystem::current_path(error);
+    if (error)
+        throw HostError(ExitCode::failed, "the current folder is not known: " + error.message());
+    return foldDots(here.native() + "/" + typed);
+}
+
+std::string resolvedPath(const std::string& path)
+{
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
+                                                           std::free);
+    return real ? real.get() : std::string();
+}
+
+std::string existingFolder(const std::string& typed)
+{
+    absolutePath(typed);
+    const std::string real = resolvedPath(typed);
+    if (real.empty())
+    {
+        const int error = errno;
+        const ExitCode code =
+            error == ENOENT || error == ENOTDIR ? ExitCode::notFound : ExitCode::failed;
+        throw HostError(code, typed + " cannot be used: " + errorWords(error));
+    }
+    struct stat info
+    {
+    };
+    if (::stat(real.c_str(), &info) != 0 || !S_ISDIR(info.st_mode))
+        throw HostError(ExitCode::failed, typed + " is not a folder");
+    return real;
+}
+
+CString timeStampOfNow()
+{
+    return timeStamp(systemClock().localTime());
+}
+
+CString freeName(const CString& wanted)
+{
+    CString name = wanted;
+    for (int i = 1; fileSystem().exists(name); ++i)
+        name.Format(u"%s_%d", wanted, i);
+    return name;
+}
+} // namespace qo::host

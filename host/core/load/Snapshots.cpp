@@ -1,0 +1,108 @@
+#include "core/load/Snapshots.h"
+
+#include "core/base/HostError.h"
+#include "core/base/HostFiles.h"
+#include "core/session/KernelThread.h"
+
+#include <QoKernel/Collection.h>
+
+#include <algorithm>
+#include <regex>
+#include <vector>
+
+namespace qo::host
+{
+namespace
+{
+constexpr const char16_t* namePrefix = u"qodb-";
+constexpr const char* copyPattern = "qodb-\\d{8}_\\d{6}(_\\d+)?";
+constexpr const char* unfinishedPattern = "qodb-\\d{8}_\\d{6}(_\\d+)?\\.unfinished(-[a-z]+)?";
+constexpr const char16_t* sideFiles[] = {u"-wal", u"-shm", u"-journal"};
+
+/// The regular files of the folder whose whole name fits.
+std::vector<DirEntry> findFiles(const CString& folder, const char* pattern)
+{
+    std::vector<DirEntry> entries;
+    if (fileSystem().list(folder, entries) != 0)
+        return {};
+    const std::regex wanted(pattern);
+    std::erase_if(entries,
+                  [&wanted](const DirEntry& entry) {
+                      return entry.info.kind != FileKind::regular ||
+                             !std::regex_match(toUtf8(entry.name), wanted);
+                  });
+    return entries;
+}
+
+bool isNewer(const DirEntry& a, const DirEntry& b)
+{
+    const std::int64_t first = toTicks(a.info.modified);
+    const std::int64_t second = toTicks(b.info.modified);
+    return first != second ? first > second : b.name < a.name;
+}
+} // namespace
+
+Snapshots::Snapshots(const CString& database)
+    : m_database(database), m_folder(CQoCollPath(database).getParent().toString() + u"\\snapshots")
+{
+}
+
+CString Snapshots::take()
+{
+    try
+    {
+        if (const int error = fileSystem().makeDirectories(m_folder))
+            throw HostError(ExitCode::failed, shownPath(m_folder) + ": " + errorWords(error));
+        const CString copy = freeName(m_folder + u"\\" + namePrefix + timeStampOfNow());
+        try
+        {
+            backupDatabase(m_database, copy);
+        }
+        catch (...)
+        {
+            KernelThread::rethrowAsHostError(m_database);
+        }
+        removeOld(copy);
+        sweepUnfinished();
+        if (!fileSystem().exists(copy))
+            throw HostError(ExitCode::failed, shownPath(copy) + " has vanished");
+        return copy;
+    }
+    catch (const HostError& error)
+    {
+        throw HostError(error.code(),
+                        "no snapshot of " + shownPath(m_database) +
+                            " can be taken, so nothing was changed: " + error.what());
+    }
+}
+
+CStringArray Snapshots::list() const
+{
+    std::vector<DirEntry> entries = findFiles(m_folder, copyPattern);
+    std::sort(entries.begin(), entries.end(), isNewer);
+    CStringArray copies;
+    for (const DirEntry& entry : entries)
+        copies.Add(m_folder + u"\\" + entry.name);
+    return copies;
+}
+
+void Snapshots::removeOld(const CString& taken) const
+{
+    int kept = 1;
+    for (const CString& copy : list())
+    {
+        if (copy == taken || ++kept <= keptCount)
+            continue;
+        if (const int error = fileSystem().removeFile(copy))
+            qo::log(qo::level::warning, u"old snapshot %s: %s", copy, errorText(error));
+        for (const char16_t* side : sideFiles)
+            (void)fileSystem().removeFile(copy + side);
+    }
+}
+
+void Snapshots::sweepUnfinished() const
+{
+    for (const DirEntry& entry : findFiles(m_folder, unfinishedPattern))
+        (void)fileSystem().removeFile(m_folder + u"\\" + entry.name);
+}
+} // namespace qo::host

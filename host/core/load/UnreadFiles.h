@@ -1,0 +1,51 @@
+#pragma once
+
+#include "core/roots/RootGuard.h"
+
+#include <QoKernel/Collection.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace qo::host
+{
+/// Tells files that have gone from those that a walk did not meet because it could not read their
+/// folder: the records of the latter stay. Takes note of what the walks cannot list while it lives.
+/// On the thread that calls the kernel; one at a time.
+class UnreadFiles
+{
+public:
+    /// What lies in a folder that was given up counts as gone.
+    UnreadFiles(const CQoCollection& collection, const std::vector<RootProblem>& givenUp);
+    ~UnreadFiles();
+    UnreadFiles(const UnreadFiles&) = delete;
+    UnreadFiles& operator=(const UnreadFiles&) = delete;
+
+    /// For the path of a record whose file a walk did not meet; one that has not gone is counted.
+    bool isGone(const CString& path);
+    /// One sentence for each folder that could not be read.
+    std::vector<std::string> sentences() const;
+
+private:
+    struct Folder
+    {
+        int error = 0;
+        int files = 0;
+    };
+
+    void count(const CString& path, int error);
+    int listError(const CString& folder);
+
+    bool isOfNoKnownFile(const CString& folder, int error) const;
+
+    const CQoCollection& m_collection;
+    FolderErrors m_unlisted;
+    CStringArray m_passedOver; ///< with closing backslashes
+    std::map<CString, Folder> m_folders;
+    std::map<CString, int> m_listErrors; ///< of each folder that was asked about
+};
+
+/// Whether the system says that there is no such file; what it cannot say is no.
+bool isKnownToBeGone(const CString& path);
+} // namespace qo::host

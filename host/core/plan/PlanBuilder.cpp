@@ -1,0 +1,267 @@
+#include "core/plan/PlanBuilder.h"
+
+#include "core/base/HostError.h"
+#include "core/base/HostFiles.h"
+#include "core/collection/CollectionFiles.h"
+#include "core/plan/DiskFolders.h"
+#include "core/plan/PlanConflicts.h"
+#include "core/plan/TargetName.h"
+#include "core/roots/RootFolders.h"
+#include "core/rules/RuleWalk.h"
+
+#include <QoKernel/Physical.h>
+
+#include <set>
+#include <utility>
+
+namespace qo::host
+{
+namespace
+{
+using Verdict = PlannedFile::Verdict;
+using File = boost::shared_ptr<CHDFile>;
+
+const CQoCollection& collection()
+{
+    return CQoCollection::m_ownCollection;
+}
+
+/// "2026-11-21T20:15:00"
+std::string textOfNow()
+{
+    const CalendarTime now = systemClock().localTime();
+    CString text;
+    text.Format(u"%04d-%02d-%02dT%02d:%02d:%02d",
+                now.year,
+                now.month,
+                now.day,
+                now.hour,
+                now.minute,
+                now.second);
+    return toUtf8(text);
+}
+
+/// Absolute system paths, each once.
+class FolderList
+{
+public:
+    void add(const CString& folder)
+    {
+        const std::string path = toSystemPath(folder);
+        if (!path.empty() && m_known.insert(path).second)
+            m_paths.push_back(path);
+    }
+    std::vector<std::string> take() { return std::move(m_paths); }
+
+private:
+    std::set<std::string> m_known;
+    std::vector<std::string> m_paths;
+};
+
+void addRoots(FolderList& folders)
+{
+    CollPathArray roots;
+    collection().getRootDirs(roots);
+    for (const CQoCollPath& root : roots)
+        folders.add(root.toString());
+}
+
+/// Looks at the file, and says why it cannot be moved by what the collection knows of it; "" when
+/// it can.
+std::string whyOther(const QoFileDbItem& record, PlannedFile& file)
+{
+    constexpr std::int64_t nanoseconds = 1'000'000'000;
+    bool isRegular = false;
+    if (const int error = markOf(file.from, file.mark, isRegular))
+        return "it cannot be found any more (" + errorWords(error) + "); run qo scan";
+    if (!isRegular && fileSystem().isLink(record.path))
+        return "it is a link";
+    FileInfo info;
+    info.size = file.mark.size;
+    info.modified =
+        fromUnixTime(file.mark.modified / nanoseconds, file.mark.modified % nanoseconds);
+    return !isRegular || isOtherFile(record, info)
+               ? "it has changed since it was scanned; run qo scan"
+               : std::string();
+}
+
+class Builder
+{
+public:
+    Builder(const CReorganizeRule& rule, const CString& target, IQoProgress& progress)
+        : m_walk(rule), m_target(target), m_progress(progress)
+    {
+        if (!target.IsEmpty())
+            m_targetFolder = &findTarget();
+    }
+
+    std::vector<PlannedFile> plan(const QoFileDbItemArray& records)
+    {
+        m_progress.setStage(IQoProgress::stageCheck);
+        m_progress.setRange(IQoProgress::rangeKnown, records.GetSize());
+        std::vector<PlanCandidate> candidates;
+        candidates.reserve(static_cast<std::size_t>(records.GetSize()));
+        for (const QoFileDbItemPtr& record : records)
+        {
+            if (m_progress.isCanceled())
+                throw HostError(ExitCode::interrupted, "stopped; no plan was made");
+            m_progress.step(1);
+            if (m_folder.moveTo(record->path))
+                enter(m_folder.path());
+            const File file = m_directory ? m_directory->getFile(record->path) : File();
+            if (file && !toSystemPath(m_root->path).empty())
+                candidates.push_back(candidateFor(*record, file));
+        }
+        refuseConflicts(candidates, m_folders);
+        return inOrder(candidates);
+    }
+
+private:
+    DiskFolders::Folder& findTarget()
+    {
+        const CQoCollPath path(m_target);
+        const auto root = collection().getRootDir(path);
+        if (!root || toSystemPath(m_target).empty())
+            throw HostError(ExitCode::notFound,
+                            shownPath(m_target) + " is in no root folder of the collection");
+        CString relative;
+        for (const CString& name : path.relativeTo(root->getPath()))
+            relative += (relative.IsEmpty() ? CString() : CString(u"\\")) + name;
+        return m_folders.below(m_folders.base(root->getPath().toString()), relative);
+    }
+
+    /// The records stand in the order of their folders.
+    void enter(const CQoCollPath& folder)
+    {
+        m_directory = collection().getDir(folder);
+        if (!m_directory)
+            return;
+        m_root = &m_folders.base(CQoUtils::getRootDir(m_directory)->getPath().toString());
+        const CString path = addBackslash(folder.toString());
+        m_source = &m_folders.below(*m_root, folderBelow(m_root->path, path + u"x"));
+    }
+
+    PlanCandidate candidateFor(const QoFileDbItem& record, const File& file)
+    {
+        const RuleWalk::Answer answer = m_walk.answerFor(file, m_root->path);
+        PlanCandidate candidate;
+        candidate.from = record.path;
+        candidate.track = answer.track;
+        PlannedFile& planned = candidate.file;
+        planned.from = toSystemPath(record.path);
+        const std::string whyChanged = whyOther(record, planned);
+        planned.recordId = toUtf8(record.velmoraId);
+        planned.kind = toUtf8(answer.kind);
+        planned.decidedBy = answer.decidedBy;
+        planned.reason = answer.reason;
+        planned.verdict = answer.isMeant ? Verdict::refused : Verdict::stay;
+        if (answer.hasPlace)
+            judge(candidate, answer, whyChanged);
+        return candidate;
+    }
+
+    void
+    judge(PlanCandidate& candidate, const RuleWalk::Answer& answer, const std::string& whyChanged)
+    {
+        PlannedFile& planned = candidate.file;
+        DiskFolders::Folder& into = m_targetFolder ? *m_targetFolder : *m_root;
+        candidate.folder = &m_folders.target(into, answer.folder);
+        candidate.name = fittingFileName(answer.name, candidate.folder->rules);
+        candidate.to = addBackslash(candidate.folder->path) + candidate.name;
+        planned.to = candidate.name.IsEmpty() ? std::string() : toSystemPath(candidate.to);
+        if (candidate.to == candidate.from)
+        {
+            planned.verdict = Verdict::stay;
+            planned.reason = "it is there already";
+            return;
+        }
+        planned.reason = whyNot(candidate);
+        if (planned.reason.empty())
+            planned.reason = whyChanged;
+        planned.verdict = planned.reason.empty() ? Verdict::move : Verdict::refused;
+    }
+
+    /// Why the places speak against the move; "" when they do not.
+    std::string whyNot(const PlanCandidate& candidate) const
+    {
+        const std::string& to = candidate.file.to;
+        if (to.empty())
+            return "no file in " + shownPath(candidate.folder->path) + " can have such a name";
+        if (to.size() > static_cast<std::size_t>(longestSystemPath()))
+            return "its path would be longer than " + std::to_string(longestSystemPath()) +
+                   " bytes, the most that the system takes";
+        return m_source->whyClosed.empty() ? candidate.folder->whyClosed : m_source->whyClosed;
+    }
+
+    static std::vector<PlannedFile> inOrder(std::vector<PlanCandidate>& candidates)
+    {
+        std::vector<PlannedFile> files;
+        files.reserve(candidates.size());
+        for (const Verdict verdict : {Verdict::refused, Verdict::move, Verdict::stay})
+        {
+            for (PlanCandidate& candidate : candidates)
+            {
+                if (candidate.file.verdict == verdict)
+                    files.push_back(std::move(candidate.file));
+            }
+        }
+        return files;
+    }
+
+    RuleWalk m_walk;
+    CString m_target;
+    IQoProgress& m_progress;
+    DiskFolders m_folders;
+    DiskFolders::Folder* m_targetFolder = nullptr; ///< null: each file's root folder
+    // Of the file that is looked at; null in a folder that the tree has not.
+    FolderOfFile m_folder;
+    boost::shared_ptr<CHDDirectory> m_directory;
+    DiskFolders::Folder* m_root = nullptr;
+    DiskFolders::Folder* m_source = nullptr;
+};
+} // namespace
+
+ReorganizePlan
+PlanBuilder::build(const Options& options, const QoFileDbItemArray& records, IQoProgress& progress)
+{
+    const CReorganizeRule* const rule = CReorganizeUtils::getRule(options.rule);
+    if (!rule)
+        throw HostError(ExitCode::notFound, "there is no rule " + toUtf8(options.rule));
+    const CString target =
+        options.target.IsEmpty() ? CString() : CQoCollPath(options.target).toString();
+    ReorganizePlan plan;
+    plan.id = options.id;
+    plan.made = textOfNow();
+    plan.rule = toUtf8(options.rule);
+    plan.files = Builder(*rule, target, progress).plan(records);
+    FolderList targets;
+    if (target.IsEmpty())
+        addRoots(targets);
+    else
+        targets.add(target);
+    plan.targets = targets.take();
+    plan.keptFolders = keptFolders();
+    plan.keptFolders.insert(plan.keptFolders.end(), plan.targets.begin(), plan.targets.end());
+    return plan;
+}
+
+std::vector<std::string> PlanBuilder::keptFolders()
+{
+    FolderList kept;
+    addRoots(kept);
+    const RootFolders listed;
+    for (const CString& root : listed.folders())
+        kept.add(root);
+    CStringArray outputs;
+    CQoPaths::getOutputDirs(outputs);
+    for (const CString& output : outputs)
+        kept.add(output);
+    const ISpecialFolders& special = specialFolders();
+    kept.add(special.home());
+    for (const CString& folder : special.userFolders())
+        kept.add(folder);
+    for (const CString& folder : special.ownFolders())
+        kept.add(folder);
+    return kept.take();
+}
+} // namespace qo::host

@@ -1,0 +1,89 @@
+#include "core/roots/StoredRoots.h"
+
+#include "core/base/HostError.h"
+#include "core/base/HostFiles.h"
+
+namespace qo::host
+{
+namespace
+{
+bool isCollection(const CString& database)
+{
+    // Opening would make an absent database, and spoil the side files of an empty one.
+    FileInfo info;
+    if (fileSystem().info(database, Spelling::exact, info) != 0 || info.kind != FileKind::regular ||
+        info.size == 0)
+        return false;
+    CString version;
+    return CQoCollDb::readVersion(database, version) && version == CQoCollDb::currentVersion();
+}
+
+CQoPathInfo::EType toKind(int number)
+{
+    const bool isKind = number == CQoPathInfo::allIsMusic || number == CQoPathInfo::nothingIsMusic;
+    return isKind ? static_cast<CQoPathInfo::EType>(number) : CQoPathInfo::audioIsMusic;
+}
+} // namespace
+
+CollInfoDbItem storedInfo(const CString& database)
+{
+    CQoCollDb db(database);
+    CollInfoDbItem info;
+    db.getCollInfo(u"", info);
+    return info;
+}
+
+std::vector<StoredRoot> storedRoots(const CString& database)
+{
+    std::vector<StoredRoot> roots;
+    if (!isCollection(database))
+        return roots;
+    const CollInfoDbItem info = storedInfo(database);
+    for (int i = 0; i < info.rootDirs.GetSize(); ++i)
+    {
+        const int kind = i < info.rootDirTypes.GetSize() ? info.rootDirTypes[i] : 0;
+        roots.push_back({info.rootDirs[i], toKind(kind)});
+    }
+    return roots;
+}
+
+std::vector<StoredRoot> unlistedRoots(const CString& database, const RootFolders& roots)
+{
+    std::vector<StoredRoot> unlisted = storedRoots(database);
+    std::erase_if(unlisted,
+                  [&roots](const StoredRoot& root) {
+                      return !CQoCollPath(root.folder).isValid() ||
+                             !roots.holder(root.folder).IsEmpty();
+                  });
+    return unlisted;
+}
+
+void refuseUnnamedRoots(const std::vector<StoredRoot>& unlisted, const RootFolders& roots)
+{
+    std::string text;
+    for (const StoredRoot& root : unlisted)
+    {
+        if (roots.wasRemoved(root.folder))
+            continue;
+        const std::string shown = shownPath(root.folder);
+        text += (text.empty() ? "" : "\n") + ("the root folder " + shown) +
+                " is no longer in the settings, so nothing was changed: \"qo roots add " + shown +
+                "\" puts it back, \"qo roots rm " + shown + "\" takes it out of the collection";
+    }
+    if (!text.empty())
+        throw HostError(ExitCode::away, text);
+}
+
+std::string restoreRoots(const std::vector<StoredRoot>& unlisted, RootFolders& roots)
+{
+    std::string text;
+    for (const StoredRoot& root : unlisted)
+    {
+        if (!roots.wasRemoved(root.folder) && roots.add(root.folder, root.kind))
+            text += (text.empty() ? "" : "\n") +
+                    ("the settings have lost the root folder " + shownPath(root.folder)) +
+                    "; it is taken from the database";
+    }
+    return text;
+}
+} // namespace qo::host

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "core/plan/PlanBuilder.h"
+#include "core/plan/ReorganizePlan.h"
+#include "core/runs/MoveRun.h"
+
+#include <QoKernel/Collection.h>
+
+#include <string>
+#include <vector>
+
+namespace qo::host
+{
+class ProgressReporter;
+class Session;
+
+/// Plans, and the runs that carry them out or take them back, as files in the folder "reorganize"
+/// beside the database: "<id>.plan", "<id>.running" while a run can go on, "<id>.journal" for one
+/// that has come to its end. The loaded collection follows each run: records keep their ids, and a
+/// crash in between costs nothing, see tellUntoldMoves(). For the kernel's thread.
+class Reorganizer
+{
+public:
+    /// A run as the list of them has it.
+    struct Run
+    {
+        std::string id;
+        std::string undoes; ///< the id of the run that it takes back, or ""
+        std::string undone; ///< the id of the run that takes it back, or ""
+        std::string rule;   ///< "" when its plan is gone
+        std::string made;   ///< when its plan was made, or the undo began; local time
+        std::size_t moved = 0;
+        std::size_t away = 0;   ///< files that did not reach their place
+        bool leadsForth = true; ///< away from the first order, and not back to it
+        bool isRunning = false; ///< was stopped or cut short, and can go on
+        std::string complaint;  ///< why it cannot be read; then only id and made are known
+    };
+
+    explicit Reorganizer(Session& session);
+
+    /// Makes a plan and keeps it, with a few older ones that were not carried out. Throws HostError
+    /// as PlanBuilder::build() does.
+    ReorganizePlan makePlan(const CString& rule,
+                            const CString& target,
+                            const QoFileDbItemArray& records,
+                            IQoProgress& progress) const;
+    /// Where the plan of that id is kept.
+    static std::string planPath(const std::string& id);
+    /// The id of the youngest plan. Throws HostError (notFound) when there is none.
+    static std::string lastPlan();
+
+    /// Carries out the plan, or goes on with a run of it that was stopped. Throws HostError:
+    /// refused when it was carried out before, or while another run waits to be brought to an end;
+    /// failed, with nothing done, when it is not about the root folders alone; interrupted or
+    /// failed with a sentence that says what stands.
+    MoveRun::Report apply(const ReorganizePlan& plan, ProgressReporter& progress);
+    /// Whether a run of that id was stopped and can go on; it needs no plan for that.
+    static bool canGoOn(const std::string& id);
+    MoveRun::Report goOn(const std::string& id, ProgressReporter& progress);
+    /// Takes back the run of that id, or the youngest that nothing has taken back. Throws HostError
+    /// as apply() does.
+    MoveRun::Report undo(const std::string& id, ProgressReporter& progress);
+    /// Which run undo() would take back, or go on to. Throws HostError.
+    static std::string undoable(const std::string& id);
+
+    /// The youngest last.
+    static std::vector<Run> runs();
+
+private:
+    MoveRun::Report carryOut(MoveRun& run, const std::string& id, ProgressReporter& progress);
+
+    Session& m_session;
+};
+
+/// Whether files moved that the stored collection knows at their old places, since the program
+/// ended in the middle of a run or of a move. Quick when there was none.
+bool hasUntoldMoves();
+/// Brings them into the collection, which is loaded as it is stored, and saves it. Throws
+/// HostError.
+void tellUntoldMoves(Session& session);
+} // namespace qo::host

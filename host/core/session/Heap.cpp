@@ -1,0 +1,17 @@
+#include "core/session/Heap.h"
+
+#ifdef QO_MIMALLOC
+#include <mimalloc.h>
+#endif
+
+namespace qo::host
+{
+void useLargePages()
+{
+#ifdef QO_MIMALLOC
+    mi_option_enable(mi_option_large_os_pages);
+    // From each thread's first block on: the kernel's has a third of a big collection.
+    mi_option_set(mi_option_eager_commit_delay, 0);
+#endif
+}
+} // namespace qo::host

@@ -1,0 +1,257 @@
+#include "core/session/KeyValueConfig.h"
+
+#include "core/base/HostError.h"
+#include "core/base/HostFiles.h"
+#include "core/session/SettingText.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <unordered_map>
+
+class KVConfig::Key
+{
+public:
+    CString name;
+    CString value;
+    CString defaultValue;
+    bool isStored = false;
+};
+
+class KVConfig::Section
+{
+public:
+    Key* find(const CString& key) const
+    {
+        const auto found = byName.find(key);
+        return found == byName.end() ? nullptr : found->second;
+    }
+    Key* findOrAdd(const CString& key)
+    {
+        if (Key* const known = find(key))
+            return known;
+        keys.push_back(std::make_unique<Key>());
+        keys.back()->name = key;
+        byName[key] = keys.back().get();
+        return keys.back().get();
+    }
+
+    CString name;
+    std::vector<std::unique_ptr<Key>> keys;
+    std::unordered_map<CString, Key*> byName;
+};
+
+namespace qo::host
+{
+namespace
+{
+constexpr std::size_t largestFile = 64U << 20;
+
+std::string_view trim(std::string_view text)
+{
+    constexpr const char* blanks = " \t\r";
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+/// The first '=' that no backslash stands before.
+std::size_t findEquals(std::string_view line)
+{
+    for (std::size_t i = 0; i < line.size(); ++i)
+    {
+        if (line[i] == '\\')
+            ++i;
+        else if (line[i] == '=')
+            return i;
+    }
+    return std::string_view::npos;
+}
+} // namespace
+
+KeyValueConfig::KeyValueConfig(const CString& file, bool readOnly)
+    : m_file(file), m_readOnly(readOnly)
+{
+    std::string text;
+    const int error = readFile(file, largestFile, text);
+    if (error == ENOENT)
+        return;
+    if (error != 0)
+        throw HostError(ExitCode::failed,
+                        "the settings file " + shownPath(file) +
+                            " cannot be read: " + errorWords(error));
+    parse(text);
+}
+
+KeyValueConfig::~KeyValueConfig()
+{
+    try
+    {
+        save();
+    }
+    catch (const std::exception& exception)
+    {
+        qo::log(qo::level::error, u"%s", fromUtf8(exception.what()));
+    }
+}
+
+void KeyValueConfig::parse(const std::string& text)
+{
+    int rejectedLines = 0;
+    Section* current = nullptr;
+    std::size_t at = text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+    while (at < text.size())
+    {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        const std::string_view line = std::string_view(text).substr(at, end - at);
+        at = end + 1;
+        if (parseLine(trim(line), current))
+            continue;
+        ++rejectedLines;
+        m_rejected.append(line).append("\n");
+    }
+    m_mayLackSettings = m_sections.empty() || rejectedLines > 0;
+    if (rejectedLines > 0)
+        m_complaint = "the settings file " + shownPath(m_file) + " has " +
+                      std::to_string(rejectedLines) +
+                      (rejectedLines == 1 ? " line that is" : " lines that are") +
+                      " no setting and " + (rejectedLines == 1 ? "is" : "are") + " passed over";
+}
+
+bool KeyValueConfig::parseLine(std::string_view line, Section*& current)
+{
+    if (line.empty() || line[0] == '#')
+        return true;
+    CString name;
+    if (line[0] == '[')
+    {
+        if (line.back() != ']' || !unescapeSetting(line.substr(1, line.size() - 2), name) ||
+            name.IsEmpty())
+            return false;
+        current = section(name);
+        return true;
+    }
+    const std::size_t equals = findEquals(line);
+    CString value;
+    const bool isSetting = current && equals != std::string_view::npos &&
+                           unescapeSetting(trim(line.substr(0, equals)), name) && !name.IsEmpty() &&
+                           unescapeSetting(trim(line.substr(equals + 1)), value);
+    if (!isSetting)
+        return false;
+    Key* const key = current->findOrAdd(name);
+    key->value = value;
+    key->isStored = true;
+    return true;
+}
+
+KVConfig::Section* KeyValueConfig::section(const CString& name)
+{
+    if (const Section* const known = findSection(name))
+        return const_cast<Section*>(known);
+    m_sections.push_back(std::make_unique<Section>());
+    m_sections.back()->name = name;
+    return m_sections.back().get();
+}
+
+const KVConfig::Section* KeyValueConfig::findSection(const CString& name) const
+{
+    for (const auto& known : m_sections)
+    {
+        if (known->name == name)
+            return known.get();
+    }
+    return nullptr;
+}
+
+KVConfig::Section* KeyValueConfig::addSection(int, const char16_t* name)
+{
+    return section(name);
+}
+
+KVConfig::Key*
+KeyValueConfig::addKey(Section* section, const char16_t* name, const char16_t* defaultValue)
+{
+    Key* const key = section->findOrAdd(name);
+    key->defaultValue = defaultValue;
+    return key;
+}
+
+CString KeyValueConfig::getValue(const Key* key) const
+{
+    return key->isStored ? key->value : key->defaultValue;
+}
+
+void KeyValueConfig::setValue(Key* key, const CString& value)
+{
+    if (key->isStored && key->value == value)
+        return;
+    key->value = value;
+    key->isStored = true;
+    m_isDirty = true;
+}
+
+bool KeyValueConfig::isStored(const char16_t* sectionName, const char16_t* keyName) const
+{
+    const Section* const found = findSection(sectionName);
+    const Key* const key = found ? found->find(keyName) : nullptr;
+    return key && key->isStored;
+}
+
+std::vector<KeyValueConfig::Entry> KeyValueConfig::entries() const
+{
+    std::vector<Entry> list;
+    for (const auto& section : m_sections)
+    {
+        for (const auto& key : section->keys)
+            list.push_back({section->name, key->name, getValue(key.get()), key->isStored});
+    }
+    return list;
+}
+
+std::string KeyValueConfig::toText() const
+{
+    std::string text;
+    for (const auto& section : m_sections)
+    {
+        std::string lines;
+        for (const auto& key : section->keys)
+        {
+            if (key->isStored)
+                lines += escapeSetting(key->name) + "=" + escapeSetting(key->value) + "\n";
+        }
+        if (!lines.empty())
+            text += "[" + escapeSetting(section->name) + "]\n" + lines;
+    }
+    return text;
+}
+
+void KeyValueConfig::save()
+{
+    if (!m_isDirty || m_readOnly)
+        return;
+    keepRejected();
+    const std::string text = toText();
+    // Some keep their settings elsewhere, under version control, and have a link here.
+    const std::string real = resolvedPath(toSystemPath(m_file));
+    const CString target = real.empty() ? m_file : fromSystemPath(real);
+    if (const int error = fileSystem().replaceFile(target, text.data(), text.size()))
+        throw HostError(ExitCode::failed,
+                        "the settings file " + shownPath(m_file) +
+                            " cannot be written: " + errorWords(error));
+    m_isDirty = false;
+}
+
+void KeyValueConfig::keepRejected()
+{
+    if (m_rejected.empty())
+        return;
+    const CString aside = m_file + u".rejected";
+    int error = 0;
+    const std::unique_ptr<IFile> file = fileSystem().open(aside, OpenMode::append, error);
+    if (!file || !file->write(m_rejected.data(), m_rejected.size()))
+        throw HostError(ExitCode::failed,
+                        "lines of the settings file cannot be kept in " + shownPath(aside) + ": " +
+                            errorWords(file ? file->error() : error));
+    m_rejected.clear();
+}
+} // namespace qo::host

@@ -1,0 +1,157 @@
+#include "core/watch/FolderChanges.h"
+
+#include "core/base/HostError.h"
+#include "core/base/HostFiles.h"
+#include "core/collection/CollectionChanges.h"
+#include "core/collection/CollectionFiles.h"
+#include "core/load/UnreadFiles.h"
+#include "core/roots/RootFolders.h"
+#include "core/roots/RootGuard.h"
+#include "core/session/Session.h"
+
+#include <algorithm>
+#include <set>
+
+namespace qo::host
+{
+namespace
+{
+bool isThere(const CString& path, FileKind kind)
+{
+    FileInfo info;
+    return fileSystem().info(path, Spelling::exact, info) == 0 && info.kind == kind;
+}
+
+/// Below a root folder that is away all seems to have gone.
+void refuseWithoutRoots()
+{
+    const RootFolders roots;
+    const std::string text =
+        rootSentences(checkRoots(roots.folders(), Session::databasePath()), "is away");
+    if (!text.empty())
+        throw HostError(ExitCode::away, text + "nothing was changed");
+}
+} // namespace
+
+/// What the events come to, each path once.
+class FolderChanges::Collector
+{
+public:
+    explicit Collector(Session& session) : m_changes(session, true) {}
+
+    void take(const FolderEvent& event)
+    {
+        if (event.kind == FolderEvent::Kind::moved)
+            takeMove(fromSystemPath(event.path), fromSystemPath(event.newPath));
+        else if (event.kind != FolderEvent::Kind::needRescan)
+            look(fromSystemPath(event.path));
+    }
+    Report apply(IQoProgress& progress)
+    {
+        if (m_report.removed > 0)
+            refuseWithoutRoots();
+        if (!m_changes.isEmpty())
+            m_changes.apply(progress);
+        return m_report;
+    }
+
+private:
+    /// The record moves if its file has; one that was overwritten by the move goes.
+    void moveRecord(const QoFileDbItemPtr& record, const CString& target)
+    {
+        const CString from = record->path;
+        if (m_movedAway.contains(record.get()))
+            return;
+        if (!isThere(target, FileKind::regular) ||
+            (from != target && isThere(from, FileKind::regular)))
+        {
+            look(from);
+            return look(target);
+        }
+        const QoFileDbItemPtr former = CollectionChanges::recordOf(target);
+        if (former && former != record && !m_movedAway.contains(former.get()))
+        {
+            m_changes.remove(target);
+            ++m_report.removed;
+        }
+        readIfOther(record, target);
+        m_changes.move(from, target, true);
+        m_movedAway.insert(record.get());
+        m_settled.insert(target);
+        ++m_report.moved;
+    }
+
+    void takeMove(const CString& from, const CString& to)
+    {
+        const std::vector<QoFileDbItemPtr> records = CollectionChanges::recordsAt(from);
+        for (const QoFileDbItemPtr& record : records)
+            moveRecord(record, rebased(record->path, from, to));
+        if (isThere(to, FileKind::directory))
+            return scanFolder(to);
+        if (records.empty())
+            look(to);
+    }
+
+    /// What a folder brings along that the collection does not know.
+    void scanFolder(const CString& folder)
+    {
+        forEachFile(folder,
+                    [this](const CString& path, const FileInfo&)
+                    {
+                        if (!CollectionChanges::recordOf(path))
+                            look(path);
+                        return true;
+                    });
+    }
+
+    /// A file that is there is scanned; records go whose files have gone, those of a whole folder
+    /// too.
+    void look(const CString& path)
+    {
+        if (isThere(path, FileKind::regular))
+        {
+            if (!CQoCollection::m_ownCollection.isFilePathInCollection(CQoCollPath(path)) ||
+                !m_settled.insert(path).second)
+                return;
+            readIfOther(CollectionChanges::recordOf(path), path);
+            m_changes.scan(path);
+            ++m_report.scanned;
+            return;
+        }
+        for (const QoFileDbItemPtr& record : CollectionChanges::recordsAt(path))
+        {
+            if (m_movedAway.contains(record.get()))
+                continue;
+            if (record->path != path && isThere(record->path, FileKind::regular))
+                look(record->path);
+            else if (isKnownToBeGone(record->path) && m_settled.insert(record->path).second)
+            {
+                m_changes.remove(record->path);
+                ++m_report.removed;
+            }
+        }
+    }
+
+    CollectionChanges m_changes;
+    Report m_report;
+    std::set<CString> m_settled; ///< paths whose state is decided
+    std::set<const QoFileDbItem*> m_movedAway;
+};
+
+FolderChanges::FolderChanges(Session& session) : m_session(session) {}
+
+FolderChanges::Report FolderChanges::apply(const std::vector<FolderEvent>& events,
+                                           IQoProgress& progress)
+{
+    using Kind = FolderEvent::Kind;
+    if (std::any_of(events.begin(),
+                    events.end(),
+                    [](const FolderEvent& event)
+                    { return event.kind == Kind::removed || event.kind == Kind::moved; }))
+        refuseWithoutRoots();
+    Collector collector(m_session);
+    for (const FolderEvent& event : events)
+        collector.take(event);
+    return collector.apply(progress);
+}
+} // namespace qo::host

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "QoColl/Db/Records/ParamTable.h"
+#include "types/CharClass.h"
+
+#include <cstdint>
+#include <type_traits>
+
+/// How single fields of a structure become table rows (see ParamTable.h). A field is named by
+/// a function that returns a reference to it.
+namespace qo
+{
+/// What a number read from a text becomes. Enumerations bound it with a specialization of their
+/// own.
+template <class T>
+struct ParamNumber
+{
+    static T bounded(int value) { return static_cast<T>(value); }
+};
+
+template <class T>
+T paramFromText(std::u16string_view text)
+{
+    if constexpr (std::is_same_v<T, CString>)
+        return CString(text);
+    else if constexpr (std::is_same_v<T, bool>)
+        return textToInt(text) > 0;
+    else if constexpr (std::is_same_v<T, std::int64_t>)
+        return textToInt64(text);
+    else
+        return ParamNumber<T>::bounded(textToInt(text));
+}
+
+template <class T>
+constexpr const char16_t* paramFormat()
+{
+    if constexpr (std::is_same_v<T, CString>)
+        return u"%s";
+    else if constexpr (std::is_same_v<T, double>)
+        return u"%f";
+    else if constexpr (std::is_same_v<T, std::int64_t>)
+        return u"%I64d";
+    else
+        return u"%d";
+}
+
+/// A row for the field that Field gives; Applies says of a structure whether its value is written.
+template <class S, auto Field, auto Applies>
+constexpr ParamInfo<S> paramField(int id)
+{
+    using T = std::remove_cvref_t<decltype(Field(std::declval<S&>()))>;
+    return {id,
+            paramFormat<T>(),
+            [](const S& params)
+            {
+                static const T none{};
+                return FormatArg(Applies(params) ? Field(params) : none);
+            },
+            [](S& params, std::u16string_view value) { Field(params) = paramFromText<T>(value); }};
+}
+} // namespace qo

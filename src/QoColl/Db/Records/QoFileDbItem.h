@@ -1,0 +1,63 @@
+#pragma once
+
+#include "QoColl/Db/Forward.h"
+#include "QoColl/Db/Records/ItemSource.h"
+#include "types/FileTime.h"
+#include "types/String.h"
+
+#include <cstdint>
+
+/// The bits of QoFileDbItem::flags: two fields of one value each, and one more bit. A field is
+/// cleared with its mask before a value is set.
+namespace qo::fileFlag
+{
+constexpr unsigned audio = 1;
+constexpr unsigned video = 2;
+constexpr unsigned mediaMask = 3; ///< neither value: no media file
+constexpr unsigned music = 8;
+constexpr unsigned notMusic = 16;
+constexpr unsigned musicMask = 24;
+constexpr unsigned purchased = 32; ///< comes with a record of the host, the kernel only reads it
+} // namespace qo::fileFlag
+
+/// What QoFileDbItem::dbState asks of the next save.
+namespace qo::dbState
+{
+constexpr int unchanged = 0;
+constexpr int added = 1;
+constexpr int modified = 2;
+constexpr int deleted = 3;
+} // namespace qo::dbState
+
+/// The record of one file as FILE_T stores it, shared between the collection's array and the file
+/// object of the tree.
+struct QoFileDbItem
+{
+    int id = 0; ///< row id, 0 while not stored
+    CString path;
+    eItemSource source = IPostProcessingQueue::sourceNone;
+    FILETIME createTime;
+    FILETIME modifTime;
+    CString artist;
+    CString album;
+    CString title;
+    CString genre;
+    CString trackNumber;
+    CString year;
+    CString lyrics;
+    bool lyricsLoaded = false; ///< lyrics holds what is stored; only then an update writes it
+    CString picturePath;
+    std::int64_t size = 0; ///< bytes
+    int duration = 0;      ///< milliseconds
+    unsigned int flags = qo::fileFlag::music;
+    int session = 0; ///< id of the recording session, 0 for none
+    CString velmoraId;
+    CString params; ///< see CVelmoraFileParamsUtils
+    bool reviewed = false;
+    bool imported = false;
+    CString clipUid;
+    CString fpParams; ///< not read with the record: an update writes what stands here
+    CString collId;   ///< filled only while rows are carried over from another database
+    int bitrate = 0;  ///< kbit/s
+    int dbState = qo::dbState::unchanged;
+};

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "QoColl/Db/Forward.h"
+#include "QoColl/Db/Records/ItemSource.h"
+#include "types/FileTime.h"
+#include "types/String.h"
+
+/// A run of recordings; the files recorded in it bear its id.
+struct QoSessionDbItem
+{
+    int id = 0; ///< row id, 0 while not stored
+    CString name;
+    eItemSource source = IPostProcessingQueue::sourceNone;
+    FILETIME startTime;
+    FILETIME endTime;
+};
+
+/// A session and how many files bear its id.
+struct QoSessionQueryItem
+{
+    boost::shared_ptr<QoSessionDbItem> session;
+    int fileCount = 0;
+};

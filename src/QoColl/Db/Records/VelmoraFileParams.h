@@ -1,0 +1,92 @@
+#pragma once
+
+#include "QoColl/Db/Records/ItemSource.h"
+#include "QoColl/Db/Records/VelmoraMediaFileTypes.h"
+#include "types/String.h"
+
+#include <cstdint>
+
+namespace ConvertFiles
+{
+enum EConversionResults : int
+{
+    conversionNone = 0,
+    conversionDone = 1,
+    conversionPartly = 2,
+    conversionFailed = 3
+};
+
+enum ERecordingMethod : int
+{
+    recordingAutomatic = 0,
+    recordingDirect = 1,
+    recordingSoundCard = 2
+};
+} // namespace ConvertFiles
+
+struct CCutQuality
+{
+    enum ECutQuality : int
+    {
+        qualityUnknown = 0,
+        qualityBad = 1,
+        qualityFair = 2,
+        qualityGood = 3,
+        qualityBest = 4
+    };
+};
+
+namespace QorganizerDef
+{
+/// What only some kinds of file have; stored as numbered parameters, whose numbers stand behind the
+/// fields. The kernel reads source, mediaFileType, isShow, isImportedMovie, the long stream
+/// lengths and the recording's three; the rest belongs to the host and is passed on.
+struct VelmoraFileParams
+{
+    // Of every file.
+    CString origin;                                                                 ///< 0
+    eItemSource source = IPostProcessingQueue::sourceNone;                          ///< 1
+    CVelmoraMediaFileTypes::EType mediaFileType = CVelmoraMediaFileTypes::typeNone; ///< 38
+    int marks[4] = {};                                                              ///< 24-27
+
+    // Of web recordings and web videos.
+    CString webOrigin; ///< 2
+
+    // Of conversions.
+    bool isConverted = false;                                                         ///< 3
+    CString originalPath;                                                             ///< 4
+    CString originalFormat;                                                           ///< 5
+    ConvertFiles::EConversionResults conversionResult = ConvertFiles::conversionNone; ///< 6
+    double conversionSpeed = 0.0;                                                     ///< 7
+    CString conversionProfile;                                                        ///< 8
+    bool wasProtected = false;                                                        ///< 9
+    bool originalKept = false;                                                        ///< 10
+    bool isNormalized = false;                                                        ///< 11
+    bool isSplit = false;                                                             ///< 12
+    CCutQuality::ECutQuality conversionCutQuality = CCutQuality::qualityUnknown;      ///< 13
+    int conversionNumbers[7] = {};                                                    ///< 14-20
+
+    // Of radio recordings and wishes.
+    CString stationName;                                                        ///< 21
+    CString stationUrl;                                                         ///< 22
+    int stationId = 0;                                                          ///< 23
+    CCutQuality::ECutQuality recordingCutQuality = CCutQuality::qualityUnknown; ///< 28
+    int longStreamLength = 0;                                                   ///< 29
+    int longStreamPartLength = 0;                                               ///< 30
+    bool isShow = false;             ///< 31; no music, and never a jingle
+    std::int64_t recordingStart = 0; ///< 40; local time, in seconds since 1970
+    std::int64_t recordingEnd = 0;   ///< 41; likewise
+    bool isJingle = false;           ///< 42
+
+    // Of web tracks and clips.
+    CString clipUrl;             ///< 32
+    bool isClipVideo = false;    ///< 33
+    bool isClipComplete = false; ///< 34
+    CString searchText;          ///< 35
+    CString searchPlugin;        ///< 36
+
+    CString podcastChannel;       ///< 37, of podcasts
+    CString shareName;            ///< 39, of shares
+    bool isImportedMovie = false; ///< 43, of imports: no music
+};
+} // namespace QorganizerDef

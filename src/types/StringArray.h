@@ -1,0 +1,16 @@
+#pragma once
+
+#include "types/Array.h"
+#include "types/String.h"
+
+/// A list of texts.
+class QO_API CStringArray : public CArray<CString>
+{
+public:
+    /// The elements with the separator between them; "" for an empty list.
+    CString join(const char16_t* separator) const;
+
+    /// The parts of the text between the separators, in order; an empty text gives no part. A
+    /// separator at the end gives no empty part behind it.
+    static CStringArray split(const CString& text, char16_t separator);
+};

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "types/String.h"
+
+#include <string>
+#include <string_view>
+
+/// Conversion between UTF-8 and the house's UTF-16. Safe from any thread.
+namespace qo
+{
+/// Ill-formed sequences become U+FFFD.
+QO_API CString fromUtf8(std::string_view text);
+
+/// Lone surrogates become U+FFFD.
+QO_API std::string toUtf8(std::u16string_view text);
+inline std::string toUtf8(const CString& text)
+{
+    return toUtf8(text.view());
+}
+} // namespace qo

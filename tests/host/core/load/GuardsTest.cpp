@@ -1,0 +1,305 @@
+#include "core/base/DatabaseError.h"
+#include "core/collection/PendingTags.h"
+#include "core/load/DatabaseGuard.h"
+#include "core/load/Snapshots.h"
+#include "core/roots/RootGuard.h"
+#include "core/session/InstanceLock.h"
+#include "core/session/KernelThread.h"
+#include "host/core/MessageOf.h"
+#include "support/Contains.h"
+#include "support/Print.h"
+#include "support/Records.h"
+#include "support/TempDir.h"
+#include "support/Words.h"
+
+#include <QoKernel/Collection.h>
+#include <QoKernel/Kernel.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <utility>
+
+using namespace qo::host;
+namespace fs = std::filesystem;
+
+namespace
+{
+void makeDatabase(const CString& path, const CString& filePath)
+{
+    CQoCollDb::CreateDatabaseIfNotValid(path, CQoCollDb::ConfigInfo());
+    CQoCollDb db(path);
+    QoFileDbItemPtr item = recordOf(filePath);
+    item->velmoraId = u"x";
+    db.insertFile(item, u"");
+}
+
+CStringArray listOf(const CString& folder)
+{
+    CStringArray list;
+    list.Add(folder);
+    return list;
+}
+
+} // namespace
+
+TEST(InstanceLock, IsHeldOnceAndGoesWithItsHolder)
+{
+    const TempDir dir;
+    const std::string file = dir.path("lock");
+    {
+        const InstanceLock lock(file);
+        const std::string message = messageOf([&] { InstanceLock second(file); }, ExitCode::busy);
+        EXPECT_TRUE(contains(message, "process " + std::to_string(qo::systemClock().processId())));
+    }
+    EXPECT_NO_THROW(InstanceLock again(file));
+    fs::create_symlink(dir.path("elsewhere"), dir.path("link"));
+    EXPECT_THROW(InstanceLock linked(dir.path("link")), HostError);
+}
+
+TEST(RootGuard, TellsWhyARootCannotBeTrusted)
+{
+    const TempDir dir;
+    const CString database = dir.collPath("db");
+    makeDatabase(database, dir.collPath("emptied \xF0\x9F\x8E\xB5/a.mp3"));
+    dir.write("full/a.mp3", "");
+    dir.write("file", "");
+    dir.makeFolder("new");
+    dir.makeFolder("emptied \xF0\x9F\x8E\xB5");
+    dir.makeFolder("emptied \xF0\x9F\x8E\xB5 not");
+    const std::pair<const char*, const char*> cases[] = {
+        {"full", ""},
+        {"new", ""},
+        {"gone", "No such file or directory"},
+        {"file", "Not a directory"},
+        {"emptied \xF0\x9F\x8E\xB5", "it is empty, but the collection has 1 file in it"},
+        {"emptied \xF0\x9F\x8E\xB5 not", ""}};
+    for (const auto& [folder, cause] : cases)
+    {
+        const auto problems = checkRoots(listOf(dir.collPath(folder)), database);
+        EXPECT_EQ(problems.empty() ? "" : problems[0].cause, cause) << folder;
+    }
+    EXPECT_TRUE(checkRoots(listOf(dir.collPath("new")), dir.collPath("no database")).empty());
+}
+
+TEST(DatabaseGuard, MakesAnAbsentOrEmptyDatabaseSilentlyAndKeepsSomebodyElsesInASnapshot)
+{
+    const TempDir dir;
+    dir.write("empty", "");
+    for (const char* name : {"absent", "empty"})
+    {
+        EXPECT_TRUE(DatabaseGuard(dir.collPath(name)).prepare().empty()) << name;
+        EXPECT_EQ(DatabaseGuard::countRows(dir.collPath(name)).at("VERSION_T"), 1);
+        EXPECT_TRUE(DatabaseGuard(dir.collPath(name)).prepare().empty()) << name;
+    }
+    const CString path = dir.collPath("db");
+    {
+        CSQLiteDB db(path);
+        db.Open();
+        db.Execute(u"CREATE TABLE sqliteX (x INTEGER PRIMARY KEY AUTOINCREMENT)");
+        EXPECT_EQ(DatabaseGuard::countRows(path), (DatabaseGuard::TableCounts{{"sqliteX", 0}}))
+            << "but for the library's own tables all are counted";
+        db.Execute(u"CREATE TABLE FILE_T (x)");
+        db.Execute(u"INSERT INTO FILE_T VALUES (1)");
+    }
+    const auto notes = DatabaseGuard(path).prepare();
+    ASSERT_EQ(notes.size(), 1U);
+    EXPECT_TRUE(contains(notes[0], "FILE_T 1 -> 0"));
+    const CStringArray copies = Snapshots(path).list();
+    ASSERT_EQ(copies.GetSize(), 1);
+    EXPECT_EQ(DatabaseGuard::countRows(copies[0]).at("FILE_T"), 1);
+}
+
+TEST(DatabaseGuard, LockedDatabaseIsBusyAndUntouched)
+{
+    const TempDir dir;
+    const CString path = dir.collPath("db");
+    makeDatabase(path, u"C:\\a.mp3");
+    CSQLiteDB other(path);
+    other.Open();
+    other.Execute(u"BEGIN IMMEDIATE;");
+    const std::string message = messageOf(
+        [&] { KernelThread().run([&] { return DatabaseGuard(path).prepare(); }); }, ExitCode::busy);
+    EXPECT_EQ(message, "the database " + dir.path("db") + " cannot be used: database is locked");
+    other.Execute(u"ROLLBACK;");
+    EXPECT_TRUE(DatabaseGuard(path).prepare().empty());
+}
+
+TEST(DatabaseGuard, ChangesWithoutTheirDatabaseAreNotThrownAway)
+{
+    const std::string pages(512, 'x');
+    const struct
+    {
+        const char* side;
+        std::string content;
+        bool isRefused;
+    } cases[] = {{"-wal", pages, true},
+                 {"-wal", pages.substr(0, 32), false},
+                 {"-journal", pages, true},
+                 // Left by a process that died while it made the tables.
+                 {"-journal", std::string(512, '\0'), false},
+                 {"-journal", "", false}};
+    for (const auto& c : cases)
+    {
+        for (const bool isEmpty : {false, true})
+        {
+            const TempDir dir;
+            const std::string side = dir.write(std::string("db") + c.side, c.content);
+            if (isEmpty)
+                dir.write("db", "");
+            const CString path = dir.collPath("db");
+            if (!c.isRefused)
+            {
+                EXPECT_NO_THROW(DatabaseGuard(path).prepare()) << c.side;
+                continue;
+            }
+            const std::string message =
+                messageOf([&] { DatabaseGuard(path).prepare(); }, ExitCode::failed);
+            EXPECT_TRUE(contains(message, side + " still holds a part of it"));
+            EXPECT_EQ(dir.read(std::string("db") + c.side), c.content);
+        }
+    }
+}
+
+TEST(DatabaseError, IsOneSentenceInTheLibrarysWords)
+{
+    const struct
+    {
+        int code;
+        const char16_t* text;
+        const char* words;
+        ExitCode exitCode;
+    } cases[] = {{1, u"no such table: X", "no such table: X", ExitCode::failed},
+                 {517, u"a [odd] text", "a [odd] text", ExitCode::busy},
+                 {11, u"", "SQLITE_CORRUPT", ExitCode::failed}};
+    for (const auto& c : cases)
+    {
+        const HostError error =
+            databaseError(CSQLiteException(c.code, c.text, u"SELECT 1\nFROM X"), u"C:\\home\\db");
+        EXPECT_EQ(error.what(), std::string("the database /home/db cannot be used: ") + c.words);
+        EXPECT_EQ(error.code(), c.exitCode);
+    }
+    EXPECT_EQ(databaseWords(u"saving : CSQLiteException: [SQLITE_FULL][code 13][disk is full]\nx"),
+              "saving : disk is full");
+    EXPECT_EQ(databaseWords(u"no room\nx"), "no room");
+}
+
+TEST(Snapshots, TheOneJustTakenStaysWhateverTheOthersAreCalled)
+{
+    const TempDir dir;
+    const CString path = dir.collPath("db");
+    makeDatabase(path, u"C:\\a.mp3");
+    const auto now = fs::file_time_type::clock::now();
+    for (int i = 0; i < 6; ++i)
+        fs::last_write_time(dir.write("snapshots/qodb-2999010" + std::to_string(i) + "_000000", ""),
+                            now + std::chrono::hours(1 + (i == 2 ? 0 : 10 - i)));
+    const CString taken = Snapshots(path).take();
+    EXPECT_EQ(DatabaseGuard::countRows(taken).at("FILE_T"), 1);
+    EXPECT_EQ(Snapshots(path).list().GetSize(), 5);
+    // The oldest by its time, and the one after it.
+    EXPECT_FALSE(fs::exists(dir.path("snapshots/qodb-29990102_000000")));
+    EXPECT_FALSE(fs::exists(dir.path("snapshots/qodb-29990105_000000")));
+}
+
+TEST(Snapshots, NewestFiveAreKeptAndOnlyTheirOwnFilesCountAndGo)
+{
+    const TempDir dir;
+    const CString path = dir.collPath("db");
+    makeDatabase(path, u"C:\\a.mp3");
+    CSQLiteDB open(path);
+    open.Open();
+    open.Execute(u"INSERT INTO FILE_T (FT_PATH) VALUES ('stands in the log alone')");
+    const auto strays = wordsOf("qodb-20990101_000000-wal qodb-20990101_000000-shm "
+                                "qodb-20990101_000000.bak qodb-2099 notes.unfinished "
+                                "qodb-x.unfinished somebody's-notes");
+    const auto swept = wordsOf("qodb-20200101_000000 qodb-20200101_000000-wal "
+                               "qodb-20200101_000000-shm qodb-20200101_000000-journal "
+                               "qodb-20200101_000000_1.unfinished "
+                               "qodb-20200101_000000.unfinished-journal");
+    for (const auto& names : {strays, swept})
+    {
+        for (const std::string& name : names)
+            dir.write("snapshots/" + name, "");
+    }
+    fs::last_write_time(dir.path("snapshots/qodb-20200101_000000"),
+                        fs::file_time_type::clock::now() - std::chrono::hours(1));
+    for (int i = 1; i < 5; ++i)
+        dir.write("snapshots/qodb-2020010" + std::to_string(i) + "_000000_12", "");
+    EXPECT_EQ(Snapshots(path).list().GetSize(), 5);
+    const CString newest = Snapshots(path).take();
+    EXPECT_EQ(DatabaseGuard::countRows(newest).at("FILE_T"), 2);
+    const CStringArray copies = Snapshots(path).list();
+    ASSERT_EQ(copies.GetSize(), 5);
+    EXPECT_EQ(copies[0], newest);
+    for (const std::string& name : strays)
+        EXPECT_TRUE(fs::exists(dir.path("snapshots/") + name)) << name;
+    for (const std::string& name : swept)
+        EXPECT_FALSE(fs::exists(dir.path("snapshots/") + name)) << name;
+}
+
+TEST(PendingTags, SurviveTheFile)
+{
+    const TempDir dir;
+    const CString file = dir.collPath("pending");
+    const CString path = qo::fromSystemPath("/music/\xff\n\xF0\x9F\x8E\xB5.mp3");
+    {
+        PendingTags tags(file);
+        tags.set(path, "artist", "a\nb\"\\");
+        tags.set(path, "album", "");
+        tags.set(u"C:\\other.mp3", "year", "76");
+        tags.save();
+    }
+    PendingTags tags(file);
+    EXPECT_EQ(tags.paths().size(), 2U);
+    EXPECT_EQ(tags.fields(path), (PendingTags::Fields{{"album", ""}, {"artist", "a\nb\"\\"}}));
+    EXPECT_TRUE(tags.drop(path, "album"));
+    EXPECT_FALSE(tags.drop(path, "album"));
+    EXPECT_TRUE(tags.drop(path));
+    tags.save();
+    EXPECT_EQ(PendingTags(file).paths(), std::vector<CString>{u"C:\\other.mp3"});
+}
+
+TEST(PendingTags, FileThatIsNoListIsSetAside)
+{
+    for (const char* text : {"",
+                             "[]",
+                             "{\"version\":2,\"files\":{}}",
+                             "{\"version\":1,\"files\":{\"a\":{\"artist\":1}}}",
+                             "{\"version\":1,\"files\":{\"a\":{\"singer\":\"x\"}}}",
+                             "\xff\xfe"})
+    {
+        const TempDir dir;
+        dir.write("pending", text);
+        const PendingTags tags(dir.collPath("pending"));
+        EXPECT_TRUE(tags.paths().empty()) << text;
+        EXPECT_NE(tags.complaint(), "") << text;
+        EXPECT_FALSE(fs::exists(dir.path("pending"))) << text;
+    }
+}
+
+TEST(KernelThread, RunsTasksInOrderAndHandsOnFailures)
+{
+    std::vector<int> order;
+    {
+        KernelThread thread;
+        for (int i = 0; i < 100; ++i)
+            thread.post([&order, i] { order.push_back(i); });
+        EXPECT_EQ(thread.run([] { return 42; }), 42);
+        EXPECT_THROW(thread.run([] { throw std::runtime_error("x"); }), std::runtime_error);
+        const std::string message = messageOf(
+            [&]
+            {
+                thread.run(
+                    [] {
+                        throw std::make_unique<CQoException>(CQoException::outOfMemory, nullptr)
+                            .release();
+                    });
+            },
+            ExitCode::failed);
+        EXPECT_EQ(message, "there is not enough memory");
+    }
+    EXPECT_EQ(order.size(), 100U);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}

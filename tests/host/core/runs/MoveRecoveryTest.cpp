@@ -1,0 +1,128 @@
+#include "core/runs/MoveRun.h"
+#include "host/core/MoveScene.h"
+#include "support/OrdinaryUser.h"
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+using namespace qo::host;
+namespace fs = std::filesystem;
+
+namespace
+{
+/// Runs whose disk or journal is changed while no process has them.
+class MoveRecoveryTest : public testing::Test
+{
+protected:
+    std::string journal() const { return dir.path("run.running"); }
+    void begin() const { MoveRun::begin(journal(), scene.plan("run")); }
+    void append(const std::string& lines) const
+    {
+        std::ofstream(journal(), std::ios::app) << lines;
+    }
+    bool exists(const std::string& relative) const { return fs::exists(scene.path(relative)); }
+    /// As if each disk had had another number when the journal was written.
+    void renumberDisks() const
+    {
+        FileMark mark;
+        EXPECT_EQ(markOf(dir.path(), mark), 0);
+        const std::string number = "\"mark\":[" + std::to_string(mark.device) + ",";
+        std::string text = dir.read("run.running");
+        for (std::size_t at = 0; (at = text.find(number, at)) != std::string::npos; ++at)
+            text.replace(at, number.size(), "\"mark\":[" + std::to_string(mark.device + 7) + ",");
+        dir.write("run.running", text);
+    }
+
+    TempDir dir;
+    MoveScene scene{{dir.path("base")}};
+};
+
+using Lines = std::vector<std::string>;
+} // namespace
+
+TEST_F(MoveRecoveryTest, DiskWithAnotherNumberIsTheSameAsLongAsTheFileIs)
+{
+    for (const char* name : {"same", "edited", "replaced", "song"})
+        scene.addMove(name, name == std::string("song") ? "Song" : std::string("new/") + name);
+    begin();
+    renumberDisks();
+    std::ofstream(scene.path("edited")) << "something else";
+    fs::rename(scene.path("replaced"), scene.path("aside"));
+    fs::copy_file(scene.path("aside"), scene.path("replaced"));
+    fs::last_write_time(scene.path("replaced"), fs::last_write_time(scene.path("aside")));
+    for (int start = 0; start < 2; ++start)
+    {
+        const MoveRun::Report report = MoveRun::open(journal())->run({});
+        ASSERT_EQ(report.failures.size(), 2U);
+        EXPECT_EQ(report.failures[0].from, scene.path("edited"));
+        EXPECT_EQ(report.failures[1].from, scene.path("replaced"));
+        EXPECT_TRUE(exists("new/same") && exists("Song"));
+    }
+}
+
+TEST_F(MoveRecoveryTest, FileThatHasBothItsNamesLosesTheOldOneOnlyIfItsMoveHadBegun)
+{
+    for (const bool hadBegun : {true, false})
+    {
+        SCOPED_TRACE(hadBegun);
+        MoveScene links({dir.path(hadBegun ? "begun" : "waiting")});
+        links.addMove("a", "b");
+        MoveRun::begin(journal(), links.plan("run"));
+        fs::create_hard_link(links.path("a"), links.path("b"));
+        append(hadBegun ? "{\"begin\":0}\n" : "");
+        const auto run = MoveRun::open(journal());
+        EXPECT_EQ(run->moved(), hadBegun ? 1U : 0U);
+        EXPECT_EQ(run->run({}).failures.size(), hadBegun ? 0U : 1U);
+        EXPECT_NE(fs::exists(links.path("a")), hadBegun);
+        EXPECT_TRUE(fs::exists(links.path("b")));
+        fs::remove(journal());
+    }
+}
+
+TEST_F(MoveRecoveryTest, HalfACopyGoesAlsoWhenItsRunIsOver)
+{
+    scene.addMove("a", "b");
+    begin();
+    append("{\"begin\":0}\n{\"lost\":0}\n{\"finished\":true}\n");
+    scene.add(".qo-run-copy-0/copy");
+    scene.add(".qo-run-copy-1/copy");
+    EXPECT_TRUE(MoveRun::open(journal())->isFinished());
+    EXPECT_FALSE(exists(".qo-run-copy-0"));
+    EXPECT_TRUE(exists(".qo-run-copy-1/copy")) << "no step of the run";
+}
+
+TEST_F(MoveRecoveryTest, FileEditedUnderItsTemporaryNameGoesHomeAsItIs)
+{
+    scene.addMove("song.mp3", "Song.mp3");
+    const auto edit = [this] { std::ofstream(scene.path(".qo-run-0.mp3")) << "edited"; };
+    const MoveRun::Report report =
+        MoveRun::begin(journal(), scene.plan("run"))->run(atThirdQuestion(edit));
+    EXPECT_TRUE(report.isFinished);
+    EXPECT_EQ(report.notes, Lines());
+    EXPECT_EQ(dir.read("base/song.mp3"), "edited");
+}
+
+TEST_F(MoveRecoveryTest, RunStaysOpenWhileAFileHasATemporaryName)
+{
+    scene.addMove("in/song.mp3", "in/Song.mp3");
+    const OrdinaryUser user(dir.path());
+    if (!user.isPossible)
+        GTEST_SKIP() << "the other user cannot reach the folder";
+    const MoveRun::Events events =
+        atThirdQuestion([this] { fs::permissions(scene.path("in"), fs::perms(0500)); });
+    const auto run = MoveRun::begin(journal(), scene.plan("run"));
+    for (int round = 0; round < 2; ++round)
+    {
+        const MoveRun::Report report = run->run(events);
+        EXPECT_FALSE(report.isFinished);
+        EXPECT_EQ(report.notes,
+                  Lines{"The run stays open, since " + scene.path("in/song.mp3") + " is now " +
+                        scene.path("in/.qo-run-0.mp3") + " and could not be given back its name"});
+    }
+    fs::permissions(scene.path("in"), fs::perms(0755));
+    EXPECT_TRUE(run->run({}).isFinished);
+    EXPECT_TRUE(exists("in/song.mp3"));
+}
