@@ -3,6 +3,10 @@
 add_library(qo_flags INTERFACE)
 target_compile_options(qo_flags INTERFACE -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual
                                           -Wimplicit-fallthrough -Wunused)
+# A class of a source that is read as part of a batch looks to GCC like one of a header.
+if(QO_UNITY)
+  target_compile_options(qo_flags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endif()
 if(QO_WERROR)
   target_compile_options(qo_flags INTERFACE -Werror)
 endif()

@@ -13,13 +13,11 @@
 
 namespace
 {
-constexpr const char16_t* sourcePath = u".\\Analyze\\NSAnalyzer";
-
 std::unique_ptr<CNSAtom> makeFixedAtom(const CString& text)
 {
     if (text.IsEmpty())
         return nullptr;
-    return qo::makeOwned<CNSAtom>(QO_HERE(sourcePath), CNSAtom::FixedString, text);
+    return qo::makeOwned<CNSAtom>(QO_HERE(u".\\Analyze\\NSAnalyzer"), CNSAtom::FixedString, text);
 }
 
 /// Empty values are not taken over. Whether the text changed, be it in case only.

@@ -8,8 +8,6 @@
 
 namespace
 {
-constexpr const char16_t* sourcePath = u".\\Analyze\\NSDirMusicFilesInfo";
-
 using FileList = CNSDirMusicFilesInfo::FileList;
 
 /// Also 0 for "song.mp3.jpg" beside "song.mp3". That makes no order: which music file is met
@@ -100,11 +98,12 @@ FileList& CNSDirMusicFilesInfo::filesOf(CNSAtom::EType type, const CString& valu
 {
     CMapStringToPtr*& values = m_atomValues[type];
     if (!values)
-        values = qo::makeOwned<CMapStringToPtr>(QO_HERE(sourcePath)).release();
+        values =
+            qo::makeOwned<CMapStringToPtr>(QO_HERE(u".\\Analyze\\NSDirMusicFilesInfo")).release();
     void*& files = (*values)[value];
     if (!files)
     {
-        files = qo::makeOwned<FileList>(QO_HERE(sourcePath)).release();
+        files = qo::makeOwned<FileList>(QO_HERE(u".\\Analyze\\NSDirMusicFilesInfo")).release();
         m_valuesInOrder[type].push_back(value);
     }
     return *static_cast<FileList*>(files);
@@ -136,6 +135,7 @@ const std::vector<CString>& CNSDirMusicFilesInfo::getValuesInOrder(CNSAtom::ETyp
 qo::MusicFileIndex& CNSDirMusicFilesInfo::getIndex() const
 {
     if (!m_index)
-        m_index = qo::makeOwned<qo::MusicFileIndex>(QO_HERE(sourcePath), *this);
+        m_index =
+            qo::makeOwned<qo::MusicFileIndex>(QO_HERE(u".\\Analyze\\NSDirMusicFilesInfo"), *this);
     return *m_index;
 }

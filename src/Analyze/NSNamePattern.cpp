@@ -4,7 +4,6 @@
 
 namespace
 {
-constexpr const char16_t* sourcePath = u".\\Analyze\\NSNamePattern";
 }
 
 CNSNamePattern::~CNSNamePattern()
@@ -45,7 +44,7 @@ void CNSNamePattern::copyFrom(const CNSNamePattern& other)
 
 CNSNamePattern* CNSNamePattern::clone() const
 {
-    auto copy = qo::makeOwned<CNSNamePattern>(QO_HERE(sourcePath));
+    auto copy = qo::makeOwned<CNSNamePattern>(QO_HERE(u".\\Analyze\\NSNamePattern"));
     copy->copyFrom(*this);
     return copy.release();
 }
@@ -53,7 +52,7 @@ CNSNamePattern* CNSNamePattern::clone() const
 void CNSNamePattern::addAtom(CNSAtom* atom)
 {
     if (!atom)
-        qo::throwOutOfMemory(QO_HERE(sourcePath));
+        qo::throwOutOfMemory(QO_HERE(u".\\Analyze\\NSNamePattern"));
     m_atoms.add(atom);
 }
 
@@ -62,7 +61,8 @@ void CNSNamePattern::setAtom(CNSAtom::EType type, const CString& value)
     if (CNSAtom* atom = getAtom(type, 0))
         atom->m_value = value;
     else
-        addAtom(qo::makeOwned<CNSAtom>(QO_HERE(sourcePath), type, value).release());
+        addAtom(
+            qo::makeOwned<CNSAtom>(QO_HERE(u".\\Analyze\\NSNamePattern"), type, value).release());
 }
 
 void CNSNamePattern::removeAtom(CNSAtom* atom)

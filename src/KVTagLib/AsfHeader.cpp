@@ -26,7 +26,6 @@ constexpr unsigned fileSizeAt = 16;
 // Far more than any real header has.
 constexpr long long maxHeaderBytes = 64L << 20;
 constexpr std::size_t maxParts = 1U << 16;
-constexpr unsigned maxWord = std::numeric_limits<std::uint16_t>::max();
 
 constexpr auto headerGuid = "\x30\x26\xB2\x75\x8E\x66\xCF\x11\xA6\xD9\x00\xAA\x00\x62\xCE\x6C"sv;
 constexpr auto descriptionGuid =
@@ -199,7 +198,7 @@ bool AsfHeader::render(const Object& object, ByteVector& content)
     {
         for (const ByteVector& text : object.texts)
         {
-            if (text.size() > maxWord)
+            if (text.size() > maxAsfWord)
                 return false;
             appendWord(content, text.size());
         }
@@ -208,7 +207,7 @@ bool AsfHeader::render(const Object& object, ByteVector& content)
     }
     else if (object.kind != Kind::other)
     {
-        if (object.attributes.size() > maxWord)
+        if (object.attributes.size() > maxAsfWord)
             return false;
         appendWord(content, static_cast<unsigned>(object.attributes.size()));
         for (const Attribute& attribute : object.attributes)

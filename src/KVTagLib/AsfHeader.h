@@ -16,6 +16,9 @@ class File;
 
 namespace KVTagLib
 {
+/// The most that a count or size of 16 bits can say.
+constexpr unsigned maxAsfWord = 0xFFFF;
+
 class AsfCursor;
 
 /// The header of a Windows Media file as its bytes. A name with several values has them in three

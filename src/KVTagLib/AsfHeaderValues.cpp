@@ -10,19 +10,18 @@ namespace KVTagLib
 {
 namespace
 {
-constexpr unsigned maxWord = std::numeric_limits<std::uint16_t>::max();
 
 /// Whether the extended description can hold it, which has neither streams nor languages.
 bool fitsExtended(const AsfValue& value)
 {
     return (value.type == AsfValue::text || value.type == AsfValue::binary) && value.stream == 0 &&
-           value.language == 0 && value.bytes.size() <= maxWord;
+           value.language == 0 && value.bytes.size() <= maxAsfWord;
 }
 } // namespace
 
 unsigned AsfHeader::largestValue(Kind kind)
 {
-    return kind == Kind::library ? std::numeric_limits<unsigned>::max() : maxWord;
+    return kind == Kind::library ? std::numeric_limits<unsigned>::max() : maxAsfWord;
 }
 
 String AsfHeader::named(Named place) const

@@ -20,7 +20,7 @@ constexpr unsigned magicBytes = 4;
 constexpr unsigned maxBlockBytes = (1U << 24) - 1;
 constexpr unsigned long maxBytes = 256UL << 20; ///< of all blocks; more is no sound file's
 constexpr unsigned long searchForMagic = 64 << 10;
-constexpr unsigned roomToGrow = 4096;
+constexpr unsigned newPadding = 4096;
 constexpr char lastFlag = '\x80';
 constexpr char streamInfo = 0;
 constexpr char padding = 1;
@@ -146,7 +146,7 @@ bool FlacBlocks::store(IOStream& file) const
     {
         const unsigned long room = m_size - std::min<unsigned long>(m_size, bytes.size());
         const bool fits = room >= headerBytes && room - headerBytes <= maxBlockBytes;
-        add(padding, ByteVector(fits ? static_cast<unsigned>(room) - headerBytes : roomToGrow, 0));
+        add(padding, ByteVector(fits ? static_cast<unsigned>(room) - headerBytes : newPadding, 0));
     }
     bytes[static_cast<int>(lastHeader)] =
         static_cast<char>(bytes[static_cast<int>(lastHeader)] | lastFlag);

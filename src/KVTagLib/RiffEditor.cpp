@@ -24,7 +24,7 @@ public:
     {
     }
     Tag* tag() const override { return nullptr; }
-    AudioProperties* audioProperties() const override { return nullptr; }
+    TagLib::AudioProperties* audioProperties() const override { return nullptr; }
     bool save() override { return false; }
 
     /// The first chunk with that name, without regard to case, whose content starts so.

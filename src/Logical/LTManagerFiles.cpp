@@ -7,8 +7,6 @@
 
 namespace
 {
-constexpr const char16_t* sourcePath = u".\\Logical\\LTManager";
-
 /// Runs the steps; what they had done before memory ran out stays.
 template <class STEPS>
 void orOutOfMemory(STEPS steps)
@@ -18,7 +16,7 @@ try
 }
 catch (const std::bad_alloc&)
 {
-    qo::throwOutOfMemory(QO_HERE(sourcePath));
+    qo::throwOutOfMemory(QO_HERE(u".\\Logical\\LTManager"));
 }
 
 // Objects let go of what they are linked to. The handles of the other ends are copies, since
@@ -117,7 +115,7 @@ void CLTManager::createPictureLTObjects(const boost::shared_ptr<CHDPictureFile>&
     orOutOfMemory(
         [&file, &owner]
         {
-            const auto picture = qo::makeObject<CLTPicture>(QO_HERE(sourcePath));
+            const auto picture = qo::makeObject<CLTPicture>(QO_HERE(u".\\Logical\\LTManager"));
             m_pictures.add(picture);
             qo::UnusedNotes::instance().add(picture.get(), CLTObjectType::Picture);
             if (owner->getType() == CLTObjectType::Album)
@@ -163,7 +161,7 @@ void CLTManager::createLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& fil
                 lyrics = static_cast<const CLTTrack&>(*owner).getLyrics();
             if (!lyrics)
             {
-                lyrics = qo::makeObject<CLTLyrics>(QO_HERE(sourcePath));
+                lyrics = qo::makeObject<CLTLyrics>(QO_HERE(u".\\Logical\\LTManager"));
                 m_lyrics.add(lyrics);
                 qo::UnusedNotes::instance().add(lyrics.get(), CLTObjectType::Lyrics);
                 if (isTrack)

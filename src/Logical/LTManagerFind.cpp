@@ -4,8 +4,6 @@
 
 namespace
 {
-constexpr const char16_t* sourcePath = u".\\Logical\\LTManager";
-
 template <class X>
 using TagCompare = int (*)(const SimpleMusicTag*, const boost::shared_ptr<X>&);
 
@@ -39,13 +37,13 @@ boost::shared_ptr<X> createAt(qo::SortedLTList<X>& sorted,
                               int position)
 try
 {
-    auto object = qo::makeObject<X>(QO_HERE(sourcePath), name);
+    auto object = qo::makeObject<X>(QO_HERE(u".\\Logical\\LTManager"), name);
     sorted.insert(position, object, key);
     return object;
 }
 catch (const std::bad_alloc&)
 {
-    qo::throwOutOfMemory(QO_HERE(sourcePath));
+    qo::throwOutOfMemory(QO_HERE(u".\\Logical\\LTManager"));
 }
 } // namespace
 

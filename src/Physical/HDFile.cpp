@@ -15,24 +15,19 @@
 
 #include <iterator>
 
-namespace
-{
-constexpr const char16_t* sourcePath = u".\\Physical\\HDFile";
-} // namespace
-
 boost::shared_ptr<CHDFile> CHDFile::createHDFile(const boost::shared_ptr<QoFileDbItem>& item)
 {
     const CString ext = qo::fileExtOf(item->path);
     boost::shared_ptr<CHDFile> file;
     // The order decides: an extension may one day stand in two lists.
     if (CQoUtils::isMusicExt(ext))
-        file = qo::makeObject<CHDMusicFile>(QO_HERE(sourcePath), Key(), item);
+        file = qo::makeObject<CHDMusicFile>(QO_HERE(u".\\Physical\\HDFile"), Key(), item);
     else if (isPictureFile(ext))
-        file = qo::makeObject<CHDPictureFile>(QO_HERE(sourcePath), Key(), item);
+        file = qo::makeObject<CHDPictureFile>(QO_HERE(u".\\Physical\\HDFile"), Key(), item);
     else if (isTextFile(ext))
-        file = qo::makeObject<CHDTextFile>(QO_HERE(sourcePath), Key(), item);
+        file = qo::makeObject<CHDTextFile>(QO_HERE(u".\\Physical\\HDFile"), Key(), item);
     else
-        file = qo::makeObject<CHDOtherFile>(QO_HERE(sourcePath), Key(), item);
+        file = qo::makeObject<CHDOtherFile>(QO_HERE(u".\\Physical\\HDFile"), Key(), item);
     file->setFileInfo();
     return file;
 }

@@ -7,14 +7,12 @@
 
 namespace
 {
-constexpr const char16_t* sourcePath = u".\\Reorganize\\ReorganizeRule";
-
 /// A node without a parent around the rule.
 template <class NODE, class RULE>
 std::unique_ptr<NODE> makeNode(RULE* rule)
 {
     std::unique_ptr<RULE> owned(rule);
-    auto node = qo::makeOwned<NODE>(QO_HERE(sourcePath), nullptr);
+    auto node = qo::makeOwned<NODE>(QO_HERE(u".\\Reorganize\\ReorganizeRule"), nullptr);
     node->m_rule = owned.release();
     return node;
 }
@@ -25,7 +23,8 @@ std::unique_ptr<CReorganizeRule::CSeperateRuleNode> makeSeperateRuleNode(CSepera
     for (int i = 0; i < rule->getOutputCount(); ++i)
     {
         using Output = CReorganizeRule::CSeperateRuleOutputNode;
-        auto output = qo::makeOwned<Output>(QO_HERE(sourcePath), nullptr, rule->getOutputType(i));
+        auto output = qo::makeOwned<Output>(
+            QO_HERE(u".\\Reorganize\\ReorganizeRule"), nullptr, rule->getOutputType(i));
         node->addOutputNode(output.get());
         output.release();
     }

@@ -5,12 +5,10 @@
 
 namespace
 {
-constexpr const char16_t* sourcePath = u".\\Reorganize\\ReorganizeRule";
-
 template <class NODE, class... Args>
 CReorganizeRule::CNode* cloneNode(const NODE& node, Args... args)
 {
-    auto copy = qo::makeOwned<NODE>(QO_HERE(sourcePath), args...);
+    auto copy = qo::makeOwned<NODE>(QO_HERE(u".\\Reorganize\\ReorganizeRule"), args...);
     copy->copyFrom(&node);
     return copy.release();
 }

@@ -18,8 +18,6 @@ namespace
 {
 namespace names = qo::ruleFile;
 
-constexpr const char16_t* sourcePath = u".\\Reorganize\\ReorganizeRuleXmlParser";
-
 /// False for a file that cannot be read or is too big.
 bool readFile(const CString& path, std::string& bytes)
 {
@@ -55,7 +53,8 @@ void forEachChild(const TiXmlElement* element, const char* name, FUNCTION functi
 template <class RULE, class... Args>
 RULE* makeRule(Args... args)
 {
-    return qo::makeOwned<RULE>(QO_HERE(sourcePath), args...).release();
+    return qo::makeOwned<RULE>(QO_HERE(u".\\Reorganize\\ReorganizeRuleXmlParser"), args...)
+        .release();
 }
 } // namespace
 
@@ -70,7 +69,7 @@ CReorganizeRule* CReorganizeRuleXmlParser::loadReorganizeRule(const CString& pat
     const TiXmlElement* const root = document.RootElement();
     if (document.Error() || !root || !elemHasName(root, names::root))
         return nullptr;
-    auto rule = qo::makeOwned<CReorganizeRule>(QO_HERE(sourcePath));
+    auto rule = qo::makeOwned<CReorganizeRule>(QO_HERE(u".\\Reorganize\\ReorganizeRuleXmlParser"));
     return createReorganizeRule(root, rule.get()) ? rule.release() : nullptr;
 }
 

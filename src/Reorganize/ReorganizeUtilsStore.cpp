@@ -23,12 +23,12 @@ CAutoListT<CReorganizeRule> CReorganizeUtils::m_goneRules;
 
 namespace
 {
-constexpr const char16_t* sourcePath = u".\\Reorganize\\ReorganizeUtils";
 constexpr const char16_t* ruleFileExtension = u"xml";
 
 void addAtom(CNSNamePattern& pattern, CNSAtom::EType type, const CString& value)
 {
-    pattern.addAtom(qo::makeOwned<CNSAtom>(QO_HERE(sourcePath), type, value).release());
+    pattern.addAtom(
+        qo::makeOwned<CNSAtom>(QO_HERE(u".\\Reorganize\\ReorganizeUtils"), type, value).release());
 }
 
 bool isOfPoints(const CString& text)
@@ -86,7 +86,8 @@ void CReorganizeUtils::buildBuiltInRule(CReorganizeRule& rule, const CString& fo
 
 CSubdirRule* CReorganizeUtils::addSubDirRule(CReorganizeRule& rule, const CString& text)
 {
-    auto* const subdirRule = qo::makeOwned<CSubdirRule>(QO_HERE(sourcePath)).release();
+    auto* const subdirRule =
+        qo::makeOwned<CSubdirRule>(QO_HERE(u".\\Reorganize\\ReorganizeUtils")).release();
     rule.addSubdirRule(subdirRule, nullptr);
     subdirRule->keepOriginal = false;
     addAtom(subdirRule->m_pattern, CNSAtom::FixedString, text);
@@ -97,7 +98,8 @@ void CReorganizeUtils::addDefaultRenameRules(CReorganizeRule& rule, const CSubdi
 {
     for (const auto type : {CRenameRule::Music, CRenameRule::Lyrics, CRenameRule::Picture})
     {
-        auto renameRule = qo::makeOwned<CRenameRule>(QO_HERE(sourcePath), type);
+        auto renameRule =
+            qo::makeOwned<CRenameRule>(QO_HERE(u".\\Reorganize\\ReorganizeUtils"), type);
         if (type == CRenameRule::Music)
         {
             renameRule->keepOriginal = false;
@@ -232,7 +234,7 @@ void CReorganizeUtils::putStored(const CString& oldId,
     std::unique_ptr<CReorganizeRule> fresh;
     if (!stored || isBuiltIn(stored))
     {
-        fresh = qo::makeOwned<CReorganizeRule>(QO_HERE(sourcePath));
+        fresh = qo::makeOwned<CReorganizeRule>(QO_HERE(u".\\Reorganize\\ReorganizeUtils"));
         stored = fresh.get();
     }
     stored->copyFrom(&rule);

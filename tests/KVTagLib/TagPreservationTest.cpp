@@ -10,7 +10,7 @@ namespace
 {
 /// One rich tag, made by another tag library; a change to one field; and the only lines in which
 /// that library's view of the file may differ afterwards.
-struct Case
+struct PreservedCase
 {
     const char* file;
     const char* make; ///< Python; the file's path is in p
@@ -48,7 +48,7 @@ from mutagen.apev2 import APEv2
 t.save(p, v2_version=4, v1=2)
 a = APEv2(); a['Artist'] = ['First', 'Second']; a['Title'] = 'Old'; a['MP3GAIN_MINMAX'] = '1,2'; a.save(p)
 )";
-constexpr const char* xiph = R"(
+constexpr const char* preservedXiph = R"(
 import mutagen
 f = mutagen.File(p)
 if f.tags is None: f.add_tags()
@@ -64,7 +64,7 @@ a = APEv2(); a['Artist'] = ['First', 'Second']; a['Title'] = 'Old'; a['Album'] =
 a['Track'] = '3/12'; a['Disc'] = '1'; a['Year'] = '2001-05-03'; a['replaygain_track_gain'] = '-7.5 dB'
 a['Blob'] = APEValue(b'\x00\x01\xff', BINARY); a['Link'] = APEValue('http://x', EXTERNAL); a.save(p)
 )";
-constexpr const char* mp4 = R"(
+constexpr const char* preservedMp4 = R"(
 from mutagen.mp4 import MP4, MP4Cover
 f = MP4(p)
 f['\xa9ART'] = ['First', 'Second']; f['\xa9nam'] = 'Old'; f['\xa9alb'] = 'Album'; f['\xa9day'] = '2001-05-03T07:00:00Z'
@@ -78,7 +78,7 @@ i = b.index(b'\xa9grp')
 b = b[:i] + b'zzzz' + b[i + 4:i + 12] + b'\x00\x00\x00\x15' + b[i + 16:]
 open(p, 'wb').write(b)
 )";
-constexpr const char* asf = R"(
+constexpr const char* preservedAsf = R"(
 from mutagen.asf import ASF, ASFDWordAttribute, ASFBoolAttribute, ASFByteArrayAttribute, ASFQWordAttribute
 f = ASF(p)
 f['Author'] = ['First', 'Second']; f['Title'] = 'Old'; f['WM/AlbumTitle'] = 'Album'; f['WM/Year'] = '2001-05-03'
@@ -137,7 +137,7 @@ std::vector<std::string> difference(const std::vector<std::string>& a,
     return result;
 }
 
-std::vector<Case> id3Cases()
+std::vector<PreservedCase> id3Cases()
 {
     static const std::string v24 = std::string(id3Frames) + id3v24;
     static const std::string v23 = std::string(id3Frames) + id3v23;
@@ -166,30 +166,34 @@ std::vector<Case> id3Cases()
     };
 }
 
-std::vector<Case> otherCases()
+std::vector<PreservedCase> otherCases()
 {
     const char* const flac = "sound.flac";
     const char* const m4a = "sound.m4a";
     const CTags genre = only(&CTags::SetGenre, u"Jazz");
-    std::vector<Case> cases = {
-        {flac, xiph, artist(u"New"), {"artist=First|Second"}, {"artist=New|Second"}},
-        {flac, xiph, genre, {"genre=Rock|Pop"}, {"genre=Jazz|Pop"}},
+    std::vector<PreservedCase> cases = {
+        {flac, preservedXiph, artist(u"New"), {"artist=First|Second"}, {"artist=New|Second"}},
+        {flac, preservedXiph, genre, {"genre=Rock|Pop"}, {"genre=Jazz|Pop"}},
         {flac,
-         xiph,
+         preservedXiph,
          track(u"4/9"),
          {"tracknumber=3", "tracktotal=12"},
          {"tracknumber=4", "tracktotal=9"}},
         {"sound.wv", apeTag, track(u"4"), {"Track=3/12"}, {"Track=4/12"}},
-        {m4a, mp4, title(u"A much longer title"), {"©nam=Old"}, {"©nam=A much longer title"}},
-        {"alac.m4a", mp4, artist(u"New"), {"©ART=First|Second"}, {"©ART=New|Second"}},
-        {m4a, mp4, track(u"4"), {"trkn=3/12"}, {"trkn=4/12"}},
-        {m4a, mp4, cover(), {"picture=13 377"}, {"picture=13 617"}},
-        {"sound.wma", asf, title(u"New"), {"Title=Old"}, {"Title=New"}},
-        {"sound.wma", asf, artist(u"New"), {"Author=First|Second"}, {"Author=New|Second"}},
+        {m4a,
+         preservedMp4,
+         title(u"A much longer title"),
+         {"©nam=Old"},
+         {"©nam=A much longer title"}},
+        {"alac.m4a", preservedMp4, artist(u"New"), {"©ART=First|Second"}, {"©ART=New|Second"}},
+        {m4a, preservedMp4, track(u"4"), {"trkn=3/12"}, {"trkn=4/12"}},
+        {m4a, preservedMp4, cover(), {"picture=13 377"}, {"picture=13 617"}},
+        {"sound.wma", preservedAsf, title(u"New"), {"Title=Old"}, {"Title=New"}},
+        {"sound.wma", preservedAsf, artist(u"New"), {"Author=First|Second"}, {"Author=New|Second"}},
         {"sound.wav", wav, title(u"New"), {"TIT2=Old"}, {"TIT2=New"}},
     };
     for (const char* file : {"sound.flac", "sound.ogg", "sound.oga", "sound.opus", "sound.spx"})
-        cases.push_back({file, xiph, title(u"New"), {"title=Old"}, {"title=New"}});
+        cases.push_back({file, preservedXiph, title(u"New"), {"title=Old"}, {"title=New"}});
     for (const char* file : {"sound.wv", "sound.mpc", "sound.ape"})
         cases.push_back({file, apeTag, title(u"New"), {"Title=Old"}, {"Title=New"}});
     return cases;
@@ -201,9 +205,9 @@ TEST(TagPreservation, OnlyTheChangedFieldDiffersForAnotherTagLibrary)
     if (!haveReferee())
         GTEST_SKIP() << "python3-mutagen is not installed";
     const TempDir folder;
-    std::vector<Case> cases = id3Cases();
+    std::vector<PreservedCase> cases = id3Cases();
     std::ranges::move(otherCases(), std::back_inserter(cases));
-    for (const Case& row : cases)
+    for (const PreservedCase& row : cases)
     {
         SCOPED_TRACE(row.file + (" " + row.gone.front()));
         const std::string path = copySound(folder, row.file);

@@ -10,17 +10,13 @@
 #include "support/DocExample.h"
 #include "support/LogCapture.h"
 #include "support/Print.h"
+#include "support/Sign.h"
 
 #include <sstream>
 #include <utility>
 
 namespace
 {
-int sign(int value)
-{
-    return (value > 0) - (value < 0);
-}
-
 /// The cells of a row "a | b | c" without the blanks around them.
 std::vector<CString> cellsOf(const std::string& row)
 {

@@ -19,7 +19,7 @@ bool hasDigits(std::u16string_view text, std::size_t at, std::size_t count)
                        [](char16_t c) { return c >= u'0' && c <= u'9'; });
 }
 
-CString nameOf(const CString& file)
+CString logNameOf(const CString& file)
 {
     return file.Mid(file.ReverseFind(u'\\') + 1);
 }
@@ -29,7 +29,7 @@ CString runOf(const CString& file)
 {
     constexpr std::size_t dateDigits = 8;
     constexpr std::size_t timeDigits = 6;
-    const CString name = nameOf(file);
+    const CString name = logNameOf(file);
     const std::u16string_view text = name.view();
     if (!text.ends_with(extension))
         return {};

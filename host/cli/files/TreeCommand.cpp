@@ -19,7 +19,7 @@ struct TreeOptions
 
 using Dir = boost::shared_ptr<CHDDirectory>;
 
-std::string nameOf(const CString& path)
+std::string lastNameOf(const CString& path)
 {
     const std::string system = host::shownPath(path);
     return system.substr(system.rfind('/') + 1);
@@ -70,10 +70,10 @@ private:
         text += level.next < entriesOf(level.dir) ? "├── " : "└── ";
         const int folders = level.dir->getSubDirs().GetSize();
         if (index >= folders)
-            return m_line.out.line(text + m_line.out.foreign(nameOf(
+            return m_line.out.line(text + m_line.out.foreign(lastNameOf(
                                               level.dir->getFiles()[index - folders]->getPath())));
         const Dir sub = level.dir->getSubDirs()[index];
-        m_line.out.line(text + m_line.out.foreign(nameOf(sub->getPath().toString())) +
+        m_line.out.line(text + m_line.out.foreign(lastNameOf(sub->getPath().toString())) +
                         countOf(sub));
         if (m_options.depth == 0 || static_cast<int>(m_open.size()) < m_options.depth)
             m_open.push_back({sub, 0});

@@ -9,7 +9,7 @@ namespace qo::cli
 {
 namespace
 {
-constexpr std::size_t nameWidth = 40;
+constexpr std::size_t artistWidth = 40;
 
 /// An artist or a genre with what its tracks come to.
 struct Group
@@ -59,7 +59,7 @@ void listArtists(CommandLine& line, const MusicOptions& options)
     Listing listing(line,
                     options.isLong,
                     {"name", "albums", "tracks", "duration", "yearFrom", "yearTo"},
-                    {{nameWidth}, {0, true}, {0, true}, {0, true}, {}});
+                    {{artistWidth}, {0, true}, {0, true}, {0, true}, {}});
     for (const Group& group : groups)
     {
         if (listing.isClosed())
@@ -94,7 +94,7 @@ void listGenres(CommandLine& line, const MusicOptions& options)
     Listing listing(line,
                     options.isLong,
                     {"name", "tracks", "artists", "duration"},
-                    {{nameWidth}, {0, true}, {0, true}, {0, true}});
+                    {{artistWidth}, {0, true}, {0, true}, {0, true}});
     for (const Group& group : groups)
     {
         if (listing.isClosed())

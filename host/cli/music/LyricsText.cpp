@@ -10,7 +10,7 @@ namespace qo::cli
 {
 namespace
 {
-constexpr std::size_t largestFile = std::size_t(4) << 20;
+constexpr std::size_t largestText = std::size_t(4) << 20;
 
 /// Behind a byte order mark of two bytes.
 CString fromUtf16(const std::string& bytes, bool isBigEndian)
@@ -37,7 +37,7 @@ CString fromLatin1(const std::string& bytes)
 std::string readLyricsFile(const CString& path, CString& text)
 {
     std::string bytes;
-    const int error = host::readFile(path, largestFile, bytes);
+    const int error = host::readFile(path, largestText, bytes);
     if (error == EFBIG)
         return "is too large for lyrics";
     if (error != 0)

@@ -1,5 +1,6 @@
 #include "cli/music/PlacedFile.h"
 
+#include "cli/music/MusicFilter.h"
 #include "cli/shown/Text.h"
 
 #include <utility>
@@ -52,11 +53,6 @@ const char* resultName(EVoteResult result)
     return "";
 }
 
-CString nameOf(const boost::shared_ptr<CLTObject>& object)
-{
-    return object ? object->getName() : CString();
-}
-
 Json voteJson(const FolderVote& vote)
 {
     Json object;
@@ -94,7 +90,7 @@ void PlacedFile::findOwner(const CHDPictureFile& file)
     boost::shared_ptr<CLTObject> artist = file.getLTAssoc(CLTObjectType::Artist);
     if (!artist)
         artist = CLTManager::findLTArtist(tag, position);
-    m_owner = {nameOf(artist), nameOf(album), {}};
+    m_owner = {nameOf(artist.get()), nameOf(album.get()), {}};
     m_isPlaced = album || artist;
 }
 
@@ -110,8 +106,9 @@ void PlacedFile::findOwner(const CHDTextFile& file)
         album = track->getAlbum();
     m_isPlaced = track || album;
     if (m_isPlaced)
-        m_owner = {
-            nameOf(track ? track->getArtist() : album->getArtist()), nameOf(album), nameOf(track)};
+        m_owner = {nameOf((track ? track->getArtist() : album->getArtist()).get()),
+                   nameOf(album.get()),
+                   nameOf(track.get())};
 }
 
 std::string PlacedFile::ownerText() const

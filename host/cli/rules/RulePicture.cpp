@@ -25,7 +25,7 @@ constexpr SeparatorName separatorNames[] = {
     {CSeperateRule::AlbumTracks, "album-tracks rule", "AlbumTracksSeperateRule"},
     {CSeperateRule::Jingle, "jingle rule", "JingleSeperateRule"}};
 
-const SeparatorName& nameOf(const CSeperateRule& rule)
+const SeparatorName& wordsFor(const CSeperateRule& rule)
 {
     const SeparatorName* found = separatorNames;
     for (const SeparatorName& each : separatorNames)
@@ -55,7 +55,7 @@ std::string kindOf(const CRenameRule& rule)
 std::string separatorText(const CSeperateRule& rule)
 {
     const int limit = trackLimitOf(rule);
-    return nameOf(rule).label + (limit < 0 ? "" : ": " + countText(limit, "track"));
+    return wordsFor(rule).label + (limit < 0 ? "" : ": " + countText(limit, "track"));
 }
 
 std::string folderText(const CSubdirRule& rule)
@@ -112,7 +112,7 @@ Json nodeJson(const Node* node);
 Json separatorJson(const SeparatorNode& node)
 {
     Json object;
-    object["type"] = nameOf(*node.m_rule).element;
+    object["type"] = wordsFor(*node.m_rule).element;
     if (const int limit = trackLimitOf(*node.m_rule); limit >= 0)
         object["trackLimit"] = limit;
     object["outputs"] = Json::array();

@@ -8,6 +8,12 @@
 /// Small helpers around the paths of records and the files they stand for.
 namespace qo::host
 {
+/// The user's own collection.
+inline CQoCollection& ownCollection()
+{
+    return CQoCollection::m_ownCollection;
+}
+
 /// The spellings that the collection takes for one path have one key.
 std::u16string pathKey(const CString& path);
 

@@ -2,6 +2,7 @@
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
+#include "core/collection/CollectionFiles.h"
 #include "core/collection/Trash.h"
 #include "core/roots/RootFolders.h"
 
@@ -22,12 +23,7 @@ namespace
 /// Device and inode: what a thing is, under whatever name.
 using Identity = std::pair<dev_t, ino_t>;
 
-const CQoCollection& collection()
-{
-    return CQoCollection::m_ownCollection;
-}
-
-CString parentOf(const CString& path)
+CString folderAbove(const CString& path)
 {
     return CQoCollPath(path).getParent().toString();
 }
@@ -102,7 +98,7 @@ std::vector<Place> rootPlaces()
     const RootFolders listed;
     for (const CString& root : listed.folders())
         places.emplace_back(toSystemPath(root), "a root folder");
-    for (const auto& root : collection().getRootDirs())
+    for (const auto& root : ownCollection().getRootDirs())
         places.emplace_back(toSystemPath(root->getPath().toString()), "a root folder");
     return places;
 }
@@ -143,7 +139,7 @@ CString nameTaken(const CString& from, const CQoCollPath& target)
                         shownPath(from) + " cannot become " + shownPath(target.toString()) + ": " +
                             shownPath(parent) + ": " + errorWords(error));
     const CString name = target.getLast();
-    const bool isSameFolder = parentOf(from) == parent;
+    const bool isSameFolder = folderAbove(from) == parent;
     CString alike;
     for (const DirEntry& entry : entries)
     {
@@ -188,14 +184,14 @@ void notProtected(const CString& path, const std::string& deed, const Trash& tra
         if (place.goesWith(identity))
             throw HostError(ExitCode::failed, start + place.whyStays(system));
     }
-    if (isInData(toSystemPath(parentOf(path))))
+    if (isInData(toSystemPath(folderAbove(path))))
         throw HostError(ExitCode::failed,
                         start + "it is part of this program's data in " + dataPlace().path());
 }
 
 void inCollection(const CString& path, const std::string& deed)
 {
-    if (!collection().isDirInCollection(CQoCollPath(path).getParent()))
+    if (!ownCollection().isDirInCollection(CQoCollPath(path).getParent()))
         throw HostError(ExitCode::notFound,
                         shownPath(path) + " cannot be " + deed +
                             ": it is in no root folder of the collection");
@@ -217,10 +213,10 @@ void freeTarget(const CString& from, const CString& to)
 {
     const std::string start = shownPath(from) + " cannot become " + shownPath(to) + ": ";
     const CQoCollPath target(to);
-    const CString parent = parentOf(to);
+    const CString parent = folderAbove(to);
     if (from == to)
         throw HostError(ExitCode::failed, shownPath(from) + " is there already");
-    if (!target.isValid() || !collection().isDirInCollection(target.getParent()))
+    if (!target.isValid() || !ownCollection().isDirInCollection(target.getParent()))
         throw HostError(ExitCode::failed,
                         start + shownPath(parent) + " is in no root folder of the collection");
     if (isInData(toSystemPath(parent)))

@@ -18,11 +18,6 @@ namespace qo::host
 {
 namespace
 {
-CQoCollection& collection()
-{
-    return CQoCollection::m_ownCollection;
-}
-
 /// The name itself, not what a link leads to.
 bool isSameName(const CString& a, const CString& b)
 {
@@ -95,7 +90,7 @@ FileOperations::Result FileOperations::add(const CString& from,
                                            DiskMove::Mode mode,
                                            ProgressReporter& progress)
 {
-    if (mode == DiskMove::Mode::move && collection().isDirInCollection(CQoCollPath(from)))
+    if (mode == DiskMove::Mode::move && ownCollection().isDirInCollection(CQoCollPath(from)))
         return move(from, to, progress);
     check::source(from, mode == DiskMove::Mode::move ? "moved" : "copied");
     const CString target = targetOf(from, to);
@@ -273,7 +268,7 @@ std::string FileOperations::loadAgain()
     }
     catch (const HostError& error)
     {
-        collection().clearCollection(nullptr);
+        ownCollection().clearCollection(nullptr);
         return std::string("; the collection could not be read again: ") + error.what();
     }
 }

@@ -16,7 +16,7 @@ namespace
 {
 using nlohmann::json;
 
-constexpr std::size_t largestFile = 256U << 20;
+constexpr std::size_t largestEdits = 256U << 20;
 constexpr int formatVersion = 1;
 
 bool isFieldName(const std::string& name)
@@ -36,7 +36,7 @@ const std::vector<std::string>& PendingTags::fieldNames()
 PendingTags::PendingTags(const CString& file) : m_file(file)
 {
     std::string text;
-    const int error = readFile(file, largestFile, text);
+    const int error = readFile(file, largestEdits, text);
     if (error == ENOENT)
         return;
     if (error != 0)

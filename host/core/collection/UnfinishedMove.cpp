@@ -11,7 +11,7 @@ namespace
 {
 using nlohmann::json;
 
-constexpr std::size_t largestFile = std::size_t(64) << 10;
+constexpr std::size_t largestNote = std::size_t(64) << 10;
 constexpr const char* stagingStart = ".qo-";
 
 CString fileIn(const CString& folder)
@@ -58,7 +58,7 @@ bool UnfinishedMove::wasLeft(const CString& folder)
 bool UnfinishedMove::read(const CString& folder, Left& left)
 {
     std::string text;
-    if (readFile(fileIn(folder), largestFile, text) != 0)
+    if (readFile(fileIn(folder), largestNote, text) != 0)
         return false;
     const json note = json::parse(text, nullptr, false);
     if (!note.is_object())

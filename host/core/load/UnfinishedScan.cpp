@@ -12,7 +12,7 @@ namespace qo::host
 {
 namespace
 {
-constexpr std::size_t largestFile = 1 << 20;
+constexpr std::size_t largestMark = 1 << 20;
 /// Stands before a number in place of a root, in no form that a path has.
 constexpr std::string_view namesSince = "names since ";
 
@@ -29,7 +29,7 @@ std::string contentOf(const CStringArray& roots)
 UnfinishedScan::UnfinishedScan(const CString& folder) : m_file(folder + u"\\unfinished-scan")
 {
     std::string content;
-    if (readFile(m_file, largestFile, content) != 0)
+    if (readFile(m_file, largestMark, content) != 0)
         return;
     for (std::size_t start = 0; start < content.size();)
     {

@@ -14,7 +14,7 @@ namespace qo::host
 {
 namespace
 {
-constexpr std::size_t largestFile = std::size_t(1) << 30;
+constexpr std::size_t largestHeads = std::size_t(1) << 30;
 constexpr const char* firstLine = "velmora-heads 1";
 
 /// Ids that this system makes have no blanks; foreign ones with blanks do without a head.
@@ -28,7 +28,7 @@ std::string keyOf(const QoFileDbItem& record)
 HeadStore::HeadStore(const CString& file) : m_file(file)
 {
     std::string text;
-    if (readFile(file, largestFile, text) == 0)
+    if (readFile(file, largestHeads, text) == 0)
         parse(text);
 }
 

@@ -21,11 +21,6 @@ namespace
 using Verdict = PlannedFile::Verdict;
 using File = boost::shared_ptr<CHDFile>;
 
-const CQoCollection& collection()
-{
-    return CQoCollection::m_ownCollection;
-}
-
 /// "2026-11-21T20:15:00"
 std::string textOfNow()
 {
@@ -61,7 +56,7 @@ private:
 void addRoots(FolderList& folders)
 {
     CollPathArray roots;
-    collection().getRootDirs(roots);
+    ownCollection().getRootDirs(roots);
     for (const CQoCollPath& root : roots)
         folders.add(root.toString());
 }
@@ -120,7 +115,7 @@ private:
     DiskFolders::Folder& findTarget()
     {
         const CQoCollPath path(m_target);
-        const auto root = collection().getRootDir(path);
+        const auto root = ownCollection().getRootDir(path);
         if (!root || toSystemPath(m_target).empty())
             throw HostError(ExitCode::notFound,
                             shownPath(m_target) + " is in no root folder of the collection");
@@ -133,7 +128,7 @@ private:
     /// The records stand in the order of their folders.
     void enter(const CQoCollPath& folder)
     {
-        m_directory = collection().getDir(folder);
+        m_directory = ownCollection().getDir(folder);
         if (!m_directory)
             return;
         m_root = &m_folders.base(CQoUtils::getRootDir(m_directory)->getPath().toString());

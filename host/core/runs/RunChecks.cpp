@@ -20,15 +20,10 @@ namespace qo::host::check
 {
 namespace
 {
-const CQoCollection& collection()
-{
-    return CQoCollection::m_ownCollection;
-}
-
 /// "" for a place in none.
 CString rootOf(const std::string& place)
 {
-    const auto root = collection().getRootDir(CQoCollPath(fromSystemPath(place)));
+    const auto root = ownCollection().getRootDir(CQoCollPath(fromSystemPath(place)));
     return root ? root->getPath().toString() : CString();
 }
 
@@ -57,7 +52,7 @@ void rootsAreThere(const std::vector<std::string>& places)
     for (const std::string& place : places)
         roots.insert(rootOf(place));
     CollPathArray all;
-    collection().getRootDirs(all);
+    ownCollection().getRootDirs(all);
     CStringArray asked;
     for (const CQoCollPath& root : all)
     {

@@ -44,7 +44,7 @@ namespace qo::host
 {
 namespace
 {
-constexpr std::size_t largestFile = 64U << 20;
+constexpr std::size_t largestSettings = 64U << 20;
 
 std::string_view trim(std::string_view text)
 {
@@ -73,7 +73,7 @@ KeyValueConfig::KeyValueConfig(const CString& file, bool readOnly)
     : m_file(file), m_readOnly(readOnly)
 {
     std::string text;
-    const int error = readFile(file, largestFile, text);
+    const int error = readFile(file, largestSettings, text);
     if (error == ENOENT)
         return;
     if (error != 0)

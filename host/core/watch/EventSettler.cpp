@@ -1,5 +1,7 @@
 #include "core/watch/EventSettler.h"
 
+#include "core/base/SystemPath.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -8,11 +10,6 @@ namespace qo::host
 namespace
 {
 using Kind = FolderEvent::Kind;
-
-bool isBelow(const std::string& path, const std::string& folder)
-{
-    return path.size() > folder.size() && path[folder.size()] == '/' && path.starts_with(folder);
-}
 
 /// What two things that happen to one path come to. A removal is never dropped: the path may have
 /// been known before, when something was renamed onto it.

@@ -2,6 +2,7 @@
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
+#include "core/base/SystemPath.h"
 
 #include <linux/magic.h>
 #include <poll.h>
@@ -75,11 +76,6 @@ EventSettler::Stamp look(const std::string& path)
     if (::stat(path.c_str(), &st) != 0)
         return {};
     return {st.st_size, st.st_mtim.tv_sec * 1'000'000'000 + st.st_mtim.tv_nsec};
-}
-
-bool isBelow(const std::string& path, const std::string& folder)
-{
-    return path.size() > folder.size() && path[folder.size()] == '/' && path.starts_with(folder);
 }
 
 std::string childOf(const std::string& folder, const std::string& name)

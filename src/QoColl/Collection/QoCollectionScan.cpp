@@ -23,8 +23,6 @@ using qo::log;
 namespace level = qo::level;
 namespace dbState = qo::dbState;
 
-constexpr const char16_t* sourcePath = u".\\QoColl\\Collection\\QoCollection";
-
 /// Whether another file of the same name but for its case is there beside the one stored.
 bool isTwin(const QoFileDbItemPtr& stored, const CString& found)
 {
@@ -36,7 +34,7 @@ bool isTwin(const QoFileDbItemPtr& stored, const CString& found)
 
 QoFileDbItemPtr makeRecord(const CString& path)
 {
-    auto item = qo::makeObject<QoFileDbItem>(QO_HERE(sourcePath));
+    auto item = qo::makeObject<QoFileDbItem>(QO_HERE(u".\\QoColl\\Collection\\QoCollection"));
     item->path = path;
     return item;
 }
@@ -49,9 +47,10 @@ QoFileDbItemPtr takeOver(const QoFileDbItemPtr& stored, const qo::FoundFile& fou
     const bool sameSpelling = stored->path == found.path;
     // Whoever else holds the record still sees it as deleted.
     const bool isShared = stored.use_count() > 1;
-    const QoFileDbItemPtr item = sameSpelling && !isShared
-                                     ? stored
-                                     : qo::makeObject<QoFileDbItem>(QO_HERE(sourcePath), *stored);
+    const QoFileDbItemPtr item =
+        sameSpelling && !isShared ? stored
+                                  : qo::makeObject<QoFileDbItem>(
+                                        QO_HERE(u".\\QoColl\\Collection\\QoCollection"), *stored);
     item->dbState = sameSpelling ? dbState::unchanged : dbState::modified;
     if (sameSpelling)
         return item;

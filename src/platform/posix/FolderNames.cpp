@@ -3,6 +3,7 @@
 #include "platform/DriveMap.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "platform/posix/OpenFolder.h"
 
 #include <dirent.h>
 
@@ -15,10 +16,6 @@ namespace qo
 {
 namespace
 {
-struct CloseDir
-{
-    void operator()(DIR* dir) const { ::closedir(dir); }
-};
 } // namespace
 
 int firstNames(const CString& folder, std::size_t most, std::vector<CString>& names)
@@ -27,7 +24,7 @@ int firstNames(const CString& folder, std::size_t most, std::vector<CString>& na
     const std::string real = toSystemPath(folder);
     if (real.empty())
         return ENOENT;
-    const std::unique_ptr<DIR, CloseDir> dir(::opendir(real.c_str()));
+    const OpenFolder dir(::opendir(real.c_str()));
     if (!dir)
         return errno;
     while (names.size() < most)

@@ -1,6 +1,7 @@
 #include "platform/posix/PosixFileSystem.h"
 
 #include "platform/DriveMap.h"
+#include "platform/posix/OpenFolder.h"
 #include "platform/posix/PosixFile.h"
 #include "platform/posix/Rename.h"
 #include "types/CharClass.h"
@@ -23,12 +24,6 @@ constexpr unsigned statMask = STATX_BASIC_STATS | STATX_BTIME;
 constexpr mode_t ownerFile = 0600;
 constexpr mode_t ownerFolder = 0700;
 constexpr std::size_t copyBlock = std::size_t(256) * 1024;
-
-struct CloseDir
-{
-    void operator()(DIR* dir) const { ::closedir(dir); }
-};
-using Dir = std::unique_ptr<DIR, CloseDir>;
 
 int answer(int result)
 {
@@ -121,7 +116,7 @@ bool isDots(const char* name)
 /// The only entry of the folder that differs from the name in case alone; empty otherwise.
 std::string onlyMatch(const std::string& folder, const CString& name)
 {
-    const Dir dir(::opendir(folder.empty() ? "/" : folder.c_str()));
+    const OpenFolder dir(::opendir(folder.empty() ? "/" : folder.c_str()));
     std::string found;
     int hits = 0;
     while (const dirent* entry = dir ? ::readdir(dir.get()) : nullptr)
@@ -278,7 +273,7 @@ int PosixFileSystem::list(const CString& folder, std::vector<DirEntry>& entries)
     const std::string real = readPath(folder);
     if (real.empty())
         return ENOENT;
-    const Dir dir(::opendir(real.c_str()));
+    const OpenFolder dir(::opendir(real.c_str()));
     if (!dir)
         return errno;
     const int descriptor = ::dirfd(dir.get());

@@ -3,6 +3,7 @@
 #include "KVTagLib/Tags.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Db/Records/QoInplaceFileDbItem.h"
+#include "QoColl/Tags/TagSources.h"
 #include "support/LogCapture.h"
 #include "support/Print.h"
 #include "support/TempDir.h"
@@ -15,10 +16,8 @@
 
 namespace
 {
+using namespace tagsources;
 using Source = CTagAttribValue::ESrcValueType;
-constexpr Source original = CTagAttribValue::SV_Original;
-constexpr Source edited = CTagAttribValue::SV_Edited;
-constexpr Source current = CTagAttribValue::SV_Current;
 constexpr auto other = static_cast<Source>(2);
 
 boost::shared_ptr<QoFileDbItem> makeItem()

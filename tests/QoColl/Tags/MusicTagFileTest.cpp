@@ -1,6 +1,7 @@
 #include "KVTagLib/Tags.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Tags/MusicTagEx.h"
+#include "QoColl/Tags/TagSources.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
@@ -17,9 +18,7 @@
 namespace
 {
 namespace fs = std::filesystem;
-constexpr auto original = CTagAttribValue::SV_Original;
-constexpr auto edited = CTagAttribValue::SV_Edited;
-constexpr auto current = CTagAttribValue::SV_Current;
+using namespace tagsources;
 
 std::string dataPath(const std::string& name)
 {

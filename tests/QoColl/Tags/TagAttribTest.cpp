@@ -1,5 +1,6 @@
 #include "QoColl/Tags/TagAttrib.h"
 
+#include "QoColl/Tags/TagSources.h"
 #include "support/Print.h"
 
 #include <gtest/gtest.h>
@@ -7,10 +8,8 @@
 namespace
 {
 using Source = CTagAttribValue::ESrcValueType;
-constexpr Source original = CTagAttribValue::SV_Original;
-constexpr Source edited = CTagAttribValue::SV_Edited;
-constexpr Source current = CTagAttribValue::SV_Current;
-constexpr auto other = static_cast<Source>(2);
+using namespace tagsources;
+constexpr auto unheardOf = static_cast<Source>(2);
 
 /// The chosen source and its value, then all sources with their values in their order.
 CString shapeOf(const CTagAttrib& attrib)
@@ -20,7 +19,7 @@ CString shapeOf(const CTagAttrib& attrib)
     text.Format(u"%d=%s:", attrib.getCrtValueType(), CString(text));
     for (int index = 0; index < 3; ++index)
     {
-        for (const Source source : {original, edited, other})
+        for (const Source source : {original, edited, unheardOf})
         {
             if (attrib.getAttribValueIdx(source) == index)
                 text.AppendFormat(u" %d=%s", source, attrib.getAttribValue(source)->getValue());
@@ -35,12 +34,12 @@ TEST(TagAttrib, SourcesKeepTheirOrderAndTheChoiceStaysWhateverHappensToThem)
     // No known type: such attributes work alike.
     CTagAttrib attrib(static_cast<CTagAttrib::EAttribType>(42));
     EXPECT_EQ(shapeOf(attrib), u"0=nothing:");
-    attrib.setValue(other, u"found", false);
+    attrib.setValue(unheardOf, u"found", false);
     attrib.setValue(original, u"old", false);
     attrib.setValue(edited, u"", true);
-    attrib.setValue(other, u"again", false);
+    attrib.setValue(unheardOf, u"again", false);
     EXPECT_EQ(shapeOf(attrib), u"1=: 2=again 0=old 1=") << "an empty value is a value";
-    attrib.setCrtValueType(other);
+    attrib.setCrtValueType(unheardOf);
     EXPECT_TRUE(attrib.setCrtValueAsOriginal());
     EXPECT_FALSE(attrib.setCrtValueAsOriginal()) << "it is chosen already";
     EXPECT_EQ(shapeOf(attrib), u"0=again: 2=again 0=again 1=");
@@ -50,7 +49,7 @@ TEST(TagAttrib, SourcesKeepTheirOrderAndTheChoiceStaysWhateverHappensToThem)
     EXPECT_FALSE(attrib.removeAttribValue(original, removed));
     EXPECT_EQ(removed, u"again");
     EXPECT_EQ(shapeOf(attrib), u"0=nothing: 2=again 1=");
-    attrib.setCrtValueType(other);
+    attrib.setCrtValueType(unheardOf);
     attrib.clear();
     EXPECT_FALSE(attrib.setCrtValueAsOriginal()) << "it has no value";
     EXPECT_EQ(shapeOf(attrib), u"2=nothing:");

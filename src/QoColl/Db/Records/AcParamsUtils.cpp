@@ -7,10 +7,10 @@ using AudioCutterCore::ACTrackStorage;
 
 namespace
 {
-using ParamInfo = qo::ParamInfo<ACTrackStorage>;
+using AcParamInfo = qo::ParamInfo<ACTrackStorage>;
 
 template <auto Member>
-constexpr ParamInfo row(int id)
+constexpr AcParamInfo acField(int id)
 {
     constexpr auto field = [](auto& params) -> auto&
     {
@@ -20,29 +20,29 @@ constexpr ParamInfo row(int id)
     return qo::paramField<ACTrackStorage, field, always>(id);
 }
 
-constexpr ParamInfo m_paramsFormatInfo[] = {
-    row<&ACTrackStorage::startPosition>(0),
-    row<&ACTrackStorage::endPosition>(1),
-    row<&ACTrackStorage::startOffset>(2),
-    row<&ACTrackStorage::endOffset>(3),
-    row<&ACTrackStorage::fadeIn>(4),
-    row<&ACTrackStorage::fadeOut>(5),
-    row<&ACTrackStorage::cutQuality>(6),
-    row<&ACTrackStorage::state>(7),
+constexpr AcParamInfo acFields[] = {
+    acField<&ACTrackStorage::startPosition>(0),
+    acField<&ACTrackStorage::endPosition>(1),
+    acField<&ACTrackStorage::startOffset>(2),
+    acField<&ACTrackStorage::endOffset>(3),
+    acField<&ACTrackStorage::fadeIn>(4),
+    acField<&ACTrackStorage::fadeOut>(5),
+    acField<&ACTrackStorage::cutQuality>(6),
+    acField<&ACTrackStorage::state>(7),
 };
 
-constexpr std::span<const ParamInfo> table(m_paramsFormatInfo);
+constexpr std::span<const AcParamInfo> acTable(acFields);
 } // namespace
 
 CString CAcParamsUtils::initParamsFormatString()
 {
-    return qo::formatOfParams(table);
+    return qo::formatOfParams(acTable);
 }
 
 CString CAcParamsUtils::toString(const ACTrackStorage& params)
 {
     static const CString format = initParamsFormatString();
-    return qo::writeParams(format, table, params);
+    return qo::writeParams(format, acTable, params);
 }
 
 bool CAcParamsUtils::fromString(const CString& text, ACTrackStorage& params)
@@ -50,5 +50,5 @@ bool CAcParamsUtils::fromString(const CString& text, ACTrackStorage& params)
     static constexpr qo::ParamReader reader = {
         u"CAcParamsUtils::fromString: invalid param [%s] [i=%d] [%s]",
         u"CAcParamsUtils::fromString: invalid param [%s] [%d] [%s]"};
-    return qo::readParams(text, reader, table, params);
+    return qo::readParams(text, reader, acTable, params);
 }

@@ -7,10 +7,10 @@ using Fingerprint::FingerprintCutInformation;
 
 namespace
 {
-using ParamInfo = qo::ParamInfo<FingerprintCutInformation>;
+using FpParamInfo = qo::ParamInfo<FingerprintCutInformation>;
 
 template <auto Member>
-constexpr ParamInfo row(int id)
+constexpr FpParamInfo fpField(int id)
 {
     constexpr auto field = [](auto& params) -> auto&
     {
@@ -20,28 +20,28 @@ constexpr ParamInfo row(int id)
     return qo::paramField<FingerprintCutInformation, field, always>(id);
 }
 
-constexpr ParamInfo m_paramsFormatInfo[] = {
-    row<&FingerprintCutInformation::state>(0),
-    row<&FingerprintCutInformation::startCut>(1),
-    row<&FingerprintCutInformation::endCut>(2),
-    row<&FingerprintCutInformation::startQuality>(3),
-    row<&FingerprintCutInformation::endQuality>(4),
-    row<&FingerprintCutInformation::startPos>(5),
-    row<&FingerprintCutInformation::endPos>(6),
+constexpr FpParamInfo fpFields[] = {
+    fpField<&FingerprintCutInformation::state>(0),
+    fpField<&FingerprintCutInformation::startCut>(1),
+    fpField<&FingerprintCutInformation::endCut>(2),
+    fpField<&FingerprintCutInformation::startQuality>(3),
+    fpField<&FingerprintCutInformation::endQuality>(4),
+    fpField<&FingerprintCutInformation::startPos>(5),
+    fpField<&FingerprintCutInformation::endPos>(6),
 };
 
-constexpr std::span<const ParamInfo> table(m_paramsFormatInfo);
+constexpr std::span<const FpParamInfo> fpTable(fpFields);
 } // namespace
 
 CString CFpParamsUtils::initParamsFormatString()
 {
-    return qo::formatOfParams(table);
+    return qo::formatOfParams(fpTable);
 }
 
 CString CFpParamsUtils::toString(const FingerprintCutInformation& params)
 {
     static const CString format = initParamsFormatString();
-    return qo::writeParams(format, table, params);
+    return qo::writeParams(format, fpTable, params);
 }
 
 bool CFpParamsUtils::fromString(const CString& text, FingerprintCutInformation& params)
@@ -49,5 +49,5 @@ bool CFpParamsUtils::fromString(const CString& text, FingerprintCutInformation& 
     static constexpr qo::ParamReader reader = {
         u"CFpParamsUtils::fromString: invalid param [%s] [i=%d] [%s]",
         u"CFpParamsUtils::fromString: invalid param [%s] [%d] [%s]"};
-    return qo::readParams(text, reader, table, params);
+    return qo::readParams(text, reader, fpTable, params);
 }

@@ -63,7 +63,7 @@ constexpr auto fromSources = [](const VelmoraFileParams& params)
 };
 
 template <auto Member, unsigned Sources>
-constexpr VelmoraParamInfo row(int id)
+constexpr VelmoraParamInfo velmoraField(int id)
 {
     constexpr auto field = [](auto& params) -> auto&
     {
@@ -96,21 +96,21 @@ constexpr VelmoraParamInfo mark(int id)
 
 using P = VelmoraFileParams;
 constexpr VelmoraParamInfo s_VelmoraParamInfo[] = {
-    row<&P::origin, everySource>(0),
-    row<&P::source, everySource>(1),
-    row<&P::mediaFileType, everySource>(38),
-    row<&P::webOrigin, webSources>(2),
-    row<&P::isConverted, conversionSources>(3),
-    row<&P::originalPath, conversionSources>(4),
-    row<&P::originalFormat, conversionSources>(5),
-    row<&P::conversionResult, conversionSources>(6),
-    row<&P::conversionSpeed, conversionSources>(7),
-    row<&P::conversionProfile, conversionSources>(8),
-    row<&P::wasProtected, conversionSources>(9),
-    row<&P::originalKept, conversionSources>(10),
-    row<&P::isNormalized, conversionSources>(11),
-    row<&P::isSplit, conversionSources>(12),
-    row<&P::conversionCutQuality, conversionSources>(13),
+    velmoraField<&P::origin, everySource>(0),
+    velmoraField<&P::source, everySource>(1),
+    velmoraField<&P::mediaFileType, everySource>(38),
+    velmoraField<&P::webOrigin, webSources>(2),
+    velmoraField<&P::isConverted, conversionSources>(3),
+    velmoraField<&P::originalPath, conversionSources>(4),
+    velmoraField<&P::originalFormat, conversionSources>(5),
+    velmoraField<&P::conversionResult, conversionSources>(6),
+    velmoraField<&P::conversionSpeed, conversionSources>(7),
+    velmoraField<&P::conversionProfile, conversionSources>(8),
+    velmoraField<&P::wasProtected, conversionSources>(9),
+    velmoraField<&P::originalKept, conversionSources>(10),
+    velmoraField<&P::isNormalized, conversionSources>(11),
+    velmoraField<&P::isSplit, conversionSources>(12),
+    velmoraField<&P::conversionCutQuality, conversionSources>(13),
     conversionNumber<0>(14),
     conversionNumber<1>(15),
     conversionNumber<2>(16),
@@ -118,42 +118,42 @@ constexpr VelmoraParamInfo s_VelmoraParamInfo[] = {
     conversionNumber<4>(18),
     conversionNumber<5>(19),
     conversionNumber<6>(20),
-    row<&P::stationName, radioSources>(21),
-    row<&P::stationUrl, radioSources>(22),
-    row<&P::stationId, radioSources>(23),
+    velmoraField<&P::stationName, radioSources>(21),
+    velmoraField<&P::stationUrl, radioSources>(22),
+    velmoraField<&P::stationId, radioSources>(23),
     mark<0>(24),
     mark<1>(25),
     mark<2>(26),
     mark<3>(27),
-    row<&P::recordingCutQuality, radioSources>(28),
-    row<&P::longStreamLength, radioSources>(29),
-    row<&P::longStreamPartLength, radioSources>(30),
-    row<&P::isShow, radioSources>(31),
-    row<&P::recordingStart, radioSources>(40),
-    row<&P::recordingEnd, radioSources>(41),
-    row<&P::isJingle, radioSources>(42),
-    row<&P::clipUrl, clipSources>(32),
-    row<&P::isClipVideo, clipSources>(33),
-    row<&P::isClipComplete, clipSources>(34),
-    row<&P::searchText, clipSources>(35),
-    row<&P::searchPlugin, clipSources>(36),
-    row<&P::podcastChannel, IPostProcessingQueue::sourcePodcast>(37),
-    row<&P::shareName, IPostProcessingQueue::sourceShare>(39),
-    row<&P::isImportedMovie, IPostProcessingQueue::sourceImport>(43),
+    velmoraField<&P::recordingCutQuality, radioSources>(28),
+    velmoraField<&P::longStreamLength, radioSources>(29),
+    velmoraField<&P::longStreamPartLength, radioSources>(30),
+    velmoraField<&P::isShow, radioSources>(31),
+    velmoraField<&P::recordingStart, radioSources>(40),
+    velmoraField<&P::recordingEnd, radioSources>(41),
+    velmoraField<&P::isJingle, radioSources>(42),
+    velmoraField<&P::clipUrl, clipSources>(32),
+    velmoraField<&P::isClipVideo, clipSources>(33),
+    velmoraField<&P::isClipComplete, clipSources>(34),
+    velmoraField<&P::searchText, clipSources>(35),
+    velmoraField<&P::searchPlugin, clipSources>(36),
+    velmoraField<&P::podcastChannel, IPostProcessingQueue::sourcePodcast>(37),
+    velmoraField<&P::shareName, IPostProcessingQueue::sourceShare>(39),
+    velmoraField<&P::isImportedMovie, IPostProcessingQueue::sourceImport>(43),
 };
 
-constexpr std::span<const VelmoraParamInfo> table(s_VelmoraParamInfo);
+constexpr std::span<const VelmoraParamInfo> velmoraTable(s_VelmoraParamInfo);
 } // namespace
 
 CString CVelmoraFileParamsUtils::InitializeFormatString()
 {
-    return qo::formatOfParams(table);
+    return qo::formatOfParams(velmoraTable);
 }
 
 CString CVelmoraFileParamsUtils::ToDbParam(const VelmoraFileParams& params)
 {
     static const CString format = InitializeFormatString();
-    return qo::writeParams(format, table, params);
+    return qo::writeParams(format, velmoraTable, params);
 }
 
 bool CVelmoraFileParamsUtils::FromDbParam(const CString& text, VelmoraFileParams& params)
@@ -164,7 +164,7 @@ bool CVelmoraFileParamsUtils::FromDbParam(const CString& text, VelmoraFileParams
     if (text.IsEmpty())
         return false;
     params.mediaFileType = CVelmoraMediaFileTypes::typeNone;
-    return qo::readParams(text, reader, table, params);
+    return qo::readParams(text, reader, velmoraTable, params);
 }
 
 CString CVelmoraFileParamsUtils::ExtractParam(const CString& text, int id)
