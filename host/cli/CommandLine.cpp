@@ -54,6 +54,13 @@ CommandLine::CommandLine() : app("Keeps a collection of your music and its tags.
     app.add_flag("-q,--quiet", quiet, "No progress and no notes");
 }
 
+void CommandLine::setAction(CLI::App& command, std::function<ExitCode()> run)
+{
+    // The parser calls the sub-command first and then the group that it stands in, as for
+    // "qo roots add": the first action counts.
+    command.callback([this, run = std::move(run)] { action = action ? action : run; });
+}
+
 CLI::App* CommandLine::addCommand(CLI::App& parent,
                                   const std::string& name,
                                   const std::string& description,
@@ -61,8 +68,7 @@ CLI::App* CommandLine::addCommand(CLI::App& parent,
 {
     CLI::App* const command = parent.add_subcommand(name, description);
     if (run)
-        // The callbacks of sub-commands come before that of the group they stand in.
-        command->callback([this, run = std::move(run)] { action = action ? action : run; });
+        setAction(*command, std::move(run));
     return command;
 }
 

@@ -31,7 +31,10 @@ struct CommandLine
     Output out;
     std::function<ExitCode()> action;
 
-    /// A sub-command that runs the function when it is chosen. Ends up below `parent`.
+    /// Has the command run the function when it is the one that was typed.
+    void setAction(CLI::App& command, std::function<ExitCode()> run);
+
+    /// A sub-command of `parent` that runs the function; without one it needs sub-commands itself.
     CLI::App* addCommand(CLI::App& parent,
                          const std::string& name,
                          const std::string& description,
@@ -64,27 +67,6 @@ CLI::Option* addOptional(CLI::App& command,
 /// refused with a HostError.
 void confirm(const CommandLine& line, const std::string& question);
 
-// One for each source of commands.
-void addScanCommands(CommandLine& line);
-void addRootsCommands(CommandLine& line);
-void addListCommand(CommandLine& line);
-void addTreeCommand(CommandLine& line);
-void addInfoCommand(CommandLine& line);
-void addArtistCommands(CommandLine& line);
-void addAlbumCommand(CommandLine& line);
-void addTrackCommand(CommandLine& line);
-void addLyricsCommand(CommandLine& line);
-void addPlacedCommand(CommandLine& line);
-void addUntaggedCommand(CommandLine& line);
-void addDuplicatesCommand(CommandLine& line);
-void addFileCommands(CommandLine& line);
-void addRuleCommands(CommandLine& line);
-void addReorgCommands(CommandLine& line);
-void addWatchCommand(CommandLine& line);
-void addTagCommands(CommandLine& line);
-void addStatusCommand(CommandLine& line);
-void addConfigCommands(CommandLine& line);
-void addLogCommand(CommandLine& line);
-void addDatabaseCommands(CommandLine& line);
-void addHelpCommands(CommandLine& line);
+/// Adds every command; Commands.cpp has the table of them.
+void addCommands(CommandLine& line);
 } // namespace qo::cli

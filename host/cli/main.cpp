@@ -14,32 +14,6 @@ using qo::cli::CommandLine;
 using qo::cli::ExitCode;
 using qo::cli::HostError;
 
-void addCommands(CommandLine& line)
-{
-    qo::cli::addScanCommands(line);
-    qo::cli::addRootsCommands(line);
-    qo::cli::addListCommand(line);
-    qo::cli::addTreeCommand(line);
-    qo::cli::addInfoCommand(line);
-    qo::cli::addArtistCommands(line);
-    qo::cli::addAlbumCommand(line);
-    qo::cli::addTrackCommand(line);
-    qo::cli::addLyricsCommand(line);
-    qo::cli::addPlacedCommand(line);
-    qo::cli::addUntaggedCommand(line);
-    qo::cli::addDuplicatesCommand(line);
-    qo::cli::addFileCommands(line);
-    qo::cli::addRuleCommands(line);
-    qo::cli::addReorgCommands(line);
-    qo::cli::addWatchCommand(line);
-    qo::cli::addTagCommands(line);
-    qo::cli::addStatusCommand(line);
-    qo::cli::addConfigCommands(line);
-    qo::cli::addLogCommand(line);
-    qo::cli::addDatabaseCommands(line);
-    qo::cli::addHelpCommands(line);
-}
-
 int run(CommandLine& line)
 {
     if (!line.action)
@@ -87,7 +61,7 @@ int parseAndRun(CommandLine& line, int argc, char** argv)
 {
     try
     {
-        addCommands(line);
+        qo::cli::addCommands(line);
         line.app.parse(qo::cli::parseable(argc, argv));
         return run(line);
     }

@@ -161,19 +161,18 @@ ExitCode set(CommandLine& line, const ConfigOptions& options)
 }
 } // namespace
 
-void addConfigCommands(CommandLine& line)
+void setUpConfig(CommandLine& line, CLI::App& command)
 {
-    CLI::App* const group =
-        line.addCommand(line.app, "config", "The settings", [&line] { return list(line); });
-    group->require_subcommand(0, 1);
-    line.addCommand(*group, "ls", "List them all", [&line] { return list(line); });
+    line.setAction(command, [&line] { return list(line); });
+    command.require_subcommand(0, 1);
+    line.addCommand(command, "ls", "List them all", [&line] { return list(line); });
 
     auto options = std::make_shared<ConfigOptions>();
     CLI::App* const getApp = line.addCommand(
-        *group, "get", "Show one", [&line, options] { return get(line, *options); });
+        command, "get", "Show one", [&line, options] { return get(line, *options); });
     addArgument(*getApp, "KEY", options->key, "Its name")->required();
     CLI::App* const setApp = line.addCommand(
-        *group, "set", "Change one", [&line, options] { return set(line, *options); });
+        command, "set", "Change one", [&line, options] { return set(line, *options); });
     addArgument(*setApp, "KEY", options->key, "Its name")->required();
     addArgument(*setApp, "VALUE", options->value, "Its new value; folders as ordinary paths")
         ->required();

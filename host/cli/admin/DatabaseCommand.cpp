@@ -211,15 +211,14 @@ ExitCode dumpDatabase(CommandLine& line)
 }
 } // namespace
 
-void addDatabaseCommands(CommandLine& line)
+void setUpDatabase(CommandLine& line, CLI::App& command)
 {
-    CLI::App* const group = line.addCommand(line.app, "db", "The collection's database", {});
-    group->require_subcommand(1);
-    line.addCommand(*group,
+    command.require_subcommand(1);
+    line.addCommand(command,
                     "check",
                     "Look for damage and contradictions; changes nothing",
                     [&line] { return check(line); });
-    line.addCommand(*group,
+    line.addCommand(command,
                     "dump",
                     "The whole content as SQL statements",
                     [&line] { return dumpDatabase(line); });

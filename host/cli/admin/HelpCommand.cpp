@@ -98,19 +98,22 @@ std::string bashCompletion(const CLI::App& app)
 }
 } // namespace
 
-void addHelpCommands(CommandLine& line)
+void setUpVersion(CommandLine& line, CLI::App& command)
 {
-    line.addCommand(
-        line.app, "version", "Which version this is", [&line] { return version(line); });
+    line.setAction(command, [&line] { return version(line); });
+}
 
+void setUpHelp(CommandLine& line, CLI::App& command)
+{
     auto names = std::make_shared<std::vector<std::string>>();
-    CLI::App* const helpApp = line.addCommand(
-        line.app, "help", "Explain a command", [&line, names] { return help(line, *names); });
-    addArguments(*helpApp, "COMMAND", *names, "The command, with its sub-command");
+    line.setAction(command, [&line, names] { return help(line, *names); });
+    addArguments(command, "COMMAND", *names, "The command, with its sub-command");
+}
 
-    CLI::App* const group = line.addCommand(line.app, "completion", "Completion for a shell", {});
-    group->require_subcommand(1);
-    line.addCommand(*group,
+void setUpCompletion(CommandLine& line, CLI::App& command)
+{
+    command.require_subcommand(1);
+    line.addCommand(command,
                     "bash",
                     "For bash: source <(qo completion bash)",
                     [&line]

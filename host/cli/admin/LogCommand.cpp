@@ -99,18 +99,15 @@ ExitCode log(CommandLine& line, const LogOptions& options)
 }
 } // namespace
 
-void addLogCommand(CommandLine& line)
+void setUpLog(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<LogOptions>();
-    CLI::App* const command = line.addCommand(line.app,
-                                              "log",
-                                              "Show the log of the last run",
-                                              [&line, options] { return log(line, *options); });
-    command->add_option("--level", options->level, "Leave out what is less grave")
+    line.setAction(command, [&line, options] { return log(line, *options); });
+    command.add_option("--level", options->level, "Leave out what is less grave")
         ->check(CLI::IsMember({"error", "warning", "info", "debug", "detail", "verbose"},
                               CLI::ignore_case))
         ->capture_default_str();
-    command->add_flag("-f,--follow", options->follow, "Go on with what is written from now on");
-    command->add_flag("-a,--all", options->all, "All runs that are kept");
+    command.add_flag("-f,--follow", options->follow, "Go on with what is written from now on");
+    command.add_flag("-a,--all", options->all, "All runs that are kept");
 }
 } // namespace qo::cli

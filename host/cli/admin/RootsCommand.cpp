@@ -178,18 +178,15 @@ CString findHolder(const RootFolders& roots, const CString& folder)
     return holder;
 }
 
-void addRootsCommands(CommandLine& line)
+void setUpRoots(CommandLine& line, CLI::App& command)
 {
-    CLI::App* const group = line.addCommand(line.app,
-                                            "roots",
-                                            "The folders that the collection is made of",
-                                            [&line] { return listRoots(line); });
-    group->require_subcommand(0, 1);
+    line.setAction(command, [&line] { return listRoots(line); });
+    command.require_subcommand(0, 1);
     line.addCommand(
-        *group, "ls", "List them with their types", [&line] { return listRoots(line); });
+        command, "ls", "List them with their types", [&line] { return listRoots(line); });
 
     auto added = std::make_shared<RootsOptions>();
-    CLI::App* const add = line.addCommand(*group,
+    CLI::App* const add = line.addCommand(command,
                                           "add",
                                           "Add folders, or change their type",
                                           [&line, added] { return addRoots(line, *added); });
@@ -202,7 +199,7 @@ void addRootsCommands(CommandLine& line)
 
     auto removed = std::make_shared<RootsOptions>();
     CLI::App* const remove =
-        line.addCommand(*group,
+        line.addCommand(command,
                         "rm",
                         "Take folders out of the collection",
                         [&line, removed] { return removeRoots(line, *removed); });

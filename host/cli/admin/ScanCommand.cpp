@@ -250,29 +250,24 @@ ExitCode load(CommandLine& line, bool withMemory)
 }
 } // namespace
 
-void addScanCommands(CommandLine& line)
+void setUpScan(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<ScanOptions>();
-    CLI::App* const scanApp =
-        line.addCommand(line.app,
-                        "scan",
-                        "Look through the root folders and take in what changed",
-                        [&line, options] { return scan(line, *options); });
-    addArguments(*scanApp, "DIR", options->folders, "Folders to add to the roots first");
-    scanApp->add_flag("--allow-missing-root",
-                      options->allowMissingRoot,
-                      "Go on when a root folder is away: its files leave the collection");
-    scanApp->add_flag("--deep", options->deep, "Read every file again, not only what changed");
-    scanApp->add_flag("--find-moved",
-                      options->findMoved,
-                      "First look for files that were moved, and offer to keep their records");
+    line.setAction(command, [&line, options] { return scan(line, *options); });
+    addArguments(command, "DIR", options->folders, "Folders to add to the roots first");
+    command.add_flag("--allow-missing-root",
+                     options->allowMissingRoot,
+                     "Go on when a root folder is away: its files leave the collection");
+    command.add_flag("--deep", options->deep, "Read every file again, not only what changed");
+    command.add_flag("--find-moved",
+                     options->findMoved,
+                     "First look for files that were moved, and offer to keep their records");
+}
 
+void setUpLoad(CommandLine& line, CLI::App& command)
+{
     auto withMemory = std::make_shared<bool>(false);
-    CLI::App* const loadApp =
-        line.addCommand(line.app,
-                        "load",
-                        "Start from the database and say how long it took",
-                        [&line, withMemory] { return load(line, *withMemory); });
-    loadApp->add_flag("--memory", *withMemory, "Also show the memory that the collection takes");
+    line.setAction(command, [&line, withMemory] { return load(line, *withMemory); });
+    command.add_flag("--memory", *withMemory, "Also show the memory that the collection takes");
 }
 } // namespace qo::cli

@@ -197,11 +197,8 @@ ExitCode status(CommandLine& line)
 }
 } // namespace
 
-void addStatusCommand(CommandLine& line)
+void setUpStatus(CommandLine& line, CLI::App& command)
 {
-    line.addCommand(line.app,
-                    "status",
-                    "Where things are and how they stand",
-                    [&line] { return status(line); });
+    line.setAction(command, [&line] { return status(line); });
 }
 } // namespace qo::cli

@@ -260,25 +260,22 @@ private:
 };
 } // namespace
 
-void addWatchCommand(CommandLine& line)
+void setUpWatch(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<WatchOptions>();
-    CLI::App* const command =
-        line.addCommand(line.app,
-                        "watch",
-                        "Take in what changes in the root folders as it happens, until it is ended",
-                        [&line, options]
-                        {
-                            Watcher(line, *options).run();
-                            return ExitCode::done;
-                        });
-    command->add_option("--settle", options->settleSeconds, "Wait until a file was quiet that long")
+    line.setAction(command,
+                   [&line, options]
+                   {
+                       Watcher(line, *options).run();
+                       return ExitCode::done;
+                   });
+    command.add_option("--settle", options->settleSeconds, "Wait until a file was quiet that long")
         ->type_name("SECONDS")
         ->check(CLI::Range(0.0, 3600.0));
     command
-        ->add_option("--every",
-                     options->rescanMinutes,
-                     "How often folders are scanned that the system cannot watch")
+        .add_option("--every",
+                    options->rescanMinutes,
+                    "How often folders are scanned that the system cannot watch")
         ->type_name("MINUTES")
         ->check(CLI::Range(1, 10080));
 }

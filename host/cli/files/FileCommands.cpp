@@ -290,36 +290,30 @@ ExitCode addFiles(CommandLine& line, const FileOptions& options)
 }
 } // namespace
 
-void addFileCommands(CommandLine& line)
+void setUpMove(CommandLine& line, CLI::App& command)
 {
-    auto moved = std::make_shared<FileOptions>();
-    CLI::App* const move = line.addCommand(
-        line.app,
-        "mv",
-        "Move or rename files and folders of the collection; it goes along with the disk",
-        [&line, moved] { return moveFiles(line, *moved); });
+    auto options = std::make_shared<FileOptions>();
+    line.setAction(command, [&line, options] { return moveFiles(line, *options); });
     addArguments(
-        *move, "PATH", moved->paths, "What to move, and behind it the new path or a folder")
+        command, "PATH", options->paths, "What to move, and after it the new path or a folder")
         ->required();
+}
 
-    auto removed = std::make_shared<FileOptions>();
-    CLI::App* const remove =
-        line.addCommand(line.app,
-                        "rm",
-                        "Put files and folders of the collection into the trash",
-                        [&line, removed] { return removeFiles(line, *removed); });
-    addArguments(*remove, "PATH", removed->paths, "Files and folders")->required();
+void setUpRemove(CommandLine& line, CLI::App& command)
+{
+    auto options = std::make_shared<FileOptions>();
+    line.setAction(command, [&line, options] { return removeFiles(line, *options); });
+    addArguments(command, "PATH", options->paths, "Files and folders")->required();
+}
 
-    auto added = std::make_shared<FileOptions>();
-    CLI::App* const add = line.addCommand(
-        line.app,
-        "add",
-        "Take new files of the root folders into the collection, or copy others there first",
-        [&line, added] { return addFiles(line, *added); });
-    addArguments(*add, "PATH", added->paths, "Files and folders")->required();
+void setUpAdd(CommandLine& line, CLI::App& command)
+{
+    auto options = std::make_shared<FileOptions>();
+    line.setAction(command, [&line, options] { return addFiles(line, *options); });
+    addArguments(command, "PATH", options->paths, "Files and folders")->required();
     CLI::Option* const to =
-        addArgument(*add, "--to", added->target, "Copy them to this folder of the collection")
+        addArgument(command, "--to", options->target, "Copy them to this folder of the collection")
             ->type_name("DIR");
-    add->add_flag("--move", added->move, "Move them there, do not copy")->needs(to);
+    command.add_flag("--move", options->move, "Move them there, do not copy")->needs(to);
 }
 } // namespace qo::cli

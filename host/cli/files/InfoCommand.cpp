@@ -140,20 +140,17 @@ void printInfo(CommandLine& line, host::Session& session, const std::string& typ
 }
 } // namespace
 
-void addInfoCommand(CommandLine& line)
+void setUpInfo(CommandLine& line, CLI::App& command)
 {
     auto file = std::make_shared<std::string>();
-    CLI::App* const command =
-        line.addCommand(line.app,
-                        "info",
-                        "Show all that is known of a file",
-                        [&line, file]
-                        {
-                            const auto session = openKernel(line, KernelUse::hold);
-                            loadForReading(line, *session);
-                            session->kernel().run([&] { printInfo(line, *session, *file); });
-                            return ExitCode::done;
-                        });
-    addArgument(*command, "FILE", *file, "A file of the collection")->required();
+    line.setAction(command,
+                   [&line, file]
+                   {
+                       const auto session = openKernel(line, KernelUse::hold);
+                       loadForReading(line, *session);
+                       session->kernel().run([&] { printInfo(line, *session, *file); });
+                       return ExitCode::done;
+                   });
+    addArgument(command, "FILE", *file, "A file of the collection")->required();
 }
 } // namespace qo::cli

@@ -57,14 +57,11 @@ ExitCode list(CommandLine& line, const ListOptions& options)
 }
 } // namespace
 
-void addListCommand(CommandLine& line)
+void setUpList(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<ListOptions>();
-    CLI::App* const command = line.addCommand(line.app,
-                                              "ls",
-                                              "List the files of the collection",
-                                              [&line, options] { return list(line, *options); });
-    addArgument(*command, "PATH", options->path, "Only this file or folder");
-    command->add_flag("-l,--long", options->isLong, "Every field, with tabs between them");
+    line.setAction(command, [&line, options] { return list(line, *options); });
+    addArgument(command, "PATH", options->path, "Only this file or folder");
+    command.add_flag("-l,--long", options->isLong, "Every field, with tabs between them");
 }
 } // namespace qo::cli

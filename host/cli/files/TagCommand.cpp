@@ -278,16 +278,14 @@ ExitCode withTags(CommandLine& line, KernelUse use, Function function)
 }
 } // namespace
 
-void addTagCommands(CommandLine& line)
+void setUpTag(CommandLine& line, CLI::App& command)
 {
-    CLI::App* const group =
-        line.addCommand(line.app, "tag", "Look at and edit the tags of a file", {});
-    group->require_subcommand(1);
+    command.require_subcommand(1);
     auto options = std::make_shared<TagOptions>();
-    const auto addFile = [options](CLI::App* command)
-    { return addArgument(*command, "FILE", options->file, "A music file"); };
+    const auto addFile = [options](CLI::App* each)
+    { return addArgument(*each, "FILE", options->file, "A music file"); };
 
-    addFile(line.addCommand(*group,
+    addFile(line.addCommand(command,
                             "show",
                             "The file's values and the edited ones side by side",
                             [&line, options]
@@ -300,7 +298,7 @@ void addTagCommands(CommandLine& line)
         ->required();
 
     CLI::App* const setApp = line.addCommand(
-        *group,
+        command,
         "set",
         "Edit values; they wait until \"write\"",
         [&line, options]
@@ -313,7 +311,7 @@ void addTagCommands(CommandLine& line)
     addArguments(*setApp, "FIELD=VALUE", options->words, "Fields: " + allFieldNames())->required();
 
     CLI::App* const revertApp = line.addCommand(
-        *group,
+        command,
         "revert",
         "Drop edits that were not written",
         [&line, options]
@@ -326,7 +324,7 @@ void addTagCommands(CommandLine& line)
     addArguments(*revertApp, "FIELD", options->words, "Only these fields");
 
     CLI::App* const writeApp =
-        line.addCommand(*group,
+        line.addCommand(command,
                         "write",
                         "Write the edits into the file",
                         [&line, options] {

@@ -140,16 +140,13 @@ ExitCode tree(CommandLine& line, const TreeOptions& options)
 }
 } // namespace
 
-void addTreeCommand(CommandLine& line)
+void setUpTree(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<TreeOptions>();
-    CLI::App* const command = line.addCommand(line.app,
-                                              "tree",
-                                              "Show the folders of the collection",
-                                              [&line, options] { return tree(line, *options); });
-    addArgument(*command, "PATH", options->path, "Only this folder");
-    command->add_flag("-d,--folders", options->foldersOnly, "Folders only");
-    command->add_option("--depth", options->depth, "That many levels")
+    line.setAction(command, [&line, options] { return tree(line, *options); });
+    addArgument(command, "PATH", options->path, "Only this folder");
+    command.add_flag("-d,--folders", options->foldersOnly, "Folders only");
+    command.add_option("--depth", options->depth, "That many levels")
         ->type_name("N")
         ->check(CLI::PositiveNumber);
 }

@@ -163,11 +163,8 @@ void listAlbums(CommandLine& line, const MusicOptions& options)
 }
 } // namespace
 
-void addAlbumCommand(CommandLine& line)
+void setUpAlbums(CommandLine& line, CLI::App& command)
 {
-    addMusicCommand(line,
-                    "albums",
-                    "List the albums with their years and tracks",
-                    [&line](const MusicOptions& options) { listAlbums(line, options); });
+    setUpMusic(line, command, [&line](const MusicOptions& options) { listAlbums(line, options); });
 }
 } // namespace qo::cli

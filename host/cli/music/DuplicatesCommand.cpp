@@ -27,7 +27,7 @@ struct DuplicatesOptions
 constexpr std::string_view trackKind = "track";
 constexpr std::string_view fileKind = "file";
 
-struct Group
+struct EqualFiles
 {
     std::string_view kind;
     std::string name;
@@ -43,9 +43,9 @@ std::string nameOfTrack(const CLTTrack& track)
 
 /// Equal tracks are neighbours. The comparison is no equivalence, since a missing number equals all
 /// others, so each member has to equal the one ahead of it.
-std::vector<Group> equalTracks()
+std::vector<EqualFiles> equalTracks()
 {
-    std::vector<Group> groups;
+    std::vector<EqualFiles> groups;
     boost::shared_ptr<CLTTrack> previous;
     bool isOpen = false;
     const auto addFiles = [&groups](const CLTTrack& track)
@@ -88,7 +88,7 @@ QoFileDbItemArray sameSize()
     return found;
 }
 
-std::vector<Group> equalFiles(const CommandLine& line)
+std::vector<EqualFiles> equalFiles(const CommandLine& line)
 {
     const QoFileDbItemArray candidates = sameSize();
     host::HeadStore heads(host::headsPath());
@@ -107,7 +107,7 @@ std::vector<Group> equalFiles(const CommandLine& line)
         if (const auto head = heads.headOf(*item))
             byHead[{item->size, *head}].push_back(item);
     }
-    std::vector<Group> groups;
+    std::vector<EqualFiles> groups;
     for (auto& [key, files] : byHead)
     {
         if (files.size() > 1)
@@ -115,12 +115,12 @@ std::vector<Group> equalFiles(const CommandLine& line)
     }
     std::sort(groups.begin(),
               groups.end(),
-              [](const Group& a, const Group& b)
+              [](const EqualFiles& a, const EqualFiles& b)
               { return CQoUtils::comparePaths(a.files[0]->path, b.files[0]->path) < 0; });
     return groups;
 }
 
-void print(CommandLine& line, const Group& group)
+void print(CommandLine& line, const EqualFiles& group)
 {
     if (line.json)
     {
@@ -151,15 +151,15 @@ ExitCode listDuplicates(CommandLine& line, const DuplicatesOptions& options)
     session->kernel().run(
         [&]
         {
-            std::vector<Group> groups;
+            std::vector<EqualFiles> groups;
             if (both || options.tracks)
                 groups = equalTracks();
             if (both || options.files)
             {
-                for (Group& group : equalFiles(line))
+                for (EqualFiles& group : equalFiles(line))
                     groups.push_back(std::move(group));
             }
-            for (const Group& group : groups)
+            for (const EqualFiles& group : groups)
             {
                 if (line.out.isClosed())
                     return;
@@ -172,15 +172,11 @@ ExitCode listDuplicates(CommandLine& line, const DuplicatesOptions& options)
 }
 } // namespace
 
-void addDuplicatesCommand(CommandLine& line)
+void setUpDuplicates(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<DuplicatesOptions>();
-    CLI::App* const command =
-        line.addCommand(line.app,
-                        "dup",
-                        "List equal tracks, and files of one size that begin alike",
-                        [&line, options] { return listDuplicates(line, *options); });
-    command->add_flag("--tracks", options->tracks, "Only equal tracks");
-    command->add_flag("--files", options->files, "Only files that begin alike");
+    line.setAction(command, [&line, options] { return listDuplicates(line, *options); });
+    command.add_flag("--tracks", options->tracks, "Only equal tracks");
+    command.add_flag("--files", options->files, "Only files that begin alike");
 }
 } // namespace qo::cli

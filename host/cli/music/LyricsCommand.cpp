@@ -155,20 +155,17 @@ void printLyrics(CommandLine& line, const std::string& typed)
 }
 } // namespace
 
-void addLyricsCommand(CommandLine& line)
+void setUpLyrics(CommandLine& line, CLI::App& command)
 {
     auto file = std::make_shared<std::string>();
-    CLI::App* const command =
-        line.addCommand(line.app,
-                        "lyrics",
-                        "Show the lyrics of a track: its tag's and those of texts beside it",
-                        [&line, file]
-                        {
-                            const auto session = openKernel(line, KernelUse::hold);
-                            loadForReading(line, *session);
-                            session->kernel().run([&] { printLyrics(line, *file); });
-                            return ExitCode::done;
-                        });
-    addArgument(*command, "FILE", *file, "A file of the collection")->required();
+    line.setAction(command,
+                   [&line, file]
+                   {
+                       const auto session = openKernel(line, KernelUse::hold);
+                       loadForReading(line, *session);
+                       session->kernel().run([&] { printLyrics(line, *file); });
+                       return ExitCode::done;
+                   });
+    addArgument(command, "FILE", *file, "A file of the collection")->required();
 }
 } // namespace qo::cli

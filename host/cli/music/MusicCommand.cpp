@@ -6,29 +6,23 @@
 
 namespace qo::cli
 {
-void addMusicCommand(CommandLine& line,
-                     const std::string& name,
-                     const std::string& description,
-                     std::function<void(const MusicOptions&)> run)
+void setUpMusic(CommandLine& line, CLI::App& command, std::function<void(const MusicOptions&)> run)
 {
     auto options = std::make_shared<MusicOptions>();
-    CLI::App* const command = line.addCommand(line.app,
-                                              name,
-                                              description,
-                                              [&line, options, run = std::move(run)]
-                                              {
-                                                  const auto session =
-                                                      openKernel(line, KernelUse::hold);
-                                                  loadForReading(line, *session);
-                                                  session->kernel().run([&] { run(*options); });
-                                                  return ExitCode::done;
-                                              });
+    line.setAction(command,
+                   [&line, options, run = std::move(run)]
+                   {
+                       const auto session = openKernel(line, KernelUse::hold);
+                       loadForReading(line, *session);
+                       session->kernel().run([&] { run(*options); });
+                       return ExitCode::done;
+                   });
     MusicFilter& filter = options->filter;
     addOptional(
-        *command, "--artist", filter.artist, "Only tracks by this artist; \"\": without one");
-    addOptional(*command, "--album", filter.album, "Only tracks on albums of this name");
-    addOptional(*command, "--genre", filter.genre, "Only tracks of this genre");
-    command->add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");
+        command, "--artist", filter.artist, "Only tracks by this artist; \"\": without one");
+    addOptional(command, "--album", filter.album, "Only tracks on albums of this name");
+    addOptional(command, "--genre", filter.genre, "Only tracks of this genre");
+    command.add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");
 }
 
 void putYears(Json& record, const MusicSum& sum)

@@ -16,12 +16,9 @@ struct MusicOptions
     bool isLong = false;
 };
 
-/// A command with the options of the filter and --long. run is called on the kernel's thread with
-/// the collection loaded.
-void addMusicCommand(CommandLine& line,
-                     const std::string& name,
-                     const std::string& description,
-                     std::function<void(const MusicOptions&)> run);
+/// Gives the command the options of the filter and --long. run is called on the kernel's thread
+/// with the collection loaded.
+void setUpMusic(CommandLine& line, CLI::App& command, std::function<void(const MusicOptions&)> run);
 
 /// The sum's years for a record: "yearFrom" and "yearTo", null when no track tells.
 void putYears(Json& record, const MusicSum& sum);

@@ -114,23 +114,19 @@ void listPlaced(CommandLine& line, const PlacedOptions& options)
 }
 } // namespace
 
-void addPlacedCommand(CommandLine& line)
+void setUpPlaced(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<PlacedOptions>();
-    CLI::App* const command = line.addCommand(
-        line.app,
-        "placed",
-        "List the pictures and texts with the artist and album that they found, and "
-        "why",
-        [&line, options]
-        {
-            const auto session = openKernel(line, KernelUse::hold);
-            loadForReading(line, *session);
-            session->kernel().run([&] { listPlaced(line, *options); });
-            return ExitCode::done;
-        });
-    addArgument(*command, "PATH", options->path, "Only this file or folder");
-    command->add_flag("--missing", options->missingOnly, "Only those that found nothing");
-    command->add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");
+    line.setAction(command,
+                   [&line, options]
+                   {
+                       const auto session = openKernel(line, KernelUse::hold);
+                       loadForReading(line, *session);
+                       session->kernel().run([&] { listPlaced(line, *options); });
+                       return ExitCode::done;
+                   });
+    addArgument(command, "PATH", options->path, "Only this file or folder");
+    command.add_flag("--missing", options->missingOnly, "Only those that found nothing");
+    command.add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");
 }
 } // namespace qo::cli

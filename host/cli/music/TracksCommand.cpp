@@ -83,11 +83,8 @@ void listTracks(CommandLine& line, const MusicOptions& options)
 }
 } // namespace
 
-void addTrackCommand(CommandLine& line)
+void setUpTracks(CommandLine& line, CLI::App& command)
 {
-    addMusicCommand(line,
-                    "tracks",
-                    "List the tracks, album by album",
-                    [&line](const MusicOptions& options) { listTracks(line, options); });
+    setUpMusic(line, command, [&line](const MusicOptions& options) { listTracks(line, options); });
 }
 } // namespace qo::cli

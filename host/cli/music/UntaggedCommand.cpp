@@ -81,17 +81,13 @@ ExitCode listUntagged(CommandLine& line, const UntaggedOptions& options)
 }
 } // namespace
 
-void addUntaggedCommand(CommandLine& line)
+void setUpUntagged(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<UntaggedOptions>();
-    CLI::App* const command =
-        line.addCommand(line.app,
-                        "untagged",
-                        "List the music files without an artist or a title",
-                        [&line, options] { return listUntagged(line, *options); });
-    addArgument(*command, "PATH", options->path, "Only this file or folder");
-    command->add_flag("-l,--long",
-                      options->isLong,
-                      "Every field, also what the file's name tells, with tabs between them");
+    line.setAction(command, [&line, options] { return listUntagged(line, *options); });
+    addArgument(command, "PATH", options->path, "Only this file or folder");
+    command.add_flag("-l,--long",
+                     options->isLong,
+                     "Every field, also what the file's name tells, with tabs between them");
 }
 } // namespace qo::cli

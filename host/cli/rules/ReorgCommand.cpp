@@ -89,32 +89,30 @@ ExitCode plan(CommandLine& line, const PlanOptions& options)
 }
 } // namespace
 
-void addReorgCommands(CommandLine& line)
+void setUpReorg(CommandLine& line, CLI::App& command)
 {
-    CLI::App* const group = line.addCommand(
-        line.app, "reorg", "Sort and name the files of the collection by a rule", {});
-    group->require_subcommand(1);
+    command.require_subcommand(1);
     auto options = std::make_shared<PlanOptions>();
-    CLI::App* const command =
-        line.addCommand(*group,
+    CLI::App* const planApp =
+        line.addCommand(command,
                         "plan",
                         "Show what would move where and why, and keep it as a plan; exit code 6 "
                         "when something cannot move",
                         [&line, options] { return plan(line, *options); });
     PlanSelection& selection = options->selection;
-    addArgument(*command, "--rule", options->rule, "The rule; may be left out when you have one")
+    addArgument(*planApp, "--rule", options->rule, "The rule; may be left out when you have one")
         ->type_name("RULE");
-    addArgument(*command, "--root", selection.root, "Only files below this folder")
+    addArgument(*planApp, "--root", selection.root, "Only files below this folder")
         ->type_name("DIR");
-    addArgument(*command, "--to", options->target, "Sort into this folder of the collection")
+    addArgument(*planApp, "--to", options->target, "Sort into this folder of the collection")
         ->type_name("DIR");
-    addOptional(*command, "--artist", selection.filter.artist, "Only music of this artist");
-    addOptional(*command, "--album", selection.filter.album, "Only albums of this name");
-    addOptional(*command, "--genre", selection.filter.genre, "Only music of this genre");
-    addArgument(*command, "--output", options->output, "Write a copy of the plan to this file")
+    addOptional(*planApp, "--artist", selection.filter.artist, "Only music of this artist");
+    addOptional(*planApp, "--album", selection.filter.album, "Only albums of this name");
+    addOptional(*planApp, "--genre", selection.filter.genre, "Only music of this genre");
+    addArgument(*planApp, "--output", options->output, "Write a copy of the plan to this file")
         ->type_name("FILE");
-    command->add_flag("--all", options->all, "Show the files that stay, too");
-    addArguments(*command, "PATH", selection.paths, "Only these files and folders");
-    addReorgRunCommands(line, *group);
+    planApp->add_flag("--all", options->all, "Show the files that stay, too");
+    addArguments(*planApp, "PATH", selection.paths, "Only these files and folders");
+    addReorgRunCommands(line, command);
 }
 } // namespace qo::cli

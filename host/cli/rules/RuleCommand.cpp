@@ -240,7 +240,7 @@ void showRule(CommandLine& line, const NamedRule& named)
         line.out.line(line.out.foreign(each));
 }
 
-void addRuleCommands(CommandLine& line)
+void setUpRule(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<RuleOptions>();
     const auto list = [&line, options]
@@ -250,14 +250,13 @@ void addRuleCommands(CommandLine& line)
                          [&](const RuleStore& store)
                          { return listRules(line, store, options->isLong), ExitCode::done; });
     };
-    CLI::App* const group =
-        line.addCommand(line.app, "rule", "The rules by which files are sorted and named", list);
-    group->require_subcommand(0, 1);
-    CLI::App* const ls = line.addCommand(*group, "ls", "List them", list);
+    line.setAction(command, list);
+    command.require_subcommand(0, 1);
+    CLI::App* const ls = line.addCommand(command, "ls", "List them", list);
     ls->add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");
 
     CLI::App* const show = line.addCommand(
-        *group,
+        command,
         "show",
         "Draw a rule",
         [&line, options]
@@ -270,7 +269,7 @@ void addRuleCommands(CommandLine& line)
                              });
         });
     CLI::App* const check =
-        line.addCommand(*group,
+        line.addCommand(command,
                         "check",
                         "Say whether a rule file is a valid one, and if not, why",
                         [&line, options]
@@ -280,14 +279,14 @@ void addRuleCommands(CommandLine& line)
                                              [&](const RuleStore& store)
                                              { return checkRule(line, store, options->rule); });
                         });
-    CLI::App* const test = line.addCommand(*group,
+    CLI::App* const test = line.addCommand(command,
                                            "test",
                                            "Show where a rule wants files of the collection",
                                            [&line, options] { return testRule(line, *options); });
-    for (CLI::App* command : {show, check, test})
-        addArgument(*command, "RULE", options->rule, "A rule by name or id, or a rule file")
+    for (CLI::App* each : {show, check, test})
+        addArgument(*each, "RULE", options->rule, "A rule by name or id, or a rule file")
             ->required();
     addArguments(*test, "FILE", options->files, "Files and folders of the collection")->required();
-    addRuleEditCommands(line, *group);
+    addRuleEditCommands(line, command);
 }
 } // namespace qo::cli

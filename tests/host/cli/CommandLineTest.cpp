@@ -4,6 +4,7 @@
 #include "types/Utf.h"
 
 #include <fstream>
+#include <regex>
 
 TEST(CommandLine, FailuresHaveTheirExitCodeAndOneSentence)
 {
@@ -44,6 +45,17 @@ TEST(CommandLine, CommandsExplainThemselves)
     const std::string completion = qo.run({"completion", "bash"}).out;
     EXPECT_TRUE(contains(completion, "complete -F _qo qo"));
     EXPECT_TRUE(contains(completion, "'tag ') words=\"show set revert write\""));
+}
+
+TEST(CommandLine, ReadmeListsTheCommandsAsTheHelpDoes)
+{
+    const std::string help = QoCommand().run({"help"}).out;
+    const std::size_t start = help.find("Collection:\n");
+    ASSERT_NE(start, std::string::npos);
+    const std::string list = help.substr(start, help.find("\nThe options above") - start);
+    const auto narrow = [](const std::string& text)
+    { return std::regex_replace(text, std::regex(" {2,}"), "  "); };
+    EXPECT_EQ(narrow(docExample("../README.md", "commands")), narrow(list));
 }
 
 TEST(CommandLine, FirstStartKeepsStatisticsAtHomeAndEverythingPrivateAndTellsWhereItIs)

@@ -35,7 +35,7 @@ rows(const QoCommand& qo, std::vector<std::string> words, const std::vector<std:
 }
 } // namespace
 
-TEST(ArtistsCommand, MusicIsCountedByItsNames)
+TEST(GroupsCommand, MusicIsCountedByItsNames)
 {
     const QoCommand qo;
     addLibrary(qo);
@@ -70,7 +70,7 @@ TEST(ArtistsCommand, MusicIsCountedByItsNames)
         EXPECT_EQ(rows(qo, words, fields), text) << testing::PrintToString(words);
 }
 
-TEST(ArtistsCommand, PeopleGetColumnsAndMachinesTabs)
+TEST(GroupsCommand, PeopleGetColumnsAndMachinesTabs)
 {
     const QoCommand qo;
     addLibrary(qo);

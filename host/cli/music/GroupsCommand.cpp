@@ -12,7 +12,7 @@ namespace
 constexpr std::size_t artistWidth = 40;
 
 /// An artist or a genre with what its tracks come to.
-struct Group
+struct MusicGroup
 {
     const CLTObject* object = nullptr; ///< null: all that have no name
     MusicSum sum;
@@ -21,10 +21,10 @@ struct Group
 
 /// By name. Unnamed ones make one group: there is nothing to tell them apart by.
 template <class GetObject, class GetOther>
-std::vector<Group>
+std::vector<MusicGroup>
 groupsOf(const std::vector<const CLTTrack*>& tracks, GetObject getObject, GetOther getOther)
 {
-    std::vector<Group> groups;
+    std::vector<MusicGroup> groups;
     std::unordered_map<const CLTObject*, std::size_t> indexes;
     for (const CLTTrack* track : tracks)
     {
@@ -33,14 +33,14 @@ groupsOf(const std::vector<const CLTTrack*>& tracks, GetObject getObject, GetOth
         const auto [at, isNew] = indexes.emplace(key, groups.size());
         if (isNew)
             groups.push_back({key, {}, {}});
-        Group& group = groups[at->second];
+        MusicGroup& group = groups[at->second];
         group.sum.add(*track);
         if (const CLTObject* const other = getOther(*track); !isUnnamed(other))
             group.others.insert(other);
     }
     std::stable_sort(groups.begin(),
                      groups.end(),
-                     [](const Group& a, const Group& b) {
+                     [](const MusicGroup& a, const MusicGroup& b) {
                          return CLTManager::compareLTNames(nameOf(a.object), nameOf(b.object)) < 0;
                      });
     return groups;
@@ -60,7 +60,7 @@ void listArtists(CommandLine& line, const MusicOptions& options)
                     options.isLong,
                     {"name", "albums", "tracks", "duration", "yearFrom", "yearTo"},
                     {{artistWidth}, {0, true}, {0, true}, {0, true}, {}});
-    for (const Group& group : groups)
+    for (const MusicGroup& group : groups)
     {
         if (listing.isClosed())
             return;
@@ -95,7 +95,7 @@ void listGenres(CommandLine& line, const MusicOptions& options)
                     options.isLong,
                     {"name", "tracks", "artists", "duration"},
                     {{artistWidth}, {0, true}, {0, true}, {0, true}});
-    for (const Group& group : groups)
+    for (const MusicGroup& group : groups)
     {
         if (listing.isClosed())
             return;
@@ -119,15 +119,13 @@ void listGenres(CommandLine& line, const MusicOptions& options)
 }
 } // namespace
 
-void addArtistCommands(CommandLine& line)
+void setUpArtists(CommandLine& line, CLI::App& command)
 {
-    addMusicCommand(line,
-                    "artists",
-                    "List the artists with their albums, tracks and years",
-                    [&line](const MusicOptions& options) { listArtists(line, options); });
-    addMusicCommand(line,
-                    "genres",
-                    "List the genres with their tracks and artists",
-                    [&line](const MusicOptions& options) { listGenres(line, options); });
+    setUpMusic(line, command, [&line](const MusicOptions& options) { listArtists(line, options); });
+}
+
+void setUpGenres(CommandLine& line, CLI::App& command)
+{
+    setUpMusic(line, command, [&line](const MusicOptions& options) { listGenres(line, options); });
 }
 } // namespace qo::cli

@@ -1,0 +1,64 @@
+#include "cli/CommandLine.h"
+
+namespace qo::cli
+{
+// Every command: its group, its name, the function that gives it options and an action, and the
+// sentence of the help. Help and completion keep this order, and a test compares the README with
+// it. It is a macro so that a row is all that a new command needs beside its source: the row
+// declares the function, too.
+#define QO_COMMANDS(ROW)                                                                           \
+    ROW(collection, "scan", setUpScan, "Look through the root folders and take in what changed")   \
+    ROW(collection, "load", setUpLoad, "Start from the database and say how long it took")         \
+    ROW(collection, "watch", setUpWatch, "Take in changes of the root folders as they happen")     \
+    ROW(collection, "roots", setUpRoots, "The folders that the collection is made of")             \
+    ROW(collection, "status", setUpStatus, "Where things are and how they stand")                  \
+    ROW(files, "ls", setUpList, "List the files of the collection")                                \
+    ROW(files, "tree", setUpTree, "Show the folders of the collection")                            \
+    ROW(files, "info", setUpInfo, "Show all that is known of a file")                              \
+    ROW(files, "tag", setUpTag, "Look at and edit the tags of a file")                             \
+    ROW(files, "mv", setUpMove, "Move or rename files and folders, on the disk as well")           \
+    ROW(files, "rm", setUpRemove, "Put files and folders of the collection into the trash")        \
+    ROW(files, "add", setUpAdd, "Take new files into the collection, or copy others there first")  \
+    ROW(music, "artists", setUpArtists, "List the artists with their albums, tracks and years")    \
+    ROW(music, "genres", setUpGenres, "List the genres with their tracks and artists")             \
+    ROW(music, "albums", setUpAlbums, "List the albums with their years and tracks")               \
+    ROW(music, "tracks", setUpTracks, "List the tracks, album by album")                           \
+    ROW(music, "lyrics", setUpLyrics, "Show the lyrics of a track, from its tag and from texts")   \
+    ROW(music, "placed", setUpPlaced, "List pictures and texts with the music that they found")    \
+    ROW(music, "untagged", setUpUntagged, "List the music files without an artist or a title")     \
+    ROW(music, "dup", setUpDuplicates, "List equal tracks, and files that begin alike")            \
+    ROW(sorting, "rule", setUpRule, "The rules by which files are sorted and named")               \
+    ROW(sorting, "reorg", setUpReorg, "Sort and name the files of the collection by a rule")       \
+    ROW(upkeep, "config", setUpConfig, "The settings")                                             \
+    ROW(upkeep, "log", setUpLog, "Show the log of the last run")                                   \
+    ROW(upkeep, "db", setUpDatabase, "The collection's database")                                  \
+    ROW(upkeep, "version", setUpVersion, "Which version this is")                                  \
+    ROW(upkeep, "help", setUpHelp, "Explain a command")                                            \
+    ROW(upkeep, "completion", setUpCompletion, "Completion for a shell")
+
+#define QO_DECLARE(group, name, setUp, description)                                                \
+    void setUp(CommandLine& line, CLI::App& command);
+QO_COMMANDS(QO_DECLARE)
+#undef QO_DECLARE
+
+void addCommands(CommandLine& line)
+{
+    constexpr const char* collection = "Collection";
+    constexpr const char* files = "Files";
+    constexpr const char* music = "Music";
+    constexpr const char* sorting = "Sorting";
+    constexpr const char* upkeep = "Settings and upkeep";
+    struct Row
+    {
+        const char* group;
+        const char* name;
+        void (*setUp)(CommandLine& line, CLI::App& command);
+        const char* description;
+    };
+#define QO_ROW(...) {__VA_ARGS__},
+    static constexpr Row rows[] = {QO_COMMANDS(QO_ROW)};
+#undef QO_ROW
+    for (const Row& row : rows)
+        row.setUp(line, *line.app.add_subcommand(row.name, row.description)->group(row.group));
+}
+} // namespace qo::cli
