@@ -1,7 +1,9 @@
 #include "cli/files/FileRecord.h"
 
+#include "cli/shown/Output.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
+#include "core/collection/FileFields.h"
 
 #include <utility>
 
@@ -9,10 +11,74 @@ namespace qo::cli
 {
 namespace
 {
-Json timeJson(const FILETIME& time)
+using host::FieldKind;
+using host::FieldSource;
+using host::FileField;
+
+Json valueJson(const FileField& field, const host::FieldValue& value)
 {
-    const std::string text = isoTime(time);
-    return text.empty() ? Json() : Json(text);
+    if (const CString* const text = std::get_if<CString>(&value))
+        return toUtf8(*text);
+    if (const FILETIME* const time = std::get_if<FILETIME>(&value))
+        return toTicks(*time) == 0 ? Json() : Json(isoTime(*time));
+    const std::int64_t number = std::get<std::int64_t>(value);
+    return field.kind == FieldKind::yesNo ? Json(number != 0) : Json(number);
+}
+
+/// As it stands between tabs; a path with the exact bytes of its names.
+std::string valueCell(const FileField& field, const host::FieldValue& value)
+{
+    if (const FILETIME* const time = std::get_if<FILETIME>(&value))
+        return isoTime(*time);
+    if (const std::int64_t* const number = std::get_if<std::int64_t>(&value))
+        return std::to_string(*number);
+    const CString& text = std::get<CString>(value);
+    if (field.kind == FieldKind::path && !text.IsEmpty())
+        return host::shownPath(text);
+    return oneLine(text);
+}
+
+std::string numberText(FieldKind kind, std::int64_t number)
+{
+    switch (kind)
+    {
+    case FieldKind::duration:
+        return number <= 0 ? "" : durationText(number) + " (" + std::to_string(number) + " ms)";
+    case FieldKind::bitrate:
+        return number <= 0 ? "" : std::to_string(number) + " kbit/s";
+    case FieldKind::size:
+        return sizeText(number) + " (" + std::to_string(number) + " bytes)";
+    case FieldKind::flags:
+        return flagsText(static_cast<unsigned>(number));
+    case FieldKind::yesNo:
+        return number != 0 ? "yes" : "no";
+    default:
+        return std::to_string(number);
+    }
+}
+
+/// As people read it; "" for no value.
+std::string valueText(const FileField& field, const host::FieldValue& value)
+{
+    if (const FILETIME* const time = std::get_if<FILETIME>(&value))
+        return localTimeText(*time);
+    if (const std::int64_t* const number = std::get_if<std::int64_t>(&value))
+        return numberText(field.kind, *number);
+    return harmless(valueCell(field, value));
+}
+
+void putFields(Json& object, const QoFileDbItem& item, bool withTree)
+{
+    for (const FileField& field : host::fileFields())
+    {
+        if (field.source == FieldSource::tag || (field.source == FieldSource::tree && !withTree))
+            continue;
+        const host::FieldValue value = field.read(item);
+        if (field.kind == FieldKind::path)
+            putPath(object, field.name, std::get<CString>(value));
+        else
+            object[field.name] = valueJson(field, value);
+    }
 }
 } // namespace
 
@@ -30,54 +96,52 @@ void putPath(Json& object, const std::string& name, const CString& path)
     putPath(object, name, path.IsEmpty() ? std::string() : host::shownPath(path));
 }
 
-Json recordJson(const QoFileDbItem& item)
+Json recordJson(const QoFileDbItem& item, bool withTree)
 {
     Json object;
-    putPath(object, "path", item.path);
-    object["artist"] = toUtf8(item.artist);
-    object["album"] = toUtf8(item.album);
-    object["title"] = toUtf8(item.title);
-    object["genre"] = toUtf8(item.genre);
-    object["track"] = toUtf8(item.trackNumber);
-    object["year"] = toUtf8(item.year);
-    object["duration"] = item.duration;
-    object["bitrate"] = item.bitrate;
-    object["size"] = item.size;
-    object["flags"] = item.flags;
-    object["created"] = timeJson(item.createTime);
-    object["modified"] = timeJson(item.modifTime);
-    object["id"] = item.id;
-    object["velmoraId"] = toUtf8(item.velmoraId);
-    object["source"] = static_cast<int>(item.source);
-    object["imported"] = item.imported;
-    object["reviewed"] = item.reviewed;
-    putPath(object, "picture", item.picturePath);
+    putFields(object, item, withTree);
     return object;
 }
 
 std::string recordHeader()
 {
-    return "path\tartist\talbum\ttitle\tgenre\ttrack\tyear\tduration\tbitrate\tsize\tflags\tcreated"
-           "\tmodified\t"
-           "id\tvelmoraId\tsource\timported\treviewed\tpicture";
+    std::string header;
+    for (const FileField& field : host::fileFields())
+    {
+        if (field.source == FieldSource::record)
+            header += (header.empty() ? "" : "\t") + std::string(field.name);
+    }
+    return header;
 }
 
-std::string recordRow(const QoFileDbItem& item, const std::string& shownPath)
+std::string recordRow(const Output& out, const QoFileDbItem& item)
 {
-    std::string row = shownPath;
-    for (const CString* text :
-         {&item.artist, &item.album, &item.title, &item.genre, &item.trackNumber, &item.year})
-        row += "\t" + oneLine(*text);
-    for (const std::int64_t number :
-         {std::int64_t{item.duration}, std::int64_t{item.bitrate}, item.size})
-        row += "\t" + std::to_string(number);
-    row += "\t" + std::to_string(item.flags) + "\t" + isoTime(item.createTime) + "\t" +
-           isoTime(item.modifTime);
-    row += "\t" + std::to_string(item.id) + "\t" + oneLine(item.velmoraId) + "\t" +
-           std::to_string(item.source);
-    row += item.imported ? "\t1" : "\t0";
-    row += item.reviewed ? "\t1\t" : "\t0\t";
-    return row + (item.picturePath.IsEmpty() ? "" : host::shownPath(item.picturePath));
+    std::string row;
+    bool isFirst = true;
+    for (const FileField& field : host::fileFields())
+    {
+        if (field.source != FieldSource::record)
+            continue;
+        row += isFirst ? "" : "\t";
+        isFirst = false;
+        const std::string cell = valueCell(field, field.read(item));
+        row += field.kind == FieldKind::path ? out.foreign(cell) : cell;
+    }
+    return row;
+}
+
+std::string recordText(const QoFileDbItem& item)
+{
+    constexpr std::size_t headingWidth = 12;
+    std::string text;
+    for (const FileField& field : host::fileFields())
+    {
+        if (field.source == FieldSource::tag || field.name == std::string_view("path"))
+            continue;
+        const std::string value = valueText(field, field.read(item));
+        text += padded(field.heading, headingWidth) + (value.empty() ? "-" : value) + "\n";
+    }
+    return text;
 }
 
 std::string flagsText(unsigned flags)

@@ -8,6 +8,7 @@
 
 namespace qo::cli
 {
+class Output;
 using Json = nlohmann::ordered_json;
 
 /// Puts a system path under the name. One that is no UTF-8 is shown with U+FFFD, and nameUri has
@@ -15,12 +16,18 @@ using Json = nlohmann::ordered_json;
 void putPath(Json& object, const std::string& name, const std::string& path);
 void putPath(Json& object, const std::string& name, const CString& path);
 
-/// Every field of a record. Times are UTC or null, the duration milliseconds, the bitrate kbit/s.
-Json recordJson(const QoFileDbItem& item);
+// The four below show the fields of FileFields.h.
+
+/// Times are UTC or null, the duration milliseconds, the bitrate kbit/s. The fields of the tree are
+/// searched for and left out unless asked for.
+Json recordJson(const QoFileDbItem& item, bool withTree = false);
 /// The names of recordRow's columns.
 std::string recordHeader();
-/// The same fields as recordJson, between tabs; path and texts as Output::foreign gives them.
-std::string recordRow(const QoFileDbItem& item, const std::string& shownPath);
+/// The values of recordJson without the tree, between tabs; paths as Output::foreign gives them.
+std::string recordRow(const Output& out, const QoFileDbItem& item);
+/// Each field but the path on a line of its own, for people.
+std::string recordText(const QoFileDbItem& item);
+
 /// "music", "video music" and the like: what the flag bits say.
 std::string flagsText(unsigned flags);
 /// One line of JSON for any text: bytes that are no UTF-8 become U+FFFD.

@@ -32,8 +32,9 @@ void printRecord(CommandLine& line, const ListOptions& options, const QoFileDbIt
 {
     if (line.json)
         return line.out.line(dump(recordJson(item)));
-    const std::string path = line.out.foreign(host::shownPath(item.path));
-    line.out.line(options.isLong ? recordRow(item, path) : describe(item) + path);
+    if (options.isLong)
+        return line.out.line(recordRow(line.out, item));
+    line.out.line(describe(item) + line.out.foreign(host::shownPath(item.path)));
 }
 
 ExitCode list(CommandLine& line, const ListOptions& options)

@@ -7,7 +7,6 @@
 #include "core/base/HostFiles.h"
 #include "core/collection/PendingTags.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <span>
 
@@ -44,17 +43,17 @@ struct TagWork
 std::string allFieldNames()
 {
     std::string names;
-    for (const std::string& name : PendingTags::fieldNames())
-        names += (names.empty() ? "" : ", ") + name;
+    for (const host::FileField& field : host::tagFields())
+        names += (names.empty() ? "" : ", ") + std::string(field.name);
     return names;
 }
 
-void checkFieldName(const std::string& name)
+const host::FileField& findField(const std::string& name)
 {
-    const auto& names = PendingTags::fieldNames();
-    if (std::find(names.begin(), names.end(), name) == names.end())
-        throw HostError(ExitCode::usage,
-                        "\"" + name + "\" is no field of a tag; there are " + allFieldNames());
+    if (const host::FileField* const field = host::findTagField(name))
+        return *field;
+    throw HostError(ExitCode::usage,
+                    "\"" + name + "\" is no field of a tag; there are " + allFieldNames());
 }
 
 /// The spelling of the file under which edits wait, or else the typed one.
@@ -102,12 +101,13 @@ void show(TagWork& work, const TagOptions& options)
 }
 
 /// A picture is kept as the absolute path of a file that is there.
-std::string checkedValue(const std::string& name, const std::string& value)
+std::string checkedValue(const host::FileField& field, const std::string& value)
 {
-    if (name != "picture")
+    if (field.kind != host::FieldKind::path)
     {
         if (!isUtf8(value))
-            throw HostError(ExitCode::usage, "the value of " + name + " is not UTF-8");
+            throw HostError(ExitCode::usage,
+                            std::string("the value of ") + field.name + " is not UTF-8");
         return value;
     }
     if (value.empty())
@@ -141,13 +141,10 @@ void set(TagWork& work, const TagOptions& options)
         if (equals == std::string::npos)
             throw HostError(ExitCode::usage, "\"" + word + "\" is not of the form field=value");
         const std::string name = word.substr(0, equals);
-        checkFieldName(name);
-        const std::string value = checkedValue(name, word.substr(equals + 1));
-        const auto& names = PendingTags::fieldNames();
-        const auto index =
-            static_cast<std::size_t>(std::find(names.begin(), names.end(), name) - names.begin());
+        const host::FileField& field = findField(name);
+        const std::string value = checkedValue(field, word.substr(equals + 1));
         std::string own;
-        fieldValue(tag, tagFields()[index], CTagAttribValue::SV_Original, own);
+        fieldValue(tag, field, CTagAttribValue::SV_Original, own);
         // The file's own value again is no edit.
         if (own == value)
             work.pending.drop(path, name);
@@ -166,7 +163,7 @@ void revert(TagWork& work, const TagOptions& options)
     bool any = options.words.empty() && work.pending.drop(path);
     for (const std::string& name : options.words)
     {
-        checkFieldName(name);
+        findField(name);
         any = work.pending.drop(path, name) || any;
     }
     if (!any)

@@ -10,6 +10,8 @@ namespace qo::cli
 {
 namespace
 {
+using host::FileField;
+
 constexpr auto original = CTagAttribValue::SV_Original;
 constexpr auto edited = CTagAttribValue::SV_Edited;
 constexpr std::size_t nameWidth = 9;
@@ -26,44 +28,31 @@ std::string cell(std::string text)
 }
 } // namespace
 
-const std::vector<TagField>& tagFields()
-{
-    static const std::vector<TagField> fields = {{"artist", CTagAttrib::AT_Artist},
-                                                 {"album", CTagAttrib::AT_Album},
-                                                 {"title", CTagAttrib::AT_Title},
-                                                 {"genre", CTagAttrib::AT_Genre},
-                                                 {"track", CTagAttrib::AT_TrackNumber},
-                                                 {"year", CTagAttrib::AT_Year},
-                                                 {"lyrics", CTagAttrib::AT_Lyrics},
-                                                 {"picture", CTagAttrib::AT_Picture}};
-    return fields;
-}
-
 bool fieldValue(const CMusicTagEx& tag,
-                const TagField& field,
+                const FileField& field,
                 CTagAttrib::ESrcValueType source,
                 std::string& value)
 {
     CString text;
-    const CTagAttrib* const attrib = tag.getConstAttrib(field.type);
+    const CTagAttrib* const attrib = tag.getConstAttrib(*field.attribute);
     if (!attrib || !attrib->getValue(source, text))
         return false;
-    value = field.type == CTagAttrib::AT_Picture && !text.IsEmpty() ? host::shownPath(text)
-                                                                    : toUtf8(text);
+    value = field.kind == host::FieldKind::path && !text.IsEmpty() ? host::shownPath(text)
+                                                                   : toUtf8(text);
     return true;
 }
 
 void applyEdits(CMusicTagEx& tag, const host::PendingTags::Fields& edits)
 {
-    for (const TagField& field : tagFields())
+    for (const FileField& field : host::tagFields())
     {
         const auto edit = edits.find(field.name);
         if (edit == edits.end())
             continue;
-        const bool isPicture = field.type == CTagAttrib::AT_Picture;
-        const CString value = isPicture && !edit->second.empty() ? fromSystemPath(edit->second)
-                                                                 : fromUtf8(edit->second);
-        if (CTagAttrib* const attrib = tag.getAttrib(field.type))
+        const bool isPath = field.kind == host::FieldKind::path;
+        const CString value =
+            isPath && !edit->second.empty() ? fromSystemPath(edit->second) : fromUtf8(edit->second);
+        if (CTagAttrib* const attrib = tag.getAttrib(*field.attribute))
             attrib->setValue(edited, value, true);
     }
 }
@@ -71,7 +60,7 @@ void applyEdits(CMusicTagEx& tag, const host::PendingTags::Fields& edits)
 Json tagJson(const CMusicTagEx& tag)
 {
     Json fields = Json::object();
-    for (const TagField& field : tagFields())
+    for (const FileField& field : host::tagFields())
     {
         std::string value;
         Json entry = Json::object();
@@ -89,7 +78,7 @@ std::string tagTable(const CMusicTagEx& tag)
     std::vector<std::string> edits;
     std::size_t width = 4;
     bool anyEdit = false;
-    for (const TagField& field : tagFields())
+    for (const FileField& field : host::tagFields())
     {
         std::string value;
         own.push_back(fieldValue(tag, field, original, value) ? cell(value) : "");
@@ -103,7 +92,7 @@ std::string tagTable(const CMusicTagEx& tag)
         table = padded("", nameWidth) + padded("file", width) + "  edited, not yet written\n";
     for (std::size_t i = 0; i < own.size(); ++i)
     {
-        std::string row = padded(tagFields()[i].name, nameWidth);
+        std::string row = padded(host::tagFields()[i].heading, nameWidth);
         row += edits[i].empty() ? own[i] : padded(own[i], width) + "  " + edits[i];
         row.erase(row.find_last_not_of(' ') + 1);
         table += row + "\n";

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/files/FileRecord.h"
+#include "core/collection/FileFields.h"
 #include "core/collection/PendingTags.h"
 
 #include <QoKernel/Tags.h>
@@ -9,20 +10,10 @@
 
 namespace qo::cli
 {
-/// The fields of a tag as the command names them.
-struct TagField
-{
-    const char* name;
-    CTagAttrib::EAttribType type;
-};
-
-/// In the order of PendingTags::fieldNames().
-const std::vector<TagField>& tagFields();
-
 /// The field's value from a source as a person reads it: a picture as its path. False when the
 /// source has none.
 bool fieldValue(const CMusicTagEx& tag,
-                const TagField& field,
+                const host::FileField& field,
                 CTagAttrib::ESrcValueType source,
                 std::string& value);
 

@@ -3,6 +3,7 @@
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/collection/CollectionFiles.h"
+#include "core/collection/FileFields.h"
 
 #include <nlohmann/json.hpp>
 
@@ -28,8 +29,13 @@ bool isFieldName(const std::string& name)
 
 const std::vector<std::string>& PendingTags::fieldNames()
 {
-    static const std::vector<std::string> names = {
-        "artist", "album", "title", "genre", "track", "year", "lyrics", "picture"};
+    static const std::vector<std::string> names = []
+    {
+        std::vector<std::string> list;
+        for (const FileField& field : tagFields())
+            list.emplace_back(field.name);
+        return list;
+    }();
     return names;
 }
 

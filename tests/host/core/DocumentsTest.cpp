@@ -1,3 +1,4 @@
+#include "core/collection/FileFields.h"
 #include "core/collection/PendingTags.h"
 #include "core/session/KeyValueConfig.h"
 #include "support/DocExample.h"
@@ -6,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <sstream>
 
 using namespace qo::host;
@@ -69,6 +71,28 @@ TEST(Documents, SettingsFileReadsAndIsWrittenAlike)
     config.setValue(language, u"en");
     config.save();
     EXPECT_EQ(dir.read("settings"), example);
+}
+
+TEST(Documents, FieldsAreThoseOfTheTable)
+{
+    const auto sourceName = [](FieldSource source) {
+        return source == FieldSource::tag      ? "tag"
+               : source == FieldSource::record ? "record"
+                                               : "tree";
+    };
+    std::vector<std::string> expected;
+    for (const FileField& field : fileFields())
+        expected.push_back(std::string("| `") + field.name + "` | " + field.heading + " | " +
+                           sourceName(field.source) + " | " + (field.attribute ? "yes" : "no") +
+                           " |");
+    std::vector<std::string> documented;
+    std::ifstream document(QO_SOURCE_DIR "/docs/fields.md");
+    for (std::string line; std::getline(document, line);)
+    {
+        if (line.starts_with("| `"))
+            documented.push_back(line.substr(0, line.rfind(" | ") + 2));
+    }
+    EXPECT_EQ(documented, expected);
 }
 
 TEST(Documents, PendingEditsReadAndAreWrittenAlike)

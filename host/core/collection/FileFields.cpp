@@ -1,0 +1,118 @@
+#include "core/collection/FileFields.h"
+
+#include <QoKernel/Physical.h>
+
+#include <algorithm>
+#include <type_traits>
+
+namespace qo::host
+{
+namespace
+{
+/// The value of a member of the record.
+template <auto member>
+FieldValue stored(const QoFileDbItem& item)
+{
+    using Member = std::remove_cvref_t<decltype(item.*member)>;
+    if constexpr (std::is_same_v<Member, CString> || std::is_same_v<Member, FILETIME>)
+        return item.*member;
+    else
+        return static_cast<std::int64_t>(item.*member);
+}
+
+boost::shared_ptr<CHDFile> fileOf(const QoFileDbItem& item)
+{
+    return CQoCollection::m_ownCollection.getFileByPath(item.path);
+}
+
+FieldValue typeInTree(const QoFileDbItem& item)
+{
+    const auto file = fileOf(item);
+    if (!file)
+        return CString();
+    switch (file->getFileType())
+    {
+    case CHDFile::FT_Music:
+        return CString(file->getAudioVideoType() == CHDFile::AV_Video ? u"video" : u"music");
+    case CHDFile::FT_Picture:
+        return CString(u"picture");
+    case CHDFile::FT_Text:
+        return CString(u"text");
+    default:
+        return CString(u"other");
+    }
+}
+
+FieldValue folderInTree(const QoFileDbItem& item)
+{
+    const auto file = fileOf(item);
+    return file && file->getParentDir() ? file->getParentDir()->getPath().toString() : CString();
+}
+
+FieldValue rootInTree(const QoFileDbItem& item)
+{
+    const auto file = fileOf(item);
+    const auto root = file ? CQoUtils::getRootDir(file) : nullptr;
+    return root ? root->getPath().toString() : CString();
+}
+} // namespace
+
+const std::vector<FileField>& fileFields()
+{
+    using Item = QoFileDbItem;
+    using enum FieldKind;
+    using enum FieldSource;
+    using enum CTagAttrib::EAttribType;
+    // clang-format off
+    static const std::vector<FileField> fields = {
+        {"path",      "path",       path,     record, stored<&Item::path>},
+        {"artist",    "artist",     text,     record, stored<&Item::artist>,       AT_Artist},
+        {"album",     "album",      text,     record, stored<&Item::album>,        AT_Album},
+        {"title",     "title",      text,     record, stored<&Item::title>,        AT_Title},
+        {"genre",     "genre",      text,     record, stored<&Item::genre>,        AT_Genre},
+        {"track",     "track",      text,     record, stored<&Item::trackNumber>,  AT_TrackNumber},
+        {"year",      "year",       text,     record, stored<&Item::year>,         AT_Year},
+        {"lyrics",    "lyrics",     text,     tag,    nullptr,                     AT_Lyrics},
+        {"duration",  "duration",   duration, record, stored<&Item::duration>},
+        {"bitrate",   "bitrate",    bitrate,  record, stored<&Item::bitrate>},
+        {"size",      "size",       size,     record, stored<&Item::size>},
+        {"type",      "type",       text,     tree,   typeInTree},
+        {"flags",     "flags",      flags,    record, stored<&Item::flags>},
+        {"created",   "created",    time,     record, stored<&Item::createTime>},
+        {"modified",  "modified",   time,     record, stored<&Item::modifTime>},
+        {"id",        "id",         number,   record, stored<&Item::id>},
+        {"velmoraId", "lasting id", text,     record, stored<&Item::velmoraId>},
+        {"source",    "source",     number,   record, stored<&Item::source>},
+        {"imported",  "imported",   yesNo,    record, stored<&Item::imported>},
+        {"reviewed",  "reviewed",   yesNo,    record, stored<&Item::reviewed>},
+        {"picture",   "picture",    path,     record, stored<&Item::picturePath>,  AT_Picture},
+        {"folder",    "folder",     path,     tree,   folderInTree},
+        {"root",      "root",       path,     tree,   rootInTree}};
+    // clang-format on
+    return fields;
+}
+
+const std::vector<FileField>& tagFields()
+{
+    static const std::vector<FileField> fields = []
+    {
+        std::vector<FileField> list;
+        for (const FileField& field : fileFields())
+        {
+            if (field.attribute)
+                list.push_back(field);
+        }
+        return list;
+    }();
+    return fields;
+}
+
+const FileField* findTagField(std::string_view name)
+{
+    const std::vector<FileField>& fields = tagFields();
+    const auto found = std::find_if(fields.begin(),
+                                    fields.end(),
+                                    [name](const FileField& field) { return field.name == name; });
+    return found == fields.end() ? nullptr : &*found;
+}
+} // namespace qo::host
