@@ -7,6 +7,9 @@
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
+#include "platform/TreeRemoval.h"
+
+#include <cerrno>
 
 namespace
 {
@@ -14,6 +17,7 @@ using qo::TraceLog;
 namespace level = qo::level;
 
 constexpr int systemTempBuffer = 0x104;
+constexpr int rootLength = 3; // "C:\"
 
 const char16_t* tempFolderName(int id)
 {
@@ -33,6 +37,19 @@ bool isSame(const qo::FileInfo& a, const qo::FileInfo& b)
     return a.device == b.device && a.inode == b.inode;
 }
 
+/// The root of the system and the home folder.
+std::vector<qo::FileInfo> protectedFolders()
+{
+    std::vector<qo::FileInfo> folders;
+    for (const CString& path : {CString(u"C:\\"), qo::specialFolders().home()})
+    {
+        qo::FileInfo info;
+        if (qo::fileSystem().info(path, qo::Spelling::exact, info) == 0)
+            folders.push_back(info);
+    }
+    return folders;
+}
+
 /// By identity, not by spelling: the home folder stays under whatever name it is given.
 bool isProtected(const CString& path, const qo::FileInfo& info)
 {
@@ -44,12 +61,12 @@ bool isProtected(const CString& path, const qo::FileInfo& info)
         if (name.IsEmpty() || name.Find(u'\\') >= 0 || name == u"." || name == u"..")
             return true;
     }
-    qo::FileInfo other;
-    for (const CString& kept : {CString(u"C:\\"), qo::specialFolders().home()})
+    for (const qo::FileInfo& kept : protectedFolders())
     {
-        if (qo::fileSystem().info(kept, qo::Spelling::exact, other) == 0 && isSame(info, other))
+        if (isSame(info, kept))
             return true;
     }
+    qo::FileInfo other;
     const CString parent = parsed.getParent().toString();
     return qo::fileSystem().info(parent, qo::Spelling::exact, other) != 0 ||
            other.device != info.device;
@@ -58,9 +75,17 @@ bool isProtected(const CString& path, const qo::FileInfo& info)
 CString findSystemTempDir()
 {
     const CString folder = qo::specialFolders().systemTemp();
-    if (folder.GetLength() < systemTempBuffer && qo::fileSystem().isDirectory(folder))
+    qo::FileInfo info;
+    int error = qo::fileSystem().info(folder, qo::Spelling::anyCase, info);
+    if (error == 0 && info.kind != qo::FileKind::directory)
+        error = ENOTDIR;
+    if (folder.GetLength() >= systemTempBuffer)
+        error = ENAMETOOLONG;
+    if (error == 0)
         return folder;
-    TraceLog::trace(level::error, u"GetWindowsTempDir : GetTempPath failed. Error %s", folder);
+    TraceLog::trace(level::error,
+                    u"GetWindowsTempDir : GetTempPath failed. Error %s",
+                    CFileUtils::GetLastErrorText(error));
     return u"Temp";
 }
 } // namespace
@@ -68,7 +93,7 @@ CString findSystemTempDir()
 bool CFileUtils::AssureDirExists(const CString& path)
 {
     qo::FileInfo info;
-    if (qo::fileSystem().info(path, qo::Spelling::anyCase, info) != 0)
+    if (qo::fileSystem().info(path, qo::Spelling::exact, info) != 0)
     {
         if (qo::fileSystem().makeDirectory(path) != 0)
         {
@@ -92,54 +117,42 @@ void CFileUtils::logFolderNotMade(const CString& path)
 
 bool CFileUtils::RemoveDirectoryRec(const CString& path)
 {
+    // A closing backslash would lead through a link.
+    CString folder = path;
+    while (folder.GetLength() > rootLength && folder[folder.GetLength() - 1] == u'\\')
+        folder = qo::removeBackslash(folder);
     qo::IFileSystem& files = qo::fileSystem();
     qo::FileInfo info;
-    const bool isFolder = files.info(path, qo::Spelling::exact, info) == 0 &&
-                          info.kind == qo::FileKind::directory && !files.isLink(path);
-    if (!isFolder)
+    const bool isFolder = files.info(folder, qo::Spelling::exact, info) == 0 &&
+                          info.kind == qo::FileKind::directory && !files.isLink(folder);
+    if (isFolder && isProtected(folder, info))
+    {
+        TraceLog::trace(level::error, u"RemoveDirectoryRec : %s must not be removed", path);
+        return false;
+    }
+    std::vector<qo::TreeRemovalFailure> failures;
+    const int error = isFolder ? qo::removeTree(folder, protectedFolders(), failures) : ENOTDIR;
+    if (error != 0 && failures.empty())
     {
         TraceLog::trace(level::error,
                         u"RemoveDirectoryRec : %s is not a directory (maybe was deleted shortly)",
                         path);
         return true;
     }
-    if (isProtected(path, info))
-    {
-        TraceLog::trace(level::error, u"RemoveDirectoryRec : %s must not be removed", path);
-        return false;
-    }
-    std::vector<qo::DirEntry> entries;
-    (void)files.list(path, entries);
-    for (const qo::DirEntry& entry : entries)
-    {
-        const CString inner = qo::combinePath(path, entry.name);
-        if (entry.info.kind == qo::FileKind::directory && !entry.info.isLink)
-            RemoveDirectoryRec(inner);
-        else if (const int error = files.removeFile(inner))
-        {
-            TraceLog::trace(level::error,
-                            u"RemoveDirectoryRec failed to remove file %s : %s",
-                            inner,
-                            GetLastErrorText(error));
-            return false;
-        }
-    }
-    if (const int error = files.removeDirectory(path))
-    {
+    for (const qo::TreeRemovalFailure& failure : failures)
         TraceLog::trace(level::error,
-                        u"RemoveDirectoryRec failed to remove dir %s : %s",
-                        path,
-                        GetLastErrorText(error));
-        return false;
-    }
-    return true;
+                        failure.isFolder ? u"RemoveDirectoryRec failed to remove dir %s : %s"
+                                         : u"RemoveDirectoryRec failed to remove file %s : %s",
+                        failure.path,
+                        GetLastErrorText(failure.error));
+    return error == 0;
 }
 
 bool CFileUtils::IsDirEmpty(const CString& path, bool recursive)
 {
     std::vector<qo::DirEntry> entries;
-    if (qo::fileSystem().list(path, entries) != 0)
-        return true;
+    // A folder that cannot be listed has no entries; one that is listed in part may have some.
+    (void)qo::fileSystem().list(path, entries);
     for (const qo::DirEntry& entry : entries)
     {
         const bool isFolder = entry.info.kind == qo::FileKind::directory && !entry.info.isLink;

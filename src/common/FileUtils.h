@@ -10,9 +10,9 @@ public:
     /// Makes one folder, not its parents; true when it is there in the end.
     static bool AssureDirExists(const CString& path);
 
-    /// Removes a folder with all it holds; links are removed, never followed. True when there is no
-    /// such folder in the first place. Refuses the root of a drive, the home folder and mount
-    /// points.
+    /// Removes a folder with all it holds; links are removed, never followed, whether or not the
+    /// path has a closing backslash. True when there is no such folder in the first place. Refuses
+    /// the root of a drive, the home folder and mount points.
     static bool RemoveDirectoryRec(const CString& path);
 
     /// A folder that cannot be listed counts as empty; with `recursive` so does one that holds

@@ -4,14 +4,17 @@
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
+#include "support/OrdinaryUser.h"
 #include "support/Print.h"
 #include "support/ScopedVariable.h"
 #include "support/TempDir.h"
 #include "types/StringArray.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <utility>
 
 TEST(FileUtils, NamesAndPathsArePutTogether)
@@ -43,7 +46,13 @@ TEST(FileUtils, RemovingAFolderLeavesWhatItsLinksPointTo)
     dir.write("gone/deep/file", "x");
     ASSERT_EQ(::symlink(dir.path("kept").c_str(), dir.path("gone/link").c_str()), 0);
     ASSERT_EQ(::symlink("nowhere", dir.path("gone/lost").c_str()), 0);
-    EXPECT_TRUE(CFileUtils::RemoveDirectoryRec(dir.collPath("gone")));
+    for (const char16_t* end : {u"", u"\\", u"\\\\"})
+    {
+        EXPECT_TRUE(CFileUtils::RemoveDirectoryRec(dir.collPath("gone/link") + end));
+        EXPECT_EQ(dir.read("kept/file"), "x")
+            << "the name of a link with " << std::u16string_view(end).size();
+    }
+    EXPECT_TRUE(CFileUtils::RemoveDirectoryRec(dir.collPath("gone") + u"\\"));
     EXPECT_FALSE(qo::fileSystem().exists(dir.collPath("gone")));
     EXPECT_EQ(dir.read("kept/file"), "x");
     EXPECT_TRUE(CFileUtils::RemoveDirectoryRec(dir.collPath("gone")))
@@ -74,9 +83,29 @@ TEST(FileUtils, TheRootTheHomeFolderAndMountPointsAreNotRemovedUnderAnyName)
     EXPECT_EQ(dir.read("home/inner/file"), "x");
 }
 
+TEST(FileUtils, AFileThatCannotBeRemovedStopsItsFolderAlone)
+{
+    const TempDir dir;
+    dir.write("top/kept/file", "x");
+    dir.write("top/gone/file", "x");
+    dir.write("top/last", "x");
+    ASSERT_EQ(::chmod(dir.path("top/kept").c_str(), 0500), 0);
+    const OrdinaryUser user(dir.path());
+    if (!user.isPossible)
+        GTEST_SKIP() << "cannot become another user";
+    EXPECT_FALSE(CFileUtils::RemoveDirectoryRec(dir.collPath("top")));
+    EXPECT_TRUE(std::filesystem::exists(dir.path("top/kept/file")));
+    EXPECT_FALSE(std::filesystem::exists(dir.path("top/gone")));
+    EXPECT_FALSE(std::filesystem::exists(dir.path("top/last")));
+    ::chmod(dir.path("top/kept").c_str(), 0700);
+}
+
 TEST(FileUtils, OneFolderIsMadeButNotItsParents)
 {
     const TempDir dir;
+    dir.makeFolder("Music");
+    EXPECT_TRUE(CFileUtils::AssureDirExists(dir.collPath("music")));
+    EXPECT_TRUE(std::filesystem::exists(dir.path("music"))) << "not that of other case";
     EXPECT_FALSE(CFileUtils::AssureDirExists(dir.collPath("a/b")));
     EXPECT_TRUE(CFileUtils::AssureDirExists(dir.collPath("a")));
     EXPECT_TRUE(CFileUtils::AssureDirExists(dir.collPath("a")));
