@@ -2,10 +2,13 @@
 
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "platform/TemporaryNames.h"
 #include "types/CharClass.h"
+#include "types/Utf.h"
 
 #include <algorithm>
-#include <functional>
+#include <cstdlib>
+#include <set>
 #include <vector>
 
 namespace qo
@@ -55,6 +58,19 @@ bool isStamp(std::u16string_view text)
     const int process = countWhile(text.substr(1), isUpperHex);
     return process > 0 && text.substr(static_cast<std::size_t>(process) + 1) == u".txt";
 }
+/// The number at the end of a name with a stamp.
+unsigned processOf(const CString& name)
+{
+    const std::string digits = toUtf8(name.Mid(name.ReverseFind(u'_') + 1));
+    return static_cast<unsigned>(std::strtoul(digits.c_str(), nullptr, 16));
+}
+
+/// "Trace" stands for no path, and the current folder is that of a mere name.
+CString wholeBasePath(const CString& basePath)
+{
+    const CString path = basePath.IsEmpty() ? CString(u"Trace") : basePath;
+    return path.Find(u'\\') < 0 && path.Find(u'/') < 0 ? currentFolder() + u"\\" + path : path;
+}
 } // namespace
 
 int levelFromName(const CString& name)
@@ -99,7 +115,8 @@ void TraceFile::openNamed()
 void TraceFile::open(const CalendarTime& time)
 {
     close();
-    m_name.Format(u"%s_%s_%X.txt", m_basePath, timeStamp(time), systemClock().processId());
+    m_name.Format(
+        u"%s_%s_%X.txt", wholeBasePath(m_basePath), timeStamp(time), systemClock().processId());
     openNamed();
     if (m_file)
         m_date = time;
@@ -140,9 +157,10 @@ void TraceFile::writeLine(int level, const CalendarTime& time, const CString& te
 
 void TraceFile::cleanUp(const CString& basePath, int keep)
 {
-    const int separator = std::max(basePath.ReverseFind(u'\\'), basePath.ReverseFind(u'/'));
-    const CString base = basePath.Mid(separator + 1);
-    const CString folder = separator < 0 ? CString(u".") : basePath.Left(separator);
+    const CString whole = wholeBasePath(basePath);
+    const int separator = std::max(whole.ReverseFind(u'\\'), whole.ReverseFind(u'/'));
+    const CString base = whole.Mid(separator + 1);
+    const CString folder = whole.Left(separator);
     if (keep <= 0 || base.GetLength() < shortestBaseName)
         return;
     std::vector<DirEntry> entries;
@@ -157,11 +175,16 @@ void TraceFile::cleanUp(const CString& basePath, int keep)
         if (isOurs)
             names.push_back(entry.name);
     }
-    if (names.size() <= static_cast<std::size_t>(keep))
-        return;
     // The names carry the time: the newest come first.
     std::sort(names.begin(), names.end(), [](const CString& a, const CString& b) { return b < a; });
-    for (std::size_t i = static_cast<std::size_t>(keep); i < names.size(); ++i)
-        (void)fileSystem().removeFile(folder + u"\\" + names[i]);
+    std::set<unsigned> processes;
+    for (std::size_t i = 0; i < names.size(); ++i)
+    {
+        // A process writes to its newest file.
+        const unsigned process = processOf(names[i]);
+        const bool isInUse = processes.insert(process).second && isProcessRunning(process);
+        if (i >= static_cast<std::size_t>(keep) && !isInUse)
+            (void)fileSystem().removeFile(folder + u"\\" + names[i]);
+    }
 }
 } // namespace qo

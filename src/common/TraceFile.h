@@ -10,7 +10,8 @@ namespace qo
 class IFile;
 
 /// One text file of log lines: UTF-16 with a byte-order mark, CR LF, named after its base path, the
-/// time of opening and the process. No lock of its own.
+/// time of opening and the process. Without a base path, which is also the meaning of an empty one,
+/// it is "Trace"; a mere name lies in the current folder. No lock of its own.
 class TraceFile
 {
 public:
@@ -36,9 +37,9 @@ public:
     /// Does nothing while closed.
     void writeLine(int level, const CalendarTime& time, const CString& text);
 
-    /// Removes the oldest log files of that base path so that `keep` of them stay. Only names with
-    /// the stamp of this class are looked at, and a base name of fewer than 5 characters deletes
-    /// nothing.
+    /// Removes the oldest log files of that base path so that `keep` of them stay, and beyond them
+    /// the newest of each process that still runs. Only names with the stamp of this class are
+    /// looked at, and a base name of fewer than 5 characters deletes nothing.
     static void cleanUp(const CString& basePath, int keep);
 
 private:

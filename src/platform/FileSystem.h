@@ -100,7 +100,9 @@ public:
     bool isDirectory(const CString& path);
 
     /// The entries of a folder without "." and "..", sorted by name without regard to case, then
-    /// exactly. A link to nowhere is of kind other; an entry that vanishes meanwhile is left out.
+    /// exactly. A link to nowhere is of kind other; an entry that vanishes meanwhile is left out,
+    /// and so are temporary files of this program (TemporaryNames.h). A failure, also to look at an
+    /// entry whose name can be read, delivers what it found.
     virtual int list(const CString& folder, std::vector<DirEntry>& entries) = 0;
 
     /// Null on failure, with the error number.
@@ -139,6 +141,9 @@ QO_API std::string toSystemPath(const CString& path);
 
 /// The one collection form of an absolute system path.
 QO_API CString fromSystemPath(const std::string& path);
+
+/// The process's current folder, in collection form.
+QO_API CString currentFolder();
 
 /// The system's message for an error number, led by "%u: ".
 QO_API CString errorText(int error);

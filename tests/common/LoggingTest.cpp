@@ -1,3 +1,4 @@
+#include "common/FileUtils.h"
 #include "common/LogLevel.h"
 #include "common/LoggerEx.h"
 #include "common/Profiler.h"
@@ -6,6 +7,7 @@
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "support/Print.h"
+#include "support/ScopedVariable.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -127,11 +129,12 @@ TEST(TraceLog, ManyThreadsWriteWholeLines)
     EXPECT_EQ(lines, 800U);
 }
 
-TEST(TraceFile, CleaningUpKeepsTheNewestAndTouchesNothingOfTheUsers)
+TEST(TraceFile, CleaningUpKeepsTheNewestThoseInUseAndWhatIsTheUsers)
 {
     const TempDir dir;
+    const char* const nobody = "_000000_7FFFFFFF.txt";
     for (int i = 10; i < 21; ++i)
-        dir.write("Trace_202601" + std::to_string(i) + "_000000_1.txt", "x");
+        dir.write("Trace_202601" + std::to_string(i) + nobody, "x");
     for (const char* name :
          {"Trace notes.txt", "Trace_20250101_000000_1.txt.bak", "Tracer_20250101_000000_1.txt"})
         dir.write(name, "mine");
@@ -139,9 +142,40 @@ TEST(TraceFile, CleaningUpKeepsTheNewestAndTouchesNothingOfTheUsers)
     EXPECT_EQ(namesIn(dir).size(), 14U) << "a short base name deletes nothing";
     qo::TraceFile::cleanUp(dir.collPath("Trace"), 11);
     EXPECT_EQ(namesIn(dir).size(), 14U);
+    // Process 1 runs: it has closed the one and writes to the other.
+    dir.write("Trace_20260101_000000_1.txt", "x");
+    dir.write("Trace_20260102_000000_1.txt", "x");
     qo::TraceFile::cleanUp(dir.collPath("Trace"), 10);
-    EXPECT_EQ(namesIn(dir).size(), 13U);
-    EXPECT_FALSE(std::filesystem::exists(dir.path("Trace_20260110_000000_1.txt")));
+    EXPECT_EQ(namesIn(dir).size(), 14U);
+    for (const std::string gone : {"01_000000_1.txt", "10_000000_7FFFFFFF.txt"})
+        EXPECT_FALSE(std::filesystem::exists(dir.path("Trace_202601" + gone))) << gone;
+}
+
+TEST(TraceFile, WithoutABasePathItIsTraceInTheCurrentFolder)
+{
+    const TempDir dir;
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(dir.path());
+    StillClock clock;
+    CLoggerEx logger;
+    logger.setMaxLevel(qo::level::error);
+    logger.write(qo::level::error, u"line");
+    logger.setBasePath(CString());
+    clock.time.second = 8;
+    logger.write(qo::level::error, u"line");
+    std::filesystem::current_path(before);
+    EXPECT_EQ(
+        namesIn(dir),
+        (std::vector<std::string>{"Trace_20260304_050607_1F.txt", "Trace_20260304_050608_1F.txt"}));
+}
+
+TEST(TraceLog, AMissingTemporaryFolderIsLoggedWithTheError)
+{
+    const TempDir dir;
+    const ScopedVariable variable("TMPDIR", dir.path("missing"));
+    const std::string text =
+        tracedBy(dir, qo::level::error, [] { CFileUtils::GetWindowsTempDir(); });
+    EXPECT_NE(text.find(utf16(u"GetTempPath failed. Error 2: No such file")), std::string::npos);
 }
 
 TEST(Profiler, CountersAreWrittenByName)

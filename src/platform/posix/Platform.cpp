@@ -5,6 +5,7 @@
 #include "platform/posix/PosixSpecialFolders.h"
 
 #include <atomic>
+#include <filesystem>
 
 namespace qo
 {
@@ -41,6 +42,12 @@ IClock& systemClock()
 ISpecialFolders& specialFolders()
 {
     return only<PosixSpecialFolders>();
+}
+
+CString currentFolder()
+{
+    std::error_code error;
+    return fromSystemPath(std::filesystem::current_path(error));
 }
 
 void setFileSystem(IFileSystem* replacement)
