@@ -1,6 +1,7 @@
 #include "platform/FileSystem.h"
 
 #include "platform/Platform.h"
+#include "support/OrdinaryUser.h"
 #include "support/Print.h"
 #include "support/TempDir.h"
 
@@ -50,6 +51,20 @@ TEST(FileSystem, ListsSortedWithoutRegardToCaseAndTellsLinks)
         names += entry.info.isLink ? "@ " : " ";
     }
     EXPECT_EQ(names, "_ A a b C folder/ link/@ lost?@ pipe? ");
+}
+
+TEST(FileSystem, AFolderWhoseEntriesCannotBeLookedAtIsAFailedListing)
+{
+    const TempDir dir;
+    dir.write("folder/song.mp3", "x");
+    const OrdinaryUser user(dir.path());
+    if (!user.isPossible)
+        GTEST_SKIP() << "cannot become another user";
+    ASSERT_EQ(::chmod(dir.path("folder").c_str(), 0444), 0);
+    std::vector<qo::DirEntry> entries;
+    EXPECT_EQ(files().list(dir.collPath("folder"), entries), EACCES);
+    EXPECT_TRUE(entries.empty());
+    ::chmod(dir.path("folder").c_str(), 0700);
 }
 
 TEST(FileSystem, FallsBackToTheOnlySpellingForReadingAlone)

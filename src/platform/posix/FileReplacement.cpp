@@ -1,6 +1,7 @@
 #include "platform/FileReplacement.h"
 
 #include "platform/FileSystem.h"
+#include "platform/TemporaryNames.h"
 #include "platform/posix/FileAttributes.h"
 #include "platform/posix/PosixFile.h"
 
@@ -53,7 +54,7 @@ public:
 
     int makeBeside(const std::string& target)
     {
-        m_path = folderOf(target) + ".qo-XXXXXX";
+        m_path = temporaryBeside(target);
         return take(::mkostemp(m_path.data(), O_CLOEXEC));
     }
     /// Under a name that tells whose content it is, for whoever finds it after a crash.

@@ -3,6 +3,7 @@
 #include "platform/DriveMap.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "platform/TemporaryNames.h"
 #include "platform/posix/OpenFolder.h"
 
 #include <dirent.h>
@@ -14,10 +15,6 @@
 
 namespace qo
 {
-namespace
-{
-} // namespace
-
 int firstNames(const CString& folder, std::size_t most, std::vector<CString>& names)
 {
     names.clear();
@@ -34,7 +31,7 @@ int firstNames(const CString& folder, std::size_t most, std::vector<CString>& na
         if (!entry)
             return errno;
         const std::string_view name = entry->d_name;
-        if (name != "." && name != "..")
+        if (name != "." && name != ".." && !isTemporaryName(name))
             names.push_back(DriveMap::nameFromSystem(name));
     }
     return 0;

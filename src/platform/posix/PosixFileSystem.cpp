@@ -1,6 +1,7 @@
 #include "platform/posix/PosixFileSystem.h"
 
 #include "platform/DriveMap.h"
+#include "platform/TemporaryNames.h"
 #include "platform/posix/OpenFolder.h"
 #include "platform/posix/PosixFile.h"
 #include "platform/posix/Rename.h"
@@ -185,7 +186,7 @@ class Temporary
 {
 public:
     explicit Temporary(const std::string& target)
-        : m_target(target), m_name(target.substr(0, target.rfind('/') + 1) + ".qo-XXXXXX")
+        : m_target(target), m_name(temporaryBeside(target))
     {
         const int descriptor = ::mkostemp(m_name.data(), O_CLOEXEC);
         m_error = descriptor < 0 ? errno : 0;
@@ -278,6 +279,7 @@ int PosixFileSystem::list(const CString& folder, std::vector<DirEntry>& entries)
         return errno;
     const int descriptor = ::dirfd(dir.get());
     int error = 0;
+    int partError = 0;
     for (;;)
     {
         errno = 0;
@@ -288,14 +290,17 @@ int PosixFileSystem::list(const CString& folder, std::vector<DirEntry>& entries)
             break;
         }
         const char* name = found->d_name;
-        if (isDots(name))
+        if (isDots(name) || isTemporaryName(name))
             continue;
         DirEntry entry;
         // Some file systems do not say what an entry is.
         const bool isLink =
             found->d_type == DT_LNK || (found->d_type == DT_UNKNOWN && isLinkAt(descriptor, name));
-        if (statAt(descriptor, name, name, entry.info) != 0 && !isLink)
+        if (const int unknown = statAt(descriptor, name, name, entry.info); unknown && !isLink)
+        {
+            partError = unknown != ENOENT ? unknown : partError;
             continue;
+        }
         entry.info.isLink = isLink;
         if (entry.info.kind == FileKind::directory && leadsIntoSystem(real, name, entry.info))
             continue;
@@ -309,7 +314,7 @@ int PosixFileSystem::list(const CString& folder, std::vector<DirEntry>& entries)
                   const int order = a.name.CompareNoCase(b.name);
                   return order != 0 ? order < 0 : a.name < b.name;
               });
-    return error;
+    return error != 0 ? error : partError;
 }
 
 std::unique_ptr<IFile> PosixFileSystem::open(const CString& path, OpenMode mode, int& error)

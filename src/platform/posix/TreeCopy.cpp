@@ -1,6 +1,7 @@
 #include "platform/TreeCopy.h"
 
 #include "platform/FileSystem.h"
+#include "platform/TemporaryNames.h"
 #include "platform/posix/FileAttributes.h"
 #include "platform/posix/PosixFile.h"
 #include "platform/posix/Rename.h"
@@ -306,7 +307,7 @@ int TreeCopy::State::removeCopies()
 
 int TreeCopy::State::makeHolder()
 {
-    std::string folder = folderOf(to) + (stagingName.empty() ? ".qo-XXXXXX" : stagingName);
+    std::string folder = stagingName.empty() ? temporaryBeside(to) : folderOf(to) + stagingName;
     if (stagingName.empty() ? !::mkdtemp(folder.data()) : ::mkdir(folder.c_str(), ownerFolder) != 0)
         return fail(to, errno);
     holder = folder;
