@@ -1,9 +1,13 @@
 #include "Analyze/AtomTables.h"
 
+// A picture is named after an album or artist, a text (lyrics) after a title first. Numbers and
+// years occur in too many names to choose by, so they only split the name.
+
 namespace qo
 {
 namespace
 {
+/// Rows that are not written out are zero, and so end the table.
 constexpr int rowCount = 8;
 
 constexpr AtomWeight otherTable[rowCount] = {{CNSAtom::Album, 16},

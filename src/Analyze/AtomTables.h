@@ -5,17 +5,21 @@
 
 namespace qo
 {
-/// One attempt at a name. With a weight of 1 or more the row takes part in the search for a music
-/// file and in the refinement of the name, with -1 in the refinement only; 0 ends the table.
+/// One row of a table that says which values of a music file are looked for in the name of another
+/// file, and in which order. A weight of 1 or more: the value helps to choose the music file and
+/// splits the name afterwards. -1: it only splits the name. 0 ends the table. Beyond that the size
+/// of a weight means nothing.
 struct AtomWeight
 {
     CNSAtom::EType type;
     int weight;
 };
 
-/// The attempts for that kind of file, most telling first. Music has none: its table ends at once.
+/// The table for that kind of file, the most significant type first. Never null; music has an empty
+/// table, since its tags say everything.
 const AtomWeight* atomTableOf(CHDFile::EHDFileType type) noexcept;
 
-/// Above this share of extra characters, in a name or in a value, values are searched literally.
+/// A name or a value with a higher percentage of extra characters (neither letter, digit nor blank)
+/// is searched as it stands, without passing over them.
 constexpr int maxExtraCharsPercent = 30;
 } // namespace qo

@@ -6,6 +6,14 @@
 #include "Analyze/NSNamePattern.h"
 #include "common/ProfileTimer.h"
 
+// The choice in three steps: findValues() asks for each type which values of the directory occur in
+// the name; choose() narrows the files type by type; the first file by title wins.
+//
+//   Files: 1 Ann/Harbour/Dawn, 2 Ann/Harbour/Dusk, 3 Ann/Shores/Dusk. Text "Ann - Harbour - Dusk":
+//     title Dusk      leaves 2, 3
+//     album Harbour   leaves 2
+//     artist Ann      leaves 2, the answer
+
 namespace qo
 {
 namespace
@@ -21,7 +29,7 @@ std::vector<SearchedName> searchedNames(const CNSNamePattern& pattern)
     return names;
 }
 
-/// What the rows of the file's atom table find in the names.
+/// The values of the directory that occur in the names, for each row of the file's atom table.
 std::vector<FoundValues>
 findValues(const AtomWeight* row, const std::vector<SearchedName>& names, MusicFileIndex& index)
 {
@@ -43,7 +51,8 @@ findValues(const AtomWeight* row, const std::vector<SearchedName>& names, MusicF
     return found;
 }
 
-/// The files of each value; of these, once there are any to go by, only those that match so far.
+/// The files of each found value. Once some files match earlier types, only these are kept; before
+/// that all count.
 std::vector<Candidates>
 filterValues(const FoundValues& found, const Candidates& matching, MusicFileIndex& index)
 {
@@ -57,6 +66,7 @@ filterValues(const FoundValues& found, const Candidates& matching, MusicFileInde
     return lists;
 }
 
+/// The files that have any of the values of one type: a name may contain two albums.
 Candidates unite(std::vector<Candidates> lists)
 {
     const ProfileTimer timer(
@@ -70,7 +80,8 @@ Candidates unite(std::vector<Candidates> lists)
     return all;
 }
 
-/// Narrows from type to type. One that leaves nothing has no effect.
+/// Narrows the choice from type to type. A type that would leave no file has no effect. Of what is
+/// left the first candidate, which has the alphabetically first title, is chosen.
 Choice choose(std::vector<FoundValues> found, MusicFileIndex& index)
 {
     Choice choice;

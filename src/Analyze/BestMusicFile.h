@@ -19,7 +19,9 @@ struct BestMusicFile
     std::vector<CNSAtom::EType> narrowedBy;
 };
 
-/// The choice of CNSAnalyzer::getBestMusicFileMatch.
+/// Chooses the music file for CNSAnalyzer::getBestMusicFileMatch. The pattern is the name of the
+/// file, usually one fixed atom; the info holds the music files of the file's own directory. Its
+/// index grows with what is searched, so one info must not be used by two threads.
 BestMusicFile findBestMusicFile(const boost::shared_ptr<CHDFile>& file,
                                 const CNSNamePattern& pattern,
                                 const CNSDirMusicFilesInfo& info);

@@ -7,13 +7,18 @@
 
 namespace qo
 {
+/// Whether the user cancelled; a null progress never cancels.
 inline bool isCanceled(IQoProgress* progress)
 {
     return progress && progress->isCanceled();
 }
 
-/// Visits each directory behind its sub-directories, asking for a cancel ahead of each of these.
-/// False once a cancel is seen or a visit returns false. Needs no stack per level.
+/// Visits each directory after its sub-directories and asks for a cancel before each of these.
+/// Returns false as soon as a cancel is seen or a visit returns false; nothing further is visited
+/// then. The levels are kept in a vector instead of the call stack, so no depth of folders
+/// overflows it.
+///
+/// Example: Music/{A/{1,2},B} is visited as 1, 2, A, B, Music.
 template <class Visit>
 bool walkBottomUp(const boost::shared_ptr<CHDDirectory>& top, IQoProgress* progress, Visit visit)
 {

@@ -2,8 +2,9 @@
 
 #include "types/StringArray.h"
 
-/// The distinct names of a directory's music files, in the order of adding. Names are the same
-/// without regard to case; the first spelling stays.
+/// The distinct titles, albums and artists of a directory's music files, in the order of adding.
+/// Names that differ in case alone are one name; the first spelling stays. Adding compares with
+/// every name that is there, which is meant for the few names of one directory.
 class QO_API CDirLTNames
 {
 public:

@@ -5,11 +5,15 @@
 #include "Physical/HDFile.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 
+// One vote: the value of the first child that has one becomes the candidate, and each further child
+// agrees, goes without a value, or contradicts. A contradiction decides at once. An agreed value
+// must still have few enough children without it, and titles and albums need an agreed artist.
+
 namespace qo
 {
 namespace
 {
-/// Null or empty: none.
+/// The value that the child votes for; null or empty means that it has none.
 const CString* valueOf(const Voter& voter, CLTObjectType::EType type, CString QoFileDbItem::*field)
 {
     if (voter.record)
@@ -17,8 +21,8 @@ const CString* valueOf(const Voter& voter, CLTObjectType::EType type, CString Qo
     return voter.assocs ? voter.assocs->PLookup(type) : nullptr;
 }
 
-/// Two values that differ contradict each other and every further one, so each value need not be
-/// held against each other one.
+/// Counts one child. Comparing with the candidate alone is enough: any two values that differ make
+/// a contradiction, whatever comes after them.
 void addToVote(const CString* value, int itemCount, FolderVote& vote)
 {
     if (!value || value->IsEmpty())
@@ -36,7 +40,7 @@ void addToVote(const CString* value, int itemCount, FolderVote& vote)
     }
     if (vote.result == EVoteResult::contradicted)
         return;
-    // Of spellings that differ in case the last one counts.
+    // Of spellings that differ in case the last one is kept.
     vote.result = EVoteResult::agreed;
     vote.value = *value;
 }
@@ -57,7 +61,7 @@ bool countVote(const Voters& voters, EVoteCount count, IQoProgress* progress, Fo
     return true;
 }
 
-/// A title or an album without an artist is not spread.
+/// A title or an album is spread only together with an artist; a genre stands for itself.
 void dropWithoutArtist(std::vector<FolderVote>& votes)
 {
     for (const FolderVote& vote : votes)

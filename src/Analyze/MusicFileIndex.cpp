@@ -14,7 +14,8 @@ bool ranksBelow(const Candidate& a, const Candidate& b)
     return a.rank < b.rank;
 }
 
-/// std::lower_bound for a place that is probably near the beginning.
+/// The first candidate of that rank or above. Doubles its steps from the start (galloping search),
+/// since the answer is usually near: consecutive look-ups advance through the same list.
 Candidates::const_iterator findRank(Candidates::const_iterator from,
                                     Candidates::const_iterator end,
                                     const Candidate& candidate)
@@ -39,6 +40,7 @@ void sortCandidates(Candidates& candidates)
 
 Candidates filterCandidates(const Candidates& candidates, const Candidates& allowed)
 {
+    // Walks the shorter list and searches in the longer one; the result is the same.
     const bool walkAllowed = allowed.size() < candidates.size();
     const Candidates& few = walkAllowed ? allowed : candidates;
     const Candidates& many = walkAllowed ? candidates : allowed;
@@ -86,6 +88,7 @@ const Candidates& MusicFileIndex::getCandidates(CNSAtom::EType type, int value)
     return candidates;
 }
 
+/// Gives each music file its rank: files with equal titles, which stand side by side, share one.
 void MusicFileIndex::findPlaces()
 {
     Candidate place{0, 0};

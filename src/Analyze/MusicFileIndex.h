@@ -10,30 +10,32 @@ class CHDMusicFile;
 
 namespace qo
 {
-/// A music file in a list of candidates, which is ordered by rank and holds each rank once.
+/// A music file in a list of candidates. Lists are sorted by rank and hold each rank once: of files
+/// with the same title (song.mp3 and song.flac) the first one stands for all.
 struct Candidate
 {
-    int rank; ///< place of its title among the distinct titles of the directory
+    int rank; ///< position of its title among the distinct titles of the directory
     int file; ///< index in CNSDirMusicFilesInfo::m_musicFiles
 };
 using Candidates = std::vector<Candidate>;
 
 /// Puts the list in order; of one rank the first candidate stays.
 void sortCandidates(Candidates& candidates);
-/// Those whose rank is among the allowed ones; both lists are in order.
+/// The candidates whose rank occurs in allowed as well; both lists are sorted. Costs about the
+/// length of the shorter list times the logarithm of the longer one.
 Candidates filterCandidates(const Candidates& candidates, const Candidates& allowed);
 
-/// The values of one atom type, each with its music files.
+/// All values that the music files of the directory have for one atom type.
 struct ValuesOfType
 {
     ValueIndex names;
-    std::vector<Candidates> candidates; ///< by index of the value; empty until it is found
+    std::vector<Candidates> candidates; ///< by index of the value; filled when first found
 
     /// The values that stand in one of the names, in the order in which the directory has them.
     std::vector<int> findIn(const std::vector<SearchedName>& searchedNames) const;
 };
 
-/// The values of one type that stand in a name; at least one.
+/// The values of one type that occur in a name, by their indexes; never empty.
 struct FoundValues
 {
     CNSAtom::EType type;
@@ -45,25 +47,26 @@ struct FoundValues
 /// A music file chosen by values.
 struct Choice
 {
-    std::vector<FoundValues> found; ///< in the order of trying
+    std::vector<FoundValues> found; ///< in the order of the atom table
     int file = -1;                  ///< index in CNSDirMusicFilesInfo::m_musicFiles, -1 for none
     std::vector<CNSAtom::EType> narrowedBy;
 };
 
-/// What the search for a music file needs of a directory; made for each type when it is asked for,
-/// and for each value when a name holds it: most names hold none.
+/// Answers which music files of a directory have a value that occurs in a name. The values of a
+/// type are indexed when the type is first asked for, the files of a value when a name first
+/// contains it: most names contain no value at all, so most of this is never built. No locks.
 class MusicFileIndex
 {
 public:
     /// The info must outlive this and stay as it is.
     explicit MusicFileIndex(const CNSDirMusicFilesInfo& info) : m_info(info) {}
-    /// Null for a type without values.
+    /// Null when no music file has a value of that type. Valid as long as this object.
     const ValuesOfType* getValues(CNSAtom::EType type);
-    /// The music files with one of the values of the type, by its index.
+    /// The music files that have that value; the index is one that findIn() gave.
     const Candidates& getCandidates(CNSAtom::EType type, int value);
 
-    /// Names of one album follow each other and hold the same values: the choice made last is
-    /// often the next one too, and costs as much as all files of the album.
+    /// The choice made last. Names of one album usually follow each other and contain the same
+    /// values, and a choice costs as much as the number of files with these values.
     Choice lastChoice;
 
 private:

@@ -11,8 +11,14 @@
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "common/ProfileTimer.h"
 
+// The second question of the analysis: which music file does the name of another file point to? The
+// first one, what the children of a folder agree on, is in NSAnalyzerAssocs.cpp. The pieces:
+// findSubAtom splits one text, refinePatternWithAtom one pattern, refineFilePatternWithMusicFile by
+// all values of a music file, and createOtherNamePatternsAndLTObjects copies artist and album.
+
 namespace
 {
+/// Null for an empty text: a pattern holds no empty fixed atoms.
 std::unique_ptr<CNSAtom> makeFixedAtom(const CString& text)
 {
     if (text.IsEmpty())
@@ -20,7 +26,7 @@ std::unique_ptr<CNSAtom> makeFixedAtom(const CString& text)
     return qo::makeOwned<CNSAtom>(QO_HERE(u".\\Analyze\\NSAnalyzer"), CNSAtom::FixedString, text);
 }
 
-/// Empty values are not taken over. Whether the text changed, be it in case only.
+/// Copies a value unless it is empty. True if the text changed, even in case alone.
 bool takeOver(const CString& from, CString& to)
 {
     if (from.IsEmpty())
@@ -40,7 +46,8 @@ bool hasFileWithoutTag(const CHDDirectory& directory)
     return false;
 }
 
-/// The directory's own files only; false after a cancel.
+/// Places the files directly in the directory that are not music; false after a cancel. The music
+/// is collected only when there is a file to place.
 bool placeFilesOf(const CHDDirectory& directory, IQoProgress* progress)
 {
     CNSDirMusicFilesInfo info;

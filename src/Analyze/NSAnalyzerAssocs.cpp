@@ -9,12 +9,17 @@
 #include <algorithm>
 #include <vector>
 
+// The first question of the analysis: what do the children of a folder agree on? FolderVotes
+// counts; this file supplies the voters and spreads what was agreed. Folders are settled bottom up,
+// and what is spread to a sub-folder is stored for it but votes only where the caller keeps the
+// store for another round: within one walk a folder is settled before its parent gives it a value.
+
 namespace
 {
 using AssocMap = CNSAnalyzer::AssocMap;
 using ObjectList = CNSAnalyzer::ObjectList;
 
-/// Ends its store with it.
+/// A store for associations of directories that deletes its contents at the end.
 class OwnStore
 {
 public:
@@ -36,11 +41,13 @@ const CHDDirectory& toDirectory(const boost::shared_ptr<CHDObject>& object)
     return static_cast<const CHDDirectory&>(*object);
 }
 
+/// Stores are keyed by the full path as text.
 CString storeKey(const CHDDirectory& directory)
 {
     return directory.getPath().toString(true);
 }
 
+/// The associations of a directory, made when there are none yet.
 AssocMap& assocsOf(const CHDDirectory& directory, CMapStringToPtr& store)
 {
     void*& assocs = store[storeKey(directory)];
@@ -49,6 +56,7 @@ AssocMap& assocsOf(const CHDDirectory& directory, CMapStringToPtr& store)
     return *static_cast<AssocMap*>(assocs);
 }
 
+/// Null when nothing is stored. Most stores are empty; the path is not even built for these.
 const AssocMap* findAssocs(const CHDDirectory& directory, const CMapStringToPtr& store)
 {
     void* const* assocs = store.IsEmpty() ? nullptr : store.PLookup(storeKey(directory));
@@ -65,7 +73,7 @@ qo::Voter voterOf(const CHDFile& file)
     return {file.getDbItem().get(), nullptr, file.getRecItemCount()};
 }
 
-/// False after a cancel.
+/// Counts the votes and collects the agreed values; false after a cancel.
 bool findAgreed(const qo::Voters& voters, IQoProgress* progress, AssocMap& agreed)
 {
     std::vector<qo::FolderVote> votes;
@@ -88,15 +96,18 @@ void spread(const AssocMap& agreed, const List& children, CMapStringToPtr& store
         CNSAnalyzer::setHDObjectAssoc(child, agreed, store);
 }
 
-/// Settles one directory after the other, each behind its sub-directories. Their items would
-/// otherwise be counted again at each level above.
+/// Settles one directory after the other, each after its sub-directories, and hands the item counts
+/// of sub-directories on to their parent, so that no item is counted twice.
+///
+///   Music/{A (10 files), B (5 files)}: after A and B m_counts is {10, 5}; settling Music takes both
+///   off the end and pushes 2 + 10 + 5 = 17.
 class Settlement
 {
 public:
     Settlement(CMapStringToPtr& store, IQoProgress* progress) : m_store(store), m_progress(progress)
     {
     }
-    /// False after a cancel, with nothing written.
+    /// Votes and spreads for one directory; false after a cancel, with nothing written.
     bool settle(const CHDDirectory& directory)
     {
         m_voters.clear();
@@ -116,7 +127,8 @@ public:
     }
 
 private:
-    /// The counts of the sub-directories give way to that of the directory.
+    /// Adds the sub-directories as voters and replaces their counts, the last ones of m_counts, by
+    /// the count of this directory.
     void addSubDirs(const CHDDirectory& directory)
     {
         const auto first = m_counts.end() - directory.getSubDirs().GetSize();
@@ -133,7 +145,8 @@ private:
 
     CMapStringToPtr& m_store;
     IQoProgress* m_progress;
-    /// The items of each directory that is settled while that above is not, in the walk's order.
+    /// The item count of each directory that is settled and whose parent is not, in the walk's
+    /// order.
     std::vector<int> m_counts;
     qo::Voters m_voters; ///< of the directory at hand; kept for its memory
 };

@@ -10,8 +10,9 @@ namespace
 {
 using FileList = CNSDirMusicFilesInfo::FileList;
 
-/// Also 0 for "song.mp3.jpg" beside "song.mp3". That makes no order: which music file is met
-/// depends on the way the search takes.
+/// The order of a file's title and a music file's title, but 0 also for "song.mp3.jpg" beside
+/// "song.mp3". This comparison is not transitive, so which music file is found, if any, depends on
+/// the positions that the binary search visits: another way of searching would give other answers.
 int compareWithMusicFile(const CString& title,
                          const CString& musicTitle,
                          const CHDMusicFile& musicFile)
@@ -55,7 +56,7 @@ void CNSDirMusicFilesInfo::addMusicFile(const boost::shared_ptr<CHDMusicFile>& m
     const CString title = musicFile->getFileTitle();
     const auto order = [&](int at) { return title.CompareNoCase(m_titles[at]); };
     int place = m_titles.GetSize();
-    // The order of a directory is nearly that of the titles.
+    // Directories list their files nearly in the order of titles: try the end first.
     if (place > 0 && order(place - 1) <= 0)
         qo::searchBinary(0, place, order, place);
     m_titles.InsertAt(place, title);

@@ -15,10 +15,11 @@ namespace qo
 class MusicFileIndex;
 }
 
-/// The music files of one directory, by title and by what their records say. A record must not
-/// change while its file is in here: the values of a type are collected when they are first asked
-/// for, as most names need few types or none. No locks: even a search builds indexes. After
-/// a failed allocation it is only good to be destroyed.
+/// The music files of one directory, ordered by title and indexed by the values of their records
+/// (artist, album and so on). It is built once for a directory and then asked for each file without
+/// tags. The values of a type are collected when they are first asked for, so a record must not
+/// change while its file is in here. No locks: even the const functions build indexes. After a
+/// failed allocation it may only be destroyed.
 class QO_API CNSDirMusicFilesInfo
 {
 public:
@@ -32,20 +33,21 @@ public:
     void addMusicFile(const boost::shared_ptr<CHDMusicFile>& musicFile);
     /// Adds those that lie directly in the directory.
     void addMusicFilesOf(const CHDDirectory& directory);
-    /// The music file whose title, or title with extension, is the title of that file. Null if the
-    /// binary search over the titles meets none.
+    /// The music file with the same name as that file: "song.jpg" and "song.mp3.txt" both find
+    /// "song.mp3". Null when the binary search over the titles meets none.
     boost::shared_ptr<CHDMusicFile> findMusicFile(const boost::shared_ptr<CHDFile>& file) const;
-    /// From each value to its FileList*; null for a type without values. Stays this object's.
+    /// A map from each value to the FileList* of its music files; null for a type without values.
+    /// The map stays the property of this object.
     const CMapStringToPtr* getAtomValues(CNSAtom::EType type) const;
 
-    /// The values of the type in the order of adding.
+    /// The distinct values of the type in the order in which their files were added.
     const std::vector<CString>& getValuesInOrder(CNSAtom::EType type) const;
-    /// The titles of m_musicFiles, index by index.
+    /// The file titles (names without extension) of m_musicFiles, index by index.
     const CStringArray& getTitles() const noexcept { return m_titles; }
     /// Valid until the next file is added.
     qo::MusicFileIndex& getIndex() const;
 
-    /// Sorted by title; only addMusicFile() adds to them.
+    /// Sorted by file title; only addMusicFile() changes it.
     FileList m_musicFiles;
 
 private:
@@ -55,7 +57,7 @@ private:
     void addValueOf(const boost::shared_ptr<CHDMusicFile>& musicFile, CNSAtom::EType type) const;
     FileList& filesOf(CNSAtom::EType type, const CString& value) const;
 
-    /// Own their maps and lists; of the types that were asked for.
+    /// Owns the maps and the lists in them; holds the types that were asked for.
     mutable CMap<CNSAtom::EType, CMapStringToPtr*> m_atomValues;
     CStringArray m_titles;
     std::vector<boost::shared_ptr<CHDMusicFile>> m_inOrder; ///< the files in the order of adding

@@ -3,7 +3,12 @@
 #include "Analyze/NSAtom.h"
 #include "common/ListT.h"
 
-/// A file name or rename rule as a row of atoms, which belong to the pattern. No locks.
+/// A name pattern: a file name, or the name part of a rename rule, as a row of atoms. The pattern
+/// owns its atoms; pointers to them are valid until the atom is removed or the pattern is cleared.
+/// No locks.
+///
+///   "The Lamplighters - Low Tide" starts as one fixed atom. Split by the values of its music file:
+///     [Artist]:The Lamplighters  [FixedString]: -   [Track]:Low Tide
 class QO_API CNSNamePattern
 {
 public:
@@ -11,8 +16,8 @@ public:
     CNSNamePattern(const CNSNamePattern&) = delete;
     CNSNamePattern& operator=(const CNSNamePattern&) = delete;
     virtual ~CNSNamePattern();
-    /// Without detail the texts of fixed atoms and the type names of all others; with it type name,
-    /// ":", value and a blank for each atom.
+    /// Without detail: the texts of fixed atoms and the type names of all others ("[Artist] -
+    /// [Track]"). With detail: type name, ":", value and a blank for each atom.
     virtual CString toString(bool detailed) const;
 
     /// Deletes the atoms.
@@ -25,17 +30,18 @@ public:
     void addAtom(CNSAtom* atom);
     /// Sets the value of the first atom of that type, or appends one.
     void setAtom(CNSAtom::EType type, const CString& value);
-    /// The atom then belongs to the caller.
+    /// Takes the atom out of the pattern without deleting it; it then belongs to the caller.
     void removeAtom(CNSAtom* atom);
     CNSAtom* removeAtomAt(int index);
-    /// Take ownership, unless the anchor is not here: then nothing happens.
+    /// Put the atom beside the anchor and take ownership of it. When the anchor is not in this
+    /// pattern nothing happens, and the atom remains the caller's.
     void insertAtomBefore(CNSAtom* atom, CNSAtom* anchor);
     void insertAtomAfter(CNSAtom* atom, CNSAtom* anchor);
 
     int getAtomCount(CNSAtom::EType type) const;
-    /// The atom with that index among those of the type, or null.
+    /// The index-th atom of that type, counted from 0, or null.
     CNSAtom* getAtom(CNSAtom::EType type, int index) const;
-    /// Of the first atom of the type; "" without one.
+    /// The value of the first atom of that type; "" without one.
     CString getAtomValue(CNSAtom::EType type) const;
 
     CListT<CNSAtom> m_atoms;

@@ -5,6 +5,9 @@
 
 #include <string_view>
 
+// The searches behind name patterns. findSubstring() decides between three of them: whole numbers,
+// letters and digits only (matchEnd), or plain text without case.
+
 const char16_t CNSUtils::m_wordSep[wordSepSize] = u" .[](){}<>";
 
 const CLTObjectType::EType CNSUtils::m_ltAssocsTypes[ltAssocTypesCount] = {
@@ -64,9 +67,11 @@ const char16_t* skipExtraChars(const char16_t* text) noexcept
     return text;
 }
 
-/// The match of all of search that begins at text: its end, or null.
+/// Matches all of search at the start of text, passing over extra characters of both. Returns the
+/// end of the match in text, or null.
 const char16_t* matchEnd(const char16_t* text, const char16_t* search) noexcept
 {
+    // Both ends stand after the last letter or digit that matched; the closing loop extends them.
     const char16_t* textEnd = nullptr;
     const char16_t* searchEnd = nullptr;
     for (;;)

@@ -8,37 +8,38 @@
 
 #include <vector>
 
-/// Why the analysis of names did what it did, by the records as they are now. Nothing is changed.
-/// No locks: nothing else may work on the tree meanwhile.
+/// Explains for one folder what the analysis of names does and why, from the records as they are
+/// now. Nothing is changed. No locks: nothing else may work on the tree meanwhile.
 namespace qo
 {
-/// What the name of a file says about the music beside it.
+/// Which music file the name of another file points to, and by what.
 struct Placement
 {
     boost::shared_ptr<CHDFile> file;
-    boost::shared_ptr<CHDMusicFile> musicFile; ///< gives artist and album; null: no name matches
-    bool byExactName = false; ///< named like the music file; values were not looked at
-    /// The types whose values, standing in the name, narrowed the choice, in the order of trying.
+    boost::shared_ptr<CHDMusicFile> musicFile; ///< gives artist and album; null: none matches
+    bool byExactName = false; ///< the file is named like the music file; values were not compared
+    /// The types whose values occur in the name and narrowed the choice, in the order of the atom
+    /// table.
     std::vector<CNSAtom::EType> narrowedBy;
-    CString pattern; ///< the name split by the music file's values, in detail; "" without one
+    CString pattern; ///< the name split by the music file's values, in detail; "" without a file
 };
 
-/// For a file that is no music, among the music directly in the directory.
+/// For a file that is not music, among the music directly in the directory.
 QO_API Placement explainPlacement(const boost::shared_ptr<CHDFile>& file,
                                   const boost::shared_ptr<CHDDirectory>& directory);
-/// The same for all files directly in the directory that are no music, in its order.
+/// The same for all files directly in the directory that are not music, in the directory's order.
 QO_API std::vector<Placement> explainPlacements(const boost::shared_ptr<CHDDirectory>& directory);
 
 enum class EVoteResult : int
 {
-    noValue,        ///< nobody says anything
+    noValue,        ///< no child has a value
     contradicted,   ///< two values differ in more than case
     tooManyWithout, ///< more items without the value than UnrelMaxPercent allows
     withoutArtist,  ///< accepted, but dropped as the children agree on no artist
     agreed
 };
 
-/// What the children of a directory say of one type.
+/// The outcome of the vote of a directory's children on one type.
 struct FolderVote
 {
     CLTObjectType::EType type = CLTObjectType::Track;

@@ -25,7 +25,8 @@ void TextSet::findAtStartOf(std::u16string_view text, std::vector<int>& ids) con
     Cursor high = m_entries.end();
     for (std::size_t depth = 0; depth < text.size() && low != high; ++depth)
     {
-        // All texts in the range begin with the units walked so far and have one more at least.
+        // Every text in the range begins with the units passed so far and is at least one unit
+        // longer.
         const char16_t unit = text[depth];
         const auto isBelow = [&](const Entry& entry, char16_t c) { return entry.text[depth] < c; };
         const auto isAbove = [&](char16_t c, const Entry& entry) { return c < entry.text[depth]; };

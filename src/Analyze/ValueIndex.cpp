@@ -51,7 +51,7 @@ ValueIndex::ValueIndex(const std::vector<CString>& values)
         const bool literal = !ignoresExtraChars(value);
         if (!folded.empty())
             (literal ? m_alwaysLiteral : m_literal).add(std::move(folded), id);
-        // A value of blanks alone has nothing to be found by.
+        // A value of blanks alone has no letter or digit to be found by.
         if (!literal && !lettersAndDigits.empty())
             m_lettersAndDigits.add(std::move(lettersAndDigits), id);
         ++id;

@@ -8,7 +8,7 @@
 
 namespace qo
 {
-/// A name made ready for ValueIndex::findIn.
+/// A name prepared for ValueIndex::findIn: folded to lower case once for all types of values.
 class SearchedName
 {
 public:
@@ -22,17 +22,18 @@ private:
     bool m_ignoresExtraChars;
 };
 
-/// Tells which of many values stand in a name: exactly those that CNSUtils::findSubstring finds
-/// when extra characters are ignored up to maxExtraCharsPercent on both sides.
+/// Finds which of many values occur in a name: exactly those that CNSUtils::findSubstring finds
+/// when extra characters are ignored up to maxExtraCharsPercent on both sides, but at the cost of
+/// one walk over the name.
 class ValueIndex
 {
 public:
     explicit ValueIndex(const std::vector<CString>& values);
-    /// Adds the indexes of the values that stand in the name, each maybe more than once.
+    /// Adds the indexes of the values that occur in the name; an index may be added more than once.
     void findIn(const SearchedName& name, std::vector<int>& found) const;
 
 private:
-    /// Where both sides ignore extra characters, only their letters and digits count.
+    /// For pairs where both sides ignore extra characters: letters and digits of the values alone.
     TextSet m_lettersAndDigits;
     /// The same values for names that are mostly punctuation.
     TextSet m_literal;
