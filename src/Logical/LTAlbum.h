@@ -11,7 +11,7 @@ public:
     ~CLTAlbum() override;
 
     CString toString(bool full) const override;
-    /// By tracks, pictures or lyrics.
+    /// True while the album has tracks, pictures or lyrics.
     bool isUsed() const override
     {
         return !m_tracks.IsEmpty() || !m_pictures.IsEmpty() || !m_lyrics.IsEmpty();
@@ -20,10 +20,12 @@ public:
     const CPtrListT<CLTTrack>& getTracks() const noexcept { return m_tracks; }
     const CPtrListT<CLTPicture>& getPictures() const noexcept { return m_pictures; }
     const CPtrListT<CLTLyrics>& getLyrics() const noexcept { return m_lyrics; }
-    /// Null once the last of its tracks was released, while a picture or lyrics keep the album.
+    /// Null after the last of its tracks was released, when a picture or lyrics still keep the
+    /// album.
     const boost::shared_ptr<CLTArtist>& getArtist() const noexcept { return m_artist; }
 
-    // For CLTManager: one side of a link. Adding twice and removing what is absent do nothing.
+    // For CLTManager only: each sets one side of a link. Adding what is there and removing what is
+    // not there do nothing.
     void setArtist(const boost::shared_ptr<CLTArtist>& artist);
     void addTrack(const boost::shared_ptr<CLTTrack>& track);
     void removeTrack(const boost::shared_ptr<CLTTrack>& track);

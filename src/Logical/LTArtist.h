@@ -11,14 +11,15 @@ public:
     ~CLTArtist() override;
 
     CString toString(bool full) const override;
-    /// By tracks or pictures; albums alone do not count.
+    /// True while the artist has tracks or pictures; albums alone do not count.
     bool isUsed() const override { return !m_tracks.IsEmpty() || !m_pictures.IsEmpty(); }
 
     const CPtrListT<CLTAlbum>& getAlbums() const noexcept { return m_albums; }
     const CPtrListT<CLTTrack>& getTracks() const noexcept { return m_tracks; }
     const CPtrListT<CLTPicture>& getPictures() const noexcept { return m_pictures; }
 
-    // For CLTManager: one side of a link. Adding twice and removing what is absent do nothing.
+    // For CLTManager only: each sets one side of a link. Adding what is there and removing what is
+    // not there do nothing.
     void addAlbum(const boost::shared_ptr<CLTAlbum>& album);
     void removeAlbum(const boost::shared_ptr<CLTAlbum>& album);
     void addTrack(const boost::shared_ptr<CLTTrack>& track);

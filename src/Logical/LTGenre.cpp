@@ -8,6 +8,7 @@ namespace
 {
 int compareAddresses(const boost::shared_ptr<CLTTrack>& a, const boost::shared_ptr<CLTTrack>& b)
 {
+    // std::less orders addresses of unrelated objects, which the operator < need not.
     const std::less<const CLTTrack*> less;
     return static_cast<int>(less(b.get(), a.get())) - static_cast<int>(less(a.get(), b.get()));
 }
@@ -29,7 +30,7 @@ CString CLTGenre::toString(bool full) const
 
 void CLTGenre::addTrack(const boost::shared_ptr<CLTTrack>& track)
 {
-    // Tracks made one after the other tend to stand at ascending addresses.
+    // Tracks that are made one after the other usually have ascending addresses.
     if (!m_tracks.IsEmpty() && compareAddresses(m_tracks[m_tracks.GetUpperBound()], track) < 0)
         m_tracks.Add(track);
     else

@@ -11,13 +11,15 @@ public:
     ~CLTGenre() override;
 
     CString toString(bool full) const override;
-    /// By tracks.
+    /// True while the genre has tracks.
     bool isUsed() const override { return !m_tracks.IsEmpty(); }
 
-    /// In the order of their addresses, which says nothing.
+    /// Sorted by address, which has no meaning for a user but makes adding and removing fast in
+    /// genres of many thousand tracks.
     const CQoSortedPtrList<CLTTrack>& getTracks() const noexcept { return m_tracks; }
 
-    // For CLTManager: one side of a link. Adding twice and removing what is absent do nothing.
+    // For CLTManager only: each sets one side of a link. Adding what is there and removing what is
+    // not there do nothing.
     void addTrack(const boost::shared_ptr<CLTTrack>& track);
     void removeTrack(const boost::shared_ptr<CLTTrack>& track);
 

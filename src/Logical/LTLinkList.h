@@ -8,15 +8,17 @@
 
 namespace qo
 {
-/// Where objects of the class have the stamp for a list.
+/// The member of an object that holds its stamp for a list; see LinkStamp.h.
 template <class X>
 using StampOf = LinkStamp std::type_identity_t<X>::*;
 
-/// Appends the object unless the list holds it.
+/// Appends the object unless the list holds it, and gives it the next higher stamp. An object
+/// without a stamp was never in a list, so the list need not be searched for it.
 template <class X>
 void addLinked(CPtrListT<X>& list, const boost::shared_ptr<X>& object, StampOf<X> stamp)
 {
-    // At the end of the range stamps repeat, and the look-up falls back to the scan.
+    // When the numbers are used up stamps repeat; findLinked() may then miss an object, and
+    // removeLinked() searches the whole list.
     const LinkStamp next =
         list.IsEmpty() ? 0
                        : std::min(list[list.GetUpperBound()].get()->*stamp, neverLinked - 2) + 1;
@@ -25,7 +27,11 @@ void addLinked(CPtrListT<X>& list, const boost::shared_ptr<X>& object, StampOf<X
         object.get()->*stamp = next;
 }
 
-/// Where the stamps say that the object stands; -1 if it does not.
+/// Finds the object by halving over the stamps, which ascend within the list. -1 if it is not where
+/// its stamp belongs; a caller must then search the list from the start.
+///
+///   Example: an album's tracks A, B, C have the stamps 0, 1, 2. B leaves, D comes: A 0, C 2, D 3.
+///   C is found by its 2, whatever left before it.
 template <class X>
 int findLinked(const CPtrListT<X>& list, const boost::shared_ptr<X>& object, StampOf<X> stamp)
 {
@@ -45,7 +51,7 @@ int findLinked(const CPtrListT<X>& list, const boost::shared_ptr<X>& object, Sta
     return low < list.GetSize() && list[low] == object ? low : -1;
 }
 
-/// Nothing happens if the list does not hold the object.
+/// Removes the object; nothing happens if the list does not hold it.
 template <class X>
 void removeLinked(CPtrListT<X>& list, const boost::shared_ptr<X>& object, StampOf<X> stamp)
 {

@@ -8,7 +8,7 @@
 
 namespace qo
 {
-/// One of CLTManager's lists whatever the class of its objects.
+/// One of CLTManager's lists of logical objects, with what can be done to it whatever their class.
 class QO_API LTList
 {
 public:
@@ -19,18 +19,20 @@ public:
 
     virtual int count() const noexcept = 0;
     virtual boost::shared_ptr<CLTObject> at(int index) const = 0;
-    /// The same without a handle.
+    /// The same object without counting a reference.
     virtual CLTObject& object(int index) const noexcept = 0;
-    /// By a walk; -1 if the list does not hold it.
+    /// Compares address by address, so its cost grows with the list; -1 if the list does not hold
+    /// the object. The pointer is never dereferenced and may be stale.
     virtual int indexOf(const CLTObject* object) const noexcept = 0;
     /// The indexes of the objects that nothing uses, ascending.
     virtual std::vector<int> findUnused() const = 0;
-    /// By ascending indexes; the other objects keep their order.
+    /// Removes the objects at these ascending indexes; the others keep their order.
     virtual void remove(const std::vector<int>& indexes) = 0;
     virtual void clear() = 0;
 };
 
-/// A list in the order of creation, over a list that outlives it.
+/// A list in the order of creation (lyrics and pictures). It works on a list that belongs to
+/// CLTManager and outlives it.
 template <class X>
 class LTListOf : public LTList
 {
@@ -65,7 +67,8 @@ public:
     }
     void remove(const std::vector<int>& indexes) override
     {
-        // Few are taken out one by one, many by packing the others once.
+        // Taking out one object moves those after it; taking out many is cheaper by copying the
+        // rest once.
         constexpr int manyFrom = 64;
         if (static_cast<int>(indexes.size()) > count() / manyFrom)
             return pack(indexes);

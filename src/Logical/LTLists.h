@@ -11,8 +11,8 @@
 
 namespace qo
 {
-/// What CLTManager keeps beside its lists: the means to search and change each, and what the last
-/// look-ups found, since neighbouring files share artist, album and genre.
+/// The state of CLTManager beside its public lists: how to search and change each of them, and what
+/// the last look-ups found, since neighbouring files usually share artist, album and genre.
 struct LTLists
 {
     SortedLTList<CLTAlbum> albums;
@@ -25,17 +25,20 @@ struct LTLists
     boost::shared_ptr<CLTArtist> lastArtist;
     boost::shared_ptr<CLTGenre> lastGenre;
     boost::shared_ptr<CLTAlbum> lastAlbum;
-    /// Whether a search for it would still find it. Not once an album was added, removed or linked
-    /// anew: while one has lost its artist, the result of a search depends on the whole list.
+    /// Whether a search would still find lastAlbum. False after an album was added, removed or
+    /// linked to another artist: an album that has lost its artist compares differently, and then
+    /// the result of a search depends on the whole list.
     bool isLastAlbumSure = false;
 
-    /// How many tracks are not linked to the artist for which they were put into the list: while
-    /// there are any, the order of a title's tracks does not go by their artists.
+    /// How many tracks have no artist at present although they were put into the list by one. While
+    /// there are any, tracks of one title are not ordered by artist, and a search must not rely on
+    /// that.
     int strayTracks = 0;
 
     SimpleMusicTag tag; ///< of the last file, since the next shares most of it
 
-    /// Of tracks that are about to leave the list.
+    /// Corrects the count for tracks that are about to leave the list; the indexes are those of the
+    /// list.
     void forgetStrays(const std::vector<int>& indexes) noexcept
     {
         for (const int index : indexes)

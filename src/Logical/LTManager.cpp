@@ -6,6 +6,10 @@
 #include <algorithm>
 #include <vector>
 
+// The lists of CLTManager, their clean-up and their statistics. What is the same is decided in
+// LTManagerCompare.cpp, searching and making is in LTManagerFind.cpp, links are in
+// LTManagerLinks.cpp, and LTManagerFiles.cpp turns files into objects.
+
 namespace
 {
 /// The indexes of the objects that nothing uses, ascending.
@@ -38,7 +42,8 @@ CPtrListT<CLTTrack> CLTManager::m_tracks;
 
 qo::LTLists& CLTManager::lists()
 {
-    // Never destroyed: collections that nobody cleared let go of their objects when all ends.
+    // Never destroyed: collections that nobody cleared release their objects at the end of the
+    // process, when this could be gone already.
     static auto* const lists = new qo::LTLists{{m_albums, qo::Unknown::first},
                                                {m_artists, qo::Unknown::first},
                                                {m_genres, qo::Unknown::named},
@@ -110,6 +115,7 @@ bool CLTManager::checkReleaseObjects(const LTListInfo& info)
 
 void CLTManager::removeUnused(const LTListInfo& info)
 {
+    // Once more, since releasing the links of one kind makes objects of others unused.
     const std::vector<int> unused = unusedIn(info);
     if (unused.empty())
         return;

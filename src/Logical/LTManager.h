@@ -12,12 +12,21 @@ class LTList;
 struct LTLists;
 } // namespace qo
 
-/// Owns all logical objects of all collections: makes them from the tags of files, decides which
-/// are the same, links them and lets them go. The lists of tracks, albums, artists and genres stand
-/// in the order in which their binary search inserted; since a missing year or track number equals
-/// every other, that order is part of the result. No locks: all collections share the lists, so the
-/// host keeps calls apart. Failed allocations end in qo::throwOutOfMemory(), with the tree as far
-/// as it had come.
+/// Owns the logical tree (LT): all artists, albums, genres, tracks, lyrics and pictures of all
+/// collections. It makes them from the tags of files, decides which are the same, links them and
+/// releases them. There is one for the process, with static functions only.
+///
+/// The lists of tracks, albums, artists and genres are sorted by binary insertion. A missing year
+/// or track number equals every other one, so the comparison is not transitive, and the order of
+/// insertion is part of the result:
+///
+///   Tracks of one title, artist and album, by year, in the order of adding:
+///     1990, 2000, "": the search compares "" with 1990 first, finds them equal and inserts there,
+///     so the list is "", 1990, 2000. Added as "", 1990, 2000 the same tracks end as 1990, 2000,
+///     "".
+///
+/// No locks: the host keeps calls apart, for all collections together. Failed allocations end in
+/// qo::throwOutOfMemory(); what was linked until then stays linked.
 class QO_API CLTManager
 {
 public:
@@ -28,17 +37,21 @@ public:
         qo::LTList* list; ///< the same operations whatever the type of its objects
     };
 
-    /// Once, before any other call.
+    /// Must be called once before anything else; further calls do nothing.
     static void init();
-    /// Takes out the objects that nothing uses any more; at the end (final) all, with a complaint.
+    /// Removes the objects that nothing uses any more. final, at the end of the program, removes
+    /// all and logs an error for each kind of which some are left.
     static void cleanUp(bool final);
+    /// Logs how many objects there are of each kind, how many are unknown and how many unused.
     static void logStatistics();
+    /// Sets the check marks of all objects, or of those in the list, to "not checked".
     static void resetCheckState();
     static void resetCheckState(CPtrListT<CLTObject>& list);
 
-    // Comparisons: negative, 0 or positive. An empty year or number equals every other. An unknown
-    // object sorts ahead of all named ones and equals nothing, itself included, but genres go by
-    // their name alone. Tag forms compare the tag's fields with the object.
+    // Comparisons: negative, 0 or positive, names without regard to case. An empty year or number
+    // equals every other. An unknown object (no name) is ordered before all named ones and equals
+    // nothing, not even itself; genres are the exception and are compared by name alone. The forms
+    // with a tag compare its fields with the object.
     static bool isNumber(const char16_t* text);
     static int compareLTNumbers(const char16_t* a, const char16_t* b);
     static int compareLTTrackNumbers(const char16_t* a, const char16_t* b);
@@ -57,7 +70,8 @@ public:
     static int compareLTGenres(const SimpleMusicTag* tag, const boost::shared_ptr<CLTGenre>& genre);
     static int compareLTGenres(const boost::shared_ptr<CLTGenre>& a,
                                const boost::shared_ptr<CLTGenre>& b);
-    // True means the same.
+    // These are equalities, not orders: true means the same. Lyrics and pictures have no names and
+    // are the same when they have equally many files and share one.
     static bool isSameLTLyrics(const boost::shared_ptr<CHDTextFile>& file,
                                const boost::shared_ptr<CLTLyrics>& lyrics);
     static bool isSameLTPicture(const boost::shared_ptr<CHDPictureFile>& file,
@@ -69,19 +83,22 @@ public:
     static bool compareLTObjects(const boost::shared_ptr<CLTObject>& a,
                                  const boost::shared_ptr<CLTObject>& b);
 
-    // Look-ups: null when nothing was found; position is then where the object would be inserted.
+    // Look-ups by binary search: null when nothing was found; position is then the index at which
+    // the object must be inserted.
     static boost::shared_ptr<CLTTrack> findLTTrack(const SimpleMusicTag& tag, int& position);
     static boost::shared_ptr<CLTAlbum> findLTAlbum(const SimpleMusicTag& tag, int& position);
     static boost::shared_ptr<CLTArtist> findLTArtist(const SimpleMusicTag& tag, int& position);
     static boost::shared_ptr<CLTArtist> findLTArtist(const CString& name);
     static boost::shared_ptr<CLTGenre> findLTGenre(const SimpleMusicTag& tag, int& position);
-    /// Linear, and the position is left alone.
+    /// Searches the whole list; position is left as it is.
     static boost::shared_ptr<CLTPicture>
     findLTPicture(const boost::shared_ptr<CHDPictureFile>& file, int& position);
     static boost::shared_ptr<CLTLyrics> findLTLyrics(const boost::shared_ptr<CHDTextFile>& file,
                                                      int& position);
 
-    // Links: both sides at once. What is to be linked anew is unlinked first.
+    // Links: each function sets or clears both sides. A link that leads to another object must be
+    // cleared before it is set anew. The handles must not be references into the objects
+    // themselves, since clearing a link empties these.
     static void setArtistToTrackLink(const boost::shared_ptr<CLTArtist>& artist,
                                      const boost::shared_ptr<CLTTrack>& track);
     static void clearArtistToTrackLink(const boost::shared_ptr<CLTArtist>& artist,
@@ -92,7 +109,7 @@ public:
                                       const boost::shared_ptr<CLTTrack>& track);
     static void setTrackToGenreLink(const boost::shared_ptr<CLTTrack>& track,
                                     const boost::shared_ptr<CLTGenre>& genre);
-    /// Nothing without a genre.
+    /// Does nothing when the genre is null.
     static void clearTrackToGenreLink(const boost::shared_ptr<CLTTrack>& track,
                                       const boost::shared_ptr<CLTGenre>& genre);
     static void setArtistToAlbumLink(const boost::shared_ptr<CLTArtist>& artist,
@@ -116,25 +133,28 @@ public:
     static void clearAlbumToLyricsLink(const boost::shared_ptr<CLTAlbum>& album,
                                        const boost::shared_ptr<CLTLyrics>& lyrics);
 
-    // Objects for the files that join a collection, and their release. A release leaves unused
-    // objects in the lists until cleanUp().
+    // Objects for the files that join a collection, and their release. create... finds or makes the
+    // objects of a tag and links them; release... clears the links of the file's objects as far as
+    // nothing else uses these. Unused objects stay in the lists until cleanUp().
     static boost::shared_ptr<CLTAlbum> createLTAlbum(const SimpleMusicTag& tag);
     static boost::shared_ptr<CLTArtist> createLTArtist(const SimpleMusicTag& tag);
     static boost::shared_ptr<CLTGenre> createLTGenre(const SimpleMusicTag& tag);
     static void createMusicLTObjects(const boost::shared_ptr<CHDMusicFile>& file);
     static void releaseMusicLTObjects(const boost::shared_ptr<CHDMusicFile>& file);
-    /// Joins an album or artist that exists; otherwise nothing happens.
+    /// Joins an album, else an artist, that exists; when neither does, the file gets no picture
+    /// object.
     static void createPictureLTObjects(const boost::shared_ptr<CHDPictureFile>& file);
     static void createPictureLTObjects(const boost::shared_ptr<CHDPictureFile>& file,
                                        const boost::shared_ptr<CLTObject>& owner);
     static void releasePictureLTObjects(const boost::shared_ptr<CHDPictureFile>& file);
-    /// Joins a track or album that exists; otherwise nothing happens.
+    /// Joins a track, else an album, that exists; when neither does, the file gets no lyrics
+    /// object.
     static void createLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& file);
     static void createLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& file,
                                       const boost::shared_ptr<CLTObject>& owner);
     static void releaseLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& file);
 
-    // What there is, in the lists' own orders.
+    // All objects, in the order of the lists.
     static const CPtrListT<CLTAlbum>& getAlbums() noexcept { return m_albums; }
     static const CPtrListT<CLTArtist>& getArtists() noexcept { return m_artists; }
     static const CPtrListT<CLTGenre>& getGenres() noexcept { return m_genres; }
@@ -144,20 +164,22 @@ public:
 
 protected:
     CLTManager() = default;
+    /// Clears the links of an object that is not used; it stays in its list until removeUnused().
     static void checkReleaseObject(const boost::shared_ptr<CLTObject>& object);
 
 private:
-    /// The means to search and change the lists, see there.
+    /// The searchable side of the lists; see LTLists.h.
     static qo::LTLists& lists();
-    /// For a track whose title is known to equal the tag's.
+    /// Compares all but the title; for a track whose title is known to equal the tag's.
     static int compareLTTracksOfTitle(const SimpleMusicTag* tag,
                                       const boost::shared_ptr<CLTTrack>& track);
     static boost::shared_ptr<CLTTrack> createLTTrack(const SimpleMusicTag& tag);
-    // What is found or made for a tag, valid until the next call of the same kind.
+    // Find the object for a tag or make it. The reference is valid until the next call of the same
+    // function.
     static const boost::shared_ptr<CLTAlbum>& albumOf(const SimpleMusicTag& tag);
     static const boost::shared_ptr<CLTArtist>& artistOf(const SimpleMusicTag& tag);
     static const boost::shared_ptr<CLTGenre>& genreOf(const SimpleMusicTag& tag);
-    /// Whether there was anything to release.
+    /// Releases the links of the list's unused objects; true if there were any.
     static bool checkReleaseObjects(const LTListInfo& info);
     static void removeUnused(const LTListInfo& info);
     static void endLTList(const LTListInfo& info);

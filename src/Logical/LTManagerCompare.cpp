@@ -10,6 +10,10 @@
 
 #include <algorithm>
 
+// What is the same, and in which order. Tracks are compared by title, artist, year, album and
+// number; albums by name and artist; artists and genres by name (docs/sameness-of-names.md has
+// examples).
+
 namespace
 {
 std::u16string_view textOf(const char16_t* text)
@@ -27,11 +31,13 @@ int compareInts(int a, int b)
     return a < b ? -1 : a > b;
 }
 
+/// Names of one scan or load usually share one buffer, which is quick to see.
 int compareNames(const CString& a, const CString& b)
 {
     return a.sharesBufferWith(b) ? 0 : qo::compareNoCase(a.view(), b.view());
 }
 
+/// A year of two digits equals each year that ends in these: "98" and "1998".
 int compareYears(std::u16string_view a, std::u16string_view b)
 {
     if (a.empty() || b.empty() || a == b)
@@ -46,6 +52,7 @@ int compareYears(std::u16string_view a, std::u16string_view b)
     return compareInts(yearA, yearB);
 }
 
+/// Only the number before "/" counts; a number without a value equals every other.
 int compareTrackNumbers(const CString& a, const CString& b)
 {
     if (a.IsEmpty() || b.IsEmpty() || a.view() == b.view())
@@ -58,14 +65,14 @@ int compareTrackNumbers(const CString& a, const CString& b)
     return trackA == 0 || trackB == 0 ? 0 : compareInts(trackA, trackB);
 }
 
-/// A link that is not set counts as one to an unknown object.
+/// A missing link counts as a link to an unknown object.
 template <class X>
 bool isNamed(const boost::shared_ptr<X>& object)
 {
     return object && !object->isUnknown();
 }
 
-/// The rule of all objects but genres; 0 when both have names.
+/// The order when one has no name (all objects but genres); 0 when both have one.
 template <class X>
 int compareUnknown(const boost::shared_ptr<X>& a, const boost::shared_ptr<X>& b)
 {
@@ -114,7 +121,7 @@ bool isSameByTag(const boost::shared_ptr<CLTObject>& a,
     return compare(&tag, boost::static_pointer_cast<X>(a)) == 0;
 }
 
-/// One shared file makes lists of the same length the same.
+/// Lists of the same length are the same when they share one file.
 template <class X>
 bool shareFile(const CPtrListT<X>& a, const CPtrListT<X>& b)
 {

@@ -5,9 +5,17 @@
 #include "Physical/HDTextFile.h"
 #include "common/MakeObject.h"
 
+// How files become logical objects and how these are released.
+//
+//   Song "Waterloo" by ABBA from the album Gold: a new track; album, artist and genre are found or
+//   made; then the links artist-track, album-track, track-genre and artist-album are set, and last
+//   the file itself is linked to the track. A cover of that album gets a picture object of the
+//   album; lyrics that name the song join its track. Release takes the same links away when nothing
+//   else uses the track.
+
 namespace
 {
-/// Runs the steps; what they had done before memory ran out stays.
+/// Runs the steps. When memory runs out, what they have done until then stays.
 template <class STEPS>
 void orOutOfMemory(STEPS steps)
 try
@@ -19,8 +27,8 @@ catch (const std::bad_alloc&)
     qo::throwOutOfMemory(QO_HERE(u".\\Logical\\LTManager"));
 }
 
-// Objects let go of what they are linked to. The handles of the other ends are copies, since
-// clearing a link ends the one inside the object.
+// Each clears the links of one kind of object. The handles of the other ends are copied first,
+// since clearing a link empties the one in the object.
 
 void releaseAlbum(const boost::shared_ptr<CLTAlbum>& album)
 {
@@ -66,7 +74,7 @@ void CLTManager::createMusicLTObjects(const boost::shared_ptr<CHDMusicFile>& fil
             const boost::shared_ptr<CLTArtist>& artist = artistOf(tag);
             const boost::shared_ptr<CLTGenre>& genre = genreOf(tag);
             setArtistToTrackLink(artist, track);
-            --lists().strayTracks;
+            --lists().strayTracks; // createLTTrack() counted it
             setAlbumToTrackLink(album, track);
             setTrackToGenreLink(track, genre);
             setArtistToAlbumLink(artist, album);

@@ -2,6 +2,9 @@
 #include "Logical/LTManager.h"
 #include "common/MakeObject.h"
 
+// Searches by tag, and making what is not found at the position where the search ended. The album,
+// artist and genre of the last file are tried first.
+
 namespace
 {
 template <class X>

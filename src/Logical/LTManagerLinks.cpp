@@ -1,6 +1,9 @@
 #include "Logical/LTLists.h"
 #include "Logical/LTManager.h"
 
+// Both sides of each link. The order of the two steps does not matter to a caller: nothing looks at
+// the tree in between.
+
 void CLTManager::setArtistToTrackLink(const boost::shared_ptr<CLTArtist>& artist,
                                       const boost::shared_ptr<CLTTrack>& track)
 {
@@ -49,7 +52,8 @@ void CLTManager::clearTrackToGenreLink(const boost::shared_ptr<CLTTrack>& track,
 void CLTManager::setArtistToAlbumLink(const boost::shared_ptr<CLTArtist>& artist,
                                       const boost::shared_ptr<CLTAlbum>& album)
 {
-    // Every file of the album comes here, and an artist may have very many albums.
+    // Called for every file of the album; without this check each call would search all albums of
+    // the artist.
     if (artist && album->getArtist() == artist)
         return;
     lists().isLastAlbumSure = false;

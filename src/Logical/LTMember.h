@@ -7,8 +7,8 @@
 
 namespace qo
 {
-/// Behind every setter of a single link: a link that is set can be cleared, by a null value, but
-/// not moved. The attempt is logged and changes nothing.
+/// Used by every setter of a single link: a link that is set may be cleared with null, but not
+/// changed to another object. An attempt is logged as an error and changes nothing.
 template <class X>
 void setLTMember(boost::shared_ptr<X>& member, const boost::shared_ptr<X>& value)
 {

@@ -9,10 +9,11 @@
 
 #include <boost/shared_ptr.hpp>
 
-/// An artist, album, genre, track, lyrics or picture, derived from the tags of files. Objects are
-/// made, linked, unlinked and let go by CLTManager only. Links are symmetric and hold both ends, so
-/// an object ends through CLTManager's release and clean-up, never by dropping handles alone. No
-/// locks: the host keeps calls apart.
+/// A logical object: an artist, album, genre, track, lyrics or picture, as opposed to the files
+/// (CHDObject) that it was derived from. Objects are made, linked, unlinked and released by
+/// CLTManager only. Links are symmetric and both ends hold a handle, so an object ends through
+/// CLTManager's release and clean-up, never by dropping handles alone. No locks: the host keeps
+/// calls apart.
 class QO_API CLTObject : public CQoCheckObject
 {
 public:
@@ -21,21 +22,22 @@ public:
     {
     }
 
-    /// The display name behind a tag for the class; the flag changes nothing.
+    /// The display name with a prefix for the class, such as "Ar:ABBA"; the argument has no effect.
     CString toString(bool full) const override;
-    /// Whether anything still gives the object a reason to exist.
+    /// Whether anything still needs the object; each class says what counts.
     virtual bool isUsed() const = 0;
 
-    /// Without a name: true of all lyrics and pictures.
+    /// True without a name, so for all lyrics and pictures.
     bool isUnknown() const noexcept { return m_name.IsEmpty(); }
     /// The name, or "[unknown]".
     CString getDisplayName() const;
     CLTObjectType::EType getType() const noexcept { return m_type; }
-    /// Of the album, artist or genre, or the title of the track.
+    /// The name of the album, artist or genre, or the title of the track.
     const CString& getName() const noexcept { return m_name; }
 
 protected:
-    /// To be called after something that counts as use was taken away.
+    /// To be called after the loss of something that counts as use: tells the next clean-up to look
+    /// here.
     void noteIfUnused() const noexcept
     {
         if (!isUsed())
@@ -46,7 +48,8 @@ private:
     friend class CLTArtist;
 
     CLTObjectType::EType m_type;
-    /// Of the artist's list for the type; here as there is a gap to fill.
+    /// The stamp for the list of the artist that holds the object. It stands in this class because
+    /// the bytes after m_type are free here.
     qo::LinkStamp m_artistStamp = qo::neverLinked;
     CString m_name;
 };

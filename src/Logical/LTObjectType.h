@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/// The kinds of logical objects, one bit each so that they combine into masks.
+/// The kinds of logical objects, one bit each, so that several can be combined in a mask.
 class QO_API CLTObjectType
 {
 public:

@@ -4,7 +4,7 @@
 #include "Physical/Forward.h"
 #include "common/PtrListT.h"
 
-/// Picture files that belong to an album, or to an artist.
+/// A picture file that belongs to an album, or to an artist when no album fits.
 class QO_API CLTPicture final : public CLTObject
 {
 public:
@@ -12,14 +12,15 @@ public:
     ~CLTPicture() override;
 
     CString toString(bool full) const override;
-    /// By files.
+    /// True while there are files.
     bool isUsed() const override { return !m_files.IsEmpty(); }
 
     const boost::shared_ptr<CLTAlbum>& getAlbum() const noexcept { return m_album; }
     const boost::shared_ptr<CLTArtist>& getArtist() const noexcept { return m_artist; }
     const CPtrListT<CHDPictureFile>& getFiles() const noexcept { return m_files; }
 
-    // For CLTManager: one side of a link. Adding twice and removing what is absent do nothing.
+    // For CLTManager only: each sets one side of a link. Adding what is there and removing what is
+    // not there do nothing.
     void setAlbum(const boost::shared_ptr<CLTAlbum>& album);
     void setArtist(const boost::shared_ptr<CLTArtist>& artist);
     void addFile(const boost::shared_ptr<CHDPictureFile>& file);

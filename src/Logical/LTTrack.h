@@ -5,7 +5,8 @@
 #include "Physical/Forward.h"
 #include "common/PtrListT.h"
 
-/// One music file as music; every file has a track of its own, so equal tracks stand side by side.
+/// One music file as a piece of music. Every file gets a track of its own, even when an equal one
+/// exists; equal tracks stand side by side in CLTManager's list.
 class QO_API CLTTrack final : public CLTObject
 {
 public:
@@ -13,10 +14,10 @@ public:
     ~CLTTrack() override;
 
     CString toString(bool full) const override;
-    /// By a file or by lyrics.
+    /// True while there is a file or lyrics.
     bool isUsed() const override { return !m_musicFiles.IsEmpty() || m_lyrics; }
 
-    /// As the tag gives it: "3", "03" or "3/12".
+    /// The text of the tag: "3", "03" or "3/12".
     const CString& getTrackNumber() const noexcept { return m_trackNumber; }
     const CString& getYear() const noexcept { return m_year; }
     const CPtrListT<CHDMusicFile>& getMusicFiles() const noexcept { return m_musicFiles; }
@@ -25,7 +26,8 @@ public:
     const boost::shared_ptr<CLTGenre>& getGenre() const noexcept { return m_genre; }
     boost::shared_ptr<CLTLyrics> getLyrics() const noexcept { return m_lyrics.get(); }
 
-    // For CLTManager: one side of a link. See qo::setLTMember for what a setter refuses.
+    // For CLTManager only: each sets one side of a link. See qo::setLTMember for what a setter
+    // refuses.
     void setNumberAndYear(const CString& trackNumber, const CString& year);
     void setArtist(const boost::shared_ptr<CLTArtist>& artist);
     void setAlbum(const boost::shared_ptr<CLTAlbum>& album);

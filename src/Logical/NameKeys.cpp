@@ -6,14 +6,19 @@
 #include <numeric>
 #include <utility>
 
+// The parts: fold() makes words of names; countBelow() searches a sorted row of keys; Place is a
+// position inside a chunk, and indexOf() and placeOf() convert between it and an index of the list;
+// insert() joins an equal neighbour or makes a new entry, and makes room by giving keys to a
+// neighbour chunk or by splitting.
+
 namespace qo
 {
 namespace
 {
 using Key = NameKeys::Key;
 
-/// How many of the ascending keys are below the bound. Looks at several keys at a time that do not
-/// depend on each other: in a long list each is a wait for the memory, and these overlap.
+/// How many of the ascending keys are below the bound. Each round compares fifteen keys that do not
+/// depend on each other: in a long row each is a wait for the memory, and these waits overlap.
 template <class Below>
 std::size_t countBelow(const Key* keys, std::size_t count, Below below)
 {
@@ -41,7 +46,7 @@ std::size_t sum(Count first, Count behind) noexcept
     return std::accumulate(first, behind, std::uint32_t(0));
 }
 
-/// Within the capacity of the vector that takes.
+/// Moves elements between two vectors; the target has the capacity, so nothing is allocated.
 template <class T>
 void move(
     std::vector<T>& from, std::size_t begin, std::size_t number, std::vector<T>& to, std::size_t at)
@@ -56,12 +61,12 @@ constexpr int wordBits = 63;
 
 struct Folded
 {
-    std::uint64_t bits = 0; ///< begins at the highest of wordBits
-    std::size_t units = 0;  ///< how many of the name's they tell wholly
+    std::uint64_t bits = 0; ///< left-aligned within wordBits
+    std::size_t units = 0;  ///< how many units of the name are completely in the bits
 };
 
-/// The beginning of a folded name as bits that sort as the name does: seven for each ASCII unit, an
-/// escape and sixteen for any other.
+/// The beginning of a folded name as bits whose order is that of the names: 7 bits for each ASCII
+/// unit, an escape (127) and 16 bits for any other.
 Folded fold(std::u16string_view name) noexcept
 {
     constexpr int plainBits = 7;
@@ -71,7 +76,7 @@ Folded fold(std::u16string_view name) noexcept
     int left = wordBits;
     for (const char16_t unit : name)
     {
-        // A zero would look like the end of the name.
+        // A zero would look like the end of the name, so a name ends before one.
         if (unit == 0)
             break;
         const std::uint64_t lower = toLower(unit);
@@ -89,7 +94,7 @@ Folded fold(std::u16string_view name) noexcept
     return folded;
 }
 
-/// Takes what the word tells wholly off the name.
+/// Makes a word of the beginning of the name and removes from the name what is completely in it.
 std::uint64_t foldOff(std::u16string_view& name) noexcept
 {
     const Folded folded = fold(name);
@@ -97,8 +102,8 @@ std::uint64_t foldOff(std::u16string_view& name) noexcept
     return folded.bits;
 }
 
-// All parts are compared at once: which one decides is beyond the processor's guess. Objects and
-// not functions, so that a search has them in line.
+// All parts are compared without branches, since the processor cannot predict which one decides.
+// They are objects and not functions, so that the compiler inlines them into the search.
 
 constexpr auto isLessByName = [](const Key& a, const Key& b) noexcept
 { return (a.begin < b.begin) | ((a.begin == b.begin) & (a.rest < b.rest)); };
@@ -172,7 +177,8 @@ int NameKeys::indexOf(const Place& place) const noexcept
 
 NameKeys::Place NameKeys::placeOf(int index) const noexcept
 {
-    constexpr std::size_t step = 16; // the counts are added up several at a time
+    constexpr std::size_t step =
+        16; // counts are added in blocks of this size, which the compiler vectorises
     auto left = static_cast<std::size_t>(index);
     Place place;
     place.chunk = m_sums.find(left);
@@ -256,7 +262,7 @@ void NameKeys::insert(int index, const Key& key)
         changeCount(next, 1);
     else
     {
-        constexpr std::size_t most = 2; // a key between the objects of another parts them
+        constexpr std::size_t most = 2; // a key between equal ones splits their entry in two
         if (m_chunks[place.chunk].keys.size() + most > chunkCapacity)
         {
             makeRoom(place.chunk);
@@ -342,8 +348,8 @@ void NameKeys::makeRoom(std::size_t c)
         split(c);
 }
 
-/// Fills the chunks better than splitting does. False if there is no such neighbour, or if it has
-/// not much room either.
+/// Gives about half of the neighbour's free room to it, which keeps chunks fuller than splitting
+/// does. False if there is no such neighbour, or if it is nearly full itself.
 bool NameKeys::giveTo(std::size_t from, std::size_t to) noexcept
 {
     if (to >= m_chunks.size() || m_chunks[to].keys.size() > chunkCapacity / 4 * 3)
@@ -375,7 +381,7 @@ void NameKeys::split(std::size_t c)
     Chunk upper;
     upper.keys.reserve(chunkCapacity);
     upper.counts.reserve(chunkCapacity);
-    // At the end of all keys the chunk stays full, as a list is often filled in order.
+    // In the last chunk most keys stay below, since lists are often filled in ascending order.
     const std::size_t keep = c + 1 == m_chunks.size() ? chunkCapacity * 7 / 8 : chunkCapacity / 2;
     Chunk& lower = m_chunks[c];
     move(lower.keys, keep, lower.keys.size() - keep, upper.keys, 0);
@@ -388,7 +394,7 @@ void NameKeys::split(std::size_t c)
     rebuildSums();
 }
 
-/// Never allocates: split() has seen to the capacity.
+/// Does not allocate: split() and startWith() have reserved the capacity.
 void NameKeys::rebuildSums() noexcept
 {
     m_sums.rebuild(m_chunks.size(), [this](std::size_t c) { return m_chunks[c].objects; });

@@ -6,7 +6,11 @@
 
 namespace qo
 {
-/// A link that most objects do not have, at the cost of a pointer.
+/// A link that few objects have. A shared_ptr takes two words in every object; this takes one, and
+/// allocates the handle only where there is a link.
+///
+///   A million tracks of which ten thousand have lyrics: 8 MB and 10,000 small blocks instead of 16
+///   MB.
 template <class X>
 class RareLink
 {
@@ -16,7 +20,7 @@ public:
     explicit operator bool() const noexcept { return m_handle != nullptr; }
     /// Null without a link.
     Handle get() const noexcept { return m_handle ? *m_handle : Handle(); }
-    /// Strong guarantee; never fails for null.
+    /// If it throws (out of memory), the link is as before; clearing with null never throws.
     void set(const Handle& handle)
     {
         m_handle = handle ? std::make_unique<const Handle>(handle) : nullptr;

@@ -7,16 +7,21 @@
 
 namespace qo
 {
-/// How a list takes objects without a name.
+/// How a list treats objects without a name.
 enum class Unknown
 {
-    first, ///< they stand ahead of all others and equal nothing
-    named  ///< they are compared as those with the shortest name
+    first, ///< ordered before all others; equal to nothing
+    named  ///< compared like any other name
 };
 
-/// A list that is kept sorted by hand: each object stands where the search for its tag led. All
-/// comparisons go by the name first, so that the keys of the names ascend even where the rest of
-/// a comparison is not transitive, and most elements that the search asks are judged by them.
+/// A list that is kept sorted by insertion: each object stands where the search for its tag ended.
+/// All comparisons begin with the name, so the keys of the names (NameKeys) ascend even where the
+/// rest of a comparison is not transitive.
+///
+///   The search for "Gold" in {Dawn, Gold, Gold, Gold, Night} asks the same positions as a plain
+///   binary search. Positions outside of [1, 4), the range of the key, are answered by the keys;
+///   only the objects in the range are really compared. The result is the same, with far fewer
+///   reads of memory.
 template <class X>
 class SortedLTList final : public LTListOf<X>
 {
@@ -26,8 +31,10 @@ public:
     {
     }
 
-    /// findBinary() over the whole list: compare(object) compares what is looked for, which has
-    /// that key, with an object. Unless the next names are sure only the first ones spare looks.
+    /// Searches the whole list with searchBinary(). compare(object) gives the order of what is
+    /// searched, whose key is given, against an object. isNextSure: the second names of the keys
+    /// are in order too, so they may be used. False when not found; position is then where it
+    /// belongs.
     template <class COMPARE>
     bool find(const NameKeys::Key& key, bool isNextSure, COMPARE compare, int& position)
     {
@@ -44,7 +51,7 @@ public:
         };
         return searchBinary(0, this->m_list.GetSize(), order, position);
     }
-    /// At the position that find() gave for the key.
+    /// Inserts at the position that find() gave for the key. If it throws, nothing has changed.
     void insert(int position, const boost::shared_ptr<X>& object, const NameKeys::Key& key)
     {
         const bool ahead = m_unknown == Unknown::first && object->isUnknown();
@@ -58,7 +65,8 @@ public:
             m_keys.remove(position);
             throw;
         }
-        UnusedNotes::instance().add(object.get(), object->getType()); // until it is linked
+        UnusedNotes::instance().add(object.get(),
+                                    object->getType()); // it is unused until it is linked
     }
     void clear() override
     {
@@ -82,8 +90,8 @@ protected:
     }
 
 private:
-    /// Tells the processor of the objects that will be asked, which lie anywhere in memory. Of many
-    /// the search asks only a few.
+    /// Asks the processor to load the objects that will be compared, which are scattered in memory.
+    /// In a long range the search compares only a few, so that is left alone.
     void announce(const NameKeys::Range& range) const noexcept
     {
         constexpr int manyFrom = 8;

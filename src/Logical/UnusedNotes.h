@@ -7,9 +7,10 @@
 
 namespace qo
 {
-/// The logical objects that may have become unused since the last clean-up, so that one changed
-/// file does not cost a look at every object. Past a small number it only knows that there are
-/// many. A noted object may have ended: it is looked for by its address and never asked.
+/// Remembers which logical objects may have become unused since the last clean-up, so that one
+/// changed file does not cost a look at every object. Beyond 32 it only knows that there are too
+/// many, and the clean-up looks at all. A noted object may be gone by then: its address is compared
+/// and never dereferenced.
 class QO_API UnusedNotes
 {
 public:
@@ -19,7 +20,7 @@ public:
         CLTObjectType::EType type;
     };
 
-    /// Those of the process; like CLTManager not for several threads at once.
+    /// The only instance. Like CLTManager it must not be used by several threads at once.
     static UnusedNotes& instance() noexcept;
 
     void add(const CLTObject* object, CLTObjectType::EType type) noexcept
