@@ -7,8 +7,9 @@
 
 namespace KVTagLib
 {
-/// Walks over the bytes of a Windows Media header. Past their end everything is zero or empty and
-/// ok() is false.
+/// Reads the bytes of a Windows Media (ASF) header from front to back. Reading past the end gives
+/// zero or nothing and sets ok() to false for good, so a caller may read several fields and check
+/// once. Numbers are little-endian.
 class AsfCursor
 {
 public:
@@ -26,7 +27,7 @@ public:
         m_ok = m_ok && length <= left();
         return takePart(m_ok ? length : 0);
     }
-    /// What there is of it: if that is less, ok() is false afterwards.
+    /// As many of these bytes as there are; if fewer, ok() is false afterwards.
     TagLib::ByteVector takeCut(unsigned long long length)
     {
         const auto part = m_ok ? std::min<unsigned long long>(length, left()) : 0;
@@ -43,7 +44,8 @@ public:
         const TagLib::ByteVector taken = take(4);
         return m_ok ? taken.toUInt(0U, false) : 0;
     }
-    /// What there is of the content of an object whose size stands next.
+    /// The content of an object whose size (8 bytes, header included) comes next; cut, with ok()
+    /// false, when the bytes end before it.
     TagLib::ByteVector objectContent()
     {
         const TagLib::ByteVector taken = take(8);

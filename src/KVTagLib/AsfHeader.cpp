@@ -8,6 +8,11 @@
 #include <limits>
 #include <string_view>
 
+// Takes a Windows Media header apart and puts it together again. An object is a GUID of 16 bytes,
+// its size in 8 bytes (these 24 included) and its content; load() splits the header into such
+// objects and those with attributes into their attributes, render() does the reverse, and
+// everything else is kept as bytes. The values by name are in AsfHeaderValues.cpp.
+
 using namespace TagLib;
 using namespace std::string_view_literals;
 
@@ -21,9 +26,9 @@ constexpr unsigned objectHeader = AsfCursor::objectHeader;
 constexpr unsigned fileHeader = objectHeader + 6;
 constexpr unsigned extensionHead = guidBytes + 2;
 constexpr unsigned namedTexts = 5;
-/// In the content of the file properties.
+/// Where the file's size stands in the content of the file properties object.
 constexpr unsigned fileSizeAt = 16;
-// Far more than any real header has.
+// More than any real header has: limits the work for a hostile file.
 constexpr long long maxHeaderBytes = 64L << 20;
 constexpr std::size_t maxParts = 1U << 16;
 
@@ -36,7 +41,7 @@ constexpr auto metadataGuid = "\xEA\xCB\xF8\xC5\xAF\x5B\x77\x48\x84\x67\xAA\x8C\
 constexpr auto libraryGuid = "\x94\x1C\x23\x44\x98\x94\xD1\x49\xA1\x41\x1D\x13\x4E\x45\x70\x54"sv;
 constexpr auto propertiesGuid =
     "\xA1\xDC\xAB\x8C\x47\xA9\xCF\x11\x8E\xE4\x00\xC0\x0C\x20\x53\x65"sv;
-/// What every extension starts with.
+/// The first bytes of the content of every header extension object.
 constexpr auto newExtensionHead =
     "\x11\xD2\xD3\xAB\xBA\xA9\xCF\x11\x8E\xE6\x00\xC0\x0C\x20\x53\x65\x06\x00"sv;
 
@@ -112,6 +117,7 @@ bool AsfHeader::loadObject(AsfCursor& cursor, bool isInner)
 
 bool AsfHeader::loadExtension(const ByteVector& content)
 {
+    // By index: loadObject() below appends to m_objects, which may move the elements.
     const std::size_t index = m_objects.size() - 1;
     AsfCursor cursor(content);
     m_objects[index].head = cursor.take(extensionHead);

@@ -16,47 +16,57 @@ class File;
 
 namespace KVTagLib
 {
-/// The most that a count or size of 16 bits can say.
+/// The largest count or size that a field of 16 bits can hold.
 constexpr unsigned maxAsfWord = 0xFFFF;
 
 class AsfCursor;
 
-/// The header of a Windows Media file as its bytes. A name with several values has them in three
-/// parts of the header: the first in the extended description, those of single streams among the
-/// metadata, the further ones in the library; that is their order, wherever the parts stand. TagLib
-/// takes the order of the parts and deals the values out anew when it writes, so that they change
-/// places with each write. Here all that does not change stays where it is.
+/// The header of a Windows Media (ASF) file, taken apart into objects that keep their bytes. A name
+/// with several values has them in three kinds of objects: the first value in the extended content
+/// description, those of single streams in the metadata object, further ones in the metadata
+/// library. Their order is that of these three, wherever the objects stand. TagLib orders by
+/// position and distributes the values again when it writes, so values change places with each
+/// write; here everything that does not change stays where it is.
+///
+///   Header object
+///     file properties            (kept as bytes; its file size is adjusted)
+///     content description        title, author: one text each
+///     extended description       WM/AlbumTitle = "Gold", WM/Genre = "Pop"
+///     header extension
+///       metadata library         WM/Genre = "Disco", WM/Picture (larger than 64 KiB)
+///   values("WM/Genre") is Pop, Disco.
 class AsfHeader
 {
 public:
-    /// The places in the plain description, with room for one text each.
+    /// The texts of the plain content description that this class reads and writes.
     enum class Named : std::uint8_t
     {
         title,
         artist
     };
 
-    /// False if the header cannot be taken apart whole: it cannot be saved then. What lies ahead of
-    /// the damage, or of the end of a file that was cut short, can be read.
+    /// False if the header cannot be taken apart completely; it can then not be saved. What stands
+    /// before the damage, or before the end of a file that was cut short, can still be read.
     bool load(TagLib::File& file);
-    /// In the place of the loaded one. False if it was not loaded whole or a part cannot hold what
-    /// was set. The size of the file that the header names goes with it, if it was right.
+    /// Writes the header in the place of the loaded one. False if that was not loaded completely or
+    /// an object cannot hold what was set. The file size that the header states is adjusted if it
+    /// was right.
     bool save(TagLib::File& file);
 
-    /// Of several plain descriptions the last one counts.
+    /// The text of the plain description; of several descriptions that of the last one.
     TagLib::String named(Named place) const;
     void setNamed(Named place, const TagLib::String& text);
 
     /// All values of the name, of whatever type, in their order. Names are compared exactly.
     std::vector<AsfValue> values(const TagLib::String& name) const;
-    /// Those of them that are shown.
+    /// The texts of those values that a reader shows; see isShown().
     TagLib::StringList texts(const TagLib::String& name) const;
-    /// Each takes the place of the value with its index; an empty one removes that value, and so
-    /// does the lack of one. Further ones come behind.
+    /// Sets the values of a name, index by index. An empty element, or a missing one at the end,
+    /// removes the old value; further elements are appended.
     void setValues(const TagLib::String& name, const std::vector<std::optional<AsfValue>>& values);
 
 private:
-    /// The order of those with attributes is the order of their values.
+    /// What an object holds. The order of those with attributes is the order of their values.
     enum class Kind : std::uint8_t
     {
         extended,
@@ -72,17 +82,17 @@ private:
     {
         TagLib::ByteVector name;
         AsfValue value;
-        bool isRemoved = false; ///< while values are set
+        bool isRemoved = false; ///< used only within setValues()
     };
     struct Object
     {
         TagLib::ByteVector guid;
         Kind kind = Kind::other;
-        bool isInner = false; ///< a part of the extension that stands ahead of it
+        bool isInner = false;                       ///< belongs to the header extension before it
         std::vector<TagLib::ByteVector> texts = {}; ///< of a description
         std::vector<Attribute> attributes = {};
         TagLib::ByteVector head = {}; ///< of an extension
-        TagLib::ByteVector rest = {}; ///< behind what was taken apart
+        TagLib::ByteVector rest = {}; ///< the bytes after what was taken apart
     };
     struct Place
     {
@@ -110,8 +120,8 @@ private:
     bool setFileSize(long long old, long long size);
 
     std::vector<Object> m_objects; ///< in the order of the file
-    TagLib::ByteVector m_reserved; ///< the last bytes of the header's own
-    TagLib::ByteVector m_rest;     ///< behind the objects
+    TagLib::ByteVector m_reserved; ///< the last two bytes of the header object itself
+    TagLib::ByteVector m_rest;     ///< bytes after the last object
     std::size_t m_attributes = 0;  ///< in all objects, when it was loaded
     unsigned m_size = 0;           ///< in the file; 0: cannot be saved
 };

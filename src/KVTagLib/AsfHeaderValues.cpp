@@ -4,6 +4,9 @@
 #include <functional>
 #include <limits>
 
+// The values of a Windows Media header by name. setValues() replaces each value where it stands;
+// only what does not fit there moves, to the library, which takes values of any size.
+
 using namespace TagLib;
 
 namespace KVTagLib
@@ -11,7 +14,7 @@ namespace KVTagLib
 namespace
 {
 
-/// Whether the extended description can hold it, which has neither streams nor languages.
+/// Whether the extended description, which knows neither streams nor languages, can hold the value.
 bool fitsExtended(const AsfValue& value)
 {
     return (value.type == AsfValue::text || value.type == AsfValue::binary) && value.stream == 0 &&
@@ -84,7 +87,8 @@ void AsfHeader::setValues(const String& name, const std::vector<std::optional<As
     for (std::size_t i = 0; i < places.size() && fits; ++i)
         fits =
             !isKept(i) || values[i]->bytes.size() <= largestValue(m_objects[places[i].object].kind);
-    // What a place cannot hold moves, and then all of them, or their order would change.
+    // What an object cannot hold must move, and then all values of the name, or their order would
+    // change.
     bool isNew = true;
     for (std::size_t i = 0; i < places.size(); ++i)
     {

@@ -9,7 +9,7 @@ namespace KVTagLib
 {
 namespace
 {
-/// Without half a character at the end and the zeros ahead of it.
+/// The bytes without an odd last byte and without zero units at the end.
 std::string_view unitsOf(const ByteVector& bytes)
 {
     const char* data = bytes.data();
@@ -70,7 +70,7 @@ String shownText(const AsfValue& value)
 ASF::Picture pictureOf(const AsfValue& value)
 {
     ASF::Picture picture;
-    // TagLib calls this one private in a comment, but exports it and has no other way in.
+    // TagLib's comments call this function private, but it is exported and there is no other way.
     picture.parse(value.type == AsfValue::binary ? value.bytes : ByteVector());
     return picture;
 }

@@ -21,22 +21,22 @@ struct AsfValue
         shortNumber = 5
     };
 
-    std::uint16_t type = text; ///< may be none of the above
+    std::uint16_t type = text; ///< a Type, or an unknown number, which is kept
     std::uint16_t language = 0;
-    std::uint16_t stream = 0; ///< 0: of the whole file
+    std::uint16_t stream = 0; ///< 0 for the whole file
     TagLib::ByteVector bytes = {};
 };
 
-/// Texts are UTF-16 there; zeros at their end do not count.
+/// Texts are UTF-16, little-endian; zeros at their end do not count.
 TagLib::String asfText(const TagLib::ByteVector& bytes);
 TagLib::ByteVector asfBytes(const TagLib::String& text);
 bool isSameAsfText(const TagLib::ByteVector& a, const TagLib::ByteVector& b);
 
 /// Whether a reader shows it as a text: texts and numbers.
 bool isShown(const AsfValue& value);
-/// Empty for what is not shown.
+/// The text or the number as text; empty for a value that is not shown.
 TagLib::String shownText(const AsfValue& value);
 
-/// Not valid if the value is none.
+/// The picture in a binary value; isValid() is false if there is none.
 TagLib::ASF::Picture pictureOf(const AsfValue& value);
 } // namespace KVTagLib

@@ -24,6 +24,10 @@
 #include <exception>
 #include <limits>
 
+// One table row for each format says how its TagLib file is opened and read. collectFrom() offers
+// the tags of an open file, best first; readOpened() adds the properties of the sound; parse()
+// detects the format, opens and reads.
+
 using namespace TagLib;
 
 namespace KVTagLib
@@ -39,7 +43,7 @@ void collectIf(Tag* tag, TagValues& values)
         collect(*tag, values);
 }
 
-// Where several tags stand in one file the richest speaks first.
+// Where a file has several tags, the one that can hold most is offered first.
 
 void collectFrom(MPEG::File& file, TagValues& values)
 {
@@ -89,7 +93,7 @@ void collectFrom(FileOfApeTag& file, TagValues& values)
     collectIf(file.hasID3v1Tag() ? file.ID3v1Tag() : nullptr, values);
 }
 
-/// Of a damaged header, what came ahead of the damage.
+/// Of a damaged header everything before the damage is read.
 void collectFrom(ASF::File& file, TagValues& values)
 {
     AsfHeader header;
@@ -116,7 +120,8 @@ void readOpened(TagLib::File& opened, AudioFileContent& content)
                               found->channels()};
 }
 
-/// Some encoders leave the number of samples open; the last page knows it.
+/// Some encoders do not store the number of samples; then the position on the last page gives the
+/// play time.
 template <>
 void readOpened<Ogg::FLAC::File>(TagLib::File& opened, AudioFileContent& content)
 {
@@ -139,7 +144,7 @@ void readOpened<Ogg::FLAC::File>(TagLib::File& opened, AudioFileContent& content
     properties.bitrate = static_cast<int>(static_cast<double>(file.length()) * 8 / milliseconds);
 }
 
-/// One row for each format: how its file is opened, and how it is read once open.
+/// How the file of a format is opened, and how it is read when open.
 using Opener = std::unique_ptr<TagLib::File> (*)(IOStream&, ID3v2::FrameFactory&);
 using Collector = void (*)(TagLib::File&, AudioFileContent&);
 
@@ -190,7 +195,7 @@ const FormatRow& rowOf(AudioFormat format)
     return formats[static_cast<int>(format)];
 }
 
-/// TagLib takes anything for MPEG audio: there must be a frame or a tag.
+/// TagLib accepts anything as MPEG audio, so there must be a frame or a tag.
 bool holdsSomething(TagLib::File& file, const AudioFileContent& content)
 {
     if (content.format != AudioFormat::mpeg)
@@ -204,7 +209,7 @@ bool parse(ByteStream& stream, AudioFormat expected, AudioFileContent& content)
 {
     const ByteVector head = stream.readBlock(headBytes);
     stream.seek(0, IOStream::Beginning);
-    // These bytes lie in the page that the parser reads first, so looking costs nothing.
+    // These bytes are in the page that the parser reads first, so looking at them costs nothing.
     const AudioFormat found = formatOfContent({head.data(), head.size()});
     content.format = found != AudioFormat::unknown ? found : expected;
     const bool aiff = content.format == AudioFormat::aiff;
@@ -249,7 +254,8 @@ bool readAudioFile(std::unique_ptr<qo::IFile> file,
     }
     catch (const std::exception&)
     {
-        // TagLib throws nothing of its own: what comes is a failed allocation of a hostile size.
+        // TagLib does not throw by itself: this is a failed allocation, of a size that the file
+        // stated.
         error = u"the file is damaged";
     }
     return false;

@@ -9,15 +9,16 @@
 
 namespace KVTagLib
 {
+/// What a player shows of the sound; 0 where it is not known.
 struct AudioProperties
 {
     int milliseconds = 0;
-    int bitrate = 0; ///< kbit/s
-    int sampleRate = 0;
+    int bitrate = 0;    ///< kbit/s
+    int sampleRate = 0; ///< Hz; 0 also says that no sound was found
     int channels = 0;
 };
 
-/// What one look into a file gives.
+/// The result of reading one file.
 struct AudioFileContent
 {
     explicit AudioFileContent(bool withPictures) : values(withPictures) {}
@@ -27,9 +28,9 @@ struct AudioFileContent
     TagValues values;
 };
 
-/// Reads tags and properties in one pass. False with a sentence when the file cannot be opened, is
-/// not of the format and of no other known one, or asks for more work than a sound file could.
-/// Never throws.
+/// Reads tags and sound properties in one pass. False, with one sentence in error, when the file
+/// cannot be opened, is neither of the expected format nor of another known one, or asks for more
+/// work than a sound file could. Never throws. The second form takes over an open file.
 bool readAudioFile(const CString& path,
                    AudioFormat expected,
                    AudioFileContent& content,

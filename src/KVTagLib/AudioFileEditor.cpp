@@ -22,6 +22,13 @@
 
 #include <algorithm>
 
+// Edits the tags of each format. Formats with a single kind of tag go to their editor; MPEG, True
+// Audio and the formats with APE tags may have several tags in one file, and all of these get the
+// change.
+//
+//   MP3 with an ID3v1 tag only, new title of 50 letters: ID3v1 takes the first 30 letters, so an
+//   ID3v2 tag with the whole title is added. A title of 20 letters fits, and nothing is added.
+
 using namespace TagLib;
 
 namespace KVTagLib
@@ -57,7 +64,7 @@ bool editMpeg(FileStream& stream, const TagChanges& changes)
         if (!file.isValid())
             return false;
         hasId3v2 = file.hasID3v2Tag();
-        // A new kind of tag is only added when those that are there cannot hold the values.
+        // A new kind of tag is added only when those that are present cannot hold the values.
         hasOther = file.hasAPETag() || (file.hasID3v1Tag() && fitsId3v1(changes));
         if (file.hasAPETag())
         {
@@ -86,7 +93,7 @@ bool editTrueAudio(FileStream& stream, const TagChanges& changes)
     return (!hasId3v2 && hasOther) || editId3v2(stream, hasId3v2, changes);
 }
 
-/// The last bytes of the file if they are an ID3v1 tag, else none.
+/// The last bytes of the file if these are an ID3v1 tag, else nothing.
 ByteVector readId3v1(FileStream& stream)
 {
     constexpr long id3v1Bytes = 128;
@@ -99,8 +106,8 @@ ByteVector readId3v1(FileStream& stream)
 template <class SomeFile>
 bool editWithApeTag(FileStream& stream, const TagChanges& changes)
 {
-    // The old tag at the end is patched once TagLib has closed the file. Its bytes are put back
-    // first, for TagLib cuts a long comment when it writes that tag.
+    // TagLib cuts a long comment when it writes the ID3v1 tag at the end. So the tag's old bytes
+    // are put back after TagLib has closed the file, and the changes are patched into these.
     const ByteVector id3v1 = readId3v1(stream);
     {
         SomeFile file(&stream, withoutProperties);
@@ -125,7 +132,7 @@ bool editWithApeTag(FileStream& stream, const TagChanges& changes)
 }
 
 /// The packet with the comment is changed as bytes: TagLib writes only the entries that it can
-/// read, and in Ogg FLAC it forgets to mark the comment as the last block where it is the last.
+/// read. The prefix marks the packet of the codec.
 template <class SomeFile>
 bool editOgg(FileStream& stream, const ByteVector& prefix, const TagChanges& changes)
 {
@@ -143,6 +150,8 @@ bool editOgg(FileStream& stream, const ByteVector& prefix, const TagChanges& cha
     return file.Ogg::File::save();
 }
 
+/// Here the packet is a FLAC block: a byte for its type, whose highest bit marks the last block,
+/// and three bytes for its size. TagLib does not set that bit again.
 bool editOggFlac(FileStream& stream, const TagChanges& changes)
 {
     constexpr unsigned blockHeader = 4;

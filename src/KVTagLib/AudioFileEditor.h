@@ -7,8 +7,8 @@
 
 namespace KVTagLib
 {
-/// Puts the changes into the file, in place. The kinds of tags stay those the file has, unless none
-/// of them can hold a value or there is none. False when the file cannot be changed; it may then be
-/// damaged, so hand in a copy.
+/// Makes the changes in the file, in place. The kinds of tags that the file has are kept; a new
+/// kind is added only if there is none or none of them can hold a value. False when the file cannot
+/// be changed. It may be damaged then, so hand over a copy.
 bool editAudioFile(TagLib::FileStream& stream, AudioFormat format, const TagChanges& changes);
 } // namespace KVTagLib

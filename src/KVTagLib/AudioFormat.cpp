@@ -15,7 +15,7 @@ struct Extension
     AudioFormat format;
 };
 
-/// The common ones first: the list is searched from its start.
+/// Frequent extensions first, since the list is searched from its start.
 constexpr Extension extensions[] = {
     {u"mp3"sv, AudioFormat::mpeg},      {u"flac"sv, AudioFormat::flac},
     {u"m4a"sv, AudioFormat::mp4},       {u"ogg"sv, AudioFormat::vorbis},
@@ -34,13 +34,13 @@ constexpr Extension extensions[] = {
     {u"tta"sv, AudioFormat::trueAudio},
 };
 
-/// The codec of an Ogg stream stands at the start of its first packet.
+/// The codec of an Ogg stream is named at the start of its first packet.
 AudioFormat oggCodec(std::string_view head)
 {
     constexpr std::size_t segmentCountAt = 26;
     if (head.size() <= segmentCountAt)
         return AudioFormat::unknown;
-    // The first packet starts behind the table of segment lengths.
+    // The first packet starts after the table of segment lengths.
     const std::size_t packetAt =
         segmentCountAt + 1 + static_cast<unsigned char>(head[segmentCountAt]);
     if (packetAt >= head.size())
@@ -77,7 +77,7 @@ AudioFormat formatOfContent(std::string_view head)
 {
     if (head.starts_with("OggS"sv))
         return oggCodec(head);
-    // The containers name their content behind their own size.
+    // RIFF and IFF files name their content after their own size.
     const std::string_view kind = head.size() >= 12 ? head.substr(8, 4) : ""sv;
     if (head.starts_with("RIFF"sv) && kind == "WAVE"sv)
         return AudioFormat::wav;

@@ -7,7 +7,7 @@
 
 namespace KVTagLib
 {
-/// The file formats that can be tagged.
+/// The file formats whose tags are read and written.
 enum class AudioFormat : std::uint8_t
 {
     unknown,
@@ -27,8 +27,10 @@ enum class AudioFormat : std::uint8_t
     trueAudio
 };
 
+/// By the extension of a path in collection form; unknown for any other.
 AudioFormat formatOfPath(const CString& path);
 
-/// By the first bytes of a file (64 are enough); unknown when they do not tell.
+/// By the first bytes of a file (64 are enough); unknown when they are ambiguous. MPEG audio has no
+/// reliable mark, so it is unknown here too.
 AudioFormat formatOfContent(std::string_view head);
 } // namespace KVTagLib

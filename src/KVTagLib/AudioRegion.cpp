@@ -5,6 +5,10 @@
 
 #include <algorithm>
 
+// What belongs to the sound, for the formats that keep it in one piece or in a list of chunks:
+// addBetweenTags() for files with tags at both ends, addFlacSound(), addRiffSound(), addAsfSound().
+// MP4 and Ogg have files of their own.
+
 using TagLib::ByteVector;
 
 namespace KVTagLib
@@ -13,10 +17,10 @@ namespace
 {
 constexpr std::int64_t id3v1Bytes = 128;
 constexpr std::int64_t apeFooterBytes = 32;
-/// Junk ahead of a tag or of a format's mark is rare and short.
+/// Foreign bytes before a tag or before the mark of a format are rare and few.
 constexpr std::int64_t searchBytes = 64 << 10;
 
-/// Behind the ID3v2 tags that start there.
+/// The position after the ID3v2 tags that start at that position; some files have several in a row.
 std::int64_t behindId3v2(AudioRegionReader& file, std::int64_t at)
 {
     for (;;)
@@ -28,7 +32,7 @@ std::int64_t behindId3v2(AudioRegionReader& file, std::int64_t at)
     }
 }
 
-/// Where the file's ID3v2 tag starts, 0 without one.
+/// The start of the file's first ID3v2 tag; 0 without one.
 std::int64_t findId3v2(AudioRegionReader& file)
 {
     const ByteVector head = file.look(0, searchBytes);
@@ -41,13 +45,15 @@ std::int64_t findId3v2(AudioRegionReader& file)
     return 0;
 }
 
+/// The position before the ID3v1 tag, or the end of the file.
 std::int64_t aheadOfId3v1(AudioRegionReader& file)
 {
     const std::int64_t start = file.size() - id3v1Bytes;
     return file.look(start, 3) == "TAG" ? start : file.size();
 }
 
-/// Negative if the tag claims more than the file has.
+/// The position before the APE tag that ends there; negative if the tag claims more than the file
+/// has.
 std::int64_t aheadOfApeTag(AudioRegionReader& file, std::int64_t end)
 {
     const ByteVector footer = file.look(end - apeFooterBytes, apeFooterBytes);
@@ -71,7 +77,7 @@ bool addBetweenTags(AudioRegionReader& file)
     return start <= end;
 }
 
-/// The frames, and ahead of them all blocks but padding, comments and pictures.
+/// The frames, and all blocks before them except padding, comments and pictures.
 bool addFlacSound(AudioRegionReader& file)
 {
     constexpr std::int64_t blockHeader = 4;
@@ -125,14 +131,14 @@ bool addRiffSound(AudioRegionReader& file, bool bigEndian)
         }
         at += chunkHeader + length;
         found = found || (name == soundName && at <= file.size());
-        // Chunks start at even places, except in files of careless writers.
+        // Chunks start at even positions, except in files of careless writers.
         if ((at & 1) != 0 && file.look(at, 1) == ByteVector(1, 0))
             ++at;
     }
     return found;
 }
 
-/// Everything behind the header, in which the tags are.
+/// Everything after the header, which contains all tags.
 bool addAsfSound(AudioRegionReader& file)
 {
     constexpr std::int64_t smallest = 30;

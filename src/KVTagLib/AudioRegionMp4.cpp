@@ -4,6 +4,16 @@
 #include <optional>
 #include <vector>
 
+// The sound of an MP4 file. A file is a row of atoms (size, name, content), some of which contain
+// atoms:
+//
+//   ftyp | moov { mvhd, trak { ... stbl { stsz, stco } }, udta { meta { tags } } } | free | mdat
+//   (sound)
+//
+// Counted are all atoms but padding (free, skip) and the user data of the movie (udta). The tables
+// stco and co64 hold positions of sound from the start of the file. A growing tag changes these, so
+// they are counted as positions inside the atom that they point into.
+
 using TagLib::ByteVector;
 
 namespace KVTagLib
@@ -17,10 +27,11 @@ constexpr std::size_t maxAtoms = 100'000;
 struct Atom
 {
     ByteVector name;
-    std::int64_t start = 0; ///< behind the header
+    std::int64_t start = 0; ///< after the header
     std::int64_t end = 0;   ///< as far as the file reaches
 };
 
+/// The atom at that position within the given end; nothing if its size cannot be right.
 std::optional<Atom> atomAt(AudioRegionReader& file, std::int64_t at, std::int64_t end)
 {
     const ByteVector header = file.look(at, std::min(longAtomHeader, end - at));
@@ -73,7 +84,7 @@ public:
     }
 
 private:
-    /// The tags are in the movie's user data.
+    /// Adds the atoms inside this one; the tags, in moov/udta, are left out.
     void addParts(const Atom& whole)
     {
         for (std::int64_t at = whole.start; at < whole.end && m_file.sound();)
@@ -102,8 +113,8 @@ private:
             m_file.add(part.start, part.end - part.start);
     }
 
-    /// The sound's places are told from the start of the file, which a growing tag changes: what
-    /// must stay is the place within the atom that holds the sound.
+    /// Positions of the sound count from the start of the file, which a growing tag changes. What
+    /// must stay equal is the position inside the atom with the sound.
     void addPositions(const Atom& table, std::int64_t width)
     {
         constexpr std::int64_t tableHeader = 8;
@@ -131,7 +142,7 @@ private:
     }
 
     AudioRegionReader& m_file;
-    std::vector<Atom> m_atoms; ///< the outermost, without padding
+    std::vector<Atom> m_atoms; ///< the top level, without padding
 };
 } // namespace
 

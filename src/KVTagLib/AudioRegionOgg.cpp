@@ -2,6 +2,11 @@
 
 #include <map>
 
+// The sound of an Ogg file. A file is a row of pages of several streams; packets are cut into
+// segments of up to 255 bytes, and a segment of less ends its packet. The second packet of the
+// first stream is the comment. When the comment grows, packets move to other pages and pages get
+// new numbers and checksums, so only the packets count, and of the pages what a player seeks by.
+
 using TagLib::ByteVector;
 
 namespace KVTagLib
@@ -12,8 +17,7 @@ constexpr std::int64_t pageHeader = 27;
 constexpr std::int64_t commentPacket = 1;
 constexpr std::size_t maxStreams = 1000;
 
-/// Every packet of every stream but the comment of the first, whatever pages they lie on. Numbers
-/// and checksums of pages change with the size of the comment.
+/// Adds every packet of every stream except the comment of the first, on whatever pages they are.
 class OggSound
 {
 public:
@@ -39,12 +43,12 @@ public:
 private:
     struct Stream
     {
-        bool first = false; ///< the one with the tags
+        bool first = false; ///< the stream with the tags
         std::int64_t packet = 0;
         std::int64_t page = -1;
     };
 
-    /// Where the next page starts.
+    /// Adds one page; returns where the next one starts.
     std::int64_t addPage(const ByteVector& header, const ByteVector& segments, std::int64_t at)
     {
         const unsigned serial = header.toUInt(14U, false);
@@ -71,8 +75,9 @@ private:
         return at;
     }
 
-    /// The time at the end of the page, whether it starts or ends its stream, and its distance from
-    /// the page before. The pages of the other headers, which have no time, may be made anew.
+    /// Adds what a player seeks by: the time at the end of the page, whether the page starts or
+    /// ends its stream, and the step in page numbers. Pages of headers have no time and may be cut
+    /// differently.
     void addPlace(const ByteVector& header, unsigned serial, std::int64_t step)
     {
         const std::int64_t time = header.toLongLong(6U, false);

@@ -33,11 +33,11 @@ ByteVector AudioRegionReader::look(std::int64_t position, std::int64_t length)
 void AudioRegionReader::fill(std::int64_t position)
 {
     m_blockAt = position;
-    // Whoever wants the start alone wants no more than that from the disk.
+    // A caller who wants only the start of the sound shall not read much more from the disk.
     const std::int64_t wanted = std::clamp(m_left, smallBlockBytes, blockBytes);
     m_block.resize(static_cast<unsigned>(std::min(wanted, m_size - position)));
     unsigned done = 0;
-    // The comparison of a copy with its original is the longest part of a write.
+    // Comparing a copy with its original takes longest in a write, so a stop is checked here too.
     bool going = !WriteStop::isAsked() && m_file.seek(position);
     while (going && done < m_block.size())
     {

@@ -11,8 +11,8 @@
 
 namespace KVTagLib
 {
-/// Looks into a file and adds parts of it to a digest, up to a number of bytes: what goes beyond is
-/// passed over. The first failure stays, see sound().
+/// Reads a file in blocks and adds parts of it to a digest, up to a limit of bytes; more is
+/// ignored. A failure is remembered and ends all further reading: see sound().
 class AudioRegionReader
 {
 public:
@@ -20,17 +20,19 @@ public:
                                std::int64_t limit = std::numeric_limits<std::int64_t>::max());
 
     std::int64_t size() const { return m_size; }
-    /// Fewer bytes than asked for only at the end; none behind a failure.
+    /// The bytes at that position; fewer only at the end of the file or where more than a block
+    /// (256 KiB) is asked for. Empty after a failure.
     TagLib::ByteVector look(std::int64_t position, std::int64_t length);
-    /// What lies there, as far as the file reaches.
+    /// Adds that part of the file, as far as the file reaches.
     void add(std::int64_t position, std::int64_t length);
     void add(const TagLib::ByteVector& bytes);
     void addNumber(std::int64_t number);
 
-    /// Whether all was read and added.
+    /// Whether everything could be read and added so far.
     bool sound() const { return m_sound; }
-    /// Whether the digest takes no more.
+    /// Whether the limit is reached.
     bool isFull() const { return m_left == 0; }
+    /// Ends the digest; to be called once. Meaningless unless sound() is true afterwards.
     std::string digest();
 
 private:
@@ -39,7 +41,7 @@ private:
         void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
     };
 
-    /// Fills the block from there on.
+    /// Reads the block that starts at that position.
     void fill(std::int64_t position);
 
     qo::IFile& m_file;
@@ -51,7 +53,7 @@ private:
     bool m_sound = true;
 };
 
-// The formats whose sound does not lie in one piece.
+// For the formats whose sound is in several pieces. False if the structure is damaged.
 bool addMp4Sound(AudioRegionReader& file);
 bool addOggSound(AudioRegionReader& file);
 } // namespace KVTagLib

@@ -34,8 +34,8 @@ TagLib::ByteVector ByteStream::readBlock(unsigned long length)
         m_exhausted = true;
         return {};
     }
-    // What is larger than a page is mostly a picture or a whole tag: read once, then never again,
-    // so it does not push out pages.
+    // What is larger than a page is mostly a picture or a whole tag, which is read once; it shall
+    // not displace pages.
     const Page* page = wanted <= pageBytes || m_size <= blockBytes ? pageAt(m_position) : nullptr;
     if (page && page->start + page->length >= m_position + wanted)
     {
@@ -53,7 +53,7 @@ TagLib::ByteVector ByteStream::readBlock(unsigned long length)
 
 void ByteStream::seek(long offset, Position from)
 {
-    // Parsers add sizes that a file made up; a place behind the end just reads as empty.
+    // Parsers add sizes that a file states; a position beyond the end reads as empty.
     const long base = from == Beginning ? 0 : from == Current ? m_position : m_size;
     m_position = std::max(0L, base + offset);
 }

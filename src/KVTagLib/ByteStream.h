@@ -9,10 +9,10 @@
 
 namespace KVTagLib
 {
-/// A file as TagLib reads it, for reading only. Keeps the last pages it read, so that the many
-/// small jumps of a parser cost few system calls; a small file is read at once. The work is
-/// bounded: after maxBytes or maxReads the stream looks as if it had ended, whatever a hostile
-/// file makes the parser ask for.
+/// A file as TagLib reads it; writing does nothing. The last four pages of 16 KiB are kept, so that
+/// the many small jumps of a parser cost few system calls; a file of up to 64 KiB is read at once.
+/// The work is bounded: after maxBytes or maxReads the stream looks as if it had ended, whatever a
+/// hostile file makes the parser ask for.
 class ByteStream final : public TagLib::IOStream
 {
 public:
@@ -33,13 +33,13 @@ public:
     long length() override { return m_size; }
     void truncate(long) override {}
 
-    /// Whether the bounds were met: what was parsed may be a part only.
+    /// Whether the limits were reached; what was parsed may then be incomplete.
     bool exhausted() const { return m_exhausted; }
 
 private:
     static constexpr long pageBytes = 16 << 10;
     static constexpr int pageCount = 4;
-    /// Files up to here are one page.
+    /// Files up to this size are read as one page.
     static constexpr long blockBytes = pageBytes * pageCount;
     static constexpr long maxBytes = 160L << 20;
     static constexpr int maxReads = 1'000'000;
@@ -48,7 +48,7 @@ private:
     {
         long start = 0;
         long length = 0;
-        char* bytes = nullptr; ///< a part of the block
+        char* bytes = nullptr; ///< points into m_block
     };
 
     const Page* pageAt(long position);
@@ -57,15 +57,16 @@ private:
     std::unique_ptr<qo::IFile> m_file;
     long m_size = 0;
     long m_position = 0;
-    long m_filePosition = 0;
-    long m_served = 0;
+    long m_filePosition = 0; ///< where the file itself stands
+    long m_served = 0;       ///< bytes given to the parser so far
     int m_reads = 0;
     bool m_exhausted = false;
     std::unique_ptr<char[]> m_block;
     std::array<Page, pageCount> m_pages;
     std::size_t m_nextPage = 0;
 
-    /// Asking the heap for a block for each file costs as much as reading a small one.
+    /// The block of the last stream of this thread, for the next one: allocating 64 KiB for each
+    /// file costs as much as reading a small one.
     static thread_local std::unique_ptr<char[]> s_spareBlock;
 };
 } // namespace KVTagLib

@@ -12,13 +12,14 @@ namespace KVTagLib
 {
 namespace
 {
-/// Sizes that a damaged file made up may be beyond what a position can say.
+/// A size from a damaged file may exceed what a position can hold.
 long positionOf(unsigned long value)
 {
     return static_cast<long>(std::min<unsigned long>(value, std::numeric_limits<long>::max() / 4));
 }
 
-/// An editor that merely saw its writes fail would go on to the end of a long file.
+/// An exception and not a failed write, since an editor would ignore the failure and go on to the
+/// end of a long file.
 class WriteStopped final : public std::exception
 {
 };
@@ -61,6 +62,7 @@ void CopyStream::insert(const TagLib::ByteVector& data, unsigned long start, uns
     const long at = positionOf(start);
     const long size = static_cast<long>(data.size());
     const long end = length();
+    // Example: replacing 10 bytes at 100 by 30 moves everything from 110 on to 130.
     const long replaced = std::min(positionOf(replace), std::max(end - at, 0L));
     moveTail(at + replaced, at + size);
     m_position = at;
@@ -103,7 +105,8 @@ void CopyStream::moveTail(long from, long to)
     {
         checkStop();
         const long part = std::min(blockSize, tail - done);
-        // Growing works from the end, so that nothing is overwritten before it was moved.
+        // When the file grows, the blocks are moved from the last to the first, so that none is
+        // overwritten before it was moved.
         const long offset = to > from ? tail - done - part : done;
         const auto size = static_cast<std::size_t>(part);
         if (m_replacement.readCopy(from + offset, block.get(), size) != part ||

@@ -9,10 +9,11 @@ class FileReplacement;
 
 namespace KVTagLib
 {
-/// The copy of a file that is being changed, as TagLib's editors read and write it. TagLib has no
-/// way to report a write that failed; here the replacement keeps the first error, and nothing is
-/// written once it has one. A write that is to stop ends with an exception, see WriteStop. Stands
-/// in for a FileStream wherever one is asked for, the base's own access to the file is not used.
+/// The copy of a file that is being changed, as TagLib's editors read and write it. TagLib cannot
+/// report a failed write; here the FileReplacement keeps the first error and refuses to write after
+/// it. A write that shall stop ends with an exception (see WriteStop), which the writer catches. It
+/// derives from FileStream since TagLib's editors ask for one; the base class's own file is not
+/// used.
 class CopyStream final : public TagLib::FileStream
 {
 public:
@@ -34,7 +35,7 @@ public:
     void truncate(long length) override;
 
 private:
-    /// Moves what lies from there to the end of the file, to either side.
+    /// Moves everything from one position to the end of the file, forward or backward.
     void moveTail(long from, long to);
 
     qo::FileReplacement& m_replacement;

@@ -8,7 +8,7 @@ namespace KVTagLib
 {
 namespace
 {
-/// Artists are a list of their own and stand apart.
+/// The setter of each field; artists are a list and are handled apart.
 using Setter = void (CTags::*)(const CString&);
 
 constexpr std::pair<Field, Setter> setters[] = {
@@ -67,7 +67,7 @@ bool FileTagsReader::Read(CTags& tags, int maxPictures, int maxPictureSize)
     if (!readAudioFile(m_path, m_format, content, m_error))
         return false;
     fillTexts(content.values, tags);
-    // Without a sound frame TagLib gives zeros, which would pass for a known play time.
+    // Without a sound frame TagLib gives zeros, which would look like a known play time.
     if (content.properties.sampleRate > 0)
     {
         tags.SetTime(content.properties.milliseconds);

@@ -5,7 +5,8 @@
 
 namespace KVTagLib
 {
-/// Reads the tags of a file on disk through TagLib.
+/// The reader that the factory gives out: reads the tags of a file on disk through TagLib. The
+/// extension says which format to expect, but the content decides.
 class FileTagsReader final : public ITagsReader
 {
 public:

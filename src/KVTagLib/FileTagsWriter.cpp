@@ -15,17 +15,22 @@
 #include <optional>
 #include <string>
 
+// Write() reads the file, computes what must change, edits a copy and lets it replace the file.
+// Every step that fails leaves the file as it was, and the copy is removed.
+
 namespace KVTagLib
 {
 namespace
 {
-/// The sound must be the same; the bitrate may be reckoned from the size of the file.
+/// Whether the properties of the sound are equal. The bit rate is left out: it may be computed from
+/// the size of the file.
 bool sameSound(const AudioProperties& a, const AudioProperties& b)
 {
     return a.milliseconds == b.milliseconds && a.sampleRate == b.sampleRate &&
            a.channels == b.channels;
 }
 
+/// The digest of the sound of a file on disk; nothing if it cannot be read.
 std::optional<std::string> digestOf(const CString& path, AudioFormat format)
 {
     int error = 0;
@@ -33,8 +38,8 @@ std::optional<std::string> digestOf(const CString& path, AudioFormat format)
     return file ? digestOfSound(*file, format) : std::nullopt;
 }
 
-/// TagLib throws when memory runs out on a size that a damaged file made up, and the copy when it
-/// is to stop.
+/// An exception comes from TagLib when a damaged file asks for too much memory, and from the copy
+/// when the write shall stop.
 bool editCopy(qo::FileReplacement& copy, AudioFormat format, const TagChanges& changes)
 {
     try
@@ -55,7 +60,8 @@ bool FileTagsWriter::Write(CTags& tags)
     qo::FileInfo info;
     if (const int error = qo::fileSystem().info(m_path, qo::Spelling::exact, info); error != 0)
         return fail(qo::errorText(error));
-    // Reading may fall back to another spelling, writing never: the name was checked above.
+    // Reading may find the file under another spelling of its name, writing must not: info() above
+    // has checked the exact name.
     AudioFileContent before(true);
     if (!readAudioFile(m_path, m_format, before, m_error))
         return false;
@@ -73,7 +79,7 @@ bool FileTagsWriter::Write(CTags& tags)
         m_error = u"the tag cannot be changed without loss";
     const bool good =
         edited && checkCopy(qo::fromSystemPath(replacement.copyPath()), before, changes);
-    // Whatever was cut short has another reason then.
+    // A stop also makes other steps fail; it is the cause to report.
     if (WriteStop::isAsked())
         return fail(u"it was stopped");
     if (!good)
@@ -89,7 +95,7 @@ bool FileTagsWriter::Write(CTags& tags)
     return true;
 }
 
-/// The copy is judged by what a reader makes of it, not by what the editor believes it did.
+/// The copy is checked with a reader, independent of what the editor believes to have written.
 bool FileTagsWriter::checkCopy(const CString& copy,
                                const AudioFileContent& before,
                                const TagChanges& changes)

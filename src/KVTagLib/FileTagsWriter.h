@@ -8,7 +8,11 @@ namespace KVTagLib
 struct AudioFileContent;
 class TagChanges;
 
-/// Writes tags into a file on disk: works on a copy, checks it and lets it take the file's place.
+/// The writer that the factory gives out. It works on a copy, reads that again, and lets it take
+/// the file's place only if nothing but the wanted values changed.
+///
+///   song.mp3 -> copy .qo-XXXXXX -> edit -> read again: values as wanted, digest of the sound equal
+///            -> flush to disk -> rename over song.mp3
 class FileTagsWriter final : public ITagsWriter
 {
 public:
@@ -18,8 +22,9 @@ public:
     CString GetError() const override { return m_error; }
 
 private:
+    /// Whether the copy may take the place of the file; otherwise the error says why not.
     bool checkCopy(const CString& copy, const AudioFileContent& before, const TagChanges& changes);
-    /// Always false.
+    /// Sets the error; always false, so that a caller can return it.
     bool fail(const CString& error);
 
     CString m_path;

@@ -9,6 +9,9 @@
 #include <algorithm>
 #include <vector>
 
+// FlacBlocks loads the metadata blocks of a file (a byte for type and last flag, three bytes for
+// the size, content), changes the comment and the picture, and stores them with enough padding.
+
 using namespace TagLib;
 
 namespace KVTagLib
@@ -18,7 +21,7 @@ namespace
 constexpr unsigned headerBytes = 4;
 constexpr unsigned magicBytes = 4;
 constexpr unsigned maxBlockBytes = (1U << 24) - 1;
-constexpr unsigned long maxBytes = 256UL << 20; ///< of all blocks; more is no sound file's
+constexpr unsigned long maxBytes = 256UL << 20; ///< limit for all blocks: a sound file has less
 constexpr unsigned long searchForMagic = 64 << 10;
 constexpr unsigned newPadding = 4096;
 constexpr char lastFlag = '\x80';
@@ -37,10 +40,11 @@ struct Block
 class FlacBlocks
 {
 public:
-    /// Start is where the first block stands.
+    /// Reads the blocks; start is the position of the first one. False if they are damaged.
     bool load(IOStream& file, long start);
     bool apply(const TagChanges& changes);
-    /// In place of the old blocks; the sound stays where it is while there is padding enough.
+    /// Writes the blocks in the place of the old ones. While the padding is large enough the sound
+    /// is not moved.
     bool store(IOStream& file) const;
 
 private:
@@ -99,7 +103,8 @@ bool FlacBlocks::apply(const TagChanges& changes)
     return true;
 }
 
-/// A reader shows the first front cover, else the first picture, and looks at the blocks first.
+/// Replaces the picture that a reader shows: the first front cover, else the first picture, with
+/// picture blocks before pictures in the comment.
 void FlacBlocks::applyPicture(const ByteVector& content, XiphEditor& xiph)
 {
     Block* shown = nullptr;

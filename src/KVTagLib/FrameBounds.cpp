@@ -13,6 +13,7 @@ bool BoundedFrameFactory::updateFrame(FrameNames::Header* header) const
         m_compressed += header->frameSize();
         if (m_compressed > maxCompressedBytes)
         {
+            // A frame of no size is skipped.
             header->setFrameSize(0);
             return false;
         }

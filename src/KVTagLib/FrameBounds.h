@@ -4,19 +4,21 @@
 #include <taglib/id3v2framefactory.h>
 #include <taglib/tiostream.h>
 
-/// Compressed ID3v2 frames may unfold to a thousand times their size and TagLib sets no limit, so
-/// only so much of them is unfolded in one file.
+/// Compressed ID3v2 frames may unpack to a thousand times their size, and TagLib sets no limit.
+/// Only this many compressed bytes are unpacked for one file; further compressed frames are
+/// skipped.
 namespace KVTagLib
 {
 constexpr unsigned long maxCompressedBytes = 64 << 10;
 
-/// TagLib hides this name from all but the heirs of a frame.
+/// Gives access to a nested type that TagLib declares protected.
 struct FrameNames : TagLib::ID3v2::Frame
 {
     using Header = TagLib::ID3v2::Frame::Header;
 };
 
-/// For the formats whose files take a factory; one for each file.
+/// For the formats whose TagLib classes take a frame factory. One object serves one file, since it
+/// adds up the compressed bytes of that file.
 class BoundedFrameFactory final : public TagLib::ID3v2::FrameFactory
 {
 public:
@@ -29,6 +31,7 @@ private:
     mutable unsigned long m_compressed = 0;
 };
 
-/// For WAV and AIFF, whose files take none: whether a tag among the chunks goes beyond the limit.
+/// For WAV and AIFF, whose TagLib classes take no factory: whether a tag among the chunks exceeds
+/// the limit. Leaves the stream at its start.
 bool hasUnboundedFrames(TagLib::IOStream& stream, bool bigEndian);
 } // namespace KVTagLib

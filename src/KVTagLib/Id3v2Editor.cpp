@@ -14,6 +14,10 @@
 #include <algorithm>
 #include <memory>
 
+// load() takes a tag apart, apply() replaces the frames of changed fields, render() builds the tag.
+// Versions differ: 2.2 has three-letter ids and sizes of 3 bytes; 2.3 plain sizes of 4 bytes; 2.4
+// sizes of four times 7 bits, and encodes single frames instead of the whole tag.
+
 using namespace TagLib;
 
 namespace KVTagLib
@@ -25,10 +29,10 @@ constexpr unsigned sizeAt = 6;
 constexpr char unsynchronised = '\x80';
 constexpr char extendedHeader = '\x40';
 constexpr char experimental = '\x20';
-constexpr char encodedFrame = '\x02'; ///< the same for one frame of the newest version
+constexpr char encodedFrame = '\x02'; ///< in 2.4 for a single frame
 constexpr char footer = '\x10';
 constexpr unsigned roomToGrow = 1024;
-constexpr unsigned maxTagBytes = 1U << 28; ///< what four bytes of seven bits can say
+constexpr unsigned maxTagBytes = 1U << 28; ///< the limit of four times 7 bits
 constexpr unsigned largeCompressedFrame = 64 << 10;
 constexpr char latin1 = 0;
 constexpr char utf16 = 1;
@@ -99,8 +103,8 @@ bool Id3v2Editor::load(const ByteVector& tag)
     const char flags = tag[flagsAt];
     m_experimental = flags & experimental;
     ByteVector data = tag.mid(headerBytes, ID3v2::SynchData::toUInt(tag.mid(sizeAt, 4)));
-    // Older versions guard the tag as a whole against bytes that look like a sound frame; the
-    // newest does so frame by frame and those frames stay as they are.
+    // Versions 2.2 and 2.3 encode the tag as a whole against bytes that look like a sound frame
+    // (unsynchronisation); 2.4 does so for single frames, and those keep their bytes.
     if (m_version < 4 && has(flags, unsynchronised))
         data = ID3v2::SynchData::decode(data);
     if (m_version > 2 && has(flags, extendedHeader))
@@ -112,11 +116,12 @@ bool Id3v2Editor::load(const ByteVector& tag)
         data = data.mid(std::min(skip, data.size()));
     }
     else if (m_version == 2 && has(flags, extendedHeader))
-        return false; // compressed in a way that was never settled
-    // Some writers of the newest version put plain sizes where sizes of seven bits belong.
+        return false; // compressed, in a way that was never defined
+    // Some writers of 2.4 store plain sizes where sizes of 7 bits a byte belong.
     if (!parseFrames(data, m_version == 3) && (m_version != 4 || !parseFrames(data, true)))
         return false;
-    // New frames are not encoded, so the old ones must each say so for themselves.
+    // In 2.4 the flag in the tag's header says that all frames are encoded. New frames are not, so
+    // each old one gets the flag for itself.
     for (Frame& frame : m_frames)
     {
         if (m_version == 4 && has(flags, unsynchronised) &&
@@ -149,7 +154,7 @@ bool Id3v2Editor::parseFrames(const ByteVector& data, bool plainSizes)
         at += size;
         m_frames.push_back(frame);
     }
-    // Only padding may follow: anything else would be a frame that was not understood.
+    // Only padding may follow: anything else is a frame that was not understood.
     return std::all_of(data.begin() + at, data.end(), [](char c) { return c == 0; });
 }
 
@@ -185,7 +190,7 @@ void Id3v2Editor::apply(const TagChanges& changes)
         StringList texts = changes.changed(field, textsOf(idOf(field)));
         if (field == Field::genre)
         {
-            // A further genre may be a number that only the old frame's flags explain.
+            // A further genre may be a number whose meaning only the old frame knew.
             for (String& text : texts)
                 text = tagTextOf(genreName(textOf(text)));
         }
@@ -203,7 +208,7 @@ void Id3v2Editor::apply(const TagChanges& changes)
 
 namespace
 {
-/// TagLib's view of one frame, which knows all flags and encodings; null if it is of another kind.
+/// One frame as TagLib understands it, with all flags and encodings; null if it is of another kind.
 template <class Kind>
 std::unique_ptr<Kind> viewOf(int version, const ByteVector& rendered)
 {
@@ -240,7 +245,7 @@ StringList Id3v2Editor::textsOf(const ByteVector& id) const
 
 ByteVector Id3v2Editor::encode(const StringList& texts, char& encoding) const
 {
-    // Only the newest version knows UTF-8. Latin-1 beyond ASCII is read in various ways.
+    // Only 2.4 knows UTF-8. Latin-1 beyond ASCII is avoided, since programs disagree about it.
     const bool plain =
         std::all_of(texts.begin(), texts.end(), [](const String& text) { return text.isAscii(); });
     encoding = m_version == 4 ? utf8 : plain ? latin1 : utf16;
@@ -264,7 +269,7 @@ void Id3v2Editor::setTexts(const ByteVector& id, const StringList& texts)
 {
     const auto old =
         std::ranges::find_if(m_frames, [&](const Frame& frame) { return frame.id == id; });
-    // New frames come first: some readers give up at a frame they do not understand.
+    // New frames come first: some readers stop at a frame that they do not understand.
     const auto place = old == m_frames.end() ? 0 : old - m_frames.begin();
     remove(id);
     if (texts.isEmpty())
@@ -287,7 +292,7 @@ void Id3v2Editor::setYear(const String& date)
         setTexts("TDRC", date);
         return;
     }
-    // Older versions keep the year and, as "DDMM", the day apart.
+    // Before 2.4 the year and, as "DDMM", the day are frames of their own.
     const int dash = date.find("-");
     setTexts(idOf(Field::year), dash > 0 ? date.substr(0, dash) : date);
     const bool hasDay = dash == yearLength && date.size() >= 10 && date[7] == '-';
@@ -303,7 +308,7 @@ void Id3v2Editor::setLyrics(const TagChanges& changes)
         remove(id);
         return;
     }
-    // The frame that a reader shows gives its language and description to the new one.
+    // The new frame takes language and description from the one that a reader shows.
     ByteVector language("XXX", 3);
     String description;
     auto place = m_frames.begin();
@@ -389,7 +394,7 @@ bool Id3v2Editor::render(ByteVector& tag) const
     }
     if (frames.isEmpty() || frames.size() + headerBytes + roomToGrow >= maxTagBytes)
         return frames.isEmpty();
-    // Staying within the old size leaves the sound where it is in the file.
+    // A tag of the same size leaves the sound where it is in the file.
     const unsigned needed = frames.size() + headerBytes;
     frames.resize((needed <= m_loadedSize ? m_loadedSize : needed + roomToGrow) - headerBytes, 0);
     tag = ByteVector("ID3", 3);

@@ -9,27 +9,37 @@
 
 namespace KVTagLib
 {
-/// An ID3v2 tag as its bytes. TagLib reads these tags well, but when it writes one it drops or
-/// converts frames that its version of the standard does not know; so a changed tag is made here
-/// from the old frames, byte for byte, and the few new ones. The version of the tag stays.
+/// An ID3v2 tag, taken apart into frames that keep their bytes. TagLib reads these tags well, but
+/// when it writes one it drops or converts frames that its version of the standard does not know.
+/// So a changed tag is built here from the old frames, byte for byte, and the few new ones. The
+/// version of the tag stays the same.
+///
+///   A title is changed from "Low" to "Low Tide" in a tag of version 2.4:
+///     before: "ID3" 04 00 00 <size> | TPE1 ... | TIT2 <4> 00 00 03 "Low"      | XYZW ... | zeros
+///     after:  "ID3" 04 00 00 <size> | TPE1 ... | TIT2 <9> 00 00 03 "Low Tide" | XYZW ... | fewer
+///     zeros
+///   The size of the whole tag is the same, so the sound after it does not move. The 03 is the
+///   encoding (UTF-8). A date of 2001-05-03 becomes TDRC "2001-05-03", in version 2.3 TYER "2001"
+///   and TDAT "0305".
 class Id3v2Editor
 {
 public:
     /// An empty tag of that version (2, 3 or 4).
     explicit Id3v2Editor(int majorVersion = 4) : m_version(majorVersion) {}
 
-    /// The size of the tag that starts here, header, padding and footer included; 0 if none does.
+    /// The size of the tag that starts with these bytes, with header, padding and footer; 0 if no
+    /// valid tag header is there. headerBytes are enough.
     static unsigned sizeOf(const TagLib::ByteVector& header);
     static constexpr unsigned headerBytes = 10;
 
-    /// False if the tag cannot be taken apart without loss; the object is then of no use.
+    /// False if the tag cannot be taken apart without loss; the object must not be used then.
     bool load(const TagLib::ByteVector& tag);
     void apply(const TagChanges& changes);
-    /// As large as the tag that was loaded if that is enough, else with some room to grow; empty
-    /// for a tag without frames. False if the tag is larger than can be written.
+    /// Builds the tag: as large as the loaded one if the frames fit in, else with 1 KiB of room to
+    /// grow; empty when there are no frames. False if it would be larger than the format allows.
     bool render(TagLib::ByteVector& tag) const;
 
-    /// How many bytes of compressed frames the tag holds.
+    /// The number of bytes in compressed frames.
     unsigned long compressedBytes() const;
 
 private:
@@ -40,6 +50,8 @@ private:
         TagLib::ByteVector body;
     };
 
+    /// Some writers of version 2.4 store plain sizes where seven bits a byte are required:
+    /// plainSizes reads these. False if the bytes are not frames and padding in that reading.
     bool parseFrames(const TagLib::ByteVector& data, bool plainSizes);
     unsigned frameHeaderBytes() const { return m_version == 2 ? 6 : 10; }
     const char* idOf(Field field) const;
@@ -50,7 +62,7 @@ private:
     void setPicture(const TagLib::ByteVector& content);
     void remove(const TagLib::ByteVector& id);
     TagLib::ByteVector renderFrame(const Frame& frame) const;
-    /// The text with its encoding's terminator between, and the encoding's number.
+    /// The texts in one encoding with its terminator between them; sets the number of the encoding.
     TagLib::ByteVector encode(const TagLib::StringList& texts, char& encoding) const;
 
     int m_version;

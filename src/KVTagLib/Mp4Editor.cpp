@@ -9,6 +9,9 @@
 #include <string_view>
 #include <vector>
 
+// findItemList() and split() read the list of items, ItemList changes it, makeRoom() lets TagLib
+// adjust the file to its new size, and editMp4() runs these steps.
+
 using namespace TagLib;
 
 namespace KVTagLib
@@ -16,17 +19,17 @@ namespace KVTagLib
 namespace
 {
 constexpr unsigned atomHeader = 8;
-constexpr unsigned dataHeader = 16; ///< with type and locale
+constexpr unsigned dataHeader = 16; ///< atom header, type and locale
 constexpr unsigned textType = 1;
 constexpr long maxItemBytes = 128L << 20;
 
 struct Place
 {
-    long start = 0; ///< behind the header
+    long start = 0; ///< after the header
     long length = 0;
 };
 
-/// The content of the named atom among those in the place given.
+/// Finds the named atom among those in that place, and gives the place of its content.
 std::optional<Place> findAtom(FileStream& file, const Place& within, const char* name)
 {
     long at = within.start;
@@ -65,13 +68,13 @@ std::optional<Place> findItemList(FileStream& file)
         if (!place)
             return {};
     }
-    // Version and flags come first, which some writers leave out.
+    // The content of "meta" starts with version and flags, which some writers leave out.
     file.seek(place->start + 4, IOStream::Beginning);
     const long skip = file.readBlock(4) == "hdlr" ? 0 : 4;
     return findAtom(file, {place->start + skip, place->length - skip}, "ilst");
 }
 
-/// Sound in fragments is found by positions that TagLib does not keep up with.
+/// Whether the sound is in fragments, whose positions TagLib does not adjust.
 bool isFragmented(FileStream& file)
 {
     const Place whole{0, file.length()};
@@ -101,7 +104,7 @@ struct Item
     ByteVector content; ///< its atoms
 };
 
-/// False if the bytes are no row of atoms.
+/// Splits bytes into atoms; false if they are not a row of atoms.
 bool split(const ByteVector& bytes, std::vector<Item>& items)
 {
     unsigned at = 0;
@@ -137,7 +140,8 @@ public:
         return texts;
     }
 
-    /// The contents of the item's data atoms, each led by type and locale.
+    /// The contents of the data atoms of all items with that name, each with type and locale at its
+    /// start.
     std::vector<ByteVector> values(const ByteVector& name) const
     {
         std::vector<ByteVector> found;
@@ -155,7 +159,8 @@ public:
         return found;
     }
 
-    /// In the place of the first such item, others of the name go; at the end if it is new.
+    /// Puts the content in the place of the first item with that name and removes the others;
+    /// appends it if there is none. Empty content removes all.
     void set(const ByteVector& name, const ByteVector& content)
     {
         bool placed = content.isEmpty();
@@ -198,7 +203,7 @@ void applyTexts(const TagChanges& changes, ItemList& list)
             content.append(dataAtom(textType, text.data(String::UTF8)));
         list.set(name, content);
         if (field == Field::genre)
-            list.set("gnre", {}); // the same as a number
+            list.set("gnre", {}); // the genre as a number
     }
 }
 
@@ -213,7 +218,7 @@ void applyTrack(const TagChanges& changes, ItemList& list)
         list.set("trkn", {});
         return;
     }
-    // Two bytes that are not used, number, total, and two more.
+    // Two unused bytes, number, total, and two unused bytes.
     ByteVector value(2, 0);
     value.append(ByteVector::fromShort(static_cast<short>(number)));
     value.append(ByteVector::fromShort(static_cast<short>(total)));
@@ -239,8 +244,8 @@ void applyPicture(const TagChanges& changes, ItemList& list)
     list.set("covr", content);
 }
 
-/// Lets TagLib make an item list whose content has that size and what stands in the file agree
-/// with it.
+/// Lets TagLib write an item list of exactly that size, and adjust all sizes and positions in the
+/// file to it.
 bool makeRoom(FileStream& stream, unsigned size)
 {
     MP4::File file(&stream, false);
@@ -250,7 +255,7 @@ bool makeRoom(FileStream& stream, unsigned size)
     const MP4::ItemMap old = tag.itemMap();
     for (const auto& [name, item] : old)
         tag.removeItem(name);
-    // One text of the right length stands in for the whole list.
+    // One text item of the right length takes the place of the whole list.
     constexpr unsigned overhead = atomHeader + dataHeader;
     if (size > overhead)
         tag.setItem("\251cmt", StringList(String(std::string(size - overhead, ' '))));
@@ -280,7 +285,7 @@ bool editMp4(FileStream& file, const TagChanges& changes)
         return false;
     if (bytes.isEmpty())
         return true;
-    // The stand-in must have become exactly as large as what replaces it now.
+    // The list that TagLib wrote must be exactly as large as the one that replaces it now.
     const std::optional<Place> place = findItemList(file);
     if (!place || place->length != static_cast<long>(bytes.size()))
         return false;

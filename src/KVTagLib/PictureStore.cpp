@@ -13,9 +13,9 @@ namespace KVTagLib
 {
 namespace
 {
-constexpr int nameBytes = 20; ///< 160 bits of the digest: 40 digits
+constexpr int nameBytes = 20; ///< 160 bits of the digest, 40 digits
 
-/// The same picture gives the same name in every file, session and machine.
+/// The same picture gets the same name on every file, run and machine.
 CString digestName(const TagLib::ByteVector& content)
 {
     unsigned char digest[EVP_MAX_MD_SIZE];
@@ -72,14 +72,15 @@ CString storePicture(const CString& folder, const TagLib::ByteVector& content)
     path += name;
     path += kind->extension;
 
-    // The name stands for the content, and the size tells a file that a power cut left empty.
+    // The name depends on the content; the size detects a file that a power cut left empty.
     qo::FileInfo info;
     const bool present = qo::fileSystem().info(path, qo::Spelling::exact, info) == 0 &&
                          info.kind == qo::FileKind::regular &&
                          info.size == static_cast<std::int64_t>(content.size());
     if (present)
         return path;
-    // A scan meets thousands of pictures and a lost one can be extracted again: no waiting.
+    // A scan stores thousands of pictures, and a lost one can be extracted again, so nothing waits
+    // for the disk.
     const int error = qo::fileSystem().replaceFile(
         path, content.data(), content.size(), qo::Durability::canBeMadeAgain);
     return error == 0 ? path : CString();

@@ -4,10 +4,10 @@
 
 #include <taglib/tbytevector.h>
 
-/// Pictures inside tags and the files that hold them outside.
+/// Files that hold the pictures of tags: reading them from tags and loading them for tags.
 namespace KVTagLib
 {
-/// Larger pictures are neither extracted nor attached.
+/// Larger pictures (32 MiB) are neither extracted from tags nor written into them.
 constexpr unsigned maxPictureBytes = 32U << 20;
 
 struct PictureKind
@@ -16,13 +16,14 @@ struct PictureKind
     const char16_t* mimeType;
 };
 
-/// By the first bytes; null for what is no picture of a known kind.
+/// The kind of a picture by its first bytes; null if it is none of JPEG, PNG, GIF, WebP, BMP.
 const PictureKind* pictureKindOf(const TagLib::ByteVector& content);
 
-/// Writes the picture into the folder under a name made from its content, unless it is there
-/// already. The path of the file, empty on failure. Files appear complete or not at all.
+/// Writes the picture into the folder, under a name made from a digest of its content, unless it is
+/// there already. Gives the path of the file, or "" on failure. Files appear complete or not at
+/// all, and the same picture of many tracks is one file.
 CString storePicture(const CString& folder, const TagLib::ByteVector& content);
 
-/// The content of a picture file; false if it cannot be read, is too large or of no known kind.
+/// Loads a picture file; false if it cannot be read, is too large or of no known kind.
 bool loadPicture(const CString& path, TagLib::ByteVector& content);
 } // namespace KVTagLib

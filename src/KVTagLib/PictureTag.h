@@ -4,8 +4,8 @@
 
 namespace KVTagLib
 {
-/// One picture of a tag: a file that holds it and what the tag says of it. A plain value; the file
-/// belongs to whoever owns its folder and outlives this object.
+/// One picture of a tag: the file that holds it, and what the tag says about it. A plain value; the
+/// file belongs to the owner of its folder and outlives this object.
 class QO_API CPictureTag
 {
 public:
@@ -16,11 +16,11 @@ public:
     {
     }
 
-    /// In collection form.
+    /// The path of the picture file in collection form.
     CString GetFilePath() const { return m_filePath; }
     bool IsFrontCover() const { return m_frontCover; }
 
-    /// "image/jpeg" and the like, by the picture's content.
+    /// The MIME type, such as "image/jpeg", by the picture's content.
     CString m_mimeType;
 
 private:

@@ -6,6 +6,9 @@
 
 #include <vector>
 
+// ChunkFile gives access to the chunks, InfoList changes the INFO texts of WAV, editId3v2() the
+// ID3v2 chunk, and editRiff() decides which of these must change.
+
 using namespace TagLib;
 
 namespace KVTagLib
@@ -14,7 +17,7 @@ namespace
 {
 constexpr unsigned notFound = ~0U;
 
-/// Opens TagLib's chunk handling, which it keeps to its heirs.
+/// Gives access to TagLib's handling of chunks, which is protected there.
 class ChunkFile final : public RIFF::File
 {
 public:
@@ -58,7 +61,7 @@ public:
     void append(const ByteVector& name, const ByteVector& content) { setChunkData(name, content); }
 };
 
-/// One text of the list as its bytes, so that those that do not change keep their encoding.
+/// One text of the list as bytes, so that texts which do not change keep their encoding.
 struct InfoText
 {
     ByteVector id;
@@ -70,7 +73,7 @@ class InfoList
 public:
     bool load(const ByteVector& content)
     {
-        // Behind the list's own name; each text is padded to an even length.
+        // The texts start after the name of the list; each is padded to an even length.
         unsigned at = 4;
         while (at + 8 <= content.size())
         {
@@ -155,12 +158,12 @@ bool editRiff(FileStream& stream, AudioFormat format, const TagChanges& changes)
     const bool aiff = format == AudioFormat::aiff;
     stream.seek(0, IOStream::Beginning);
     ChunkFile file(stream, aiff);
-    // The sound of a recording that was never closed seems to run past the end of the file: TagLib
-    // then does not know that chunk and would give its place away.
+    // The size of the sound in a recording that was not closed properly seems to exceed the file:
+    // TagLib then does not list that chunk, and would overwrite it.
     if (!file.isValid() || !file.has(aiff ? "SSND" : "data"))
         return false;
     const unsigned info = aiff ? notFound : file.find("LIST", "INFO");
-    // INFO has no place for these.
+    // INFO cannot hold these.
     const bool beyondInfo = changes.picture() || changes.has(Field::lyrics);
     if (info != notFound)
     {

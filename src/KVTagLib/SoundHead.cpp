@@ -10,7 +10,7 @@ namespace
 {
 constexpr std::int64_t headBytes = 64 << 10;
 
-/// The content tells, not the extension, which may change with the name.
+/// By content and not by extension, which may change with the name.
 AudioFormat formatOf(qo::IFile& file, const CString& path)
 {
     char head[64];

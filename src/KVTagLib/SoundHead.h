@@ -8,9 +8,9 @@
 
 namespace KVTagLib
 {
-/// A digest of the first 64 KiB of a file's sound, tags and padding left out, so that it stays the
-/// same when the file is tagged, moved or renamed; of the first 64 KiB of the file when it is no
-/// sound file that can be made out. Empty if the file cannot be read. The same for two files says
-/// that they begin alike, and with an equal size that they are most likely the same.
+/// A digest of the first 64 KiB of a file's sound, without tags and padding, so it stays the same
+/// when the file is tagged, moved or renamed. For a file that is not a recognisable sound file it
+/// is the digest of its first 64 KiB. Empty if the file cannot be read. Equal digests mean that two
+/// files begin with the same sound; with equal sizes as well they are almost certainly the same.
 QO_API std::optional<std::uint64_t> digestOfSoundHead(const CString& path);
 } // namespace KVTagLib

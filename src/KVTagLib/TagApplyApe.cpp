@@ -7,6 +7,9 @@
 
 #include <initializer_list>
 
+// Changes APE tags (Monkey's Audio, WavPack, Musepack, some MP3). An item is a key and a list of
+// texts, or bytes; TagLib writes these without loss.
+
 using namespace TagLib;
 
 namespace KVTagLib
@@ -15,14 +18,15 @@ namespace
 {
 using Names = std::initializer_list<const char*>;
 
-/// Null for an item that is not there.
+/// Null for an item that is missing.
 const APE::Item* itemOf(const APE::Tag& tag, const String& key)
 {
     const auto it = tag.itemListMap().find(key.upper());
     return it == tag.itemListMap().end() ? nullptr : &it->second;
 }
 
-/// Keys do not distinguish case; the spelling that the file has stays.
+/// Sets or removes an item. Keys are compared without regard to case; the spelling in the file
+/// stays.
 void setApe(APE::Tag& tag, const String& key, const StringList& texts)
 {
     const APE::Item* old = itemOf(tag, key);
@@ -48,7 +52,7 @@ void setApe(const TagChanges& changes, Field field, Names names, APE::Tag& tag)
         setApe(tag, *names.begin(), changes.changed(field, {}));
 }
 
-/// The usual form is "3/12" in one item; a file that keeps the total apart goes on doing so.
+/// Usually "3/12" is one item; a file with the total in an item of its own keeps it there.
 void setApeTrack(const TagChanges& changes, APE::Tag& tag)
 {
     for (const char* totalKey : {"TRACKTOTAL", "TOTALTRACKS"})
@@ -67,7 +71,7 @@ void setApeTrack(const TagChanges& changes, APE::Tag& tag)
 
 void setApePicture(const ByteVector& content, APE::Tag& tag)
 {
-    // The shown picture need not be the front cover.
+    // The picture that a reader shows is the front cover or, without one, any other cover.
     constexpr auto front = "Cover Art (Front)";
     String key = front;
     if (!itemOf(tag, front))

@@ -8,14 +8,17 @@
 #include <optional>
 #include <vector>
 
+// Changes the values of Windows Media headers: which attribute holds which field, and how a new
+// list of texts is distributed over the old values.
+
 using namespace TagLib;
 
 namespace KVTagLib
 {
 namespace
 {
-/// Each text takes the place of one that is shown, which may have been a number; pictures and the
-/// like stay.
+/// Puts the texts in the place of the values that a reader shows, which may have been numbers;
+/// pictures and other values under that name stay.
 void setAsf(AsfHeader& header, const String& name, const StringList& texts)
 {
     std::vector<std::optional<AsfValue>> values;
@@ -63,8 +66,8 @@ void setAsfPicture(const ByteVector& content, AsfHeader& header)
     header.setValues("WM/Picture", {values.begin(), values.end()});
 }
 
-/// These two stand in a part of their own with room for one text. Some writers repeat that text
-/// among the attributes, others put the further ones there.
+/// Title and artist stand in the plain description, with room for one text each. Some writers
+/// repeat that text among the attributes, others put only the further texts there.
 void setNamed(const TagChanges& changes, Field field, const String& name, AsfHeader& header)
 {
     const auto place = field == Field::artist ? AsfHeader::Named::artist : AsfHeader::Named::title;
@@ -101,7 +104,7 @@ void apply(const TagChanges& changes, AsfHeader& header)
         if (changes.has(field))
             setAsf(header, name, changes.changed(field, header.texts(name)));
     }
-    // A number becomes a text here, which holds a total as well and every reader takes.
+    // A number is written as a text, which can hold a total too and which every reader accepts.
     if (changes.has(Field::trackNumber))
     {
         const bool apart = !header.texts("TotalTracks").isEmpty();

@@ -7,6 +7,10 @@
 
 #include <algorithm>
 
+// Changes ID3 tags in a file: the ID3v2 tag at its start through Id3v2Editor, and the ID3v1 tag,
+// the last 128 bytes, by patching. ID3v1: "TAG", title 30, artist 30, album 30, year 4, comment 30
+// (whose last two bytes may be a zero and the track number), genre 1.
+
 using namespace TagLib;
 
 namespace KVTagLib
@@ -14,10 +18,11 @@ namespace KVTagLib
 namespace
 {
 constexpr int unknownGenre = 255;
-/// Junk ahead of a tag is rare and short.
+/// Foreign bytes before a tag are rare and few.
 constexpr unsigned long searchForTag = 64 << 10;
 
-/// A field of fixed size, filled with zeros; empty for a text in letters that it does not know.
+/// Writes a text into a field of fixed size, filled with zeros; a text that is not Latin-1 leaves
+/// it empty.
 void patch(ByteVector& tag, unsigned at, unsigned size, const String& text)
 {
     ByteVector bytes = text.isLatin1() ? text.data(String::Latin1).mid(0, size) : ByteVector();
@@ -25,7 +30,7 @@ void patch(ByteVector& tag, unsigned at, unsigned size, const String& text)
     std::copy(bytes.begin(), bytes.end(), tag.begin() + at);
 }
 
-/// Where a text stands in the 128 bytes.
+/// The place of a text in the 128 bytes.
 struct Id3v1Place
 {
     Field field;
@@ -40,9 +45,9 @@ constexpr Id3v1Place id3v1Places[] = {
     {Field::year, 93, 4},
 };
 constexpr unsigned id3v1Bytes = 128;
-constexpr unsigned id3v1ZeroAt = 125; ///< a zero here makes the next byte the track number
+constexpr unsigned id3v1ZeroAt = 125; ///< if this byte is zero the next one is the track number
 constexpr unsigned id3v1GenreAt = 127;
-/// Where the file's tag starts; some files have junk ahead of it. -1 without one.
+/// The start of the file's ID3v2 tag, which may follow foreign bytes; -1 without one.
 long findId3v2(IOStream& file)
 {
     file.seek(0, IOStream::Beginning);
@@ -55,7 +60,7 @@ long findId3v2(IOStream& file)
     return -1;
 }
 
-/// 0 for what is no number or too large.
+/// The track number as a byte; 0 if it is no number or too large.
 int trackByte(const String& number)
 {
     bool isNumber = false;
@@ -63,7 +68,7 @@ int trackByte(const String& number)
     return isNumber && track > 0 && track < 256 ? track : 0;
 }
 
-/// "7", but not "07", which would come back differently.
+/// Whether it comes back as it is: "7" does, "07" does not.
 bool isTrackByte(const String& number)
 {
     return trackByte(number) > 0 && String::number(trackByte(number)) == number;
@@ -120,7 +125,7 @@ void applyToId3v1(const TagChanges& changes, IOStream& file)
     if (changes.has(Field::genre))
         tag[id3v1GenreAt] =
             static_cast<char>(changes.removes(Field::genre) ? unknownGenre : genreNumber(changes));
-    // A comment may reach into the place of the track number.
+    // A comment of 30 letters covers the place of the track number.
     if (changes.has(Field::trackNumber) && tag[id3v1ZeroAt] == 0)
     {
         tag[id3v1ZeroAt + 1] = static_cast<char>(trackByte(changes.trackNumber()));

@@ -7,6 +7,10 @@
 
 #include <algorithm>
 
+// Compares wanted values with those of a file, and later the file as written with what was wanted.
+// Both use the form that a reader shows (comparable()), so a value that only looks different in the
+// tag is no change: a genre "(17)" and "Rock", a track "03" and "3".
+
 namespace KVTagLib
 {
 namespace
@@ -16,19 +20,20 @@ CString trimmed(CString text)
     return text.Trim();
 }
 
-/// The form in which both sides are compared: the kernel trims what it has read.
+/// The form in which both sides are compared: as shown, and trimmed as the kernel trims what it
+/// reads.
 CString comparable(Field field, const CString& text)
 {
     return trimmed(shownText(field, textOf(tagTextOf(text), maxLyricsLength)));
 }
 
-/// The same for a date of which more than the year counts.
+/// The same for a date of which more than the year is compared.
 CString comparableDate(const CString& text)
 {
     return trimmed(textOf(tagTextOf(text)));
 }
 
-/// Whether it says more than a year.
+/// Whether it is more than a year.
 bool isDate(const CString& text)
 {
     return yearPart(text) != text;
@@ -46,7 +51,7 @@ CString rightOfSlash(const CString& text)
     return slash < 0 ? CString() : trimmed(text.Mid(slash + 1));
 }
 
-/// Leading zeros and a zero alone count for nothing, which is how formats with numbers keep them.
+/// Without leading zeros, and "" for zero: formats that store numbers lose them.
 CString asNumber(const CString& part)
 {
     if (!std::ranges::all_of(part.view(), qo::isDigit))
@@ -57,7 +62,8 @@ CString asNumber(const CString& part)
     return part.Mid(zeros);
 }
 
-/// A number handed over without a total leaves the file's total alone.
+/// The wanted track number with the file's total, if the wanted one has none: "4" and "3/12" give
+/// "4/12". A slash at the end says that there shall be no total.
 CString mergedTrack(const CString& wanted, const CString& present)
 {
     const bool alone = !wanted.IsEmpty() && wanted.Find(u'/') < 0;
@@ -65,8 +71,8 @@ CString mergedTrack(const CString& wanted, const CString& present)
     return asNumber(total).IsEmpty() ? leftOfSlash(wanted) : leftOfSlash(wanted) + u'/' + total;
 }
 
-/// Whether the file holds what was wanted, as far as formats differ in spelling it. A total
-/// without a number finds no place in some; nobody is shown it anyway.
+/// Whether the file has the wanted number, as far as formats differ in spelling it. Some formats
+/// cannot hold a total without a number; such a total is never shown, so it is not compared.
 bool sameTrack(const CString& wanted, const CString& found)
 {
     const CString number = asNumber(leftOfSlash(wanted));
@@ -93,8 +99,8 @@ TagChanges::TagChanges(const CTags& wanted, const TagValues& present)
         if ((wanted.*getter)(text))
             compare(field, text, present);
     }
-    // An unedited picture comes back as the path of its extracted file. When that file is gone the
-    // embedded picture must not go with it, so what cannot be loaded changes nothing.
+    // An unchanged picture comes back as the path of its extracted file. If that file is gone, the
+    // embedded picture must stay, so a picture that cannot be loaded changes nothing.
     CPictureTag picture;
     TagLib::ByteVector content;
     if (!wanted.GetPicture(0, picture) || !loadPicture(picture.GetFilePath(), content))
@@ -112,7 +118,7 @@ void TagChanges::compareArtists(const CTags& wanted, const TagValues& present)
     compare(Field::artist, first, present);
     if (wanted.GetArtists().GetSize() < 2)
         return;
-    // More than one name is a statement on the whole list.
+    // More than one artist describes the whole list.
     TagLib::StringList all;
     for (const CString& artist : wanted.GetArtists())
     {
@@ -185,7 +191,7 @@ TagLib::String TagChanges::trackTotal() const
 
 bool TagChanges::fulfilledBy(const TagValues& before, const TagValues& after) const
 {
-    // All fields are looked at: a field that was not to change must not have changed either.
+    // All fields are compared: a field that should not change must be as before.
     for (int i = 0; i < fieldCount; ++i)
     {
         const auto field = static_cast<Field>(i);

@@ -10,33 +10,44 @@
 
 namespace KVTagLib
 {
-/// What a writer has to change in a file, and nothing more.
+/// The difference between what is wanted and what a file's tags say: all that a writer has to
+/// change.
 class TagChanges
 {
 public:
-    /// Compares what is wanted with what the file says.
+    /// Compares the wanted values with those in the file. Values that are equal in the form a
+    /// reader shows are no change.
+    ///
+    ///   File: artists Ann, Bob; track 3/12; date 2001-05-03.
+    ///     wanted artist "Ann", year "2001"   nothing to change
+    ///     wanted track "4"                   text "4/12": the total stays
+    ///     wanted track "4/"                  text "4", removesTrackTotal()
+    ///     wanted artist "Eve"                changed() gives Eve, Bob: the shown one is replaced
     TagChanges(const CTags& wanted, const TagValues& present);
 
     bool empty() const;
     bool has(Field field) const { return text(field).has_value(); }
     bool removes(Field field) const { return has(field) && text(field)->IsEmpty(); }
-    /// The new text, empty to remove the field; a track number with its total.
+    /// The new text; "" to remove the field; no value where nothing changes. A track number has its
+    /// total.
     const std::optional<CString>& text(Field field) const
     {
         return m_texts[static_cast<int>(field)];
     }
     const std::optional<TagLib::ByteVector>& picture() const { return m_picture; }
 
-    /// A field's list of values after the change: the one that was shown is replaced, the others
-    /// stay. Several artists handed over replace them all. Empty: remove the field.
+    /// The list of values of a field after the change: the value that readers show is replaced and
+    /// the others stay. Several wanted artists replace all. An empty list removes the field.
     TagLib::StringList changed(Field field, const TagLib::StringList& old) const;
-    /// The track number's two parts, empty for one that there is not: "/12" has only a total.
+    /// The two parts of the new track number, "" for a part that is missing: "/12" has a total
+    /// only.
     TagLib::String trackNumber() const;
     TagLib::String trackTotal() const;
-    /// Whether a total that the file keeps by itself goes: "3/" says so, "3" does not.
+    /// Whether a total that the file has in a field of its own is removed: "3/" says so, "3" does
+    /// not.
     bool removesTrackTotal() const { return m_removesTrackTotal || removes(Field::trackNumber); }
 
-    /// Whether the file, read again, says what was wanted and else what it said before.
+    /// Whether a file that is read again has the wanted values, and all others as before.
     bool fulfilledBy(const TagValues& before, const TagValues& after) const;
 
 private:
@@ -47,6 +58,6 @@ private:
     std::array<std::optional<CString>, fieldCount> m_texts;
     bool m_removesTrackTotal = false;
     std::optional<TagLib::ByteVector> m_picture;
-    TagLib::StringList m_allArtists; ///< when several were handed over
+    TagLib::StringList m_allArtists; ///< filled when more than one artist is wanted
 };
 } // namespace KVTagLib

@@ -23,7 +23,7 @@ bool isLowSurrogate(char16_t c)
     return (c & 0xFC00) == 0xDC00;
 }
 
-/// Replaces what no other program could read back.
+/// Replaces lone surrogates, which are not valid UTF-16 and could not be written as UTF-8.
 void mendSurrogates(char16_t* text, int length)
 {
     for (int i = 0; i < length; ++i)
@@ -48,7 +48,7 @@ CString textOf(const TagLib::String& text, int maxLength)
     bool surrogates = false;
     for (auto it = text.begin(); length < wanted && *it != 0; ++it)
     {
-        // TagLib keeps one UTF-16 unit in each of its characters.
+        // TagLib stores one UTF-16 unit in each of its wide characters.
         buffer[length] = static_cast<char16_t>(*it);
         surrogates = surrogates || (buffer[length] & 0xF800) == 0xD800;
         ++length;
@@ -76,12 +76,12 @@ CString genreName(const CString& text)
     const std::size_t end = bracketed ? view.find(u')') : view.size();
     const std::u16string_view number =
         end == view.npos ? std::u16string_view() : view.substr(bracketed, end - bracketed);
-    // No table goes beyond three digits; longer ones are somebody's name for a genre.
+    // Genre tables end below 1000; a longer number is a genre that somebody named so.
     const bool isNumber =
         !number.empty() && number.size() <= 3 && std::ranges::all_of(number, qo::isDigit);
     if (!isNumber)
         return text;
-    // Some write the name behind the number: "(17)Rock".
+    // Some writers add the name: "(17)Rock".
     if (bracketed && end + 1 < view.size() && view[end + 1] != u'(')
         return CString(view.substr(end + 1));
     const TagLib::String name = TagLib::ID3v1::genre(qo::textToInt(number));

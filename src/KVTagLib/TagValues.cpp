@@ -7,7 +7,7 @@ namespace KVTagLib
 {
 namespace
 {
-/// A hostile file may name millions of either.
+/// Limits for hostile files, which may have millions of either.
 constexpr std::size_t maxPictures = 64;
 constexpr std::size_t maxArtists = 64;
 
@@ -74,7 +74,8 @@ void TagValues::offerPicture(const TagLib::ByteVector& content, bool frontCover)
 
 CString shownText(Field field, const CString& text)
 {
-    // Cut first, so that a written text and one that was read are cut alike and compare equal.
+    // Cut first, so that a text to be written and one that was read are cut in the same way and
+    // compare equal.
     CString shown = text.Left(lengthLimit(field));
     if (field == Field::genre)
         return genreName(shown.Trim());

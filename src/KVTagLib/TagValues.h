@@ -45,6 +45,7 @@ namespace KVTagLib
 {
 class AsfHeader;
 
+/// The texts that are read from and written into tags.
 enum class Field : std::uint8_t
 {
     artist,
@@ -57,14 +58,18 @@ enum class Field : std::uint8_t
 };
 constexpr int fieldCount = 7;
 
+/// A picture inside a tag.
 struct EmbeddedPicture
 {
     TagLib::ByteVector content;
     bool frontCover;
 };
 
-/// What the tags of one file say together. The first tag that offers a text which is not blank
-/// settles a field; the tags are therefore offered best first.
+/// What the tags of one file say together. Tags are offered best first, and the first text for a
+/// field that is not blank decides.
+///
+///   MP3 with an ID3v2 tag (title "Low Tide", no year) and an ID3v1 tag (title "Low Ti", year
+///   1999): title "Low Tide", year "1999".
 class TagValues
 {
 public:
@@ -72,21 +77,25 @@ public:
 
     bool has(Field field) const { return !value(field).IsEmpty(); }
     const CString& value(Field field) const { return m_values[static_cast<int>(field)]; }
-    /// The whole date of which the year is shown.
+    /// The complete date ("2001-05-03") of which value() gives the year.
     const CString& date() const { return m_date; }
-    /// Artists behind the first one.
+    /// The artists after the first one.
     const std::vector<CString>& furtherArtists() const { return m_furtherArtists; }
-    /// In the order of the file.
+    /// All usable pictures in the order of the file.
     const std::vector<EmbeddedPicture>& pictures() const { return m_pictures; }
-    /// The first front cover, else the first picture; null without any.
+    /// The picture that a reader shows: the first front cover, else the first picture; null without
+    /// any.
     const EmbeddedPicture* chosenPicture() const;
     bool wantsPictures() const { return m_withPictures; }
 
-    /// Blank texts count for nothing. The text is brought into the form that the house shows.
+    /// Offers a text for a field. Blank texts are ignored. The text is converted to the form that
+    /// is shown: a genre as a name, a date as a year.
     void offer(Field field, const TagLib::String& text) { offerText(field, text); }
-    /// The first text of the list that is not blank; for artists, all of them.
+    /// Offers a list: its first text that is not blank counts; for artists all of them.
     void offer(Field field, const TagLib::StringList& texts);
+    /// Offers a track number and a total from two fields.
     void offerTrack(const TagLib::String& number, const TagLib::String& total);
+    /// Ignores pictures that are too large or of no known kind.
     void offerPicture(const TagLib::ByteVector& content, bool frontCover);
 
 private:
@@ -99,9 +108,10 @@ private:
     bool m_withPictures;
 };
 
-/// The form in which a reader gives this text, which is what a writer compares with.
+/// The form in which a reader shows this text; a writer compares in this form.
 CString shownText(Field field, const CString& text);
 
+/// Each offers everything that one kind of tag holds.
 void collect(const TagLib::ID3v2::Tag& tag, TagValues& values);
 void collect(const TagLib::ID3v1::Tag& tag, TagValues& values);
 void collect(const TagLib::APE::Tag& tag, TagValues& values);

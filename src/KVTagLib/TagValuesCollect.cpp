@@ -14,13 +14,16 @@
 #include <taglib/unsynchronizedlyricsframe.h>
 #include <taglib/xiphcomment.h>
 
+// Which frame, item or field of each kind of tag holds which value. Where several names are in use
+// for one thing, the more usual one is asked first.
+
 using namespace TagLib;
 
 namespace KVTagLib
 {
 namespace
 {
-/// Texts of all frames with that id, in order.
+/// The texts of all frames with that id, in order.
 StringList frameTexts(const ID3v2::Tag& tag, const char* id)
 {
     StringList texts;
@@ -32,7 +35,7 @@ StringList frameTexts(const ID3v2::Tag& tag, const char* id)
     return texts;
 }
 
-/// The first key that is there with a text.
+/// The texts of the first key that has any.
 template <class Map>
 StringList firstOf(const Map& map, std::initializer_list<const char*> keys)
 {
@@ -72,7 +75,7 @@ String trackOf(const MP4::Tag& tag)
     const auto it = tag.itemMap().find("trkn");
     if (it == tag.itemMap().end())
         return {};
-    // Zero stands for unknown in both places.
+    // Zero means unknown for number and total.
     const auto [number, total] = it->second.toIntPair();
     if (number <= 0)
         return {};
@@ -88,7 +91,7 @@ void collect(const ID3v2::Tag& tag, TagValues& values)
     values.offer(Field::title, frameTexts(tag, "TIT2"));
     values.offer(Field::genre, frameTexts(tag, "TCON"));
     values.offer(Field::trackNumber, frameTexts(tag, "TRCK"));
-    // TagLib gives the year of older versions under the name of the newest.
+    // TagLib converts the year of older versions to this frame.
     values.offer(Field::year, frameTexts(tag, "TDRC"));
     for (const ID3v2::Frame* frame : tag.frameList("USLT"))
     {
@@ -178,8 +181,8 @@ void collect(const MP4::Tag& tag, TagValues& values)
 
 void collect(const AsfHeader& header, TagValues& values)
 {
-    // The first artist has a place of its own; the others stand among the attributes, where some
-    // writers repeat the first.
+    // The first artist is in the plain description; the others are attributes, where some writers
+    // repeat the first one.
     StringList artists = header.texts("Author");
     const String first = header.named(AsfHeader::Named::artist);
     if (!first.isEmpty() && (artists.isEmpty() || artists.front() != first))

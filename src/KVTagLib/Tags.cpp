@@ -31,7 +31,7 @@ void CTags::AddArtist(const CString& artist, bool first)
 bool CTags::AddPicture(const CString& path)
 {
     TagLib::ByteVector content;
-    // Looking now tells the caller at once; the writer loads the file again when it compares.
+    // Loaded now so that the caller learns of a failure; the writer loads it again to compare.
     if (path.IsEmpty() || !loadPicture(path, content))
         return false;
     m_pictures.Add(CPictureTag(path, pictureKindOf(content)->mimeType, true));

@@ -10,11 +10,11 @@
 namespace KVTagLib
 {
 /// What a tag holds, or what a writer shall put into one: each item is either absent or a text,
-/// which may be empty. A getter returns false and leaves its output alone for an absent item. Not
-/// for several threads at once.
+/// which may be empty. A getter returns false and leaves its output unchanged for an absent item.
+/// Must not be used by several threads at once.
 ///
-/// A reader fills in what the file has. A writer takes every item that is set as the wanted value
-/// (empty: remove it) and leaves absent items alone.
+/// A reader sets the items that the file has. A writer takes every item that is set as the wanted
+/// value ("" removes it) and leaves absent items as they are in the file.
 class QO_API CTags
 {
 public:
@@ -24,7 +24,7 @@ public:
     explicit CTags(const CString& pictureDir) : m_pictureDir(pictureDir) {}
     ~CTags() = default;
 
-    /// The first artist whose name is not empty. With empty names only, the empty name.
+    /// The first artist whose name is not empty; "" if all names are; false without any artist.
     bool GetFirstValidArtist(CString& artist) const;
     bool GetAlbum(CString& album) const { return get(Album, album); }
     bool GetTitle(CString& title) const { return get(Title, title); }
@@ -32,12 +32,12 @@ public:
     bool GetGenre(CString& genre) const { return get(Genre, genre); }
     /// "3", or "3/12" when the file names a total.
     bool GetTrackNumber(CString& number) const { return get(TrackNumber, number); }
-    /// The year part of the date as the file spells it: what stands left of the first '-'.
+    /// The year part of the date as the file has it: the part left of the first '-'.
     bool GetYear(CString& year) const { return get(Year, year); }
     bool GetLyrics(CString& lyrics) const { return get(Lyrics, lyrics); }
     const CStringArray& GetArtists() const { return m_artists; }
 
-    /// Behind the artists that are there, or with first ahead of them.
+    /// Appends the artist, or inserts it before the others.
     void AddArtist(const CString& artist, bool first);
     void SetAlbum(const CString& album) { set(Album, album); }
     void SetTitle(const CString& title) { set(Title, title); }
@@ -54,12 +54,12 @@ public:
     int GetPictureCount() const { return m_pictures.GetSize(); }
     /// False for an index out of range. A front cover comes first.
     bool GetPicture(int index, CPictureTag& picture) const;
-    /// Replaces the array's content; whether there is a picture.
+    /// Replaces the array's content; false if there is no picture.
     bool GetPictures(CArray<CPictureTag>& pictures) const;
 
-    /// Milliseconds.
+    /// The play time in milliseconds; false when it is not known.
     bool GetTime(int& time) const;
-    /// Kilobits per second.
+    /// The bit rate in kilobits per second; false when it is not known.
     bool GetBitrate(int& bitrate) const;
     void SetTime(int time) { m_time = time; }
     void SetBitrate(int bitrate) { m_bitrate = bitrate; }

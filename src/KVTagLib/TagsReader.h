@@ -5,19 +5,20 @@
 
 namespace KVTagLib
 {
-/// Reads the tags of one file. The caller of the factory deletes it.
+/// Reads the tags of one file. Made by CTagsReaderFactory; the caller deletes it. One object must
+/// not be used by two threads, but several objects may be.
 class QO_API ITagsReader
 {
 public:
     virtual ~ITagsReader();
 
-    /// Fills in what the file says. maxPictures and maxPictureSize (bytes) bound the extraction of
-    /// pictures, -1 leaves it to the house's own bounds. Never throws and never blocks on a pipe;
-    /// the work is bounded whatever the file holds. False when the file cannot be read or is not
-    /// of a known format: tags is then unchanged and GetError() tells the cause.
+    /// Sets in tags what the file has. maxPictures and maxPictureSize (bytes) limit the extraction
+    /// of pictures; -1 applies the library's own limits. Never throws, never blocks on a pipe, and
+    /// does a bounded amount of work whatever the file holds. False when the file cannot be read or
+    /// is not of a known format: tags is then unchanged, and GetError() gives the cause.
     virtual bool Read(CTags& tags, int maxPictures, int maxPictureSize) = 0;
 
-    /// One sentence on the last failure, without the path; empty after success.
+    /// One sentence about the last failure, without the path; "" after success.
     virtual CString GetError() const = 0;
 };
 } // namespace KVTagLib

@@ -5,6 +5,7 @@
 
 namespace KVTagLib
 {
+/// Makes readers for files.
 class QO_API CTagsReaderFactory
 {
 public:

@@ -5,6 +5,7 @@
 
 namespace KVTagLib
 {
+/// Makes writers for files.
 class QO_API CTagsWriterFactory
 {
 public:

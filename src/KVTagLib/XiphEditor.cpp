@@ -16,12 +16,13 @@ namespace
 {
 constexpr bool littleEndian = false;
 constexpr unsigned sizeBytes = 4;
-/// Far more than any real comment has.
+/// More than any real comment has: limits the work for a hostile file.
 constexpr unsigned maxEntries = 1U << 16;
 constexpr const char* pictureBlock = "METADATA_BLOCK_PICTURE";
 constexpr const char* bareImage = "COVERART";
 
-/// Without regard to case, in which only ASCII letters count.
+/// Whether the entry has that name, which is given in upper case; only ASCII letters have a case
+/// here.
 bool hasName(const ByteVector& entry, std::string_view name)
 {
     const auto upper = [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; };
@@ -37,7 +38,8 @@ ByteVector valueOf(const ByteVector& entry)
     return entry.mid(static_cast<unsigned>(entry.find('=')) + 1);
 }
 
-/// The picture block that the entry holds or stands for; empty if it holds none.
+/// The FLAC picture block of an entry: decoded, or built around a bare image; empty if the entry
+/// has no picture.
 ByteVector blockOf(const ByteVector& entry)
 {
     if (hasName(entry, pictureBlock))
@@ -153,7 +155,7 @@ void XiphEditor::set(const TagChanges& changes, Field field, Names names)
         auto oldText = old.begin();
         for (const String& text : texts)
         {
-            // A text that stays need not be readable.
+            // A text that stays is not written again: its bytes may not be valid UTF-8.
             if (done >= entries.size())
                 add(name, text.data(String::UTF8));
             else if (*oldText++ != text)
@@ -190,7 +192,7 @@ bool XiphEditor::setExisting(Names names, const String& text)
     return none;
 }
 
-/// Number and total are two fields by custom; "3/12" in one field stays one field.
+/// By custom number and total are two fields; a file with "3/12" in one field keeps it so.
 void XiphEditor::setTrack(const TagChanges& changes)
 {
     const Names numbers = {"TRACKNUMBER", "TRACKNUM"};
@@ -258,7 +260,7 @@ ByteVector changedPicture(const ByteVector& old, const ByteVector& content)
     picture.setType(FLAC::Picture::FrontCover);
     picture.setMimeType(tagTextOf(pictureKindOf(content)->mimeType));
     picture.setData(content);
-    // Unknown, which the format allows.
+    // Zero means unknown.
     picture.setWidth(0);
     picture.setHeight(0);
     picture.setColorDepth(0);

@@ -9,22 +9,28 @@
 
 namespace KVTagLib
 {
-/// A Vorbis comment as its bytes. TagLib drops the entries that it cannot read when it writes a
-/// comment, and orders the others anew; here the entries that do not change stay as they are.
+/// A Vorbis comment (the tag of FLAC, Ogg Vorbis, Opus and Speex), taken apart into entries that
+/// keep their bytes. TagLib drops entries that it cannot read when it writes a comment, and sorts
+/// the others; here the entries that do not change stay as they are.
+///
+///   <length> vendor | <count> | <length> "title=Low" | <length> "ARTIST=Ann" | rest
+///   After a change of the title: the same with <length> "title=Low Tide"; the name keeps its
+///   spelling. A second "ARTIST=" entry is a second artist, and "METADATA_BLOCK_PICTURE=" holds a
+///   picture in Base64.
 class XiphEditor
 {
 public:
-    /// False if the comment cannot be taken apart; the object is then of no use.
+    /// False if the comment cannot be taken apart; the object must not be used then.
     bool load(const TagLib::ByteVector& comment);
-    /// The texts alone.
+    /// Changes the texts; a picture is changed by setPicture().
     void apply(const TagChanges& changes);
-    /// What followed the entries still does.
+    /// The bytes of the comment, with whatever followed the entries in the loaded one.
     TagLib::ByteVector render() const;
 
-    /// The entry with the picture that a reader shows, and whether that is a front cover; -1
-    /// without any.
+    /// The index of the entry with the picture that a reader shows, and whether that is a front
+    /// cover; -1 without a picture.
     int shownPicture(bool& front) const;
-    /// Puts the picture into that entry, for -1 into a new one.
+    /// Replaces the picture of that entry, or adds an entry for -1.
     void setPicture(int index, const TagLib::ByteVector& content);
 
 private:
@@ -32,14 +38,14 @@ private:
 
     std::vector<std::size_t> entriesOf(Names names) const;
     TagLib::StringList textsOf(const std::vector<std::size_t>& entries) const;
-    /// Keeps the spelling of the name.
+    /// Changes the text of an entry and keeps the spelling of its name.
     void setText(std::size_t index, const TagLib::String& text);
     void add(const char* name, const TagLib::ByteVector& value);
     void remove(const std::vector<std::size_t>& entries);
-    /// The names under which the same thing is kept: all that are there change, and without any
-    /// the first name is made.
+    /// Changes a field that is known by several names ("DATE", "YEAR"): all entries with any of
+    /// these names are changed, and if there are none, one with the first name is added.
     void set(const TagChanges& changes, Field field, Names names);
-    /// One text under each of the names that are there; true if none is.
+    /// Sets one text under each of the names that are present; true if none is.
     bool setExisting(Names names, const TagLib::String& text);
     void setTrack(const TagChanges& changes);
 
@@ -48,8 +54,8 @@ private:
     TagLib::ByteVector m_rest;
 };
 
-/// A picture block with this content and, unless it is empty, the description of an old one.
+/// A FLAC picture block with this content and, unless it is empty, the description of an old block.
 TagLib::ByteVector changedPicture(const TagLib::ByteVector& old, const TagLib::ByteVector& content);
-/// Whether a reader shows something of this picture block.
+/// Whether a reader shows this picture block; sets whether it is a front cover.
 bool isShownPicture(const TagLib::ByteVector& block, bool& front);
 } // namespace KVTagLib
