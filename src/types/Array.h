@@ -5,9 +5,12 @@
 
 #include <memory>
 
-/// The growable array below all lists of the house: value semantics, int indexes, insertion and
-/// removal anywhere in O(log n) (see qo::ChunkedStore). An index outside the array is a fault of
-/// the caller. A reference into the array ends with its next change.
+/// The growable array that all lists of the library are built on: value semantics, int indexes,
+/// insertion and removal anywhere in O(log n) (see qo::ChunkedStore). An index outside of the array
+/// is a programming error and is not checked. References and iterators are valid until the array's
+/// next change. Several threads may read at once; a writer must be alone. A failed allocation
+/// throws std::bad_alloc and leaves the array as it was, but for the calls that add several
+/// elements, which keep those already added.
 template <class T, class ARG = const T&>
 class CArray
 {
@@ -37,7 +40,7 @@ public:
     const T& operator[](int index) const noexcept { return ElementAt(index); }
 
     void SetAt(int index, ARG value) { ElementAt(index) = value; }
-    /// Grows with default elements up to the index when it lies behind the end.
+    /// Sets an element; an index beyond the end first adds default elements up to there.
     void SetAtGrow(int index, ARG value)
     {
         T copy(value);
@@ -47,7 +50,7 @@ public:
             SetSize(index + 1);
         ElementAt(index) = std::move(copy);
     }
-    /// Cuts off, or adds default elements.
+    /// Removes elements at the end, or adds default elements.
     void SetSize(int size)
     {
         while (GetSize() < size)
@@ -62,7 +65,7 @@ public:
         m_store.append(T(value));
         return GetUpperBound();
     }
-    /// Returns the index of the first element that came in.
+    /// Appends all elements of another array; returns the index of the first of them.
     int Append(const CArray& other)
     {
         const int first = GetSize();
@@ -74,6 +77,7 @@ public:
     }
     void Copy(const CArray& other) { *this = other; }
 
+    /// Inserts copies of the value before that index; beyond the end default elements fill the gap.
     void InsertAt(int index, ARG value, int count = 1)
     {
         T copy(value);
@@ -90,7 +94,7 @@ public:
         m_store.erase(static_cast<std::size_t>(index), static_cast<std::size_t>(count));
     }
     void RemoveAll() { m_store.clear(); }
-    /// Gives back memory that no element uses.
+    /// Releases memory that no element uses.
     void FreeExtra() { m_store.trim(); }
 
     iterator begin() noexcept { return {&m_store, 0}; }
@@ -99,8 +103,8 @@ public:
     const_iterator end() const noexcept { return {&m_store, GetSize()}; }
 
 protected:
-    /// See qo::ChunkedStore::note(). All heirs for one type of element keep the same kind of note,
-    /// as an array may be moved into another.
+    /// See qo::ChunkedStore::note(). All derived classes for one element type must keep the same
+    /// kind of note, since one array may be moved into another.
     std::unique_ptr<qo::RowNote>* note() const noexcept { return m_store.note(); }
 
 private:

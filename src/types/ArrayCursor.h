@@ -7,8 +7,9 @@
 
 namespace qo
 {
-/// Walks a ChunkedStore. It keeps the run of neighbours it stands in, so that a step is a pointer's
-/// increment and one comparison. Ends with the store's next change.
+/// A random-access iterator over a ChunkedStore. It remembers the run of contiguous elements that
+/// it stands in, so that a step is the increment of a pointer and one comparison. Valid until the
+/// store's next change.
 template <class Store, class Value>
 class ArrayCursor
 {
@@ -80,6 +81,7 @@ private:
     {
         return static_cast<int>(m_run.firstIndex) + static_cast<int>(m_at - m_run.begin);
     }
+    /// Finds the run of that index; an index at or beyond the end gives the end position.
     void seek(int index) noexcept
     {
         const auto wanted = static_cast<std::size_t>(index);
@@ -89,7 +91,7 @@ private:
     }
 
     Store* m_store = nullptr;
-    Value* m_at = nullptr; ///< null behind the last element
+    Value* m_at = nullptr; ///< null at the end
     Run m_run;
 };
 } // namespace qo

@@ -15,8 +15,8 @@ bool testBit(const std::uint8_t* bits, char16_t c)
     return (bits[c >> 3] >> (c & 7)) & 1;
 }
 
-/// How many units at the beginning are the same, up to a multiple of a word; the rest is left to
-/// the caller. Paths share long beginnings.
+/// How many units at the beginning are equal, rounded down to a multiple of 4; the caller compares
+/// the rest. Paths share long beginnings, which are so compared by words.
 std::size_t equalUnits(const char16_t* a, const char16_t* b, std::size_t count)
 {
     constexpr std::size_t step = sizeof(std::uint64_t) / sizeof(char16_t);
@@ -89,6 +89,7 @@ int compareNoCase(std::u16string_view a, std::u16string_view b) noexcept
 
 std::size_t hashNoCase(std::u16string_view text) noexcept
 {
+    // FNV-1a over the folded units.
     std::uint64_t hash = 0xcbf29ce484222325U;
     for (const char16_t c : text)
         hash = (hash ^ lowerTable[c]) * 0x100000001b3U;

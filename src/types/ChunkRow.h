@@ -12,7 +12,8 @@
 
 namespace qo
 {
-/// What the owner of a long sequence keeps with it.
+/// Base class of what the owner of a long sequence attaches to it, such as an index; see
+/// ChunkedStore::note().
 class RowNote
 {
 public:
@@ -22,16 +23,22 @@ public:
     virtual ~RowNote() = default;
 };
 
-/// The long form of a ChunkedStore: a row of chunks of fixed capacity, with a Fenwick tree over
-/// their sizes. Reading by index remembers the last chunk, so that neighbours are found without a
-/// search. Several threads may read at once; a writer must be alone.
+/// The long form of a ChunkedStore: a row of chunks of fixed capacity, with prefix sums over their
+/// sizes. Reading by index remembers the last chunk, so that neighbours are found without a search.
+/// Several threads may read at once; a writer must be alone.
+///
+///   Capacity 4, elements a to i:    [a b c d] [e f g h] [i . . .]     sizes 4, 4, 1
+///   insert X before c:  the chunk is full, and so is its neighbour: it is split
+///                                   [a b X .] [c d . .] [e f g h] [i . . .]
+///   append:             the last chunk is filled completely before a new one is made
+///   erase e, f, g:      a chunk at a quarter of its capacity joins a neighbour: [h i . .]
 template <class T>
 class ChunkRow
 {
 public:
     using Block = RawBlock<T>;
 
-    /// Takes the block over, which must be full. No row has less than one chunk.
+    /// Takes over a block, which must be full, as the first chunk. A row always has a chunk.
     ChunkRow(const Block& first, std::size_t capacity) : m_capacity(capacity)
     {
         m_chunks.push_back(first);
@@ -48,9 +55,10 @@ public:
 
     std::size_t count() const noexcept { return m_chunks.size(); }
     const Block& chunk(std::size_t c) const noexcept { return m_chunks[c]; }
-    /// Takes the only chunk out; the row then only waits for its end.
+    /// Takes the only chunk out; nothing but the destructor may be called afterwards.
     Block takeOnly() noexcept { return std::exchange(m_chunks[0], Block()); }
 
+    /// The element of that index, which must exist. Tries the chunk that was read last first.
     T* locate(std::size_t index) const noexcept
     {
         const std::uint64_t hint = m_hint.load(std::memory_order_relaxed);
@@ -65,10 +73,11 @@ public:
         return m_chunks[c].data + offset;
     }
 
-    /// The chunk that holds the element of that index, which becomes its place within.
+    /// The chunk that holds the element of that index. On return index is the position in the
+    /// chunk.
     std::size_t find(std::size_t& index) const noexcept { return m_sums.find(index); }
 
-    /// Strong guarantee.
+    /// If it throws, nothing has changed; so too with insert().
     void append(T&& value)
     {
         std::size_t c = m_chunks.size() - 1;
@@ -80,7 +89,7 @@ public:
     {
         std::size_t offset = index;
         std::size_t c = 0;
-        // A place between two chunks belongs to the end of the earlier one.
+        // A position between two chunks is taken as the end of the earlier one.
         if (index > 0)
         {
             offset = index - 1;
@@ -98,7 +107,7 @@ public:
         return taken;
     }
 
-    std::unique_ptr<RowNote> note; ///< null, or the owner's
+    std::unique_ptr<RowNote> note; ///< null, or what the owner attached
 
 private:
     void insertAt(std::size_t c, std::size_t offset, T&& value)
@@ -110,21 +119,21 @@ private:
         m_sums.add(c, 1);
     }
 
-    /// Never allocates: makeRoom() has seen to the capacity.
+    /// Does not allocate: makeRoom() has reserved the capacity.
     void rebuildSums() noexcept
     {
         m_sums.rebuild(m_chunks.size(), [this](std::size_t c) { return m_chunks[c].count; });
     }
 
-    /// The chunk is full: gives a part to a neighbour, starts a new one behind it, or splits it.
-    /// Both arguments then name the place of the insertion again.
+    /// Makes room in a full chunk: gives elements to a neighbour, starts a new chunk at the end, or
+    /// splits it. Afterwards both arguments name the position of the insertion again.
     void makeRoom(std::size_t& c, std::size_t& offset)
     {
-        // Appending fills chunks to the brim; insertion elsewhere spreads over the neighbours.
+        // Appending fills chunks completely; insertion elsewhere makes use of the neighbours' room.
         const bool atEnd = c + 1 == m_chunks.size() && offset == m_chunks[c].count;
         if (!atEnd && (giveToNext(c, offset) || giveToPrevious(c, offset)))
             return;
-        // Room for twice as many at a time, so that both vectors stay cheap to extend.
+        // Doubles the room, so that extending both vectors stays cheap.
         if (m_chunks.size() == m_chunks.capacity())
             m_chunks.reserve(m_chunks.size() * 2);
         m_sums.reserve(m_chunks.capacity());
@@ -136,7 +145,7 @@ private:
         goOn(c, offset, atEnd);
     }
 
-    /// A place past a chunk that has become shorter is one of the next.
+    /// Moves a position that lies beyond its chunk to the next one.
     void goOn(std::size_t& c, std::size_t& offset, bool force = false) const noexcept
     {
         if (offset <= m_chunks[c].count && !force)
@@ -145,7 +154,8 @@ private:
         ++c;
     }
 
-    /// How many to give away so that both have as many; 0 if it would not last.
+    /// How many elements to give away so that both chunks are equally full; 0 if the neighbour has
+    /// so little room that it would be full again soon.
     std::size_t share(std::size_t neighbour) const noexcept
     {
         const std::size_t room = m_capacity - m_chunks[neighbour].count;
@@ -207,11 +217,12 @@ private:
         rebuildSums();
     }
 
-    std::vector<Block> m_chunks; ///< none is empty unless it is the only one
+    std::vector<Block> m_chunks; ///< none is empty, unless it is the only one
     PrefixSums m_sums;           ///< over their counts
     std::size_t m_capacity;
-    /// Number of the chunk read last and the index of its first element, in the upper and lower
-    /// half; relaxed, since every value that was ever stored since the last change is right.
+    /// The number of the chunk that was read last, in the upper half, and the index of its first
+    /// element, in the lower half. Relaxed, since any value stored since the last change is
+    /// correct.
     mutable std::atomic<std::uint64_t> m_hint{0};
 };
 } // namespace qo

@@ -2,7 +2,7 @@
 
 #include <mutex>
 
-/// A lock that its owner may take again.
+/// A recursive lock: a thread that holds it may lock it again and must unlock it as often.
 class CCriticalSection
 {
 public:
@@ -13,7 +13,7 @@ public:
     void Lock() { m_mutex.lock(); }
     void Unlock() { m_mutex.unlock(); }
 
-    /// The standard spelling, so that std::lock_guard takes it: qo::Guard guard(section);
+    /// The names that std::lock_guard needs; see qo::Guard.
     void lock() { Lock(); }
     void unlock() { Unlock(); }
 
@@ -23,5 +23,6 @@ private:
 
 namespace qo
 {
+/// Holds the lock for a scope: qo::Guard guard(section);
 using Guard = std::lock_guard<CCriticalSection>;
-}
+} // namespace qo

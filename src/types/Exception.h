@@ -12,10 +12,11 @@ public:
     CException& operator=(const CException&) = default;
     virtual ~CException();
 
-    /// Copies the message with its closing zero into a buffer of maxError units, cut to fit; false
-    /// when there is none.
+    /// Copies the message with its closing zero into a buffer of maxError units, cut if longer;
+    /// false when there is no message. helpContext is set to 0.
     virtual bool
     GetErrorMessage(char16_t* error, unsigned maxError, unsigned* helpContext = nullptr) const;
 
+    /// Destroys the object; the pointer is invalid afterwards.
     void Delete() { delete this; }
 };

@@ -1,4 +1,4 @@
 #pragma once
 
-/// Marks what the shared library shows to its users; everything else stays hidden.
+/// Exports a class or function from the shared library; everything else stays hidden.
 #define QO_API __attribute__((visibility("default")))

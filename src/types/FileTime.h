@@ -2,7 +2,8 @@
 
 #include <cstdint>
 
-/// Ticks of 100 nanoseconds since 1601-01-01 00:00 UTC, in two halves. All zero means "no time".
+/// A time as the number of ticks of 100 nanoseconds since 1601-01-01 00:00 UTC, in two halves of 32
+/// bits. All zero means "no time".
 struct FILETIME
 {
     std::uint32_t dwLowDateTime = 0;
@@ -12,7 +13,7 @@ struct FILETIME
 namespace qo
 {
 constexpr std::int64_t ticksPerSecond = 10'000'000;
-/// 1970-01-01 in ticks.
+/// 1970-01-01 00:00 UTC in ticks.
 constexpr std::int64_t unixEpochTicks = 116'444'736'000'000'000;
 
 constexpr std::int64_t toTicks(const FILETIME& time) noexcept
@@ -26,13 +27,14 @@ constexpr FILETIME fromTicks(std::int64_t ticks) noexcept
     return {static_cast<std::uint32_t>(bits), static_cast<std::uint32_t>(bits >> 32)};
 }
 
-/// Seconds since 1970, negative before, and nanoseconds of 0 to 999,999,999 behind them.
+/// Seconds since 1970, which may be negative, and nanoseconds (0 to 999,999,999) to be added. Less
+/// than a tick is cut off.
 constexpr FILETIME fromUnixTime(std::int64_t seconds, std::int64_t nanoseconds) noexcept
 {
     return fromTicks(unixEpochTicks + seconds * ticksPerSecond + nanoseconds / 100);
 }
 
-/// Whole seconds since 1970, rounded down.
+/// Whole seconds since 1970, rounded down, so a time before 1970 is negative.
 constexpr std::int64_t toUnixSeconds(const FILETIME& time) noexcept
 {
     const std::int64_t ticks = toTicks(time) - unixEpochTicks;

@@ -8,11 +8,15 @@
 #include <cmath>
 #include <string>
 
+// parse() reads one directive, print...() write one argument of a kind by it, and formatTo() walks
+// the format. Nothing here uses the C library's formatting: it depends on the locale and takes "%s"
+// for bytes.
+
 namespace qo
 {
 namespace
 {
-// Width and precision come from fixed texts, but a wild one must not fill the memory.
+// Formats are fixed texts, but a wrong width or precision must not fill the memory.
 constexpr int maxWidth = 4096;
 constexpr int defaultPrecision = 6;
 
@@ -26,7 +30,7 @@ struct Directive
     int width = 0;
     int precision = -1;
     char16_t type = 0;
-    const char16_t* end = nullptr; ///< behind the type, or where parsing gave up
+    const char16_t* end = nullptr; ///< after the type, or where the format ended
 };
 
 int parseNumber(const char16_t*& p)
@@ -99,7 +103,7 @@ Directive parse(const char16_t* p)
     return d;
 }
 
-/// Writes sign or prefix and body into the field that the directive asks for.
+/// Writes a sign or prefix and the body into a field of the directive's width.
 void pad(CString& out,
          const Directive& d,
          std::u16string_view front,

@@ -9,7 +9,8 @@
 
 namespace qo
 {
-/// One argument of a format, captured with its type; texts are borrowed for the call.
+/// One argument of a format with its type. Texts are borrowed and must live until formatTo()
+/// returns.
 class QO_API FormatArg
 {
 public:
@@ -60,7 +61,7 @@ public:
     Kind kind() const noexcept { return m_kind; }
     bool isInteger() const noexcept;
     bool isNegative() const noexcept;
-    /// The value as an unsigned number of its own width: -1 of an int is 0xFFFFFFFF.
+    /// The value as an unsigned number of its own width: -1 as an int is 0xFFFFFFFF.
     std::uint64_t unsignedValue() const noexcept;
     std::int64_t signedValue() const noexcept { return static_cast<std::int64_t>(m_value.integer); }
     double real() const noexcept { return m_value.real; }
@@ -77,11 +78,15 @@ private:
     } m_value{};
 };
 
-/// Appends the format to the text, each directive filled from the arguments in order: %s %c %d %i
-/// %u %x %X %p %f %% with the flags "-", "0", "+", blank and "#", a width, a precision and the
-/// size words h, l, ll, I64 and I32, which are read and passed over, since an argument knows its
-/// own width. %f prints with a point whatever the locale. A directive that is unknown prints
-/// itself and takes no argument; one whose argument is missing or of the wrong kind prints itself.
+/// Appends the format to the text, with each directive filled from the arguments in order. Known
+/// are %s %c %d %i %u %x %X %p %f %% with the flags "-", "0", "+", blank and "#", a width, a
+/// precision, and the size words h, l, ll, I64 and I32. These are skipped, since an argument knows
+/// its own width. %f prints a point whatever the locale. An unknown directive prints itself and
+/// takes no argument; so does one whose argument is missing. One with an argument of the wrong kind
+/// prints itself and skips the argument.
+///
+///   formatTo(out, u"%d files, %5.1f MB, %s", {3, 2.25, u"done"}) appends "3 files,   2.2 MB,
+///   done".
 QO_API void
 formatTo(CString& out, const char16_t* format, const FormatArg* args, std::size_t count);
 } // namespace qo

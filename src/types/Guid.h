@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-/// A 128-bit id; all zero is the null id.
+/// A 128-bit id; all zero is the null id, which no object has.
 struct GUID
 {
     std::uint32_t Data1 = 0;
@@ -18,9 +18,9 @@ struct GUID
 
 namespace qo
 {
-/// Lower case, without braces: "00112233-4455-6677-8899-aabbccddeeff".
+/// The text form, in lower case and without braces: "00112233-4455-6677-8899-aabbccddeeff".
 QO_API CString guidToText(const GUID& id);
 
-/// Reads that form in either case; anything else gives false and the null id.
+/// Reads that form in upper or lower case; for any other text false and the null id.
 QO_API bool guidFromText(const CString& text, GUID& id);
 } // namespace qo

@@ -4,8 +4,9 @@
 
 #include <utility>
 
-/// A doubly linked list with value semantics. Positions stay good while other elements come and
-/// go. Calls that take an element from the list need one there: an empty list is a caller's fault.
+/// A doubly linked list with value semantics. A position stays valid while other elements are added
+/// and removed. Calls that need an element (GetHead, RemoveTail, GetAt) must not be made on an
+/// empty list or with a null position; that is not checked.
 template <class T, class ARG = const T&>
 class CList
 {
@@ -32,7 +33,7 @@ public:
     T& GetAt(POSITION position) noexcept { return toNode(position)->value; }
     const T& GetAt(POSITION position) const noexcept { return toNode(position)->value; }
     void SetAt(POSITION position, ARG value) { toNode(position)->value = value; }
-    /// Returns the element at the position and moves the position on; null behind the last.
+    /// Returns the element at the position and advances the position; null after the last.
     T& GetNext(POSITION& position) noexcept { return step(position, &Node::next); }
     const T& GetNext(POSITION& position) const noexcept { return step(position, &Node::next); }
     T& GetPrev(POSITION& position) noexcept { return step(position, &Node::prev); }
@@ -68,7 +69,7 @@ public:
         m_count = 0;
     }
 
-    /// First equal element from the head, or behind the given position; null if there is none.
+    /// The first equal element from the head, or after the given position; null if there is none.
     POSITION Find(ARG value, POSITION after = nullptr) const
     {
         Node* node = after ? toNode(after)->next : m_head;

@@ -9,13 +9,13 @@
 
 namespace qo
 {
-/// How a map finds its keys; texts are compared exactly.
+/// How a map hashes its keys; texts are compared exactly.
 template <class K>
 struct MapKey
 {
     static std::size_t hash(const K& key) noexcept
     {
-        // Neighbours stay together: ids are mostly used in their order.
+        // Consecutive numbers stay close together in memory: ids are mostly used in their order.
         if constexpr (std::is_integral_v<K> || std::is_enum_v<K>)
             return (static_cast<std::size_t>(key) / 8 * 0x9E3779B97F4A7C15U >> 16) +
                    static_cast<std::size_t>(key) % 8;
@@ -26,8 +26,8 @@ struct MapKey
 } // namespace qo
 
 /// A hash map with value semantics. It grows with its content, whatever size it was started with.
-/// The order of a walk is free but stays the same while the map does not change; the element that
-/// was reported last may be removed during a walk.
+/// The order of a walk is arbitrary but the same until the map changes; during a walk only the
+/// element that was reported last may be removed. No locks.
 template <class K, class V>
 class CMap
 {
@@ -63,14 +63,14 @@ public:
     int GetCount() const noexcept { return m_count; }
     bool IsEmpty() const noexcept { return m_count == 0; }
 
-    /// Number of buckets to start with; only for an empty map.
+    /// The number of buckets to start with; only for an empty map.
     void InitHashTable(unsigned buckets)
     {
         m_bucketCount = buckets;
         m_buckets = buckets ? std::make_unique<Node*[]>(buckets) : nullptr;
     }
 
-    /// False leaves the value as it was.
+    /// Copies the value of the key; false, with value unchanged, if there is none.
     bool Lookup(const K& key, V& value) const
     {
         const V* found = PLookup(key);
@@ -78,13 +78,13 @@ public:
             value = *found;
         return found != nullptr;
     }
-    /// The stored value, or null.
+    /// The stored value, or null; valid until that key is removed.
     const V* PLookup(const K& key) const
     {
         const Node* node = find(key);
         return node ? &node->value : nullptr;
     }
-    /// The value under the key, a new default one if there was none.
+    /// The value of the key; a new default value if there was none.
     V& operator[](const K& key)
     {
         Node* node = find(key);
@@ -92,6 +92,7 @@ public:
     }
     void SetAt(const K& key, const V& value) { (*this)[key] = value; }
 
+    /// False if the key is not there.
     bool RemoveKey(const K& key)
     {
         if (m_count == 0)
@@ -117,12 +118,12 @@ public:
         m_count = 0;
     }
 
-    /// Null for an empty map.
+    /// The start of a walk; null for an empty map.
     POSITION GetStartPosition() const noexcept
     {
         return toPosition(m_count ? firstFrom(0) : nullptr);
     }
-    /// Gives the pair at the position and moves on; null behind the last.
+    /// Gives the pair at the position and advances the position; null after the last.
     void GetNextAssoc(POSITION& position, K& key, V& value) const
     {
         const Node* node = reinterpret_cast<const Node*>(position);
@@ -148,6 +149,7 @@ private:
     {
         return static_cast<unsigned>(qo::MapKey<K>::hash(key) % m_bucketCount);
     }
+    /// The first element in this bucket or a later one; null if there is none.
     const Node* firstFrom(unsigned bucket) const noexcept
     {
         while (bucket < m_bucketCount && !m_buckets[bucket])

@@ -22,11 +22,11 @@ const UNormalizer2& composer()
 
 bool isPlain(std::u16string_view text)
 {
-    // Below the first combining mark nothing composes.
+    // Below the first combining mark (U+0300) nothing can be composed.
     return std::all_of(text.begin(), text.end(), [](char16_t c) { return c < 0x300; });
 }
 
-/// Whether a new character begins there, and not a mark of the one before.
+/// Whether a character begins there, and not a mark that belongs to the one before.
 bool isStart(const CString& text, int at)
 {
     UChar32 c = 0;
@@ -66,7 +66,8 @@ int wholeCharacters(const CString& text, int limit)
         --end;
     if (end > 0 || limit <= 0)
         return end;
-    // All of it is one character: its marks may go, half a surrogate pair may not stay.
+    // All of it is one character. Its marks may be cut off, but half a surrogate pair must not
+    // stay.
     return limit > 0 && U16_IS_TRAIL(text[limit]) && U16_IS_LEAD(text[limit - 1]) ? limit - 1
                                                                                   : limit;
 }

@@ -2,14 +2,16 @@
 
 #include "types/String.h"
 
-/// Unicode has several ways to write one text. Safe from any thread.
+/// Unicode can write one text in several ways: "é" is one unit, or "e" and a combining accent.
+/// Everything here may be called from any thread.
 namespace qo
 {
-/// The composed form (NFC), in which texts that look alike for that reason alone are equal. Lone
-/// surrogates stay as they are.
+/// The composed form (NFC), in which texts that differ only in that way are equal. Lone surrogates
+/// stay as they are.
 QO_API CString toNfc(const CString& text);
 
-/// How many units at the start of the text, at most limit, can stand without the rest: nothing that
-/// makes one character with its marks is taken apart, unless one alone is longer than that.
+/// Where to cut a text: the largest number of units, at most limit, that does not take a character
+/// apart from its combining marks. A single character that is longer than limit is cut, but not
+/// within a surrogate pair.
 QO_API int wholeCharacters(const CString& text, int limit);
 } // namespace qo

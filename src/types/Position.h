@@ -1,5 +1,5 @@
 #pragma once
 
-/// A place in a CList or CMap; null is no place. It is good until its element is removed.
+/// A position in a CList or CMap; null is no position. It is valid until its element is removed.
 struct PositionTag;
 using POSITION = PositionTag*;

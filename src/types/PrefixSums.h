@@ -7,14 +7,18 @@
 
 namespace qo
 {
-/// A Fenwick tree over the sizes of a row of parts: which part holds the n-th element, in O(log n).
+/// A Fenwick tree over the sizes of a row of parts. It finds the part that holds the n-th element,
+/// and changes a size, in O(log n).
+///
+///   Sizes 3, 1, 4, 2: the tree holds 3, 3+1, 4, 3+1+4+2. find(5) goes past the first two parts (4
+///   elements) and stops before the third: part 2, position 1 in it.
 class PrefixSums
 {
 public:
-    /// So many parts will fit without an allocation.
+    /// Makes room for that many parts, so that rebuild() does not allocate.
     void reserve(std::size_t parts) { m_sums.reserve(parts + 1); }
 
-    /// Starts anew; sizeOf(i) gives the size of part i. Allocates only beyond what is reserved.
+    /// Replaces all sizes; sizeOf(i) gives that of part i. Allocates only beyond what is reserved.
     template <class SizeOf>
     void rebuild(std::size_t parts, SizeOf sizeOf)
     {
@@ -28,13 +32,14 @@ public:
         }
     }
 
+    /// Changes the size of one part.
     void add(std::size_t part, std::ptrdiff_t by) noexcept
     {
         for (std::size_t i = part + 1; i < m_sums.size(); i += lowBit(i))
             m_sums[i] = static_cast<std::uint32_t>(static_cast<std::ptrdiff_t>(m_sums[i]) + by);
     }
 
-    /// The size of all parts ahead of that one.
+    /// The sum of the sizes of all parts before that one.
     std::size_t before(std::size_t part) const noexcept
     {
         std::size_t size = 0;
@@ -43,7 +48,7 @@ public:
         return size;
     }
 
-    /// The part that holds the element of that index, which becomes its place within the part.
+    /// The part that holds the element of that index. On return index is the position in the part.
     std::size_t find(std::size_t& index) const noexcept
     {
         std::size_t part = 0;
@@ -61,6 +66,6 @@ public:
 private:
     static std::size_t lowBit(std::size_t i) noexcept { return i & (~i + 1); }
 
-    std::vector<std::uint32_t> m_sums; ///< from index 1 on
+    std::vector<std::uint32_t> m_sums; ///< index 0 is not used
 };
 } // namespace qo

@@ -11,8 +11,9 @@
 
 namespace qo
 {
-/// Elements side by side in memory of their own, with room behind them. A plain record: whoever
-/// holds it calls release() in the end. Elements must move without throwing.
+/// Elements in one block of memory with room after them. A plain record without a destructor: its
+/// holder must call release(). Elements must be movable without exceptions. Offsets and room are
+/// not checked.
 template <class T>
 struct RawBlock
 {
@@ -28,7 +29,7 @@ struct RawBlock
         return block;
     }
 
-    /// Ends the elements and gives back the memory.
+    /// Destroys the elements and frees the memory.
     void release() noexcept
     {
         std::destroy_n(data, count);
@@ -54,7 +55,7 @@ struct RawBlock
         return taken;
     }
 
-    /// Moves the elements from there on behind those of another block that has room for them.
+    /// Moves the elements from an offset on to the end of another block, which must have the room.
     void moveTail(std::size_t from, RawBlock& to) noexcept
     {
         const std::size_t number = count - from;
@@ -63,7 +64,7 @@ struct RawBlock
         count = static_cast<std::uint32_t>(from);
     }
 
-    /// Likewise ahead of those of the other block.
+    /// The same to the front of the other block.
     void moveTailAhead(std::size_t from, RawBlock& to) noexcept
     {
         const std::size_t number = count - from;
@@ -73,7 +74,8 @@ struct RawBlock
         count = static_cast<std::uint32_t>(from);
     }
 
-    /// Moves so many from the front behind those of another block that has room for them.
+    /// Moves that many elements from the front to the end of another block, which must have the
+    /// room.
     void moveHead(std::size_t number, RawBlock& to) noexcept
     {
         relocate(data, number, to.data + to.count);
@@ -83,7 +85,7 @@ struct RawBlock
     }
 
 private:
-    /// Moves elements into raw memory, which may overlap, and ends the old ones.
+    /// Moves elements into raw memory, which may overlap with theirs, and destroys the old ones.
     static void relocate(T* from, std::size_t number, T* to) noexcept
     {
         if constexpr (IsRelocatable<T>::value)

@@ -10,8 +10,8 @@ class shared_ptr;
 
 namespace qo
 {
-/// True for types whose objects may be moved to another address by copying their bytes, without a
-/// constructor or destructor running. Containers of such types shift their elements with memmove.
+/// True for types whose objects may be moved to another address by copying their bytes, without
+/// calling a constructor or destructor. Containers of such types shift their elements with memmove.
 template <class T>
 struct IsRelocatable : std::is_trivially_copyable<T>
 {

@@ -6,6 +6,11 @@
 #include <limits>
 #include <new>
 
+// The buffer: a Header with reference count, length and capacity, and the text directly after it.
+// m_text points to the text, header() steps back from it. All empty texts share s_empty, which is
+// never counted. own() is called before every write: it copies the buffer unless this object is its
+// only user and it is large enough.
+
 namespace
 {
 constexpr int maxLength = std::numeric_limits<int>::max() / 4;
@@ -90,7 +95,7 @@ CString& CString::operator=(CString&& other) noexcept
 
 CString& CString::operator=(const char16_t* text)
 {
-    // The text may lie in our own buffer: build first, then swap.
+    // The text may be a part of this buffer: copy first, then swap.
     CString fresh(text);
     return *this = std::move(fresh);
 }
@@ -159,7 +164,7 @@ CString& CString::append(std::u16string_view text)
     if (text.size() > static_cast<std::size_t>(maxLength - length))
         throw std::bad_alloc();
     const int total = length + static_cast<int>(text.size());
-    // A text out of our own buffer must outlive the buffer's replacement.
+    // A text that is a part of this buffer must outlive the buffer.
     CString keep;
     if (text.data() >= m_text && text.data() <= m_text + length)
         keep = *this;

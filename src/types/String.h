@@ -12,12 +12,13 @@
 #include <utility>
 
 /// A UTF-16 text with value semantics: one pointer to a shared, reference-counted buffer that is
-/// copied only when a sharer writes. Copying costs one atomic increment, an empty text allocates
-/// nothing. The text is zero-terminated; it may hold further zeros only through the forms that
-/// take a length. Indexes and lengths count UTF-16 units. One object must not be written by one
-/// thread while another uses it; two objects that share a buffer are independent.
+/// copied when one of its sharers writes. Copying costs one atomic increment; an empty text
+/// allocates nothing. The text is zero-terminated and contains further zeros only if it was made
+/// with a length. Indexes and lengths count UTF-16 units. One object must not be written by one
+/// thread while another thread uses it; two objects that share a buffer are independent of each
+/// other.
 ///
-/// A failed allocation throws std::bad_alloc.
+/// A failed allocation throws std::bad_alloc and leaves the text as it was.
 class QO_API CString
 {
 public:
@@ -47,7 +48,7 @@ public:
         return {m_text, static_cast<std::size_t>(GetLength())};
     }
 
-    /// The index must lie in 0 to length - 1; the one behind the end reads the closing zero.
+    /// The index must be from 0 to the length; at the length it reads the closing zero.
     char16_t GetAt(int index) const noexcept { return m_text[index]; }
     char16_t operator[](int index) const noexcept { return m_text[index]; }
     void SetAt(int index, char16_t c);
@@ -62,27 +63,27 @@ public:
 
     int Compare(const char16_t* other) const noexcept;
     int Compare(const CString& other) const noexcept;
-    /// The house's comparison of names, see qo::compareNoCase.
+    /// The comparison of names without regard to case, see qo::compareNoCase.
     int CompareNoCase(const char16_t* other) const noexcept;
     int CompareNoCase(const CString& other) const noexcept;
 
-    /// Parts outside the text are cut off; a negative start counts as 0.
+    /// Parts outside of the text are cut off; a negative start counts as 0.
     CString Mid(int first) const { return Mid(first, GetLength()); }
     CString Mid(int first, int count) const;
     CString Left(int count) const { return Mid(0, count); }
     CString Right(int count) const;
 
-    /// Index of the first hit at or behind start, or -1.
+    /// The index of the first match at start or after it, or -1.
     int Find(char16_t c, int start = 0) const noexcept;
     int Find(const char16_t* text, int start = 0) const noexcept;
     int ReverseFind(char16_t c) const noexcept;
     int FindOneOf(const char16_t* set) const noexcept;
 
-    /// Each returns how many units or places it changed.
+    /// Each returns how many matches it replaced or removed.
     int Replace(char16_t from, char16_t to);
     int Replace(const char16_t* from, const char16_t* to);
     int Remove(char16_t c);
-    /// Returns the new length.
+    /// Each returns the new length. An index beyond the end is the end.
     int Insert(int index, const char16_t* text);
     int Delete(int index, int count = 1);
 
@@ -109,8 +110,8 @@ public:
         append(tail.view());
     }
 
-    /// A buffer for at least that many units that the caller fills; ReleaseBuffer must follow, with
-    /// the length or -1 to look for the closing zero.
+    /// A buffer for at least that many units, which the caller fills. ReleaseBuffer() must follow,
+    /// with the length, or -1 to search for the closing zero.
     char16_t* GetBuffer(int minLength);
     void ReleaseBuffer(int length = -1);
 
@@ -147,7 +148,7 @@ private:
         if (text != emptyText() && header(text)->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
             destroy(text);
     }
-    /// Makes the buffer this object's own with room for that many units, keeping the text.
+    /// Makes the buffer this object's own, with room for that many units, and keeps the text.
     void own(int capacity);
     void setLength(int length) noexcept;
     void assign(std::u16string_view text);
@@ -184,7 +185,7 @@ inline bool operator!=(const char16_t* a, const CString& b) noexcept
 {
     return !(b == a);
 }
-/// By units. All four orders are here, so that none falls back to comparing addresses.
+/// Compares by units. With this operator none of < > <= >= falls back to comparing addresses.
 inline std::strong_ordering operator<=>(const CString& a, const CString& b) noexcept
 {
     return a.view() <=> b.view();

@@ -8,12 +8,13 @@
 
 namespace qo
 {
-/// Gives equal texts one buffer: the artist that stands in a thousand rows is kept once. Owned by
-/// whoever reads a run of rows; the texts outlive it. Not for several threads at once.
+/// Gives equal texts one common buffer, so that an artist who is in a thousand rows is stored once.
+/// Made for reading a series of rows; the texts outlive it. Must not be used by several threads at
+/// once.
 class TextPool
 {
 public:
-    /// A null or empty text gives the empty text.
+    /// The text with a shared buffer; "" for null.
     CString intern(const char16_t* text)
     {
         if (!text || !*text)
@@ -37,8 +38,8 @@ private:
         return ((text.front() * std::size_t(7) + middle) * 13 + text.back() + text.size()) % slots;
     }
 
-    /// Not noexcept, which makes the set keep each text's hash: a look-up passes over the others in
-    /// a bucket without reading them.
+    /// Not noexcept on purpose: the set then stores the hash of each text, and a look-up skips the
+    /// other texts of a bucket without reading them.
     struct Hash
     {
         using is_transparent = void;
@@ -62,6 +63,6 @@ private:
         bool operator()(const CString& a, const CString& b) const noexcept { return a == b; }
     };
     std::unordered_set<CString, Hash, Equal> m_texts;
-    std::array<CString, slots> m_recent; ///< track numbers and years come again and again
+    std::array<CString, slots> m_recent; ///< the last text of each slot: the same few return often
 };
 } // namespace qo

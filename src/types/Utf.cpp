@@ -13,7 +13,7 @@ constexpr UChar32 replacement = 0xFFFD;
 
 std::int32_t checkedSize(std::size_t size)
 {
-    // UTF-8 needs up to three bytes a unit; keep every product within 32 bits.
+    // UTF-8 needs up to three bytes for a unit; all products must fit into 32 bits.
     if (size > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max() / 4))
         throw std::bad_alloc();
     return static_cast<std::int32_t>(size);

@@ -5,7 +5,8 @@
 #include <string>
 #include <string_view>
 
-/// Conversion between UTF-8 and the house's UTF-16. Safe from any thread.
+/// Conversion between UTF-8, which files and systems use, and UTF-16, which the library uses. May
+/// be called from any thread. A failed allocation throws std::bad_alloc.
 namespace qo
 {
 /// Ill-formed sequences become U+FFFD.
