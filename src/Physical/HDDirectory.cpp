@@ -8,9 +8,9 @@
 
 namespace
 {
-/// Visits the directory and everything below, each ahead of its sub-directories and these in
-/// order, until a visit returns false. Whether it came through. Paths of peers may be of any
-/// depth, hence no recursion.
+/// Visits the directory and everything below it, parents first and siblings in order, until a visit
+/// returns false. True if every visit returned true. Not recursive, since paths that come from
+/// devices or shares may have any depth.
 template <class Dir, class Visit>
 bool walk(Dir& start, Visit visit)
 {
@@ -28,7 +28,8 @@ bool walk(Dir& start, Visit visit)
     return true;
 }
 
-/// The path, with the parent's texts where they are the same: most of a path is its parent's.
+/// The same path, built on the texts of the parent's path where these are equal: most of a path is
+/// its parent's, and so is stored once.
 CQoCollPath sharingTexts(const CQoCollPath& path, const CHDDirectory& parent)
 {
     CQoCollPath shared = parent.getPath().child(path.getLast());
@@ -132,7 +133,7 @@ bool CHDDirectory::addSubDir(const boost::shared_ptr<CHDDirectory>& parent,
 
 void CHDDirectory::removeSubDir(const boost::shared_ptr<CHDDirectory>& dir)
 {
-    // The argument may be the list's own handle.
+    // The argument may be a reference to the handle in the list, which remove() destroys.
     const boost::shared_ptr<CHDDirectory> kept = dir;
     m_subDirs.remove(kept);
     kept->m_parent.reset();
@@ -144,7 +145,7 @@ bool CHDDirectory::addFile(const boost::shared_ptr<CHDDirectory>& dir,
     CPtrListT<CHDFile>& files = dir->m_files;
     const int count = files.GetSize();
     int index = count;
-    // Records come sorted as a rule: one comparison tells that the file goes to the end.
+    // Records usually come sorted: one comparison shows that the file belongs at the end.
     const bool behindLast =
         count == 0 || CHDFile::cmpFilePath(file->getPath(), files[count - 1]) > 0;
     if (!behindLast && files.findByKey(file->getPath(), 0, count, CHDFile::cmpFilePath, index))
@@ -158,7 +159,7 @@ bool CHDDirectory::takeOutFile(const boost::shared_ptr<CHDFile>& file)
 {
     int index = 0;
     const int count = m_files.GetSize();
-    // Whoever empties a directory takes the first file again and again.
+    // Callers that empty a directory take out the first file each time.
     const bool isFirst = count > 0 && m_files[0] == file;
     if (!isFirst && !m_files.findByKey(file->getPath(), 0, count, CHDFile::cmpFilePath, index))
         return false;
@@ -172,7 +173,7 @@ void CHDDirectory::removeFile(const boost::shared_ptr<CHDFile>& file)
 {
     const boost::shared_ptr<CHDFile> kept = file;
     takeOutFile(kept);
-    // May end this directory if the file held its last handle.
+    // Destroys this directory if the file held the last handle to it.
     kept->setParentDir(NullDir);
 }
 
@@ -227,7 +228,7 @@ void CHDDirectory::clearFilesLTObjectsRec()
         for (const auto& subDir : dir->m_subDirs)
             waiting.push_back(subDir.get());
     }
-    // Each directory stands ahead of its last sub-directory: backwards is bottom up and in order.
+    // Parents stand before their sub-directories, so backwards is bottom up and in order.
     for (auto dir = dirs.rbegin(); dir != dirs.rend(); ++dir)
     {
         for (const auto& file : (*dir)->m_files)

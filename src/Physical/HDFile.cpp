@@ -19,7 +19,7 @@ boost::shared_ptr<CHDFile> CHDFile::createHDFile(const boost::shared_ptr<QoFileD
 {
     const CString ext = qo::fileExtOf(item->path);
     boost::shared_ptr<CHDFile> file;
-    // The order decides: an extension may one day stand in two lists.
+    // The order of the questions matters if an extension is ever in two lists.
     if (CQoUtils::isMusicExt(ext))
         file = qo::makeObject<CHDMusicFile>(QO_HERE(u".\\Physical\\HDFile"), Key(), item);
     else if (isPictureFile(ext))
@@ -42,6 +42,7 @@ CHDFile::~CHDFile() = default;
 
 void CHDFile::setFileTitle(const CString& path)
 {
+    // Paths in other forms, or beyond 65,535 units, get the title as a text of its own.
     const std::u16string_view name = qo::plainDriveFileName(path.view());
     const std::u16string_view title = name.substr(0, name.rfind(u'.'));
     if (name.empty() || path.GetLength() >= wholeText)
@@ -112,6 +113,7 @@ bool CHDFile::isLongStream() const
 
 bool CHDFile::getAtomValueFromDbFileItem(int atomType, CString& value) const
 {
+    // Artist to genre are the atom types 2 to 7, in the order of the table below.
     constexpr int firstType = 1;
     constexpr int lastType = 22;
     if (atomType < firstType || atomType > lastType)

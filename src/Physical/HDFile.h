@@ -7,8 +7,9 @@
 
 #include <cstdint>
 
-/// A file of the physical tree around its record. The record is shared with the collection's
-/// array: a change through either is seen by the other.
+/// A file of the physical tree. All that is known of it stands in its record (QoFileDbItem), which
+/// it shares with the collection's array: a change through either is seen by the other. The class
+/// of the object depends on the extension: music, picture, text or other.
 class QO_API CHDFile : public CHDObject
 {
 public:
@@ -27,15 +28,17 @@ public:
         AV_None = 4
     };
 
-    /// The file of the class that the extension of the record's path calls for.
+    /// Makes the file, of the class that the extension of the record's path calls for. Never null.
     static boost::shared_ptr<CHDFile> createHDFile(const boost::shared_ptr<QoFileDbItem>& item);
     ~CHDFile() override;
 
     CString toString(bool full) const override;
-    /// Lets go of the logical objects.
+    /// Clears the file's links to logical objects, without touching their side.
     virtual void clearLTObjects();
-    /// Takes over from the record what the file holds apart from it.
+    /// Copies from the record what the object holds beside it; to be called after the record
+    /// changed.
     virtual void setFileInfo();
+    /// A value of EAudioVideoType.
     virtual int getAudioVideoType() const;
 
     EHDFileType getFileType() const noexcept { return m_fileType; }
@@ -44,32 +47,36 @@ public:
     const boost::shared_ptr<CHDDirectory>& getParentDir() const noexcept { return m_parent; }
     /// Valid until the record's path changes.
     const CString& getPath() const noexcept;
-    /// With extension.
+    /// The last component of the path, with extension.
     CString getFileName() const;
-    /// The name without extension that the file was made with.
+    /// The name without extension, as it was when the object was made: it does not follow a rename.
     CString getFileTitle() const;
-    /// Without dot.
+    /// The extension without the dot, in the case of the path.
     CString getExt() const;
+    /// Bytes, by the record.
     std::int64_t getSize() const noexcept;
+    /// The six texts of the tag that the logical objects are made from.
     void getSimpleTag(SimpleMusicTag& tag) const;
-    /// Whether the record's parameters give the file a length as a recorded stream.
+    /// Whether the record's parameters (FT_PARAMS) describe the file as recorded from a stream of
+    /// some length.
     bool isLongStream() const;
 
-    /// The record's text for an atom type of a name pattern; false for a type that has none or an
-    /// empty text. A type outside 1 to 22 leaves value alone.
+    /// The record's text for an atom type of a name pattern (CNSAtom::EType). False for a type
+    /// without text in a record, or an empty text; for a number outside of 1 to 22 value is not
+    /// changed.
     bool getAtomValueFromDbFileItem(int atomType, CString& value) const;
-    /// The record's text for a logical type; empty for types that a record does not name.
+    /// The record's text for a logical type; "" for lyrics and pictures, which have no name.
     CString getLTAssocFromDbFileItem(CLTObjectType::EType type) const;
     void setLTAssocToDbFileItem(CLTObjectType::EType type, const CString& value);
-    /// Where a record holds that text; null for types that it does not name.
+    /// The member of a record with that text; null for lyrics and pictures.
     static CString QoFileDbItem::*getLTAssocField(CLTObjectType::EType type) noexcept;
-    /// Before the record changes or goes on without this file: whoever has the file goes on seeing
-    /// the tag that it had.
+    /// To be called before the record changes or is used without this file: copies the texts of the
+    /// tag out of the record, so that whoever holds the file still sees the tag as it was.
     void keepTag();
 
     /// Negative, 0 or positive, by the whole path without regard to case.
     static int cmpFilePath(const CString& path, const boost::shared_ptr<CHDFile>& file);
-    /// Without regard to case.
+    /// Whether the extension is in the table, without regard to case.
     static bool isOneOfExt(const char16_t* ext, const char16_t* const* table, int count);
     static bool isPictureFile(const CString& ext);
     static bool isTextFile(const CString& ext);
@@ -83,7 +90,8 @@ private:
     static constexpr std::uint16_t wholeText = 0xFFFF;
 
     EHDFileType m_fileType;
-    /// Where the title stands in m_titleText, which shares the path's text as a rule.
+    /// The position of the title in m_titleText. That is usually the path, whose buffer is shared,
+    /// so the title costs no memory of its own.
     std::uint16_t m_titleStart = 0;
     std::uint16_t m_titleLength = wholeText;
     boost::shared_ptr<CHDDirectory> m_parent;

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-/// A file that was converted where it lies, around its record; no part of a tree.
+/// A file that was converted in its own folder ("in place"), with its record; not part of a tree.
 class QO_API CHDInplaceConvertedFile final : public CQoCheckObject
 {
     struct Key
@@ -24,7 +24,7 @@ public:
     CString toString(bool full) const override;
 
     const CString& getPath() const noexcept;
-    /// With extension.
+    /// The last component of the path, with extension.
     CString getFileName() const;
     /// The record's title.
     const CString& getTitle() const noexcept;

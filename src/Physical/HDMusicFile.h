@@ -4,39 +4,43 @@
 #include "Physical/HDFile.h"
 #include "QoColl/Tags/MusicTagEx.h"
 
-/// An audio or video file, by its extension.
+/// An audio or video file, by its extension. It links to its track and, through that, to artist,
+/// album and genre.
 class QO_API CHDMusicFile final : public CHDFile
 {
 public:
     CHDMusicFile(Key, const boost::shared_ptr<QoFileDbItem>& item);
     ~CHDMusicFile() override;
 
-    /// Everything but lyrics and picture comes from the track; without one all are null.
+    /// Artist, album, genre and track come from the track; lyrics and picture are the file's own.
+    /// Without a track all are null.
     boost::shared_ptr<CLTObject> getLTAssoc(CLTObjectType::EType type) const override;
-    /// Never for lyrics and pictures.
+    /// Whether the object is one of those four; always false for lyrics and pictures.
     bool hasLTAssoc(const boost::shared_ptr<CLTObject>& object) const override;
     void clearLTObjects() override;
     bool hasMusicFilesRec() const override;
-    /// Gives the tag the record's values as the file's own.
+    /// Lets the tag show the record's values as those of the file.
     void setFileInfo() override;
     int getAudioVideoType() const override;
 
-    /// By the record's flags.
+    /// Whether the record's flags say that the file is a video.
     bool isVideo() const noexcept;
-    /// By the source in the record's parameters.
+    /// Whether the source in the record's parameters is a podcast.
     bool isPodcast() const;
 
-    // For CLTManager: the file's side of a link, see qo::setLTMember for what a setter refuses.
+    // For CLTManager only: the file's side of a link. See qo::setLTMember for what a setter
+    // refuses.
     void setTrack(const boost::shared_ptr<CLTTrack>& track);
     void setLyrics(const boost::shared_ptr<CLTLyrics>& lyrics);
     void setPicture(const boost::shared_ptr<CLTPicture>& picture);
     const boost::shared_ptr<CLTTrack>& getTrack() const noexcept { return m_track; }
     const boost::shared_ptr<CLTLyrics>& getLyrics() const noexcept { return m_lyrics; }
     const boost::shared_ptr<CLTPicture>& getPicture() const noexcept { return m_picture; }
-    /// Adds the names of the album, artist and track, as far as they have one.
+    /// Adds the names of the track and its album and artist, as far as these have one.
     void getLTNames(CDirLTNames& names) const;
 
-    /// What the file said when the record was last taken over, beside any pending edit.
+    /// The tag: the values of the file when the record was last read, and beside them values that a
+    /// user has entered.
     CMusicTagEx& getTag() noexcept { return m_tag; }
     const CMusicTagEx& getTag() const noexcept { return m_tag; }
 

@@ -7,9 +7,10 @@
 
 #include <boost/shared_ptr.hpp>
 
-/// A directory or file of a collection. Objects are held by handle and made by the factories of
-/// their classes only. Directory and file hold each other, so a tree ends through
-/// CQoUtils::releaseHDDir, never by dropping handles alone. No locks: the host keeps calls apart.
+/// A hard disk (HD) object: a directory or file of a collection, wherever its source is. Objects
+/// are made by the factories of their classes only and held by handles. Directory and file hold
+/// each other, so a tree is freed through CQoUtils::releaseHDDir, never by dropping handles alone.
+/// No locks: the host keeps calls apart.
 class QO_API CHDObject : public CQoCheckObject
 {
 public:
@@ -19,23 +20,25 @@ public:
         HD_Directory = 2
     };
 
+    /// False for a directory.
     virtual bool isFile() const;
-    /// The logical object of that type which hangs on this one; null without one.
+    /// The logical object of that type that this one is linked to; null without one.
     virtual boost::shared_ptr<CLTObject> getLTAssoc(CLTObjectType::EType type) const;
-    /// Whether that very object hangs on this one.
+    /// Whether this one is linked to exactly that object.
     virtual bool hasLTAssoc(const boost::shared_ptr<CLTObject>& object) const;
-    /// Files and directories directly below; 1 for a file.
+    /// The number of files and directories directly in it; 1 for a file.
     virtual int getItemCount() const;
-    /// The same with everything deeper.
+    /// The same with everything below.
     virtual int getRecItemCount() const;
-    /// Only the files, here and deeper.
+    /// The number of files alone, here and below.
     virtual int getRecFileCount() const;
+    /// Whether there is music here or below.
     virtual bool hasMusicFilesRec() const;
 
     EHDObjectType getHDObjectType() const noexcept { return m_hdObjectType; }
 
 protected:
-    /// Only the factories can name it, so only they can make objects.
+    /// The constructors of derived classes need it, so only the factories can make objects.
     struct Key
     {
         explicit Key() = default;

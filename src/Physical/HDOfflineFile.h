@@ -4,7 +4,8 @@
 #include "QoColl/Db/Forward.h"
 #include "types/String.h"
 
-/// A file known only from its record, outside the tree and without a class by its extension.
+/// A file that is known only from its record, such as one on a device that is away: it is not part
+/// of the tree, and its class does not depend on its extension.
 class QO_API CHDOfflineFile final : public CHDObject
 {
 public:
@@ -15,7 +16,7 @@ public:
 
     /// The path.
     CString toString(bool full) const override;
-    /// No logical objects hang on it and nothing is held apart from the record.
+    /// Both do nothing: there are no logical objects, and nothing is held beside the record.
     virtual void clearLTObjects();
     virtual void setFileInfo();
 

@@ -9,12 +9,12 @@ public:
     CHDPictureFile(Key, const boost::shared_ptr<QoFileDbItem>& item) : CHDFile(FT_Picture, item) {}
     ~CHDPictureFile() override;
 
-    /// The picture, its album, and the album's artist or else the picture's own.
+    /// The picture object, its album, and the artist of that album or else of the picture.
     boost::shared_ptr<CLTObject> getLTAssoc(CLTObjectType::EType type) const override;
     bool hasLTAssoc(const boost::shared_ptr<CLTObject>& object) const override;
     void clearLTObjects() override;
 
-    /// For CLTManager: the file's side of the link, see qo::setLTMember for what it refuses.
+    /// For CLTManager only: the file's side of the link. See qo::setLTMember for what it refuses.
     void setPicture(const boost::shared_ptr<CLTPicture>& picture);
     const boost::shared_ptr<CLTPicture>& getPicture() const noexcept { return m_picture; }
 

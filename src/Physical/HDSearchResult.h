@@ -4,8 +4,8 @@
 #include "QoColl/Db/Forward.h"
 #include "QoColl/Tags/Forward.h"
 
-/// A hit of a search on the web, around its record; no part of a tree. The file name of its path
-/// reads "source::clip_index".
+/// A result of a search on the web, with its record; not part of a tree. The file name of its path
+/// has the form "source::clip_index": "tube::a1b2_0" and "tube::a1b2_1" are two files of one clip.
 class QO_API CHDSearchResult final : public CQoCheckObject
 {
     struct Key
@@ -26,15 +26,16 @@ public:
     bool isVideo() const noexcept { return m_isVideo; }
     const CString& getPath() const noexcept;
     void getSimpleTag(SimpleMusicTag& tag) const;
-    /// What the plug-in that found it stored with it.
+    /// The XML that the plug-in which found it stored with it; "" without one.
     CString getXML() const;
-    /// What stands ahead of "::" in the file name; the whole name without it.
+    /// The part before "::" in the file name ("tube"); the whole name without "::".
     CString getSource() const;
-    /// The file name up to the first '_' behind "::", or whole without one.
+    /// The file name up to the first '_' after "::" ("tube::a1b2"); the whole name without one.
     CString getClipUID() const;
-    /// Whether this is a file of that clip, compared exactly; index becomes its number within.
+    /// Whether this is a file of that clip, compared exactly. index becomes its number within the
+    /// clip, 0 without one.
     bool isSameClip(const CString& uid, int& index) const;
-    /// A file that is being downloaded has its identity already.
+    /// Whether it is being downloaded: then the record has its lasting id (velmoraId) already.
     bool isDownloading() const noexcept;
     const boost::shared_ptr<QoFileDbItem>& getDbItem() const noexcept { return m_dbItem; }
 

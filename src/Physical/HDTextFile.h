@@ -9,12 +9,12 @@ public:
     CHDTextFile(Key, const boost::shared_ptr<QoFileDbItem>& item) : CHDFile(FT_Text, item) {}
     ~CHDTextFile() override;
 
-    /// The lyrics, their album with its artist, and their track with its genre.
+    /// The lyrics object, its album with the artist of that, and its track with the genre of that.
     boost::shared_ptr<CLTObject> getLTAssoc(CLTObjectType::EType type) const override;
     bool hasLTAssoc(const boost::shared_ptr<CLTObject>& object) const override;
     void clearLTObjects() override;
 
-    /// For CLTManager: the file's side of the link, see qo::setLTMember for what it refuses.
+    /// For CLTManager only: the file's side of the link. See qo::setLTMember for what it refuses.
     void setLyrics(const boost::shared_ptr<CLTLyrics>& lyrics);
     const boost::shared_ptr<CLTLyrics>& getLyrics() const noexcept { return m_lyrics; }
 

@@ -3,7 +3,7 @@
 #include "Physical/QoCheckState.h"
 #include "common/QoBaseObj.h"
 
-/// An object that a view can show and check.
+/// The base of everything that a view can show with a check mark.
 class QO_API CQoCheckObject : public CQoBaseObj
 {
 public:

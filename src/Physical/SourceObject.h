@@ -3,7 +3,8 @@
 #include "Physical/QoCheckObject.h"
 #include "QoColl/Db/Records/ItemSource.h"
 
-/// A way by which files enter the collection, as a view shows it.
+/// One of the ways by which files enter the collection (recorded, downloaded and so on), as a view
+/// shows it.
 class QO_API CSourceObject final : public CQoCheckObject
 {
 public:
