@@ -45,7 +45,7 @@ void CHDSearchResult::getSimpleTag(SimpleMusicTag& tag) const
 
 CString CHDSearchResult::getXML() const
 {
-    // The number of the parameter in FT_PARAMS (docs/parameter-strings.md).
+    // A search result has the plug-in's XML where other files have the name of a share.
     constexpr int xmlParam = 39;
     return CVelmoraFileParamsUtils::ExtractParam(m_dbItem->params, xmlParam);
 }

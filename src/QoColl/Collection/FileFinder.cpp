@@ -24,6 +24,7 @@ bool isWithin(const FILETIME& time,
            !((flags & maxFlag) && qo::toTicks(time) > qo::toTicks(max));
 }
 
+/// Without the dot; "" for a name without one.
 CString extensionOf(const CString& name)
 {
     const int dot = name.ReverseFind(u'.');
@@ -108,11 +109,11 @@ bool CFileFinder::listFolder(const CString& folder)
         ahead ? ahead->list(folder, m_entries) : qo::fileSystem().list(folder, m_entries);
     if (qo::FolderErrors* const errors = error != 0 ? qo::folderErrors() : nullptr)
         errors->byFolder.insert_or_assign(folder, error);
-    // A listing that breaks off still delivers what it found.
+    // A listing that fails half-way still gives what it found.
     if (error != 0 && m_entries.empty())
         return false;
-    // A folder's own name goes before a link to it, wherever the two sort: files keep their path
-    // when the link is taken away.
+    // Real folders come before links, whatever their names: a file then has the path that remains
+    // when the link is removed.
     m_isNew.assign(m_entries.size(), false);
     for (const bool links : {false, true})
     {

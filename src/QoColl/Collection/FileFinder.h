@@ -9,7 +9,8 @@
 
 namespace QoKernel
 {
-/// Which entries a walk reports. All conditions that m_flags switches on must hold.
+/// Which entries a walk reports: those that fulfil all conditions which m_flags switches on.
+/// everything and everythingButDots are whole values and not bits.
 class QO_API CFileFilter
 {
 public:
@@ -37,13 +38,14 @@ public:
         dotEntries = 4
     };
 
+    /// Whether the entry fulfils the conditions.
     bool takes(const qo::DirEntry& entry) const;
 
     int m_flags = everything;
     int m_typeMask = anyType;
     CString m_extension;            ///< without dot, in any case
     std::uint32_t m_attributes = 0; ///< at least one of these bits must be set
-    std::int64_t m_minSize = 0;     ///< bytes; all bounds are inclusive
+    std::int64_t m_minSize = 0;     ///< bytes; all limits are inclusive
     std::int64_t m_maxSize = 0;
     FILETIME m_minCreated;
     FILETIME m_maxCreated;
@@ -53,16 +55,20 @@ public:
     FILETIME m_maxModified;
 };
 
+/// Where a walk starts, and whether it goes into sub-folders.
 struct ScanOptions
 {
     CString folder;
     bool recursive = false;
 };
 
-/// Walks folders breadth first. The entries of a folder come in the file system's sorted order; a
-/// folder that cannot be opened is passed over (see qo::folderErrors()). A folder that is reached a
-/// second time, through a link or a mount, is not walked again; one that a trash or the kernel's
-/// own data is kept in is not walked at all. Neither "." nor ".." is ever delivered by the system.
+/// Walks folders breadth first. The entries of a folder come in the sorted order of the file
+/// system; a folder that cannot be opened is skipped (see qo::folderErrors()). A folder that is
+/// reached a second time, through a link or a mount, is not walked again. Trash folders and the
+/// kernel's own folders are not walked at all. "." and ".." are never reported.
+///
+///   Music/{B/{x.mp3}, A/{y.mp3, link -> ../B}, z.mp3} gives z.mp3, A/y.mp3, B/x.mp3: A/link leads
+///   to a folder that is known by its own path.
 class QO_API CFileFinder
 {
 public:
@@ -70,12 +76,13 @@ public:
     CFileFinder(const CFileFinder&) = delete;
     CFileFinder& operator=(const CFileFinder&) = delete;
 
-    /// True when a first matching entry stands ready. A starting folder that cannot be opened
-    /// yields nothing.
+    /// True when there is a first matching entry, which is then the current one. A start folder
+    /// that cannot be opened gives false.
     bool findFirst(const ScanOptions& options, const CFileFilter& filter);
+    /// Advances to the next matching entry; false at the end.
     bool findNext();
 
-    /// Of the current entry; only after a call that returned true.
+    /// These describe the current entry, so they are valid only after a call that returned true.
     const CString& getFileName() const { return current().name; }
     CString getFilePath() const;
     CString getFileExt() const;
@@ -84,17 +91,18 @@ public:
 
 private:
     const qo::DirEntry& current() const { return m_entries[m_next - 1]; }
+    /// Reads the entries of a folder; false if it cannot be opened.
     bool listFolder(const CString& folder);
     bool isPassedOver(const CString& name) const;
 
-    std::vector<CString> m_ownFolders; ///< the kernel's: nothing in them is the user's music
-    CString m_baseFolder;              ///< being listed, with its closing backslash
+    std::vector<CString> m_ownFolders; ///< folders of the kernel, which hold no music of the user
+    CString m_baseFolder; ///< the folder that is being listed, with a closing backslash
     bool m_recursive = false;
     CFileFilter m_filter;
     std::vector<qo::DirEntry> m_entries;
-    std::vector<bool> m_isNew; ///< for each entry: a folder to be walked
+    std::vector<bool> m_isNew; ///< for each entry whether it is a folder to be walked
     std::size_t m_next = 0;
-    CStringArray m_pendingDirs; ///< in order of discovery
+    CStringArray m_pendingDirs; ///< folders to be walked, in the order of discovery
     int m_nextPending = 0;
     std::set<std::pair<std::uint64_t, std::uint64_t>> m_visited; ///< device and inode
 };

@@ -17,7 +17,7 @@ std::u16string_view plainDriveFileName(std::u16string_view path) noexcept
         return {};
     if (path.back() == u'\\')
         return {};
-    // Without a way out of the loop the compiler looks at several units at once.
+    // The loop runs to its end so that the compiler can compare several units at once.
     unsigned doubled = 0;
     for (std::size_t i = deviceLength; i + 1 < path.size(); ++i)
         doubled |= static_cast<unsigned>(path[i] == u'\\') & (path[i + 1] == u'\\');

@@ -7,12 +7,12 @@
 
 namespace qo
 {
-/// The folder of the file that was asked for last. Records stand in path order, so most of them lie
-/// in the folder of the one before; for those nothing is parsed.
+/// The folder of the file that was asked for last. Records are sorted by path, so most of them are
+/// in the folder of the one before, and nothing is parsed for these.
 class FolderOfFile
 {
 public:
-    /// True when the file lies in another folder than the one before.
+    /// Makes the file's folder the current one; true when that is another folder than before.
     bool moveTo(const CString& filePath)
     {
         const std::u16string_view whole = filePath.view();
@@ -27,7 +27,7 @@ public:
     const CQoCollPath& path() const { return m_path; }
 
 private:
-    /// Whether the path is that of the folder and one name.
+    /// Whether the path is the folder's path and one name.
     bool isDirectlyBelow(std::u16string_view path) const noexcept
     {
         const auto length = static_cast<std::size_t>(m_prefix.GetLength());
@@ -36,7 +36,7 @@ private:
                path.find(u'\\', length) == std::u16string_view::npos;
     }
 
-    CString m_prefix; ///< text of the folder with its backslash; empty for paths that need parsing
+    CString m_prefix; ///< the folder with a closing backslash; "" for paths that need parsing
     CQoCollPath m_path;
 };
 } // namespace qo

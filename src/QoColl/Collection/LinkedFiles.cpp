@@ -49,8 +49,8 @@ bool visitMusic(const CPtrListT<CLTTrack>& tracks, const FileVisitor& visit)
     return true;
 }
 
-// Which files a kind of object takes in follows from CHDFile::getLTAssoc(): the words of a track
-// name its genre but no album and no artist, a picture of an album names the album's artist.
+// Which files belong to a kind of object follows from CHDFile::getLTAssoc(): the lyrics of a track
+// have its genre but no album or artist, and a picture of an album has the album's artist.
 
 bool visitTrack(const CLTTrack& track, const FileVisitor& visit)
 {
@@ -106,7 +106,8 @@ bool visitLogical(const CLTObject& object, const FileVisitor& visit)
     return true;
 }
 
-/// Own files first, then those of the sub-directories in order; however deep the tree is.
+/// Visits the files of the directory first, then those of its sub-directories in order. Not
+/// recursive.
 bool visitBelow(const CHDDirectory& start, const FileVisitor& visit)
 {
     std::vector<const CHDDirectory*> waiting{&start};
@@ -123,7 +124,8 @@ bool visitBelow(const CHDDirectory& start, const FileVisitor& visit)
     return true;
 }
 
-/// What has no name is no particular object: every file without one fits.
+/// Whether the file has the object of the cell. A cell without a name fits every file without that
+/// name.
 template <class X>
 bool fits(const CHDFile& file,
           CLTObjectType::EType type,
@@ -141,7 +143,7 @@ bool fits(const CHDFile& file,
 
 bool visitLinkedFiles(const boost::shared_ptr<CQoCheckObject>& object, const FileVisitor& visit)
 {
-    // The objects outside the trees, such as search results, have no files.
+    // Objects outside of the trees, such as search results, have no files.
     if (const auto* logical = dynamic_cast<const CLTObject*>(object.get()))
         return visitLogical(*logical, visit);
     if (const auto* dir = dynamic_cast<const CHDDirectory*>(object.get()))

@@ -6,13 +6,13 @@
 
 namespace qo
 {
-/// False ends the visit.
+/// Is called for each file; false ends the visit.
 using FileVisitor = std::function<bool(const boost::shared_ptr<CHDFile>&)>;
 
-/// Visits the files behind an object (see CQoUtils::getLinkedFiles) until a visit returns false.
-/// Whether it came through. The visitor changes neither tree.
+/// Visits the files of an object (see CQoUtils::getLinkedFiles) until a visit returns false. True
+/// if all visits returned true. The visitor must change neither tree.
 bool visitLinkedFiles(const boost::shared_ptr<CQoCheckObject>& object, const FileVisitor& visit);
 
-/// Whether the file belongs to the genre, artist and album that are set.
+/// Whether the file belongs to the genre, artist and album that are set in parents.
 bool belongsTo(const CHDFile& file, const QoUtilsTypes::ParentItemsInfo& parents);
 } // namespace qo

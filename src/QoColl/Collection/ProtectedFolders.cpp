@@ -12,7 +12,8 @@ namespace qo
 {
 namespace
 {
-/// With any other name in it a path may mean another folder than the one it spells.
+/// Whether the path has ordinary names only: with any other the path may mean another folder than
+/// it spells.
 bool isPlain(const CQoCollPath& path)
 {
     for (const CString& name : path.getComponents())
@@ -23,7 +24,7 @@ bool isPlain(const CQoCollPath& path)
     return path.getType() == CQoCollPath::drive || path.getType() == CQoCollPath::network;
 }
 
-/// A whole drive or server, or a share of one.
+/// A whole drive, a server, or a share of it.
 bool isTop(const CQoCollPath& path)
 {
     return path.getCount() <= (path.getType() == CQoCollPath::network ? 1 : 0);
@@ -41,7 +42,7 @@ ProtectedFolders::ProtectedFolders()
     CQoPaths::getOutputDirs(outputDirs);
     for (const CString& dir : outputDirs)
         add(dir);
-    // A root folder is one whether or not its collection is loaded for the moment.
+    // A root folder of the settings counts whether or not its collection is loaded.
     CStringArray rootDirs;
     CQoPaths::getMusicCollectionDirs(rootDirs, nullptr);
     for (const CString& dir : rootDirs)
@@ -80,7 +81,7 @@ bool ProtectedFolders::has(const CQoCollPath& folder) const
         return true;
     FileInfo info;
     FileInfo parent;
-    // What is not there has no identity, and nothing can be mounted on it.
+    // A folder that does not exist has no identity, and nothing can be mounted on it.
     if (!find(folder, info))
         return false;
     const std::pair identity(info.device, info.inode);

@@ -8,17 +8,19 @@
 
 namespace qo
 {
-/// The folders that the system never removes by itself, as they stand when it is made: output
-/// folders, root folders of both collections, the home folder and those of the user in it, and the
-/// kernel's own. Known by their paths and, where they exist, by what they are, so that another name
-/// for one of them does not help. Mount points, drives and shares count without being listed.
+/// The folders that the library never removes by itself, as they are when the object is made:
+/// output folders, root folders of both collections, the home folder and the user's folders in it,
+/// and the kernel's own. They are recognised by path and, where they exist, by device and inode, so
+/// that another name for one of them (a link) does not help. Mount points, drives and shares are
+/// protected without being listed.
 class ProtectedFolders
 {
 public:
     ProtectedFolders();
-    /// True as well for paths that leave a doubt, as with "..".
+    /// Whether the folder is protected; true also for paths that are ambiguous, such as one with
+    /// "..".
     bool has(const CQoCollPath& folder) const;
-    /// Whether one of them lies below the folder.
+    /// Whether a protected folder is below this one.
     bool hasBelow(const CQoCollPath& folder) const;
 
 private:

@@ -9,6 +9,11 @@
 #include "common/Log.h"
 #include "common/Profiler.h"
 
+// Look-ups in a collection, and its end. Files are found through their folder: the path is taken
+// apart, the tree is followed name by name, and the folder searches its sorted list. Loading is in
+// QoCollectionLoad.cpp, the walk of the disk in ...Scan.cpp, building trees in ...Build.cpp,
+// changes of the host in ...Changes.cpp, saving in ...Save.cpp.
+
 CQoCollection CQoCollection::m_ownCollection;
 CQoCollection CQoCollection::m_foreignCollection;
 const char16_t* const CQoCollection::m_localDiskCollID = u"?localpath?";
@@ -18,8 +23,8 @@ CQoCollection::CQoCollection() = default;
 
 CQoCollection::~CQoCollection()
 {
-    // The tree is a cycle of handles: it ends only when it is taken apart. Nothing is logged here,
-    // since the logger's host may be gone.
+    // Parents and children hold each other, so the tree must be released explicitly. Nothing is
+    // logged here, since the host's logger may be gone.
     releaseZombieObjects();
     CQoUtils::releaseHDDirs(m_rootDirs);
 }

@@ -11,10 +11,24 @@
 class CQoCollDb;
 class IQoProgress;
 
-/// One collection in memory: its records, the physical tree over them and what ties both to the
-/// database. There are two, the user's own and that of one foreign source at a time. No call takes
-/// a lock: the host sees to it that calls on a collection do not overlap. Long operations poll the
-/// progress once per item and stop there when it says so.
+/// One collection in memory: its records, the physical tree over them, and what ties both to the
+/// database. There are two: the user's own (m_ownCollection), and that of one foreign source at a
+/// time (m_foreignCollection: a device, plug-in or share). No call takes a lock: the host must not
+/// let calls on a collection overlap. Long operations ask the progress for a cancel once per item.
+///
+/// Every change goes one way: it sets the state of records (qo::dbState), createColl() builds trees
+/// and logical objects for these records, and saveToDb() writes them in one transaction. A rescan,
+/// with a.mp3 and b.mp3 stored, and on the disk b.mp3 with a newer write time and c.mp3:
+///
+///               a.mp3       b.mp3       c.mp3
+///     read      unchanged   unchanged
+///     mark      deleted     deleted                 (markDeletedAllFiles)
+///     walk      deleted     modified    added       (addFilesFromRootDirs)
+///     build     leaves      new object  new object  (createColl)
+///     save      DELETE      UPDATE      INSERT      (saveToDb), then all are unchanged
+///
+/// Files that leave the tree are kept as "zombies" until releaseZombieObjects(), since views may
+/// still show them.
 class QO_API CQoCollection
 {
 public:
@@ -23,13 +37,13 @@ public:
     static const char16_t* const m_localDiskCollID;
     static const char16_t* const m_searchResultCollID;
 
-    /// What load() did, for the caller that asks.
+    /// What load() did.
     struct OpResultInfo
     {
         enum EOpType : int
         {
             asItWas = 0,
-            newCollection = 1,    ///< it had no stored row
+            newCollection = 1,    ///< there was no row for it in the database
             existingRescanned = 2 ///< scanned again on request
         };
         int m_opType = asItWas;
@@ -46,9 +60,9 @@ public:
     CQoCollection& operator=(const CQoCollection&) = delete;
     virtual ~CQoCollection();
 
-    /// Once, before the first load.
+    /// Must be called once before the first load.
     static void initGlobal();
-    /// Once, at the end; both collections stay usable, empty.
+    /// Must be called once at the end; both collections are empty afterwards and stay usable.
     static void cleanUpGlobal();
     static bool existForeignCollection();
     static void resetCollectionsCheckState();
@@ -57,9 +71,9 @@ public:
     static void ResetHpcs();
 
     /// Reads the collection from its database. The disk is walked only if it was never scanned, its
-    /// root folders or user changed, or `rescan` asks for it; what changed is then saved. False,
-    /// with an empty collection, after a cancellation or a failure other than one of saving, which
-    /// is logged. The database must exist (CQoCollDb::CreateDatabaseIfNotValid). `result` may be
+    /// root folders or user changed, or rescan is set; what changed is then saved. False, with an
+    /// empty collection, after a cancel or a failure. A failure of saving alone is logged, and the
+    /// result is true. The database must exist (CQoCollDb::CreateDatabaseIfNotValid). result may be
     /// null.
     bool load(const CString& dbPath,
               const CString& collId,
@@ -69,45 +83,45 @@ public:
               IQoProgress* progress,
               OpResultInfo* result);
 
-    /// Applies what the host wants changed, in the order of the list, and saves it in one
-    /// transaction. Only the collection and its database change: moved files were moved before, and
-    /// of what was deleted only folders left empty go. Folders of dirsToAnalyze have the names of
-    /// their files analysed anew. False only when no database was ever loaded. After a cancellation
-    /// the collection is empty while the database is as it was: the host has to load again. A
-    /// failure of saving is logged, and the records it left out keep their states.
+    /// Applies changes of the host in the order of the list and saves them in one transaction. Only
+    /// the collection and its database change: the host has moved files before, and on the disk
+    /// only folders that ran empty are removed. The names of files in dirsToAnalyze are analysed
+    /// again. False only when no database was ever loaded. After a cancel the collection is empty
+    /// and the database as it was, so the host has to load again. A failure of saving is logged,
+    /// and the records keep their states for the next save.
     bool applyQoFileChanges(const CQoFileChangeInfoList& changes,
                             const CStringArray& dirsToAnalyze,
                             IQoProgress* progress);
-    /// Makes these the root folders: the files of those that are new are read, those of the others
-    /// leave, and all is saved. A kind that changed alone is not looked at. Nothing when no
-    /// database was ever loaded. After a cancellation as above.
+    /// Replaces the root folders: the files of new ones are read, those of missing ones leave, and
+    /// all is saved. A change of the type of a folder alone is ignored. Does nothing when no
+    /// database was ever loaded. After a cancel the collection is empty, as above.
     void setRootDirs(const CStringArray& dirs, const CQoPathsInfoMap& info, IQoProgress* progress);
-    /// The folder in the tree, made when absent; null if that fails.
+    /// The folder in the tree; it is made if it is missing. Null if that is not possible.
     boost::shared_ptr<CHDDirectory> createNewDeviceDir(const CQoCollPath& path,
                                                        IQoProgress* progress);
-    /// Makes a folder for each record, whose path is that of a folder.
+    /// Makes a folder for each record, whose path is that of the folder.
     void createCollDirs(const QoFileDbItemArray& files, IQoProgress* progress);
-    /// Bring the folders of a device into the tree. The result is always false and says nothing.
+    /// Bring the folders of a device into the tree. The result is always false and means nothing.
     bool loadDeviceDirs(const CString& deviceId,
                         CQoCollPath::EDeviceType type,
                         int depth,
                         IQoProgress* progress);
     bool loadDeviceSubDirs(const CString& path, int depth, IQoProgress* progress);
 
-    /// Drops folders that lie below another of the list, and repetitions; keeps the order.
+    /// Removes folders that are below another one in the list, and repetitions; keeps the order.
     static void validateRootDirs(const CStringArray& in, qo::CollPathArray& out);
     static void validateRootDirs(const qo::CollPathArray& in, qo::CollPathArray& out);
 
     bool loadedSuccesfully() const { return m_loadedSuccesfully; }
-    /// No root folders.
+    /// True without root folders.
     bool isEmpty() const { return m_rootDirs.IsEmpty(); }
     int getFileCount() const;
     bool hasMusicFiles() const;
     void copyFiles(QoFileDbItemArray& files) const;
 
-    /// Null when there is none.
+    /// These return null when there is no such file or folder.
     boost::shared_ptr<CHDFile> getFileByID(int id) const;
-    /// The first in path order.
+    /// Compares every record; of several the first by path.
     boost::shared_ptr<CHDFile> getFileByVelmoraID(const CString& velmoraId) const;
     boost::shared_ptr<CHDFile> getFileByPath(const CQoCollPath& path) const;
     boost::shared_ptr<CHDFile> getFileByPath(const CString& path) const;
@@ -116,9 +130,9 @@ public:
     boost::shared_ptr<CHDDirectory> getDir(const CQoCollPath& path) const;
     boost::shared_ptr<CHDDirectory> getDir(const CString& path) const;
     boost::shared_ptr<CHDDirectory> getDir(const char16_t* path) const;
-    /// The root folder that holds the path or equals it.
+    /// The root folder that contains or equals the path.
     boost::shared_ptr<CHDDirectory> getRootDir(const CQoCollPath& path) const;
-    /// The nearest folder above the path that the tree holds.
+    /// The nearest folder above the path that is in the tree.
     boost::shared_ptr<CHDDirectory> getParentDir(const CQoCollPath& path) const;
     void getRootDirs(qo::CollPathArray& dirs) const;
     const CPtrListT<CHDDirectory>& getRootDirs() const { return m_rootDirs; }
@@ -126,80 +140,105 @@ public:
     bool isRootDirInCollection(const CQoCollPath& path) const;
     bool isFilePathInCollection(const CQoCollPath& path) const;
 
-    /// Adds folders as roots, in order, with the kinds that `info` has for them.
+    /// Adds root folders, in order, with the types that info has for them.
     void addRootDirs(const CStringArray& paths, const CQoPathsInfoMap& info);
 
     const CollInfoDbItem& getCollInfo() const { return m_collInfo; }
 
-    /// Files that left the tree stay valid until this call.
+    /// Frees the files and folders that left the tree; they are valid until then.
     void releaseZombieObjects();
     void clearCollection(IQoProgress* progress);
     void resetCheckState();
 
 protected:
     // Load and save
+    /// Releases all objects and records; with cleanLogical also the logical objects that nothing
+    /// uses then. Must come after the last use of any handle by the caller: zombies are freed too.
     void clear(bool cleanLogical);
+    /// load() without its handling of exceptions; false or an exception after a failure.
     bool loadFromDb(const CStringArray& rootDirs,
                     const CQoPathsInfoMap& pathsInfo,
                     bool rescan,
                     IQoProgress* progress,
                     OpResultInfo* result);
+    /// Takes root folders and user into m_collInfo; true if these, or a missing scan time, ask for
+    /// a walk. forRescan only words the log line.
     bool checkUpdateCollInfo(const qo::CollPathArray& rootDirs, bool forRescan);
     bool updateCollInfo();
     bool checkCollInfoChanged();
+    /// True after load() was called once, since then there is a database path.
     bool checkDBLoaded() const;
+    /// saveToDb() for all records, with its duration in the log.
     void saveDbChanges(CQoCollDb& db, IQoProgress* progress, OpResultInfo* result);
+    /// Writes the records that are not unchanged in one transaction. A failure of the database is
+    /// logged and changes neither ids nor states; any other exception passes through. Does nothing
+    /// after a cancel.
     void
     saveToDb(QoFileDbItemArray& files, CQoCollDb& db, IQoProgress* progress, OpResultInfo* result);
-    /// Notes the records that were sent, and those that got their id here.
+    /// Lists in written the records that were sent to the database, and in gotIds those that got
+    /// their id.
     void writeChanges(QoFileDbItemArray& files,
                       CQoCollDb& db,
                       IQoProgress* progress,
                       QoFileDbItemArray& written,
                       QoFileDbItemArray& gotIds);
+    /// The map from id to path is kept in step with m_fileDbItems by these.
     void buildFileDbItemsMaps();
     void addToFileDbItemsMaps(const QoFileDbItemPtr& item);
     void removeFromFileDbItemsMaps(const QoFileDbItemPtr& item);
     void clearFileDbItemsMaps();
 
     // Changes on disk
-    /// With knownWereMarked every record was marked as deleted before the walk, so that those the
-    /// walk met need no second examination.
+    /// Walks all root folders, and then looks at every record that the walk did not settle. Records
+    /// that changed are added to files. knownWereMarked: every record was marked as deleted
+    /// before the walk, so a record that the walk found was examined by it and is left alone.
     void checkPhysicalChanges(QoFileDbItemArray& files,
                               CQoFileChangeInfo::ESetImportedAction action,
                               IQoProgress* progress,
                               bool knownWereMarked);
+    /// Marks a known record as deleted if its file is gone, and reads it again if it is newer.
     void checkKnownFile(QoFileDbItemPtr& item, QoFileDbItemArray& files, IQoProgress* progress);
+    /// Sets the state to deleted, and logs the message with the path.
     void markGone(QoFileDbItemPtr& item, QoFileDbItemArray& files, const char16_t* message);
+    /// Walks these folders: known files are compared, new ones get a record. What was found and is
+    /// not in files yet is added there, sorted by path.
     void addFilesFromRootDirs(const qo::CollPathArray& dirs,
                               CQoFileChangeInfo::ESetImportedAction action,
                               QoFileDbItemArray& files,
                               IQoProgress* progress);
+    /// Lists the files of one root folder with their write times. Stops at a cancel.
     void getFilesFromDisk(const CQoCollPath& rootDir, qo::FoundFiles& found, IQoProgress* progress);
+    /// A record in the state added, with flags by extension and folder type; it is in no list yet.
     QoFileDbItemPtr makeNewRecord(const CString& path,
                                   CQoFileChangeInfo::ESetImportedAction action) const;
     QoFileDbItemPtr
     addRecord(const CString& path, CQoFileChangeInfo::ESetImportedAction action, int index);
-    /// Null for a second file of that name.
+    /// Null for a second file of that name (they differ in case alone).
     QoFileDbItemPtr recordOfKnown(const qo::FoundFile& file, int index);
     /// Whether the record changed. seenModified is the write time that a walk has just seen, or
-    /// null.
+    /// null when there was no walk.
     bool checkUpdateFileInfo(QoFileDbItemPtr& item,
                              IQoProgress* progress,
                              bool readTag,
                              const FILETIME* seenModified);
+    /// Reads write time and, for a new or newer file, size and tag. False, with a log line, if the
+    /// file cannot be reached; the record stays as it is then.
     bool checkDiskFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag);
     bool checkLogicalPluginFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag);
     bool checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag);
+    /// Mark records as deleted, so that what a walk does not find leaves with the next save.
     void markDeletedAllFiles(IQoProgress* progress);
     void markFilesAsDeletedRec(const boost::shared_ptr<CHDDirectory>& dir);
     void markDeletedFilesFromDirs(const qo::CollPathArray& dirs);
+    /// Sets the flags music, audio and video by extension and by the type of the root folder.
     void setMusicAndVideoFlags(const QoFileDbItemPtr& item) const;
     void setImported(const QoFileDbItemPtr& item,
                      CQoFileChangeInfo::ESetImportedAction action) const;
+    /// The type of the root folder above the path; audioIsMusic without one.
     CQoPathInfo::EType getSubDirPathInfo(const CQoCollPath& path) const;
 
-    // Changes of the host; each says whether the record is to be built and saved
+    // Changes of the host. Each returns whether the record must be built and saved. item is the
+    // record of the path or null; index is its position, or the position where it belongs.
     bool applyChange(const CQoFileChangeInfo& change,
                      QoFileDbItemPtr& item,
                      int index,
@@ -216,28 +255,40 @@ protected:
                    QoFileDbItemPtr& item,
                    int index,
                    IQoProgress* progress);
+    /// Saves all changes; after a cancel it clears the collection instead.
     void saveOrClear(IQoProgress* progress);
+    /// Marks the files of these root folders as deleted; the folders become zombies.
     void dropRootDirs(const qo::CollPathArray& dirs);
 
     // The tree
     void addRootDirs(const qo::CollPathArray& paths, const CQoPathsInfoMap& info);
+    /// Links dir below parent and makes the folders between them.
     void addDirRec(boost::shared_ptr<CHDDirectory>& dir, boost::shared_ptr<CHDDirectory>& parent);
+    /// The folder of that path; it is made if missing. A new folder above a present root folder
+    /// takes its place. Null if asRootDir and the path is already below a root folder.
     boost::shared_ptr<CHDDirectory> findCreateDir(const CQoCollPath& path, bool asRootDir);
+    /// Rebuilds everything that depends on these records, and analyses the names in dirsToAnalyze.
+    /// To be followed by a save. The states of records are not reset here.
     void createColl(QoFileDbItemArray& files,
                     const qo::CollPathArray& dirsToAnalyze,
                     IQoProgress* progress);
+    /// The passes of createColl(), in this order.
     void cleanupColl(QoFileDbItemArray& files, IQoProgress* progress);
     void createHDObjects(QoFileDbItemArray& files, IQoProgress* progress);
     void detectLogicalStuff(const qo::CollPathArray& dirs,
                             const QoFileDbItemArray& files,
                             IQoProgress* progress);
     void createLTObjects(const QoFileDbItemArray& files, IQoProgress* progress);
+    /// Whether names are analysed: in the own collection, and in a foreign one on a disk, a
+    /// portable device or a physical plug-in, if it has one root folder.
     bool canDetectLogicalStuff() const;
+    /// Takes the file out of the tree, together with folders that are empty then, and keeps it as a
+    /// zombie. With removeEmptyDirs the empty folders are removed from the disk too.
     void removeFileFromColl(const CString& path, bool removeEmptyDirs);
 
 private:
     CString m_dbPath;
-    CString m_collId; ///< empty for the own collection
+    CString m_collId; ///< "" for the own collection
     CollInfoDbItem m_collInfo;
     QoFileDbItemArray m_fileDbItems; ///< all records, sorted by path
     qo::PathsById m_fileIdMap;

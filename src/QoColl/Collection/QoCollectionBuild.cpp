@@ -15,24 +15,28 @@
 #include "platform/Clock.h"
 #include "platform/Platform.h"
 
+// createColl() in three passes over the records that changed: cleanupColl() takes what is no longer
+// valid out of the tree, createHDObjects() adds files and folders, and, after the analysis of
+// names, createLTObjects() makes the logical objects.
+
 namespace
 {
 using qo::log;
 namespace level = qo::level;
 
-/// The passes over all records that createColl announces to the progress.
+/// The number of passes over all records, for the range of the progress.
 constexpr int buildPasses = 3;
 
 constexpr std::ptrdiff_t cacheLine = 64;
 
-/// Finds the files of one folder for records that come in path order, mostly without a search.
+/// Finds the files of one folder for records in path order, mostly without a search.
 class FileCursor
 {
 public:
     FileCursor() = default;
     explicit FileCursor(const boost::shared_ptr<CHDDirectory>& dir) : m_dir(dir) {}
 
-    /// The file behind the one that was found last, if it is the record's.
+    /// The file after the one that was found last, if it belongs to the record; else null.
     const boost::shared_ptr<CHDFile>* findNext(const QoFileDbItemPtr& item)
     {
         if (!m_dir)
@@ -43,7 +47,7 @@ public:
         announceFile(files);
         return &files[m_next++];
     }
-    /// Null when the folder has no file of the record's path.
+    /// Searches the folder; null when it has no file of the record's path.
     const boost::shared_ptr<CHDFile>* find(const QoFileDbItemPtr& item)
     {
         if (!m_dir)
@@ -69,7 +73,7 @@ private:
     }
 
     boost::shared_ptr<CHDDirectory> m_dir;
-    int m_next = 0; ///< where the next record's file is expected
+    int m_next = 0; ///< index at which the next record's file is expected
 };
 
 void createLTObjectsOf(const boost::shared_ptr<CHDFile>& file)
@@ -111,6 +115,7 @@ void CQoCollection::addRootDirs(const qo::CollPathArray& paths, const CQoPathsIn
 void CQoCollection::addDirRec(boost::shared_ptr<CHDDirectory>& dir,
                               boost::shared_ptr<CHDDirectory>& parent)
 {
+    // Folders between the two are made when they are missing.
     const CStringArray between = dir->getPath().relativeTo(parent->getPath());
     boost::shared_ptr<CHDDirectory> level = parent;
     for (int i = 0; i + 1 < between.GetSize(); ++i)
@@ -131,6 +136,7 @@ boost::shared_ptr<CHDDirectory> CQoCollection::findCreateDir(const CQoCollPath& 
     boost::shared_ptr<CHDDirectory> dir = CHDDirectory::createDir(path, CHDDirectory::NullDir);
     for (int i = 0; i < m_rootDirs.GetSize(); ++i)
     {
+        // A root folder below the new one becomes its sub-folder.
         boost::shared_ptr<CHDDirectory> root = m_rootDirs[i];
         if (root->getPath().isSubPathOf(path))
         {
@@ -173,7 +179,7 @@ void CQoCollection::createColl(QoFileDbItemArray& files,
 
 void CQoCollection::cleanupColl(QoFileDbItemArray& files, IQoProgress* progress)
 {
-    // A tree without files holds none of the records: nothing can be found in it.
+    // In a tree without files there is nothing to find.
     const bool treeHasFiles = getFileCount() > 0;
     for (const QoFileDbItemPtr& item : files)
     {
@@ -282,7 +288,7 @@ void CQoCollection::removeFileFromColl(const CString& path, bool removeEmptyDirs
     file->keepTag();
     m_zombieFiles.add(file);
     boost::shared_ptr<CHDDirectory> dir = file->getParentDir();
-    // The file keeps its parent, so that a zombie still tells where it was.
+    // The file keeps its parent, so that a zombie still knows where it was.
     dir->takeOutFile(file);
     while (dir->getItemCount() == 0 && !dir->isRootDir())
     {

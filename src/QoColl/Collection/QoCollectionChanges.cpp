@@ -14,6 +14,10 @@
 
 #include <unordered_set>
 
+// What a host may change in a loaded collection: files that came, went or moved
+// (applyQoFileChanges), and other root folders (setRootDirs). Each change sets the state of one
+// record; then all changed records are built and saved together.
+
 namespace
 {
 using qo::log;
@@ -31,8 +35,9 @@ void setImportedMediaType(QoFileDbItem& item)
 
 using Records = std::unordered_set<const QoFileDbItem*>;
 
-/// Of the records with the path of the one at the index, the one that a change of the path means:
-/// not what this very batch has moved there while the former one still stands.
+/// Several records may share a path while a batch of moves is applied. Returns the one that had the
+/// path before the batch. Example: the moves a to b and b to c. After the first one two records
+/// have the path b; for the second one the record that was not changed yet is meant.
 int recordToChange(const QoFileDbItemArray& items, int index, const Records& changed)
 {
     if (changed.empty() || !changed.contains(items[index].get()))
@@ -52,7 +57,8 @@ int recordToChange(const QoFileDbItemArray& items, int index, const Records& cha
     return index;
 }
 
-/// A record whose deletion could not be saved is there again with its file.
+/// A file that is there again although its record is marked as deleted (that deletion could not be
+/// saved): the record is used again. False if it is not marked.
 bool revive(QoFileDbItem& item)
 {
     if (item.dbState != dbState::deleted)
@@ -61,7 +67,7 @@ bool revive(QoFileDbItem& item)
     return true;
 }
 
-/// At the place of its path; changes mostly come in that order.
+/// Inserts the record by its path; changes mostly come in that order.
 void addChanged(QoFileDbItemPtr& item, QoFileDbItemArray& changed)
 {
     if (changed.IsEmpty() || item->path.CompareNoCase(changed[changed.GetUpperBound()]->path) > 0)
@@ -82,7 +88,7 @@ bool CQoCollection::applyQoFileChanges(const CQoFileChangeInfoList& changes,
     progress->setStage(IQoProgress::stageBuild);
     progress->setRange(IQoProgress::rangeKnown, changes.GetSize());
     QoFileDbItemArray changed;
-    // A record may be met again under the path that it was moved to, but is built only once.
+    // A record that was moved may be found again under its new path; it must be built only once.
     Records known;
     qo::ScanLookup records(m_fileDbItems);
     for (const CQoFileChangeInfo* change : changes)
@@ -158,7 +164,8 @@ bool CQoCollection::applyAddVelmoraFile(const CQoFileChangeInfo& change,
             change.m_path);
         return false;
     }
-    // The record stands where its own path belongs, so it has to be the path of the change.
+    // The record is inserted at the position of the change's path, so its own path must be the
+    // same.
     if (!change.m_dbItem || CQoUtils::comparePaths(change.m_dbItem->path, change.m_path) != 0)
     {
         log(level::error,
@@ -209,7 +216,7 @@ bool CQoCollection::applyMove(const CQoFileChangeInfo& change,
     removeFileFromColl(change.m_path, !change.m_keepEmptyDirs);
     m_fileDbItems.RemoveAt(index);
     removeFromFileDbItemsMaps(item);
-    // What was never stored is still to be inserted.
+    // A record that was never stored must still be inserted and not updated.
     if (item->dbState != dbState::added && !revive(*item))
         item->dbState = dbState::modified;
     item->path = change.m_newPath;
@@ -286,7 +293,7 @@ void CQoCollection::dropRootDirs(const qo::CollPathArray& dirs)
 boost::shared_ptr<CHDDirectory> CQoCollection::createNewDeviceDir(const CQoCollPath& path,
                                                                   IQoProgress*)
 {
-    // Behind a portable device or a plug-in a folder has to be made there first.
+    // On a portable device or a plug-in a folder must be made by the device first.
     if (path.isWPD() || path.isPhysicalPlugin())
         return CHDDirectory::NullDir;
     return findCreateDir(path, false);

@@ -13,6 +13,10 @@
 #include <exception>
 #include <memory>
 
+// load() in the order of its stages: read all records, compare the stored root folders with the
+// wanted ones, walk the disk only if needed, build the trees, save what changed. Every exception
+// ends here as a false result with an empty collection.
+
 namespace
 {
 using qo::log;
@@ -124,7 +128,8 @@ void CQoCollection::validateRootDirs(const qo::CollPathArray& in, qo::CollPathAr
 {
     for (const CQoCollPath& path : in)
     {
-        // It could not be stored and read back: every start would find the folders changed.
+        // An invalid path could not be stored and read back: every start would find the folders
+        // changed.
         if (!path.isValid())
         {
             log(level::error, u"CQoCollection::validateRootDirs : a root folder has no valid path");
@@ -145,7 +150,8 @@ bool CQoCollection::checkUpdateCollInfo(const qo::CollPathArray& rootDirs, bool 
     qo::CollPathArray added;
     qo::CollPathArray removed;
     qo::diffPathArrays(rootDirs, stored, added, removed);
-    // Only a collection behind a plug-in has a user; its credentials come with the plug-ins.
+    // Only the collection of a plug-in has a user name, which comes with the plug-in's
+    // configuration.
     const CString userName;
     if (!m_collId.IsEmpty() && rootDirs.IsEmpty())
         log(level::error, u"no root dirs for device %s", m_collId);

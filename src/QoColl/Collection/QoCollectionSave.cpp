@@ -14,12 +14,15 @@
 
 #include <memory>
 
+// saveToDb() writes the records by their states in one transaction. Ids and states are changed for
+// good only after the commit, so that a save that failed can be repeated.
+
 namespace
 {
 using qo::log;
 namespace level = qo::level;
 
-/// The exception ends here.
+/// Logs the failure and deletes the exception.
 void logFailedSave(CSQLiteException* caught)
 {
     const std::unique_ptr<CSQLiteException> exception(caught);
@@ -35,7 +38,7 @@ struct Counts
     bool any() const { return inserted > 0 || updated > 0 || deleted > 0; }
 };
 
-/// Of records that were written: most saves touch few of the many there are.
+/// Counts only the records that were written: most saves change few of many.
 Counts countStates(const QoFileDbItemArray& written)
 {
     Counts counts;
@@ -75,8 +78,8 @@ void remove(CQoCollDb& db, QoFileDbItemPtr& item)
     db.deleteFile(item);
 }
 
-/// Takes the deleted records out and sets the others to unchanged: only once all is committed, so
-/// that a save that failed can be repeated.
+/// Removes the deleted records and sets the others to unchanged. To be called only after the
+/// commit.
 void settle(QoFileDbItemArray& files, const QoFileDbItemArray& written, const Counts& counts)
 {
     if (counts.deleted > 0)
@@ -139,7 +142,7 @@ void CQoCollection::saveToDb(QoFileDbItemArray& files,
     progress->setRange(IQoProgress::rangeKnown, files.GetSize());
     QoFileDbItemArray written;
     QoFileDbItemArray gotIds;
-    // What was not committed has no row, and so no id.
+    // A record that was not committed has no row and therefore no id.
     const auto takeBackIds = [&]
     {
         for (QoFileDbItemPtr& item : gotIds)

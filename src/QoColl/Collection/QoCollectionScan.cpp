@@ -17,13 +17,22 @@
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 
+// The walk of the root folders, and the comparison of what it found with the records.
+//
+// Change detection: a known file is read again when its write time is later than the stored one;
+// size and creation time are not compared. Stored 12:00:
+//
+//   on the disk 12:00, larger     not read (the content changed without a new write time)
+//   on the disk 11:00             not read (an older copy was put back)
+//   on the disk 12:01             read, and the record is modified
+
 namespace
 {
 using qo::log;
 namespace level = qo::level;
 namespace dbState = qo::dbState;
 
-/// Whether another file of the same name but for its case is there beside the one stored.
+/// Whether the stored file still exists beside a found one whose name differs in case alone.
 bool isTwin(const QoFileDbItemPtr& stored, const CString& found)
 {
     qo::FileInfo info;
@@ -39,13 +48,13 @@ QoFileDbItemPtr makeRecord(const CString& path)
     return item;
 }
 
-/// The stored record as that of the found file. One that was renamed in its case alone gets the
-/// spelling of the disk, which is the one that opens; if its write time is another, it is another
-/// file under that name, to be read anew.
+/// Uses the stored record for a file that was found. If the file was renamed in case alone, the
+/// record gets the spelling of the disk, since that is the one that can be opened; if its write
+/// time is different too, it is another file under that name and must be read.
 QoFileDbItemPtr takeOver(const QoFileDbItemPtr& stored, const qo::FoundFile& found)
 {
     const bool sameSpelling = stored->path == found.path;
-    // Whoever else holds the record still sees it as deleted.
+    // Another holder of the record must still see it as deleted, so it gets a copy.
     const bool isShared = stored.use_count() > 1;
     const QoFileDbItemPtr item =
         sameSpelling && !isShared ? stored
@@ -98,7 +107,7 @@ void CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
         if (progress->isCanceled())
             return;
         CString path = finder.getFilePath();
-        // The path of a device holds its id in place of the drive it has for the moment.
+        // The path of a device contains its id instead of its present drive.
         if (rootDir.isUSB())
             path = CQoCollPath(
                        CQoCollPath::usb, rootDir.getDevice(), CQoCollPath(path).getComponents())
@@ -139,7 +148,8 @@ void CQoCollection::checkPhysicalChanges(QoFileDbItemArray& files,
                      files,
                      u"CQoCollection::checkPhysicalChanges : file not in root dirs, will be "
                      u"deleted from db: %s");
-        // Where every record was marked before the walk, one that is unmarked was examined by it.
+        // If every record was marked before the walk, one that is no longer marked was examined by
+        // it.
         else if (item->dbState == dbState::unchanged && !knownWereMarked)
             checkKnownFile(item, files, progress);
     }
@@ -229,7 +239,7 @@ QoFileDbItemPtr CQoCollection::recordOfKnown(const qo::FoundFile& file, int inde
     const QoFileDbItemPtr& stored = m_fileDbItems[index];
     if (isTwin(stored, file.path))
     {
-        // The known one keeps its place; a second of that name cannot stand beside it.
+        // The known file keeps its record; a second one of that name cannot have its own.
         log(level::error, u"found duplicated db file: %s", file.path);
         return {};
     }
@@ -253,7 +263,7 @@ bool CQoCollection::checkUpdateFileInfo(QoFileDbItemPtr& item,
     case CQoCollPath::drive:
     case CQoCollPath::network:
     case CQoCollPath::usb:
-        // What the walk of this very scan saw spares a second look at a file that has not changed.
+        // The walk of this scan has seen the write time: an unchanged file needs no further look.
         if (seenModified && item->dbState == dbState::unchanged &&
             CQoCollDbUtils::compareFILETIMEs(*seenModified, item->modifTime) <= 0)
             return false;
@@ -322,7 +332,7 @@ bool CQoCollection::checkLogicalPluginFilePhysicalChanges(QoFileDbItemPtr& item,
 
 bool CQoCollection::checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr&, bool)
 {
-    // What lies behind a physical plug-in is examined once, when it is listed.
+    // Files of a physical plug-in are examined once, when they are listed.
     return false;
 }
 

@@ -5,18 +5,18 @@
 
 #include <cstdint>
 
-/// One change that a host asks of a loaded collection.
+/// One change that a host wants in a loaded collection.
 struct CQoFileChangeInfo
 {
     enum EAction : std::uint8_t
     {
         noAction = 0,
-        addVelmoraFile = 1, ///< takes the prepared record
+        addVelmoraFile = 1, ///< adds a file with the prepared record m_dbItem
         scan = 2,
         move = 3,
         remove = 4
     };
-    /// Whether a scan marks the files it meets as imported.
+    /// Whether a scan marks the files that it finds as imported.
     enum ESetImportedAction : std::uint8_t
     {
         setImported = 0,
@@ -26,7 +26,7 @@ struct CQoFileChangeInfo
     enum EScanFileType : std::uint8_t
     {
         ordinaryFile = 0,
-        importedFile = 1 ///< its parameters get an imported media type
+        importedFile = 1 ///< its parameters get the media type of imported files
     };
 
     EAction m_action = noAction;
@@ -36,6 +36,7 @@ struct CQoFileChangeInfo
     CString m_newPath;        ///< target of a move
     bool m_rescan = false;    ///< read the file again after the move
     QoFileDbItemPtr m_dbItem; ///< a prepared record, or null
-    /// A move or deletion leaves the folders on the disk alone: for what happened there already.
+    /// A move or removal does not remove empty folders from the disk: for changes that happened
+    /// there already.
     bool m_keepEmptyDirs = false;
 };

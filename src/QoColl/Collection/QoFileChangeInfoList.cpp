@@ -10,7 +10,7 @@ namespace
 {
 using Info = CQoFileChangeInfo;
 
-/// Paths are equal exactly when these texts are, but for case.
+/// A form in which equal paths have equal texts, but for case.
 CString normalForm(const CString& path)
 {
     const bool isNormal = path.GetLength() > 2 && path[2] == u'\\' &&
@@ -21,7 +21,7 @@ CString normalForm(const CString& path)
 
 [[noreturn]] void throwEntryNotMade()
 {
-    constexpr int line = 106; // the place that hosts know from their logs
+    constexpr int line = 106; // hosts know this position from their logs
     qo::throwOutOfMemory({u".\\QoColl\\QoCollUtils", line});
 }
 
@@ -80,7 +80,7 @@ try
     if (index >= 0)
     {
         Info* const known = GetAt(index);
-        // Handed in once more by somebody who got it from here: it must not be deleted.
+        // A caller passes an entry that is in the list already: it must not be deleted.
         if (known == info)
         {
             owned.release();
@@ -91,7 +91,7 @@ try
     }
     if (copy)
         owned = std::make_unique<Info>(*info);
-    // The index catches up at the next look-up, which spares it for lists that only grow.
+    // The index is extended at the next look-up, so a list that is only filled never builds it.
     Base::Add(owned.get());
     return owned.release();
 }
@@ -102,7 +102,7 @@ catch (const std::bad_alloc&)
 
 int CQoFileChangeInfoList::indexOf(const CString& path) const
 {
-    // Somebody who sees only the base class has cut the list.
+    // A caller through the base class may have shortened the list.
     if (m_indexed > GetSize())
         dropIndexes();
     while (m_indexed < GetSize())

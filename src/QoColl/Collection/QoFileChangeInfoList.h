@@ -6,10 +6,15 @@
 
 #include <unordered_map>
 
-/// What a host wants changed in one go: at most one change for a path, the last one. Paths are
-/// compared as paths, without regard to case. An entry keeps its path while it stands in the list;
-/// its other fields are free. What is handed to addChangeInfo() is deleted also when that fails:
-/// out of memory ends in qo::throwOutOfMemory(), with the list as it was.
+/// The changes that a host wants in one go, at most one for each path: a later change of the same
+/// path replaces the earlier one. Paths are compared as paths, without regard to case. The path of
+/// an entry must not be changed while it is in the list; its other fields may be. An entry that is
+/// given to addChangeInfo() is deleted even if that fails: out of memory ends in
+/// qo::throwOutOfMemory(), with the list as it was.
+///
+///   CQoFileChangeInfoList changes;
+///   changes.addFileToMove(u"C:\\M\\a.mp3", u"C:\\M\\b.mp3", false);
+///   changes.addFileToDelete(u"c:\\m\\A.mp3");     // replaces the move: one entry
 class QO_API CQoFileChangeInfoList : public CAutoListT<CQoFileChangeInfo>
 {
 public:
@@ -22,29 +27,29 @@ public:
     CQoFileChangeInfoList(const CQoFileChangeInfoList&) = delete;
     CQoFileChangeInfoList& operator=(const CQoFileChangeInfoList&) = delete;
 
-    // Each returns the entry in the list, which keeps it.
+    // Each returns the entry, which belongs to the list.
     CQoFileChangeInfo* addVelmoraFile(const CString& path, const QoFileDbItemPtr& item);
     CQoFileChangeInfo* addFileToScan(const CString& path,
                                      CQoFileChangeInfo::EScanFileType type,
                                      CQoFileChangeInfo::ESetImportedAction importedAction);
     CQoFileChangeInfo* addFileToMove(const CString& path, const CString& newPath, bool rescan);
     CQoFileChangeInfo* addFileToDelete(const CString& path);
-    /// Takes info over; with copy a copy of it. An entry of that path is overwritten field by
-    /// field; info is then deleted unless copy is set.
+    /// Takes ownership of info, or copies it if copy is set. If there is an entry of that path, it
+    /// is overwritten field by field, and info is deleted unless copy is set.
     CQoFileChangeInfo* addChangeInfo(CQoFileChangeInfo* info, bool copy);
 
-    /// Null if absent.
+    /// Null if there is no change of that path.
     CQoFileChangeInfo* findChangeInfo(const CString& path) const;
     CQoFileChangeInfo::EAction getAction(const CString& path) const;
 
-    /// As addChangeInfo without a copy; the index of the entry in the list.
+    /// Like addChangeInfo() without a copy; returns the index of the entry.
     int Add(CQoFileChangeInfo* info);
-    /// Copies every entry; the index behind the former last one.
+    /// Copies every entry; returns the former number of entries.
     int Append(const CQoFileChangeInfoList& other);
     void Copy(const CQoFileChangeInfoList& other);
 
-    // The list's own operations, with the same rule of one change for a path: what adds goes
-    // through addChangeInfo, and an entry that is there already stays where it is.
+    // The operations of the base class, with the same rule of one change for a path: adding goes
+    // through addChangeInfo(), and an entry that is there already keeps its position.
     int addSorted(CQoFileChangeInfo* info, Compare cmp, bool unique) override;
     bool removeBinary(const CQoFileChangeInfo* info, Compare cmp) override;
     int add(CQoFileChangeInfo* info) override { return Add(info); }
@@ -58,7 +63,7 @@ public:
     CQoFileChangeInfo* operator[](int index) const noexcept { return GetAt(index); }
 
 private:
-    // Would put entries in place behind the back of the look-up.
+    // Hidden, since they would change entries without the index.
     using Base::ElementAt;
     using Base::InsertAt;
     using Base::RemoveAll;
@@ -81,7 +86,8 @@ private:
     int indexOf(const CString& path) const;
     void dropIndexes() const noexcept;
 
-    /// By the path's normal form; holds the first m_indexed entries and catches up when asked.
+    /// The index of each entry by the normal form of its path. Holds the first m_indexed entries;
+    /// the rest is added at the next look-up.
     mutable std::unordered_map<CString, int, SamePath, SamePath> m_indexes;
     mutable int m_indexed = 0;
 };

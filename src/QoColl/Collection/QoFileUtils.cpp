@@ -20,8 +20,8 @@ namespace level = qo::level;
 
 constexpr std::chrono::milliseconds lockWait(100);
 
-/// Whether the folder would be empty without that entry. One that is gone already is; one that
-/// cannot be listed may hold anything.
+/// Whether the folder would be empty without that entry. True for a folder that is gone, false for
+/// one that cannot be listed, which may contain anything.
 bool holdsNothingBut(const CQoCollPath& folder, const CString& name)
 {
     constexpr std::size_t enoughToKnow = 2;
@@ -32,14 +32,14 @@ bool holdsNothingBut(const CQoCollPath& folder, const CString& name)
     return names.empty() || (names.size() == 1 && names[0] == name);
 }
 
-/// A folder of a device or server that is away is not gone.
+/// Whether the folder may be removed. A folder of a device or server that is away is not gone.
 bool mayGo(const CQoCollPath& folder, const qo::ProtectedFolders& kept)
 {
     const CString path = folder.toString();
     return !kept.has(folder) && !qo::toSystemPath(path).empty() && !qo::fileSystem().isLink(path);
 }
 
-/// The topmost folder that goes with an empty one.
+/// The topmost of the folders that contain nothing but this empty one.
 CQoCollPath topmostEmpty(CQoCollPath folder, const qo::ProtectedFolders& kept)
 {
     for (;;)
@@ -51,7 +51,8 @@ CQoCollPath topmostEmpty(CQoCollPath folder, const qo::ProtectedFolders& kept)
     }
 }
 
-/// Strictly below a folder where the user keeps media, by the loaded collections or the settings.
+/// Whether it is below (and not itself) a folder of media, by the loaded collections or the
+/// settings.
 bool isBelowRoot(const CQoCollPath& folder)
 {
     const CQoCollPath parent = folder.getParent();
@@ -60,15 +61,15 @@ bool isBelowRoot(const CQoCollPath& folder)
            CQoPaths::isInRootDirs(parent.toString());
 }
 
-/// Removes the folder and those above it up to the topmost, but nothing that has content, so that a
-/// file which came meanwhile stays. Whether the folder went; it is then the last one that did.
+/// Removes the folder and those above it up to the topmost, but none with content. True if the
+/// first folder is gone; folder is then the last one that was removed.
 bool removeUpTo(CQoCollPath& folder, const CQoCollPath& topmost)
 {
     bool removed = false;
     for (CQoCollPath next = folder;; next = next.getParent())
     {
         const int error = qo::fileSystem().removeDirectory(next.toString());
-        // Whatever stops the climb, the folders below have gone already.
+        // If a folder above cannot be removed, those below are gone already.
         if (error != 0 && error != ENOENT)
             return removed;
         removed = true;
@@ -78,7 +79,7 @@ bool removeUpTo(CQoCollPath& folder, const CQoCollPath& topmost)
     }
 }
 
-/// Tries again once after a moment.
+/// Tries a second time after 100 ms, in case another program has the folder open for a moment.
 template <class Remove>
 bool removePatiently(CQoCollPath& folder, Remove remove)
 {
@@ -122,8 +123,7 @@ bool CQoFileUtils::checkRemoveEmptyDir(const CString& dir, bool force)
                                [top = CQoCollPath(topmost)](CQoCollPath& path)
                                { return removeUpTo(path, top); });
     }
-    // With content at stake the folder must lie where the user keeps media, and nothing that is
-    // kept may lie in it.
+    // Content is removed only where the user keeps media, and only if no protected folder is in it.
     const qo::ProtectedFolders kept;
     if (!mayGo(folder, kept) || kept.hasBelow(folder) || !isBelowRoot(folder))
     {

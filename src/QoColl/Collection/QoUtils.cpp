@@ -41,8 +41,8 @@ constexpr MediaExt mediaExts[] = {
     {u"mkv", MediaKind::video},  {u"webm", MediaKind::video}};
 constexpr std::size_t longestExt = 4;
 
-/// An extension folded into a number: the table's fit, and equal extensions give equal numbers.
-/// Every file asks, so the table is searched by halving and without comparing texts.
+/// An extension as a number, made of up to four folded units: equal extensions give equal numbers.
+/// Every file of a scan asks, so the table is searched by halving and without comparing texts.
 template <class Fold>
 constexpr std::uint64_t extKey(std::u16string_view ext, Fold fold)
 {

@@ -13,17 +13,18 @@ namespace
 {
 using Type = CQoUtils::ECollectionType;
 
-/// By the path, so that a folder which was a root once counts for nobody: as own.
+/// By the path of the root folder, so that a former root folder belongs to neither collection and
+/// counts as own.
 Type collectionOfRoot(const CQoUtils::Dir& root)
 {
-    // A root of both is own.
+    // A root folder of both collections counts as own.
     const bool isForeign =
         root && !CQoCollection::m_ownCollection.isRootDirInCollection(root->getPath()) &&
         CQoCollection::m_foreignCollection.isRootDirInCollection(root->getPath());
     return isForeign ? CQoUtils::CT_Foreign : CQoUtils::CT_Own;
 }
 
-/// Of the files that it is shown, one after the other.
+/// The collection of the files that are added one after the other.
 class CollectionOfFiles
 {
 public:
@@ -46,7 +47,7 @@ private:
     const CHDDirectory* m_lastDir = nullptr;
 };
 
-/// Stops at the first group that decides, in the order of the bits.
+/// Whether the mask shows the file: any group whose bit is in the mask does.
 bool isShown(const CQoUtils::File& file, int mask)
 {
     using Group = int (*)(const CQoUtils::File&);
@@ -132,7 +133,7 @@ bool CQoUtils::isObjectVisible(const CheckObject& object, const ShowFilterInfo& 
 {
     if (filter.m_showTypes != ShowFilterInfo::showAll)
     {
-        // The visit comes through only if all files are hidden, or if there are none.
+        // The visit reaches its end only if all files are hidden, or if there are none.
         const auto isHidden = [&](const File& file) { return !isShown(file, filter.m_showTypes); };
         if (qo::visitLinkedFiles(object, isHidden))
             return false;
@@ -157,7 +158,7 @@ bool CQoUtils::existSimilarFileInForeignCollection(const File& file)
     const Artist artist = CLTManager::findLTArtist(file->getDbItem()->artist);
     if (!artist)
         return false;
-    // The title is the cheaper question and rules out most files.
+    // The title is compared first: it is cheaper and excludes most files.
     const auto isNoSuchFile = [&](const File& other)
     {
         return other->getFileType() != CHDFile::FT_Music || !isSimilarFile(file, other) ||

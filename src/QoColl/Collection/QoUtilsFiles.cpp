@@ -22,14 +22,14 @@ bool isMusicFile(const CQoUtils::File& file)
     return file->getFileType() == CHDFile::FT_Music;
 }
 
-/// A file of a removable disk is real, whether or not the disk is here.
+/// A file on a removable disk is real, whether or not the disk is present.
 bool isRealFile(const CQoUtils::File& file)
 {
     const CQoCollPath::EDeviceType type = CQoCollPath::typeOf(file->getPath());
     return type >= CQoCollPath::drive && type <= CQoCollPath::usb;
 }
 
-/// The file's name without its folder, be it a path of any kind or a bare name.
+/// The name of the file without its folder, from a path of any kind or a bare name.
 CString withoutFolder(const CString& name)
 {
     if (name.Find(u'\\') >= 0 && CQoCollPath::typeOf(name) != CQoCollPath::invalid)
@@ -139,8 +139,8 @@ void CQoUtils::getArtistTitleFromFileName(CString name, CString& artist, CString
     constexpr int longestTrackNumber = 2;
     name = withoutFolder(name);
     std::u16string_view rest = name.view();
-    // A track number is dropped, and what follows is a name like any other: it loses what looks
-    // like an extension once more.
+    // After a dropped track number the rest is treated as a name again, so it also loses what looks
+    // like an extension.
     bool hasExtension = true;
     do
     {
@@ -181,7 +181,7 @@ void CQoUtils::getDirSubDirs(const Dir& dir, bool recursive, CPtrListT<CHDDirect
     const int first = dirs.GetSize();
     for (const Dir& subDir : dir->getSubDirs())
         dirs.add(subDir);
-    // The list grows behind what is looked at, so depth costs no stack.
+    // The list grows while it is walked, so no recursion is needed.
     for (int i = first; recursive && i < dirs.GetSize(); ++i)
     {
         const Dir next = dirs[i];

@@ -39,7 +39,7 @@ int countFilesOf(const CPtrListT<X>& objects, const Parents& parents)
     return count;
 }
 
-/// A set cell may well hold no object, hence the flag beside it.
+/// The flag is needed since a cell that is set may hold no object.
 template <class X>
 void copyMissing(bool& isSet, X& cell, bool sourceIsSet, const X& source)
 {
@@ -49,7 +49,7 @@ void copyMissing(bool& isSet, X& cell, bool sourceIsSet, const X& source)
     cell = source;
 }
 
-/// The address at the end tells apart what looks the same; it keeps the order total.
+/// Objects that look the same are ordered by address, which makes the order total.
 template <class X>
 int compareNames(const boost::shared_ptr<X>& a, const boost::shared_ptr<X>& b, int kindA, int kindB)
 {
@@ -81,7 +81,7 @@ int CQoUtils::compareLTObjectsByType(const boost::shared_ptr<CLTObject>& a,
 
 int CQoUtils::compareCheckObjectByType(const CheckObject& a, const CheckObject& b)
 {
-    // Within the two trees the finer order of each applies.
+    // Objects of the same tree have a finer order.
     const CQoCheckObject::ECheckObjectType type = a->getObjectType();
     if (type == b->getObjectType() && type == CQoCheckObject::OT_Physical)
         return compareHDObjectsByType(boost::static_pointer_cast<CHDObject>(a),
@@ -211,7 +211,7 @@ eItemSource CQoUtils::getArtistNonMusicFilesSource(const Artist& artist)
 {
     eItemSource source = IPostProcessingQueue::sourceNone;
     bool isFirst = true;
-    // Pictures and texts are no music either, but say nothing of what the artist is to the user.
+    // Pictures and texts are not music either, but say nothing about the artist.
     const auto isSame = [&](const File& file)
     {
         if (file->getFileType() != CHDFile::FT_Music ||
@@ -235,13 +235,13 @@ CString CQoUtils::getAlbumCoverPath(const Album& album)
 {
     CString lastTried;
     CString cover;
-    // The tracks come ahead of the picture files.
+    // Tracks are visited before picture files.
     const auto isNoCover = [&](const File& file)
     {
         const bool isPicture = file->getFileType() == CHDFile::FT_Picture;
         const CString path =
             isPicture ? getRealPath(file->getPath()) : file->getDbItem()->picturePath;
-        // The tracks of an album share one picture as a rule.
+        // Usually all tracks of an album have the same picture.
         if (path.IsEmpty() || path == lastTried)
             return true;
         lastTried = path;

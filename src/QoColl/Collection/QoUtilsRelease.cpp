@@ -25,8 +25,8 @@ void releaseLTObjects(const CQoUtils::File& file)
     }
 }
 
-/// The directory with all below it, so that each stands behind all that is below it when the list
-/// is walked backwards, and sub-directories come in order.
+/// The directory and everything below it, in such an order that, walked backwards, each directory
+/// comes after everything below it and sub-directories come in order.
 std::vector<CQoUtils::Dir> dirsDownFrom(const CQoUtils::Dir& dir)
 {
     std::vector<CQoUtils::Dir> dirs;
@@ -44,8 +44,8 @@ std::vector<CQoUtils::Dir> dirsDownFrom(const CQoUtils::Dir& dir)
 
 void CQoUtils::releaseHDFile(const File& file)
 {
-    // Held until the end: the argument may be the directory's own handle, and the file's handle to
-    // the directory the last one.
+    // Both are held until the end: the argument may be a reference to the directory's own handle,
+    // and the file's handle to the directory may be the last one.
     const File kept = file;
     const Dir dir = kept->getParentDir();
     if (dir)
@@ -58,8 +58,8 @@ void CQoUtils::releaseHDDir(const Dir& dir)
     for (std::vector<Dir> dirs = dirsDownFrom(dir); !dirs.empty(); dirs.pop_back())
     {
         CHDDirectory& current = *dirs.back();
-        // Goes by the place in this very list, whatever the file says of its path and parent: the
-        // first one is always found, so the list gets shorter each time.
+        // Takes the first file of this list each time, whatever its path and parent say, so the
+        // list gets shorter with every step.
         while (!current.getFiles().IsEmpty())
         {
             const File file = current.getFiles()[0];

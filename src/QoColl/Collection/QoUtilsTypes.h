@@ -9,7 +9,7 @@
 
 namespace qo
 {
-/// The types of CQoUtils, under whose name everybody knows them.
+/// The types that CQoUtils shows under its own name; here so that they can be used without it.
 class QoUtilsTypes
 {
 public:
@@ -22,12 +22,12 @@ public:
     using Artist = boost::shared_ptr<CLTArtist>;
     using Genre = boost::shared_ptr<CLTGenre>;
 
-    /// Which collection an object belongs to; also a query for one.
+    /// Which collection an object belongs to, or which one a query asks for.
     enum ECollectionType : int
     {
-        CT_Own = 0, ///< also the answer when nothing decides
+        CT_Own = 0, ///< also when nothing decides
         CT_Foreign = 1,
-        CT_Both = 2, ///< any of the two in a query, some of each in an answer
+        CT_Both = 2, ///< in a query either of both, in an answer files of both
         CT_InplaceConverted = 3,
         CT_SearchResults = 4
     };
@@ -39,7 +39,7 @@ public:
     /// Which objects a view shows.
     struct ShowFilterInfo
     {
-        /// A file has one bit of each group.
+        /// The bits of a mask. A file has exactly one bit of each pair or triple.
         enum EShowType : int
         {
             ST_Audio = 1,
@@ -68,8 +68,8 @@ public:
         int m_showTypes = showAll; ///< mask of EShowType
     };
 
-    /// What a view has chosen above the object in question. A flag says that its cell is set; a set
-    /// cell without an object, or with an unknown one, stands for what has no such name.
+    /// What a view has selected above the object in question. A flag says whether its cell is set;
+    /// a set cell without an object, or with an unknown one, means "without such a name".
     struct ParentItemsInfo
     {
         bool m_hasGenre = false;

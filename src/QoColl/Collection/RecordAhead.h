@@ -6,14 +6,14 @@
 
 namespace qo
 {
-/// Records, their texts and their files lie anywhere in memory: a walk over them tells the
-/// processor in time of those that come next.
+/// Asks the processor to load records before a walk reaches them: records, their texts and their
+/// files are scattered in memory, and waiting for each would take most of the time of a load.
 class RecordAhead
 {
 public:
     explicit RecordAhead(const QoFileDbItemArray& items) : m_items(items) {}
 
-    /// The walk is at that index.
+    /// To be called when the walk is at that index.
     void announce(int index) const
     {
         if (index < 0 || index + recordsAhead >= m_items.GetSize())

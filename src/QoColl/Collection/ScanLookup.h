@@ -7,21 +7,23 @@
 
 namespace qo
 {
-/// A file that a walk found.
+/// A file that the walk found.
 struct FoundFile
 {
     CString path;
     FILETIME modified; ///< the write time that the walk saw
 };
 
-/// CQoCollDbUtils::findQoDbFileItem for a walk: most files lie right behind the one before, where a
-/// look at the neighbours gives the answer of the whole search. In a sorted array a record between
-/// a smaller and a larger neighbour is the only equal one, and a gap between them the only place.
+/// Does what CQoCollDbUtils::findQoDbFileItem does, but quickly for the files of a walk: most of
+/// them follow the one before, where comparing with the neighbours is enough. In a sorted array a
+/// record between a smaller and a larger neighbour is the only equal one, and a gap between them is
+/// the only position for a new one. Not for several threads at once.
 class ScanLookup
 {
 public:
     explicit ScanLookup(const QoFileDbItemArray& items) : m_items(items), m_ahead(items) {}
 
+    /// True with the index of the record of that path, else false with the index where it belongs.
     bool find(const CString& path, int& index)
     {
         m_ahead.announce(m_next);
@@ -40,7 +42,7 @@ private:
             return 1;
         return index >= m_items.GetSize() ? -1 : path.CompareNoCase(m_items[index]->path);
     }
-    /// True when the place was found; m_gap then says that no record is there.
+    /// True if the position is next to the last one; m_gap then says that no record is there.
     bool nearby(const CString& path, int& index)
     {
         if (m_next < 0 || m_next > m_items.GetSize() || compareAt(path, m_next - 1) <= 0)
@@ -55,7 +57,7 @@ private:
 
     const QoFileDbItemArray& m_items;
     RecordAhead m_ahead;
-    int m_next = -1; ///< where the next file of the walk is expected
+    int m_next = -1; ///< index at which the next file of the walk is expected
     bool m_gap = false;
 };
 } // namespace qo

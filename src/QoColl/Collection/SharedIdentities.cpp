@@ -9,7 +9,7 @@ namespace qo
 {
 namespace
 {
-/// A look through so many records costs about as much as sending one row's values.
+/// Looking through this many records costs about as much as writing one row.
 constexpr std::size_t recordsPerStatement = 64;
 } // namespace
 
@@ -50,7 +50,7 @@ SharedIdentities::SharedIdentities(const QoFileDbItemArray& files,
 
 bool SharedIdentities::mayBeShared(const CString& velmoraId) const
 {
-    // A stored row may still lack the identity that its record got since.
+    // A stored row may lack an id that its record has got since.
     return !m_isKnown || velmoraId.IsEmpty() || m_shared.contains(velmoraId.view());
 }
 } // namespace qo

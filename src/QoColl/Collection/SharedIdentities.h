@@ -10,16 +10,18 @@ class CQoCollDb;
 
 namespace qo
 {
-/// Which of the new records of a save have an identity that another row may have too. The
-/// fingerprint values of a row go to every row of its identity; for one that stands alone its own
-/// insertion has written them already. Looking through all records pays only for many new ones:
-/// for few, every identity counts as shared.
+/// Which of the new records of a save have a lasting id (velmoraId) that other rows may have too.
+/// The fingerprint values of a row must be written to all rows of its id; for an id with one row,
+/// the insertion has already written them. Finding out costs a look at all records, which pays only
+/// when many are new; when few are, every id counts as shared.
 class SharedIdentities
 {
 public:
-    /// The records must stay as they are while this lives.
+    /// Looks through files and, for ids of other collections, the database. The records must not
+    /// change while this object lives.
     SharedIdentities(const QoFileDbItemArray& files, CQoCollDb& db, const CString& collId);
 
+    /// False only if no other row can have that id.
     bool mayBeShared(const CString& velmoraId) const;
 
 private:

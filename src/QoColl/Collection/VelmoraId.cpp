@@ -13,7 +13,7 @@ constexpr std::int64_t ticksPerMillisecond = ticksPerSecond / 1000;
 struct LastId
 {
     CCriticalSection lock;
-    std::int64_t millisecond = 0; ///< of the clock; within one the text before the suffix stays
+    std::int64_t millisecond = 0; ///< of the last id; text is valid for it
     CalendarTime time;
     CString text;
     int counter = 0;
@@ -34,7 +34,7 @@ CString makeVelmoraId()
     bool isRepeated = millisecond == last.millisecond;
     if (!isRepeated)
     {
-        // The hour that comes twice in autumn may bring the same time again.
+        // The hour that is repeated in autumn may give the same local time again.
         const CalendarTime time = systemClock().localTime();
         isRepeated = time == last.time;
         last.millisecond = millisecond;
