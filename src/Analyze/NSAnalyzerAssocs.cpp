@@ -99,8 +99,8 @@ void spread(const AssocMap& agreed, const List& children, CMapStringToPtr& store
 /// Settles one directory after the other, each after its sub-directories, and hands the item counts
 /// of sub-directories on to their parent, so that no item is counted twice.
 ///
-///   Music/{A (10 files), B (5 files)}: after A and B m_counts is {10, 5}; settling Music takes both
-///   off the end and pushes 2 + 10 + 5 = 17.
+///   Music/{A (10 files), B (5 files)}: after A and B m_counts is {10, 5}; settling Music takes
+///   both off the end and pushes 2 + 10 + 5 = 17.
 class Settlement
 {
 public:
