@@ -10,12 +10,13 @@
 
 namespace qo
 {
-/// The row id in a column. Records hold it in an int; one outside 1 to 2147483647, which only a
-/// foreign hand can have stored, throws CSQLiteException*: cut, it would name another row.
+/// The row id in a column. Records keep ids in an int; an id outside of 1 to 2147483647, which can
+/// only come from another program, throws CSQLiteException*: cut to an int it would name another
+/// row.
 int rowIdField(const CSQLiteQueryResult& row, int column);
 
-/// A new record for a row that is being read. Out of memory is logged with the reader's complaint
-/// and gives an empty handle, at which the reader stops and keeps what it has.
+/// A new record for a row that is being read. When memory runs out, complaint is logged and the
+/// result is empty; the reader then stops and keeps what it has.
 template <class T>
 boost::shared_ptr<T> newRow(const char16_t* complaint)
 {

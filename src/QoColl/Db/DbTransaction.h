@@ -7,8 +7,8 @@ class CQoCollDb;
 
 namespace qo
 {
-/// A transaction of a block: what leaves the block without commit() leaves the database as it was,
-/// and never throws for it. It must end before its database does.
+/// A transaction for a scope: leaving the scope without commit() undoes everything, and never
+/// throws. It must end before its database object does.
 class QO_API DbTransaction
 {
 public:
@@ -18,7 +18,7 @@ public:
     DbTransaction(const DbTransaction&) = delete;
     DbTransaction& operator=(const DbTransaction&) = delete;
 
-    /// Throws CSQLiteException* when the commit fails; then nothing is stored.
+    /// Stores everything. Throws CSQLiteException* on failure; then nothing is stored.
     void commit();
 
 private:

@@ -16,8 +16,8 @@ namespace qo
 {
 namespace
 {
-/// The columns that a record is read from, by position. Written, each is the parameter of its
-/// position plus 1.
+/// The columns that a record is read from, by their position in the query. In statements that
+/// write, a column's parameter is its position plus 1.
 enum Column : int
 {
     colId,
@@ -61,7 +61,8 @@ constexpr int parameterOf(Column column)
 constexpr int paramFpParams = colCount + 1;
 constexpr int paramLyrics = colCount + 2;
 
-/// The columns in the table's own order: the lyrics stand behind the year, the rest at the end.
+/// Calls take(name, parameter) for each column in the order of the table, which differs from that
+/// of the query: the lyrics come after the year, the rest at the end.
 template <class Take>
 void forEachTableColumn(Take take)
 {
@@ -91,7 +92,7 @@ CString selectFiles(const char16_t* extraColumn, const char16_t* condition)
 
 CString insertFileText()
 {
-    // Without the names: compiling them as well would take longer than storing the row.
+    // Without column names: compiling these too would take longer than storing the row.
     CString sql;
     forEachTableColumn([&sql](const char16_t*, int parameter)
                        { sql.AppendFormat(sql.IsEmpty() ? u"?%d" : u",?%d", parameter); });
@@ -197,7 +198,8 @@ void FileRowReader::readFields(QoFileDbItem& item, const CSQLiteQueryResult& row
     item.clipUid = CString(row.textView(colClipUid));
 }
 
-/// Neighbouring rows mostly have the same artist, album, year: that is asked before the pool.
+/// Neighbouring rows mostly have the same artist, album and year, so the last text is compared
+/// before the pool is searched.
 const CString& FileRowReader::shared(const CSQLiteQueryResult& row, int column, CString& last)
 {
     const char16_t* const text = row.GetTextField(column);

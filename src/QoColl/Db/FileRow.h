@@ -5,30 +5,33 @@
 #include "types/String.h"
 #include "types/TextPool.h"
 
-/// The file record as rows of FILE_T: the one list of its columns and what is made of it.
+/// The mapping between a file record (QoFileDbItem) and a row of FILE_T: the only list of its
+/// columns, and the statements that are made from it.
 namespace qo
 {
-/// The place of the one column that some statements read behind those of the record.
+/// The position of the one additional column that some statements read after those of the record.
 constexpr int extraFileColumn = 22;
 
-/// What bindFileRow() binds besides the record's columns.
+/// What bindFileRow() binds in addition to the record's columns; bits of a mask.
 constexpr int bindFileId = 1;
 constexpr int bindFileLyrics = 2;
 
 /// "SELECT <columns> <extra>FROM   FILE_T <condition>".
 CString selectFiles(const char16_t* extraColumn, const char16_t* condition);
-/// The collection id is its parameter fileCollIdParameter. Relies on what checkFileColumns()
-/// checks.
+/// The statement that inserts a record. The collection id is its parameter fileCollIdParameter. It
+/// names no columns, so it needs the order that checkFileColumns() checks.
 CString insertFileText();
 constexpr int fileCollIdParameter = 99;
-/// Throws CSQLiteException* if the table's columns are not those of this version, in their order. A
-/// missing table is left for the statement to find.
+/// Throws CSQLiteException* if the table does not have exactly the columns of this version, in
+/// their order. A missing table is not reported here.
 void checkFileColumns(const CSQLiteDB& db);
 CString updateFileText(bool withLyrics);
 
+/// Sets the parameters of such a statement from a record.
 void bindFileRow(const QoFileDbItem& item, int mask, CSQLiteStatement& statement);
 
-/// Reads the records of many rows; texts that rows share are kept once.
+/// Reads many rows into records; texts that rows share (artist, album, year and so on) are stored
+/// once. Made for one query; not for several threads at once.
 class FileRowReader
 {
 public:

@@ -9,6 +9,9 @@
 #include <memory>
 #include <new>
 
+// Connection and transactions. A transaction object must end in the function that its caller chose,
+// whatever fails there, so these functions take the pointer away first.
+
 CQoCollDb::CQoCollDb(const CString& path) : m_db(path)
 {
     m_db.Open();
@@ -19,8 +22,8 @@ CQoCollDb::~CQoCollDb() = default;
 CSQLiteDbTransaction* CQoCollDb::beginTransaction(eSQLiteTransactionType type,
                                                   eSQLiteEndTransaction end)
 {
-    // A large save would write its pages out and read them back several times over. They are taken
-    // only as they are touched, and given back with the connection.
+    // The default cache is too small for a large save, which would write its pages to the disk and
+    // read them back several times. 64 MiB are used only as needed, and freed with the connection.
     if (type == eSQLiteTransactionType::immediate)
     {
         CSQLiteStatement cacheSize = m_db.CompileStatement(u"PRAGMA cache_size = -65536;");
@@ -31,7 +34,8 @@ CSQLiteDbTransaction* CQoCollDb::beginTransaction(eSQLiteTransactionType type,
 
 namespace
 {
-/// The caller's pointer is null before the end is tried: whatever happens there, it is gone.
+/// The caller's pointer becomes null before the transaction ends, since it is gone whatever
+/// happens.
 void endTransaction(CSQLiteDbTransaction*& transaction)
 {
     CSQLiteDbTransaction* const ending = transaction;
@@ -62,12 +66,13 @@ void CQoCollDb::abandonTransaction(CSQLiteDbTransaction*& transaction) noexcept
     }
     catch (CSQLiteException* raw)
     {
-        // A full disk or a failed commit has rolled back already, and closing does the rest.
+        // After a full disk or a failed commit SQLite has rolled back itself, and closing the
+        // connection does the rest.
         const std::unique_ptr<CSQLiteException> exception(raw);
     }
     catch (const std::bad_alloc&)
     {
-        // Closing rolls back as well.
+        // Closing the connection rolls back.
         return;
     }
 }
@@ -82,7 +87,8 @@ int CQoCollDb::takeRowId(const char16_t* table)
     const std::int64_t rowId = m_db.LastInsertRowId();
     if (rowId >= 0 && rowId <= std::numeric_limits<int>::max())
         return static_cast<int>(rowId);
-    // Records hold their id in an int; a cut one would name another row.
+    // Records keep ids in an int, and an id that is cut would name another row: the row is deleted
+    // again.
     CString sql;
     sql.Format(u"DELETE FROM %s WHERE rowid = ?1", table);
     CSQLiteStatement statement = m_db.CompileStatement(sql);

@@ -5,9 +5,15 @@
 #include "types/Forward.h"
 
 /// The collection database: files, sessions, playlists, collections, streams, shares and inplace
-/// files. An object lives for one operation on one thread and has the connection open. Failures
-/// are thrown CSQLiteException*, unless stated otherwise; a stored id outside 1 to 2147483647 is
-/// one. Reading operations empty their array first.
+/// files (docs/database.md describes the tables). An object lives for one operation, on one thread,
+/// and keeps the connection open. Failures are thrown as CSQLiteException*, which the catcher
+/// deletes, unless stated otherwise; a stored id outside of 1 to 2147483647 is such a failure.
+/// Functions that fill an array empty it first. Waiting for another process takes up to a minute.
+///
+///   CQoCollDb db(path);
+///   qo::DbTransaction transaction(db);
+///   db.insertFile(item, collId);      // sets item->id
+///   transaction.commit();
 class QO_API CQoCollDb
 {
 public:
@@ -17,70 +23,80 @@ public:
         unsigned int maxJingleDuration = 0;
     };
 
+    /// Opens the database; an absent file is created, empty and without tables.
     explicit CQoCollDb(const CString& path);
     virtual ~CQoCollDb();
     CQoCollDb(const CQoCollDb&) = delete;
     CQoCollDb& operator=(const CQoCollDb&) = delete;
 
-    static const char16_t* currentVersion() noexcept; ///< of the schema that is written
-    /// The stored version of an existing file; false if there is no file, it is no database or it
-    /// bears no version. Changes nothing.
+    static const char16_t* currentVersion() noexcept; ///< of the schema that this version writes
+    /// The stored version of an existing file. False if there is no file, it is not a database, or
+    /// it has no version. Changes nothing.
     static bool readVersion(const CString& path, CString& version);
-    /// Whether the file has the current version; exists says whether it has any. True, with exists
-    /// untouched, if the file cannot be opened. An absent file is made, empty.
+    /// Whether the file has the current version; exists says whether it has any version. True, with
+    /// exists unchanged, if the file cannot be opened. An absent file is created, empty.
     static bool checkVersion(const CString& path, bool& exists);
-    /// Leaves a database of the current version alone and makes an absent or empty one. A file that
-    /// is no sound database is renamed to "<path>.unreadable-<date>_<time>" and replaced by an
-    /// empty one. One of another version is left alone with a line in the log: ask readVersion()
-    /// first.
+    /// Makes sure that there is a database:
+    ///
+    ///   current version            left as it is
+    ///   absent or empty            tables are made
+    ///   another version            left as it is, with a log line: ask readVersion() first
+    ///   not a readable database    renamed to "<path>.unreadable-<date>_<time>", and an empty
+    ///                              one is made
     static void CreateDatabaseIfNotValid(const CString& path, const ConfigInfo& config);
 
-    /// A new transaction, which the caller ends with one of the three operations behind it; each
-    /// takes the pointer away.
+    /// A new transaction. The caller must end it with one of the next three functions, each of
+    /// which sets the pointer to null. qo::DbTransaction does that for a scope.
     CSQLiteDbTransaction* beginTransaction(eSQLiteTransactionType type, eSQLiteEndTransaction end);
-    /// The pointer is null even if the commit throws.
+    /// The pointer becomes null even if the commit throws.
     void commitTransaction(CSQLiteDbTransaction*& transaction);
     void rollbackTransaction(CSQLiteDbTransaction*& transaction);
-    /// For handlers of a failure: rolls back what SQLite has not rolled back itself.
+    /// For use after a failure: rolls back whatever SQLite has not rolled back itself.
     void abandonTransaction(CSQLiteDbTransaction*& transaction) noexcept;
 
-    /// Each gives false and leaves the item alone if there is no such file. Lyrics and fingerprint
-    /// are not read.
+    /// Each returns false and leaves item unchanged if there is no such file. Lyrics and
+    /// fingerprint values are not read.
     bool getFileByClipID(const CString& clipUid, QoFileDbItemPtr& item);
     bool getFileFromDevice(int id, QoFileDbItemPtr& item);
     bool getFile(const CString& velmoraId, QoFileDbItemPtr& item);
-    /// In path order. Without the filter the rows of every collection.
+    /// All files of a collection in path order; without filter those of every collection. One query
+    /// of the whole table: seconds for a million rows.
     void getAllFiles(QoFileDbItemArray& items, bool withLyrics, const CString& collId, bool filter);
+    /// Whether the user's own collection has any file.
     bool hasOwnCollFiles() const;
-    /// An id of 0 is replaced by the new row's. Throws if FILE_T has other columns.
+    /// An id of 0 becomes that of the new row. Throws if FILE_T has other columns than this
+    /// version.
     void insertFile(QoFileDbItemPtr& item, const CString& collId);
-    /// The whole record but its collection, and the lyrics only if they are loaded.
+    /// Writes the whole record except its collection; the lyrics only if lyricsLoaded is set.
     void updateFile(QoFileDbItemPtr& item);
+    /// Each writes one column of the record's row.
     void updateFileFlags(QoFileDbItemPtr& item);
     void updateFileParams(QoFileDbItemPtr& item);
     void deleteFile(QoFileDbItemPtr& item);
-    /// Every row of that identity, in every collection.
+    /// Changes every row with that lasting id, in every collection.
     void setReviewed(const CString& velmoraId, bool reviewed);
-    /// Loads the lyrics of exactly one record; of none if there are more.
+    /// Loads the lyrics of one record; with more than one record in the array, of none.
     void getLyrics(QoFileDbItemArray& items);
-    /// The newest media files of the user's own collection, those of a session; in path order.
+    /// The newest media files of the user's own collection; the files of a session. Both in path
+    /// order.
     void getLastTracks(int count, QoFileDbItemArray& items);
     void getSessionTracks(int session, QoFileDbItemArray& items);
-    /// The identities of the rows of every collection but this one.
+    /// The lasting ids of the rows of every collection but this one.
     void getVelmoraIdsOfOthers(const CString& collId, CStringArray& ids);
     bool getFPCutInfo(const CString& velmoraId, FpCutInfoDbItem& item);
-    /// An unknown identity is logged and changes nothing.
+    /// An unknown lasting id is logged and changes nothing.
     void setFPCutInfo(const FpCutInfoDbItem& item);
 
     bool getSession(int id, boost::shared_ptr<QoSessionDbItem>& item);
-    /// By source, newest first; with a limit above 0 at most that many for each source.
+    /// Sorted by source, the newest first; with a limit above 0 at most that many for each source.
     void getAllSessions(CArray<QoSessionQueryItem>& items, int limitPerSource);
     void insertSession(boost::shared_ptr<QoSessionDbItem>& item);
     void deleteSession(int id);
     void updateSessionEndTime(boost::shared_ptr<QoSessionDbItem>& item);
 
     int getUserPlaylistsCount();
-    /// The prefix is a LIKE pattern and stands in the statement as it is: a quote in it throws.
+    /// The prefix is a pattern for LIKE and becomes part of the statement as it is, so a quote in
+    /// it throws.
     void getAllUserPlaylists(DbItemArray<QoPlaylistDbItem>& items, const CString& prefix);
     void insertPlaylist(boost::shared_ptr<QoPlaylistDbItem>& item);
     void updatePlaylist(boost::shared_ptr<QoPlaylistDbItem>& item);
@@ -89,7 +105,7 @@ public:
 
     void getAllInplaceFiles(DbItemArray<QoInplaceFileDbItem>& items);
     void insertInplaceFile(boost::shared_ptr<QoInplaceFileDbItem>& item);
-    /// Rows are read newest first and never changed: these two do nothing, the third is false.
+    /// Rows are never changed: the first two do nothing, the third returns false.
     void updateInplaceFile(boost::shared_ptr<QoInplaceFileDbItem>& item);
     void deleteInplaceFile(boost::shared_ptr<QoInplaceFileDbItem>& item);
     bool getInplaceFile(int id, boost::shared_ptr<QoInplaceFileDbItem>& item);
@@ -99,17 +115,17 @@ public:
     void updateShare(boost::shared_ptr<QoShareDbItem>& item);
     void deleteShare(boost::shared_ptr<QoShareDbItem>& item);
 
-    /// Not found gives a default item and false.
+    /// If there is none, item becomes a default one and the result is false.
     bool getCollInfo(const CString& collId, CollInfoDbItem& item);
     void setCollInfo(const CString& collId, const CollInfoDbItem& item);
-    /// Also deletes the collection's files: the empty id wipes the user's own.
+    /// Deletes the collection and all of its files; "" is the user's own collection.
     void deleteColl(const CString& collId);
 
     void getAcStreams(AcStreamArray& items);
     bool getAcStream(const CString& velmoraId, AcStreamDbItem& item);
     void saveAcStream(const AcStreamDbItem& item);
     void saveAcStreams(const AcStreamArray& items);
-    /// The streams and, before them, their tracks.
+    /// Deletes the tracks and then the streams.
     void deleteAllAcStreams();
     void insertAcStream(const boost::shared_ptr<AcStreamDbItem>& item);
     void getAcStreamTracks(AcStreamTrackArray& items);
@@ -118,9 +134,10 @@ public:
     void saveAcStreamTracks(const AcStreamTrackArray& items);
     void deleteAllAcStreamTracks();
     void insertAcStreamTrack(const boost::shared_ptr<AcStreamTrackDbItem>& item);
-    /// A consistent read of both; a failure is logged and gives false and empty arrays.
+    /// Reads both in one consistent state. A failure is logged; the result is false and the arrays
+    /// are empty.
     bool getACStreamData(AcStreamArray& streams, AcStreamTrackArray& tracks);
-    /// Replaces both in one transaction, unless streams is empty. A failure is logged.
+    /// Replaces both in one transaction; does nothing if streams is empty. A failure is logged.
     void saveACStreamData(const AcStreamArray& streams, const AcStreamTrackArray& tracks);
 
 protected:
@@ -135,18 +152,19 @@ private:
     void setWriteAheadLogging();
     void dropTables();
     void createTables();
-    /// Copies the file, with all that is committed, to "<path>.bak"; a failure is logged.
+    /// Copies the database, with everything that is committed, to "<path>.bak"; a failure is
+    /// logged.
     void createBackup();
-    static bool makeIfNotValid(const CString& path); ///< false if the file is unreadable
-    void recreate();   ///< makes empty tables in write-ahead mode, unless the file is unreadable
-    bool makeTables(); ///< false if there is nothing to make
-    /// The record of a query's first row, or false.
+    static bool makeIfNotValid(const CString& path); ///< false: the file is not a database
+    void recreate();   ///< makes tables; sets m_unreadable if it cannot
+    bool makeTables(); ///< false if there are tables already
+    /// Reads the first row of a query; false, with item unchanged, if there is none.
     bool extractFirst(CSQLiteStatement& statement, QoFileDbItemPtr& item);
-    /// Sees to it that a row id fits the records' int, or deletes the row and throws.
+    /// The id of the row just inserted; if it does not fit into an int, deletes the row and throws.
     int takeRowId(const char16_t* table);
 
     CSQLiteDB m_db;
-    CString m_version;         ///< as checkVersion() read it
-    bool m_unreadable = false; ///< the file was found to be no sound database
+    CString m_version;         ///< as checkVersion() has read it
+    bool m_unreadable = false; ///< the file turned out not to be a database
     bool m_isTableChecked = false;
 };

@@ -16,12 +16,15 @@
 #include <new>
 #include <vector>
 
+// Statements on FILE_T. Texts of statements are built once and kept, since a save runs the same one
+// for every record.
+
 namespace
 {
 constexpr const char16_t* noMemoryPlace = u".\\QoColl\\Db\\QoCollDbFiles";
 
-/// Puts rows into the order of a record list. Rows mostly come in that order, which is cheapest to
-/// see while the processor has them at hand.
+/// Collects rows in the order of a record array. Rows mostly come in that order, which is checked
+/// cheaply while they are still in the processor's cache.
 class RowCollector
 {
 public:
@@ -54,11 +57,11 @@ private:
     }
 
     QoFileDbItemArray m_inOrder;
-    std::vector<QoFileDbItemPtr> m_others; ///< all rows once one was out of order
+    std::vector<QoFileDbItemPtr> m_others; ///< all rows, if one was out of order
 };
 
-/// Reads all rows of a query; the reader sees each record after its columns. Out of memory for
-/// the list of them ends in qo::throwOutOfMemory().
+/// Reads all rows of a query; finish(record, row) is called for each. Running out of memory for the
+/// list ends in qo::throwOutOfMemory().
 template <class Finish>
 void readRows(CSQLiteStatement& statement,
               const char16_t* complaint,
@@ -156,7 +159,8 @@ void CQoCollDb::getAllFiles(QoFileDbItemArray& items,
                  item.lyrics = CString(row.textView(qo::extraFileColumn));
                  item.lyricsLoaded = true;
              });
-    // All rows went through the cache once; what is built from them needs the memory more.
+    // Every row has passed through the cache, and what is built from the rows now needs the memory
+    // more.
     m_db.ReleaseMemory();
     qo::log(qo::level::timing,
             u"CQoCollDb::getAllFiles took %d millis",
@@ -179,7 +183,7 @@ void CQoCollDb::insertFile(QoFileDbItemPtr& item, const CString& collId)
     m_isTableChecked = true;
     {
         CSQLiteStatement statement = m_db.CompileStatement(sql);
-        // An id that is not bound is NULL, for which SQLite finds one.
+        // A parameter that is not bound is NULL, for which SQLite chooses an id.
         bindParams(item,
                    item->id != 0 ? qo::bindFileId | qo::bindFileLyrics : qo::bindFileLyrics,
                    statement);
@@ -240,7 +244,7 @@ void CQoCollDb::getLyrics(QoFileDbItemArray& items)
     static const CString sql(u"SELECT FT_ID, FT_LYRICS FROM FILE_T WHERE FT_ID IN (?1)");
     if (items.IsEmpty())
         return;
-    // One text for all ids: it equals a row id only while it holds a single one.
+    // All ids in one text: the comparison with a row id is true only while it is a single id.
     CString ids;
     for (const QoFileDbItemPtr& item : items)
         ids.AppendFormat(ids.IsEmpty() ? u"%d" : u" %d", item->id);
@@ -260,8 +264,8 @@ void CQoCollDb::getLastTracks(int count, QoFileDbItemArray& items)
 {
     const qo::ProfileTimer timer(u"CQoCollDb::getLastTracks");
     items.RemoveAll();
-    // The plus keeps SQLite from the index on the collection, so that the one on the creation time
-    // serves both the order and the limit.
+    // The plus prevents the use of the index on the collection, so that the one on the creation
+    // time serves both order and limit.
     CString sql = qo::selectFiles(u"", u"WHERE \t+FT_COLL_ID = '' AND FT_FLAGS & ");
     sql.AppendFormat(u"%d > 0 AND FT_SOURCE > 0 ORDER BY FT_CREAT_TIME DESC  LIMIT %d",
                      qo::fileFlag::mediaMask,
@@ -281,7 +285,7 @@ void CQoCollDb::getSessionTracks(int session, QoFileDbItemArray& items)
 
 void CQoCollDb::getVelmoraIdsOfOthers(const CString& collId, CStringArray& ids)
 {
-    // Ranges of the index on the collection; "<>" would look through the whole table.
+    // Two ranges of the index on the collection; "<>" would read the whole table.
     static const CString sql(u"SELECT FT_VELMORA_ID FROM FILE_T WHERE FT_COLL_ID < ?1 UNION ALL "
                              u"SELECT FT_VELMORA_ID FROM FILE_T WHERE FT_COLL_ID > ?1 UNION ALL "
                              u"SELECT FT_VELMORA_ID FROM FILE_T WHERE FT_COLL_ID IS NULL");

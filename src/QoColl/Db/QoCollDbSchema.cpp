@@ -13,11 +13,15 @@
 #include <cerrno>
 #include <memory>
 
+// The schema, and how a database comes to be: checkVersion() reads the version table, makeTables()
+// makes all tables in one transaction, and CreateDatabaseIfNotValid() decides what happens with a
+// file, also when several processes start at the same time.
+
 namespace
 {
 constexpr const char16_t* version = u"2.0.0.36";
 
-/// How often a file that others keep replacing is examined.
+/// How often a file that other processes keep replacing is examined before giving up.
 constexpr int maxExaminations = 10;
 
 /// The files that SQLite keeps beside a database.
@@ -33,9 +37,8 @@ constexpr const char16_t* tableNames[] = {u"VERSION_T",
                                           u"INPLACE_T",
                                           u"SHARE_T"};
 
-/// The schema in the order it is made. TEXT16 stands for text that is bound as UTF-16, INTEGER64
-/// for numbers that are bound with 64 bits; SQLite keeps both words and takes their meaning from
-/// the TEXT and INT in them.
+/// The statements that make the schema. TEXT16 marks text that is bound as UTF-16, INTEGER64
+/// numbers of 64 bits; SQLite keeps these words and takes the type from the TEXT and INT in them.
 constexpr const char16_t* schema[] = {
     u"CREATE TABLE FILE_T (FT_ID INTEGER PRIMARY KEY, FT_PATH TEXT16 NOT NULL, FT_SOURCE INTEGER, "
     u"FT_CREAT_TIME INTEGER64, FT_MODIF_TIME INTEGER64, FT_ARTIST TEXT16, FT_ALBUM TEXT16, "
@@ -75,8 +78,8 @@ constexpr const char16_t* schema[] = {
     u"SH_OPPOSITE_SHARE_ID TEXT16, SH_INVITATION TEXT16, SH_INITIATOR BOOL, SH_NOTIFY BOOL);",
     u"CREATE TABLE VERSION_T (VT_VERSION TEXT NOT NULL);"};
 
-/// One statement, gone again before the next: an open one would keep tables from being dropped.
-/// Gives the first field of the first row, if there is any.
+/// Runs one statement and closes it, since an open one would prevent tables from being dropped.
+/// Gives the first field of the first row, "" without one.
 CString runQuery(CSQLiteDB& db, const CString& sql)
 {
     CSQLiteStatement statement = db.CompileStatement(sql);
@@ -92,7 +95,7 @@ const char16_t* CQoCollDb::currentVersion() noexcept
 
 bool CQoCollDb::readVersion(const CString& path, CString& storedVersion)
 {
-    // Opening makes an absent file, even if one that differs in case alone stands there.
+    // Opening would create an absent file, even beside one whose name differs in case alone.
     qo::FileInfo info;
     if (qo::fileSystem().info(path, qo::Spelling::exact, info) == ENOENT)
         return false;
@@ -134,7 +137,7 @@ bool CQoCollDb::checkVersion(bool& exists)
     catch (CSQLiteException* raw)
     {
         std::unique_ptr<CSQLiteException> exception(raw);
-        // Any other failure, such as a lock, says nothing about what the file holds.
+        // Any other failure, such as a lock, says nothing about the content of the file.
         if (!exception->isStatementError() && !exception->isUnreadableDatabase())
             throw exception.release();
         m_unreadable = exception->isUnreadableDatabase();
@@ -148,7 +151,8 @@ void CQoCollDb::CreateDatabaseIfNotValid(const CString& path, const ConfigInfo&)
     const qo::ProfileTimer timer(u"CQoCollDb::CreateDatabaseIfNotValid");
     if (makeIfNotValid(path))
         return;
-    // Whoever held the lock before may have replaced the file: it is examined again.
+    // Another process that held the lock before may have replaced the file, so it is examined
+    // again.
     const qo::CreationLock lock(path);
     for (int i = 0; i < maxExaminations; ++i)
     {
@@ -201,14 +205,14 @@ void CQoCollDb::recreate()
 
 bool CQoCollDb::makeTables()
 {
-    // All or nothing, and alone: of two processes that start together one makes the tables.
+    // All or nothing, and one process at a time: of two that start together, one makes the tables.
     qo::DbTransaction transaction(*this);
     bool exists = false;
     if (checkVersion(exists) || exists || m_unreadable)
         return false;
     dropTables();
-    // Keeps the others out from the commit on until the connection closes: the change of the
-    // journal fails while somebody else reads, and SQLite does not wait there.
+    // Excludes others from the commit until the connection closes: the change to write-ahead
+    // logging fails while another one reads, and SQLite does not wait there.
     runQuery(m_db, u"PRAGMA locking_mode = EXCLUSIVE;");
     createTables();
     transaction.commit();
@@ -225,8 +229,8 @@ void CQoCollDb::dropTables()
         catch (CSQLiteException* raw)
         {
             std::unique_ptr<CSQLiteException> exception(raw);
-            // A table may be missing. A full or failing disk has ended the transaction: each
-            // further DROP would be for good.
+            // A table may be missing. But a full or failing disk has ended the transaction, and
+            // every further DROP would be final.
             if (!exception->isStatementError())
                 throw exception.release();
         }
@@ -268,7 +272,7 @@ void CQoCollDb::createBackup()
         qo::log(qo::level::error, u"%s", exception->message());
         error = EIO;
     }
-    // The old copy loses its side files only now that the new one is whole.
+    // The side files of the old copy are removed only when the new one is complete.
     for (const char16_t* side : sideFiles)
         if (error == 0)
         {

@@ -7,11 +7,13 @@
 #include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
 #include "common/MakeObject.h"
 
+// Statements on sessions and playlists.
+
 namespace
 {
 constexpr unsigned long everyColumn = ~0UL;
 
-// Each parameter is bound if its bit is set; bit n stands for parameter n + 1.
+// A parameter is bound if its bit is set in the mask: bit n stands for parameter n + 1.
 
 constexpr unsigned long sessionId = 0x1;
 constexpr unsigned long sessionName = 0x2;

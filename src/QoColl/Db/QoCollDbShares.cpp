@@ -7,6 +7,9 @@
 #include "QoColl/Db/Records/QoShareDbItem.h"
 #include "types/CharClass.h"
 
+// Statements on inplace files, shares and collections. Lists of root folders and their types are
+// stored as texts with a line feed between the elements.
+
 namespace
 {
 void bindInplaceFileParams(const QoInplaceFileDbItem& item,

@@ -13,9 +13,12 @@
 
 #include <memory>
 
+// Statements on recorded streams and the tracks that were cut from them. Rows are found by their
+// velmoraId: saving updates the row if there is one, and inserts it otherwise.
+
 namespace
 {
-// In both tables a column of these lists is the parameter of its place, from 1.
+// In both lists a column's parameter is its position, counted from 1.
 
 constexpr const char16_t* streamColumns =
     u"AS_STREAM_ID , AS_VELMORA_ID , AS_HIDDEN , AS_HIDDEN_PATH , AS_STREAM_TYPE , AS_SERVER_ID , "
@@ -63,7 +66,7 @@ void bindStream(const AcStreamDbItem& item, CSQLiteStatement& statement)
     statement.BindInt(11, item.encBitrate);
 }
 
-/// Behind the listed columns stands the row id.
+/// The row id follows the columns of the list.
 void extractStream(AcStreamDbItem& item, const CSQLiteQueryResult& row)
 {
     CQoCollDbUtils::GUIDFromString(row.GetTextField(0), item.streamId);

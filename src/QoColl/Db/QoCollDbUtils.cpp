@@ -11,10 +11,17 @@
 #include <new>
 #include <utility>
 
+// Searching and sorting arrays of records. takeRows() produces the order that inserting row after
+// row would produce, but mostly without a search: it detects rows that are sorted, sorts a few
+// ascending runs, and falls back to insertion where only that determines the order.
+//
+//   "a" (1), "b" (2), "b" (3), "c" (4): inserting 3 finds 2 and goes before it: 1, 3, 2, 4. So
+//   sorted rows with at most two equal paths only need each pair swapped (turnPairs).
+
 namespace
 {
-/// Ranges below this length are scanned. Part of the contract: it decides which of several equal
-/// entries is met.
+/// Shorter ranges are scanned from the start. This is part of the contract, since it determines
+/// which of several equal records is found.
 constexpr int scanBelow = 9;
 
 int comparePaths(const CString& path, const QoFileDbItemPtr& item)
@@ -33,7 +40,7 @@ bool scan(const CString& path, const QoFileDbItemArray& items, int low, int high
     return false;
 }
 
-/// How many entries share the path of the one at the start.
+/// How many records from the start on have the same path.
 std::size_t equalRun(const std::vector<QoFileDbItemPtr>& rows, std::size_t start)
 {
     std::size_t end = start + 1;
@@ -44,7 +51,7 @@ std::size_t equalRun(const std::vector<QoFileDbItemPtr>& rows, std::size_t start
 
 enum class RowOrder
 {
-    ascending, ///< strictly: no path twice
+    ascending, ///< strictly, no path twice
     repeated,  ///< ascending, with equal neighbours
     mixed
 };
@@ -63,8 +70,8 @@ RowOrder orderOf(const std::vector<QoFileDbItemPtr>& rows)
     return order;
 }
 
-/// Of two equal paths the later comes to stand ahead of the earlier one. Where three meet depends
-/// on what else stands around them: false, and the rows are as they were but for their order.
+/// Puts the later of two equal paths before the earlier one. With three equal paths the order
+/// depends on the records around them: the result is false, and the rows stay as they are.
 bool turnPairs(std::vector<QoFileDbItemPtr>& rows)
 {
     for (std::size_t i = 0; i < rows.size();)
@@ -83,8 +90,8 @@ bool turnPairs(std::vector<QoFileDbItemPtr>& rows)
     return true;
 }
 
-/// A stable sort that takes the rows as the few ascending runs that scans leave behind: one of the
-/// first, and one for what each later scan found.
+/// A stable sort for rows that consist of few ascending runs, as scans leave them: one run for the
+/// first scan and one for what each later scan found.
 void sortByRuns(std::vector<QoFileDbItemPtr>& rows)
 {
     const auto isLess = [](const QoFileDbItemPtr& a, const QoFileDbItemPtr& b)
@@ -110,8 +117,8 @@ void sortByRuns(std::vector<QoFileDbItemPtr>& rows)
     }
 }
 
-/// Brings the rows into the order of one-by-one insertion; false, with the rows as they were, if
-/// only insertion itself can tell it.
+/// Sorts the rows as insertion one by one would. False, with the rows unchanged, if only insertion
+/// itself determines the order.
 bool orderRows(std::vector<QoFileDbItemPtr>& rows)
 {
     switch (orderOf(rows))

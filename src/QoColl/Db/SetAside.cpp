@@ -15,8 +15,8 @@ namespace qo
 {
 namespace
 {
-/// What is renamed, in this order: were the file gone first, a new one could take up the log of
-/// the old one.
+/// What is renamed, in this order: if the file went first, a new one could pick up the log of the
+/// old one.
 constexpr const char16_t* parts[] = {u"-wal", u"-shm", u"-journal", u""};
 
 bool isStill(const CString& path, const FileInfo& examined)
@@ -26,7 +26,8 @@ bool isStill(const CString& path, const FileInfo& examined)
            now.inode == examined.inode;
 }
 
-/// Whether no part has the name. A side file that lies there would become one of the renamed file.
+/// Whether the name is free for all parts: a side file of that name would become one of the renamed
+/// file.
 bool isFree(const CString& name)
 {
     FileInfo info;
@@ -36,8 +37,8 @@ bool isFree(const CString& name)
     return true;
 }
 
-/// ESTALE if the path no longer names the examined file. After a failure all names are as they
-/// were.
+/// Renames all parts. ESTALE if the path no longer names the examined file. After a failure all
+/// names are as before.
 int moveAll(const CString& from, const CString& to, const FileInfo& examined)
 {
     bool moved[std::size(parts)] = {};
@@ -62,7 +63,7 @@ int moveAll(const CString& from, const CString& to, const FileInfo& examined)
 CreationLock::CreationLock(const CString& path) : m_db(path + u".creation-lock")
 {
     m_db.Open();
-    // Without a journal beside it the lock leaves nothing but its empty file.
+    // Without a journal file the lock leaves nothing but its own empty file.
     (void)m_db.CompileStatement(u"PRAGMA journal_mode = MEMORY").ExecuteQuery();
     m_db.Execute(u"BEGIN EXCLUSIVE");
 }

@@ -2,11 +2,11 @@
 
 #include "types/String.h"
 
-/// Shapes that the kernel shares with whoever organizes files by rules.
+/// Structures that the kernel shares with the host's part that organizes files by rules.
 struct IQorganizer
 {
-    /// What a reorganize rule matches on. A tag fills the six texts of a track; the rest is the
-    /// host's.
+    /// What a reorganize rule is matched with. A tag fills the six texts of a track; albumArtist
+    /// and isJingle are the host's.
     struct TagInfo
     {
         CString artist;

@@ -9,6 +9,10 @@
 #include <array>
 #include <atomic>
 
+// The values of a tag in their four forms (EStore): get() and set() are the only functions that
+// depend on the form; everything else is built on these. Reading and writing files is in
+// MusicTagFile.cpp.
+
 namespace
 {
 std::atomic<int> lyricsCount{0};
@@ -48,7 +52,7 @@ namespace
 {
 constexpr CTagAttribValue::ESrcValueType original = CTagAttribValue::SV_Original;
 
-/// Place in the order of the attribute types, -1 for a type that a tag does not have.
+/// The position in the order of the attribute types; -1 for a type that a tag does not have.
 int indexOf(CTagAttrib::EAttribType type) noexcept
 {
     constexpr int fileNameIndex = 8;
@@ -57,8 +61,8 @@ int indexOf(CTagAttrib::EAttribType type) noexcept
     return CTagAttrib::isRealTagAttrib(type) ? type - CTagAttrib::AT_Artist : -1;
 }
 
-/// The record's text for the attribute; in place of the file name the path, from which it is taken
-/// when somebody asks for it.
+/// The record's text for an attribute. For the file name it is the whole path, from which the name
+/// is taken when it is asked for.
 const CString& textOf(const QoFileDbItem& record, CTagAttrib::EAttribType type) noexcept
 {
     switch (type)
@@ -84,7 +88,8 @@ const CString& textOf(const QoFileDbItem& record, CTagAttrib::EAttribType type) 
     }
 }
 
-/// Lyrics that came into the record after the tag took it over are not the tag's.
+/// The same, but lyrics that the record got after the tag was made from it do not belong to the
+/// tag.
 const CString&
 mirroredText(const QoFileDbItem& record, CTagAttrib::EAttribType type, bool hasLyrics) noexcept
 {
@@ -93,7 +98,7 @@ mirroredText(const QoFileDbItem& record, CTagAttrib::EAttribType type, bool hasL
 }
 } // namespace
 
-/// The values of SV_Original in the order of m_attribTypes; the path in place of the file name.
+/// The values of SV_Original in the order of m_attribTypes, with the path instead of the file name.
 struct CMusicTagEx::Texts
 {
     void set(int index, const CString& text)
@@ -105,7 +110,7 @@ struct CMusicTagEx::Texts
 
     CString all[attribCount];
     Numbers numbers;
-    std::uint16_t present = 0; ///< which of them are values, one bit each
+    std::uint16_t present = 0; ///< one bit for each text that is a value
 };
 
 CMusicTagEx::CMusicTagEx() noexcept : m_record(nullptr) {}
@@ -463,7 +468,7 @@ unsigned CMusicTagEx::getBitrate() const noexcept
 
 void CMusicTagEx::mirror(const QoFileDbItem& record)
 {
-    // An edit stays beside what the file itself says.
+    // A tag with edits copies the file's values and keeps the edits.
     if (m_store == EStore::attribs)
         return take(record);
     forget();
@@ -480,7 +485,7 @@ void CMusicTagEx::keepTexts()
 
 bool CMusicTagEx::fillEmptyAttribs(ESrcValueType type)
 {
-    // Without objects there is no other source that could fill anything.
+    // Without attribute objects there is no other source.
     if (m_store != EStore::attribs)
         return false;
     bool changed = false;

@@ -8,13 +8,22 @@
 
 #include <cstdint>
 
-/// The tag of one music file, each attribute with its values by source. It is filled from the file
-/// or from the record that mirrors it; neither makes it dirty. Paths are in collection form.
-/// Nothing here throws but for lack of memory.
+/// The tag of one music file, in which each attribute may have several values, one from each
+/// source: the file itself (SV_Original), the user (SV_Edited), or sources of the host. For each
+/// attribute one source is chosen as the current one; a tag in which another than SV_Original is
+/// chosen is dirty. Paths are in collection form. Nothing here throws except for lack of memory.
 ///
-/// Most tags hold the file's own texts and nothing else: these stay in the record, or are kept as
-/// plain texts, and the attributes become objects once a second source or a caller asks for them.
-/// Not for several threads at once: even getConstAttrib() may make them.
+///   tag.readTag(path)                              title: Original "Low"                 clean
+///   tag.setTitle(u"Low Tide", SV_Edited, true)     Original "Low", Edited "Low Tide"     dirty
+///   tag.getTitle()                                 "Low": the file's own value
+///   tag.getTitle(SV_Current, text)                 "Low Tide"
+///   tag.writeTag(path)                             Original "Low Tide"                   clean
+///   tag.reset() instead                            Original "Low" is chosen again        clean
+///
+/// Most tags have nothing but the file's own values, so these are kept in the cheapest of four
+/// forms: nowhere, in the file's record (mirror()), as plain texts, or as objects for each
+/// attribute once a second source or a caller needs these. Not for several threads at once: even
+/// getConstAttrib() may change the form.
 class QO_API CMusicTagEx
 {
 public:
@@ -29,18 +38,19 @@ public:
     static int getNrAttribTypes() noexcept;
     /// The index is not checked.
     static EAttribType getAttribType(int index) noexcept;
-    /// Null for a type that a tag does not have; valid as long as the tag.
+    /// The attribute of that type; null for a type that a tag does not have. Valid as long as the
+    /// tag.
     CTagAttrib* getAttrib(EAttribType type);
     const CTagAttrib* getConstAttrib(EAttribType type) const;
 
-    /// Drops the values of all attributes, see CTagAttrib::clear().
+    /// Removes the values of all attributes, see CTagAttrib::clear().
     void clear();
-    /// Drops the edit: every attribute chooses SV_Original again. The values stay.
+    /// Gives up edits: every attribute chooses SV_Original again. The values stay.
     void reset();
-    /// With realTagOnly the file name is not looked at.
+    /// Whether any attribute is edited; with realTagOnly the file name does not count.
     bool isDirty(bool realTagOnly) const;
 
-    /// False, and an empty text, if the source has no value.
+    /// The value of a source; false, with an empty text, if it has none.
     bool getArtist(ESrcValueType type, CString& text) const;
     bool getAlbum(ESrcValueType type, CString& text) const;
     bool getTitle(ESrcValueType type, CString& text) const;
@@ -50,7 +60,7 @@ public:
     bool getLyrics(ESrcValueType type, CString& text) const;
     bool getPicture(ESrcValueType type, CString& text) const;
 
-    /// The file's own values: a pending edit is not seen here.
+    /// The file's own values, whatever the user has entered.
     CString getArtist() const { return getOriginal(CTagAttrib::AT_Artist); }
     CString getAlbum() const { return getOriginal(CTagAttrib::AT_Album); }
     CString getTitle() const { return getOriginal(CTagAttrib::AT_Title); }
@@ -60,6 +70,7 @@ public:
     CString getLyrics() const { return getOriginal(CTagAttrib::AT_Lyrics); }
     CString getPicture() const { return getOriginal(CTagAttrib::AT_Picture); }
 
+    /// Set the value of a source, and with makeCurrent choose that source.
     void setArtist(const CString& text, ESrcValueType type, bool makeCurrent);
     void setAlbum(const CString& text, ESrcValueType type, bool makeCurrent);
     void setTitle(const CString& text, ESrcValueType type, bool makeCurrent);
@@ -70,65 +81,70 @@ public:
     void
     setLyrics(const CString& text, bool hasOriginalLyrics, ESrcValueType type, bool makeCurrent);
 
-    /// Whether the lyrics are known to be the file's; tags that hold them are counted.
+    /// Whether the lyrics are known to be those of the file (a record may be loaded without them).
+    /// Tags with known lyrics are counted.
     void setHasOriginalLyrics(bool has);
     bool getHasOriginalLyrics() const noexcept { return m_hasOriginalLyrics; }
-    /// Logs how many living tags hold lyrics.
+    /// Logs how many existing tags have known lyrics.
     static void checkNrLyrics();
 
     /// Play time in milliseconds, bitrate in kbit/s; 0 when unknown.
     unsigned getTime() const noexcept;
     unsigned getBitrate() const noexcept;
 
-    /// Reserved: changes nothing.
+    /// Reserved; does nothing.
     void updateAttrib(EAttribType type, const char16_t* value);
-    /// To be called once the file bears its new name, see CTagAttrib::setCrtValueAsOriginal().
+    /// To be called after the file was renamed, see CTagAttrib::setCrtValueAsOriginal().
     void setCrtFileNameAsOriginal();
 
     /// Fill the six texts of a track with the file's own values.
     void getSimpleTag(SimpleMusicTag& tag) const;
     void getTagInfo(IQorganizer::TagInfo& info) const;
 
-    /// Between the tag's original values and a record. The file name is only read.
+    /// Copy the original values to and from a record. The file name is copied from the record only.
     void getTag(boost::shared_ptr<QoFileDbItem>& item) const;
     void setTag(const boost::shared_ptr<QoFileDbItem>& item);
-    /// setTag() without a copy: the texts are read in the record, which must outlive this tag.
-    /// Before they change, keepTexts() has to be called, or the tag changes with them.
+    /// Like setTag() without copying: the texts are read from the record, which must outlive this
+    /// tag. Before the record's texts change, keepTexts() must be called, or the tag changes too.
+    /// If the tag has edits, it copies the texts after all.
     void mirror(const QoFileDbItem& record);
+    /// Copies the texts of a mirrored record into the tag.
     void keepTexts();
-    /// getTag() without the lyrics flag and the bitrate.
+    /// The same for an inplace file, without the lyrics flag and the bit rate.
     void getTag(boost::shared_ptr<QoInplaceFileDbItem>& item) const;
 
-    /// Hands over what the source has, pictures excepted.
+    /// Copies the values of a source, except pictures, into tags.
     void getTag(ESrcValueType type, KVTagLib::CTags& tags) const;
-    /// Stores what the tags hold under the source. The first picture that can be copied into
-    /// pictureDir becomes the source's picture.
+    /// Stores the values in tags under a source. The first picture that can be copied into
+    /// pictureDir becomes the picture of the source.
     void
     setTag(ESrcValueType type, KVTagLib::CTags& tags, const CString& pictureDir, bool makeCurrent);
-    /// Where the file's own value is empty and nothing is edited, takes the value of that source as
-    /// an edit. Whether anything changed.
+    /// Where the file has no value and nothing is edited, takes the value of that source as an
+    /// edit. True if anything changed.
     bool fillEmptyAttribs(ESrcValueType type);
 
-    /// Reads the file's tag; a failure leaves the attributes without values.
+    /// Reads the tag of a file. False after a failure, and the attributes have no values then.
     bool readTag(const char16_t* path);
     static bool readTag(const char16_t* path, KVTagLib::CTags& tags);
-    /// Writes every current value into the file, which is made writable for it; lyrics that a
-    /// record left out stay as they are in the file. Afterwards the tag is clean; after a failure,
-    /// as for an edited picture that cannot be loaded, it is as before.
+    /// Writes all current values into the file, which is made writable for this. Lyrics that the
+    /// record did not have stay as they are in the file. The tag is clean afterwards. After a
+    /// failure, such as a picture that cannot be loaded, it is unchanged.
     bool writeTag(const char16_t* path);
     static bool writeTag(const char16_t* path, KVTagLib::CTags& tags);
-    /// Reads only the play time anew.
+    /// Reads the play time of the file again.
     void updateTime(const char16_t* path);
+    /// By the extension of the path.
     static bool fileSupportsTags(const CString& path);
 
-    /// Copies the first picture that can be copied into the folder; result is its new path.
+    /// Copies the first picture that can be copied into the folder; result is its new path. False
+    /// if there is none.
     static bool
     copyGetFirstValidPicturePath(KVTagLib::CTags& tags, const CString& destDir, CString& result);
 
-    /// Splits "track/total". Whether there is a total.
+    /// Splits "track/total"; false without a total.
     static bool splitTrackNumber(const CString& text, CString& track, CString& total);
     static bool splitTrackNumber(const CString& text, int& track, int& total);
-    /// Without a total only the track.
+    /// Makes "track/total", or "track" if total is 0.
     static void makeTrackNumber(int track, int total, CString& text);
     static void makeTrackNumber(const CString& track, const CString& total, CString& text);
 
@@ -137,7 +153,7 @@ private:
     struct Numbers;
     struct Attribs;
     struct Texts;
-    /// Where the values are.
+    /// Which of the members of the union below has the values.
     enum class EStore : std::uint8_t
     {
         nowhere,
@@ -150,18 +166,22 @@ private:
     CString getOriginal(EAttribType type) const;
     void set(EAttribType type, const CString& text, ESrcValueType source, bool makeCurrent);
     bool isEdited(EAttribType type) const;
-    /// As CTagAttrib::setCrtValueAsOriginal().
+    /// See CTagAttrib::setCrtValueAsOriginal().
     bool makeOriginal(EAttribType type);
+    /// Both convert the tag to that form if necessary.
     Attribs& attribs() const;
     Texts& texts();
+    /// Copies the texts and numbers of the record.
     void take(const QoFileDbItem& record);
     Numbers numbers() const noexcept;
     void setNumbers(unsigned time, unsigned bitrate);
+    /// Frees what the tag holds; it has no values then.
     void forget() const noexcept;
 
     static const EAttribType m_attribTypes[attribCount];
 
-    /// Only a second source or a chosen one makes the attributes objects.
+    /// See EStore. Attribute objects are made only for a second source or for a caller who asks for
+    /// one.
     union
     {
         mutable const QoFileDbItem* m_record;

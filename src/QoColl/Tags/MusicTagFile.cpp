@@ -14,11 +14,13 @@
 
 #include <memory>
 
+// Reading a tag from a file and writing it, through KVTagLib.
+
 using KVTagLib::CTags;
 
 namespace
 {
-/// What a file name may take over from a MIME type: "jpeg" of "image/jpeg".
+/// The part of a MIME type that is usable as an extension: "jpeg" of "image/jpeg".
 CString extensionOfMimeType(const CString& mimeType)
 {
     constexpr int prefixLength = 6; // "image/"
@@ -35,6 +37,7 @@ CString extensionOfMimeType(const CString& mimeType)
     return ext;
 }
 
+/// The path of the copy of a picture in that folder.
 CString pictureTarget(const KVTagLib::CPictureTag& picture, const CString& destDir)
 {
     const CString source = picture.GetFilePath();
@@ -78,7 +81,7 @@ bool CMusicTagEx::readTag(const char16_t* path)
         (tags.*item.get)(text);
         set(item.type, text.Trim(), original, true);
     }
-    // Whatever the file holds is now known, even that it has no lyrics.
+    // The lyrics of the file are known now, even if there are none.
     setHasOriginalLyrics(true);
 
     CArray<KVTagLib::CPictureTag> pictures;
@@ -132,7 +135,8 @@ bool CMusicTagEx::writeTag(const char16_t* path)
         tags.SetYear(value);
     if (getLyrics(CTagAttribValue::SV_Current, value))
     {
-        // A record may be loaded without its lyrics: that text says nothing about the file's.
+        // A record may be loaded without its lyrics; an empty text then says nothing about the
+        // file.
         const bool unknown =
             value.IsEmpty() && !m_hasOriginalLyrics && !isEdited(CTagAttrib::AT_Lyrics);
         if (!unknown)
@@ -149,7 +153,7 @@ bool CMusicTagEx::writeTag(const char16_t* path)
 
     for (EAttribType type : m_attribTypes)
     {
-        // The name is not in the tag: it follows once the file has been renamed.
+        // The file name is not in the tag; setCrtFileNameAsOriginal() follows after a rename.
         if (type == CTagAttrib::AT_FileName)
             continue;
         if (makeOriginal(type) && type == CTagAttrib::AT_Lyrics)

@@ -2,7 +2,7 @@
 
 #include "types/String.h"
 
-/// The light form of a tag by which the logical objects are looked up.
+/// The six texts of a tag from which logical objects are made and by which they are found.
 struct SimpleMusicTag
 {
     CString artist;
@@ -15,7 +15,7 @@ struct SimpleMusicTag
 
 namespace qo
 {
-/// Copies the six texts of any record that has them.
+/// Copies the six texts from any record that has them.
 template <class Record>
 void fillSimpleTag(const Record& record, SimpleMusicTag& tag)
 {

@@ -2,16 +2,16 @@
 
 #include "types/String.h"
 
-/// The value that one source gives for an attribute of a tag.
+/// The value of an attribute from one source.
 class QO_API CTagAttribValue
 {
 public:
-    /// Further sources are the host's affair; the kernel gives them no meaning.
+    /// Other numbers are sources of the host, to which the kernel gives no meaning.
     enum ESrcValueType : int
     {
-        SV_Original = 0, ///< as it stands in the file, or in the record that mirrors it
+        SV_Original = 0, ///< the value in the file, or in its record
         SV_Edited = 1,
-        SV_Current = 4 ///< never stored: stands for the source that the attribute has selected
+        SV_Current = 4 ///< never stored: means the source that the attribute has chosen
     };
 
     explicit CTagAttribValue(ESrcValueType type) noexcept : m_type(type) {}

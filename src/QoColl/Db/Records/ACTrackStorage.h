@@ -4,8 +4,8 @@
 
 namespace AudioCutterCore
 {
-/// Where a track lies in its recorded stream. The kernel stores it for the host; the numbers of
-/// the parameters stand behind the fields.
+/// The position of a track in the stream that it was recorded from. The kernel stores it for the
+/// host. The numbers after the fields are those of the parameters in AST_PARAMS.
 struct ACTrackStorage
 {
     std::int64_t startPosition = 0; ///< 0

@@ -3,7 +3,7 @@
 #include "types/Guid.h"
 #include "types/String.h"
 
-/// A recorded radio stream, known by its velmoraId.
+/// A recorded radio stream, identified by its velmoraId. "Ac" stands for audio cutter.
 struct AcStreamDbItem
 {
     int id = 0; ///< row id, 0 while not stored
@@ -20,7 +20,7 @@ struct AcStreamDbItem
     int encBitrate = 0; ///< kbit/s
 };
 
-/// A track that was cut from a stream, known by its trackVelmoraId.
+/// A track that was cut from a stream, identified by its trackVelmoraId.
 struct AcStreamTrackDbItem
 {
     int id = 0; ///< row id, 0 while not stored

@@ -4,15 +4,15 @@
 #include "types/String.h"
 #include "types/StringArray.h"
 
-/// What is stored of one collection: the user's own has the empty id, others that of their device
+/// What is stored about a collection. The user's own has the id "", others the id of their device
 /// or share.
 struct CollInfoDbItem
 {
     CString collId;
     int id = 0;
-    FILETIME scanTime; ///< null while never scanned
+    FILETIME scanTime; ///< null before the first scan
     FILETIME modifiedTime;
     CStringArray rootDirs;
-    CArray<int> rootDirTypes; ///< one for each of rootDirs
+    CArray<int> rootDirTypes; ///< one CQoPathInfo::EType for each of rootDirs
     CString userName;
 };

@@ -4,8 +4,8 @@
 
 namespace Fingerprint
 {
-/// Where a fingerprint found a file's cuts. The kernel stores it for the host; the numbers of the
-/// parameters stand behind the fields.
+/// Where a fingerprint found the cuts of a file. The kernel stores it for the host. The numbers
+/// after the fields are those of the parameters in FT_FP_PARAMS.
 struct FingerprintCutInformation
 {
     int state = 0;             ///< 0

@@ -2,7 +2,7 @@
 
 #include "types/String.h"
 
-/// Where the fingerprint found a file's cuts.
+/// The cuts that a fingerprint found in a file, by its lasting id.
 struct FpCutInfoDbItem
 {
     CString velmoraId;

@@ -1,15 +1,16 @@
 #pragma once
 
-/// The queue through which new files enter the collection; here only the ways it knows.
+/// The host's queue through which new files enter the collection; here only the names of their
+/// sources.
 struct IPostProcessingQueue
 {
-    /// How a file came into the collection: one bit each, stored as a number. The conditions of
-    /// the file parameters (see VelmoraFileParams) go by these bits.
+    /// How a file came into the collection, as one bit of a number (FT_SOURCE). Which parameters a
+    /// file has depends on it (see VelmoraFileParams).
     enum eItemSource : int
     {
         sourceNone = 0, ///< found on disk
         sourceWebTrack = 0x1,
-        sourceWebClip = 0x2, ///< has a clip identity (clipUid)
+        sourceWebClip = 0x2, ///< has a clip id (clipUid)
         sourceConversion = 0x4,
         sourceRadioRecording = 0x8,
         sourceWebRecording = 0x10,
@@ -22,7 +23,7 @@ struct IPostProcessingQueue
         sourceShare = 0x800,
         sourceMovie = 0x1000,
         sourceScreenRecording = 0x2000,
-        sourceSeveral = 0x4000 ///< an answer about many files, never stored
+        sourceSeveral = 0x4000 ///< only as an answer about many files; never stored
     };
 };
 

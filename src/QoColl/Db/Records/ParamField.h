@@ -6,12 +6,12 @@
 #include <cstdint>
 #include <type_traits>
 
-/// How single fields of a structure become table rows (see ParamTable.h). A field is named by
-/// a function that returns a reference to it.
+/// How fields of a structure become rows of a table of parameters (see ParamTable.h). A field is
+/// given as a function that returns a reference to it.
 namespace qo
 {
-/// What a number read from a text becomes. Enumerations bound it with a specialization of their
-/// own.
+/// Converts a number that was read from a text. Enumerations have specialisations that turn unknown
+/// numbers into 0.
 template <class T>
 struct ParamNumber
 {
@@ -44,7 +44,8 @@ constexpr const char16_t* paramFormat()
         return u"%d";
 }
 
-/// A row for the field that Field gives; Applies says of a structure whether its value is written.
+/// The row for the field that Field returns. Applies says whether its value is written for a
+/// structure; otherwise an empty value is.
 template <class S, auto Field, auto Applies>
 constexpr ParamInfo<S> paramField(int id)
 {

@@ -7,7 +7,7 @@ namespace qo
 {
 namespace
 {
-/// Bounds of what a text can make its reader log: each bad line shows the start of the text.
+/// Limits what a damaged text can make its reader log.
 constexpr std::size_t maxLoggedLength = 256;
 constexpr int maxLoggedLines = 1000;
 

@@ -10,39 +10,43 @@
 #include <string_view>
 #include <vector>
 
-/// The text form of numbered parameters, "<id>:<value>" and a line feed each, and what all its
-/// users share. A value must not hold a line end: on writing one becomes a blank.
+/// Parameter strings: numbered parameters as a text, "<id>:<value>" and a line feed for each. A
+/// line end in a value becomes a blank when it is written.
+///
+///   "0:\n1:8\n38:2\n21:Radio North\n" has origin "", source 8 (radio recording), media type 2 and
+///   stationName "Radio North". Reading keeps the present value of every parameter without a line.
 namespace qo
 {
-/// One parameter of a structure S: how it is printed and how its text is stored back.
+/// One parameter of a structure S: its number, how it is printed, and how its text is stored.
 template <class S>
 struct ParamInfo
 {
     int id;
-    const char16_t* format; ///< of the value alone
-    /// The value to print; an empty one where the parameter does not apply.
+    const char16_t* format; ///< for the value alone
+    /// The value to print; an empty one if the parameter does not apply to the structure.
     FormatArg (*value)(const S& params);
     void (*store)(S& params, std::u16string_view value);
 };
 
-/// The names that a reader's log lines bear.
+/// The formats of a reader's log lines.
 struct ParamReader
 {
     const char16_t* noNumber;      ///< piece, its index, text
     const char16_t* unknownNumber; ///< value, number, text
 };
 
-/// Calls take for each "<id>:<value>"; it returns false for a number it does not know. Lines
-/// without a number and numbers that are unknown are logged and passed over: each text up to its
-/// first 256 units, and at most 1000 lines. False for an empty text.
+/// Calls take(id, value) for each line; take returns false for an unknown number. Lines without a
+/// number and unknown numbers are logged and skipped: at most 1000 lines, and 256 units of each
+/// text. False for an empty text.
 QO_API bool readParams(const CString& text,
                        const ParamReader& reader,
                        const std::function<bool(int id, std::u16string_view value)>& take);
 
-/// Prints the values with the format that formatOfParams() gives.
+/// Prints the values with a format from formatOfParams(). Texts in values may be replaced by
+/// cleaned copies.
 QO_API CString writeParams(const CString& format, std::vector<FormatArg>& values);
 
-/// "<id>:<format>" and a line feed for each parameter.
+/// The format for a whole table: "<id>:<format>" and a line feed for each parameter.
 template <class S>
 CString formatOfParams(std::span<const ParamInfo<S>> table)
 {

@@ -7,20 +7,20 @@
 
 #include <cstdint>
 
-/// The bits of QoFileDbItem::flags: two fields of one value each, and one more bit. A field is
-/// cleared with its mask before a value is set.
+/// The bits of QoFileDbItem::flags: two fields (media and music) with one value each, and a single
+/// bit. A field is cleared with its mask before a value is set.
 namespace qo::fileFlag
 {
 constexpr unsigned audio = 1;
 constexpr unsigned video = 2;
-constexpr unsigned mediaMask = 3; ///< neither value: no media file
+constexpr unsigned mediaMask = 3; ///< with neither value it is no media file
 constexpr unsigned music = 8;
 constexpr unsigned notMusic = 16;
 constexpr unsigned musicMask = 24;
-constexpr unsigned purchased = 32; ///< comes with a record of the host, the kernel only reads it
+constexpr unsigned purchased = 32; ///< set by the host; the kernel only reads it
 } // namespace qo::fileFlag
 
-/// What QoFileDbItem::dbState asks of the next save.
+/// What the next save does with a record: nothing, INSERT, UPDATE or DELETE.
 namespace qo::dbState
 {
 constexpr int unchanged = 0;
@@ -29,8 +29,8 @@ constexpr int modified = 2;
 constexpr int deleted = 3;
 } // namespace qo::dbState
 
-/// The record of one file as FILE_T stores it, shared between the collection's array and the file
-/// object of the tree.
+/// The record of one file as FILE_T stores it. It is shared by the collection's array and the file
+/// object in the tree, so both see a change. To be saved, a change must also set dbState.
 struct QoFileDbItem
 {
     int id = 0; ///< row id, 0 while not stored
@@ -45,19 +45,19 @@ struct QoFileDbItem
     CString trackNumber;
     CString year;
     CString lyrics;
-    bool lyricsLoaded = false; ///< lyrics holds what is stored; only then an update writes it
+    bool lyricsLoaded = false; ///< only if set, lyrics is valid and written by an update
     CString picturePath;
     std::int64_t size = 0; ///< bytes
     int duration = 0;      ///< milliseconds
     unsigned int flags = qo::fileFlag::music;
-    int session = 0; ///< id of the recording session, 0 for none
-    CString velmoraId;
-    CString params; ///< see CVelmoraFileParamsUtils
+    int session = 0;   ///< id of the recording session, 0 for none
+    CString velmoraId; ///< lasting id: stays when the file is moved or tagged
+    CString params;    ///< see CVelmoraFileParamsUtils
     bool reviewed = false;
     bool imported = false;
     CString clipUid;
-    CString fpParams; ///< not read with the record: an update writes what stands here
-    CString collId;   ///< filled only while rows are carried over from another database
+    CString fpParams; ///< not read with the record, but written by an update
+    CString collId;   ///< only set while rows are copied from another database
     int bitrate = 0;  ///< kbit/s
     int dbState = qo::dbState::unchanged;
 };

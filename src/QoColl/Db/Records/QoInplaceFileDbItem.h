@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-/// A file that was converted where it lies: known to the player, not to the collection.
+/// A file that was converted in its own folder; the player knows it, the collection does not.
 struct QoInplaceFileDbItem
 {
     int id = 0; ///< row id, 0 while not stored

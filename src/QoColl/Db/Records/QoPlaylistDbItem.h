@@ -3,7 +3,8 @@
 #include "types/String.h"
 #include "types/StringArray.h"
 
-/// A user's playlist. The tracks are stored joined by ";": a track must not hold one.
+/// A playlist of the user. The tracks are stored in one text with ";" between them, so none may
+/// contain a ";".
 struct QoPlaylistDbItem
 {
     int id = 0; ///< row id, 0 while not stored

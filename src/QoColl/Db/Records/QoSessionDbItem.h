@@ -5,7 +5,7 @@
 #include "types/FileTime.h"
 #include "types/String.h"
 
-/// A run of recordings; the files recorded in it bear its id.
+/// A session of recording; the files that were recorded in it have its id.
 struct QoSessionDbItem
 {
     int id = 0; ///< row id, 0 while not stored
@@ -15,7 +15,7 @@ struct QoSessionDbItem
     FILETIME endTime;
 };
 
-/// A session and how many files bear its id.
+/// A session and the number of files with its id.
 struct QoSessionQueryItem
 {
     boost::shared_ptr<QoSessionDbItem> session;

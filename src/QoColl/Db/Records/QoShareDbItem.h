@@ -2,7 +2,7 @@
 
 #include "types/String.h"
 
-/// One share with a friend, either way.
+/// A share with a friend, in either direction.
 struct QoShareDbItem
 {
     int id = 0; ///< row id, 0 while not stored

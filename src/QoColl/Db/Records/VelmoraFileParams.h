@@ -38,9 +38,10 @@ struct CCutQuality
 
 namespace QorganizerDef
 {
-/// What only some kinds of file have; stored as numbered parameters, whose numbers stand behind the
-/// fields. The kernel reads source, mediaFileType, isShow, isImportedMovie, the long stream
-/// lengths and the recording's three; the rest belongs to the host and is passed on.
+/// Properties that only some kinds of files have; stored in FT_PARAMS as numbered parameters, whose
+/// numbers are given after the fields. The kernel itself reads source, mediaFileType, isShow,
+/// isImportedMovie, the lengths of long streams and recordingStart, recordingEnd and isJingle; the
+/// others belong to the host.
 struct VelmoraFileParams
 {
     // Of every file.

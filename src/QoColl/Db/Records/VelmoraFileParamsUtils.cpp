@@ -4,6 +4,9 @@
 
 #include <bit>
 
+// The table of all file parameters in the order in which they are written, with the sources that
+// each belongs to. The specialisations above the table limit numbers to their enumerations.
+
 using QorganizerDef::VelmoraFileParams;
 
 template <>
@@ -53,8 +56,8 @@ constexpr unsigned radioSources =
 constexpr unsigned clipSources =
     IPostProcessingQueue::sourceWebTrack | IPostProcessingQueue::sourceWebClip;
 
-/// The source has to be one of these: a number with several bits, which only a foreign text can
-/// hold, is none.
+/// Whether the source is one of these. A number with several bits, which can only come from a
+/// foreign text, is none.
 template <unsigned Sources>
 constexpr auto fromSources = [](const VelmoraFileParams& params)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What a file is to the user; the numbers are those of the output folders in the settings.
+/// What a file is to the user. The numbers are also those of the output folders in the settings.
 struct CVelmoraMediaFileTypes
 {
     enum EType : int
