@@ -2,7 +2,7 @@
 
 #include "Reorganize/SeperateRule.h"
 
-/// Tells files by the number of tracks that the collection has of their album.
+/// Separates files by the number of tracks that the collection has of their album.
 class QO_API CAlbumTracksSeperateRule final : public CSeperateRule
 {
 public:
@@ -13,12 +13,12 @@ public:
         NoAlbum = 3 ///< no album, or one without a name
     };
 
-    /// From trackLimit tracks on the output is MoreEqualTracks.
+    /// With trackLimit tracks or more the output is MoreEqualTracks.
     explicit CAlbumTracksSeperateRule(int trackLimit);
 
     CString toString(bool full) const override;
     CSeperateRule* clone() const override;
-    /// Always NoAlbum: a tag knows no numbers of tracks.
+    /// Always NoAlbum, since a tag alone says nothing about numbers of tracks.
     int getMatchingOutputType(const IQorganizer::TagInfo& tag) const override;
     int getMatchingOutputType(const boost::shared_ptr<CHDFile>& file) const override;
 

@@ -2,7 +2,7 @@
 
 #include "Reorganize/SeperateRule.h"
 
-/// Tells files by the number of tracks that the collection has of their artist.
+/// Separates files by the number of tracks that the collection has of their artist.
 class QO_API CArtistTracksSeperateRule final : public CSeperateRule
 {
 public:
@@ -13,12 +13,12 @@ public:
         NoArtist = 2 ///< no artist, or one without a name
     };
 
-    /// From trackLimit tracks on the output is MoreEqualTracks.
+    /// With trackLimit tracks or more the output is MoreEqualTracks.
     explicit CArtistTracksSeperateRule(int trackLimit);
 
     CString toString(bool full) const override;
     CSeperateRule* clone() const override;
-    /// Always NoArtist: a tag knows no numbers of tracks.
+    /// Always NoArtist, since a tag alone says nothing about numbers of tracks.
     int getMatchingOutputType(const IQorganizer::TagInfo& tag) const override;
     int getMatchingOutputType(const boost::shared_ptr<CHDFile>& file) const override;
 

@@ -22,7 +22,7 @@ bool isForbiddenAtEnd(char16_t c)
     return c == u' ' || c == u'.';
 }
 
-/// Where the characters begin that count as standing at the end.
+/// The index from which on characters count as the end of the name.
 std::size_t startOfEnd(std::u16string_view name, CleanMode mode)
 {
     std::size_t start = name.size();

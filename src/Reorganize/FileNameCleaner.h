@@ -5,18 +5,20 @@
 
 namespace qo
 {
-/// What becomes of characters that do not belong into the name of a file: controls and \ / : * ? "
-/// < > | anywhere, blanks at the start, blanks and points at the end.
+/// What happens to characters that must not be in the name of a file: control characters and \ / :
+/// * ? " < > | anywhere, blanks at the start, blanks and points at the end.
+///
+///   " AC/DC. "   drop: "ACDC"   replace: "_AC_DC._"
 enum class CleanMode : int
 {
     drop = 0,
-    replace = 1 ///< each becomes "_"; at the start and at the end only one character is looked at
+    replace = 1 ///< each becomes "_"; only the first and the last character count as start and end
 };
 
-/// The text as one name. It may come to nothing.
+/// The text as a single name, possibly "".
 QO_API CString cleanFileName(const CString& text, CleanMode mode);
 
 /// The text as a path: a double backslash counts as one, and every component is cleaned by itself.
-/// One that comes to nothing stays, empty, between its backslashes.
+/// A component that becomes empty stays as such between its backslashes.
 QO_API CString cleanFilePath(const CString& text, CleanMode mode);
 } // namespace qo

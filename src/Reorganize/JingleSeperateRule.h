@@ -2,7 +2,7 @@
 
 #include "Reorganize/SeperateRule.h"
 
-/// Tells the jingles of radio recordings from all else.
+/// Separates the jingles of radio recordings from all other files.
 class QO_API CJingleSeperateRule final : public CSeperateRule
 {
 public:

@@ -4,7 +4,7 @@
 
 namespace qo
 {
-/// The list takes the node; on a failure it is the caller's still.
+/// Appends a node, which then belongs to the list; if that throws it still belongs to the caller.
 template <class NODE>
 void appendNode(CAutoListT<NODE>& nodes, NODE* node)
 {
@@ -13,7 +13,8 @@ void appendNode(CAutoListT<NODE>& nodes, NODE* node)
         node->m_place = place;
 }
 
-/// -1 for a node that is not in the list.
+/// The index of the node; -1 if it is not in the list. Tries the position where the node was put
+/// before it searches.
 template <class NODE>
 int placeOf(const CAutoListT<NODE>& nodes, const CReorganizeRule::CNode* node)
 {
@@ -22,8 +23,8 @@ int placeOf(const CAutoListT<NODE>& nodes, const CReorganizeRule::CNode* node)
     return isThere ? hint : nodes.find(static_cast<const NODE*>(node));
 }
 
-/// The element behind previous, or the first one for null; null behind the last. Passes over nulls
-/// in the list.
+/// The element after previous, or the first one for null; null after the last. Skips nulls in the
+/// list.
 template <class NODE>
 NODE* nextNode(const CAutoListT<NODE>& nodes, const CReorganizeRule::CNode* previous)
 {

@@ -3,7 +3,7 @@
 #include "Analyze/NSNamePattern.h"
 #include "Reorganize/Forward.h"
 
-/// The name for a file of one kind.
+/// The name that a rule gives to files of one kind.
 class QO_API CRenameRule
 {
 public:
@@ -32,9 +32,9 @@ public:
     static int getTypesCount() noexcept { return typesCount; }
     /// The index is not checked.
     static EType getType(int index) noexcept { return m_typesInfo[index].type; }
-    /// InvalidType for an unknown name; case counts.
+    /// InvalidType for an unknown name; upper and lower case differ.
     static EType getType(const CString& name);
-    /// "InvalidType" for a value that is no type.
+    /// "InvalidType" for a number that is no type.
     static CString getTypeName(EType type);
     /// All kinds in one mask.
     static int getAllAllowedTypes() noexcept;
@@ -43,12 +43,11 @@ public:
     /// A new rule that belongs to the caller.
     CRenameRule* clone() const;
     EType getType() const noexcept { return m_type; }
-    /// Whether it gives a name at all.
+    /// Whether it gives a name: the old one, or one from a pattern.
     bool isValid() const noexcept { return keepOriginal || !m_pattern.m_atoms.IsEmpty(); }
 
     EType m_type;
-    bool keepOriginal = true; ///< the file keeps the name it has
-    bool keepOriginalIfAttribEmpty =
-        false; ///< the same, where an attribute of the pattern is empty
+    bool keepOriginal = true;               ///< the file keeps the name it has
+    bool keepOriginalIfAttribEmpty = false; ///< the same if an attribute of the pattern is empty
     CNSNamePattern m_pattern;
 };

@@ -2,11 +2,13 @@
 
 #include "Reorganize/NodeList.h"
 
+// Walking and searching the tree of a rule; what changes the tree is in ReorganizeRuleEdit.cpp.
+
 namespace
 {
 using Node = CReorganizeRule::CNode;
 
-/// Predicates take addresses as numbers.
+/// Predicates get addresses as numbers.
 unsigned long toNumber(const void* address)
 {
     static_assert(sizeof(unsigned long) >= sizeof(address));

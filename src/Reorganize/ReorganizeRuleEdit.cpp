@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <cassert>
 
+// Adding and removing nodes. Whatever may throw happens before the tree changes.
+
 namespace
 {
-/// A node without a parent around the rule.
+/// A node without a parent for the rule, which is deleted if that fails.
 template <class NODE, class RULE>
 std::unique_ptr<NODE> makeNode(RULE* rule)
 {

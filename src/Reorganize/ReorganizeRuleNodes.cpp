@@ -13,7 +13,7 @@ CReorganizeRule::CNode* cloneNode(const NODE& node, Args... args)
     return copy.release();
 }
 
-/// Puts a node of the parent's into its list.
+/// Appends a node to a list of the parent.
 template <class NODE>
 void append(CAutoListT<NODE>& nodes, NODE* node, CReorganizeRule::CNode* parent)
 {

@@ -7,8 +7,8 @@
 
 #include <memory>
 
-/// A node of a rule. Constructors that take a parent link the new node in, which gives it to the
-/// parent. Copies are deep and start without a parent.
+/// A node in the tree of a rule. A constructor with a parent links the new node to it, and the
+/// parent then owns it. Copies are deep and have no parent.
 class QO_API CReorganizeRule::CNode
 {
 public:
@@ -26,9 +26,9 @@ public:
     virtual ~CNode();
     /// A new node that belongs to the caller.
     virtual CNode* clone() const = 0;
-    /// The child behind previous, or the first one for null; null behind the last.
+    /// The child after previous, or the first one for null; null after the last.
     virtual CNode* getNextSubNode(const CNode* previous) const;
-    /// Deletes a child, where a single one may go; else does nothing.
+    /// Deletes a child if single children may be removed; otherwise does nothing.
     virtual void removeSubNode(CNode* node);
 
     void copyFrom(const CNode* other) { m_type = other->m_type; }
@@ -36,11 +36,12 @@ public:
     EType m_type;
     CNode* m_parent = nullptr; ///< null at the top level
 
-    /// Where the node was put in the list it stands in. A hint, for stepping to the next one
-    /// without a search: removing others makes it wrong.
+    /// The position at which the node was put into its list. It may be outdated by removals, and
+    /// only saves a search when stepping to the next node.
     int m_place = -1;
 };
 
+/// Sends a file to one of its outputs.
 class QO_API CReorganizeRule::CSeperateRuleNode final : public CNode
 {
 public:
@@ -60,6 +61,7 @@ public:
     CAutoListT<CSeperateRuleOutputNode> m_outputs;
 };
 
+/// One output of a separating node; its link is what follows for files of this output.
 class QO_API CReorganizeRule::CSeperateRuleOutputNode final : public CNode
 {
 public:
@@ -71,13 +73,15 @@ public:
 
     void copyFrom(const CSeperateRuleOutputNode* other);
     void clear();
-    /// Takes ownership and becomes the parent; null is no link. The former link is the caller's.
+    /// Takes ownership and becomes the parent; null means no link. The former link then belongs to
+    /// the caller.
     void setLinkNode(CNode* node);
 
     int m_outputType;
     CNode* m_link = nullptr; ///< owned
 };
 
+/// Gives the folder of a file; the rename nodes below it give the name.
 class QO_API CReorganizeRule::CSubdirRuleNode final : public CNode
 {
 public:
@@ -96,6 +100,7 @@ public:
     CAutoListT<CRenameRuleNode> m_renameRules;
 };
 
+/// Gives the name of a file of one kind.
 class QO_API CReorganizeRule::CRenameRuleNode final : public CNode
 {
 public:

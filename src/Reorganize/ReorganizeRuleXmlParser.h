@@ -5,18 +5,18 @@
 
 class TiXmlElement;
 
-/// Reads and writes rule files, each of which holds one rule as XML in UTF-8. Any bytes may stand
-/// in a file that is read (see qo::isReadableRuleFile). Safe from any thread.
+/// Reads and writes rule files, which contain one rule as XML in UTF-8 (docs/rule-files.md). A file
+/// that is read may contain any bytes (see qo::isReadableRuleFile). May be called from any thread.
 class QO_API CReorganizeRuleXmlParser
 {
 public:
     CReorganizeRuleXmlParser() = delete;
 
-    /// A new rule that belongs to the caller; null, without a word in the log, for a file that
-    /// cannot be read or holds no valid rule.
+    /// A new rule that belongs to the caller. Null, without a log line, for a file that cannot be
+    /// read or contains no valid rule.
     static CReorganizeRule* loadReorganizeRule(const CString& path);
-    /// Replaces the file as a whole. False, with the file as it was, if it cannot be written or the
-    /// rule is too big to be read again.
+    /// Replaces the whole file. False, with the file unchanged, if it cannot be written or the rule
+    /// is too large to be read again.
     static bool saveReorganizeRule(const CReorganizeRule* rule, const CString& path);
 
 protected:
@@ -25,7 +25,7 @@ protected:
     static void setElemName(TiXmlElement* element, const CString& name);
     static bool elemHasName(const TiXmlElement* element, const char* name);
 
-    // Readers of attributes: false, with the value as it was, for an absent one.
+    // Read attributes: false, with value unchanged, for an attribute that is missing.
     static bool getAttribValue(const TiXmlElement* element, const char* name, CString& value);
     /// False also for a text that does not begin with a number.
     static bool getAttribIntValue(const TiXmlElement* element, const char* name, int& value);
@@ -35,12 +35,12 @@ protected:
     static void setAttribIntValue(TiXmlElement* element, const char* name, int value);
     static void setAttribBoolValue(TiXmlElement* element, const char* name, bool value);
 
-    /// False if the tree came out invalid, or without a name.
+    /// False if the rule is invalid or has no name.
     static bool createReorganizeRule(const TiXmlElement* element, CReorganizeRule* rule);
 
-    // Each adds what the element describes. A separating or subdirectory rule goes under the output
-    // of parentRule, a rename rule under parentSubdirRule; where there is none of that, to the top.
-    // An element that lacks what it needs is left out, or left as far as it was read.
+    // Each adds what the element describes: a separating or subdirectory rule below the output of
+    // parentRule, a rename rule below parentSubdirRule, and without these to the top level. An
+    // element without what it needs is skipped, or kept as far as it was read.
     static void addSubRules(const TiXmlElement* element,
                             CReorganizeRule* rule,
                             const CSeperateRule* parentRule,
@@ -72,7 +72,8 @@ protected:
                               const CSubdirRule* parentSubdirRule);
 
     static void saveReorganizeRule(const CReorganizeRule* rule, TiXmlElement* element);
-    /// Appends the node's element, with all below it, to the parent's. Writes nothing for null.
+    /// Appends the element of a node, with everything below it, to the parent's. Does nothing for
+    /// null.
     static void saveSubRule(const CReorganizeRule::CNode* node, TiXmlElement* parent);
 
 private:

@@ -14,18 +14,21 @@
 
 #include <string>
 
+// Reading a rule file: readFile() loads its bytes, isReadableRuleFile() checks them before the XML
+// parser sees them, and add...() build the tree of the rule from the tree of elements.
+
 namespace
 {
 namespace names = qo::ruleFile;
 
-/// False for a file that cannot be read or is too big.
+/// Reads a file; false if it cannot be read or is too large.
 bool readFile(const CString& path, std::string& bytes)
 {
     int error = 0;
     const auto file = qo::fileSystem().open(path, qo::OpenMode::read, error);
     if (!file)
         return false;
-    // Room for one byte more than is allowed: a file that fills it is too big.
+    // One byte more than allowed: a file that fills this is too large.
     bytes.resize(qo::largestRuleFile + 1);
     std::size_t size = 0;
     while (size < bytes.size())
@@ -64,7 +67,7 @@ CReorganizeRule* CReorganizeRuleXmlParser::loadReorganizeRule(const CString& pat
     if (!readFile(path, bytes) || !qo::isReadableRuleFile(bytes))
         return nullptr;
     TiXmlDocument document;
-    document.SetTabSize(0); // nobody asks for places in the text, which cost a walk over it
+    document.SetTabSize(0); // positions in the text are not needed, and tracking them costs time
     document.Parse(bytes.c_str(), nullptr, TIXML_ENCODING_UTF8);
     const TiXmlElement* const root = document.RootElement();
     if (document.Error() || !root || !elemHasName(root, names::root))

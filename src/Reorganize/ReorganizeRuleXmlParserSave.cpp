@@ -15,7 +15,7 @@ namespace
 namespace names = qo::ruleFile;
 using Node = CReorganizeRule::CNode;
 
-/// The document takes the child over.
+/// Appends a child element, which then belongs to the document.
 TiXmlElement* addChild(TiXmlElement* parent, const char* name)
 {
     return parent->LinkEndChild(new TiXmlElement(name))->ToElement();

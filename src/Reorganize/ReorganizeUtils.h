@@ -5,12 +5,12 @@
 #include "types/CriticalSection.h"
 #include "types/Map.h"
 
-/// The attributes of rules, the naming of rule files, and the rules of the process: two built-in
-/// ones and those whose files lie in the kernel's data folder. A rule's id is the name of its file
+/// The attributes of rules, the names of rule files, and the store of rules: two built-in ones and
+/// those whose files are in the kernel's data folder. The id of a rule is the name of its file
 /// without folder and extension.
 ///
-/// What changes the rules takes a lock; what only reads them takes none, so the host keeps the two
-/// apart. Rules stay valid until loadRules() or destroy().
+/// Functions that change the store take a lock; those that only read it take none, so the host must
+/// keep the two apart. Pointers to rules are valid until loadRules() or destroy().
 class QO_API CReorganizeUtils
 {
 public:
@@ -20,18 +20,19 @@ public:
     {
         CNSAtom::EType type;
         const char16_t* name;
-        bool isVelmora; ///< of what the application itself gathers: source, times, dates
+        bool isVelmora; ///< only for files that the application recorded or downloaded
     };
     static constexpr int attribsCount = 21;
     static const AttribInfo m_attribsInfo[attribsCount];
 
+    /// Properties of a rule, from which its uses follow.
     struct RuleTypeInfo
     {
         bool keepsOriginalDir = false;
         bool renamesWithVelmoraAtoms = false;
         bool hasTrackCountSeparator = false;
     };
-    /// What a rule is good for, one bit each.
+    /// The uses of a rule, one bit each.
     enum EReorganizeRuleSorterType : int
     {
         musicImporter = 1,
@@ -39,35 +40,36 @@ public:
         sorter = 4
     };
 
-    /// The colons keep these out of the space of file names.
+    /// Ids of the built-in rules; with the colons they cannot be names of rule files.
     static constexpr const char16_t* ArtistTrackRuleID = u":ArtistTrackRule:";
     static constexpr const char16_t* VelmoraArtistTrackRuleID = u":VelmoraArtistTrackRule:";
 
-    /// Builds the default pattern and the built-in rules and loads the others. Stops without a
-    /// report where an allocation fails.
+    /// Builds the default pattern and the built-in rules, and loads the others. Stops silently
+    /// where an allocation fails.
     static void init();
-    /// Deletes all rules; init() may follow.
+    /// Deletes all rules; init() may be called again afterwards.
     static void destroy();
 
-    /// FixedString for a name that is no attribute; case counts.
+    /// FixedString for a name that is not an attribute; upper and lower case differ.
     static CNSAtom::EType getAttributeType(const CString& name);
-    /// "{INVALID ATTRIB}" for a type that is no attribute.
+    /// "{INVALID ATTRIB}" for a type that is not an attribute.
     static CString getAttributeName(CNSAtom::EType type);
-    /// A fixed text gives its own text.
+    /// For a fixed text the text itself.
     static CString getAttributeName(const CNSAtom* atom);
-    /// The pattern as a text, with the attributes by name.
+    /// The pattern as a text, with attributes by name: "{artist.name} - {track.name}".
     static CString getAttributesString(const CNSNamePattern* pattern);
 
     using AtomNameFunc = CString (*)(const CNSAtom*);
-    /// The way back: the pattern becomes the text with each attribute's name, found without regard
-    /// to case, as an atom. Always true: a text in braces that is no name stays as it is. The
-    /// second form asks nameOf for the names; where they overlap, the lower type wins.
+    /// The reverse: parses a text into a pattern. Each attribute's name, found without regard to
+    /// case, becomes an atom; other text, unknown names in braces included, becomes fixed atoms.
+    /// Always true. The second form asks nameOf for the names; where names overlap, the lower type
+    /// wins.
     static bool parseAttributesString(const CString& text, CNSNamePattern* pattern);
     static bool
     parseAttributesString(const CString& text, CNSNamePattern* pattern, AtomNameFunc nameOf);
 
-    /// A typed definition without what a name cannot hold. For a folder it ends in one backslash,
-    /// which alone stands for no folder.
+    /// The definition that a user typed, without what a name cannot contain. A folder ends with one
+    /// backslash; a single backslash means no folder.
     static CString makeProperRuleAttribString(const CString& text, bool isSubdir);
     static CString makeProperSubdirRuleAttribString(const CString& text);
     static CString makeProperRenameRuleAttribString(const CString& text);
@@ -75,53 +77,53 @@ public:
     static bool patternHasVelmoraAtoms(const CNSNamePattern& pattern);
     static void getRuleTypeInfo(const CReorganizeRule* rule, RuleTypeInfo& info);
     static int getReorganizeRuleSorterType(const CReorganizeRule* rule);
-    /// Whether it has all the bits.
+    /// Whether the rule has all bits of the type.
     static bool isReorganizeRuleOfType(const CReorganizeRule* rule, EReorganizeRuleSorterType type);
     static bool isSorterReorganizeRule(const CReorganizeRule* rule);
     static bool isImporterReorganizeRule(const CReorganizeRule* rule);
     static bool isMusicImporterReorganizeRule(const CReorganizeRule* rule);
 
-    /// "" for what can be no rule file's id: nothing, a text with a separator or of points alone,
-    /// and all that begin with ":".
+    /// The path of the file of a rule; "" for a text that cannot be an id: "", one with a
+    /// separator, one of points alone, or one that begins with ":".
     static CString makeReorgRulePath(const CString& id);
     static CString getReorgRuleID(const CString& path);
     static CString getReorgRulePattern();
-    /// The path for a rule of that name, in which illegal characters become "_"; with unique, a
-    /// number behind the name makes it one that no file has yet. "" where nothing of the name is
-    /// left.
+    /// The path for a new rule of that name, with illegal characters as "_"; with unique a number
+    /// is appended if needed to get a path that no file has. "" if nothing of the name is left.
     static CString getNewReorgRulePath(CString name, bool unique);
-    /// Whether it is the id of a built-in rule. Nothing here refuses to change those.
+    /// Whether it is the id of a built-in rule. This class does not prevent changes to those.
     static bool isReadOnlyRule(const CString& id);
 
-    /// Rules whose files are gone or bad are dropped; a bad file stays on disk.
+    /// Reads all rule files again. Rules whose files are gone or invalid leave the store; an
+    /// invalid file stays on the disk.
     static void loadRules();
-    /// Writes the rule to the file of that name and takes a copy of it into the store. With an
-    /// empty id it is a new rule and gets a free name; otherwise it takes the place of the rule of
-    /// that id, whose file goes, and of a file that has the name. newId is the id from now on. The
-    /// stored rule keeps its m_prio until the next loadRules(), the file has that of the rule.
-    /// False, with all as it was, if the file cannot be written.
+    /// Writes the rule to the file of that name and puts a copy into the store. With an empty id it
+    /// is a new rule and gets a free name. Otherwise it replaces the rule of that id, whose file is
+    /// removed, and also a file that has the name already. newId becomes the id. The rule in the
+    /// store keeps its m_prio until the next loadRules(); the file gets that of the given rule.
+    /// False, with everything unchanged, if the file cannot be written.
     static bool saveReorganizeRule(const CString& id,
                                    const CReorganizeRule* rule,
                                    const CString& name,
                                    CString& newId);
-    /// Deletes the file and takes the rule out of the store; the object lives until destroy().
+    /// Deletes the file and removes the rule from the store; the object lives until destroy().
     /// False if the file cannot be deleted.
     static bool deleteRule(const CString& id);
 
-    /// The walk over all rules, in no order; null behind the last.
+    /// Walk over all rules in no particular order; null after the last.
     static POSITION getFirstRulePos();
     static CReorganizeRule* getNextRule(POSITION& position, CString& id);
     /// Null for an unknown id.
     static CReorganizeRule* getRule(const CString& id);
     /// "" for an unknown id, and for the built-in rules.
     static CString getRuleDisplayName(const CString& id);
-    /// -1, 0 or 1, by falling m_prio; 0 if one is unknown.
+    /// -1, 0 or 1, the higher m_prio first; 0 if one of them is unknown.
     static int compareRules(const CString& a, const CString& b);
 
 private:
     static void clearRules();
     static void buildBuiltInRule(CReorganizeRule& rule, const CString& folder);
-    /// Give a built-in rule its one folder, and that folder its names.
+    /// Make the only folder of a built-in rule, and the names in it.
     static CSubdirRule* addSubDirRule(CReorganizeRule& rule, const CString& text);
     static void addDefaultRenameRules(CReorganizeRule& rule, const CSubdirRule* subdirRule);
     static void putStored(const CString& oldId, const CString& newId, const CReorganizeRule& rule);
@@ -131,6 +133,7 @@ private:
     static CReorganizeRule m_artistTrackRule;
     static CReorganizeRule m_velmoraArtistTrackRule;
     static CCriticalSection m_csRules;
-    static CMapStringToPtr m_rules;                 ///< by id, CReorganizeRule*
-    static CAutoListT<CReorganizeRule> m_goneRules; ///< out of m_rules, but the host may hold them
+    static CMapStringToPtr m_rules; ///< by id, CReorganizeRule*
+    static CAutoListT<CReorganizeRule>
+        m_goneRules; ///< removed from m_rules, but perhaps in use by the host
 };

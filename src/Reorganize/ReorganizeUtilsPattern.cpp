@@ -5,9 +5,14 @@
 #include <algorithm>
 #include <vector>
 
+// Parsing of definitions.
+//
+//   "{artist.name} - {track.name}" becomes [Artist] " - " [Track]; "{x}" stays the fixed text
+//   "{x}".
+
 namespace
 {
-/// An attribute that was found in a text.
+/// The occurrence of an attribute's name in the text.
 struct Hit
 {
     std::size_t start;
@@ -15,7 +20,7 @@ struct Hit
     CNSAtom::EType type;
 };
 
-/// Where the name of an attribute is looked for next: what lies before holds it no longer.
+/// Where the name of an attribute is searched next; there is none before that position.
 struct Search
 {
     CNSAtom::EType type;
@@ -23,14 +28,15 @@ struct Search
     std::size_t from = 0;
 };
 
-/// Splits a text as it would come out if each name in turn split the first piece that holds it,
-/// over and over, but passes over the text only once for each name.
+/// Splits a text into the same pieces as if each name in turn split the first piece that contains
+/// it, again and again, but passes over the text only once for each name.
 class Splitter
 {
 public:
     explicit Splitter(std::u16string_view text) : m_text(text), m_taken(text.size()) {}
 
-    /// Takes the next place of the name that no other has a part of.
+    /// Takes the next occurrence of the name that does not overlap one taken before; false if there
+    /// is none.
     bool takeNext(Search& search)
     {
         const std::u16string_view name = search.name.view();
@@ -48,7 +54,7 @@ public:
         return false;
     }
 
-    /// The pieces in the order of the text.
+    /// Appends the pieces in the order of the text.
     void addTo(CNSNamePattern& pattern)
     {
         std::sort(m_hits.begin(),
@@ -105,7 +111,7 @@ bool CReorganizeUtils::parseAttributesString(const CString& text,
             searches.push_back({atom.m_type, nameOf(&atom)});
     }
     Splitter splitter(text.view());
-    // One place for each name in turn: which comes first decides where names overlap.
+    // One occurrence of each name in turn: the order decides where names overlap.
     for (bool hasChanged = true; hasChanged;)
     {
         hasChanged = false;

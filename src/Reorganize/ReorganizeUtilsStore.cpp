@@ -14,6 +14,9 @@
 
 #include <cerrno>
 
+// The store of rules: m_rules maps ids to rules, m_goneRules keeps those that were replaced or
+// deleted, since the host may still use them.
+
 CNSNamePattern CReorganizeUtils::m_defaultRenameRulePattern;
 CReorganizeRule CReorganizeUtils::m_artistTrackRule;
 CReorganizeRule CReorganizeUtils::m_velmoraArtistTrackRule;
@@ -36,8 +39,8 @@ bool isOfPoints(const CString& text)
     return text.view().find_first_not_of(u'.') == std::u16string_view::npos;
 }
 
-/// Whether two paths of rule files, which stand in one folder, lead to one file: on most disks a
-/// name in other case is a name of its own.
+/// Whether two paths in the folder of rules mean the same file: on most disks names that differ in
+/// case are two names.
 bool isSameFile(const CString& a, const CString& b)
 {
     qo::FileInfo first;
@@ -167,7 +170,7 @@ void CReorganizeUtils::loadRules()
     m_rules.SetAt(VelmoraArtistTrackRuleID, &m_velmoraArtistTrackRule);
     const CString folder = CQoPaths::getQoDataDir();
     std::vector<qo::DirEntry> entries;
-    (void)qo::fileSystem().list(folder, entries); // an unreadable folder holds no rules
+    (void)qo::fileSystem().list(folder, entries); // a folder that cannot be read has no rules
     for (const qo::DirEntry& entry : entries)
     {
         const CString path = qo::combinePath(folder, entry.name);
@@ -202,7 +205,7 @@ bool CReorganizeUtils::saveReorganizeRule(const CString& id,
                                           CString& newId)
 {
     const qo::Guard guard(m_csRules);
-    const CString oldId = id; // the caller may want the new one in its place
+    const CString oldId = id; // id and newId may be the same object
     try
     {
         const CString path = getNewReorgRulePath(name, oldId.IsEmpty());
@@ -225,7 +228,7 @@ bool CReorganizeUtils::saveReorganizeRule(const CString& id,
     }
 }
 
-/// Moves the stored rule to its new id and makes it a copy of the given one.
+/// Gives the stored rule its new id and makes it a copy of the given one.
 void CReorganizeUtils::putStored(const CString& oldId,
                                  const CString& newId,
                                  const CReorganizeRule& rule)

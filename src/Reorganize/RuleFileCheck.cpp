@@ -39,8 +39,8 @@ bool hasControls(std::string_view bytes)
     return false;
 }
 
-/// Walks over the markup once, in step with the parser: it accepts nothing that the parser would
-/// cut into other pieces.
+/// Walks over the markup once, in step with the parser: it rejects everything that the parser would
+/// split into other pieces.
 class Scan
 {
 public:
@@ -66,7 +66,7 @@ private:
         m_at += expected.size();
         return true;
     }
-    /// To behind the next occurrence.
+    /// Advances to the position after the next occurrence.
     bool passTo(std::string_view end)
     {
         const std::size_t found = m_text.find(end, m_at);
@@ -89,8 +89,8 @@ private:
     }
     bool passName() { return startsName(next()) && passWhile(continuesName) > 0; }
 
-    /// Up to the character, which is left; false if there is none, or at a broken reference. The
-    /// parser looks for the end of a reference wherever it may be.
+    /// Advances to that character, without passing it. False if there is none, or at a damaged
+    /// reference, whose end the parser would search anywhere.
     bool passText(char end)
     {
         while (!isAtEnd() && next() != end)
@@ -130,7 +130,7 @@ private:
         const bool isDeclaration = toLowerAscii(m_text.substr(m_at, 3)) == "xml";
         if (!isDeclaration)
             return passTo(">") && m_text[m_at - 2] == '?';
-        // The parser takes a declaration apart loosely: only what it cannot mistake is let through.
+        // The parser is careless with declarations, so only what it cannot misread is accepted.
         const auto isPlain = [](char c) { return continuesName(c) || c == '/'; };
         passName();
         while (passSpaces() && passName())

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The words of rule files.
+/// The names of elements, attributes and types in rule files.
 namespace qo::ruleFile
 {
 // Elements.

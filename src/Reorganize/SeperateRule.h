@@ -9,8 +9,8 @@
 
 #include <span>
 
-/// A test that sends a file down one of its outputs. Each output has a number of its own, its type,
-/// and a name, which is what rule files hold.
+/// A separating rule: a test that sends a file to one of its outputs. Each output has a number, its
+/// type, and a name, by which rule files refer to it.
 class QO_API CSeperateRule : public CQoBaseObj
 {
 public:
@@ -31,7 +31,7 @@ public:
     /// A new rule that belongs to the caller.
     virtual CSeperateRule* clone() const = 0;
     virtual int getOutputCount() const;
-    /// -1 for an unknown name; case counts.
+    /// -1 for an unknown name; upper and lower case differ.
     virtual int getOutputType(const CString& name) const;
     /// -1 for an index out of range.
     virtual int getOutputType(int index) const;
@@ -51,7 +51,7 @@ protected:
         const char16_t* name;
     };
 
-    /// The outputs in their order; the table must last.
+    /// The outputs in their order. The table must outlive the object.
     CSeperateRule(EType type, std::span<const Output> outputs) : m_type(type), m_outputs(outputs) {}
 
 private:

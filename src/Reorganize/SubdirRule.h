@@ -3,7 +3,7 @@
 #include "Analyze/NSNamePattern.h"
 #include "Reorganize/Forward.h"
 
-/// The folder for a file, below the target folder.
+/// The folder that a rule gives to a file, below the folder in which the rule is applied.
 class QO_API CSubdirRule
 {
 public:
@@ -16,7 +16,7 @@ public:
     void copyFrom(const CSubdirRule* other);
     /// A new rule that belongs to the caller.
     CSubdirRule* clone() const;
-    /// A folder has no way of being wrong.
+    /// Every folder is valid.
     bool isValid() const noexcept { return true; }
 
     bool keepOriginal = true; ///< the file keeps the folder it has

@@ -5,7 +5,7 @@
 
 namespace qo
 {
-/// What a rule with a limit of tracks shows of itself.
+/// The text by which a rule with a limit of tracks describes itself.
 inline CString trackLimitText(int trackLimit)
 {
     CString text;
@@ -13,8 +13,8 @@ inline CString trackLimitText(int trackLimit)
     return text;
 }
 
-/// The number of tracks of the object of that type, whose class is LT, on the file; -1 without one,
-/// and for one without a name.
+/// The number of tracks of the artist or album of the file (LT is the class for the type); -1 if
+/// the file has none, or one without a name.
 template <class LT>
 int trackCountOf(const CHDFile& file, CLTObjectType::EType type)
 {
