@@ -11,11 +11,14 @@
 /// rename nodes below these give the name for each kind of file.
 ///
 ///   ArtistTracksSeperateRule, trackLimit 3
-///     MoreEqualTracks -> SubdirRule "{artist.name}\{album.name}\" -> RenameRule "{track.name}"
-///     LessTracks      -> SubdirRule "Mixed\"                      -> RenameRule "{artist.name} -
-///     {track.name}"
-///     NoArtist        -> SubdirRule "Unknown\"                    -> RenameRule that keeps the
-///     name
+///     MoreEqualTracks
+///       SubdirRule "{artist.name}\{album.name}\"
+///         RenameRule "{track.name}"
+///     LessTracks
+///       SubdirRule "Mixed\"
+///         RenameRule "{artist.name} - {track.name}"
+///     NoArtist
+///       SubdirRule "Unknown\", with a RenameRule that keeps the name
 ///
 /// Every node owns the nodes below it, and the rule owns the top. The classes of nodes are in
 /// Reorganize/ReorganizeRuleNodes.h. No locks.

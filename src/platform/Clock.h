@@ -9,7 +9,7 @@
 
 namespace qo
 {
-/// Broken-down time.
+/// A point in time as calendar fields.
 struct CalendarTime
 {
     int year = 0;
@@ -23,18 +23,22 @@ struct CalendarTime
     bool operator==(const CalendarTime&) const noexcept = default;
 };
 
-/// "YYYYMMDD_HHMMSS", for names that sort by time.
+/// "YYYYMMDD_HHMMSS", such as "20240131_235959", for names that sort by time.
 QO_API CString timeStamp(const CalendarTime& time);
 
-/// Time and identity. Safe from any thread.
+/// The system's clock and ids, as an interface that a test can replace. May be called from any
+/// thread.
 class QO_API IClock
 {
 public:
     virtual ~IClock();
+    /// The time in UTC.
     virtual FILETIME now() const = 0;
     virtual CalendarTime localTime() const = 0;
-    /// Milliseconds of a clock that never goes back, modulo 2^32: only differences count.
+    /// Milliseconds of a clock that never goes back, modulo 2^32, so only differences have a
+    /// meaning.
     virtual std::uint32_t tickCount() const = 0;
+    /// The system's numbers of the calling thread and of the process.
     virtual unsigned threadId() const = 0;
     virtual unsigned processId() const = 0;
     /// A new random id (version 4).

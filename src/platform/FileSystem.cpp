@@ -6,7 +6,7 @@ namespace qo
 {
 namespace
 {
-// What the common file systems allow for one name.
+// What common file systems allow for one name.
 constexpr std::size_t maxNameBytes = 255;
 
 bool isForbidden(char16_t c)
@@ -14,7 +14,7 @@ bool isForbidden(char16_t c)
     return c < 0x20 || c == 0x7F || c == u'/' || c == u'\\' || (c >= 0xF000 && c <= 0xF0FF);
 }
 
-/// Cuts on a character, keeping a short extension.
+/// Cuts between two characters and keeps a short extension.
 CString cutToBytes(const CString& name)
 {
     const int dot = name.ReverseFind(u'.');

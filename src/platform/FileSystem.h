@@ -10,7 +10,7 @@
 
 namespace qo
 {
-/// Attribute bits of a file, as the kernel's filters and callers know them.
+/// Attribute bits of a file, with the numbers that hosts of the kernel expect.
 namespace attribute
 {
 constexpr std::uint32_t readOnly = 0x1;
@@ -23,17 +23,17 @@ enum class FileKind : std::uint8_t
 {
     regular,
     directory,
-    other ///< devices, pipes, sockets: never opened
+    other ///< devices, pipes, sockets; never opened
 };
 
-/// What the system says of a file; links are followed.
+/// Properties of a file; for a link those of its target.
 struct FileInfo
 {
     FileKind kind = FileKind::other;
-    bool isLink = false; ///< the name itself is a symbolic link; only a listing knows it
+    bool isLink = false; ///< the name is a symbolic link; set by list() only
     std::uint32_t attributes = 0;
     std::int64_t size = 0; ///< bytes
-    FILETIME created;      ///< birth time, else the smaller of change and write time
+    FILETIME created;      ///< birth time, else the earlier of change and write time
     FILETIME accessed;
     FILETIME modified;
     std::uint64_t device = 0;
@@ -41,55 +41,58 @@ struct FileInfo
     std::uint64_t links = 0; ///< hard links
 };
 
+/// An entry of a folder.
 struct DirEntry
 {
     CString name; ///< in collection form, one component
     FileInfo info;
 };
 
-/// How a path is looked up. Only reading and existence tests may use anyCase.
+/// How a path is looked up. anyCase is allowed for reading and tests of existence only.
 enum class Spelling : std::uint8_t
 {
     exact,
-    anyCase ///< exact first; failing that, the only entry that differs in case alone
+    anyCase ///< exact if possible, else the only name that differs in case alone
 };
 
-/// An open file; closed by the destructor. Not for several threads at once.
+/// An open file, which its destructor closes. Not for several threads at once.
 class QO_API IFile
 {
 public:
     virtual ~IFile();
-    /// Bytes read, 0 at the end, -1 on failure (see error()).
+    /// The number of bytes read, 0 at the end, -1 on failure (see error()).
     virtual std::int64_t read(void* buffer, std::size_t size) = 0;
-    /// All of it or false.
+    /// Writes everything, or returns false.
     virtual bool write(const void* data, std::size_t size) = 0;
     virtual bool seek(std::int64_t position) = 0;
     virtual bool seekToEnd() = 0;
     virtual std::int64_t position() const = 0;
-    /// Bytes in the file when it was opened.
+    /// The size in bytes when the file was opened.
     virtual std::int64_t sizeAtOpen() const = 0;
     /// The system's error number of the last failure.
     virtual int error() const = 0;
 };
 
-/// Whether replaceFile() waits until the disk has the content.
+/// Whether replaceFile() waits until the content is on the disk.
 enum class Durability : std::uint8_t
 {
     durable,
-    canBeMadeAgain ///< for caches: still never a part, but a power cut may lose it
+    canBeMadeAgain ///< for caches: complete or absent, but a power cut may lose it
 };
 
+/// How a file is opened.
 enum class OpenMode : std::uint8_t
 {
-    read,         ///< must exist; never blocks, refuses what is no regular file
-    createAlways, ///< new or emptied, readable by its owner only
-    append,       ///< made when absent, writing starts at the end
+    read,         ///< must exist; only regular files, so it never blocks
+    createAlways, ///< created or emptied; readable by its owner only
+    append,       ///< created if absent; writes at the end
     update        ///< must exist; reads and writes from the start
 };
 
-/// The file services of the system. Paths are in collection form (drive or network paths). Every
-/// call answers with the system's error number, 0 for success, unless it says otherwise. Safe from
-/// any thread.
+/// The file services of the system, as an interface that a test can replace. Paths are in
+/// collection form (drive or network paths) and exact, unless a comment says otherwise. Functions
+/// return the system's error number, 0 for success, unless a comment says otherwise. May be called
+/// from any thread.
 class QO_API IFileSystem
 {
 public:
@@ -100,56 +103,56 @@ public:
     bool isDirectory(const CString& path);
 
     /// The entries of a folder without "." and "..", sorted by name without regard to case, then
-    /// exactly. A link to nowhere is of kind other; an entry that vanishes meanwhile is left out,
-    /// and so are temporary files of this program (TemporaryNames.h). A failure, also to look at an
-    /// entry whose name can be read, delivers what it found.
+    /// exactly. A link without target is of kind other. Left out are an entry that vanishes during
+    /// the call and temporary files of this program (TemporaryNames.h). After an error, also one in
+    /// looking at an entry, entries contains what was found.
     virtual int list(const CString& folder, std::vector<DirEntry>& entries) = 0;
 
-    /// Null on failure, with the error number.
+    /// An open file; null on failure, with the error number.
     virtual std::unique_ptr<IFile> open(const CString& path, OpenMode mode, int& error) = 0;
 
-    /// One level, readable by its owner only.
+    /// Creates one folder, for its owner only.
     virtual int makeDirectory(const CString& path) = 0;
-    /// With its parents; an existing folder is a success.
+    /// Creates a folder with its parents; success if it exists.
     virtual int makeDirectories(const CString& path) = 0;
-    /// Removes the name itself, never what a link points to.
+    /// Removes the name, and never the target of a link.
     virtual int removeFile(const CString& path) = 0;
     virtual int removeDirectory(const CString& path) = 0;
-    /// Overwrites an existing target.
+    /// Renames; replaces an existing target.
     virtual int moveFile(const CString& from, const CString& to) = 0;
-    /// EEXIST, with both as they were, if the target exists.
+    /// Renames; EEXIST, with both unchanged, if the target exists.
     virtual int moveFileNoReplace(const CString& from, const CString& to) = 0;
-    /// The content and the times; overwrites an existing target. The target is complete or, after
-    /// a failure, as it was.
+    /// Copies content and times; replaces an existing target. After a failure the target is as
+    /// before.
     virtual int copyFile(const CString& from, const CString& to) = 0;
-    /// Writes a temporary file beside the target, makes it durable and puts it in the target's
-    /// place: readers see the old content or the new, never a part. Owner-only permissions.
+    /// Replaces or creates a file: writes a temporary file beside it, flushes that to the disk and
+    /// renames it. Readers see the old content or the new one, never a part. For its owner only.
     virtual int replaceFile(const CString& path,
                             const void* data,
                             std::size_t size,
                             Durability durability = Durability::durable) = 0;
-    /// Gives the owner write permission; touches nothing else.
+    /// Gives the owner permission to write; changes nothing else.
     virtual int makeWritable(const CString& path) = 0;
 
-    /// Whether the name itself is a symbolic link, wherever it leads.
+    /// Whether the name is a symbolic link, whatever its target.
     virtual bool isLink(const CString& path) = 0;
 };
 
-/// The path for calls into the system or a third-party library: bytes of a POSIX path. Empty when
-/// the path maps to nothing.
+/// The path for calls to the system or to a library: the bytes of a POSIX path. "" if the path maps
+/// to nothing.
 QO_API std::string toSystemPath(const CString& path);
 
-/// The one collection form of an absolute system path.
+/// The collection form of an absolute system path.
 QO_API CString fromSystemPath(const std::string& path);
 
 /// The process's current folder, in collection form.
 QO_API CString currentFolder();
 
-/// The system's message for an error number, led by "%u: ".
+/// The system's message for an error number: "2: No such file or directory".
 QO_API CString errorText(int error);
 
-/// Makes any foreign name (of a peer, plug-in, device, tag or invitation) one safe local name: no
-/// separators, controls or reserved forms, at most 255 bytes in UTF-8 with the extension kept; "_"
-/// when nothing is left.
+/// Makes a safe local name from any foreign name (of a peer, plug-in, device, tag or invitation):
+/// without separators, control characters and reserved forms, with at most 255 bytes in UTF-8 and
+/// its extension kept; "_" if nothing is left.
 QO_API CString safeLocalName(const CString& name);
 } // namespace qo

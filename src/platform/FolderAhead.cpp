@@ -7,6 +7,10 @@
 #include <algorithm>
 #include <utility>
 
+// Two threads work on one list of folders in the order of the walk: the second thread in run()
+// lists the next one that is not listed yet, the walk takes listings from the front. When the walk
+// catches up, it lists a folder itself instead of waiting.
+
 namespace qo
 {
 FolderAhead::FolderAhead(std::vector<CString> starts, std::size_t mostHeld)
@@ -66,7 +70,7 @@ bool FolderAhead::take(const CString& folder, std::vector<DirEntry>& entries, in
     const auto isKept = [&] { return number >= m_first; };
     while (isKept() && !at(number).isListed)
     {
-        // The walk has caught up: it lends a hand rather than wait.
+        // The walk has caught up: it helps instead of waiting.
         if (m_nextToList == number || (m_nextToList < end() && hasRoom()))
             listNext(lock, entries);
         else
@@ -88,7 +92,7 @@ bool FolderAhead::find(const CString& folder, std::size_t& number)
     if (known != m_numbers.end())
     {
         number = known->second;
-        // The walk comes in the same order: it has left out what is before this one.
+        // The walk has the same order, so it has skipped everything before this folder.
         passOver(number);
         return true;
     }
@@ -181,7 +185,8 @@ void FolderAhead::add(const CString& path)
         m_folders.pop_back();
 }
 
-/// Goes on with the next start when all below the one before is known.
+/// Adds the sub-folders of listed folders, and the next start folder when everything below the one
+/// before is known.
 void FolderAhead::addWhatIsBelow()
 {
     for (;;)

@@ -14,30 +14,32 @@
 
 namespace qo
 {
-/// Lists the folders that a walk (QoKernel::CFileFinder) is going to ask for, on a thread beside
-/// the walk's, and keeps the listings until they are asked for. The walk finds what it would find
-/// alone: links are not followed, folders that it passes over are not entered, an error is handed
-/// on like entries, and what is not at hand the walk lists itself. A listing is as of the moment
-/// when it was made, which may be any time before it is asked for.
+/// Lists the folders that a walk (QoKernel::CFileFinder) is going to ask for, on a second thread,
+/// and keeps the listings until the walk asks for them. The walk finds the same as without: links
+/// are not followed, folders that it skips are not entered, errors are passed on, and what is not
+/// available the walk lists itself. A listing may be as old as the time since run() began.
+///
+///   second thread:  list A, list B, list A/x, ...       (run())
+///   walk:           takes the listing of A, of B, ...   (list())
 class QO_API FolderAhead
 {
 public:
     static constexpr std::size_t defaultMostHeld = 250000;
 
-    /// Where the walk starts, in its order and spelling. No more folders are listed ahead while
-    /// that many entries are held, a listing of any size being the last of them.
+    /// The folders at which the walk starts, in its order and spelling. While mostHeld entries or
+    /// more are kept, no further folder is listed.
     explicit FolderAhead(std::vector<CString> starts, std::size_t mostHeld = defaultMostHeld);
     FolderAhead(const FolderAhead&) = delete;
     FolderAhead& operator=(const FolderAhead&) = delete;
 
-    /// Lists until all was listed or stop() was called. For one thread, which has to be back before
-    /// the object goes. Out of memory, it gives up as if stopped.
+    /// Lists until everything is listed or stop() is called. For one thread, which must have
+    /// returned before the object is destroyed. Gives up, as if stopped, when memory runs out.
     void run() noexcept;
-    /// Gives up what is held; from now on list() lists itself. run() returns when the listing that
-    /// it is in comes to its end. From any thread.
+    /// Drops the kept listings; from now on list() lists by itself. run() returns after the listing
+    /// it is working on. From any thread.
     void stop() noexcept;
 
-    /// In place of IFileSystem::list, for the one thread that walks.
+    /// Used by the one walking thread instead of IFileSystem::list.
     int list(const CString& folder, std::vector<DirEntry>& entries);
 
 private:
@@ -46,12 +48,12 @@ private:
         CString path;
         std::pair<std::uint64_t, std::uint64_t> identity; ///< device and inode
     };
-    /// Entries in two blocks of memory: one for each name would have both threads at the heap's
-    /// lock.
+    /// The entries of a folder in two blocks of memory: with a text for each name both threads
+    /// would wait for each other at the heap's lock.
     struct Packed
     {
         std::vector<FileInfo> infos;
-        std::u16string names; ///< a NUL behind each
+        std::u16string names; ///< with a NUL after each
     };
     struct Folder
     {
@@ -64,7 +66,8 @@ private:
     };
     using Lock = std::unique_lock<std::mutex>;
 
-    // All of these hold the lock; those that are given it leave it while they list or wait.
+    // All of these are called with the lock held; those that get it as an argument release it while
+    // they list or wait.
     bool take(const CString& folder, std::vector<DirEntry>& entries, int& error);
     bool find(const CString& folder, std::size_t& number);
     bool waitForWork(Lock& lock);
@@ -86,16 +89,17 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    bool m_isFull = false; ///< until half of what was held has been taken
+    bool m_isFull = false; ///< no more listing until half of it was taken
     std::size_t m_held = 0;
     std::size_t m_nextStart = 0;
-    /// In the order of the walk, numbered throughout: those before m_nextToList are listed or being
-    /// listed, what is below those before m_nextToAdd stands in the list as well.
+    /// In the order of the walk, with running numbers. Folders before m_nextToList are listed or
+    /// being listed; the sub-folders of those before m_nextToAdd are in this list too.
     std::deque<Folder> m_folders;
     std::size_t m_first = 0;
     std::size_t m_nextToList = 0;
     std::size_t m_nextToAdd = 0;
-    std::unordered_map<std::u16string_view, std::size_t> m_numbers; ///< by the folders' own paths
-    std::set<std::pair<std::uint64_t, std::uint64_t>> m_visited;    ///< below the present start
+    std::unordered_map<std::u16string_view, std::size_t>
+        m_numbers; ///< by path; the texts belong to m_folders
+    std::set<std::pair<std::uint64_t, std::uint64_t>> m_visited; ///< below the current start folder
 };
 } // namespace qo

@@ -6,9 +6,9 @@
 
 namespace qo
 {
-/// What walks could not list, or only in part.
+/// The folders that walks could not list, or only in part.
 struct FolderErrors
 {
-    std::map<CString, int> byFolder; ///< error numbers
+    std::map<CString, int> byFolder; ///< error numbers by path
 };
 } // namespace qo

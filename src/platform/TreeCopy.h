@@ -9,43 +9,48 @@
 
 namespace qo
 {
-/// Takes a file, a symbolic link or a folder with all it holds to another file system: copy() makes
-/// a copy under the new path, which then exists in full or not at all, and removeSource() ends the
-/// move. Until then removeTarget() takes everything back. Content, times and, as far as the other
-/// file system can hold them, owner, mode, access lists and extended attributes stay; links are
-/// copied as links. Calls answer with the system's error number, 0 for success. Not for several
-/// threads at once.
+/// Moves a file, a symbolic link or a folder with its content to another file system, by copying:
+/// copy() makes a copy under the new path, which then exists completely or not at all, and
+/// removeSource() completes the move. Until then removeTarget() undoes everything.
+///
+///   /a/Album -> /b/Album                         a crash leaves
+///   stage()          /b/.qo-x/copy/...           the staging folder .qo-x: see removeStaged()
+///   putInPlace()     rename to /b/Album          both, complete
+///   removeSource()   /a/Album is removed         a part of /a/Album, and /b/Album complete
+///
+/// Content and times are kept and, as far as the other file system can, owner, mode, access lists
+/// and extended attributes. Links are copied as links. Functions return the system's error number,
+/// 0 for success. Not for several threads at once.
 class QO_API TreeCopy
 {
 public:
-    /// Both paths are taken as they are spelled. The hidden folder beside the target, in which the
-    /// copy grows, bears the name that is given, so that it is found after a crash, or a random
-    /// one.
+    /// Both paths must be exact. stagingName is the name of the hidden folder beside the target in
+    /// which the copy is made, so that it can be found after a crash; "" chooses a random name.
     TreeCopy(const CString& from, const CString& to, const std::string& stagingName = {});
     ~TreeCopy();
     TreeCopy(const TreeCopy&) = delete;
     TreeCopy& operator=(const TreeCopy&) = delete;
 
-    /// stage() and putInPlace().
+    /// stage() followed by putInPlace().
     int copy(const std::function<bool()>& stop = {});
-    /// Copies to the hidden folder, makes the copy durable, reads it back and compares it. EINVAL
-    /// for what is neither file, link nor folder, EBUSY for a folder in which something is mounted,
-    /// ECANCELED when stop, which is asked for each block and may be empty, says so. A staged copy
-    /// that is not put in its place goes with the object.
+    /// Copies to the staging folder, flushes the copy to the disk, reads it again and compares it.
+    /// EINVAL for anything but files, links and folders, EBUSY for a folder in which something is
+    /// mounted, ECANCELED when stop, which is called for each block and may be empty, returns true.
+    /// The destructor removes a staged copy that was not put in place.
     int stage(const std::function<bool()>& stop = {});
-    /// Where the staged copy lies, as a system path.
+    /// The system path of the staged copy.
     const std::string& stagedPath() const;
-    /// Gives the staged copy its name, where it overwrites nothing.
+    /// Renames the staged copy to the target, which must not exist.
     int putInPlace();
-    /// Removes what a copy under the given staging name left behind when its process was killed.
+    /// Removes what a killed process has left under the given staging name.
     int removeStaged();
-    /// Removes what was copied, and EBUSY with everything left in place if any of it has changed
-    /// since. Something new in a folder keeps that folder and gives ENOTEMPTY.
+    /// Removes the source. EBUSY, with everything left in place, if any of it has changed since. A
+    /// folder with something new in it is kept, with ENOTEMPTY.
     int removeSource();
-    /// Removes the copy, but leaves in place, with EBUSY, what has changed since or is another's.
+    /// Removes the copy, except what has changed since or belongs to others: EBUSY.
     int removeTarget();
 
-    /// Which file or folder the last failure was about, as a system path.
+    /// The system path of the file or folder that the last failure is about.
     const std::string& failedPath() const;
 
 private:

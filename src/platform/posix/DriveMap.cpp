@@ -7,6 +7,12 @@
 #include <mutex>
 #include <string>
 
+// Names are converted character by character: decode() reads one from UTF-8, encodeName() writes
+// the collection form of a name, decodeComponents() is the reverse for a whole path. DriveMap
+// itself only finds the prefix (drive or server) that belongs to a mount point.
+//
+//   bytes 61 FF 62 (no valid UTF-8)  ->  "a" U+F0FF "b"  ->  the same bytes
+
 namespace qo
 {
 namespace
@@ -15,12 +21,13 @@ constexpr char16_t byteBlock = 0xF000;
 constexpr char16_t byteBlockEnd = 0xF0FF;
 constexpr char32_t noCharacter = 0xFFFFFFFF;
 
+/// Bytes that are never written as themselves in a collection path.
 bool isMappedByte(unsigned char byte)
 {
     return byte < 0x20 || byte == 0x7F || byte == '\\' || byte >= 0x80;
 }
 
-/// The character at the front of the bytes and its length; noCharacter when they are ill-formed.
+/// The first character of the bytes and its length; noCharacter if they are not valid UTF-8.
 char32_t decode(std::string_view bytes, std::size_t& length)
 {
     const auto lead = static_cast<unsigned char>(bytes[0]);
@@ -45,6 +52,7 @@ char32_t decode(std::string_view bytes, std::size_t& length)
     return isValid ? c : noCharacter;
 }
 
+/// As UTF-16.
 void appendUnits(char16_t*& out, char32_t c)
 {
     if (c < 0x10000)
@@ -56,7 +64,7 @@ void appendUnits(char16_t*& out, char32_t c)
     }
 }
 
-/// Writes the collection form of one name; never more units than bytes.
+/// Writes the collection form of one name; never more units than the name has bytes.
 void encodeName(std::string_view name, char16_t*& out)
 {
     while (!name.empty())
@@ -102,7 +110,7 @@ void appendUtf8(std::string& out, char32_t c)
     }
 }
 
-/// Whether the components are what the way back makes of their system form.
+/// Whether the components are exactly what encodeName() makes of their system form.
 bool isOneForm(std::u16string_view components, std::string_view system)
 {
     std::u16string again(system.size(), u'\0');
@@ -119,7 +127,7 @@ bool isOneForm(std::u16string_view components, std::string_view system)
            std::u16string_view(again.data(), static_cast<std::size_t>(out - again.data()));
 }
 
-/// Appends the system's form of the components to a mount point; false when there is none.
+/// Appends the system form of the components; false if there is none.
 bool decodeComponents(std::u16string_view text, std::string& out)
 {
     const std::size_t start = out.size();
@@ -135,8 +143,8 @@ bool decodeComponents(std::u16string_view text, std::string& out)
             out += static_cast<char>(c);
         else if (c >= byteBlock && c <= byteBlockEnd)
         {
-            // Only what the way here makes: anything else would be a second form of some name, or
-            // a way to smuggle dots past a check.
+            // Only what encodeName() produces: anything else would be a second form of a name, or a
+            // way to hide dots from a check.
             const auto byte = static_cast<unsigned char>(c - byteBlock);
             if (byte == 0 || !isMappedByte(byte))
                 return false;
@@ -153,16 +161,18 @@ bool decodeComponents(std::u16string_view text, std::string& out)
         else
             appendUtf8(out, c);
     }
-    // Bytes that together are a character have that character for their one form.
+    // If mapped bytes together form a character, then that character is the only form.
     return !hasBytes || isOneForm(text, std::string_view(out).substr(start));
 }
 
+/// Whether the path begins with that drive.
 bool isDrive(std::u16string_view path, char16_t letter)
 {
     return path.size() >= 2 && path[1] == u':' && toLower(path[0]) == toLower(letter) &&
            (path.size() == 2 || path[2] == u'\\');
 }
 
+/// Whether the path is the prefix or lies below it, without regard to case.
 bool hasPrefix(std::u16string_view path, std::u16string_view prefix)
 {
     return path.size() >= prefix.size() &&
@@ -180,7 +190,7 @@ std::string withoutClosingSlash(std::string path)
 
 DriveMap& DriveMap::instance()
 {
-    // Never destroyed: paths are mapped until the last line of the log.
+    // Never destroyed: paths are converted until the last line of the log is written.
     static auto* map = new DriveMap();
     return *map;
 }
@@ -247,6 +257,7 @@ std::string DriveMap::toSystem(const CString& path) const
     if (!isDrive(text, u'C'))
     {
         const std::shared_lock lock(m_mutex);
+        // The longest prefix wins: \\server\share before \\server.
         const Mount* best = nullptr;
         for (const Mount& mount : m_mounts)
         {
@@ -271,6 +282,7 @@ CString DriveMap::fromSystem(const std::string& path) const
     if (m_hasMounts)
     {
         const std::shared_lock lock(m_mutex);
+        // The longest mount point wins: /media/stick/inner before /media/stick.
         std::size_t best = 0;
         for (const Mount& mount : m_mounts)
         {
@@ -299,6 +311,7 @@ CString DriveMap::fromSystem(const std::string& path) const
         }
         rest.remove_prefix(std::min(slash + 1, rest.size()));
     }
+    // The root of a drive is "C:\", not "C:".
     if (out == start + prefixLength)
         *out++ = u'\\';
     result.ReleaseBuffer(static_cast<int>(out - start));

@@ -8,7 +8,7 @@ CString errorText(int error)
 {
     CString text;
     text.Format(u"%u: ", static_cast<unsigned>(error));
-    // The untranslated description: logs read the same in every locale.
+    // The description is not translated, so logs are the same in every locale.
     if (const char* description = ::strerrordesc_np(error))
         text.AppendFormat(u"%s", description);
     else

@@ -8,11 +8,14 @@
 #include <string>
 #include <vector>
 
+// Extended attributes hold access lists too, so copying all of them copies these.
+
 namespace qo
 {
 namespace
 {
-/// Empty as well where the file system has no attributes.
+/// The names of all extended attributes; none where the file system has no such attributes. False
+/// on failure.
 bool listXattrs(int descriptor, std::vector<std::string>& names)
 {
     names.clear();
@@ -45,7 +48,8 @@ bool copyXattrs(int from, const std::vector<std::string>& names, int to)
     return true;
 }
 
-/// A new file gets attributes of its own, such as the access list that its folder hands down.
+/// Removes attributes that the other file does not have, such as an access list that a folder gives
+/// to new files.
 bool removeOtherXattrs(const std::vector<std::string>& wanted, int from)
 {
     std::vector<std::string> names;
@@ -63,8 +67,8 @@ bool removeOtherXattrs(const std::vector<std::string>& wanted, int from)
 
 bool copyAttributes(int from, const struct stat& st, int to)
 {
-    // Owner first: a change of owner clears mode bits. Foreign access lists go before the mode is
-    // set, which would be written into them.
+    // The owner comes first, since changing it clears bits of the mode. Other access lists are
+    // removed before the mode is set, which would be written into them.
     struct stat now;
     if (::fstat(to, &now) != 0)
         return false;

@@ -4,8 +4,7 @@
 
 namespace qo
 {
-/// Gives an open file (to) the owner, group, mode, access list and extended attributes of another
-/// (from, whose state is st), and takes away those that the other has not. False if one of them
-/// cannot be given.
+/// Copies owner, group, mode, access list and extended attributes from one open file (whose state
+/// is st) to another, and removes those that only the other one has. False if any of this fails.
 bool copyAttributes(int from, const struct stat& st, int to);
 } // namespace qo

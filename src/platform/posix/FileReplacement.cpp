@@ -16,6 +16,15 @@
 #include <cstdlib>
 #include <memory>
 
+// prepare() follows links, opens the file and copies it to a SideFile with the same attributes.
+// commit() renames the copy over the file. Where that would lose something (hard links, attributes)
+// it overwrites the file in place:
+//
+//   1. write a backup of the old content and flush it      a crash leaves the old file
+//   2. reserve room for the new content                    a full disk is noticed here
+//   3. overwrite the file and flush it                     a crash leaves the backup beside it
+//   4. on failure overwrite it again from the backup
+
 namespace qo
 {
 namespace
@@ -25,8 +34,8 @@ std::string folderOf(const std::string& path)
     return path.substr(0, path.rfind('/') + 1);
 }
 
-/// The name of a backup, cut between two characters of UTF-8 to what the folder takes. It ends in
-/// no extension of the original: nobody shall take a backup for one more song.
+/// The name of a backup, cut between two UTF-8 characters to the length that the folder allows. It
+/// does not end with the original's extension, so nothing takes it for another song.
 std::string backupName(const std::string& folder, const std::string& name)
 {
     constexpr char end = '~';
@@ -39,7 +48,7 @@ std::string backupName(const std::string& folder, const std::string& name)
     return name.substr(0, length) + end;
 }
 
-/// A new file beside another; unlinked at the end unless kept.
+/// A new file beside another one; removed at the end unless keep() is called.
 class SideFile
 {
 public:
@@ -57,14 +66,14 @@ public:
         m_path = temporaryBeside(target);
         return take(::mkostemp(m_path.data(), O_CLOEXEC));
     }
-    /// Under a name that tells whose content it is, for whoever finds it after a crash.
+    /// Under a name that shows whose content it is, for whoever finds it after a crash.
     int makeBackupOf(const std::string& target)
     {
         constexpr int tries = 100;
         const std::string folder = folderOf(target);
         const std::string name = target.substr(folder.size());
         int error = EEXIST;
-        // One that is there already may be all that is left of a file: it is not touched.
+        // An existing backup may be the only copy of a file, so it is not touched.
         for (int i = 1; i <= tries && error == EEXIST; ++i)
         {
             const std::string number = i == 1 ? "" : std::to_string(i) + "-";
@@ -92,6 +101,7 @@ private:
     std::unique_ptr<PosixFile> m_file;
 };
 
+/// Opens a regular file without following a link at its end; null, with errno, for anything else.
 std::unique_ptr<PosixFile> openRegular(const std::string& path, int flags, struct stat& st)
 {
     const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
@@ -106,7 +116,7 @@ std::unique_ptr<PosixFile> openRegular(const std::string& path, int flags, struc
     return nullptr;
 }
 
-/// Plain reading and writing, for file systems that can do no better.
+/// Copies by reading and writing, from the present positions on.
 int pumpContent(PosixFile& from, PosixFile& to, const std::function<bool()>& stop)
 {
     constexpr std::size_t blockSize = std::size_t(256) << 10;
@@ -123,7 +133,8 @@ int pumpContent(PosixFile& from, PosixFile& to, const std::function<bool()>& sto
     }
 }
 
-/// The whole content, shared or copied inside the kernel where the file system can.
+/// Copies the whole content, inside the system or by sharing blocks where the file system can do
+/// that.
 int copyContent(PosixFile& from, PosixFile& to, const std::function<bool()>& stop = {})
 {
     if (!from.seek(0) || !to.seek(0))
@@ -138,17 +149,19 @@ int copyContent(PosixFile& from, PosixFile& to, const std::function<bool()>& sto
         if (done < 0 && errno != EINTR)
             break;
     }
-    // Whatever stopped it short of the end, the plain road finishes or says why it cannot.
+    // Copies the rest, if the loop above ended early, or finds the reason.
     return pumpContent(from, to, stop);
 }
 
+/// Whether both are the same file with the same content, by inode, size and write time.
 bool sameFile(const struct stat& a, const struct stat& b)
 {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
            a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
 }
 
-/// A failure is no one's business: after a power cut the name leads to the old content or the new.
+/// Flushes the folder of a file, so that a rename in it lasts. Failures are ignored: after a power
+/// cut the name means the old or the new content, and both are complete.
 void syncFolder(const std::string& target)
 {
     const int descriptor = ::open(folderOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -156,6 +169,7 @@ void syncFolder(const std::string& target)
         PosixFile(descriptor).sync();
 }
 
+/// Gives a file the content of another and flushes it.
 int overwrite(PosixFile& from, PosixFile& to)
 {
     struct stat st;
@@ -174,9 +188,10 @@ struct FileReplacement::State
     explicit State(const CString& path) : given(toSystemPath(path)) {}
 
     int overwriteInPlace();
-    /// A full disk must show before the first byte of the file is overwritten.
+    /// Reserves room, so that a full disk is noticed before the first byte of the file is
+    /// overwritten.
     int makeRoom(PosixFile& file) const;
-    /// Keeps the first error; always false.
+    /// Keeps the first error number; always false, so that a caller can return it.
     bool failed(int error)
     {
         copyError = copyError != 0 ? copyError : error;
@@ -184,7 +199,7 @@ struct FileReplacement::State
     }
 
     std::string given;
-    std::string target; ///< with all links followed
+    std::string target; ///< the given path with all links followed
     std::string left;
     struct stat before = {};
     std::unique_ptr<PosixFile> source;
@@ -213,6 +228,7 @@ int FileReplacement::prepare(const std::function<bool()>& stop)
     if (const int error = state.copy.makeBeside(state.target); error != 0)
         return error;
     const int from = state.source->descriptor();
+    // Some file systems can share the blocks of the copy with the file; others need a real copy.
     if (::ioctl(state.copy.descriptor(), FICLONE, from) != 0)
     {
         if (const int error = copyContent(*state.source, state.copy.file(), stop); error != 0)
@@ -304,6 +320,7 @@ int FileReplacement::commit()
         return state.copyError;
     if (const int error = state.copy.file().sync(); error != 0)
         return error;
+    // The file may have been changed or replaced while the copy was edited.
     struct stat now;
     if (::lstat(state.target.c_str(), &now) != 0)
         return errno;
@@ -326,7 +343,7 @@ int FileReplacement::State::makeRoom(PosixFile& file) const
     if (wanted.st_size <= before.st_size)
         return 0;
     const int error = ::posix_fallocate(file.descriptor(), 0, wanted.st_size);
-    // Some file systems cannot reserve room; the backup is the only net there.
+    // Some file systems cannot reserve room; there only the backup protects the content.
     if (error == 0 || error == EINVAL || error == EOPNOTSUPP)
         return 0;
     return ::ftruncate(file.descriptor(), before.st_size) == 0 ? error : errno;
@@ -347,7 +364,7 @@ int FileReplacement::State::overwriteInPlace()
         return EBUSY;
     if (const int error = makeRoom(*file); error != 0)
         return error;
-    // From here on a crash may leave a mixed file: the backup must be found then.
+    // From here on a crash may leave a mixed file, so the backup's name must be on the disk.
     syncFolder(target);
     const int error = overwrite(copy.file(), *file);
     if (error != 0 && overwrite(backup.file(), *file) != 0)

@@ -15,6 +15,7 @@
 
 namespace qo
 {
+/// Stops after enough names, so a folder with a hundred thousand entries costs one read.
 int firstNames(const CString& folder, std::size_t most, std::vector<CString>& names)
 {
     names.clear();
@@ -39,8 +40,8 @@ int firstNames(const CString& folder, std::size_t most, std::vector<CString>& na
 
 bool isTrashFolder(const CString& folder, const CString& name)
 {
-    // The trash at the top of a file system has its user's number behind a dash, or folders of
-    // users in it; that of the home folder is known by what it holds.
+    // A trash at the top of a file system is ".Trash" with folders of users in it, or ".Trash-" and
+    // the number of its user; the trash of the home folder is recognised by its content.
     constexpr std::u16string_view top = u".Trash";
     const std::u16string_view text = name.view();
     if (text.starts_with(top))

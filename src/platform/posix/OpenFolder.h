@@ -11,6 +11,6 @@ struct CloseFolder
     void operator()(DIR* folder) const { ::closedir(folder); }
 };
 
-/// A folder that is being listed; closed when it goes out of scope.
+/// A folder that is being listed; closed at the end of its scope.
 using OpenFolder = std::unique_ptr<DIR, CloseFolder>;
 } // namespace qo

@@ -7,6 +7,8 @@
 #include <atomic>
 #include <filesystem>
 
+// The services of the system, made when first used, and their replacements for tests.
+
 namespace qo
 {
 namespace
@@ -16,7 +18,7 @@ std::atomic<IClock*> clockReplacement{nullptr};
 thread_local FolderAhead* aheadOfThisThread = nullptr;
 thread_local FolderErrors* errorsOfThisThread = nullptr;
 
-/// Made on first use and never destroyed, so that static objects may use it to their end.
+/// Made when first used and never destroyed, so that static objects may use it until the end.
 template <class T>
 T& only()
 {

@@ -55,7 +55,7 @@ GUID PosixClock::newGuid() const
     static_assert(sizeof(id) == 16);
     if (::getentropy(&id, sizeof(id)) != 0)
     {
-        // No entropy, as in a very early boot: time and process still make the id differ.
+        // Without entropy, as early in a boot, time and process make ids differ.
         const FILETIME time = now();
         id.Data1 = time.dwLowDateTime ^ processId();
         std::memcpy(id.Data4, &time, sizeof(time));

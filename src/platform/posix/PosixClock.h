@@ -4,6 +4,7 @@
 
 namespace qo
 {
+/// The clocks of POSIX, and ids from the system's random numbers.
 class PosixClock final : public IClock
 {
 public:

@@ -4,7 +4,7 @@
 
 namespace qo
 {
-/// An open file descriptor.
+/// An open file descriptor, which it owns. size is what sizeAtOpen() returns.
 class PosixFile final : public IFile
 {
 public:
@@ -25,7 +25,7 @@ public:
     int error() const override { return m_error; }
 
     int descriptor() const noexcept { return m_descriptor; }
-    /// Waits until the disk has it; the error number or 0.
+    /// Flushes to the disk; the error number, 0 for success.
     int sync();
 
 private:

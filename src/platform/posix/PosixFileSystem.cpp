@@ -17,6 +17,10 @@
 #include <cstdio>
 #include <cstring>
 
+// info() and list() convert what statx says; readPath() finds a name in another case; open()
+// protects against devices and pipes; Temporary is the file beside a target that copyFile() and
+// replaceFile() rename.
+
 namespace qo
 {
 namespace
@@ -26,6 +30,7 @@ constexpr mode_t ownerFile = 0600;
 constexpr mode_t ownerFolder = 0700;
 constexpr std::size_t copyBlock = std::size_t(256) * 1024;
 
+/// The error number of a system call.
 int answer(int result)
 {
     return result == 0 ? 0 : errno;
@@ -36,6 +41,7 @@ FILETIME toFileTime(const struct statx_timestamp& time)
     return fromUnixTime(time.tv_sec, time.tv_nsec);
 }
 
+/// Fills FileInfo from what statx reported. A name that begins with a point is hidden.
 void convert(const struct statx& st, const char* name, FileInfo& info)
 {
     info.kind = S_ISREG(st.stx_mode)
@@ -59,6 +65,7 @@ void convert(const struct statx& st, const char* name, FileInfo& info)
     info.links = st.stx_nlink;
 }
 
+/// The properties of a file whose name is relative to an open folder. Does not mount anything.
 int statAt(int dir, const char* path, const char* name, FileInfo& info)
 {
     struct statx st;
@@ -74,8 +81,8 @@ const char* lastName(const std::string& path)
     return path.c_str() + (slash == std::string::npos ? 0 : slash + 1);
 }
 
-/// The devices that /proc, /sys and /dev are on: folders of the running system, not of anybody's
-/// media. Where one of them is no mount point of its own, its device says nothing.
+/// The devices of /proc, /sys and /dev, which belong to the running system and contain no media.
+/// One of these that is not mounted separately is left out.
 const std::vector<std::uint64_t>& systemDevices()
 {
     static const std::vector<std::uint64_t> devices = []
@@ -94,6 +101,7 @@ const std::vector<std::uint64_t>& systemDevices()
     return devices;
 }
 
+/// Whether a folder belongs to these, by its device or by its place.
 bool leadsIntoSystem(const std::string& folder, const char* name, const FileInfo& info)
 {
     const std::vector<std::uint64_t>& devices = systemDevices();
@@ -114,7 +122,8 @@ bool isDots(const char* name)
     return name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0));
 }
 
-/// The only entry of the folder that differs from the name in case alone; empty otherwise.
+/// The only name in the folder that differs from this one in case alone; "" if there is none, or
+/// more than one.
 std::string onlyMatch(const std::string& folder, const CString& name)
 {
     const OpenFolder dir(::opendir(folder.empty() ? "/" : folder.c_str()));
@@ -131,7 +140,8 @@ std::string onlyMatch(const std::string& folder, const CString& name)
     return hits == 1 ? found : std::string();
 }
 
-/// Walks the path from the root and takes the only match for each name that is not there.
+/// Follows the path from the root; for each name that does not exist it takes the only match
+/// without regard to case. "" if there is none.
 std::string matchAnyCase(const std::string& path)
 {
     std::string real;
@@ -155,6 +165,7 @@ std::string matchAnyCase(const std::string& path)
     return real.empty() ? "/" : real;
 }
 
+/// O_NONBLOCK keeps open() from waiting for the other end of a pipe.
 int flagsOf(OpenMode mode)
 {
     switch (mode)
@@ -171,6 +182,7 @@ int flagsOf(OpenMode mode)
     return O_RDONLY;
 }
 
+/// Flushes the folder of a file, so that a rename in it lasts.
 int syncFolderOf(const std::string& path)
 {
     const std::string folder = path.substr(0, path.rfind('/') + 1);
@@ -181,7 +193,7 @@ int syncFolderOf(const std::string& path)
     return file.sync();
 }
 
-/// A file under a free name beside the target; its name is removed again unless put in place.
+/// A file under a free name beside the target; it is removed unless it is put in place.
 class Temporary
 {
 public:
@@ -204,6 +216,7 @@ public:
     PosixFile* file() { return m_file.get(); }
     int error() const { return m_error; }
 
+    // Renames the file over the target; durable flushes the content before and the folder after it.
     int putInPlace(Durability durability)
     {
         const bool durable = durability == Durability::durable;
@@ -223,8 +236,8 @@ private:
     int m_error = 0;
 };
 
-/// The regular file that this thread looked at last: whoever reads it next has no need to look
-/// again.
+/// The path of the regular file that this thread looked at last. A scan looks at a file and then
+/// opens it, which so needs only one look before opening.
 thread_local CString lastRegular;
 
 int copyContent(IFile& from, IFile& to)
@@ -293,7 +306,7 @@ int PosixFileSystem::list(const CString& folder, std::vector<DirEntry>& entries)
         if (isDots(name) || isTemporaryName(name))
             continue;
         DirEntry entry;
-        // Some file systems do not say what an entry is.
+        // Some file systems do not report the kind of an entry.
         const bool isLink =
             found->d_type == DT_LNK || (found->d_type == DT_UNKNOWN && isLinkAt(descriptor, name));
         if (const int unknown = statAt(descriptor, name, name, entry.info); unknown && !isLink)
@@ -323,7 +336,8 @@ std::unique_ptr<IFile> PosixFileSystem::open(const CString& path, OpenMode mode,
     error = ENOENT;
     if (real.empty())
         return nullptr;
-    // Looking before opening keeps hands off devices; looking again after it closes the gap.
+    // The check before opening avoids touching devices; the check after it covers a change in
+    // between.
     FileInfo found;
     int missing = 0;
     if (mode == OpenMode::read && lastRegular == path)
@@ -373,6 +387,7 @@ int PosixFileSystem::makeDirectories(const CString& path)
     const std::string real = toSystemPath(path);
     if (real.empty())
         return ENOENT;
+    // Mostly the folder exists, which one call shows.
     FileInfo known;
     if (statAt(AT_FDCWD, real.c_str(), lastName(real), known) == 0 &&
         known.kind == FileKind::directory)

@@ -4,7 +4,7 @@
 
 namespace qo
 {
-/// The file services over POSIX calls and statx.
+/// IFileSystem over POSIX calls and statx.
 class PosixFileSystem final : public IFileSystem
 {
 public:
@@ -26,7 +26,7 @@ public:
     bool isLink(const CString& path) override;
 
 private:
-    /// The path to read from: as given, or the unique one that differs in case alone.
+    /// The system path to read from: as given, or the only existing one that differs in case alone.
     static std::string readPath(const CString& path);
 };
 } // namespace qo

@@ -10,16 +10,19 @@
 #include <string_view>
 #include <vector>
 
+// Folders come from the XDG variables, from the file user-dirs.dirs, or from the usual names below
+// the home folder, in this order.
+
 namespace qo
 {
 namespace
 {
 constexpr const char* appName = "Velmora";
 
-/// The conventions ask that relative values be ignored.
+/// The value of a variable; "" for a relative one, which the conventions ask to ignore.
 std::string absoluteVariable(const char* name)
 {
-    // Read once per call; the process sets its environment before it has threads.
+    // The process sets its environment before it starts threads.
     const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe)
     return value && value[0] == '/' ? value : std::string();
 }
@@ -48,8 +51,8 @@ std::ifstream openUserDirs()
         join(config.empty() ? join(homeFolder(), ".config") : config, "user-dirs.dirs"));
 }
 
-/// The folder of a line NAME="$HOME/Music" or NAME="/srv/music"; empty for a line of another name
-/// or form.
+/// The folder in a line NAME="$HOME/Music" or NAME="/srv/music"; "" for a line with another name or
+/// form.
 std::string userDirsValue(const std::string& line, const std::string& name)
 {
     const std::size_t start = line.find_first_not_of(" \t");
@@ -75,7 +78,7 @@ std::string userDirsEntry(const std::string& name)
     return {};
 }
 
-/// Every folder that user-dirs.dirs names.
+/// All folders in user-dirs.dirs.
 std::vector<std::string> userDirsEntries()
 {
     constexpr std::string_view suffix = "_DIR";
@@ -95,6 +98,8 @@ std::vector<std::string> userDirsEntries()
 }
 } // namespace
 
+/// The folder of the application: below the base if one is set, else below the folder of the
+/// variable or its default.
 CString PosixSpecialFolders::appFolder(const char* variable,
                                        const char* fallback,
                                        const char16_t* belowBase) const
@@ -110,6 +115,7 @@ CString PosixSpecialFolders::appFolder(const char* variable,
     return fromSystemPath(join(base, appName));
 }
 
+/// A folder of the user, by the same order, with user-dirs.dirs after the variable.
 CString PosixSpecialFolders::userFolder(const std::string& name, const char* fallback) const
 {
     {

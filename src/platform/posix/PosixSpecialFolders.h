@@ -7,7 +7,7 @@
 
 namespace qo
 {
-/// The folders of the XDG base directory and user directory conventions.
+/// ISpecialFolders by the XDG conventions for base and user directories.
 class PosixSpecialFolders final : public ISpecialFolders
 {
 public:

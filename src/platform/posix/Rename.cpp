@@ -11,7 +11,7 @@ namespace qo
 {
 namespace
 {
-/// The file has both names for a moment.
+/// By a second hard link: the file has both names for a moment.
 int linkAndUnlink(const std::string& from, const std::string& to)
 {
     if (::link(from.c_str(), to.c_str()) != 0)
@@ -23,7 +23,8 @@ int linkAndUnlink(const std::string& from, const std::string& to)
     return error;
 }
 
-/// Somebody may come in between, which nothing can prevent where the system offers no more.
+/// By looking first. Another program may create the target in between, which cannot be prevented
+/// where the system offers nothing better.
 int lookAndRename(const std::string& from, const std::string& to)
 {
     struct stat st;
@@ -39,7 +40,8 @@ int renameNoReplace(const std::string& from, const std::string& to)
         return 0;
     if (errno != EINVAL && errno != ENOSYS)
         return errno;
-    // The file system does not know the flag; folders, and all files of some, have no second name.
+    // The file system does not support the flag. Folders, and on some file systems files too,
+    // cannot have a second link.
     const int error = linkAndUnlink(from, to);
     return error == EPERM ? lookAndRename(from, to) : error;
 }

@@ -18,6 +18,10 @@
 #include <filesystem>
 #include <vector>
 
+// The source is listed completely before anything is copied, parents before their content, and each
+// entry remembers the source and later its copy. So removing the source or the copy can check,
+// entry by entry, that it is still what was copied.
+
 namespace qo
 {
 namespace
@@ -28,9 +32,9 @@ constexpr mode_t ownerFile = 0600;
 
 struct Entry
 {
-    std::string name; ///< behind the path of the whole: "" or "/a/b"
+    std::string name; ///< relative to the root of the copy: "" or "/a/b"
     struct stat st;
-    struct stat copied; ///< of the copy once it is in its place
+    struct stat copied; ///< the copy's state when it was complete
 };
 
 std::string folderOf(const std::string& path)
@@ -38,6 +42,8 @@ std::string folderOf(const std::string& path)
     return path.substr(0, path.rfind('/') + 1);
 }
 
+/// Whether nothing has changed: the same inode and mode and, for files and links, size and write
+/// time.
 bool isSame(const struct stat& a, const struct stat& b)
 {
     const bool isSameFile = a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_mode == b.st_mode;
@@ -63,6 +69,7 @@ int listNames(const std::string& folder, std::vector<std::string>& names)
     }
 }
 
+/// Opens a file or folder without following a link at its end; null, with errno, on failure.
 std::unique_ptr<PosixFile> openFile(const std::string& path, int flags)
 {
     const int descriptor =
@@ -94,14 +101,15 @@ struct TreeCopy::State
     std::string from;
     std::string to;
     std::string stagingName; ///< "" for a random one
-    std::string holder;      ///< the hidden folder while it is there, else ""
+    std::string holder;      ///< the staging folder while it exists, else ""
     std::string staged;
     std::string failed;
-    std::vector<Entry> entries; ///< each folder ahead of what it holds
+    std::vector<Entry> entries; ///< folders before their content
     std::function<bool()> stop;
     std::unique_ptr<char[]> block{new char[blockSize]};
     std::unique_ptr<char[]> otherBlock{new char[blockSize]};
 
+    // Remembers the path of a failure and returns its number.
     int fail(const std::string& path, int error)
     {
         failed = path;
@@ -109,6 +117,7 @@ struct TreeCopy::State
     }
     bool isStopped() const { return stop && stop(); }
 
+    // Fills entries from the source.
     int list();
     int addEntry(const std::string& name);
     int copyAll(const std::string& target);
@@ -124,6 +133,8 @@ struct TreeCopy::State
     void dropHolder();
 };
 
+/// Adds one entry of the source. Refuses what cannot be copied, and anything on another file
+/// system: that is mounted there.
 int TreeCopy::State::addEntry(const std::string& name)
 {
     Entry entry{name, {}, {}};
@@ -139,6 +150,7 @@ int TreeCopy::State::addEntry(const std::string& name)
     return 0;
 }
 
+/// Breadth first: the list grows while it is walked, so no recursion is needed.
 int TreeCopy::State::list()
 {
     entries.clear();
@@ -192,6 +204,7 @@ int TreeCopy::State::copyLink(const Entry& entry, const std::string& target) con
     return 0;
 }
 
+/// Copies one file, flushes it and compares it with the source.
 int TreeCopy::State::copyFile(const Entry& entry, const std::string& target)
 {
     const std::string source = from + entry.name;
@@ -211,12 +224,12 @@ int TreeCopy::State::copyFile(const Entry& entry, const std::string& target)
         if (!out->write(block.get(), static_cast<std::size_t>(got)))
             return out->error();
     }
-    // What another file system cannot hold is not worth losing the move for.
+    // What the other file system cannot store is not worth failing for.
     (void)copyAttributes(in->descriptor(), entry.st, out->descriptor());
     giveTimes(target, entry.st);
     if (const int error = out->sync())
         return error;
-    // Only what comes from the disk proves that the disk has it.
+    // Drops the cached copy, since only what is read from the disk shows what is on it.
     (void)::posix_fadvise(out->descriptor(), 0, 0, POSIX_FADV_DONTNEED);
     return isStopped() ? ECANCELED : compare(source, target);
 }
@@ -243,8 +256,8 @@ int TreeCopy::State::compare(const std::string& source, const std::string& targe
     }
 }
 
-/// Times and modes of folders come last, since filling a folder changes the one and may need more
-/// than the other.
+/// Sets times and modes of folders last: filling a folder changes its times, and may need more
+/// rights than its mode gives.
 int TreeCopy::State::finishFolders(const std::string& target)
 {
     for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry)
@@ -263,6 +276,8 @@ int TreeCopy::State::finishFolders(const std::string& target)
     return 0;
 }
 
+/// Removes all entries below a root, content before folders. Goes on after a failure and returns
+/// the first.
 int TreeCopy::State::removeAll(const std::string& root)
 {
     int first = 0;
@@ -275,6 +290,7 @@ int TreeCopy::State::removeAll(const std::string& root)
     return first;
 }
 
+/// Remembers the state of each copy for removeCopies().
 int TreeCopy::State::noteCopies(const std::string& root)
 {
     for (Entry& entry : entries)
@@ -286,7 +302,7 @@ int TreeCopy::State::noteCopies(const std::string& root)
     return 0;
 }
 
-/// What others have put in the place of a copy, or changed in it, is theirs.
+/// Removes the copies that have not changed; anything else belongs to others.
 int TreeCopy::State::removeCopies()
 {
     int first = 0;
@@ -305,6 +321,7 @@ int TreeCopy::State::removeCopies()
     return first;
 }
 
+/// Creates the staging folder beside the target, so that the final rename stays in one file system.
 int TreeCopy::State::makeHolder()
 {
     std::string folder = stagingName.empty() ? temporaryBeside(to) : folderOf(to) + stagingName;
@@ -363,6 +380,7 @@ int TreeCopy::stage(const std::function<bool()>& stop)
         return ENOENT;
     if (const int error = state.list())
         return error;
+    // A killed run with this name may have left its folder.
     if (!state.stagingName.empty())
     {
         if (const int error = removeStaged())
@@ -386,6 +404,7 @@ int TreeCopy::putInPlace()
 {
     State& state = *m_state;
     int error = renameNoReplace(state.staged, state.to);
+    // After the rename, removal goes by the remembered state, since others can see the copy now.
     const bool isInPlace = error == 0;
     if (isInPlace)
         error = syncPath(folderOf(state.to));
@@ -406,7 +425,7 @@ int TreeCopy::removeStaged()
         return EINVAL;
     std::error_code error;
     const std::string folder = folderOf(state.to) + state.stagingName;
-    // Never through a link that somebody has put there, and nothing but what a copy makes.
+    // Does not follow a link that somebody has put there, and removes only what a copy creates.
     if (std::filesystem::symlink_status(folder, error).type() !=
         std::filesystem::file_type::directory)
         return 0;

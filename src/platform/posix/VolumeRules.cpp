@@ -20,7 +20,7 @@ namespace qo
 {
 namespace
 {
-// Numbers that not every release of the system's headers has.
+// File system types; not every release of the system's headers has these numbers.
 constexpr std::uint32_t fatMagic = 0x4d44;
 constexpr std::uint32_t exfatMagic = 0x2011bab0;
 constexpr std::uint32_t ntfsMagic = 0x5346544e;
@@ -32,7 +32,7 @@ constexpr int mostUnits = 255;
 class Folder
 {
 public:
-    /// The nearest one that exists.
+    /// Opens the nearest existing folder; descriptor() is -1 if none can be opened.
     explicit Folder(std::string path)
     {
         while (!open(path) && path.size() > 1)
@@ -59,8 +59,8 @@ private:
     int m_descriptor = -1;
 };
 
-/// Whether a driver outside the kernel serves a disk there, and not a network or an archive: those
-/// for disks of other systems do.
+/// Whether a user-space driver serves a disk there, and not a network or an archive: drivers for
+/// disks of other systems do.
 bool isForeignDisk(int descriptor)
 {
     struct stat st;
@@ -79,6 +79,7 @@ bool isForeignDisk(int descriptor)
     return false;
 }
 
+/// Whether the file system has the rules of Windows for names.
 bool isOfWindows(int descriptor)
 {
     struct statfs fs;
@@ -98,6 +99,7 @@ bool isOfWindows(int descriptor)
     }
 }
 
+/// Some file systems compare names without case in folders with this flag.
 bool foldsCase(int descriptor)
 {
     int flags = 0;
