@@ -1,6 +1,7 @@
 #pragma once
 
-// The analysis of names: what lies beside music finds its artist and album.
+// The analysis of names, which finds artist and album for files beside music that have no tags
+// (CNS*).
 #include "Analyze/DirLTNames.h"
 #include "Analyze/NSAnalyzer.h"
 #include "Analyze/NSAtom.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-// The collection and its database.
+// The collection (CQoCollection), what a host changes in it, and its database (CQoCollDb).
 #include "Database/src/DbFacade/SQLiteBackup.h"
 #include "Database/src/DbFacade/SQLiteThreads.h"
 #include "Database/src/DbFacade/SQLiteWrapper.h"

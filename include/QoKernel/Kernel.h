@@ -1,6 +1,7 @@
 #pragma once
 
-// Kernel frame and common services.
+// The start of the kernel and what all families share: settings, paths, progress, logging, lists
+// and texts. initQoKernel() must be the first call.
 #include "common/CollPath.h"
 #include "common/FileUtils.h"
 #include "common/KVConfig.h"

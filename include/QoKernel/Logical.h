@@ -1,6 +1,6 @@
 #pragma once
 
-// The logical tree: tracks, albums, artists, genres, lyrics and pictures.
+// The logical tree (CLT*): tracks, albums, artists, genres, lyrics and pictures.
 #include "Logical/LTAlbum.h"
 #include "Logical/LTArtist.h"
 #include "Logical/LTGenre.h"

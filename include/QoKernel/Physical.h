@@ -1,6 +1,6 @@
 #pragma once
 
-// The physical tree of folders and files.
+// The physical tree (CHD*) of folders and files.
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
 #include "Physical/HDMusicFile.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-// Reorganize rules: how the files of a collection are to be laid out on disk.
+// Reorganize rules: where on the disk files belong and what they are called.
 #include "Reorganize/AlbumTracksSeperateRule.h"
 #include "Reorganize/ArtistTracksSeperateRule.h"
 #include "Reorganize/FileNameCleaner.h"

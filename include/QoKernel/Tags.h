@@ -1,6 +1,6 @@
 #pragma once
 
-// Tags of music files.
+// Tags of music files: CMusicTagEx with values by source, and the tag library behind it.
 #include "KVTagLib/SoundHead.h"
 #include "KVTagLib/Tags.h"
 #include "KVTagLib/ValidExtensions.h"

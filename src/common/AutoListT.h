@@ -2,8 +2,8 @@
 
 #include "common/ListT.h"
 
-/// A list that owns its objects: clear() and the destructor delete them. Taking an element out by
-/// remove() or a plain array operation hands it over to the caller.
+/// A list that owns its objects: clear() and the destructor delete them. An element that is taken
+/// out by remove() or an array operation belongs to the caller.
 template <class X>
 class CAutoListT : public CListT<X>
 {

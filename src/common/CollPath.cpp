@@ -41,6 +41,7 @@ const char16_t* prefixOfType(Type type)
     return u"";
 }
 
+/// "AC\DC 100%" becomes "AC%1DC 100%%".
 CString escape(const CString& text)
 {
     if (text.FindOneOf(u"%\\") < 0)
@@ -66,7 +67,7 @@ CString unescape(const CString& text)
     return result;
 }
 
-/// The device part of a text that begins with two backslashes: from 2 up to here.
+/// The end of the device in a text that begins with two backslashes.
 int endOfDevice(const CString& text)
 {
     const int end = text.Find(u'\\', 2);
@@ -158,7 +159,7 @@ void CQoCollPath::parseComponents(const CString& text, int start)
     {
         if (i < length && text[i] != u'\\')
             continue;
-        // A doubled backslash belongs to the component.
+        // A doubled backslash is a part of the component.
         if (i + 1 < length && text[i + 1] == u'\\')
         {
             ++i;

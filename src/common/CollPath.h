@@ -2,11 +2,21 @@
 
 #include "types/StringArray.h"
 
-/// The path of a file anywhere: on a drive, in the network, on a device, behind a plug-in, in a
-/// share or among search results. The string form is the key of the database and of the physical
-/// tree; types 3 to 8 escape their device id and components ('%' as "%%", '\' as "%1"). A path that
-/// cannot be parsed is an invalid path, which is no error. Names compare without regard to case;
-/// the components "." and ".." mean nothing special.
+/// The path of a file in any place: on a drive, in a network, on a device, in a plug-in, in a
+/// share, or among search results. Its text is the key of the database and of the physical tree.
+///
+///   drive            C:\home\ann\Music\a.mp3         device "C:"
+///   network          \\nas\music\a.mp3               device "\\nas"
+///   usb              \\usb:1234-ABCD\Music\a.mp3     device "1234-ABCD", whatever its letter is
+///   wpd              \\wpd:phone7\Music\a.mp3        a portable device, such as a phone
+///   physicalPlugin   \\pplugin:cloud\Music\a.mp3     a plug-in with folders and files
+///   logicalPlugin    \\lplugin:radio\Ann\Gold\Dawn   a plug-in with artists, albums and tracks
+///   searchResult     \\sresult:web\tube::a1b2_0
+///   share            \\share:17\C:\Music\a.mp3       the friend's path follows the share's id
+///
+/// In the last six forms '%' is written as "%%" and '\' in a name as "%1". A path that cannot be
+/// parsed is an invalid path, which is not an error. Names are compared without regard to case; "."
+/// and ".." have no special meaning.
 class QO_API CQoCollPath
 {
 public:
@@ -24,21 +34,21 @@ public:
     };
 
     CQoCollPath() = default;
-    /// A relative path has components only, and type 0.
+    /// A relative path has components only, and the type invalid.
     explicit CQoCollPath(const CString& path, bool isRelative = false);
     CQoCollPath(EDeviceType type, const CString& device, const CStringArray& components = {});
 
     static CQoCollPath fromDriveLetter(char16_t letter, const CStringArray& components);
-    /// A path of the share with that id; the first component is the path's device.
+    /// A path in the share with that id; its first component is the device of the given path.
     static CQoCollPath makeShare(const CString& id, const CQoCollPath& path);
-    /// The track's path behind a plug-in: artist, album and "title.ext", each " " when empty.
+    /// The path of a track in a plug-in: artist, album and "title.ext", each " " if empty.
     static CQoCollPath makeTrack(const CQoCollPath& base,
                                  const CString& artist,
                                  const CString& album,
                                  const CString& title,
                                  const CString& ext);
 
-    /// The type that the string would parse to, without parsing the rest of it.
+    /// The type of the path, without parsing more of it than needed.
     static EDeviceType typeOf(const CString& path);
 
     EDeviceType getType() const { return m_type; }
@@ -54,35 +64,36 @@ public:
 
     const CString& getDevice() const { return m_device; }
     const CStringArray& getComponents() const { return m_components; }
-    /// A drive root prints as "C:\". The flag is there for the object protocol and changes nothing.
+    /// The text of the path; the root of a drive is "C:\". The argument has no effect here.
     CString toString(bool full = true) const;
 
     bool isEmpty() const { return m_components.IsEmpty(); }
     int getCount() const { return m_components.GetSize(); }
     CString getLast() const;
-    /// The last component split at its last '.'; no '.' means an empty extension.
+    /// The last component split at its last '.'; without a '.' the extension is "".
     CString getFileTitle() const;
     CString getFileExt() const;
-    /// The same device with one component less; a copy when there is none.
+    /// The path without its last component; a copy when there is none.
     CQoCollPath getParent() const;
-    /// Empty when there is no such component or it is a single blank.
+    /// The component of that index; "" if there is none, or if it is a single blank.
     CString getComponent(int index) const;
     CString getFirst() const { return getComponent(0); }
     CString getSecond() const { return getComponent(1); }
     CString getThird() const { return getComponent(2); }
 
     bool isSameDevice(const CQoCollPath& other) const;
-    /// Strictly below the other.
+    /// Whether this path is below the other one, and not equal to it.
     bool isSubPathOf(const CQoCollPath& other) const;
     bool isSubPathOrSame(const CQoCollPath& other) const;
     bool isParentOrChildOf(const CQoCollPath& other) const;
-    /// The components behind the other's; empty when this path is not strictly below it.
+    /// The components after those of the other path; none if this path is not below it.
     CStringArray relativeTo(const CQoCollPath& other) const;
-    /// The first component and the rest, each as a path on the same device.
+    /// Splits into the first component and the rest, both as paths on the same device.
     void split(CQoCollPath& first, CQoCollPath& rest) const;
     CQoCollPath child(const CString& component) const;
 
-    /// By type, device, number of components and then the components: not the order of the strings.
+    /// Negative, 0 or positive, by type, device, number of components, and then the components.
+    /// This is not the order of the texts.
     int compare(const CQoCollPath& other) const;
     bool operator==(const CQoCollPath& other) const { return compare(other) == 0; }
     bool operator==(const CString& other) const { return compare(CQoCollPath(other)) == 0; }
@@ -101,14 +112,15 @@ namespace qo
 {
 using CollPathArray = CArray<CQoCollPath>;
 
-/// Index of the first equal path or -1.
+/// The index of the first equal path, or -1.
 QO_API int findPath(const CollPathArray& paths, const CQoCollPath& path);
+/// Adds the path unless an equal one is there.
 QO_API void addUniquePath(CollPathArray& paths, const CQoCollPath& path);
 QO_API void addPaths(CollPathArray& paths, const CStringArray& texts);
-/// The string forms with "," between them.
+/// The texts with "," between them.
 QO_API CString joinPaths(const CollPathArray& paths);
-/// What stands only in the first list, and only in the second, each sorted by its text; callers
-/// pass the new list first.
+/// The paths that are only in the first list, and those only in the second, each sorted by text.
+/// Callers pass the new list first.
 QO_API void diffPathArrays(const CollPathArray& newPaths,
                            const CollPathArray& oldPaths,
                            CollPathArray& added,

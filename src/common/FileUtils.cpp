@@ -50,7 +50,8 @@ std::vector<qo::FileInfo> protectedFolders()
     return folders;
 }
 
-/// By identity, not by spelling: the home folder stays under whatever name it is given.
+/// Whether a folder must not be removed. Folders are compared by device and inode, so that the home
+/// folder is recognised by any name.
 bool isProtected(const CString& path, const qo::FileInfo& info)
 {
     const CQoCollPath parsed(path);

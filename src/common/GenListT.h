@@ -7,10 +7,10 @@
 #include <utility>
 #include <vector>
 
-/// The list operations of the model over the growable array. Elements are compared by identity
-/// unless a comparison is given. A comparison is negative when its first argument sorts before its
-/// second; the binary operations expect a list that was filled through them with the same one.
-/// ARG is how an element is handed in, CONST_ARG how it is only looked at.
+/// The list operations of the model, over the growable array. Elements are compared by identity
+/// unless a comparison is given. A comparison is negative when its first argument comes before its
+/// second. The binary operations need a list that was filled through them with the same comparison.
+/// ARG is the type by which an element is passed to be stored, CONST_ARG the type to be compared.
 template <class T, class ARG = const T&, class CONST_ARG = const T&>
 class CGenListT : public CArray<T, ARG>
 {
@@ -25,8 +25,8 @@ public:
     CGenListT& operator=(CGenListT&&) noexcept = default;
     ~CGenListT() override = default;
 
-    /// Inserts ahead of the equal element that the search meets; with unique it then adds nothing.
-    /// Returns the index, or -1.
+    /// Inserts before the equal element that the search finds and returns the index; with unique it
+    /// returns -1 instead if there is one.
     virtual int addSorted(ARG elem, Compare cmp, bool unique)
     {
         int index = 0;
@@ -35,12 +35,13 @@ public:
         this->InsertAt(index, elem);
         return index;
     }
-    /// Searches the half-open range from low to high. On failure index is where the key belongs.
+    /// Searches the half-open range from low to high, see qo::searchBinary. False if there is no
+    /// equal element; index is then where the key belongs.
     virtual bool findBinary(CONST_ARG key, int low, int high, Compare cmp, int& index) const
     {
         return findByKey(key, low, high, cmp, index);
     }
-    /// False when no element compares equal.
+    /// Removes an equal element; false if there is none.
     virtual bool removeBinary(CONST_ARG elem, Compare cmp)
     {
         int index = 0;
@@ -49,7 +50,7 @@ public:
         this->RemoveAt(index);
         return true;
     }
-    /// The first index, or -1.
+    /// The index of the first such element, or -1.
     virtual int find(CONST_ARG elem) const
     {
         int index = 0;
@@ -63,7 +64,7 @@ public:
     }
     /// Appends and returns the index.
     virtual int add(ARG elem) { return this->Add(elem); }
-    /// -1 when the element is there already.
+    /// Appends unless the element is there: -1 if it is.
     virtual int addUnique(ARG elem) { return find(elem) == -1 ? add(elem) : -1; }
     virtual bool remove(CONST_ARG elem)
     {
@@ -73,7 +74,7 @@ public:
         return index != -1;
     }
     virtual void clear() { this->RemoveAll(); }
-    /// The comparison need not be transitive; without that the order is free.
+    /// Sorts. The comparison need not be transitive; if it is not, the order is arbitrary.
     virtual void sort(SortCompare cmp, void* context)
     {
         std::vector<const T*> order;
@@ -88,7 +89,7 @@ public:
         static_cast<CArray<T, ARG>&>(*this) = std::move(sorted);
     }
     virtual const T& getAt(int index) const { return this->GetAt(index); }
-    /// The element at the index, which moves on to the next one, or to -1 behind the last.
+    /// The element at the index, which then advances to the next one, or to -1 after the last.
     virtual const T& getNextElem(int& index) const
     {
         const T& elem = this->GetAt(index);

@@ -16,12 +16,12 @@ void initQoKernel(KVConfig* config, CKVModule* module)
 
     const CString logDir = CQoPaths::getLogDir();
     qo::TraceLog::setBasePath(qo::combinePath(logDir, u"Trace"));
-    // The two writers keep apart: one file each, or they would cut up each other's lines.
+    // Two files, since two writers would mix their lines in one.
     qo::builtInLogger().setBasePath(qo::combinePath(logDir, u"QoKernel"));
 
     const int level = qo::levelFromName(CQoSettings::get(CQoSettings::TraceLevel));
     qo::TraceLog::setMaxLevel(level);
     qo::builtInLogger().setMaxLevel(level);
-    // The database layer starts a log of its own at the highest level unless it finds one.
+    // The database layer would otherwise start a log of its own, at the highest level.
     InitSimpleLogger(level, qo::combinePath(logDir, u"QoDatabase"));
 }

@@ -4,7 +4,7 @@
 
 #include <functional>
 
-/// A list of objects that belong to somebody else.
+/// A list of pointers to objects that belong to others.
 template <class X>
 class CListT : public CGenListT<X*, X*, const X*>
 {

@@ -5,12 +5,13 @@
 
 namespace qo
 {
-/// Whether the current logger takes lines of that level; ask before preparing costly arguments.
+/// Whether the current logger accepts lines of that level; to be asked before arguments are
+/// computed at some cost.
 QO_API bool isLogged(int level) noexcept;
 
 QO_API void logArgs(int level, const char16_t* format, const FormatArg* args, std::size_t count);
 
-/// Writes one line to the current logger (see CLoggerEx). The format is never a user's text.
+/// Writes one line to the current logger (see CLoggerEx). The format must not come from a user.
 template <class... Args>
 void log(int level, const char16_t* format, const Args&... args)
 {

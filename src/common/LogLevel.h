@@ -1,6 +1,6 @@
 #pragma once
 
-/// The levels of log lines. A logger writes the lines up to its own level; 0 is silence.
+/// The levels of log lines. A logger writes lines up to its own level; level 0 writes nothing.
 namespace qo::level
 {
 constexpr int none = 0;

@@ -29,7 +29,7 @@ void CLoggerEx::writeText(int level, const CString& text)
     const qo::Guard guard(m_output->lock);
     const qo::CalendarTime time = qo::systemClock().localTime();
     qo::TraceFile& file = m_output->file;
-    // A new file for a new day of the month, however large the old one is.
+    // A new file for each day of the month, whatever the size of the old one.
     if (!file.isOpen() || file.date().day != time.day)
         file.open(time);
     file.writeLine(level, time, text);

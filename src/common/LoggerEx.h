@@ -6,9 +6,9 @@
 #include <atomic>
 #include <memory>
 
-/// The logger of the model's own code. The kernel has one built in; a host may put its own in its
-/// place with setQoKernelLogger. Any thread may write. A derived class that takes the lines itself
-/// overrides writeText, which may be called by several threads at once.
+/// The logger of the model's code. The kernel has a built-in one; a host may replace it with
+/// setQoKernelLogger(). Any thread may write. A derived class that handles lines itself overrides
+/// writeText(), which several threads may call at once.
 class QO_API CLoggerEx
 {
 public:
@@ -17,9 +17,9 @@ public:
     CLoggerEx& operator=(const CLoggerEx&) = delete;
     virtual ~CLoggerEx();
 
-    /// Lines go to files of that base path from now on; old files of it are removed.
+    /// From now on lines go to files of that base path; old files of it are removed.
     void setBasePath(const CString& basePath);
-    /// Lines above the level are passed over; 0 is silence.
+    /// Lines above the level are ignored; 0 writes nothing.
     void setMaxLevel(int level) noexcept { m_maxLevel = level < 1 ? 0 : level; }
     int getMaxLevel() const noexcept { return m_maxLevel; }
     bool takes(int level) const noexcept { return m_maxLevel != 0 && level <= m_maxLevel; }
@@ -33,7 +33,7 @@ public:
         text.Format(format, args...);
         writeText(level, text);
     }
-    /// One line; the level has been tested by the caller.
+    /// Writes one line; the caller has checked the level.
     virtual void writeText(int level, const CString& text);
 
 private:
@@ -42,13 +42,13 @@ private:
     std::unique_ptr<Output> m_output;
 };
 
-/// Replaces the logger through which the kernel writes; null brings back the built-in one. The
-/// logger stays the caller's and must live until it is replaced.
+/// Replaces the logger of the kernel; null restores the built-in one. The logger belongs to the
+/// caller and must live until it is replaced.
 QO_API void setQoKernelLogger(CLoggerEx* logger);
 
 namespace qo
 {
-/// The logger of this moment: to be asked for at each use, never to be kept.
+/// The current logger. It may be replaced at any time, so it must not be kept.
 QO_API CLoggerEx& currentLogger() noexcept;
 QO_API CLoggerEx& builtInLogger() noexcept;
 } // namespace qo

@@ -10,17 +10,17 @@
 
 namespace qo
 {
-/// Where an object is made: the source's path as the log shows it, and the line.
+/// The place in the sources where an object is made, for the log: path and line.
 struct SourcePlace
 {
     const char16_t* file;
     int line;
 };
 
-/// Logs the failed allocation and throws a CQoException of type 3, as a pointer.
+/// Logs a failed allocation and throws a CQoException* of type outOfMemory.
 [[noreturn]] QO_API void throwOutOfMemory(const SourcePlace& place);
 
-/// A new object behind a handle; out of memory ends in throwOutOfMemory().
+/// A new object with a handle; lack of memory ends in throwOutOfMemory().
 template <class T, class... Args>
 boost::shared_ptr<T> makeObject(const SourcePlace& place, Args&&... args)
 {
@@ -35,7 +35,7 @@ boost::shared_ptr<T> makeObject(const SourcePlace& place, Args&&... args)
 }
 } // namespace qo
 
-/// QO_HERE(u".\\Physical\\HDFile")
+/// The present place: QO_HERE(u".\\Physical\\HDFile").
 #define QO_HERE(file)                                                                              \
     ::qo::SourcePlace                                                                              \
     {                                                                                              \

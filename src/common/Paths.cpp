@@ -39,7 +39,7 @@ struct DefaultFolder
     const char16_t* name;
     bool isVideo;
 };
-/// By number, from 1.
+/// In the order of their numbers, from 1.
 constexpr DefaultFolder defaultFolders[] = {{u"Velmora Recorded Music", false},
                                             {u"Velmora Recorded Streams", false},
                                             {u"Velmora Converted Music", false},
@@ -57,14 +57,14 @@ constexpr const char16_t* musicWords[] = {
     u"music", u"musik", u"musique", u"muzica", u"musica", u"audio"};
 constexpr const char16_t* videoWords[] = {u"movie", u"video", u"film"};
 
-// A damaged settings file must not keep the start busy.
+// Limits the work for a damaged settings file.
 constexpr int mostCollectionDirs = 10000;
 constexpr std::uint32_t folderCheckInterval = 500; // milliseconds
 constexpr const char16_t* collectionDirKey = u"MusicCollectionDir%d";
 constexpr const char16_t* collectionDirTypeKey = u"MusicCollectionDirType%d";
 constexpr const char16_t* hostMusicFolder = u"\\\\psf\\home\\music\\iTunes\\itunes Media";
 
-/// The base with its parents, then the sub-folder.
+/// Creates the base with its parents and the folder in it, and returns its path.
 CString madeSubFolder(const CString& base, const char16_t* name)
 {
     (void)qo::fileSystem().makeDirectories(base);
@@ -109,7 +109,8 @@ CString CQoPaths::getLogDir()
 
 CString CQoPaths::getPictureTempDir()
 {
-    // A scan asks once per file: what was there a moment ago is not looked at again.
+    // A scan asks once for each file, so a folder that existed half a second ago is not checked
+    // again.
     static CCriticalSection lock;
     static CString configured;
     static CString folder;

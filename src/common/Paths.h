@@ -4,12 +4,12 @@
 
 class CQoPathsInfoMap;
 
-/// Where the kernel's own data and the user's folders lie. Operations that name a folder of the
-/// kernel's own make it when it is missing, and return its path whether or not that worked.
+/// Where the kernel's data and the user's folders are. A function for a folder of the kernel
+/// creates it if it is missing, and returns its path even if that fails.
 class QO_API CQoPaths
 {
 public:
-    /// Kinds of media with an output folder of their own; value 10 is not among them.
+    /// The kinds of media with output folders of their own; the number 10 is not used.
     enum EMediaType : int
     {
         noMediaType = 0,
@@ -32,36 +32,38 @@ public:
     static CString makeTempFilePath(const CString& name);
     static CString getVelmoraOutputDir();
     static CString getVelmoraQof();
-    /// There is one such file, so this is getVelmoraQof().
+    /// The same as getVelmoraQof(), since there is only one such file.
     static CString getLastUsedQof();
     static CString getQoDbFilePath();
 
-    /// The default folder of a number from 1 to 12 below the music or the video base; "" for any
-    /// other number. 8 and 10 share one name.
+    /// The default folder for a number from 1 to 12, below the music or the video folder; "" for
+    /// any other number. 8 and 10 have the same name.
     static CString getDefaultFolder(int number);
-    /// Whether a folder's name counts as that of a music or a video folder in some language.
+    /// Whether a folder's name means music, or video, in one of several languages.
     static bool isMusicFolderName(const CString& name);
     static bool isVideoFolderName(const CString& name);
 
-    /// One folder for each output media type, in their order: the configured or the default one.
+    /// The folder of each kind of media, in their order: the configured or the default one.
     static void getOutputDirs(CStringArray& dirs);
     static void checkCreateOutputDirs();
     static bool isOutputDir(const CString& path);
     static bool isInDirs(const CString& path, const CStringArray& dirs);
     static bool isInOutputDirs(const CString& path);
-    /// noMediaType when no output folder holds the path, and when more than one does.
+    /// The kind of media whose output folder contains the path; noMediaType if none does, or more
+    /// than one.
     static EMediaType getOutputDirType(const CString& path);
 
-    /// With a map, it is emptied and gets the stored kind of each folder.
+    /// The folders of the settings. A map is emptied and gets the stored type of each folder; it
+    /// may be null.
     static void getMusicCollectionDirs(CStringArray& dirs, CQoPathsInfoMap* map);
     static void setMusicCollectionDirs(const CStringArray& dirs, const CQoPathsInfoMap& map);
     static bool isInMusicCollectionDirs(const CString& path);
 
-    /// Music collection folders, then output folders.
+    /// The music collection folders, followed by the output folders.
     static void getRootDirs(CStringArray& dirs);
     static bool isInRootDirs(const CString& path);
     static bool isParentDirOrSubDirOfRootDirs(const CString& path);
 
-    /// The music library of the machine that hosts this virtual one; "" when there is none.
+    /// The music library of the machine that hosts this virtual machine; "" if there is none.
     static CString getItunesOnMacFolder();
 };

@@ -2,19 +2,19 @@
 
 #include "types/Map.h"
 
-/// What kind of content a root directory has.
+/// The type of a root folder: what in it counts as music.
 struct CQoPathInfo
 {
     enum EType : int
     {
-        allIsMusic = 1, ///< audio and video files below count as music
+        allIsMusic = 1, ///< audio and video files
         nothingIsMusic = 2,
-        audioIsMusic = 3 ///< only audio files below count as music
+        audioIsMusic = 3 ///< audio files only
     };
 };
 
-/// The kind by the path string of a root directory; the key is compared exactly, so it is the form
-/// that CQoCollPath::toString gives.
+/// The types of root folders by path. Keys are compared exactly, so they must have the form that
+/// CQoCollPath::toString() gives.
 class CQoPathsInfoMap : public CMap<CString, CQoPathInfo::EType>
 {
 public:

@@ -6,9 +6,8 @@
 
 namespace qo
 {
-/// Adds the time between construction and destruction, and one call, to the counter of that name.
-/// The name must outlive the timer. Inactive timers, and all of them while profiling is switched
-/// off, cost nothing.
+/// Adds its lifetime, and one call, to the counter of that name, which must outlive the timer. It
+/// costs nothing if it is inactive or profiling is off.
 class QO_API ProfileTimer
 {
 public:

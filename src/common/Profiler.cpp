@@ -39,7 +39,7 @@ std::int64_t nanosecondsNow()
     return duration_cast<nanoseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-/// "h:mm:ss.mmm", each part in front of the milliseconds only if the time reaches it.
+/// "h:mm:ss.mmm", where parts before the milliseconds appear only if the time is long enough.
 CString timeText(std::int64_t milliseconds)
 {
     CString text;

@@ -6,12 +6,12 @@
 
 namespace qo
 {
-/// Counters of named stretches of work, filled by ProfileTimer. Safe from any thread.
+/// Counters of time and calls by name, filled by ProfileTimer. May be called from any thread.
 class QO_API Profiler
 {
 public:
-    /// A mask of 0 switches the counters of the module off, any other on. "QoKernel" is the only
-    /// module there is; other names change nothing.
+    /// A mask of 0 turns the counters of a module off, any other one on. "QoKernel" is the only
+    /// module; other names have no effect.
     static void activate(const char16_t* module, unsigned long mask);
     static bool isActive() noexcept;
     static void add(const char16_t* name, std::int64_t nanoseconds);

@@ -9,11 +9,14 @@
 #include <unordered_map>
 #include <utility>
 
-/// A list of shared objects. Handles are the same when they point to the same object. Elements are
-/// read-only in place: a long list that is searched often keeps a count per object, which the
-/// operations of this class hold in step. Changing the array behind its back, through a reference
-/// to a base class, is a fault of the caller. Not for several threads at once: searching may make
-/// the counts.
+/// A list of shared objects. Two handles are equal when they point to the same object. Elements are
+/// read-only in place, because a long list that is searched often keeps a count for each object,
+/// which the operations of this class maintain. So the array must not be changed through a
+/// reference to a base class. Not for several threads at once: a search may build the counts.
+///
+///   Each of 100,000 files is tested for being in a list of 100,000: the first searches compare
+///   elements; when they have compared 16 times the length of the list, the counts are built, and
+///   from then on an object that is not in the list costs one look-up.
 template <class X>
 class CPtrListT : public CGenListT<boost::shared_ptr<X>,
                                    const boost::shared_ptr<X>&,
@@ -59,7 +62,7 @@ public:
 
     int Add(const Handle& elem)
     {
-        const X* object = elem.get(); // the handle may stand in this list and move
+        const X* object = elem.get(); // elem may be an element of this list and move
         const int index = Base::Add(elem);
         count(object, 1);
         return index;
@@ -67,7 +70,7 @@ public:
     void InsertAt(int index, const Handle& elem, int times = 1)
     {
         const X* object = elem.get();
-        // Several at once, or with a gap: none may be left out, even where memory ends midway.
+        // With several copies, or a gap, a failure half-way could leave elements without a count.
         const bool isPlain = times == 1 && index <= this->GetSize();
         if (!isPlain)
             forgetCounts();
@@ -110,10 +113,10 @@ public:
     typename Base::const_iterator end() const noexcept { return Base::end(); }
 
 private:
-    /// The counts are made once the scans have cost this many times the list's length.
+    /// Counts are built when searches have compared this many times the length of the list.
     static constexpr long long patience = 16;
 
-    /// Kept by long lists only; short ones are scanned cheaply.
+    /// For long lists only; short ones are searched fast enough.
     struct Search : qo::RowNote
     {
         long long scanned = 0; ///< elements looked at without counts
@@ -121,7 +124,7 @@ private:
         std::unordered_map<const X*, int> counts;
     };
 
-    /// Null while there is none.
+    /// Null if there are no counts.
     Search* search() const noexcept
     {
         std::unique_ptr<qo::RowNote>* const note = this->note();
@@ -146,7 +149,7 @@ private:
     }
     catch (const std::bad_alloc&)
     {
-        forgetCounts(); // the list itself has changed already and needs no counts
+        forgetCounts(); // the list has changed already; it works without counts
     }
     /// False only if no element is that object.
     bool mayHold(const Handle& elem) const

@@ -2,7 +2,7 @@
 
 #include "types/String.h"
 
-/// Root of the model objects.
+/// The base of all model objects.
 class QO_API CQoBaseObj
 {
 public:
@@ -11,6 +11,6 @@ public:
     CQoBaseObj& operator=(const CQoBaseObj&) = delete;
     virtual ~CQoBaseObj();
 
-    /// A text that names the object; what the flag asks for is up to the class.
+    /// A text that describes the object; the class decides what full means.
     virtual CString toString(bool full) const = 0;
 };

@@ -78,7 +78,7 @@ void throwOutOfMemory(const SourcePlace& place)
     }
     catch (const std::bad_alloc&)
     {
-        // Not even enough for the line.
+        // There is not even enough memory for the log line.
     }
     throw new CQoException(CQoException::outOfMemory, nullptr);
 }

@@ -3,8 +3,8 @@
 #include "types/Exception.h"
 #include "types/String.h"
 
-/// The kernel's exception: created on the heap, thrown and caught as a pointer, deleted by the
-/// catcher.
+/// The kernel's exception. It is created on the heap and thrown and caught as a pointer; the
+/// catcher deletes it, so a handler's first line takes it into a std::unique_ptr.
 class QO_API CQoException
 {
 public:
@@ -16,7 +16,7 @@ public:
         extractFailed = 10
     };
 
-    /// A null message leaves the message empty.
+    /// A null message is "".
     CQoException(EType type, const char16_t* message);
     CQoException(const CQoException&) = default;
     CQoException& operator=(const CQoException&) = default;
@@ -24,14 +24,14 @@ public:
 
     EType getType() const { return m_type; }
     virtual CString getErrorMessage() const;
-    /// True exactly when the type is noError: callers rely on this sense.
+    /// True when the type is noError, contrary to its name: callers rely on it.
     virtual bool isSet() const;
 
-    /// A null message empties the stored one.
+    /// A null message clears the stored one.
     void set(EType type, const char16_t* message);
     void reset();
     void copy(const CQoException* other);
-    /// Takes over the message, cut to 1022 units; the type stays.
+    /// Copies the message, cut to 1022 units; the type stays.
     void copy(const CException* other);
 
 private:
@@ -41,7 +41,8 @@ private:
 
 namespace qo
 {
-/// One line at level error for a caught exception: "%s: err msg: %s" with the text and its message.
+/// Logs a caught exception in one line at level error: "%s: err msg: %s" with the text and its
+/// message.
 QO_API void logException(const char16_t* text, const CQoException& exception);
 /// "%s: %s", with at most 999 units of the message.
 QO_API void logException(const char16_t* text, const CException& exception);

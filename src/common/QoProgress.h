@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-/// Through this every long operation reports and is cancelled. The operation calls it from its own
-/// thread only and polls isCanceled() once per item; it stops at the next poll.
+/// The way in which every long operation reports its progress and is cancelled. The operation calls
+/// it on its own thread only. It asks isCanceled() once per item and stops when that is true.
 class QO_API IQoProgress
 {
 public:
@@ -24,12 +24,12 @@ public:
     };
     enum ERangeMode : int
     {
-        rangeKnown = 0,  ///< as many steps as the total follow
+        rangeKnown = 0,  ///< total steps follow
         rangeUnknown = 2 ///< the total is 0
     };
 
     virtual ~IQoProgress();
-    /// A stage may be announced more than once, and by more than one operation.
+    /// A stage may be announced several times, also by different operations.
     virtual void setStage(int stage) = 0;
     virtual void setCurrentItem(const char16_t* text, int kind) = 0;
     virtual void setSubItem(std::uintptr_t, std::uintptr_t) {}
@@ -43,7 +43,7 @@ public:
     virtual void setDoneSize(std::uintptr_t, std::uintptr_t) {}
 };
 
-/// Reports nothing and is never cancelled.
+/// Ignores all reports and is never cancelled.
 class QO_API CDummyProgress : public IQoProgress
 {
 public:

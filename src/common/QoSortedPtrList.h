@@ -2,8 +2,8 @@
 
 #include "common/PtrListT.h"
 
-/// A list of shared objects that keeps itself sorted. Everything goes by its comparison, not by
-/// identity: looking for one object may find another that compares equal.
+/// A list of shared objects that is kept sorted. Everything is found by comparison and not by
+/// identity, so searching for one object may find another one that compares equal.
 template <class X>
 class CQoSortedPtrList : public CPtrListT<X>
 {

@@ -16,7 +16,7 @@ using E = CQoSettings::ESetting;
 struct Row
 {
     const char16_t* name;
-    const char16_t* defaultValue; ///< null: computed
+    const char16_t* defaultValue; ///< null: see getDefault()
 };
 
 constexpr Row rows[] = {
@@ -43,8 +43,8 @@ constexpr Row rows[] = {
     {u"ForceNetbook", u"0"},
     {u"LoginUsername", u""},
     {u"LoginPassword", u""},
-    // The product's services; ".invalid" is reserved, so no host that forgets to set its own
-    // addresses can reach anybody's.
+    // The addresses of the product's services. ".invalid" is reserved, so a host that forgets to
+    // set its own addresses cannot reach anybody's.
     {u"LoginAnonymousBaseUrl", u"https://service.velmora.invalid/ano/1.1/"},
     {u"LoginNormalBaseUrl", u"https://service.velmora.invalid/api/1.1/"},
     {u"CreateAccountBaseUrl", u"https://service.velmora.invalid/api/user/1.0/"},
@@ -131,7 +131,7 @@ void declare(const char16_t* sectionName, E first, E last)
     }
 }
 
-/// The user's music folder, made when absent; the program's folder where that fails.
+/// The user's music folder, created if missing; the program's folder if that fails.
 CString musicOrProgramFolder()
 {
     const CString music = qo::specialFolders().music();
@@ -143,7 +143,8 @@ void chooseTempFolder()
     const CString folder = CQoSettings::get(CQoSettings::TempFolder);
     if (!folder.IsEmpty() && qo::fileSystem().isDirectory(folder))
         return;
-    // Not the system's shared folder: covers must last as long as the rows that point to them.
+    // Not the system's shared folder, since covers must last as long as the rows that refer to
+    // them.
     const CString own = qo::combinePath(qo::specialFolders().cache(), u"temp");
     if (qo::fileSystem().makeDirectories(own) != 0)
         CFileUtils::logFolderNotMade(own);
@@ -163,7 +164,7 @@ KVConfig::Key* indexedKey(const char16_t* nameFormat, int index)
 
 CString CQoSettings::getDefault(ESetting setting)
 {
-    // Looked up once: both defaults are the same folder, one of them with a closing backslash.
+    // Determined once. Both defaults are the same folder, one of them with a closing backslash.
     if (setting == OutputFolder)
         return musicOrProgramFolder();
     if (setting == ImportExportFolder)

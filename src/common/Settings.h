@@ -2,12 +2,12 @@
 
 #include "common/KVConfig.h"
 
-/// The settings of the kernel in the host's KVConfig. A setting is reached through its number here,
-/// never by name. Declared once by initQoKernel; reading before that gives the default.
+/// The settings of the kernel in the host's KVConfig. A setting is identified by its number here.
+/// initQoKernel() declares them once; before that, reading gives the default.
 class QO_API CQoSettings
 {
 public:
-    /// In the order in which they are declared, section by section.
+    /// In the order of their declaration, section by section.
     enum ESetting : int
     {
         // "Common", first group
@@ -105,19 +105,19 @@ public:
         settingCount
     };
 
-    /// The three declarations of the start, in this order.
+    /// Called at the start, in this order.
     static void declareCommon(KVConfig* config, CKVModule* module);
     static void declareFolders();
     static void declareQoSettings();
 
     static CString get(ESetting setting);
-    /// By the rules of qo::textToInt.
+    /// See qo::textToInt for texts that are no numbers.
     static int getInt(ESetting setting);
     static bool getBool(ESetting setting) { return getInt(setting) != 0; }
     static void set(ESetting setting, const CString& value);
 
-    /// The settings of an indexed record, as "MusicCollectionDir%d"; declared on demand in
-    /// "QO_Settings" with an empty default.
+    /// Settings with an index, such as "MusicCollectionDir%d"; they are declared in "QO_Settings"
+    /// when first used, with an empty default.
     static CString getIndexed(const char16_t* nameFormat, int index);
     static void setIndexed(const char16_t* nameFormat, int index, const CString& value);
 

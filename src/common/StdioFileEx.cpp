@@ -9,7 +9,7 @@
 namespace
 {
 constexpr std::size_t bufferSize = std::size_t(64) * 1024;
-// Files from peers must not fill the memory with one line.
+// Limits the memory for one line of a foreign file.
 constexpr std::size_t longestLine = std::size_t(1024) * 1024;
 constexpr unsigned char utf8Mark[] = {0xEF, 0xBB, 0xBF};
 constexpr char16_t utf16Mark = 0xFEFF;

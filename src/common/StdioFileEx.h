@@ -11,8 +11,8 @@ namespace qo
 class IFile;
 }
 
-/// A buffered text file that knows its encoding: UTF-16 with a byte-order mark, or bytes in a code
-/// page, which is UTF-8 for every page here. Not for several threads at once.
+/// A buffered text file with an encoding: UTF-16 with a byte-order mark, or bytes in a code page,
+/// which here is UTF-8 for every code page. Not for several threads at once.
 class QO_API CStdioFileEx
 {
 public:
@@ -33,15 +33,16 @@ public:
     CStdioFileEx(const CStdioFileEx&) = delete;
     CStdioFileEx& operator=(const CStdioFileEx&) = delete;
 
-    /// False when the file cannot be opened; the reason is then in error().
+    /// False if the file cannot be opened; the reason is in error().
     bool Open(const CString& path, unsigned flags);
-    /// Writes out what is buffered; false when that fails.
+    /// Writes what is buffered, and closes; false if writing fails.
     bool Close();
 
-    /// The next line without its end (LF or CR LF); false at the end of the file. A line beyond
-    /// 1 MiB is cut there and its rest passed over.
+    /// The next line without its end (LF or CR LF); false at the end of the file. A line beyond 1
+    /// MiB is cut, and its rest is skipped.
     bool ReadString(CString& line);
-    /// The text as it is, without a line end; a mark goes before the first one in an empty file.
+    /// Writes the text without adding a line end. Before the first text in an empty file it writes
+    /// the mark.
     bool WriteString(const char16_t* text);
 
     bool isUnicode() const { return m_isUnicode; }
@@ -63,6 +64,6 @@ private:
     int m_error = 0;
     std::unique_ptr<qo::IFile> m_file;
     std::vector<char> m_buffer;
-    std::size_t m_next = 0;     ///< first byte of the buffer that was not read yet
-    std::vector<char> m_output; ///< written, not yet in the file
+    std::size_t m_next = 0;     ///< index of the first unread byte of the buffer
+    std::vector<char> m_output; ///< not yet written to the file
 };

@@ -103,7 +103,7 @@ void TraceFile::setBasePath(const CString& basePath)
 
 void TraceFile::openNamed()
 {
-    // Appending, not emptying: a second roll-over within one second must not lose lines.
+    // Appends instead of emptying: a second change of files within one second must not lose lines.
     int error = 0;
     m_file = fileSystem().open(m_name, OpenMode::append, error);
     m_size = m_file ? m_file->position() : 0;
@@ -175,7 +175,7 @@ void TraceFile::cleanUp(const CString& basePath, int keep)
         if (isOurs)
             names.push_back(entry.name);
     }
-    // The names carry the time: the newest come first.
+    // Names contain the time, so the newest come first.
     std::sort(names.begin(), names.end(), [](const CString& a, const CString& b) { return b < a; });
     std::set<unsigned> processes;
     for (std::size_t i = 0; i < names.size(); ++i)

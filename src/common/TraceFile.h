@@ -9,9 +9,9 @@ namespace qo
 {
 class IFile;
 
-/// One text file of log lines: UTF-16 with a byte-order mark, CR LF, named after its base path, the
-/// time of opening and the process. Without a base path, which is also the meaning of an empty one,
-/// it is "Trace"; a mere name lies in the current folder. No lock of its own.
+/// A text file of log lines, in UTF-16 with a byte-order mark and CR LF. Its name consists of its
+/// base path, the time of opening and the process. An empty base path stands for "Trace"; a name
+/// without a folder lies in the current folder. It has no lock.
 class TraceFile
 {
 public:
@@ -20,26 +20,26 @@ public:
     ~TraceFile();
 
     const CString& basePath() const { return m_basePath; }
-    /// Closes the open file; lines go to a new one from then on.
+    /// Closes the file; further lines go to a new one.
     void setBasePath(const CString& basePath);
 
     bool isOpen() const { return m_file != nullptr; }
-    /// Year, month and day of the open file; what was opened last when none is.
+    /// The date of the open file, or of the last one.
     const CalendarTime& date() const { return m_date; }
-    /// Bytes in the open file.
+    /// The size of the open file in bytes.
     std::int64_t size() const { return m_size; }
 
-    /// A file that cannot be opened leaves it closed.
+    /// If the file cannot be opened it stays closed.
     void open(const CalendarTime& time);
     void close();
-    /// Closes the file and opens the same one again at its end.
+    /// Closes the file and opens it again to append.
     void reopen();
-    /// Does nothing while closed.
+    /// Does nothing while the file is closed.
     void writeLine(int level, const CalendarTime& time, const CString& text);
 
-    /// Removes the oldest log files of that base path so that `keep` of them stay, and beyond them
-    /// the newest of each process that still runs. Only names with the stamp of this class are
-    /// looked at, and a base name of fewer than 5 characters deletes nothing.
+    /// Removes the oldest log files of a base path until keep of them are left; the newest file of
+    /// each process that still runs is kept in addition. Only names with the stamp of this class are
+    /// considered; a base name of fewer than 5 characters removes nothing.
     static void cleanUp(const CString& basePath, int keep);
 
 private:
@@ -52,11 +52,11 @@ private:
     std::int64_t m_size = 0;
 };
 
-/// Level of a name of the configuration ("None", "Error", ... "Verbose"), without regard to case;
-/// 0 for any other text.
+/// The level for a name in the configuration ("None", "Error", ... "Verbose"), without regard to
+/// case; 0 for any other text.
 QO_API int levelFromName(const CString& name);
-/// Three characters: "ERR" for 10 and so on; empty for a level without a row.
+/// Three characters, such as "ERR" for 10; "" for a level without a label.
 QO_API const char16_t* levelLabel(int level);
-/// How many old log files of one base name are kept.
+/// The number of old log files of one base name that are kept.
 constexpr int keptLogFiles = 10;
 } // namespace qo

@@ -12,14 +12,14 @@ namespace qo
 {
 namespace
 {
-/// A file larger than this is closed before the next line.
+/// A file larger than this is closed before the next line is written.
 constexpr std::int64_t largestFile = 0xA00000;
 
 struct Writer
 {
     TraceFile file;
     std::atomic<int> maxLevel{0};
-    std::atomic<unsigned> owner{0}; ///< thread id of who writes, 0 for nobody
+    std::atomic<unsigned> owner{0}; ///< id of the writing thread, 0 for none
     std::atomic<bool> toDebugger{false};
     std::atomic<bool> reopen{false};
 };
@@ -31,6 +31,7 @@ Writer& writer()
     return *only;
 }
 
+/// A spin lock by thread id: lines are short and rarely written by two threads at once.
 class WriterLock
 {
 public:

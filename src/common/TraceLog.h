@@ -5,19 +5,19 @@
 
 namespace qo
 {
-/// The process's file-level trace, which the helpers of files and drives write to. Any thread may
-/// trace; code that traces must not be called while a line is written.
+/// The trace of the process, used by helpers of files and drives. Any thread may trace, but not
+/// from code that runs while a line is being written.
 class QO_API TraceLog
 {
 public:
-    /// Closes the open file and removes old ones of that base path.
+    /// Closes the open file, and removes old files of the new base path.
     static void setBasePath(const CString& basePath);
     /// A level below 1 turns tracing off.
     static void setMaxLevel(int level);
     static int getMaxLevel() noexcept;
-    /// Opens the file anew for each line, for logs that must outlive a crash of the system.
+    /// Opens the file again for each line, for logs that must survive a crash of the system.
     static void setReopenAfterLine(bool reopen);
-    /// Each line also goes to standard error, where a debugger shows it.
+    /// Writes each line to standard error too, where a debugger shows it.
     static void setDebuggerOutput(bool output);
 
     static void writeText(int level, const CString& text);

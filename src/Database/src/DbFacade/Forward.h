@@ -7,7 +7,7 @@ class CSQLiteQueryResult;
 class CSQLiteStatement;
 class CSQLiteTimeLog;
 
-// The handles of the SQLite library, which only the sources of this folder look into.
+// Handles of the SQLite library, which only the sources of this folder use.
 struct sqlite3;
 struct sqlite3_stmt;
 

@@ -11,6 +11,9 @@
 #include <memory>
 #include <string>
 
+// The copy goes to "<to>.unfinished", page by page with pauses for other connections, and is
+// renamed when it is complete.
+
 namespace
 {
 using Connection = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
@@ -34,8 +37,8 @@ Connection open(const CString& path, int flags)
     return connection;
 }
 
-/// A change by another connection between two steps starts the copy anew. After a few times the
-/// rest is one step, which nobody can come between.
+/// A change by another connection between two steps restarts the copy. After a few restarts the
+/// rest is copied in a single step, in which nobody can interfere.
 class Steps
 {
 public:
@@ -75,7 +78,7 @@ void copyPages(sqlite3* source, sqlite3* target)
     const int finished = sqlite3_backup_finish(backup);
     if (result == SQLITE_DONE && finished == SQLITE_OK)
         return;
-    // A copy that gave up waiting leaves no message with its connections.
+    // A copy that gave up waiting leaves no message in its connections.
     const int code = finished != SQLITE_OK ? finished : result;
     qo::sqlite::throwError(code, qo::fromUtf8(sqlite3_errstr(code)), __LINE__);
 }
@@ -95,7 +98,7 @@ void qo::backupDatabase(const CString& from, const CString& to)
     if (files.exists(unfinished))
         (void)files.removeFile(unfinished);
     int error = 0;
-    // Made here, so that it is its owner's alone from the first byte.
+    // Created here, so that only its owner can read it from the first byte on.
     if (!files.open(unfinished, OpenMode::createAlways, error))
         throwSystemError(error);
     try
@@ -109,8 +112,8 @@ void qo::backupDatabase(const CString& from, const CString& to)
         (void)files.removeFile(unfinished);
         throw;
     }
-    // SQLite has made the content durable. The new name is left to the system: a power cut may
-    // bring the old copy back, which is whole too.
+    // SQLite has flushed the content. The new name is not flushed: a power cut may bring back the
+    // old copy, which is complete too.
     error = files.moveFile(unfinished, to);
     if (error != 0)
     {

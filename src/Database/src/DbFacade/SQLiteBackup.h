@@ -5,9 +5,9 @@
 
 namespace qo
 {
-/// Copies a database, with what stands in its write-ahead log, to a file of its own. The source is
-/// only read and others may go on using it. The target is complete or, after a failure, as it was;
-/// readable by its owner only. Paths in collection form; every failure is a thrown
+/// Copies a database, with everything in its write-ahead log, to a file. The source is only read,
+/// and others may go on using it. The target is complete or, after a failure, as before, and
+/// readable by its owner only. Paths are in collection form. Every failure is a thrown
 /// CSQLiteException*.
 QO_API void backupDatabase(const CString& from, const CString& to);
 } // namespace qo

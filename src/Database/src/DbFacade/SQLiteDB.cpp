@@ -17,11 +17,11 @@ using namespace qo::sqlite;
 
 namespace
 {
-/// Makes an absent file, so that from its first byte nobody else can read it; SQLite gives its
-/// side files the same permissions. Failures are left for the opening to find.
+/// Creates a missing file, so that nobody else can read it from its first byte on; SQLite gives its
+/// side files the same permissions. Failures are reported when SQLite opens the file.
 void makePrivateFile(const CString& path)
 {
-    // SQLite takes the name as it is spelled: one that differs in case is another file.
+    // SQLite takes the name exactly: one that differs in case is another file.
     qo::FileInfo info;
     if (qo::fileSystem().info(path, qo::Spelling::exact, info) != ENOENT)
         return;
@@ -29,8 +29,8 @@ void makePrivateFile(const CString& path)
     qo::fileSystem().open(path, qo::OpenMode::append, error);
 }
 
-/// A name that is no UTF-8 cannot pass the UTF-16 entry; then the bytes go in as they are, and a
-/// new database is told the encoding that the UTF-16 entry would have given it.
+/// A name that is not valid UTF-8 cannot be passed as UTF-16. So its bytes are passed, and a new
+/// database gets the encoding that the UTF-16 function would have given it.
 int openBytes(const std::string& path, sqlite3*& db)
 {
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
@@ -40,8 +40,8 @@ int openBytes(const std::string& path, sqlite3*& db)
     return sqlite3_exec(db, "PRAGMA encoding = \"UTF-16le\"", nullptr, nullptr, nullptr);
 }
 
-/// Without its memory statistics SQLite takes no lock for each small allocation, which every
-/// compiled statement makes dozens of. Has no effect if the host has started SQLite already.
+/// Without memory statistics SQLite takes no lock for each small allocation, of which every
+/// compiled statement makes dozens. Has no effect if the host has used SQLite before.
 void leaveOutStatistics()
 {
     static const int once = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
@@ -52,7 +52,7 @@ int openDatabase(const CString& path, sqlite3*& db)
 {
     leaveOutStatistics();
     const std::string systemPath = qo::toSystemPath(path);
-    // An empty name would open a private temporary database that vanishes with the connection.
+    // An empty name would open a temporary database that vanishes with the connection.
     if (systemPath.empty())
         throwError(SQLITE_CANTOPEN, u"unable to open database file", __LINE__);
     makePrivateFile(path);

@@ -44,8 +44,8 @@ CSQLiteDbTransaction::~CSQLiteDbTransaction() noexcept(false)
     catch (CSQLiteException* raw)
     {
         std::unique_ptr<CSQLiteException> exception(raw);
-        // After a full disk SQLite has rolled back by itself and the end of the transaction fails:
-        // the exception that is on its way already says what happened.
+        // After a full disk SQLite has rolled back itself, and ending the transaction fails. The
+        // exception in flight already says what happened.
         if (std::uncaught_exceptions() <= m_unwinding)
             throw exception.release();
     }

@@ -5,13 +5,13 @@
 #include "common/ProfileTimer.h"
 #include "types/Export.h"
 
-/// An open transaction. Its destructor ends it the way that was chosen last. Made on the heap and
-/// deleted before its connection closes.
+/// An open transaction. Its destructor commits or rolls back, whichever was chosen last. It is made
+/// on the heap and must be deleted before its connection closes.
 class QO_API CSQLiteDbTransaction
 {
 public:
     CSQLiteDbTransaction(CSQLiteDB* db, eSQLiteTransactionType type, eSQLiteEndTransaction end);
-    /// A commit or rollback that fails throws, except while another exception unwinds.
+    /// A commit or rollback that fails throws, except while another exception is in flight.
     virtual ~CSQLiteDbTransaction() noexcept(false);
     CSQLiteDbTransaction(const CSQLiteDbTransaction&) = delete;
     CSQLiteDbTransaction& operator=(const CSQLiteDbTransaction&) = delete;
@@ -23,7 +23,7 @@ private:
     CSQLiteDB* m_db;
     eSQLiteTransactionType m_type;
     eSQLiteEndTransaction m_end;
-    int m_unwinding; ///< exceptions in flight when it was made
+    int m_unwinding; ///< number of exceptions in flight when it was made
     CSQLiteTimeLog m_timeLog;
     qo::ProfileTimer m_timer;
 };

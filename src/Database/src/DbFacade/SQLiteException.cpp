@@ -6,7 +6,7 @@
 
 namespace
 {
-/// Plain result codes, in their order from 0.
+/// The names of plain result codes in their order, from 0.
 constexpr const char16_t* plainNames[] = {
     u"SQLITE_OK",       u"SQLITE_ERROR",     u"SQLITE_INTERNAL", u"SQLITE_PERM",
     u"SQLITE_ABORT",    u"SQLITE_BUSY",      u"SQLITE_LOCKED",   u"SQLITE_NOMEM",

@@ -8,10 +8,10 @@
 class QO_API CSQLiteException : public CException
 {
 public:
-    /// The code of errors that the facade itself finds.
+    /// The code of errors that the facade detects itself.
     static constexpr int wrapperError = 1000;
 
-    /// The message is built from all three; the SQL is empty where none applies.
+    /// The message is built from all three; sql is "" where there is none.
     CSQLiteException(int code, const CString& text, const CString& sql = CString());
     ~CSQLiteException() override;
 
@@ -19,17 +19,17 @@ public:
                          unsigned maxError,
                          unsigned* helpContext = nullptr) const override;
 
-    /// An SQLite result code with its extension, or wrapperError.
+    /// An extended SQLite result code, or wrapperError.
     int code() const noexcept { return m_code; }
     const CString& message() const noexcept { return m_message; }
     const CString& sql() const noexcept { return m_sql; }
 
-    /// A plain error of the statement, such as a table that does not exist.
+    /// Whether the statement itself is wrong, for instance names a missing table.
     bool isStatementError() const noexcept;
-    /// The file is no database or is damaged.
+    /// Whether the file is not a database, or is damaged.
     bool isUnreadableDatabase() const noexcept;
 
-    /// The name of a plain result code; extended codes and all others are "UNKNOWN_ERROR".
+    /// The name of a plain result code; "UNKNOWN_ERROR" for extended and other codes.
     static const char16_t* codeName(int code) noexcept;
 
 private:

@@ -60,8 +60,8 @@ bool CSQLiteQueryResult::isNull(int index) const
     return sqlite3_column_type(m_statement, index) == SQLITE_NULL;
 }
 
-// Each call into SQLite takes the connection's lock, so a NULL is asked for only where SQLite's own
-// answer to it (0, no text) is not the wanted default.
+// Each call into SQLite takes the lock of the connection. So NULL is tested only where SQLite's own
+// value for it (0, no text) is not the wanted default.
 
 int CSQLiteQueryResult::GetIntField(int index, int defaultValue) const
 {

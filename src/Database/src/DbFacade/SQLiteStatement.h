@@ -7,23 +7,25 @@
 
 #include <cstdint>
 
-/// One prepared statement, owned; made by CSQLiteDB::CompileStatement(). It must end before its
-/// connection closes. Parameters count from 1; one that is not bound stays NULL.
+/// A prepared statement, made by CSQLiteDB::CompileStatement() and owned by this object. It must be
+/// destroyed before its connection closes. Parameters are counted from 1; one that is not bound is
+/// NULL.
 class QO_API CSQLiteStatement
 {
 public:
     CSQLiteStatement(sqlite3* db, sqlite3_stmt* statement, const CString& sql);
-    /// Throws when finalizing fails, except while another exception unwinds.
+    /// Throws if finalizing fails, except while another exception is in flight.
     virtual ~CSQLiteStatement() noexcept(false);
     CSQLiteStatement(const CSQLiteStatement&) = delete;
     CSQLiteStatement& operator=(const CSQLiteStatement&) = delete;
 
-    /// Rows changed. A statement that yields a row throws. The bindings stay for the next run.
+    /// Runs the statement and returns the number of changed rows. A statement that gives a row
+    /// throws. The bound values stay for the next run.
     int ExecuteDML();
-    /// For whatever yields rows, and for schema statements and pragmas; the first row is loaded.
+    /// Runs a statement with rows, a schema statement or a pragma; the first row is loaded.
     CSQLiteQueryResult ExecuteQuery();
 
-    /// The text is copied.
+    /// Binds a value to a parameter. Texts are copied.
     void BindText(int index, const char16_t* value);
     void BindInt(int index, int value);
     void BindBool(int index, bool value);
@@ -34,6 +36,6 @@ private:
 
     sqlite3* m_db;
     sqlite3_stmt* m_statement;
-    int m_unwinding; ///< exceptions in flight when it was made
+    int m_unwinding; ///< number of exceptions in flight when it was made
     CSQLiteTimeLog m_timeLog;
 };

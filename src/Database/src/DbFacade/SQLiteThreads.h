@@ -4,8 +4,8 @@
 
 namespace qo
 {
-/// For a program in which no connection to a database, its own ones included, is ever used by two
-/// threads at a time: SQLite then takes no lock for each column of each row. To be called first in
-/// main(); without effect once SQLite has been started.
+/// For programs in which no database connection is ever used by two threads at a time: SQLite then
+/// takes no lock for each column of each row. To be called first in main(); it has no effect after
+/// SQLite was used.
 QO_API void useUnsharedConnections();
 } // namespace qo

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-/// Reports, when it ends, how long it lived: the time of one statement, transaction or connection.
-/// It speaks only at the level of details.
+/// Logs its lifetime when it is destroyed: the duration of a statement, transaction or connection.
+/// Only at the level of details.
 class QO_API CSQLiteTimeLog
 {
 public:
@@ -18,6 +18,6 @@ public:
 
 private:
     CString m_text;
-    const char16_t* m_tag; ///< a literal
+    const char16_t* m_tag; ///< must be a literal
     std::uint32_t m_start;
 };

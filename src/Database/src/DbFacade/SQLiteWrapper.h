@@ -1,6 +1,6 @@
 #pragma once
 
-// The whole facade. A caller that needs one class alone includes that class's header.
+// All classes of the facade. A caller that needs only one class includes that header.
 #include "Database/src/DbFacade/SQLiteDB.h"
 #include "Database/src/DbFacade/SQLiteDbTransaction.h"
 #include "Database/src/DbFacade/SQLiteException.h"
