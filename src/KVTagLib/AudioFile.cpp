@@ -37,6 +37,7 @@ namespace
 constexpr unsigned headBytes = 64;
 
 template <class Tag>
+/// For tags that a file may not have.
 void collectIf(Tag* tag, TagValues& values)
 {
     if (tag)

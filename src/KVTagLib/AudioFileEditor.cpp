@@ -80,6 +80,7 @@ bool editMpeg(FileStream& stream, const TagChanges& changes)
     return (!hasId3v2 && hasOther) || editId3v2(stream, hasId3v2, changes);
 }
 
+/// Like MPEG without APE tags.
 bool editTrueAudio(FileStream& stream, const TagChanges& changes)
 {
     bool hasId3v2 = false;
@@ -176,6 +177,7 @@ bool editOggFlac(FileStream& stream, const TagChanges& changes)
     return file.Ogg::File::save();
 }
 
+/// The whole tag is in the header, which is read, changed and written as a piece.
 bool editAsf(FileStream& stream, const TagChanges& changes)
 {
     ASF::File file(&stream, withoutProperties);

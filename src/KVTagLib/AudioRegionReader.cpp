@@ -4,6 +4,9 @@
 
 #include <algorithm>
 
+// A block of the file is kept, from which both look() and add() are served, so walking over a file
+// and adding its parts reads it once.
+
 using TagLib::ByteVector;
 
 namespace KVTagLib

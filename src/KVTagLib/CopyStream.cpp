@@ -57,6 +57,7 @@ void CopyStream::writeBlock(const TagLib::ByteVector& data)
         m_position += static_cast<long>(data.size());
 }
 
+/// Replaces a part of the file, or inserts into it; the rest of the file moves.
 void CopyStream::insert(const TagLib::ByteVector& data, unsigned long start, unsigned long replace)
 {
     const long at = positionOf(start);

@@ -20,6 +20,7 @@ constexpr std::pair<Field, Setter> setters[] = {
     {Field::lyrics, &CTags::SetLyrics},
 };
 
+/// Sets the items that the file has; others stay absent.
 void fillTexts(const TagValues& values, CTags& tags)
 {
     if (values.has(Field::artist))

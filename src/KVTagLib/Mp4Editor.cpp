@@ -90,6 +90,7 @@ ByteVector atom(const ByteVector& name, const ByteVector& content)
     return bytes;
 }
 
+/// The atom of one value: type, locale and the value.
 ByteVector dataAtom(unsigned type, const ByteVector& value)
 {
     ByteVector content = ByteVector::fromUInt(type);
@@ -184,6 +185,8 @@ private:
     std::vector<Item> m_items;
 };
 
+/// Texts are items whose names begin with the copyright sign; a genre may also be a number in
+/// "gnre".
 void applyTexts(const TagChanges& changes, ItemList& list)
 {
     constexpr std::pair<Field, const char*> names[] = {
@@ -226,12 +229,14 @@ void applyTrack(const TagChanges& changes, ItemList& list)
     list.set("trkn", dataAtom(0, value));
 }
 
+/// The number by which the format marks the kind of a picture.
 unsigned coverType(const ByteVector& picture)
 {
     const std::u16string_view extension = pictureKindOf(picture)->extension;
     return extension == u".jpg" ? 13 : extension == u".gif" ? 12 : extension == u".bmp" ? 27 : 14;
 }
 
+/// Replaces the first cover and keeps the others.
 void applyPicture(const TagChanges& changes, ItemList& list)
 {
     if (!changes.picture())

@@ -136,6 +136,7 @@ private:
     std::vector<InfoText> m_texts;
 };
 
+/// Changes the ID3v2 chunk with that index; makes a chunk for notFound.
 bool editId3v2(ChunkFile& file, unsigned index, bool aiff, const TagChanges& changes)
 {
     Id3v2Editor editor;

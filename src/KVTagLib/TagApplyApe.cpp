@@ -37,6 +37,7 @@ void setApe(APE::Tag& tag, const String& key, const StringList& texts)
         tag.setItem(spelled, APE::Item(spelled, texts));
 }
 
+/// Changes each of the items that are present, or makes the first.
 void setApe(const TagChanges& changes, Field field, Names names, APE::Tag& tag)
 {
     bool found = false;
@@ -69,6 +70,7 @@ void setApeTrack(const TagChanges& changes, APE::Tag& tag)
     setApe(changes, Field::trackNumber, {"Track"}, tag);
 }
 
+/// The value of a cover is a file name, a zero and the picture.
 void setApePicture(const ByteVector& content, APE::Tag& tag)
 {
     // The picture that a reader shows is the front cover or, without one, any other cover.

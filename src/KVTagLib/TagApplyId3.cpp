@@ -74,6 +74,7 @@ bool isTrackByte(const String& number)
     return trackByte(number) > 0 && String::number(trackByte(number)) == number;
 }
 
+/// The number of the genre in ID3v1; 255 if it has none.
 int genreNumber(const TagChanges& changes)
 {
     return ID3v1::genreIndex(tagTextOf(genreName(*changes.text(Field::genre))));

@@ -8,6 +8,9 @@
 #include <algorithm>
 #include <string_view>
 
+// A comment is a vendor text, a number of entries and the entries, each with its length in 4 bytes,
+// little-endian. Pictures are entries in Base64, in one of two forms.
+
 using namespace TagLib;
 
 namespace KVTagLib

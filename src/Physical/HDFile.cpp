@@ -15,6 +15,8 @@
 
 #include <iterator>
 
+// What all files share, and the choice of the class by extension.
+
 boost::shared_ptr<CHDFile> CHDFile::createHDFile(const boost::shared_ptr<QoFileDbItem>& item)
 {
     const CString ext = qo::fileExtOf(item->path);

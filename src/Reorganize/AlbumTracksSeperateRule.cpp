@@ -30,6 +30,7 @@ int CAlbumTracksSeperateRule::getMatchingOutputType(const IQorganizer::TagInfo& 
 
 int CAlbumTracksSeperateRule::getMatchingOutputType(const boost::shared_ptr<CHDFile>& file) const
 {
+    // -1 means that the file has no album with a name.
     const int count = qo::trackCountOf<CLTAlbum>(*file, CLTObjectType::Album);
     if (count == -1)
         return NoAlbum;

@@ -30,6 +30,7 @@ int CArtistTracksSeperateRule::getMatchingOutputType(const IQorganizer::TagInfo&
 
 int CArtistTracksSeperateRule::getMatchingOutputType(const boost::shared_ptr<CHDFile>& file) const
 {
+    // -1 means that the file has no artist with a name.
     const int count = qo::trackCountOf<CLTArtist>(*file, CLTObjectType::Artist);
     if (count == -1)
         return NoArtist;

@@ -7,6 +7,8 @@ namespace qo
 {
 namespace
 {
+/// What file systems of Windows do not allow in names: disks and players of other systems read the
+/// files too.
 bool isForbidden(char16_t c)
 {
     return c < 0x20 || std::u16string_view(u"\\/:*?\"<>|").find(c) != std::u16string_view::npos;
@@ -35,6 +37,7 @@ std::size_t startOfEnd(std::u16string_view name, CleanMode mode)
     return start;
 }
 
+/// Most names need no change and are returned as they are.
 bool isClean(std::u16string_view name)
 {
     return name.empty() || (!isForbiddenAtStart(name.front()) && !isForbiddenAtEnd(name.back()) &&
@@ -70,6 +73,7 @@ CString cleanFileName(const CString& text, CleanMode mode)
 CString cleanFilePath(const CString& text, CleanMode mode)
 {
     CString path = text;
+    // A doubled backslash would be an empty component.
     path.Replace(u"\\\\", u"\\");
     CString clean;
     for (int start = 0;;)

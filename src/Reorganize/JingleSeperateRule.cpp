@@ -23,6 +23,7 @@ int CJingleSeperateRule::getMatchingOutputType(const IQorganizer::TagInfo& tag) 
 
 int CJingleSeperateRule::getMatchingOutputType(const boost::shared_ptr<CHDFile>& file) const
 {
+    // A record without parameters is not a jingle.
     QorganizerDef::VelmoraFileParams params;
     const bool isKnown = CVelmoraFileParamsUtils::FromDbParam(file->getDbItem()->params, params);
     return isKnown && params.isJingle ? IsJingle : NotJingle;

@@ -39,6 +39,7 @@ void CReorganizeRule::clear()
     m_replaced.clear();
 }
 
+/// Nulls are copied too, so an invalid rule stays invalid.
 void CReorganizeRule::copyFrom(const CReorganizeRule* other)
 {
     if (other == this)
@@ -64,6 +65,7 @@ bool CReorganizeRule::isValid() const
     return !isEmpty() && m_nodes.find(nullptr) == -1 && !findNode(isInvalidNode, 0, 0);
 }
 
+/// A predicate for findNode(); see isValid() for what makes a node invalid.
 bool CReorganizeRule::isInvalidNode(const CNode* node, unsigned long, unsigned long)
 {
     switch (node->m_type)
@@ -96,6 +98,7 @@ CReorganizeRule::CNode* CReorganizeRule::getFirstNode() const
     return qo::nextNode(m_nodes, nullptr);
 }
 
+/// The first child, else the next sibling of the node or of the nearest parent that has one.
 CReorganizeRule::CNode* CReorganizeRule::getNextNode(const CNode* node) const
 {
     if (CNode* child = node->getNextSubNode(nullptr))

@@ -19,6 +19,7 @@ std::unique_ptr<NODE> makeNode(RULE* rule)
     return node;
 }
 
+/// A separating node with an output for each one of its rule.
 std::unique_ptr<CReorganizeRule::CSeperateRuleNode> makeSeperateRuleNode(CSeperateRule* rule)
 {
     auto node = makeNode<CReorganizeRule::CSeperateRuleNode>(rule);
@@ -33,6 +34,7 @@ std::unique_ptr<CReorganizeRule::CSeperateRuleNode> makeSeperateRuleNode(CSepera
     return node;
 }
 
+/// Whether the type is in the list.
 bool holds(const CReorganizeRule::CSeperateRuleOutputList& outputs, int type)
 {
     return std::find(outputs.begin(), outputs.end(), type) != outputs.end();
@@ -129,6 +131,8 @@ CReorganizeRule::CSeperateRuleNode* CReorganizeRule::addParentSeperateRule(
     }
     CSeperateRuleNode* const added = node.get();
     auto* const parent = static_cast<CSeperateRuleOutputNode*>(child->m_parent);
+    // The child is removed from the top level only after the new node was attached, which may
+    // throw.
     const int place = parent ? -1 : qo::placeOf(m_nodes, child);
     if (parent)
         parent->m_link = nullptr;
@@ -142,6 +146,7 @@ CReorganizeRule::CSeperateRuleNode* CReorganizeRule::addParentSeperateRule(
 void CReorganizeRule::removeSeperateRule(CSeperateRuleNode* node, int keptOutput)
 {
     const CSeperateRuleOutputNode* const kept = node->getOutput(keptOutput);
+    // The branch is copied before the node with its outputs is deleted.
     std::unique_ptr<CNode> branch(kept && kept->m_link ? kept->m_link->clone() : nullptr);
     auto* const parent = static_cast<CSeperateRuleOutputNode*>(node->m_parent);
     removeNode(node);

@@ -3,9 +3,13 @@
 #include "Analyze/MakeOwned.h"
 #include "Reorganize/NodeList.h"
 
+// Copying, walking and freeing of nodes. Each class answers for its own children: outputs, a link,
+// or rename nodes.
+
 namespace
 {
 template <class NODE, class... Args>
+/// A copy made by copyFrom(), with the arguments for its constructor.
 CReorganizeRule::CNode* cloneNode(const NODE& node, Args... args)
 {
     auto copy = qo::makeOwned<NODE>(QO_HERE(u".\\Reorganize\\ReorganizeRule"), args...);
@@ -33,6 +37,7 @@ void cloneNodes(const CAutoListT<NODE>& nodes, CAutoListT<NODE>& copies, CReorga
 }
 
 template <class RULE>
+/// A copy of a rule or node; null for null.
 RULE* cloneRule(const RULE* rule)
 {
     return rule ? rule->clone() : nullptr;

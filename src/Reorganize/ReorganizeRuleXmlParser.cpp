@@ -4,6 +4,9 @@
 
 #include <tinyxml.h>
 
+// Texts and attributes of XML elements, converted between UTF-8 and UTF-16. Reading rules is in
+// ReorganizeRuleXmlParserLoad.cpp, writing them in ReorganizeRuleXmlParserSave.cpp.
+
 CString CReorganizeRuleXmlParser::UTF8ToUTF16(const char* text)
 {
     return qo::fromUtf8(text);

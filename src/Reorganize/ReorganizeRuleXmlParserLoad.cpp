@@ -54,6 +54,7 @@ void forEachChild(const TiXmlElement* element, const char* name, FUNCTION functi
 }
 
 template <class RULE, class... Args>
+/// A new rule, which the caller gives to the tree.
 RULE* makeRule(Args... args)
 {
     return qo::makeOwned<RULE>(QO_HERE(u".\\Reorganize\\ReorganizeRuleXmlParser"), args...)
@@ -96,6 +97,7 @@ bool CReorganizeRuleXmlParser::createReorganizeRule(const TiXmlElement* element,
                      if (type != CNSAtom::FixedString)
                          rule->setUnknownAttribDefValue(type, value);
                  });
+    // The elements below the root are the top level: no output and no folder above them.
     addSubRules(element, rule, nullptr, -1, nullptr);
     return rule->isValid();
 }
@@ -131,6 +133,8 @@ void CReorganizeRuleXmlParser::addSeperateRule(CSeperateRule* newRule,
                                                const CSeperateRule* parentRule,
                                                int outputType)
 {
+    // The node comes first: its outputs are the parents of what follows. An output with an unknown
+    // name has the type -1, which no node has, so its rules go to the top level.
     rule->addSeperateRule(newRule, parentRule, outputType);
     forEachChild(element,
                  names::output,

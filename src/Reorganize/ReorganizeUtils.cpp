@@ -4,6 +4,8 @@
 #include "Reorganize/ReorganizeRuleNodes.h"
 #include "Reorganize/SeperateRule.h"
 
+// The table of attributes, and what follows from the nodes of a rule: its uses.
+
 const CReorganizeUtils::AttribInfo CReorganizeUtils::m_attribsInfo[attribsCount] = {
     {CNSAtom::Artist, u"{artist.name}", false},
     {CNSAtom::Album, u"{album.name}", false},
@@ -42,6 +44,7 @@ const Utils::AttribInfo* findAttribute(CNSAtom::EType type)
     return nullptr;
 }
 
+/// Adds what one node tells about the uses of its rule.
 void addNodeTo(Utils::RuleTypeInfo& info, const CReorganizeRule::CNode& node)
 {
     using Node = CReorganizeRule::CNode;
@@ -136,6 +139,8 @@ void CReorganizeUtils::getRuleTypeInfo(const CReorganizeRule* rule, RuleTypeInfo
         addNodeTo(info, *node);
 }
 
+/// A rule that keeps folders cannot import, one that counts tracks cannot import music, and one
+/// that names music by source, time or date can do nothing but import music.
 int CReorganizeUtils::getReorganizeRuleSorterType(const CReorganizeRule* rule)
 {
     RuleTypeInfo info;

@@ -124,6 +124,7 @@ void CReorganizeUtils::destroy()
 
 CString CReorganizeUtils::makeReorgRulePath(const CString& id)
 {
+    // These would leave the folder, or be taken for a built-in rule.
     if (isOfPoints(id) || id.FindOneOf(u"/\\") != -1 || id[0] == u':')
         return {};
     return qo::combinePath(CQoPaths::getQoDataDir(), id, ruleFileExtension);
@@ -162,6 +163,8 @@ bool CReorganizeUtils::isBuiltIn(const CReorganizeRule* rule)
     return rule == &m_artistTrackRule || rule == &m_velmoraArtistTrackRule;
 }
 
+/// The built-in rules are entered first. A file counts only if its path is the one that its id
+/// gives.
 void CReorganizeUtils::loadRules()
 {
     const qo::Guard guard(m_csRules);
@@ -185,6 +188,7 @@ void CReorganizeUtils::loadRules()
     }
 }
 
+/// The built-in rules are members and are not deleted.
 void CReorganizeUtils::clearRules()
 {
     const qo::Guard guard(m_csRules);

@@ -19,6 +19,7 @@ bool isOneOf(char c, std::string_view set)
     return set.find(c) != std::string_view::npos;
 }
 
+/// Every byte of a character beyond ASCII may be part of a name, as for the parser.
 bool startsName(char c)
 {
     return static_cast<unsigned char>(c) >= 0x80 || c == '_' || isOneOf(c, asciiLetters);
@@ -102,6 +103,7 @@ private:
         }
         return !isAtEnd();
     }
+    // "&#65;" or "&#x41;": the parser does not check the digits.
     bool passReference()
     {
         const std::string_view allowed = pass("x") ? hexDigits : digits;
@@ -145,6 +147,7 @@ private:
         return pass("?>");
     }
 
+    // Counts elements, attributes and the nesting on the way.
     bool passStartTag()
     {
         if (!passName() || ++m_elements > mostRuleFileElements)

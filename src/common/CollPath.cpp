@@ -5,10 +5,14 @@
 #include <algorithm>
 #include <vector>
 
+// Parsing goes in two steps: parseDevice() recognises the form and takes the device,
+// parseComponents() splits the rest. toString() is the reverse. Lists of paths follow at the end.
+
 namespace
 {
 using Type = CQoCollPath::EDeviceType;
 
+/// The forms that begin with two backslashes, a word and ':'.
 struct Prefix
 {
     const char16_t* text;
@@ -52,6 +56,7 @@ CString escape(const CString& text)
     return result;
 }
 
+/// The reverse of escape(); an unknown escape gives its second character.
 CString unescape(const CString& text)
 {
     if (text.Find(u'%') < 0)
@@ -74,6 +79,7 @@ int endOfDevice(const CString& text)
     return end < 0 ? text.GetLength() : end;
 }
 
+/// An empty component would vanish between two backslashes.
 CString blankIfEmpty(const CString& text)
 {
     return text.IsEmpty() ? CString(u" ") : text;
@@ -235,6 +241,7 @@ bool CQoCollPath::isSameDevice(const CQoCollPath& other) const
     return m_type == other.m_type && m_device.CompareNoCase(other.m_device) == 0;
 }
 
+/// Compares the first count components of both.
 int CQoCollPath::compareComponents(const CQoCollPath& other, int count) const
 {
     for (int i = 0; i < count; ++i)

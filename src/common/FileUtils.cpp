@@ -16,6 +16,7 @@ namespace
 using qo::TraceLog;
 namespace level = qo::level;
 
+/// The longest path that hosts have room for.
 constexpr int systemTempBuffer = 0x104;
 constexpr int rootLength = 3; // "C:\"
 
@@ -73,6 +74,7 @@ bool isProtected(const CString& path, const qo::FileInfo& info)
            other.device != info.device;
 }
 
+/// "Temp" is what hosts expect when the system has no such folder.
 CString findSystemTempDir()
 {
     const CString folder = qo::specialFolders().systemTemp();
@@ -124,6 +126,7 @@ bool CFileUtils::RemoveDirectoryRec(const CString& path)
         folder = qo::removeBackslash(folder);
     qo::IFileSystem& files = qo::fileSystem();
     qo::FileInfo info;
+    // The path itself must be a folder and not a link to one.
     const bool isFolder = files.info(folder, qo::Spelling::exact, info) == 0 &&
                           info.kind == qo::FileKind::directory && !files.isLink(folder);
     if (isFolder && isProtected(folder, info))

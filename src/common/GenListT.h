@@ -106,6 +106,7 @@ public:
     }
 
 private:
+    /// What qsort_r passes to the comparison.
     struct SortCall
     {
         SortCompare compare;

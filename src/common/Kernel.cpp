@@ -8,6 +8,9 @@
 #include "common/TraceFile.h"
 #include "common/TraceLog.h"
 
+// The start of the kernel in the order in which the parts need each other: settings, folders for
+// logs, the two logs of the kernel, and the log of the database layer.
+
 void initQoKernel(KVConfig* config, CKVModule* module)
 {
     CQoSettings::declareCommon(config, module);

@@ -5,6 +5,9 @@
 #include "platform/Platform.h"
 #include "types/CriticalSection.h"
 
+// The logger with its file, and the choice between the built-in logger and a host's. All lines of
+// the model go through logArgs().
+
 struct CLoggerEx::Output
 {
     CCriticalSection lock;

@@ -13,6 +13,9 @@
 
 #include <algorithm>
 
+// Folders are computed from the settings at each call, so a change of a setting takes effect at
+// once. The tables list the output folders with their settings and default names.
+
 namespace
 {
 using S = CQoSettings;
@@ -73,12 +76,14 @@ CString madeSubFolder(const CString& base, const char16_t* name)
     return folder;
 }
 
+/// The configured folder, else the default one.
 CString outputDir(const OutputRow& row)
 {
     const CString configured = S::get(row.dirSetting);
     return configured.IsEmpty() ? CQoPaths::getDefaultFolder(row.type) : configured;
 }
 
+/// Without regard to case.
 bool equalsOneOf(const CString& name, const char16_t* const* words, std::size_t count)
 {
     for (std::size_t i = 0; i < count; ++i)
@@ -89,6 +94,7 @@ bool equalsOneOf(const CString& name, const char16_t* const* words, std::size_t 
     return false;
 }
 
+/// audioIsMusic for a text that is no known type.
 CQoPathInfo::EType toPathType(const CString& text)
 {
     const int value = qo::textToInt(text.view());
@@ -218,6 +224,7 @@ bool CQoPaths::isInOutputDirs(const CString& path)
     return isInDirs(path, dirs);
 }
 
+/// Ambiguous if output folders lie in each other or are the same.
 CQoPaths::EMediaType CQoPaths::getOutputDirType(const CString& path)
 {
     const CQoCollPath parsed(path);

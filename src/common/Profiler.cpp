@@ -13,6 +13,7 @@ namespace qo
 {
 namespace
 {
+/// The sum of one name.
 struct Counter
 {
     std::int64_t nanoseconds = 0;
@@ -27,6 +28,7 @@ struct Counters
 
 std::atomic<bool> active{false};
 
+/// Never destroyed: timers may end in destructors of static objects.
 Counters& counters()
 {
     static auto* const only = new Counters();

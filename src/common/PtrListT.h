@@ -130,12 +130,14 @@ private:
         std::unique_ptr<qo::RowNote>* const note = this->note();
         return note ? static_cast<Search*>(note->get()) : nullptr;
     }
+    /// Drops the counts; a later search builds them again if it pays.
     void forgetCounts() noexcept
     {
         if (std::unique_ptr<qo::RowNote>* const note = this->note())
             note->reset();
     }
 
+    /// Changes the count of an object, if counts are kept.
     void count(const X* object, int by) noexcept
     try
     {

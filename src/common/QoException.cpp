@@ -6,6 +6,7 @@
 
 namespace
 {
+/// Messages of other exceptions are copied through a buffer of this size.
 constexpr unsigned messageBuffer = 1024;
 constexpr unsigned messageLimit = 1022;
 constexpr int loggedMessageLimit = 999;

@@ -6,6 +6,9 @@
 #include "platform/SpecialFolders.h"
 #include "types/CharClass.h"
 
+// The names and defaults of all settings in the order of CQoSettings::ESetting, and their keys in
+// the host's store. Before initQoKernel() there are no keys, and get() returns defaults.
+
 KVConfig::~KVConfig() = default;
 CKVModule::~CKVModule() = default;
 
@@ -121,6 +124,7 @@ KVConfig* config = nullptr;
 CKVModule* kvModule = nullptr;
 KVConfig::Key* keys[E::settingCount] = {};
 
+/// Declares the settings from first to last in a section.
 void declare(const char16_t* sectionName, E first, E last)
 {
     KVConfig::Section* const section = config->addSection(KVConfig::ordinarySection, sectionName);
@@ -138,6 +142,7 @@ CString musicOrProgramFolder()
     return qo::fileSystem().makeDirectories(music) == 0 ? music : qo::specialFolders().program();
 }
 
+/// Chooses a folder for temporary files unless a usable one is configured.
 void chooseTempFolder()
 {
     const CString folder = CQoSettings::get(CQoSettings::TempFolder);
@@ -151,6 +156,7 @@ void chooseTempFolder()
     CQoSettings::set(CQoSettings::TempFolder, own);
 }
 
+/// Null before initQoKernel().
 KVConfig::Key* indexedKey(const char16_t* nameFormat, int index)
 {
     if (!config)

@@ -6,6 +6,9 @@
 
 #include <cstring>
 
+// Reading goes through a buffer, byte by byte, so that UTF-8 and UTF-16 lines are found in the same
+// way; writing collects up to 64 KiB. The encoding of a file that is read follows from its mark.
+
 namespace
 {
 constexpr std::size_t bufferSize = std::size_t(64) * 1024;
@@ -14,6 +17,7 @@ constexpr std::size_t longestLine = std::size_t(1024) * 1024;
 constexpr unsigned char utf8Mark[] = {0xEF, 0xBB, 0xBF};
 constexpr char16_t utf16Mark = 0xFEFF;
 
+/// The platform's mode for the flags: without a writing flag the file is only read.
 qo::OpenMode modeOf(unsigned flags)
 {
     if ((flags & (CStdioFileEx::modeWrite | CStdioFileEx::modeReadWrite)) == 0)
@@ -59,6 +63,7 @@ bool CStdioFileEx::Close()
     return done;
 }
 
+/// Reads the next block; false at the end or after a failure.
 bool CStdioFileEx::fill()
 {
     m_buffer.resize(bufferSize);
@@ -70,6 +75,7 @@ bool CStdioFileEx::fill()
     return got > 0;
 }
 
+/// -1 at the end.
 int CStdioFileEx::nextByte()
 {
     if (m_next >= m_buffer.size() && !fill())
@@ -77,6 +83,7 @@ int CStdioFileEx::nextByte()
     return static_cast<unsigned char>(m_buffer[m_next++]);
 }
 
+/// Skips the mark at the start of the file, at the first read.
 void CStdioFileEx::skipMark()
 {
     if (!m_firstRead)

@@ -11,6 +11,9 @@
 #include <set>
 #include <vector>
 
+// A log file is named "<base>_YYYYMMDD_HHMMSS_<process>.txt". Cleaning up removes only names of
+// exactly that form, so no other file of the user can be taken for a log.
+
 namespace qo
 {
 namespace
@@ -31,6 +34,7 @@ constexpr LevelRow levelRows[] = {{u"None", u""},
                                   {u"Verbose", u"---"}};
 constexpr int levelRowCount = static_cast<int>(std::size(levelRows));
 
+/// The number of characters at the start that pass the test.
 int countWhile(std::u16string_view text, bool (*test)(char16_t))
 {
     int count = 0;

@@ -15,6 +15,7 @@ namespace
 /// A file larger than this is closed before the next line is written.
 constexpr std::int64_t largestFile = 0xA00000;
 
+/// The only trace of the process.
 struct Writer
 {
     TraceFile file;
@@ -92,6 +93,7 @@ void TraceLog::writeText(int level, const CString& text)
         return;
     const WriterLock lock;
     const CalendarTime time = systemClock().localTime();
+    // A new file for each day, and when the old one is too large.
     if (!w.file.isOpen() || !isSameDay(w.file.date(), time) || w.file.size() > largestFile)
         w.file.open(time);
     w.file.writeLine(level, time, text);

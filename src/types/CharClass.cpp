@@ -34,6 +34,7 @@ std::size_t equalUnits(const char16_t* a, const char16_t* b, std::size_t count)
 }
 
 template <class Number>
+/// Negative numbers are built by subtracting, since the smallest one has no positive counterpart.
 Number parse(std::u16string_view text)
 {
     std::size_t i = 0;

@@ -14,15 +14,12 @@ namespace qo
 {
 /// A sequence with random access and cheap insertion anywhere, in one of three forms by its size:
 ///
-///   near   0 or 1 element   in the store itself, no memory beside it (elements of up to two
-///   pointers)
+///   near   0 or 1 element   in the store itself (elements of up to two pointers)
 ///   flat   up to a chunk    one block of 4 KiB at most, which doubles as it grows
 ///   row    more             a ChunkRow of such blocks
 ///
-/// A list of a million handles (16 bytes, 256 a chunk) is a row of about 4,000 to 8,000 chunks.
-/// Inserting in its middle finds the chunk in about 13 steps and shifts at most 256 handles; in a
-/// flat array it would shift half a million. Most lists of the library hold a dozen elements and
-/// stay flat.
+/// A million handles (16 bytes) are a row of 4,000 to 8,000 chunks. Inserting in the middle takes
+/// 13 steps to find the chunk and shifts 256 handles at most, in a flat array half a million.
 ///
 /// Any change moves elements, and so does moving the store: references and iterators become
 /// invalid. Several threads may read at once; a writer must be alone.
@@ -117,8 +114,7 @@ public:
         m_sizeAndNear += sizeUnit;
     }
 
-    /// Removes the element from the sequence first and destroys it then, so its destructor may use
-    /// the sequence.
+    /// Removes the element before it is destroyed, so its destructor may use the sequence.
     void erase(std::size_t index) noexcept { [[maybe_unused]] const T taken = take(index); }
 
     /// The same for several; the last one goes first.
@@ -143,9 +139,8 @@ public:
         swap(packed);
     }
 
-    /// A place for something that is only useful beside a long sequence, such as an index; null
-    /// while the sequence is not a row. The note moves with the elements; copies start without one.
-    /// Whoever changes the sequence must keep it up to date.
+    /// A place for what only a long sequence needs, such as an index; null if it is not a row. It
+    /// moves with the elements, but is not copied. Whoever changes the sequence must update it.
     std::unique_ptr<RowNote>* note() const noexcept { return isRow() ? &m_far.row->note : nullptr; }
 
     /// The contiguous elements among which the element of that index stands.
@@ -184,8 +179,7 @@ private:
     /// Very many lists hold one handle for ever; such a list needs no memory of its own.
     static constexpr std::size_t nearCapacity =
         sizeof(T) <= 2 * sizeof(void*) && alignof(T) <= alignof(void*) ? 1 : 0;
-    /// As the capacity in m_far it says that m_far.row is in use.
-    static constexpr std::uint32_t rowMark = UINT32_MAX;
+    static constexpr std::uint32_t rowMark = UINT32_MAX; ///< as m_far.capacity: row is in use
     static constexpr std::uint32_t sizeUnit = 2;
 
     struct Far
@@ -292,8 +286,7 @@ private:
         m_sizeAndNear = std::exchange(other.m_sizeAndNear, emptyMark);
     }
 
-    /// The value for an empty store in the form that needs no block.
-    static constexpr std::uint32_t emptyMark = nearCapacity;
+    static constexpr std::uint32_t emptyMark = nearCapacity; ///< no element and no block
 
     union
     {

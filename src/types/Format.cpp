@@ -20,6 +20,7 @@ namespace
 constexpr int maxWidth = 4096;
 constexpr int defaultPrecision = 6;
 
+/// One directive of a format, such as "%-08.3d".
 struct Directive
 {
     bool leftAlign = false;
@@ -206,6 +207,7 @@ bool printText(CString& out, const Directive& d, const FormatArg& arg)
     return true;
 }
 
+/// As upper-case hexadecimal digits with leading zeros.
 bool printPointer(CString& out, const Directive& d, const FormatArg& arg)
 {
     if (arg.kind() != FormatArg::Kind::pointer && arg.kind() != FormatArg::Kind::text &&
@@ -287,6 +289,7 @@ void formatTo(CString& out, const char16_t* format, const FormatArg* args, std::
             continue;
         }
         const Directive d = parse(percent + 1);
+        // A known directive takes its argument even if that is of the wrong kind.
         const bool taken = isKnown(d.type) && next < count;
         const bool done = taken && print(out, d, args[next]);
         next += taken ? 1 : 0;

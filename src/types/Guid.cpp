@@ -2,6 +2,8 @@
 
 #include "types/String.h"
 
+// The first three groups of the text are numbers, the other two are bytes in their order.
+
 namespace qo
 {
 namespace

@@ -11,6 +11,7 @@ namespace qo
 {
 namespace
 {
+/// ICU's data for NFC, which it loads once and keeps.
 const UNormalizer2& composer()
 {
     UErrorCode error = U_ZERO_ERROR;

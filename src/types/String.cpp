@@ -13,6 +13,7 @@
 
 namespace
 {
+/// Keeps the number of bytes and one growth by half within an int.
 constexpr int maxLength = std::numeric_limits<int>::max() / 4;
 
 std::u16string_view viewOf(const char16_t* text) noexcept
@@ -168,10 +169,12 @@ CString& CString::append(std::u16string_view text)
     CString keep;
     if (text.data() >= m_text && text.data() <= m_text + length)
         keep = *this;
+    // An unshared buffer that is large enough is extended in place.
     const bool fits = m_text != emptyText() &&
                       header(m_text)->refs.load(std::memory_order_acquire) == 1 &&
                       header(m_text)->capacity >= total;
     if (!fits)
+        // Grows by half, so that appending many times copies each character only a few times.
         own(length == 0 ? total : total + total / 2);
     std::memmove(m_text + length, text.data(), text.size() * sizeof(char16_t));
     setLength(total);

@@ -13,6 +13,7 @@ namespace QoKernel
 {
 namespace
 {
+/// Whether a time is within the limits that the flags switch on.
 bool isWithin(const FILETIME& time,
               int flags,
               int minFlag,
@@ -36,6 +37,8 @@ bool isDots(const CString& name)
     return name == u"." || name == u"..";
 }
 
+/// The bit of CFileFilter::ETypes for an entry; 0 for devices and the like, which no filter by type
+/// accepts.
 int typeBits(const qo::DirEntry& entry)
 {
     if (isDots(entry.name))

@@ -39,6 +39,7 @@ bool visitFilesOf(const CPtrListT<X>& objects, const FileVisitor& visit)
     return true;
 }
 
+/// The music files of tracks.
 bool visitMusic(const CPtrListT<CLTTrack>& tracks, const FileVisitor& visit)
 {
     for (const auto& track : tracks)
@@ -64,6 +65,7 @@ bool visitAlbum(const CLTAlbum& album, const FileVisitor& visit)
            visitFilesOf(album.getLyrics(), visit);
 }
 
+/// Also pictures and lyrics of the artist's albums, since these name the artist too.
 bool visitArtist(const CLTArtist& artist, const FileVisitor& visit)
 {
     if (!visitMusic(artist.getTracks(), visit) || !visitFilesOf(artist.getPictures(), visit))

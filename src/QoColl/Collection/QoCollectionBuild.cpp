@@ -62,6 +62,7 @@ public:
     }
 
 private:
+    // Asks the processor to load a file that will be needed soon.
     void announceFile(const CPtrListT<CHDFile>& files) const
     {
         constexpr int filesAhead = 4;
@@ -76,6 +77,7 @@ private:
     int m_next = 0; ///< index at which the next record's file is expected
 };
 
+/// Other files have no logical objects.
 void createLTObjectsOf(const boost::shared_ptr<CHDFile>& file)
 {
     switch (file->getFileType())
@@ -191,6 +193,8 @@ void CQoCollection::cleanupColl(QoFileDbItemArray& files, IQoProgress* progress)
     }
 }
 
+/// Records outside of all root folders, and second records of one path, are marked as deleted here,
+/// so the save removes their rows.
 void CQoCollection::createHDObjects(QoFileDbItemArray& files, IQoProgress* progress)
 {
     qo::FolderOfFile folder;
@@ -242,6 +246,8 @@ void CQoCollection::detectLogicalStuff(const qo::CollPathArray& dirs,
     }
 }
 
+/// Files are found again through their folder: the records are in path order, so a cursor mostly
+/// needs no search.
 void CQoCollection::createLTObjects(const QoFileDbItemArray& files, IQoProgress* progress)
 {
     qo::FolderOfFile folder;
@@ -285,6 +291,7 @@ void CQoCollection::removeFileFromColl(const CString& path, bool removeEmptyDirs
     const boost::shared_ptr<CHDFile> file = getFileByPath(path);
     if (!file)
         return;
+    // The record may change or vanish; whoever holds the file shall see its tag as it was.
     file->keepTag();
     m_zombieFiles.add(file);
     boost::shared_ptr<CHDDirectory> dir = file->getParentDir();

@@ -24,6 +24,7 @@ using qo::log;
 namespace level = qo::level;
 namespace dbState = qo::dbState;
 
+/// Gives the record the parameters of an imported file, of music or of movies.
 void setImportedMediaType(QoFileDbItem& item)
 {
     QorganizerDef::VelmoraFileParams params;

@@ -29,6 +29,7 @@ void logFailedSave(CSQLiteException* caught)
     qo::logException(u"CQoCollection::saveToDb : error saving to db ", *exception);
 }
 
+/// How many records were inserted, updated and deleted.
 struct Counts
 {
     int inserted = 0;
@@ -51,6 +52,7 @@ Counts countStates(const QoFileDbItemArray& written)
     return counts;
 }
 
+/// Inserts a record. If other rows may have its lasting id, they get its fingerprint values.
 void insert(CQoCollDb& db,
             QoFileDbItemPtr& item,
             const CString& collId,

@@ -41,6 +41,7 @@ bool isTwin(const QoFileDbItemPtr& stored, const CString& found)
                0;
 }
 
+/// A record with a path and nothing else.
 QoFileDbItemPtr makeRecord(const CString& path)
 {
     auto item = qo::makeObject<QoFileDbItem>(QO_HERE(u".\\QoColl\\Collection\\QoCollection"));
@@ -69,6 +70,8 @@ QoFileDbItemPtr takeOver(const QoFileDbItemPtr& stored, const qo::FoundFile& fou
     return item;
 }
 
+/// Whether a known file is still there. Files that are not on a disk count as present: their source
+/// lists them itself.
 bool existsOnDisk(const CQoCollPath::EDeviceType type, const CString& path)
 {
     switch (type)
@@ -376,6 +379,7 @@ void CQoCollection::setMusicAndVideoFlags(const QoFileDbItemPtr& item) const
     const bool isAudio = CQoUtils::isAudioExt(ext);
     const bool isVideo = CQoUtils::isVideoExt(ext);
     const bool isMedia = isAudio || isVideo;
+    // allIsMusic makes audio and video music, audioIsMusic only audio.
     const CQoPathInfo::EType type = getSubDirPathInfo(CQoCollPath(item->path));
     const bool isMusic = (type == CQoPathInfo::allIsMusic && isMedia) ||
                          (type == CQoPathInfo::audioIsMusic && isAudio);

@@ -70,6 +70,7 @@ constexpr auto mediaKeys = []
     return keys;
 }();
 
+/// Nothing for an extension that is neither audio nor video.
 std::optional<MediaKind> kindOfExt(std::u16string_view ext)
 {
     if (ext.size() > longestExt)

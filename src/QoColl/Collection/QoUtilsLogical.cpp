@@ -18,6 +18,7 @@ namespace
 {
 using Parents = CQoUtils::ParentItemsInfo;
 
+/// The number of files of the object that belong to the parents.
 int countFiles(const CQoUtils::CheckObject& object, const Parents& parents)
 {
     int count = 0;

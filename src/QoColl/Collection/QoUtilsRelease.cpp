@@ -7,6 +7,9 @@
 
 #include <vector>
 
+// Freeing trees. Parents and children hold each other, so each directory is emptied, bottom up, and
+// the logical objects of its files are released.
+
 namespace
 {
 void releaseLTObjects(const CQoUtils::File& file)

@@ -33,6 +33,7 @@ SharedIdentities::SharedIdentities(const QoFileDbItemArray& files,
         if (!m_new.insert(item->velmoraId.view()).second)
             m_shared.insert(item->velmoraId.view());
     }
+    // An id that a new record has and that is seen elsewhere is shared.
     const auto see = [this](std::u16string_view velmoraId)
     {
         if (m_new.contains(velmoraId))

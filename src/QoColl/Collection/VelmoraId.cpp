@@ -10,6 +10,7 @@ namespace
 {
 constexpr std::int64_t ticksPerMillisecond = ticksPerSecond / 1000;
 
+/// The last id of this process, with the lock that guards it.
 struct LastId
 {
     CCriticalSection lock;

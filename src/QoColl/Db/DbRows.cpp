@@ -6,6 +6,8 @@
 #include <limits>
 #include <memory>
 
+// Ids are checked where they are read, so no record ever has one that does not name its row.
+
 int qo::rowIdField(const CSQLiteQueryResult& row, int column)
 {
     const std::int64_t id = row.GetInt64Field(column);

@@ -12,6 +12,9 @@
 #include <memory>
 #include <new>
 
+// One list of columns, from which the texts of all statements on file records are made. A new
+// column is added to Column, columnNames, bindFileRow() and readFields(), and to the schema.
+
 namespace qo
 {
 namespace
@@ -76,6 +79,7 @@ void forEachTableColumn(Take take)
     take(u"FT_COLL_ID", fileCollIdParameter);
 }
 
+/// The beginning of a query, with a blank at its end.
 CString selectColumns()
 {
     CString sql(u"SELECT FT_ID");
@@ -119,6 +123,7 @@ void checkFileColumns(const CSQLiteDB& db)
         .release();
 }
 
+/// Lyrics are written only when they were loaded, or an update would delete them.
 CString updateFileText(bool withLyrics)
 {
     CString sql(u"UPDATE FILE_T SET ");

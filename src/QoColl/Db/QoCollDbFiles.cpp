@@ -87,6 +87,7 @@ catch (const std::bad_alloc&)
     qo::throwOutOfMemory(QO_HERE(noMemoryPlace));
 }
 
+/// For queries that read nothing beside the record.
 constexpr auto nothingMore = [](QoFileDbItem&, const CSQLiteQueryResult&) {};
 } // namespace
 
@@ -260,6 +261,7 @@ void CQoCollDb::getLyrics(QoFileDbItemArray& items)
     }
 }
 
+/// The newest rows come first in the query, but the array is in path order.
 void CQoCollDb::getLastTracks(int count, QoFileDbItemArray& items)
 {
     const qo::ProfileTimer timer(u"CQoCollDb::getLastTracks");

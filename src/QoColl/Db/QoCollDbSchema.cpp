@@ -187,6 +187,7 @@ bool CQoCollDb::makeIfNotValid(const CString& path)
     return !db.m_unreadable;
 }
 
+/// Makes the tables; a file that turns out to be damaged on the way is only marked as such.
 void CQoCollDb::recreate()
 {
     try
@@ -245,6 +246,7 @@ void CQoCollDb::createTables()
     runQuery(m_db, sql);
 }
 
+/// The connection is opened again, which ends the exclusive mode of makeTables().
 void CQoCollDb::setWriteAheadLogging()
 {
     const CString mode = runQuery(m_db, u"PRAGMA journal_mode=WAL;");
@@ -259,6 +261,7 @@ void CQoCollDb::setWriteAheadLogging()
 
 void CQoCollDb::createBackup()
 {
+    // The new copy is made under another name, so a failure leaves the old copy.
     const CString target = m_db.path() + u".bak";
     const CString fresh = target + u".new";
     int error = 0;

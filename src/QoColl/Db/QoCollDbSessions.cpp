@@ -21,6 +21,7 @@ constexpr unsigned long sessionSource = 0x4;
 constexpr unsigned long sessionStart = 0x8;
 constexpr unsigned long sessionEnd = 0x10;
 
+/// Binds those columns of a session whose bits are set.
 void bindSessionParams(const QoSessionDbItem& item, unsigned long mask, CSQLiteStatement& statement)
 {
     if (mask & sessionId)
@@ -48,6 +49,7 @@ constexpr unsigned long playlistId = 0x1;
 constexpr unsigned long playlistName = 0x2;
 constexpr unsigned long playlistTracks = 0x4;
 
+/// Binds those columns of a playlist whose bits are set; the tracks become one text.
 void bindPlaylistParams(const QoPlaylistDbItem& item,
                         unsigned long mask,
                         CSQLiteStatement& statement)
@@ -94,6 +96,7 @@ void CQoCollDb::getAllSessions(CArray<QoSessionQueryItem>& items, int limitPerSo
     int source = 0;
     for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
     {
+        // Rows come source by source: the count starts again with each source.
         const int rowSource = result.GetIntField(2);
         count = count > 0 && rowSource == source ? count + 1 : 1;
         source = rowSource;

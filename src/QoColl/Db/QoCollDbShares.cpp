@@ -12,6 +12,7 @@
 
 namespace
 {
+/// Parameter n is column n of the table.
 void bindInplaceFileParams(const QoInplaceFileDbItem& item,
                            bool bindId,
                            CSQLiteStatement& statement)
@@ -86,6 +87,7 @@ void extractShareDbItem(QoShareDbItem& item, const CSQLiteQueryResult& row)
     item.notify = row.GetBoolField(10);
 }
 
+/// Numbers with a line feed between them.
 CString joinNumbers(const CArray<int>& numbers)
 {
     CStringArray texts;
@@ -130,6 +132,7 @@ void CQoCollDb::insertInplaceFile(boost::shared_ptr<QoInplaceFileDbItem>& item)
     item->id = takeRowId(u"INPLACE_T");
 }
 
+/// Inplace files are only ever added, see QoCollDb.h.
 void CQoCollDb::updateInplaceFile(boost::shared_ptr<QoInplaceFileDbItem>&) {}
 
 void CQoCollDb::deleteInplaceFile(boost::shared_ptr<QoInplaceFileDbItem>&) {}
@@ -220,6 +223,7 @@ void CQoCollDb::setCollInfo(const CString& collId, const CollInfoDbItem& item)
     static const CString updateSql(
         u"UPDATE COLL_T SET CT_SCAN_TIME = ?2, CT_ROOT_DIRS = ?3, CT_ROOT_DIRS_TYPE = ?4, "
         u"CT_USER_NAME = ?5, CT_MODIFIED_TIME = ?6 WHERE CT_COLL_ID = ?1 ;");
+    // Updates the row of the collection if there is one, else inserts it.
     CollInfoDbItem stored;
     CSQLiteStatement statement =
         m_db.CompileStatement(getCollInfo(collId, stored) ? updateSql : insertSql);

@@ -37,18 +37,21 @@ CString selectTracks(const char16_t* condition)
     return CString(u"SELECT ") + trackColumns + u" , AST_ID FROM AC_STREAM_TRACK_T" + condition;
 }
 
+/// With or without a given row id.
 CString insertStream(const char16_t* idColumn, const char16_t* idValue)
 {
     return CString(u"INSERT INTO AC_STREAM_T (") + streamColumns + idColumn +
            u") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11" + idValue + u")";
 }
 
+/// With or without a given row id.
 CString insertTrack(const char16_t* idColumn, const char16_t* idValue)
 {
     return CString(u"INSERT INTO AC_STREAM_TRACK_T (") + trackColumns + idColumn +
            u") VALUES (?1, ?2, ?3, ?4" + idValue + u")";
 }
 
+/// The parameter of a given row id, beyond those of the columns.
 constexpr int paramRowId = 99;
 
 void bindStream(const AcStreamDbItem& item, CSQLiteStatement& statement)
@@ -100,6 +103,7 @@ void extractTrack(AcStreamTrackDbItem& item, const CSQLiteQueryResult& row)
     item.id = qo::rowIdField(row, 4);
 }
 
+/// Logs the failure and deletes the exception.
 void logFailure(CSQLiteException* raw)
 {
     const std::unique_ptr<CSQLiteException> exception(raw);

@@ -29,6 +29,7 @@ int comparePaths(const CString& path, const QoFileDbItemPtr& item)
     return qo::compareNoCase(path.view(), item->path.view());
 }
 
+/// Searches from low on; on failure index is where the path belongs.
 bool scan(const CString& path, const QoFileDbItemArray& items, int low, int high, int& index)
 {
     for (index = low; index < high; ++index)
@@ -56,6 +57,7 @@ enum class RowOrder
     mixed
 };
 
+/// How rows of a query are ordered.
 RowOrder orderOf(const std::vector<QoFileDbItemPtr>& rows)
 {
     RowOrder order = RowOrder::ascending;

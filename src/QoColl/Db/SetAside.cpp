@@ -19,6 +19,7 @@ namespace
 /// old one.
 constexpr const char16_t* parts[] = {u"-wal", u"-shm", u"-journal", u""};
 
+/// Whether the path still names the file that was examined, by device and inode.
 bool isStill(const CString& path, const FileInfo& examined)
 {
     FileInfo now;

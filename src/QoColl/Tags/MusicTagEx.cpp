@@ -28,12 +28,14 @@ const CMusicTagEx::EAttribType CMusicTagEx::m_attribTypes[] = {CTagAttrib::AT_Ar
                                                                CTagAttrib::AT_Picture,
                                                                CTagAttrib::AT_FileName};
 
+/// Play time in milliseconds and bit rate in kbit/s.
 struct CMusicTagEx::Numbers
 {
     std::uint32_t time = 0;
     std::uint32_t bitrate = 0;
 };
 
+/// The form with an object for each attribute.
 struct CMusicTagEx::Attribs
 {
     Numbers numbers;
@@ -140,6 +142,7 @@ CMusicTagEx::EAttribType CMusicTagEx::getAttribType(int index) noexcept
     return m_attribTypes[index];
 }
 
+/// The values of the former form become those of SV_Original.
 CMusicTagEx::Attribs& CMusicTagEx::attribs() const
 {
     if (m_store == EStore::attribs)
@@ -185,6 +188,7 @@ CTagAttrib* CMusicTagEx::getAttrib(EAttribType type)
     return const_cast<CTagAttrib*>(getConstAttrib(type));
 }
 
+/// In the three cheaper forms the only values are those of SV_Original.
 bool CMusicTagEx::get(EAttribType type, ESrcValueType source, CString& text) const
 {
     text.Empty();
@@ -232,6 +236,7 @@ void CMusicTagEx::setCrtFileNameAsOriginal()
     makeOriginal(CTagAttrib::AT_FileName);
 }
 
+/// The form stays, since attribute objects keep their choice of a source.
 void CMusicTagEx::clear()
 {
     if (m_store == EStore::nowhere)
@@ -391,6 +396,7 @@ void CMusicTagEx::getTagInfo(IQorganizer::TagInfo& info) const
 namespace
 {
 template <class Record>
+/// Copies the original values into any record that has these fields.
 void fillRecord(const CMusicTagEx& tag, Record& record)
 {
     record.artist = tag.getArtist();

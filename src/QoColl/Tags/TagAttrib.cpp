@@ -1,5 +1,7 @@
 #include "QoColl/Tags/TagAttrib.h"
 
+// Values are few (mostly one or two), so they are searched one by one.
+
 CTagAttrib::EAttribClass CTagAttrib::getAttribClass(EAttribType type) noexcept
 {
     return type == AT_Picture ? AC_Picture : AC_Text;

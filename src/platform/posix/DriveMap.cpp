@@ -86,6 +86,7 @@ void encodeName(std::string_view name, char16_t*& out)
     }
 }
 
+/// The reverse of decode().
 void appendUtf8(std::string& out, char32_t c)
 {
     if (c < 0x80)
@@ -180,6 +181,7 @@ bool hasPrefix(std::u16string_view path, std::u16string_view prefix)
            (path.size() == prefix.size() || path[prefix.size()] == u'\\');
 }
 
+/// "/media/stick/" and "/media/stick" are one mount point; "/" becomes "".
 std::string withoutClosingSlash(std::string path)
 {
     while (!path.empty() && path.back() == '/')
@@ -195,6 +197,8 @@ DriveMap& DriveMap::instance()
     return *map;
 }
 
+/// Changes the mount point of a prefix, or adds one. An entry is never removed, so letters stay
+/// reserved.
 void DriveMap::setPoint(const CString& prefix, const CString& deviceId, const std::string& point)
 {
     for (Mount& mount : m_mounts)

@@ -31,6 +31,7 @@ bool listXattrs(int descriptor, std::vector<std::string>& names)
     return true;
 }
 
+/// Copies the named attributes; the size is asked for first, since values may have any length.
 bool copyXattrs(int from, const std::vector<std::string>& names, int to)
 {
     std::vector<char> value;

@@ -29,6 +29,7 @@ namespace qo
 {
 namespace
 {
+/// The folder of a path with its closing slash.
 std::string folderOf(const std::string& path)
 {
     return path.substr(0, path.rfind('/') + 1);
@@ -227,6 +228,8 @@ int FileReplacement::prepare(const std::function<bool()>& stop)
         return errno;
     if (const int error = state.copy.makeBeside(state.target); error != 0)
         return error;
+    // The source stays open, so the backup later reads this very file, even if its name is
+    // replaced.
     const int from = state.source->descriptor();
     // Some file systems can share the blocks of the copy with the file; others need a real copy.
     if (::ioctl(state.copy.descriptor(), FICLONE, from) != 0)
@@ -335,6 +338,7 @@ int FileReplacement::commit()
     return 0;
 }
 
+/// If reserving stops half-way, the file is cut to its old size again; its content is untouched.
 int FileReplacement::State::makeRoom(PosixFile& file) const
 {
     struct stat wanted;

@@ -6,6 +6,9 @@
 #include <cstring>
 #include <ctime>
 
+// UTC and local time from the real-time clock, tick counts from the monotonic one, which does not
+// jump when somebody sets the time.
+
 namespace qo
 {
 FILETIME PosixClock::now() const

@@ -4,6 +4,9 @@
 
 #include <cerrno>
 
+// Reads and writes are repeated when a signal interrupts them. write() goes on until everything is
+// written, since the system may write less than asked for.
+
 namespace qo
 {
 PosixFile::~PosixFile()

@@ -36,6 +36,7 @@ int answer(int result)
     return result == 0 ? 0 : errno;
 }
 
+/// Ticks of 100 ns; what is finer is cut off.
 FILETIME toFileTime(const struct statx_timestamp& time)
 {
     return fromUnixTime(time.tv_sec, time.tv_nsec);
@@ -55,6 +56,7 @@ void convert(const struct statx& st, const char* name, FileInfo& info)
     info.size = static_cast<std::int64_t>(st.stx_size);
     info.modified = toFileTime(st.stx_mtime);
     info.accessed = toFileTime(st.stx_atime);
+    // Without a birth time the earlier of the two other times is closest to it.
     const FILETIME changed = toFileTime(st.stx_ctime);
     if (st.stx_mask & STATX_BTIME)
         info.created = toFileTime(st.stx_btime);
@@ -75,6 +77,7 @@ int statAt(int dir, const char* path, const char* name, FileInfo& info)
     return 0;
 }
 
+/// The last name of a path, by which a file is hidden or not.
 const char* lastName(const std::string& path)
 {
     const std::size_t slash = path.rfind('/');
@@ -111,6 +114,7 @@ bool leadsIntoSystem(const std::string& folder, const char* name, const FileInfo
     return folder == "/" && (plain == "proc" || plain == "sys" || plain == "dev");
 }
 
+/// Whether the name is a link, without following it.
 bool isLinkAt(int dir, const char* name)
 {
     struct stat st;
@@ -240,6 +244,8 @@ private:
 /// opens it, which so needs only one look before opening.
 thread_local CString lastRegular;
 
+/// Copies in blocks from the present positions to the end; the error number of the side that
+/// failed.
 int copyContent(IFile& from, IFile& to)
 {
     const std::unique_ptr<char[]> block(new char[copyBlock]);
@@ -350,6 +356,8 @@ std::unique_ptr<IFile> PosixFileSystem::open(const CString& path, OpenMode mode,
         real = readPath(path);
         missing = statAt(AT_FDCWD, real.c_str(), lastName(real), found);
     }
+    // An existing file must be regular in every mode; a missing one is an error unless the mode
+    // creates.
     const bool mayCreate = mode == OpenMode::createAlways || mode == OpenMode::append;
     if (missing == 0 ? found.kind != FileKind::regular : !mayCreate)
     {
@@ -436,6 +444,7 @@ int PosixFileSystem::moveFileNoReplace(const CString& from, const CString& to)
     return source.empty() || target.empty() ? ENOENT : renameNoReplace(source, target);
 }
 
+/// Writes to a temporary file beside the target, so the target is complete or as before.
 int PosixFileSystem::copyFile(const CString& from, const CString& to)
 {
     int error = 0;

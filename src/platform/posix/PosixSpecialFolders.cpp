@@ -27,6 +27,7 @@ std::string absoluteVariable(const char* name)
     return value && value[0] == '/' ? value : std::string();
 }
 
+/// HOME, else the home folder of the user's account, else "/".
 std::string homeFolder()
 {
     const std::string home = absoluteVariable("HOME");
@@ -44,6 +45,7 @@ std::string join(const std::string& folder, const std::string& name)
     return folder.back() == '/' ? folder + name : folder + "/" + name;
 }
 
+/// The file in which the desktop keeps the names of the user's folders in his language.
 std::ifstream openUserDirs()
 {
     const std::string config = absoluteVariable("XDG_CONFIG_HOME");
@@ -184,6 +186,7 @@ CString PosixSpecialFolders::systemTemp() const
 
 CString PosixSpecialFolders::program() const
 {
+    // The link to the running program; "/" if the system does not tell.
     std::string path(4096, '\0');
     const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());
     path.resize(length > 0 ? static_cast<std::size_t>(length) : 0);

@@ -7,6 +7,9 @@
 #include <cerrno>
 #include <cstdio>
 
+// The system's rename replaces an existing target. renameNoReplace() tries, in this order: a flag
+// that forbids that, a second hard link, and looking before renaming.
+
 namespace qo
 {
 namespace

@@ -77,18 +77,21 @@ std::unique_ptr<PosixFile> openFile(const std::string& path, int flags)
     return descriptor < 0 ? nullptr : std::make_unique<PosixFile>(descriptor);
 }
 
+/// Flushes a file or folder.
 int syncPath(const std::string& path)
 {
     const auto file = openFile(path, O_RDONLY);
     return file ? file->sync() : errno;
 }
 
+/// Sets access and write time, for links those of the link. Failures are ignored.
 void giveTimes(const std::string& path, const struct stat& st)
 {
     const timespec times[] = {st.st_atim, st.st_mtim};
     ::utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW);
 }
 
+/// Removes one file, link or empty folder; success if it is gone already.
 int removeEntry(const std::string& path, const struct stat& st)
 {
     const int result = S_ISDIR(st.st_mode) ? ::rmdir(path.c_str()) : ::unlink(path.c_str());
@@ -173,6 +176,7 @@ int TreeCopy::State::list()
     return 0;
 }
 
+/// Copies all entries below the target, which must not exist, and then completes the folders.
 int TreeCopy::State::copyAll(const std::string& target)
 {
     for (const Entry& entry : entries)
@@ -191,6 +195,7 @@ int TreeCopy::State::copyEntry(const Entry& entry, const std::string& target)
     return S_ISLNK(entry.st.st_mode) ? copyLink(entry, target) : copyFile(entry, target);
 }
 
+/// Makes a link with the same text, whether or not that leads anywhere at the new place.
 int TreeCopy::State::copyLink(const Entry& entry, const std::string& target) const
 {
     std::string text(static_cast<std::size_t>(entry.st.st_size) + 1, '\0');
@@ -234,6 +239,7 @@ int TreeCopy::State::copyFile(const Entry& entry, const std::string& target)
     return isStopped() ? ECANCELED : compare(source, target);
 }
 
+/// Compares the contents of two files; EIO if they differ.
 int TreeCopy::State::compare(const std::string& source, const std::string& target)
 {
     const auto a = openFile(source, O_RDONLY);
@@ -332,6 +338,7 @@ int TreeCopy::State::makeHolder()
     return 0;
 }
 
+/// Removes the staging folder, if it is empty.
 void TreeCopy::State::dropHolder()
 {
     if (!holder.empty())
@@ -435,6 +442,7 @@ int TreeCopy::removeStaged()
     return 0;
 }
 
+/// First everything is checked and then everything removed, so a change found late removes nothing.
 int TreeCopy::removeSource()
 {
     State& state = *m_state;

@@ -16,6 +16,9 @@
 #include <fstream>
 #include <string>
 
+// The rules follow from the type of the file system, from its limits, and from a flag of the
+// folder. A folder that does not exist yet gets those of the nearest one above it.
+
 namespace qo
 {
 namespace

@@ -3,6 +3,9 @@
 #include "QoColl/Db/Records/ACTrackStorage.h"
 #include "QoColl/Db/Records/ParamField.h"
 
+// The table of the parameters of cut tracks, in the order in which they are written. All are always
+// written.
+
 using AudioCutterCore::ACTrackStorage;
 
 namespace

@@ -3,6 +3,9 @@
 #include "QoColl/Db/Records/FingerprintCutInformation.h"
 #include "QoColl/Db/Records/ParamField.h"
 
+// The table of the parameters of fingerprints, in the order in which they are written. All are
+// always written.
+
 using Fingerprint::FingerprintCutInformation;
 
 namespace

@@ -19,6 +19,7 @@ struct ParamNumber
 };
 
 template <class T>
+/// A text as a value of the field's type: true for any number above 0, 0 for what is no number.
 T paramFromText(std::u16string_view text)
 {
     if constexpr (std::is_same_v<T, CString>)
@@ -32,6 +33,7 @@ T paramFromText(std::u16string_view text)
 }
 
 template <class T>
+/// The format directive for the field's type.
 constexpr const char16_t* paramFormat()
 {
     if constexpr (std::is_same_v<T, CString>)

@@ -3,6 +3,9 @@
 #include "common/Log.h"
 #include "types/CharClass.h"
 
+// Reading splits the text into lines and each line at its first ':'; writing is one call of the
+// formatter with all values.
+
 namespace qo
 {
 namespace
@@ -21,6 +24,7 @@ bool hasLineEnd(std::u16string_view text)
     return text.find_first_of(u"\r\n") != std::u16string_view::npos;
 }
 
+/// A line end would be the end of the parameter.
 CString onOneLine(const char16_t* text)
 {
     CString line(text);

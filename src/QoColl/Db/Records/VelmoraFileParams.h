@@ -8,6 +8,7 @@
 
 namespace ConvertFiles
 {
+/// How a conversion ended.
 enum EConversionResults : int
 {
     conversionNone = 0,
@@ -16,6 +17,7 @@ enum EConversionResults : int
     conversionFailed = 3
 };
 
+/// How a recording was made.
 enum ERecordingMethod : int
 {
     recordingAutomatic = 0,
@@ -26,6 +28,7 @@ enum ERecordingMethod : int
 
 struct CCutQuality
 {
+    /// How well the cuts of a recording fit.
     enum ECutQuality : int
     {
         qualityUnknown = 0,

@@ -66,6 +66,7 @@ constexpr auto fromSources = [](const VelmoraFileParams& params)
 };
 
 template <auto Member, unsigned Sources>
+/// The row of a field that is written for these sources.
 constexpr VelmoraParamInfo velmoraField(int id)
 {
     constexpr auto field = [](auto& params) -> auto&
@@ -76,6 +77,7 @@ constexpr VelmoraParamInfo velmoraField(int id)
 }
 
 template <int Index>
+/// The row of one element of an array.
 constexpr VelmoraParamInfo conversionNumber(int id)
 {
     constexpr auto field = [](auto& params) -> auto&
