@@ -11,8 +11,8 @@ namespace KVTagLib
 /// it has no type for. So the list is built here from the old items, byte for byte, and the new
 /// ones, and TagLib only makes room for it:
 ///
-///   1. read:      ilst { (c)nam "Low", trkn 3, ---- "itunes data" }
-///   2. build:     ilst { (c)nam "Low Tide", trkn 3, ---- "itunes data" }, say 150 bytes
+///   1. read:      ilst { \251nam "Low", trkn 3, ---- "itunes data" }
+///   2. build:     ilst { \251nam "Low Tide", trkn 3, ---- "itunes data" }, say 150 bytes
 ///   3. make room: TagLib writes a list of one text item that is 150 bytes long, and moves the rest
 ///   4. write:     the 150 bytes take the place of that item
 ///

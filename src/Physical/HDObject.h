@@ -7,10 +7,10 @@
 
 #include <boost/shared_ptr.hpp>
 
-/// A hard disk (HD) object: a directory or file of a collection, wherever its source is. Objects
-/// are made by the factories of their classes only and held by handles. Directory and file hold
-/// each other, so a tree is freed through CQoUtils::releaseHDDir, never by dropping handles alone.
-/// No locks: the host keeps calls apart.
+/// A physical (HD) object: a directory or file of a collection, wherever its source is. Objects are
+/// made by the factories of their classes only and held by handles. Directory and file hold each
+/// other, so a tree is freed through CQoUtils::releaseHDDir, never by dropping handles alone. No
+/// locks: the host keeps calls apart.
 class QO_API CHDObject : public CQoCheckObject
 {
 public:

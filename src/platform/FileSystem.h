@@ -90,7 +90,8 @@ enum class OpenMode : std::uint8_t
 };
 
 /// The file services of the system, as an interface that a test can replace. Paths are in
-/// collection form (drive or network paths) and exact, unless a comment says otherwise. Functions
+/// collection form (drive or network paths). Listing a folder and opening a file to read fall back
+/// to the only name that differs in case alone; everything else needs the exact name. Functions
 /// return the system's error number, 0 for success, unless a comment says otherwise. May be called
 /// from any thread.
 class QO_API IFileSystem
