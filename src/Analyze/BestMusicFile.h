@@ -10,7 +10,7 @@
 
 namespace qo
 {
-/// The music file to which a name points, and how.
+/// The music file that a name points to, and by what.
 struct BestMusicFile
 {
     boost::shared_ptr<CHDMusicFile> musicFile; ///< null: none

@@ -19,7 +19,7 @@ struct Candidate
 };
 using Candidates = std::vector<Candidate>;
 
-/// Puts the list in order; of one rank the first candidate stays.
+/// Sorts the list by rank; of several candidates with one rank the first stays.
 void sortCandidates(Candidates& candidates);
 /// The candidates whose rank occurs in allowed as well; both lists are sorted. Costs about the
 /// length of the shorter list times the logarithm of the longer one.
@@ -31,7 +31,7 @@ struct ValuesOfType
     ValueIndex names;
     std::vector<Candidates> candidates; ///< by index of the value; filled when first found
 
-    /// The values that stand in one of the names, in the order in which the directory has them.
+    /// The values that occur in one of the names, in the order of the directory.
     std::vector<int> findIn(const std::vector<SearchedName>& searchedNames) const;
 };
 
@@ -44,7 +44,7 @@ struct FoundValues
     bool operator==(const FoundValues& other) const = default;
 };
 
-/// A music file chosen by values.
+/// The music file that the found values have chosen.
 struct Choice
 {
     std::vector<FoundValues> found; ///< in the order of the atom table
@@ -58,7 +58,7 @@ struct Choice
 class MusicFileIndex
 {
 public:
-    /// The info must outlive this and stay as it is.
+    /// The info must outlive this object and must not change.
     explicit MusicFileIndex(const CNSDirMusicFilesInfo& info) : m_info(info) {}
     /// Null when no music file has a value of that type. Valid as long as this object.
     const ValuesOfType* getValues(CNSAtom::EType type);

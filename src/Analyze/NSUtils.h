@@ -28,7 +28,7 @@ public:
     static constexpr int ltAssocTypesCount = 4;
     /// What separates words; the closing zero of the text is one of them.
     static const char16_t m_wordSep[wordSepSize];
-    /// The logical types that names are analysed for.
+    /// The logical types for which names are analysed.
     static const CLTObjectType::EType m_ltAssocsTypes[ltAssocTypesCount];
 
     /// False for null and "".

@@ -59,7 +59,7 @@ std::vector<Placement> explainPlacements(const boost::shared_ptr<CHDDirectory>& 
 
 std::vector<FolderVote> explainFolder(const boost::shared_ptr<CHDDirectory>& directory)
 {
-    // A sub-directory says nothing until the directory above it has decided.
+    // A sub-directory has no vote of its own until the directory above has given it a value.
     Voters voters;
     for (const auto& subDir : directory->getSubDirs())
         voters.push_back({nullptr, nullptr, subDir->getRecItemCount()});

@@ -112,10 +112,11 @@ private:
     bool loadObject(AsfCursor& cursor, bool isInner);
     bool loadExtension(const TagLib::ByteVector& content);
     std::vector<Place> placesOf(const TagLib::String& name) const;
-    /// The last of several.
+    /// The last object of that kind; null if there is none.
     const Object* find(Kind kind) const;
     Object& findOrMake(Kind kind);
-    /// As the last values of one name, which with isNew has no other.
+    /// Appends values of one name. isNew: there are no other values of this name, so the first may
+    /// go to the extended description.
     void add(std::vector<Attribute> attributes, bool isNew);
     bool setFileSize(long long old, long long size);
 

@@ -66,7 +66,7 @@ std::int64_t aheadOfApeTag(AudioRegionReader& file, std::int64_t end)
     return end - footer.toUInt(sizeAt, false) - (header ? apeFooterBytes : 0);
 }
 
-/// Everything but the tags at both ends.
+/// Adds everything except the tags at both ends.
 bool addBetweenTags(AudioRegionReader& file)
 {
     const std::int64_t tag = findId3v2(file);
@@ -109,7 +109,7 @@ bool addFlacSound(AudioRegionReader& file)
     return at <= end;
 }
 
-/// All chunks but the tags.
+/// Adds all chunks except those with tags.
 bool addRiffSound(AudioRegionReader& file, bool bigEndian)
 {
     constexpr std::int64_t chunkHeader = 8;

@@ -9,7 +9,7 @@ namespace KVTagLib
 class QO_API CPictureTag
 {
 public:
-    /// frontCover: whether the tag names the picture as the front cover.
+    /// frontCover: whether the tag marks the picture as the front cover.
     explicit CPictureTag(bool frontCover = false) : m_frontCover(frontCover) {}
     CPictureTag(const CString& filePath, const CString& mimeType, bool frontCover)
         : m_mimeType(mimeType), m_filePath(filePath), m_frontCover(frontCover)

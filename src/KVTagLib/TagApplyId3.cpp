@@ -151,7 +151,7 @@ bool fitsId3v1(const TagChanges& changes)
     const bool trackFits = !changes.has(Field::trackNumber) ||
                            changes.removes(Field::trackNumber) ||
                            (changes.trackTotal().isEmpty() && isTrackByte(changes.trackNumber()));
-    // One text is all that it holds of each kind.
+    // It holds one text for each field.
     const bool artistsFit =
         !changes.has(Field::artist) || changes.changed(Field::artist, {}).size() < 2;
     return genreFits && trackFits && artistsFit && !changes.has(Field::lyrics) &&

@@ -90,7 +90,7 @@ CString genreName(const CString& text)
 
 CString yearPart(const CString& date)
 {
-    // A date that begins with a dash has no year to take.
+    // A date that begins with a dash has no year.
     const int dash = date.Find(u'-');
     return dash > 0 ? date.Left(dash) : date;
 }

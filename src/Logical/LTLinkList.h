@@ -38,7 +38,7 @@ int findLinked(const CPtrListT<X>& list, const boost::shared_ptr<X>& object, Sta
     const LinkStamp wanted = object.get()->*stamp;
     if (wanted == neverLinked || list.IsEmpty())
         return -1;
-    if (list[0] == object) // files leave in the order in which they came
+    if (list[0] == object) // files mostly leave in the order in which they came
         return 0;
     int low = 1;
     int high = list.GetSize();

@@ -76,7 +76,7 @@ void CLTManager::cleanUp(bool final)
 {
     if (m_ltListInfoList.IsEmpty())
         return;
-    // Children first, so that what they alone held becomes unused in the same pass.
+    // Children first, so that objects which only they used become unused in the same pass.
     static constexpr CLTObjectType::EType order[] = {CLTObjectType::Picture,
                                                      CLTObjectType::Lyrics,
                                                      CLTObjectType::Track,

@@ -115,7 +115,7 @@ boost::shared_ptr<CLTTrack> CLTManager::createLTTrack(const SimpleMusicTag& tag)
     qo::LTLists& all = lists();
     int position = 0;
     const qo::NameKeys::Key key = trackKeyOf(tag);
-    // Most keys tell the whole title, and the text of each track lies in memory of its own.
+    // Most keys contain the whole title, so comparing it again would only cost a read of memory.
     const auto compare = key.isWholeName() ? compareLTTracksOfTitle
                                            : static_cast<TagCompare<CLTTrack>>(compareLTTracks);
     const auto order = [&tag, compare](const auto& track) { return compare(&tag, track); };

@@ -20,7 +20,7 @@ public:
         FT_Picture = 4,
         FT_Text = 8
     };
-    /// Answers of getAudioVideoType().
+    /// Results of getAudioVideoType().
     enum EAudioVideoType : int
     {
         AV_Audio = 1,

@@ -55,6 +55,7 @@ public:
     /// True if there are nodes, every separating node has outputs and every output a link, every
     /// subdirectory node has a rename node, and the rules in all nodes are valid.
     bool isValid() const;
+    /// Predicates for findNode(); the numbers are not used.
     static bool isInvalidNode(const CNode* node, unsigned long, unsigned long);
     static bool isRenameRuleNode(const CNode* node, unsigned long, unsigned long);
     /// Whether the node may stand below an output.

@@ -74,8 +74,11 @@ public:
     static CString makeProperSubdirRuleAttribString(const CString& text);
     static CString makeProperRenameRuleAttribString(const CString& text);
 
+    /// Whether the pattern needs a source, time or date, which only files of the application have.
     static bool patternHasVelmoraAtoms(const CNSNamePattern& pattern);
+    /// Fills info from all nodes of the rule.
     static void getRuleTypeInfo(const CReorganizeRule* rule, RuleTypeInfo& info);
+    /// A mask of EReorganizeRuleSorterType.
     static int getReorganizeRuleSorterType(const CReorganizeRule* rule);
     /// Whether the rule has all bits of the type.
     static bool isReorganizeRuleOfType(const CReorganizeRule* rule, EReorganizeRuleSorterType type);
@@ -86,7 +89,9 @@ public:
     /// The path of the file of a rule; "" for a text that cannot be an id: "", one with a
     /// separator, one of points alone, or one that begins with ":".
     static CString makeReorgRulePath(const CString& id);
+    /// The id for the path of a rule file.
     static CString getReorgRuleID(const CString& path);
+    /// The path of all rule files, with "*" as the name.
     static CString getReorgRulePattern();
     /// The path for a new rule of that name, with illegal characters as "_"; with unique a number
     /// is appended if needed to get a path that no file has. "" if nothing of the name is left.
@@ -126,6 +131,7 @@ private:
     /// Make the only folder of a built-in rule, and the names in it.
     static CSubdirRule* addSubDirRule(CReorganizeRule& rule, const CString& text);
     static void addDefaultRenameRules(CReorganizeRule& rule, const CSubdirRule* subdirRule);
+    /// Puts a copy of the rule into the store under newId, in the place of the one under oldId.
     static void putStored(const CString& oldId, const CString& newId, const CReorganizeRule& rule);
     static bool isBuiltIn(const CReorganizeRule* rule);
 

@@ -71,6 +71,7 @@ public:
     }
 
 private:
+    // Whether no part of that range was taken by another name.
     static std::ptrdiff_t offset(std::size_t index) { return static_cast<std::ptrdiff_t>(index); }
 
     bool isFree(std::size_t start, std::size_t length) const

@@ -30,6 +30,7 @@ bool continuesName(char c)
     return startsName(c) || isOneOf(c, digits) || isOneOf(c, "-.:");
 }
 
+/// Control characters except white space.
 bool hasControls(std::string_view bytes)
 {
     for (const char c : bytes)
@@ -60,6 +61,7 @@ public:
 private:
     bool isAtEnd() const { return m_at >= m_text.size(); }
     char next() const { return isAtEnd() ? '\0' : m_text[m_at]; }
+    // Passes the expected text, if it comes next.
     bool pass(std::string_view expected)
     {
         if (m_text.substr(m_at, expected.size()) != expected)
@@ -77,6 +79,7 @@ private:
         return true;
     }
     template <class TEST>
+    // Passes characters that fulfil the test; returns their number.
     std::size_t passWhile(TEST test)
     {
         const std::size_t start = m_at;

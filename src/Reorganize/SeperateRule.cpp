@@ -1,5 +1,7 @@
 #include "Reorganize/SeperateRule.h"
 
+// Outputs are found in the table of the derived class, which has two or three rows.
+
 const CSeperateRule::EType CSeperateRule::s_types[typesCount] = {ArtistTracks, AlbumTracks, Jingle};
 
 CString CSeperateRule::toString(bool /*full*/) const

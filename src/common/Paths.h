@@ -26,14 +26,17 @@ public:
         importedMovies = 12
     };
 
+    /// The kernel's data folder, with the database and the rule files.
     static CString getQoDataDir();
     static CString getLogDir();
+    /// The folder for pictures that were extracted from tags.
     static CString getPictureTempDir();
     static CString makeTempFilePath(const CString& name);
     static CString getVelmoraOutputDir();
     static CString getVelmoraQof();
     /// The same as getVelmoraQof(), since there is only one such file.
     static CString getLastUsedQof();
+    /// The usual path of the collection database.
     static CString getQoDbFilePath();
 
     /// The default folder for a number from 1 to 12, below the music or the video folder; "" for
@@ -45,8 +48,11 @@ public:
 
     /// The folder of each kind of media, in their order: the configured or the default one.
     static void getOutputDirs(CStringArray& dirs);
+    /// Creates the output folders that are missing, with their parents.
     static void checkCreateOutputDirs();
+    /// Whether the path is itself an output folder.
     static bool isOutputDir(const CString& path);
+    /// Whether the path is one of the folders or below one.
     static bool isInDirs(const CString& path, const CStringArray& dirs);
     static bool isInOutputDirs(const CString& path);
     /// The kind of media whose output folder contains the path; noMediaType if none does, or more
@@ -62,6 +68,7 @@ public:
     /// The music collection folders, followed by the output folders.
     static void getRootDirs(CStringArray& dirs);
     static bool isInRootDirs(const CString& path);
+    /// Whether the path is a root folder, below one or above one.
     static bool isParentDirOrSubDirOfRootDirs(const CString& path);
 
     /// The music library of the machine that hosts this virtual machine; "" if there is none.

@@ -14,6 +14,7 @@ public:
     /// module; other names have no effect.
     static void activate(const char16_t* module, unsigned long mask);
     static bool isActive() noexcept;
+    /// Adds one call and its duration to the counter of that name.
     static void add(const char16_t* name, std::int64_t nanoseconds);
     static void reset();
     /// One trace line for each counter, ordered by name.

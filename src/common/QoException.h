@@ -8,6 +8,7 @@
 class QO_API CQoException
 {
 public:
+    /// The numbers are known to hosts.
     enum EType : int
     {
         noError = 0,

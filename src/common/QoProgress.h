@@ -10,6 +10,7 @@
 class QO_API IQoProgress
 {
 public:
+    /// The stages of a load, in their order.
     enum EStage : int
     {
         stageReadDb = 1,
@@ -31,10 +32,13 @@ public:
     virtual ~IQoProgress();
     /// A stage may be announced several times, also by different operations.
     virtual void setStage(int stage) = 0;
+    /// The item that is worked on, such as the path of a file; kind is an EItemKind.
     virtual void setCurrentItem(const char16_t* text, int kind) = 0;
     virtual void setSubItem(std::uintptr_t, std::uintptr_t) {}
+    /// How many steps follow; mode is an ERangeMode.
     virtual void setRange(int mode, int total) = 0;
     virtual void setPosition(std::uintptr_t) {}
+    /// So many items are done.
     virtual void step(int count) = 0;
     virtual void setText(std::uintptr_t) {}
     virtual bool isCanceled() = 0;

@@ -20,6 +20,7 @@ namespace
 {
 constexpr int shortestBaseName = 5;
 
+/// Names and labels of the levels 0, 10, 20 and so on.
 struct LevelRow
 {
     const char16_t* name;

@@ -10,6 +10,7 @@ namespace
 {
 #include "CharTables.inc"
 
+/// Classes are stored as one bit for each unit.
 bool testBit(const std::uint8_t* bits, char16_t c)
 {
     return (bits[c >> 3] >> (c & 7)) & 1;

@@ -84,7 +84,7 @@ public:
         std::size_t offset = m_chunks[c].count;
         insertAt(c, offset, std::move(value));
     }
-    /// Strong guarantee.
+    /// If it throws, nothing has changed.
     void insert(std::size_t index, T&& value)
     {
         std::size_t offset = index;
@@ -201,8 +201,8 @@ private:
             joinNeighbours(c);
     }
 
-    /// A chunk has become small: joins it with a neighbour that leaves some room, or drops it
-    /// when it is empty.
+    /// A chunk has become small: joins it with a neighbour if both together leave some room, or
+    /// removes it when it is empty.
     void joinNeighbours(std::size_t c) noexcept
     {
         const std::size_t left = c + 1 == m_chunks.size() ? c - 1 : c;

@@ -95,6 +95,7 @@ private:
         position = toPosition(node->*way);
         return node->value;
     }
+    /// Inserts a node between two neighbours, which may be null at the ends.
     POSITION link(Node* node, Node* prev, Node* next) noexcept
     {
         node->prev = prev;
@@ -104,6 +105,7 @@ private:
         ++m_count;
         return toPosition(node);
     }
+    /// Removes a node and returns its value.
     T take(Node* node)
     {
         T value = std::move(node->value);

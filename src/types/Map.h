@@ -173,6 +173,7 @@ private:
         ++m_count;
         return head;
     }
+    /// Moves all elements to a larger table; their addresses stay.
     void rehash(unsigned buckets)
     {
         auto fresh = std::make_unique<Node*[]>(buckets);

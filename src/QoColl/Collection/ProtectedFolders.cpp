@@ -66,7 +66,7 @@ ProtectedFolders::ProtectedFolders()
 void ProtectedFolders::add(const CString& folder)
 {
     const CQoCollPath path(folder);
-    // An empty setting is no folder.
+    // The path of an empty setting is invalid.
     if (!path.isValid())
         return;
     m_paths.Add(path);

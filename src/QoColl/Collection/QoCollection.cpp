@@ -124,6 +124,7 @@ boost::shared_ptr<CHDFile> CQoCollection::getFileByPath(const CString& path) con
     return getFileByPath(CQoCollPath(path));
 }
 
+/// Zombies are few, so they are searched one by one.
 boost::shared_ptr<CHDFile> CQoCollection::getZombieFile(const CQoCollPath& path) const
 {
     for (const auto& file : m_zombieFiles)
@@ -169,6 +170,7 @@ boost::shared_ptr<CHDDirectory> CQoCollection::getRootDir(const CQoCollPath& pat
     return CHDDirectory::NullDir;
 }
 
+/// Goes up from folder to folder until the tree has one.
 boost::shared_ptr<CHDDirectory> CQoCollection::getParentDir(const CQoCollPath& path) const
 {
     CQoCollPath above = path;
@@ -208,6 +210,8 @@ bool CQoCollection::isFilePathInCollection(const CQoCollPath& path) const
     return isDirInCollection(path.getParent());
 }
 
+/// Physical objects first: their release leaves logical objects unused, which cleanUp() then
+/// removes.
 void CQoCollection::clear(bool cleanLogical)
 {
     qo::log(qo::level::flow, u"CQoCollection::clear start");

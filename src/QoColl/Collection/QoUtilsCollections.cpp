@@ -28,7 +28,7 @@ Type collectionOfRoot(const CQoUtils::Dir& root)
 class CollectionOfFiles
 {
 public:
-    /// False when more files cannot change the answer.
+    /// Adds a file; false when further files cannot change the answer.
     bool add(const CQoUtils::File& file)
     {
         // Most files lie in the directory of the one before.
@@ -68,6 +68,8 @@ bool isShown(const CQoUtils::File& file, int mask)
 
 CQoUtils::CQoCollectionMap CQoUtils::m_collectionMap;
 
+/// A physical object belongs to the collection of its root folder, a logical one to those of its
+/// files.
 Type CQoUtils::getCollection(const CheckObject& object)
 {
     if (!object)
@@ -108,6 +110,7 @@ bool CQoUtils::collTypesMatch(Type a, Type b)
     return a == CT_Both || b == CT_Both || a == b;
 }
 
+/// Asks for the collection only if that matters, since a logical object may have many files.
 bool CQoUtils::matchesCollection(const CheckObject& object, Type type)
 {
     return type == CT_Both || collTypesMatch(getCollection(object), type);

@@ -37,6 +37,7 @@ CString withoutFolder(const CString& name)
     return name.Mid(name.ReverseFind(u'\\') + 1);
 }
 
+/// Without white space at both ends.
 std::u16string_view trimmed(std::u16string_view text)
 {
     while (!text.empty() && qo::isSpace(text.front()))
@@ -52,6 +53,7 @@ int CQoUtils::getFileAudioVideoType(const File& file)
     return file->getAudioVideoType();
 }
 
+/// A file with a source (recorded, downloaded) was made by the application; others are the user's.
 int CQoUtils::getFileVelmoraMyMusicType(const File& file)
 {
     return file->getDbItem()->source != IPostProcessingQueue::sourceNone ? Show::ST_Velmora

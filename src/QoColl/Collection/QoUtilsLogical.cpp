@@ -32,6 +32,7 @@ int countFiles(const CQoUtils::CheckObject& object, const Parents& parents)
 }
 
 template <class X>
+/// The sum over a list of objects.
 int countFilesOf(const CPtrListT<X>& objects, const Parents& parents)
 {
     int count = 0;

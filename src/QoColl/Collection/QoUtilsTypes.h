@@ -36,7 +36,7 @@ public:
     {
     };
 
-    /// Which objects a view shows.
+    /// A filter of a view: which objects it shows.
     struct ShowFilterInfo
     {
         /// The bits of a mask. A file has exactly one bit of each pair or triple.

@@ -83,13 +83,17 @@ public:
     void getSessionTracks(int session, QoFileDbItemArray& items);
     /// The lasting ids of the rows of every collection but this one.
     void getVelmoraIdsOfOthers(const CString& collId, CStringArray& ids);
+    /// False, with item unchanged, for an unknown lasting id.
     bool getFPCutInfo(const CString& velmoraId, FpCutInfoDbItem& item);
     /// An unknown lasting id is logged and changes nothing.
     void setFPCutInfo(const FpCutInfoDbItem& item);
 
+    /// False, with item unchanged, if there is none.
     bool getSession(int id, boost::shared_ptr<QoSessionDbItem>& item);
     /// Sorted by source, the newest first; with a limit above 0 at most that many for each source.
     void getAllSessions(CArray<QoSessionQueryItem>& items, int limitPerSource);
+    /// Sets the id of the item to that of the new row; so do insertPlaylist, insertInplaceFile and
+    /// insertShare.
     void insertSession(boost::shared_ptr<QoSessionDbItem>& item);
     void deleteSession(int id);
     void updateSessionEndTime(boost::shared_ptr<QoSessionDbItem>& item);
@@ -110,6 +114,7 @@ public:
     void deleteInplaceFile(boost::shared_ptr<QoInplaceFileDbItem>& item);
     bool getInplaceFile(int id, boost::shared_ptr<QoInplaceFileDbItem>& item);
 
+    /// All shares; in the order of their ids as a rule.
     void getAllShares(DbItemArray<QoShareDbItem>& items);
     void insertShare(boost::shared_ptr<QoShareDbItem>& item);
     void updateShare(boost::shared_ptr<QoShareDbItem>& item);
@@ -122,7 +127,9 @@ public:
     void deleteColl(const CString& collId);
 
     void getAcStreams(AcStreamArray& items);
+    /// False, with item unchanged, if there is none.
     bool getAcStream(const CString& velmoraId, AcStreamDbItem& item);
+    /// Updates the row of the stream's velmoraId, or inserts one.
     void saveAcStream(const AcStreamDbItem& item);
     void saveAcStreams(const AcStreamArray& items);
     /// Deletes the tracks and then the streams.
@@ -130,6 +137,7 @@ public:
     void insertAcStream(const boost::shared_ptr<AcStreamDbItem>& item);
     void getAcStreamTracks(AcStreamTrackArray& items);
     bool getAcStreamTrack(const CString& trackVelmoraId, AcStreamTrackDbItem& item);
+    /// Updates the row of the track's trackVelmoraId, or inserts one.
     void saveAcStreamTrack(const AcStreamTrackDbItem& item);
     void saveAcStreamTracks(const AcStreamTrackArray& items);
     void deleteAllAcStreamTracks();
@@ -143,13 +151,19 @@ public:
 protected:
     void bindParams(QoFileDbItemPtr& item, int mask, CSQLiteStatement& statement);
     void extractFileDbItem(QoFileDbItemPtr& item, CSQLiteQueryResult& result);
+    /// A mask without some of its bits.
     unsigned long formatBindMask(unsigned long mask, unsigned long remove);
 
 private:
     friend class QoCollDbInspector;
 
+    /// Reads the version into m_version; see the static function. Failures that say nothing about
+    /// the content, such as a lock, throw.
     bool checkVersion(bool& exists);
+    /// Switches the file to write-ahead mode, in which readers and a writer do not block each
+    /// other. A failure is logged.
     void setWriteAheadLogging();
+    /// Remove and create all tables, within the caller's transaction.
     void dropTables();
     void createTables();
     /// Copies the database, with everything that is committed, to "<path>.bak"; a failure is

@@ -51,6 +51,7 @@ public:
     }
 
 private:
+    // Whether the row belongs after the last one.
     bool isBehindLast(const QoFileDbItem& row) const
     {
         return row.path.CompareNoCase(m_inOrder[m_inOrder.GetUpperBound()]->path) > 0;

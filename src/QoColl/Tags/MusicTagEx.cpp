@@ -161,6 +161,7 @@ CMusicTagEx::Attribs& CMusicTagEx::attribs() const
     return *m_attribs;
 }
 
+/// Copies the texts of a mirrored record, or starts without values.
 CMusicTagEx::Texts& CMusicTagEx::texts()
 {
     if (m_store == EStore::texts)
@@ -510,6 +511,7 @@ bool CMusicTagEx::fillEmptyAttribs(ESrcValueType type)
     return changed;
 }
 
+/// " 3 / 12 " gives "3" and "12".
 bool CMusicTagEx::splitTrackNumber(const CString& text, CString& track, CString& total)
 {
     const int slash = text.Find(u'/');

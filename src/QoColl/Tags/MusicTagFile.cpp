@@ -47,6 +47,7 @@ CString pictureTarget(const KVTagLib::CPictureTag& picture, const CString& destD
     return target;
 }
 
+/// The path on level error, the cause on level detail.
 void logWriteError(const char16_t* path, const CString& cause)
 {
     qo::log(

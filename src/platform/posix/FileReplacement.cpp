@@ -261,6 +261,7 @@ std::int64_t FileReplacement::copySize()
     return -1;
 }
 
+/// Reads at a position, so no other reader of the copy is disturbed.
 std::int64_t FileReplacement::readCopy(std::int64_t position, void* buffer, std::size_t size)
 {
     auto* bytes = static_cast<char*>(buffer);

@@ -13,6 +13,7 @@ namespace qo
 {
 namespace
 {
+/// What a test has put in place of the system's services; null for none.
 std::atomic<IFileSystem*> fileSystemReplacement{nullptr};
 std::atomic<IClock*> clockReplacement{nullptr};
 thread_local FolderAhead* aheadOfThisThread = nullptr;

@@ -30,6 +30,7 @@ constexpr std::size_t blockSize = std::size_t(256) << 10;
 constexpr mode_t ownerFolder = 0700;
 constexpr mode_t ownerFile = 0600;
 
+/// A file, link or folder of the source.
 struct Entry
 {
     std::string name; ///< relative to the root of the copy: "" or "/a/b"
@@ -99,6 +100,7 @@ int removeEntry(const std::string& path, const struct stat& st)
 }
 } // namespace
 
+/// Everything a copy knows about itself, and its steps.
 struct TreeCopy::State
 {
     std::string from;
@@ -188,6 +190,7 @@ int TreeCopy::State::copyAll(const std::string& target)
     return finishFolders(target);
 }
 
+/// Folders get their final mode in finishFolders().
 int TreeCopy::State::copyEntry(const Entry& entry, const std::string& target)
 {
     if (S_ISDIR(entry.st.st_mode))
@@ -354,6 +357,7 @@ TreeCopy::TreeCopy(const CString& from, const CString& to, const std::string& st
     m_state->stagingName = stagingName;
 }
 
+/// A staged copy that was not put in its place is removed.
 TreeCopy::~TreeCopy()
 {
     if (m_state->holder.empty())
@@ -385,6 +389,7 @@ int TreeCopy::stage(const std::function<bool()>& stop)
     state.stop = stop;
     if (state.from.empty() || state.to.empty())
         return ENOENT;
+    // Everything is listed before the first byte is copied.
     if (const int error = state.list())
         return error;
     // A killed run with this name may have left its folder.

@@ -114,6 +114,7 @@ void CSQLiteDB::check() const
         throwError(CSQLiteException::wrapperError, u"Database not open", __LINE__);
 }
 
+/// A compiled statement, which the caller finalizes.
 sqlite3_stmt* CSQLiteDB::prepare(const CString& sql) const
 {
     check();

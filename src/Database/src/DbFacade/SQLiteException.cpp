@@ -16,6 +16,7 @@ constexpr const char16_t* plainNames[] = {
     u"SQLITE_MISMATCH", u"SQLITE_MISUSE",    u"SQLITE_NOLFS",    u"SQLITE_AUTH",
     u"SQLITE_FORMAT",   u"SQLITE_RANGE"};
 
+/// Hosts search their logs for this form.
 CString formatMessage(int code, const CString& text, const CString& sql)
 {
     CString message;

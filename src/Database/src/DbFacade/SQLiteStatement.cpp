@@ -20,6 +20,7 @@ CSQLiteStatement::CSQLiteStatement(sqlite3* db, sqlite3_stmt* statement, const C
 
 CSQLiteStatement::~CSQLiteStatement() noexcept(false)
 {
+    // The handle is cleared first: the destructor may leave by an exception.
     sqlite3_stmt* const statement = m_statement;
     m_statement = nullptr;
     if (sqlite3_finalize(statement) != SQLITE_OK && std::uncaught_exceptions() <= m_unwinding)
@@ -37,6 +38,8 @@ void CSQLiteStatement::check() const
 int CSQLiteStatement::ExecuteDML()
 {
     check();
+    // The number of changes is read before the reset, and a failed reset counts as a failure of the
+    // step.
     if (sqlite3_step(m_statement) == SQLITE_DONE)
     {
         const int changed = sqlite3_changes(m_db);
