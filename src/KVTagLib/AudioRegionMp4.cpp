@@ -7,8 +7,10 @@
 // The sound of an MP4 file. A file is a row of atoms (size, name, content), some of which contain
 // atoms:
 //
-//   ftyp | moov { mvhd, trak { ... stbl { stsz, stco } }, udta { meta { tags } } } | free | mdat
-//   (sound)
+//   ftyp
+//   moov { mvhd, trak { ... stbl { stsz, stco } }, udta { meta { tags } } }
+//   free
+//   mdat { sound }
 //
 // Counted are all atoms but padding (free, skip) and the user data of the movie (udta). The tables
 // stco and co64 hold positions of sound from the start of the file. A growing tag changes these, so

@@ -15,12 +15,11 @@ namespace KVTagLib
 /// version of the tag stays the same.
 ///
 ///   A title is changed from "Low" to "Low Tide" in a tag of version 2.4:
-///     before: "ID3" 04 00 00 <size> | TPE1 ... | TIT2 <4> 00 00 03 "Low"      | XYZW ... | zeros
-///     after:  "ID3" 04 00 00 <size> | TPE1 ... | TIT2 <9> 00 00 03 "Low Tide" | XYZW ... | fewer
-///     zeros
-///   The size of the whole tag is the same, so the sound after it does not move. The 03 is the
-///   encoding (UTF-8). A date of 2001-05-03 becomes TDRC "2001-05-03", in version 2.3 TYER "2001"
-///   and TDAT "0305".
+///     before: "ID3" 04 00 00 <size> | TPE1 ... | TIT2 <4> 00 00 03 "Low" | XYZW ... | zeros
+///     after:  "ID3" 04 00 00 <size> | TPE1 ... | TIT2 <9> 00 00 03 "Low Tide" | XYZW ... | zeros
+///   There are five zeros less, so the size of the whole tag is the same and the sound after it
+///   does not move. The 03 is the encoding (UTF-8). A date of 2001-05-03 becomes TDRC "2001-05-03",
+///   in version 2.3 TYER "2001" and TDAT "0305".
 class Id3v2Editor
 {
 public:

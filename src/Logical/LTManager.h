@@ -22,8 +22,8 @@ struct LTLists;
 ///
 ///   Tracks of one title, artist and album, by year, in the order of adding:
 ///     1990, 2000, "": the search compares "" with 1990 first, finds them equal and inserts there,
-///     so the list is "", 1990, 2000. Added as "", 1990, 2000 the same tracks end as 1990, 2000,
-///     "".
+///     so the list is "", 1990, 2000.
+///     Added as "", 1990, 2000 the same tracks end as 1990, 2000, "".
 ///
 /// No locks: the host keeps calls apart, for all collections together. Failed allocations end in
 /// qo::throwOutOfMemory(); what was linked until then stays linked.

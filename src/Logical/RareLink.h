@@ -9,8 +9,8 @@ namespace qo
 /// A link that few objects have. A shared_ptr takes two words in every object; this takes one, and
 /// allocates the handle only where there is a link.
 ///
-///   A million tracks of which ten thousand have lyrics: 8 MB and 10,000 small blocks instead of 16
-///   MB.
+///   A million tracks of which ten thousand have lyrics: 8 MB and 10,000 small blocks, instead of
+///   a plain shared_ptr's 16 MB.
 template <class X>
 class RareLink
 {

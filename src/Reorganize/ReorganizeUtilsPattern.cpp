@@ -7,8 +7,8 @@
 
 // Parsing of definitions.
 //
-//   "{artist.name} - {track.name}" becomes [Artist] " - " [Track]; "{x}" stays the fixed text
-//   "{x}".
+//   "{artist.name} - {track.name}" becomes [Artist] " - " [Track].
+//   "{x}" stays the fixed text "{x}".
 
 namespace
 {

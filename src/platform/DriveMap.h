@@ -18,8 +18,7 @@ namespace qo
 ///
 ///   /home/ann/Music/a.mp3       C:\home\ann\Music\a.mp3
 ///   /media/stick/a.mp3          D:\a.mp3                after addDevice(id, "/media/stick")
-///   /mnt/nas/a.mp3              \\nas\music\a.mp3       after mapServer(u"\\\\nas\\music",
-///   "/mnt/nas")
+///   /mnt/nas/a.mp3              \\nas\music\a.mp3       after mapServer of these two
 ///   /home/ann/a\b.mp3           C:\home\ann\aU+F05Cb.mp3
 ///
 /// Names: a backslash, a control character, a byte that is not valid UTF-8, and each byte of a

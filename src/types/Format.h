@@ -85,8 +85,8 @@ private:
 /// takes no argument; so does one whose argument is missing. One with an argument of the wrong kind
 /// prints itself and skips the argument.
 ///
-///   formatTo(out, u"%d files, %5.1f MB, %s", {3, 2.25, u"done"}) appends "3 files,   2.2 MB,
-///   done".
+///   formatTo(out, u"%d files, %5.1f MB, %s", {3, 2.5, u"done"})
+///     appends "3 files,   2.5 MB, done".
 QO_API void
 formatTo(CString& out, const char16_t* format, const FormatArg* args, std::size_t count);
 } // namespace qo

@@ -14,8 +14,9 @@
 ///
 ///   CSQLiteDB db(path);
 ///   db.Open();
-///   CSQLiteStatement statement = db.CompileStatement(u"SELECT FT_PATH FROM FILE_T WHERE FT_ID =
-///   ?1"); statement.BindInt(1, 7);
+///   CSQLiteStatement statement =
+///       db.CompileStatement(u"SELECT FT_PATH FROM FILE_T WHERE FT_ID = ?1");
+///   statement.BindInt(1, 7);
 ///   for (CSQLiteQueryResult row = statement.ExecuteQuery(); !row.Eof(); row.NextRow())
 ///       use(row.GetTextField(0));
 class QO_API CSQLiteDB

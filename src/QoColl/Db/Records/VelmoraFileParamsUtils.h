@@ -9,8 +9,8 @@
 /// "<number>:<value>" for each parameter, all of them in a fixed order. A parameter that does not
 /// belong to the source is written as "" or 0.
 ///
-///   A podcast of the channel "Night Talks" is written as "0:\n1:32\n38:6\n2:\n3:0\n ... 37:Night
-///   Talks\n39:\n43:0\n".
+///   A podcast of the channel "Night Talks" is written as
+///     "0:\n1:32\n38:6\n2:\n3:0\n ... 37:Night Talks\n39:\n43:0\n"
 class QO_API CVelmoraFileParamsUtils
 {
 public:
