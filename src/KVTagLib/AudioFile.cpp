@@ -36,8 +36,8 @@ namespace
 {
 constexpr unsigned headBytes = 64;
 
-template <class Tag>
 /// For tags that a file may not have.
+template <class Tag>
 void collectIf(Tag* tag, TagValues& values)
 {
     if (tag)

@@ -8,8 +8,8 @@
 
 namespace
 {
-template <class NODE, class... Args>
 /// A copy made by copyFrom(), with the arguments for its constructor.
+template <class NODE, class... Args>
 CReorganizeRule::CNode* cloneNode(const NODE& node, Args... args)
 {
     auto copy = qo::makeOwned<NODE>(QO_HERE(u".\\Reorganize\\ReorganizeRule"), args...);
@@ -36,8 +36,8 @@ void cloneNodes(const CAutoListT<NODE>& nodes, CAutoListT<NODE>& copies, CReorga
     }
 }
 
-template <class RULE>
 /// A copy of a rule or node; null for null.
+template <class RULE>
 RULE* cloneRule(const RULE* rule)
 {
     return rule ? rule->clone() : nullptr;

@@ -53,8 +53,8 @@ void forEachChild(const TiXmlElement* element, const char* name, FUNCTION functi
         function(child);
 }
 
-template <class RULE, class... Args>
 /// A new rule, which the caller gives to the tree.
+template <class RULE, class... Args>
 RULE* makeRule(Args... args)
 {
     return qo::makeOwned<RULE>(QO_HERE(u".\\Reorganize\\ReorganizeRuleXmlParser"), args...)

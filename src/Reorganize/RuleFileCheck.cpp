@@ -78,8 +78,8 @@ private:
         m_at = found + end.size();
         return true;
     }
-    template <class TEST>
     // Passes characters that fulfil the test; returns their number.
+    template <class TEST>
     std::size_t passWhile(TEST test)
     {
         const std::size_t start = m_at;

@@ -34,8 +34,8 @@ std::size_t equalUnits(const char16_t* a, const char16_t* b, std::size_t count)
     return i;
 }
 
-template <class Number>
 /// Negative numbers are built by subtracting, since the smallest one has no positive counterpart.
+template <class Number>
 Number parse(std::u16string_view text)
 {
     std::size_t i = 0;

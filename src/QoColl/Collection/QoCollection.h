@@ -296,5 +296,5 @@ private:
     CQoPathsInfoMap m_pathsInfoMap;
     CPtrListT<CHDDirectory> m_zombieDirs;
     CPtrListT<CHDFile> m_zombieFiles;
-    bool m_loadedSuccesfully = false;
+    bool m_loadedSuccesfully = false; ///< of load(); a change sets it, a canceled one clears it
 };

@@ -237,6 +237,8 @@ QoFileDbItemPtr CQoCollection::addRecord(const CString& path,
     return item;
 }
 
+/// The stored record if it was marked as deleted before the walk, else a new one in no list, with
+/// nothing but the path.
 QoFileDbItemPtr CQoCollection::recordOfKnown(const qo::FoundFile& file, int index)
 {
     const QoFileDbItemPtr& stored = m_fileDbItems[index];

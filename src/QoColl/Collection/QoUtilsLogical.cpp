@@ -31,8 +31,8 @@ int countFiles(const CQoUtils::CheckObject& object, const Parents& parents)
     return count;
 }
 
-template <class X>
 /// The sum over a list of objects.
+template <class X>
 int countFilesOf(const CPtrListT<X>& objects, const Parents& parents)
 {
     int count = 0;

@@ -396,8 +396,8 @@ void CMusicTagEx::getTagInfo(IQorganizer::TagInfo& info) const
 
 namespace
 {
-template <class Record>
 /// Copies the original values into any record that has these fields.
+template <class Record>
 void fillRecord(const CMusicTagEx& tag, Record& record)
 {
     record.artist = tag.getArtist();

@@ -18,8 +18,8 @@ struct ParamNumber
     static T bounded(int value) { return static_cast<T>(value); }
 };
 
-template <class T>
 /// A text as a value of the field's type: true for any number above 0, 0 for what is no number.
+template <class T>
 T paramFromText(std::u16string_view text)
 {
     if constexpr (std::is_same_v<T, CString>)
@@ -32,8 +32,8 @@ T paramFromText(std::u16string_view text)
         return ParamNumber<T>::bounded(textToInt(text));
 }
 
-template <class T>
 /// The format directive for the field's type.
+template <class T>
 constexpr const char16_t* paramFormat()
 {
     if constexpr (std::is_same_v<T, CString>)

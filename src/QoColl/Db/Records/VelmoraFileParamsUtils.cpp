@@ -65,8 +65,8 @@ constexpr auto fromSources = [](const VelmoraFileParams& params)
     return Sources == everySource || (std::has_single_bit(source) && (source & Sources) != 0);
 };
 
-template <auto Member, unsigned Sources>
 /// The row of a field that is written for these sources.
+template <auto Member, unsigned Sources>
 constexpr VelmoraParamInfo velmoraField(int id)
 {
     constexpr auto field = [](auto& params) -> auto&
@@ -76,8 +76,8 @@ constexpr VelmoraParamInfo velmoraField(int id)
     return qo::paramField<VelmoraFileParams, field, fromSources<Sources>>(id);
 }
 
-template <int Index>
 /// The row of one element of an array.
+template <int Index>
 constexpr VelmoraParamInfo conversionNumber(int id)
 {
     constexpr auto field = [](auto& params) -> auto&
