@@ -11,7 +11,7 @@ class TagChanges;
 /// The writer that the factory gives out. It works on a copy, reads that again, and lets it take
 /// the file's place only if nothing but the wanted values changed.
 ///
-///   song.mp3 -> copy .qo-XXXXXX -> edit -> read again: values as wanted, digest of the sound equal
+///   song.mp3 -> copy .qo-tmp-... -> edit -> read again: values as wanted, same digest of the sound
 ///            -> flush to disk -> rename over song.mp3
 class FileTagsWriter final : public ITagsWriter
 {

@@ -38,8 +38,8 @@ public:
     void writeLine(int level, const CalendarTime& time, const CString& text);
 
     /// Removes the oldest log files of a base path until keep of them are left; the newest file of
-    /// each process that still runs is kept in addition. Only names with the stamp of this class are
-    /// considered; a base name of fewer than 5 characters removes nothing.
+    /// each process that still runs is kept in addition. Only names with the stamp of this class
+    /// are considered; a base name of fewer than 5 characters removes nothing.
     static void cleanUp(const CString& basePath, int keep);
 
 private:

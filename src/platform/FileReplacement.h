@@ -16,7 +16,7 @@ namespace qo
 /// is not touched before the commit, and a commit that fails leaves it as it was.
 ///
 ///   song.mp3                      song.mp3                    song.mp3 (the edited content)
-///                      prepare    .qo-a1B2c3 (a copy)  commit
+///                      prepare    .qo-tmp-... (a copy) commit
 ///
 /// Mode, owner, group, access lists and extended attributes are kept. A symbolic link is followed
 /// and stays a link. A file with several hard links, or whose owner or attributes cannot be given
