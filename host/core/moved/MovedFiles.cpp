@@ -21,14 +21,14 @@ namespace qo::host
 {
 namespace
 {
-/// More than the user could want to choose from.
+/// Nobody chooses from a longer list.
 constexpr std::size_t mostCandidates = 10;
 
 struct DiskFile
 {
     CString path;
     FileInfo info;
-    std::vector<int> marks;
+    std::vector<int> features;
 };
 
 std::string keyOf(const char* kind, std::int64_t size, std::initializer_list<std::string> parts)
@@ -74,7 +74,7 @@ std::string tagKey(const QoFileDbItem& facts)
                   toUtf8(facts.trackNumber)});
 }
 
-/// What tells twins apart of which size and sound are the same; empty for an untagged file.
+/// The text that distinguishes files of the same size and sound; empty for an untagged file.
 CString titleOf(const QoFileDbItem& facts)
 {
     CString text;
@@ -118,7 +118,7 @@ public:
         MovedFiles result;
         result.vanished = static_cast<int>(m_vanished.size());
         result.unknown = static_cast<int>(m_unknown.size());
-        mark();
+        findFeatures();
         sortOut(result);
         return result;
     }
@@ -154,8 +154,8 @@ private:
         }
     }
 
-    /// What the walk did not meet may still be there, behind a folder that cannot be listed. A file
-    /// of a root folder that is away has not moved.
+    /// A file that the walk did not find may still be there, in a folder that cannot be listed. A
+    /// file of a root folder that is away has not moved.
     static bool isGone(const CString& file)
     {
         const CQoCollPath path(file);
@@ -166,14 +166,15 @@ private:
                fileSystem().info(CQoUtils::getRealPath(file), Spelling::exact, info) == ENOENT;
     }
 
-    /// Everything goes by way of keys: many files of one size must not be compared each with each.
-    void mark()
+    /// Files are found by keys: if many have the same size, comparing each with each would take too
+    /// long.
+    void findFeatures()
     {
         for (std::size_t i = 0; i < m_unknown.size(); ++i)
             m_bySize[m_unknown[i].info.size].push_back(i);
         m_progress.setStage(IQoProgress::stageCheck);
         m_progress.setRange(IQoProgress::rangeKnown, static_cast<int>(m_vanished.size()));
-        m_marksOfVanished.resize(m_vanished.size());
+        m_featuresOfVanished.resize(m_vanished.size());
         for (std::size_t i = 0; i < m_vanished.size(); ++i)
         {
             m_progress.step(1);
@@ -181,18 +182,19 @@ private:
             if (!m_bySize.contains(record.size))
                 continue;
             for (const std::string& key : keysOf(record))
-                addMark(m_marksOfVanished[i], key);
+                addFeature(m_featuresOfVanished[i], key);
         }
     }
 
-    void addMark(std::vector<int>& marks, const std::string& key)
+    void addFeature(std::vector<int>& features, const std::string& key)
     {
         if (!key.empty())
-            marks.push_back(
-                m_marks.try_emplace(key, static_cast<int>(m_marks.size())).first->second);
+            features.push_back(
+                m_features.try_emplace(key, static_cast<int>(m_features.size())).first->second);
     }
 
-    /// By what the record's file is to be known; the files of its size are entered for it.
+    /// The feature by which the record's file is to be recognised. Adds all found files of this
+    /// size to the candidates.
     std::vector<std::string> keysOf(const QoFileDbItem& record)
     {
         if (const auto head = m_heads.headOf(record))
@@ -222,29 +224,30 @@ private:
     {
         DiskFile& found = m_unknown[file];
         if (const auto head = KVTagLib::digestOfSoundHead(found.path))
-            addMark(found.marks, headKey(found.info.size, *head));
+            addFeature(found.features, headKey(found.info.size, *head));
     }
 
     void enterFacts(std::size_t file)
     {
         DiskFile& found = m_unknown[file];
         if (!CMusicTagEx::fileSupportsTags(found.path))
-            return addMark(found.marks, nameKey(found.info.size, found.info.modified, found.path));
+            return addFeature(found.features,
+                              nameKey(found.info.size, found.info.modified, found.path));
         const auto facts = factsOf(found.path);
         facts->size = found.info.size;
         facts->modifTime = found.info.modified;
-        addMark(found.marks, timeKey(*facts));
-        addMark(found.marks, tagKey(*facts));
+        addFeature(found.features, timeKey(*facts));
+        addFeature(found.features, tagKey(*facts));
     }
 
     MovedTwins makeTwins()
     {
-        std::vector<MarkedFile> gone;
+        std::vector<FeaturedFile> gone;
         for (std::size_t i = 0; i < m_vanished.size(); ++i)
-            gone.push_back({m_vanished[i]->path, std::move(m_marksOfVanished[i])});
-        std::vector<MarkedFile> found;
+            gone.push_back({m_vanished[i]->path, std::move(m_featuresOfVanished[i])});
+        std::vector<FeaturedFile> found;
         for (DiskFile& file : m_unknown)
-            found.push_back({file.path, std::move(file.marks)});
+            found.push_back({file.path, std::move(file.features)});
         MovedTwins::Questions questions;
         questions.isFolderGone = isFolderGone;
         questions.titleOfGone = [this](std::size_t i) { return titleOf(*m_vanished[i]); };
@@ -284,8 +287,8 @@ private:
     std::unordered_map<std::int64_t, std::vector<std::size_t>> m_bySize;
     std::set<std::int64_t> m_withHeads; ///< sizes whose files were entered by their heads
     std::set<std::int64_t> m_withFacts;
-    std::unordered_map<std::string, int> m_marks;
-    std::vector<std::vector<int>> m_marksOfVanished;
+    std::unordered_map<std::string, int> m_features;
+    std::vector<std::vector<int>> m_featuresOfVanished;
 };
 } // namespace
 

@@ -9,7 +9,7 @@ namespace qo::host
 class HeadStore;
 class Session;
 
-/// A file that was moved or renamed while nobody looked, with its record.
+/// A file that was moved or renamed without qo, with its record.
 struct MoveOffer
 {
     CString from;
@@ -17,7 +17,7 @@ struct MoveOffer
     CString velmoraId;
 };
 
-/// One where more than one answer would do. A scan takes it for gone and the others for new.
+/// A file that may be any of several. A scan takes it for gone and the candidates for new files.
 struct UnclearMove
 {
     CString from;
@@ -33,18 +33,18 @@ struct MovedFiles
 };
 
 /// Compares the loaded collection with the root folders and pairs records whose file is gone with
-/// files that have no record: of the same size, and beginning alike where the store knows how the
-/// lost file began. Where it does not, a sound file must also have the same length and bitrate, and
-/// either the same write time or the same title, artist, album and track; any other file the same
-/// write time and name. Where several fit, MovedTwins tells them apart if it can; no file is
-/// offered twice. Changes nothing. Throws HostError when the progress stopped it. For the kernel's
-/// thread.
+/// files that have no record. Both must have the same size. If the store knows the head of the lost
+/// file, the found file must have the same head. If it does not, a sound file must have the same
+/// duration and bitrate, and either the same write time or the same title, artist, album and track;
+/// any other file must have the same write time and name. Where several fit, MovedTwins decides if
+/// it can; no file is offered twice. Changes nothing. Throws HostError when the progress stopped
+/// it. For the kernel's thread.
 MovedFiles findMoved(const HeadStore& heads, IQoProgress& progress);
 
 /// Gives the records their new paths and saves that; a scan afterwards finds the rest. Throws
 /// HostError, see CollectionChanges::apply(). For the kernel's thread.
 void applyMoves(Session& session, const std::vector<MoveOffer>& offers, IQoProgress& progress);
 
-/// Where the heads are kept.
+/// The path of the HeadStore's file.
 CString headsPath();
 } // namespace qo::host

@@ -7,7 +7,7 @@ namespace qo::host
 {
 namespace
 {
-/// Nobody has twins that only a deeper path tells apart.
+/// Longer ends of paths are not compared: equal files whose last eight folders agree are rare.
 constexpr int mostPathEnd = 8;
 constexpr std::size_t several = static_cast<std::size_t>(-2);
 
@@ -40,25 +40,25 @@ void note(std::size_t& partner, std::size_t index)
 }
 } // namespace
 
-/// Finds who share mark and evidence with one alone.
+/// One round: finds the pairs of which each shares a feature and the evidence with the other alone.
 class MovedTwins::Round
 {
 public:
-    void addGone(std::size_t index, const MarkedFile& file, const CString& evidence)
+    void addGone(std::size_t index, const FeaturedFile& file, const CString& evidence)
     {
-        for (const int mark : file.marks)
+        for (const int feature : file.features)
         {
-            Box& box = m_boxes[{mark, evidence}];
+            Box& box = m_boxes[{feature, evidence}];
             note(box.gone, index);
             m_boxesOfGone.emplace_back(index, &box);
         }
     }
-    /// After those that are gone.
-    void addFound(std::size_t index, const MarkedFile& file, const CString& evidence)
+    /// To be called after addGone() for all.
+    void addFound(std::size_t index, const FeaturedFile& file, const CString& evidence)
     {
-        for (const int mark : file.marks)
+        for (const int feature : file.features)
         {
-            const auto found = m_boxes.find({mark, evidence});
+            const auto found = m_boxes.find({feature, evidence});
             if (found == m_boxes.end())
                 continue;
             note(found->second.found, index);
@@ -101,16 +101,16 @@ private:
     std::vector<std::pair<std::size_t, const Box*>> m_boxesOfFound;
 };
 
-MovedTwins::MovedTwins(std::vector<MarkedFile> gone,
-                       std::vector<MarkedFile> found,
+MovedTwins::MovedTwins(std::vector<FeaturedFile> gone,
+                       std::vector<FeaturedFile> found,
                        Questions questions)
     : m_questions(std::move(questions))
 {
-    const auto takeOver = [](std::vector<MarkedFile>& files, Entries& entries, auto& open)
+    const auto takeOver = [](std::vector<FeaturedFile>& files, Entries& entries, auto& open)
     {
-        for (MarkedFile& file : files)
+        for (FeaturedFile& file : files)
         {
-            if (!file.marks.empty())
+            if (!file.features.empty())
                 open.push_back(entries.size());
             entries.push_back({std::move(file), none, {}});
         }
@@ -122,7 +122,7 @@ MovedTwins::MovedTwins(std::vector<MarkedFile> gone,
 void MovedTwins::pair()
 {
     pairLone();
-    // Each pair may tell more of the folders, so it begins again with what is strongest.
+    // Each pair may show where a folder went, so the strongest evidence is asked again.
     while (pairByPlace() || pairByName() || pairByFolder() || pairByPathEnd() || pairByTitle() ||
            pairLone())
     {
@@ -203,32 +203,37 @@ bool MovedTwins::pairByTitle()
             entry.title = question(index);
         return entry.title->IsEmpty() ? std::optional<CString>() : entry.title;
     };
-    // Without a record to compare with, no file needs to be read.
-    std::vector<bool> isTold;
+    // The title of a found file is read from the file: only where a lost file with one of its
+    // features has a title to compare it with.
+    std::vector<bool> hasTitle;
     for (const std::size_t gone : m_openGone)
     {
         if (!titleOf(m_gone[gone], m_questions.titleOfGone, gone))
             continue;
-        for (const int mark : m_gone[gone].file.marks)
+        for (const int feature : m_gone[gone].file.features)
         {
-            isTold.resize(std::max(isTold.size(), static_cast<std::size_t>(mark) + 1));
-            isTold[static_cast<std::size_t>(mark)] = true;
+            hasTitle.resize(std::max(hasTitle.size(), static_cast<std::size_t>(feature) + 1));
+            hasTitle[static_cast<std::size_t>(feature)] = true;
         }
     }
-    const auto matters = [&isTold](int mark)
-    { return static_cast<std::size_t>(mark) < isTold.size() && isTold[std::size_t(mark)]; };
-    return pairBy([&](std::size_t gone)
-                  { return titleOf(m_gone[gone], m_questions.titleOfGone, gone); },
-                  [&](std::size_t found) -> std::optional<CString>
-                  {
-                      Entry& entry = m_found[found];
-                      if (std::none_of(entry.file.marks.begin(), entry.file.marks.end(), matters))
-                          return {};
-                      return titleOf(entry, m_questions.titleOfFound, found);
-                  });
+    const auto matters = [&hasTitle](int feature) {
+        return static_cast<std::size_t>(feature) < hasTitle.size() &&
+               hasTitle[std::size_t(feature)];
+    };
+    return pairBy(
+        [&](std::size_t gone) { return titleOf(m_gone[gone], m_questions.titleOfGone, gone); },
+        [&](std::size_t found) -> std::optional<CString>
+        {
+            Entry& entry = m_found[found];
+            if (std::none_of(entry.file.features.begin(), entry.file.features.end(), matters))
+                return {};
+            return titleOf(entry, m_questions.titleOfFound, found);
+        });
 }
 
-/// What lies below a folder that moved went along under the same names.
+/// A pair shows where its folder went, and where the folders above went as long as their names are
+/// the same: /m/a/cd1/1 -> /n/a/cd1/1 shows that /m/a/cd1 became /n/a/cd1, /m/a became /n/a, and /m
+/// became /n.
 void MovedTwins::learnFolder(const CString& from, const CString& to)
 {
     CString before = from;
@@ -284,14 +289,14 @@ std::vector<std::size_t> MovedTwins::candidatesFor(std::size_t gone, std::size_t
     {
         for (const std::size_t found : m_openFound)
         {
-            for (const int mark : m_found[found].file.marks)
-                m_leftOver[mark].push_back(found);
+            for (const int feature : m_found[found].file.features)
+                m_leftOver[feature].push_back(found);
         }
     }
     std::vector<std::size_t> candidates;
-    for (const int mark : m_gone[gone].file.marks)
+    for (const int feature : m_gone[gone].file.features)
     {
-        const auto left = m_leftOver.find(mark);
+        const auto left = m_leftOver.find(feature);
         if (left == m_leftOver.end())
             continue;
         for (std::size_t i = 0; i < left->second.size() && candidates.size() < most; ++i)

@@ -12,22 +12,22 @@ using namespace qo::host;
 
 namespace
 {
-/// "/a/1.mp3#2": the path, its mark, and behind a second "#" the title.
+/// "/a/1.mp3#2": the path, its feature, and after a second "#" the title.
 struct Twins
 {
     explicit Twins(const std::string& words)
     {
         for (const std::string& word : wordsOf(words))
         {
-            const std::size_t mark = word.find('#');
-            const std::size_t title = word.find('#', mark + 1);
-            files.push_back({qo::fromSystemPath(word.substr(0, mark)),
-                             {std::stoi(word.substr(mark + 1, title - mark - 1))}});
+            const std::size_t feature = word.find('#');
+            const std::size_t title = word.find('#', feature + 1);
+            files.push_back({qo::fromSystemPath(word.substr(0, feature)),
+                             {std::stoi(word.substr(feature + 1, title - feature - 1))}});
             titles.push_back(
                 qo::fromUtf8(title == std::string::npos ? "" : word.substr(title + 1)));
         }
     }
-    std::vector<MarkedFile> files;
+    std::vector<FeaturedFile> files;
     std::vector<CString> titles;
 };
 
@@ -67,7 +67,7 @@ TEST(MovedTwins, EqualFilesAreToldApartByMoreThanWhatTheyHold)
         const char* found;
         const char* pairs;
     } cases[] = {
-        {"the mark alone", "/a/1#1 /a/2#2", "/b/x#2", "/a/1?0 /a/2>/b/x"},
+        {"the feature alone", "/a/1#1 /a/2#2", "/b/x#2", "/a/1?0 /a/2>/b/x"},
         {"names", "/b/1#1 /b/2#1", "/c/2#1 /c/1#1", "/b/1>/c/1 /b/2>/c/2"},
         {"a name in other case is another", "/b/a#1 /b/b#1", "/c/A#1 /c/B#1", "/b/a?2 /b/b?2"},
         {"the one left over", "/b/1#1 /b/2#1", "/c/1#1 /d/new#1", "/b/1>/c/1 /b/2>/d/new"},
@@ -101,8 +101,8 @@ TEST(MovedTwins, EqualFilesAreToldApartByMoreThanWhatTheyHold)
 TEST(MovedTwins, ManyFilesAlikeTakeNoTimeEachWithEach)
 {
     constexpr int count = 20000;
-    std::vector<MarkedFile> gone;
-    std::vector<MarkedFile> found;
+    std::vector<FeaturedFile> gone;
+    std::vector<FeaturedFile> found;
     for (int i = 0; i < count; ++i)
     {
         gone.push_back({qo::fromSystemPath("/a/" + std::to_string(i)), {1}});
