@@ -40,7 +40,8 @@ struct CommandLine
                          const std::string& description,
                          std::function<ExitCode()> run);
 
-    /// Sentences on standard error, with the program's name ahead; notes are for those who listen.
+    /// Writes sentences to standard error, with the program's name before each line. Notes are left
+    /// out with --quiet.
     void note(const std::string& sentence) const;
     static void complain(const std::string& sentence);
 };

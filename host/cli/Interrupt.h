@@ -9,8 +9,8 @@ class FolderWatch;
 
 namespace qo::cli
 {
-/// While it lives, the signals that ask a program to end cancel the operation behind the reporter
-/// instead; a second one ends the program at once, which the database survives.
+/// While it lives, SIGINT, SIGTERM and SIGHUP cancel the operation that reports to the reporter. A
+/// second signal ends the program at once; the database survives that.
 class InterruptGuard
 {
 public:
@@ -20,7 +20,7 @@ public:
     InterruptGuard& operator=(const InterruptGuard&) = delete;
 };
 
-/// While it lives, these signals end the waiting of the watch too.
+/// While it lives, these signals also end the waiting of the watch.
 class WatchGuard
 {
 public:
@@ -30,9 +30,10 @@ public:
     WatchGuard& operator=(const WatchGuard&) = delete;
 };
 
-/// Once, at the start of the program; also leaves broken pipes to those who write into them.
+/// To be called once, at the start of the program. Also ignores SIGPIPE, so that writing into a
+/// closed pipe fails instead of ending the program.
 void installSignalHandlers();
-/// Whether such a signal came, and the exit code that tells it to the shell.
+/// Whether such a signal came, and the exit code that says so to the shell.
 bool wasInterrupted();
 int interruptExitCode();
 } // namespace qo::cli

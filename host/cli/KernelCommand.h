@@ -19,7 +19,7 @@ enum class KernelUse
 /// Starts the kernel as the command line asks. Its notes go to standard error.
 std::unique_ptr<host::Session> openKernel(const CommandLine& line, KernelUse use);
 
-/// Makes sure of the database and loads the collection, with progress and a way to interrupt.
+/// Checks the database and loads the collection, with progress and a way to interrupt.
 host::Session::LoadReport loadCollection(const CommandLine& line,
                                          host::Session& session,
                                          const host::Session::LoadOptions& options);

@@ -49,7 +49,7 @@ std::string parseFailure(const CLI::App& app, const CLI::ParseError& error)
     return "\"" + typed.substr(0, typed.size() - 1) + "\" goes with one of" + names;
 }
 
-/// The way of a program whose reader has gone away.
+/// Ends as programs do whose reader has closed the pipe.
 [[noreturn]] void endByBrokenPipe()
 {
     std::signal(SIGPIPE, SIG_DFL);

@@ -23,12 +23,13 @@ void putPath(Json& object, const std::string& name, const CString& path);
 Json recordJson(const QoFileDbItem& item, bool withTree = false);
 /// The names of recordRow's columns.
 std::string recordHeader();
-/// The values of recordJson without the tree, between tabs; paths as Output::foreign gives them.
+/// The values of recordJson() without the tree, with tabs between them; paths as Output::foreign()
+/// gives them.
 std::string recordRow(const Output& out, const QoFileDbItem& item);
 /// Each field but the path on a line of its own, for people.
 std::string recordText(const QoFileDbItem& item);
 
-/// "music", "video music" and the like: what the flag bits say.
+/// The names of the flags that are set: "audio, music"; "none" without any.
 std::string flagsText(unsigned flags);
 /// One line of JSON for any text: bytes that are no UTF-8 become U+FFFD.
 std::string dump(const Json& object);

@@ -17,7 +17,7 @@ constexpr auto edited = CTagAttribValue::SV_Edited;
 constexpr std::size_t nameWidth = 9;
 constexpr std::size_t widestValue = 40;
 
-/// A value in a cell of the table: one line, no controls.
+/// A value in a cell of the table: its first line, without control characters.
 std::string cell(std::string text)
 {
     const std::size_t lines =

@@ -26,8 +26,8 @@ std::u16string folded(CString name)
     return std::u16string(name.view());
 }
 
-/// The collection keeps apart what has no album or no artist, track by track. People take tracks of
-/// one album name for one album, even if nobody says by whom.
+/// The collection keeps an album of its own for each track without an album or artist. Here the
+/// tracks of one album name are one album, even if its artist is unknown, as people expect.
 class AlbumRows
 {
 public:
@@ -80,8 +80,9 @@ private:
     std::map<Names, std::size_t> m_unnamed;
 };
 
-/// The pictures of albums. The collection hangs on an album only those that come behind one of its
-/// tracks in path order; the names in the others' records tell as much.
+/// The pictures of albums. The collection links a picture to its album only if the picture comes
+/// after one of the album's tracks in path order. The others are found by the artist and album in
+/// their records.
 class Covers
 {
 public:

@@ -41,8 +41,9 @@ std::string nameOfTrack(const CLTTrack& track)
                                               : " (" + displayName(track.getAlbum().get()) + ")");
 }
 
-/// Equal tracks are neighbours. The comparison is no equivalence, since a missing number equals all
-/// others, so each member has to equal the one ahead of it.
+/// Equal tracks are neighbours in the list. A missing track number equals every number, so of 1,
+/// none, 2 the second equals both neighbours, which differ: each track of a group must equal the
+/// one before it.
 std::vector<EqualFiles> equalTracks()
 {
     std::vector<EqualFiles> groups;
@@ -97,7 +98,7 @@ std::vector<EqualFiles> equalFiles(const CommandLine& line)
         host::ProgressReporter progress([&display](const host::ProgressEvent& event)
                                         { display.show(event); });
         const InterruptGuard guard(progress);
-        // Not saved: it knows of these files alone.
+        // The heads are not saved, since the store would then lose those of all other files.
         if (!heads.update(candidates, progress))
             throw HostError(ExitCode::interrupted, "interrupted; nothing was changed");
     }

@@ -11,7 +11,7 @@ namespace
 {
 constexpr std::size_t artistWidth = 40;
 
-/// An artist or a genre with what its tracks come to.
+/// An artist or a genre with the sum of its tracks.
 struct MusicGroup
 {
     const CLTObject* object = nullptr; ///< null: all that have no name
@@ -19,7 +19,7 @@ struct MusicGroup
     std::unordered_set<const CLTObject*> others; ///< albums of the artist, artists of the genre
 };
 
-/// By name. Unnamed ones make one group: there is nothing to tell them apart by.
+/// The groups by name. All unnamed ones are one group, since nothing distinguishes them.
 template <class GetObject, class GetOther>
 std::vector<MusicGroup>
 groupsOf(const std::vector<const CLTTrack*>& tracks, GetObject getObject, GetOther getOther)

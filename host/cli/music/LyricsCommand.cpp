@@ -74,7 +74,7 @@ private:
         if (track)
             addFiles(track->getLyrics());
         addFromFolder(music);
-        // What an album has as a whole is better than nothing.
+        // Without a text of its own the track gets the text of its album.
         if (!track || !track->getAlbum() || !m_found.empty())
             return;
         for (const auto& lyrics : track->getAlbum()->getLyrics())

@@ -12,7 +12,7 @@ namespace
 {
 constexpr std::size_t largestText = std::size_t(4) << 20;
 
-/// Behind a byte order mark of two bytes.
+/// Decodes UTF-16 after its byte order mark of two bytes.
 CString fromUtf16(const std::string& bytes, bool isBigEndian)
 {
     std::u16string text;

@@ -6,10 +6,10 @@
 
 namespace qo::cli
 {
-/// The text of a file in UTF-16 or UTF-8, else in the Latin letters of old programs. What is wrong
-/// with the file otherwise, as the end of a sentence that its path begins.
+/// Reads a text in UTF-16 or UTF-8, and in Latin-1 if it is neither. Returns what is wrong with the
+/// file, as the end of a sentence that begins with its path; "" for success.
 std::string readLyricsFile(const CString& path, CString& text);
 
-/// With the line ends of this system; for a terminal without control characters.
+/// The text with line feeds as line ends and, for a terminal, without control characters.
 std::string shownLyrics(const CString& lyrics, bool forTerminal);
 } // namespace qo::cli

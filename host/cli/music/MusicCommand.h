@@ -20,6 +20,7 @@ struct MusicOptions
 /// with the collection loaded.
 void setUpMusic(CommandLine& line, CLI::App& command, std::function<void(const MusicOptions&)> run);
 
-/// The sum's years for a record: "yearFrom" and "yearTo", null when no track tells.
+/// Puts the years of the sum into the record: "yearFrom" and "yearTo", null when no track has a
+/// year.
 void putYears(Json& record, const MusicSum& sum);
 } // namespace qo::cli

@@ -9,8 +9,8 @@
 namespace qo::cli
 {
 /// Which tracks a command is about: those of the artist, album and genre that were typed. Names are
-/// the same when they are so to the collection, that is, but for upper and lower case. An empty one
-/// stands for the tracks that have none.
+/// compared as the collection does, without regard to case. An empty name stands for tracks without
+/// one.
 struct MusicFilter
 {
     std::optional<std::string> artist;
@@ -32,12 +32,12 @@ CString nameOf(const CLTObject* object);
 /// The name on one line as people see it: "[unknown]" for what is unnamed.
 std::string displayName(const CLTObject* object);
 
-/// What many tracks come to.
+/// The sum of many tracks.
 struct MusicSum
 {
     int tracks = 0;
     std::int64_t duration = 0; ///< milliseconds
-    int firstYear = 0;         ///< 0: no track tells
+    int firstYear = 0;         ///< 0: no track has a year
     int lastYear = 0;
 
     void add(const CLTTrack& track);

@@ -77,8 +77,8 @@ PlacedFile::PlacedFile(Placement placement, const std::vector<FolderVote>& votes
         findOwner(static_cast<const CHDTextFile&>(file));
 }
 
-/// The link tells, or else what there is to be linked: a file whose path comes ahead of all its
-/// music has no link after a load.
+/// The owner is what the file is linked to. A file whose path comes before all its music has no
+/// link after a load; its owner is then looked for by the names in its record.
 void PlacedFile::findOwner(const CHDPictureFile& file)
 {
     SimpleMusicTag tag;
@@ -177,7 +177,7 @@ std::string PlacedFile::voteReason(CLTObjectType::EType type, const char* noun) 
     return {};
 }
 
-/// What the record names and no track has; empty if all of it is there.
+/// The names in the record that no track has; empty if there are none.
 std::string PlacedFile::strayReason() const
 {
     SimpleMusicTag tag;
@@ -200,7 +200,7 @@ std::string PlacedFile::reason() const
     std::string text = start + (start.empty() || stray.empty() ? "" : "; ") + stray;
     if (isPlaced() || !stray.empty())
         return text;
-    // What the analysis finds out is sure to be stored of the files that the same scan reads.
+    // The results of the analysis are certain to be stored only for files that the same scan read.
     const std::string remedy = "; \"qo scan --deep\" gives it the artist ";
     if (m_placement.musicFile)
     {
@@ -216,7 +216,7 @@ std::string PlacedFile::reason() const
     return text + (artist.empty() ? "" : "; " + artist);
 }
 
-/// What the folder says of a file that it is the reason for.
+/// The reason for a file that was placed by its folder.
 std::string PlacedFile::folderReason() const
 {
     const FolderVote* const vote = voteFor(CLTObjectType::Artist);
@@ -226,7 +226,7 @@ std::string PlacedFile::folderReason() const
     if (!isAgreed)
         return "its record names the artist " + quoted(m_owner.artist) + " from an earlier scan" +
                (artist.empty() ? "" : "; " + artist);
-    // An album that its record names in vain is told of elsewhere.
+    // An album that the record names but that no track has is reported by another sentence.
     const std::string album =
         m_owner.album.IsEmpty() ? "" : voteReason(CLTObjectType::Album, "album");
     return artist + (album.empty() ? "" : "; ") + album;

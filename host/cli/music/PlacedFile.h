@@ -20,8 +20,8 @@ public:
     PlacedFile(Placement placement, const std::vector<FolderVote>& votes);
 
     const CString& path() const { return m_placement.file->getPath(); }
-    /// Whether it belongs to an artist, album or track of the collection. What its record names
-    /// need not exist any more.
+    /// Whether it belongs to an artist, album or track of the collection. The names in its record
+    /// are not enough: what they name may be gone.
     bool isPlaced() const { return m_isPlaced; }
     /// "Artist / Album / Title", as far as there are.
     std::string ownerText() const;

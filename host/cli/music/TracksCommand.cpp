@@ -16,8 +16,8 @@ int compareNames(const CLTObject* a, const CLTObject* b)
     return a == b ? 0 : CLTManager::compareLTNames(nameOf(a), nameOf(b));
 }
 
-/// As the tracks of an album stand on it. Not by the collection's comparison of numbers, for which
-/// a missing one equals all others.
+/// The order of tracks on their albums. The collection's comparison of numbers is not used, because
+/// a missing number equals all others there, and that is no order.
 bool comesBefore(const CLTTrack* a, const CLTTrack* b)
 {
     if (const int order = compareNames(a->getArtist().get(), b->getArtist().get()))

@@ -22,7 +22,7 @@ std::vector<std::string> missingFields(const QoFileDbItem& item)
         missing.emplace_back("artist");
     if (item.title.IsEmpty())
         missing.emplace_back("title");
-    // Worth to know when something has to be filled in anyway.
+    // Shown only beside another missing field, since many tracks have no album.
     if (!missing.empty() && item.album.IsEmpty())
         missing.emplace_back("album");
     return missing;

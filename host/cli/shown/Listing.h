@@ -8,8 +8,8 @@
 
 namespace qo::cli
 {
-/// Rows in the shape that the user asked for: columns that stand below each other for people, tabs
-/// behind a line of names with --long, an object a row with --json.
+/// Rows in the form that the user asked for: aligned columns for people; with --long tabs between
+/// the values, after a line of names; with --json one object a row.
 class Listing
 {
 public:
@@ -25,14 +25,14 @@ public:
             std::vector<std::string> names,
             std::vector<Column> columns);
 
-    /// Which of the two calls below the row is to come by.
+    /// True: rows are passed to addCells(). False: to addRecord().
     bool isForPeople() const { return !m_line.json && !m_isLong; }
     void addCells(std::vector<std::string> cells);
-    /// path is what stands under "path" with --long: the exact bytes of a name.
+    /// path is the value of "path" with --long, with the exact bytes of its names.
     void addRecord(const Json& record, const std::string& path = std::string());
-    /// Whether nobody reads any more.
+    /// Whether the reader has closed the output.
     bool isClosed() const { return m_line.out.isClosed(); }
-    /// Puts out the columns, whose width all rows decide.
+    /// Writes the columns; their width depends on all rows.
     void finish();
 
 private:

@@ -28,7 +28,8 @@ Output::~Output()
     }
     catch (const host::HostError&)
     {
-        // The command's end has flushed before; this is the way out of another failure.
+        // The end of a command flushes before this. Here another failure is on its way and counts
+        // more.
         m_isClosed = true;
     }
 }

@@ -5,8 +5,9 @@
 
 namespace qo::cli
 {
-/// What a command puts out as data. Buffered: a hundred thousand lines cost a few writes. A reader
-/// that has gone away ends the output silently; any other failure is thrown as HostError.
+/// The data that a command writes to standard output. Buffered: a hundred thousand lines cost a few
+/// writes. If the reader closes the pipe, the rest is dropped silently; any other failure is thrown
+/// as HostError.
 class Output
 {
 public:
@@ -21,9 +22,10 @@ public:
 
     /// Whether a person may be looking: then control characters are shown, not sent.
     bool isTerminal() const { return m_isTerminal; }
-    /// Nobody reads any more; long output may stop.
+    /// The reader has closed the output; long output may stop.
     bool isClosed() const { return m_isClosed; }
-    /// A text from outside as it may be written: as it is, or made harmless for a terminal.
+    /// A text from outside as it may be written: unchanged, or for a terminal without control
+    /// characters.
     std::string foreign(const std::string& text) const;
 
 private:

@@ -49,7 +49,7 @@ bool isCapableTerminal()
 
 void put(const std::string& text)
 {
-    // Whether anybody sees it is no matter of the operation's.
+    // A failure is ignored: the operation does not depend on its display.
     (void)!::write(STDERR_FILENO, text.data(), text.size());
 }
 } // namespace

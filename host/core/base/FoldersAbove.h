@@ -8,8 +8,8 @@
 
 namespace qo::host
 {
-/// The folders that lead to a path, as they are now: so that one that goes with its last file can
-/// be made again.
+/// Remembers the folders above a path with their permissions, so that a folder that is removed
+/// together with its last file can be made again.
 class FoldersAbove
 {
 public:

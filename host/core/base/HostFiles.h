@@ -4,7 +4,7 @@
 
 #include <string>
 
-/// Small helpers around files and paths that the host's parts share.
+/// Small helpers for files and paths that all parts of the host share.
 namespace qo::host
 {
 /// The whole content of a regular file. An error number, 0 for success; EFBIG beyond the limit.
@@ -13,7 +13,8 @@ int readFile(const CString& path, std::size_t limit, std::string& content);
 /// The system's words for an error number, without the number.
 std::string errorWords(int error);
 
-/// Whether the disk that holds the path, or what is above it, has no room left for this user.
+/// Whether the disk that holds the path, or the nearest folder above it that exists, has no room
+/// left for this user.
 bool isDiskFull(const CString& path);
 
 /// The path as a user sees it; the collection form when the system has none.

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// Questions about absolute system paths that no disk is asked for.
+/// Questions about absolute system paths that are answered without looking at the disk.
 namespace qo::host
 {
 /// Whether a path is absolute and says each folder once: no ".", "..", doubled or closing slash.

@@ -15,7 +15,7 @@ constexpr KindRow kindRows[] = {{"all", CQoPathInfo::allIsMusic},
                                 {"none", CQoPathInfo::nothingIsMusic},
                                 {"audio", CQoPathInfo::audioIsMusic}};
 
-/// The list ends before the first that is empty.
+/// The list ends at the first empty setting.
 constexpr const char16_t* removedKey = u"MusicCollectionDirRemoved%d";
 
 int find(const CStringArray& folders, const CString& folder)

@@ -19,17 +19,17 @@ public:
     const CQoPathsInfoMap& kinds() const { return m_kinds; }
     CQoPathInfo::EType kind(const CString& folder) const { return m_kinds.getType(folder); }
 
-    /// The folder of the list that equals the path or holds it; "" when there is none.
+    /// The root folder that equals the path or holds it; "" when there is none.
     CString holder(const CString& path) const;
     /// False when it is listed already with that kind.
     bool add(const CString& folder, CQoPathInfo::EType kind);
-    /// Also one that is not listed but that the database still knows.
+    /// Also removes a folder that is not listed but that the database still knows.
     void remove(const CString& folder);
-    /// Whether the user took it out, and no load has yet taken out its files.
+    /// Whether the user removed it and no load has taken its files out of the collection yet.
     bool wasRemoved(const CString& folder) const;
     bool hasRemoved() const { return !m_removed.IsEmpty(); }
     void forgetRemoved() { m_removed.RemoveAll(); }
-    /// Into the settings, which the caller saves.
+    /// Puts the list into the settings, which the caller saves.
     void store() const;
 
     /// "all", "none" or "audio".

@@ -9,7 +9,7 @@ namespace
 {
 bool isCollection(const CString& database)
 {
-    // Opening would make an absent database, and spoil the side files of an empty one.
+    // Opening would create an absent database, and would change the side files of an empty one.
     FileInfo info;
     if (fileSystem().info(database, Spelling::exact, info) != 0 || info.kind != FileKind::regular ||
         info.size == 0)

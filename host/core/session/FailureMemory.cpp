@@ -38,7 +38,7 @@ constexpr FileLine fileLines[] = {
      "being the same"}};
 constexpr int mostNamed = 3;
 
-/// "13: Permission denied" without the number, which is for who mends the program.
+/// "13: Permission denied" without the number, which users do not need.
 CString withoutNumber(const CString& words)
 {
     const std::u16string_view text = words.view();
@@ -117,7 +117,7 @@ void FailureMemory::noteFailure(int level, const CString& text)
         if (level != line.level || !text.view().starts_with(prefix.view()))
             continue;
         const std::lock_guard lock(m_mutex);
-        // Codes and further lines are for who mends the program.
+        // Codes and further lines are for developers; they stay in the log.
         m_lastFailure = fromUtf8(databaseWords(withoutNumber(text.Mid(prefix.GetLength()))));
         m_lastFailure.Trim();
     }

@@ -10,8 +10,8 @@
 
 namespace qo::host
 {
-/// The kernel's logger while it lives: passes every line on to the built-in one and remembers the
-/// last failure of a collection operation, which the kernel tells to the log alone.
+/// The kernel's logger while it lives. Passes every line on to the built-in logger and remembers
+/// the last failure of a collection operation, since the kernel reports its cause only in the log.
 class FailureMemory final : public CLoggerEx
 {
 public:

@@ -10,7 +10,8 @@ void useLargePages()
 {
 #ifdef QO_MIMALLOC
     mi_option_enable(mi_option_large_os_pages);
-    // From each thread's first block on: the kernel's has a third of a big collection.
+    // Also for the first blocks of each thread: those of the kernel's thread hold a third of a big
+    // collection.
     mi_option_set(mi_option_eager_commit_delay, 0);
 #endif
 }

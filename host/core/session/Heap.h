@@ -2,8 +2,9 @@
 
 namespace qo::host
 {
-/// Lets the heap grow into large pages where the system has them: a big collection is walked in no
-/// order that the processor's table of small pages could keep up with. For a program that means to
-/// hold one; to be called first in main(). Does nothing in a program whose heap is not mimalloc's.
+/// Lets the heap use large pages where the system has them. A big collection is walked in an order
+/// that is random in memory, and with small pages the processor would often have to look up where a
+/// page lies. Call it first in main(), in a program that holds a collection. Does nothing when the
+/// heap is not mimalloc's.
 void useLargePages();
 } // namespace qo::host

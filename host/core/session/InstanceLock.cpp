@@ -14,7 +14,8 @@ namespace qo::host
 {
 namespace
 {
-/// Who holds the lock, as the file says; the holder may not have written it yet.
+/// The process that holds the lock, as the file says; the holder may not have written its number
+/// yet.
 std::string holder(int fd)
 {
     char text[32] = {};

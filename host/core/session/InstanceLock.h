@@ -4,7 +4,8 @@
 
 namespace qo::host
 {
-/// Held while this process works with a data folder; gives way with the process, however it ends.
+/// The lock of a data folder, held while this process works with it. The system releases it when
+/// the process ends, in whatever way.
 class InstanceLock
 {
 public:

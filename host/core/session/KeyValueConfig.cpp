@@ -55,7 +55,7 @@ std::string_view trim(std::string_view text)
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-/// The first '=' that no backslash stands before.
+/// The first '=' without a backslash before it.
 std::size_t findEquals(std::string_view line)
 {
     for (std::size_t i = 0; i < line.size(); ++i)
@@ -231,7 +231,8 @@ void KeyValueConfig::save()
         return;
     keepRejected();
     const std::string text = toText();
-    // Some keep their settings elsewhere, under version control, and have a link here.
+    // Users who keep their settings under version control have a link here: the file that it leads
+    // to is replaced, not the link.
     const std::string real = resolvedPath(toSystemPath(m_file));
     const CString target = real.empty() ? m_file : fromSystemPath(real);
     if (const int error = fileSystem().replaceFile(target, text.data(), text.size()))

@@ -7,7 +7,7 @@ namespace qo::host
 namespace
 {
 constexpr std::chrono::milliseconds leastGap{100};
-/// Asking the clock for each of a million quick steps would be felt.
+/// The clock is not read for each step: for a million quick steps that would take noticeable time.
 constexpr int stepsBetweenLooks = 16;
 } // namespace
 
@@ -51,7 +51,7 @@ bool ProgressReporter::isDue()
     m_untilLook = stepsBetweenLooks;
     if (m_now() - m_lastReport < leastGap)
         return false;
-    // Steps that take their time each deserve a look each.
+    // Slow steps: read the clock for each of them.
     m_untilLook = 0;
     return true;
 }

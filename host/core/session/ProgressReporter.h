@@ -20,21 +20,21 @@ struct ProgressEvent
     int remainingSeconds = -1; ///< of this stage; -1: unknown
 };
 
-/// Turns the kernel's reports into events, at most one in a tenth of a second beside one for each
-/// stage that begins. The sink is called on the thread that works and must be quick.
+/// Turns the kernel's reports into events: one for each stage that begins, and otherwise at most
+/// ten a second. The sink is called on the kernel's thread and must be quick.
 class ProgressReporter final : public IQoProgress
 {
 public:
     using Clock = std::chrono::steady_clock;
     using Sink = std::function<void(const ProgressEvent&)>;
 
-    /// The clock is there for tests.
+    /// Tests pass a clock of their own.
     explicit ProgressReporter(Sink sink, std::function<Clock::time_point()> now = Clock::now);
 
     /// From any thread and from a signal handler. The operation stops at its next poll; a save
     /// that is under way is brought to its end and kept.
     void cancel() noexcept { m_cancel.store(true, std::memory_order_relaxed); }
-    /// Whether the operation was told to stop.
+    /// Whether cancel() was called.
     bool wasStopped() const noexcept { return m_wasStopped; }
     /// Whether cancel() came too late to stop it.
     bool cameTooLate() const noexcept { return m_cancel && !m_wasStopped; }

@@ -50,9 +50,9 @@ void appendEscaped(std::string& out, char16_t c, bool atEdge, bool atStart)
     default:
         break;
     }
-    // At its start a line of these would be taken for a section or a remark.
-    const bool isMark = atStart && (c == u'[' || c == u'#' || c == 0xFEFF);
-    if (c < 0x20 || c == 0x7F || isSurrogate(c) || isMark)
+    // A line that starts with one of these would be taken for a section or a comment.
+    const bool isSpecial = atStart && (c == u'[' || c == u'#' || c == 0xFEFF);
+    if (c < 0x20 || c == 0x7F || isSurrogate(c) || isSpecial)
         appendCode(out, c);
     else
         out += static_cast<char>(c);
@@ -67,7 +67,7 @@ int hexDigit(char c)
     return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
-/// The four digits behind "\u"; false when there are no four.
+/// Reads the four digits after "\u"; false when there are fewer.
 bool readCode(std::string_view line, std::size_t at, char16_t& c)
 {
     unsigned value = 0;

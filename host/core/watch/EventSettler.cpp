@@ -11,8 +11,8 @@ namespace
 {
 using Kind = FolderEvent::Kind;
 
-/// What two things that happen to one path come to. A removal is never dropped: the path may have
-/// been known before, when something was renamed onto it.
+/// Joins two events of one path. A removal is never dropped: the collection may have known the path
+/// before something was renamed to it.
 Kind merged(Kind before, Kind now)
 {
     if (now == Kind::removed)
@@ -56,7 +56,7 @@ void EventSettler::note(const std::string& path, Kind kind, Time now)
 
 void EventSettler::moved(const std::string& from, const std::string& to, Time now)
 {
-    // What was removed or written at the target has given way to what came there.
+    // Earlier events at the target are about a file that has been replaced.
     dropBelow(to);
     m_pending.erase(to);
     const auto waiting = m_pending.find(from);
@@ -68,9 +68,9 @@ void EventSettler::moved(const std::string& from, const std::string& to, Time no
     wakeBy(now + m_settle);
 }
 
-/// Moves are looked at once all are done, so that each must tell where its file is in the end: one
-/// of what has just moved lengthens that move, and one out of a folder that has just moved comes
-/// before it, from where the folder was.
+/// Moves are applied after all of them have happened, so each must say where its file is in the
+/// end. Example: a -> b and then b -> c is reported as a -> c. After the folder d -> e, the move
+/// e/1 -> f is put before it as d/1 -> f.
 void EventSettler::queueMove(const std::string& from, const std::string& to)
 {
     std::size_t place = m_ready.size();

@@ -10,10 +10,11 @@
 
 namespace qo::host
 {
-/// Turns the bustle of a folder at work into few events: what happens to one path is held back
-/// until the path has been quiet for a while, and then told once. Moves are told ahead of all else,
-/// and what waits for a path that moves moves with it. Time is the caller's. Not for several
-/// threads at once.
+/// Makes few events of many. What happens to a path is held back until the path has been quiet for
+/// the settling time, and is then reported as one event. Example: a file that is created, written
+/// to five times and renamed is reported once, as added under its last name. Moves are reported
+/// before all other events, and what waits for a path that moves then waits for the new path. The
+/// caller says what time it is. Not for several threads at once.
 class EventSettler
 {
 public:
@@ -35,12 +36,12 @@ public:
     void changed(const std::string& path, Time now);
     void removed(const std::string& path, Time now);
     void moved(const std::string& from, const std::string& to, Time now);
-    /// Drops what waits: a look at everything finds that too.
+    /// Drops everything that waits: the rescan that follows finds it as well.
     void needRescan(const std::string& reason, Time now);
 
-    /// When take() may have something; never later than when it has.
+    /// The earliest time at which take() may return something.
     std::optional<Time> nextDue() const;
-    /// What is due. Moves first, in their order; the rest by path.
+    /// The events that are due: moves first, in their order, then the others by path.
     std::vector<FolderEvent> take(Time now);
 
 private:

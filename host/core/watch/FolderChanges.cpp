@@ -22,7 +22,7 @@ bool isThere(const CString& path, FileKind kind)
     return fileSystem().info(path, Spelling::exact, info) == 0 && info.kind == kind;
 }
 
-/// Below a root folder that is away all seems to have gone.
+/// Throws when a root folder is away, since all files below it seem to have gone.
 void refuseWithoutRoots()
 {
     const RootFolders roots;
@@ -56,7 +56,8 @@ public:
     }
 
 private:
-    /// The record moves if its file has; one that was overwritten by the move goes.
+    /// The record follows its file. The record of a file that was overwritten by the move is
+    /// removed.
     void moveRecord(const QoFileDbItemPtr& record, const CString& target)
     {
         const CString from = record->path;
@@ -92,7 +93,7 @@ private:
             look(to);
     }
 
-    /// What a folder brings along that the collection does not know.
+    /// Adds the files of a folder that the collection does not know.
     void scanFolder(const CString& folder)
     {
         forEachFile(folder,
@@ -104,8 +105,8 @@ private:
                     });
     }
 
-    /// A file that is there is scanned; records go whose files have gone, those of a whole folder
-    /// too.
+    /// Scans a file that is there, and removes the records of files that have gone, also those of a
+    /// whole folder.
     void look(const CString& path)
     {
         if (isThere(path, FileKind::regular))

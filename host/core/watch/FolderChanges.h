@@ -25,8 +25,9 @@ public:
 
     explicit FolderChanges(Session& session);
 
-    /// Demands for a rescan are passed over. Throws HostError, see CollectionChanges::apply(), and
-    /// away, with nothing changed, when files seem to have gone but a root folder is not there.
+    /// Ignores demands for a rescan. Throws HostError as CollectionChanges::apply() does. Also
+    /// throws it with the code away, and changes nothing, when files seem to have gone but a root
+    /// folder is not there.
     Report apply(const std::vector<FolderEvent>& events, IQoProgress& progress);
 
 private:

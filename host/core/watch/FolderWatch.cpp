@@ -28,7 +28,8 @@ using Clock = EventSettler::Clock;
 constexpr std::uint32_t watchMask = IN_CLOSE_WRITE | IN_CREATE | IN_DELETE | IN_MOVED_FROM |
                                     IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR |
                                     IN_EXCL_UNLINK;
-/// The two halves of a rename follow each other closely, if there are two.
+/// The two halves of a rename come right after each other. A move to or from an unwatched folder
+/// has only one.
 constexpr std::chrono::milliseconds pairingTime(200);
 
 struct RemoteRow
@@ -164,7 +165,7 @@ bool FolderWatch::State::addWatch(const std::string& folder)
     const int watch = ::inotify_add_watch(inotify.get(), folder.c_str(), watchMask);
     if (watch < 0)
     {
-        // What is gone, or closed to this user, no scan would find either.
+        // A scan would not find it either: it is gone, or this user may not read it.
         if (errno == ENOENT || errno == ENOTDIR || errno == EACCES)
             return false;
         isFull = errno == ENOSPC;
@@ -189,7 +190,8 @@ bool FolderWatch::State::addWatch(const std::string& folder)
     return true;
 }
 
-/// Breadth first, as a scan goes, so that of several ways to a folder both take the same.
+/// Breadth first, like a scan: if several paths lead to a folder, watch and scan then use the same
+/// one.
 void FolderWatch::State::addTree(const std::string& top, bool tellFiles)
 {
     std::deque<std::pair<std::string, std::uint64_t>> folders{{top, 0}};
@@ -310,7 +312,7 @@ void FolderWatch::State::handle(const inotify_event& event)
 void FolderWatch::State::handleFolderItself(const inotify_event& event, const std::string& folder)
 {
     const bool isRoot = std::find(roots.begin(), roots.end(), folder) != roots.end();
-    // The folder above tells of all others, but for one that a link leads to.
+    // All others are reported by the folder above, except one that is reached through a link.
     if (!isRoot && (event.mask & IN_UNMOUNT) == 0)
         return;
     dropTree(folder);

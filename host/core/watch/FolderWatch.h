@@ -10,14 +10,15 @@
 
 namespace qo::host
 {
-/// "NFS", "SMB" and the like for a folder whose changes the system cannot tell, since they are made
-/// elsewhere or by a program; "" for one on a disk of this machine.
+/// The kind of file system, as "NFS" or "SMB", if the system does not report changes of the folder
+/// because they are made on another machine or by a program; "" for a folder on a disk of this
+/// machine.
 std::string remoteKind(const std::string& folder);
 
-/// Watches folders with all that lie below them. A new folder is watched before it is listed, so
-/// that nothing in it is missed. One of the folders itself that goes away asks for a rescan and is
-/// not watched again: then it takes a new FolderWatch. The program's own folders are passed over,
-/// as by a scan. Wants no thread and no kernel of its own; one thread waits, any may stop it.
+/// Watches folders with all folders below them. A new folder is watched before it is listed, so
+/// that nothing in it is missed. When one of the watched folders itself goes away, a rescan is
+/// asked for, and watching it again needs a new FolderWatch. The program's own folders are skipped,
+/// as by a scan. Starts no thread and needs no kernel; one thread waits, any thread may stop it.
 class FolderWatch
 {
 public:
@@ -27,21 +28,21 @@ public:
         std::string reason;
     };
 
-    /// Starts to watch at once. Paths are absolute system paths. A path is told once it has been
-    /// quiet for the settling time. Throws HostError when nothing can be watched at all.
+    /// Starts to watch at once. Paths are absolute system paths. A path is reported when it has
+    /// been quiet for the settling time. Throws HostError when nothing can be watched at all.
     explicit FolderWatch(std::vector<std::string> folders,
                          std::chrono::milliseconds settle = std::chrono::seconds(2));
     ~FolderWatch();
     FolderWatch(const FolderWatch&) = delete;
     FolderWatch& operator=(const FolderWatch&) = delete;
 
-    /// Sleeps until something is to be told. Empty when the time is over or stop() was called.
+    /// Sleeps until there are events to report. Empty when the time is over or stop() was called.
     std::vector<FolderEvent> wait(std::optional<std::chrono::milliseconds> atMost = {});
     /// Ends this and every later wait(). From any thread and from a signal handler.
     void stop() noexcept;
 
-    /// Folders that only a rescan keeps current: those on other machines, and, with a demand for a
-    /// rescan each time, those for which the system had no watch left.
+    /// Folders that only a rescan keeps current: those on other machines, and those for which the
+    /// system had no watch left. Each of the latter is also reported by a demand for a rescan.
     const std::vector<Unwatched>& unwatched() const;
     int watchedFolders() const;
 
