@@ -41,7 +41,7 @@ show() {
     echo "\$ qo $*"
     "${qo[@]}" "$@"
 }
-# "qo roots" prints the folder behind its kind.
+# "qo roots" prints the folder after its kind.
 if "${qo[@]}" roots ls 2>/dev/null | cut -c8- | grep -qxF -- "$folder" &&
     ! "${qo[@]}" status --json | grep -q '"unfinishedScan": *true'; then
     show load
