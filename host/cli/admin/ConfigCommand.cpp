@@ -20,7 +20,7 @@ struct ConfigOptions
     std::string value;
 };
 
-/// Settings that hold a folder: people see and type it as the system has it.
+/// Settings that hold a folder. People see and type it as an ordinary path.
 bool isFolderKey(std::string name)
 {
     while (!name.empty() && std::isdigit(static_cast<unsigned char>(name.back())))
@@ -121,7 +121,7 @@ ExitCode list(CommandLine& line)
     return ExitCode::done;
 }
 
-/// What the kernel would silently take for something else.
+/// Refuses values that the kernel would silently take for something else.
 void checkValue(const std::string& key, const std::string& value)
 {
     if (key.starts_with("MusicCollectionDir"))

@@ -38,7 +38,7 @@ ExitCode help(CommandLine& line, const std::vector<std::string>& names)
         command = sub;
         path += " " + name;
     }
-    // Not App::help(): that explains the command that was chosen, which is this one.
+    // App::help() would explain the command that was chosen, which is "help".
     line.out.write(command->get_formatter()->make_help(command, path, CLI::AppFormatMode::Normal));
     return ExitCode::done;
 }
@@ -62,7 +62,7 @@ std::string optionWords(const CLI::App& app)
     return words;
 }
 
-/// A bash function that knows the commands, their sub-commands and options; files otherwise.
+/// A bash function that completes commands, sub-commands and options, and otherwise files.
 std::string bashCompletion(const CLI::App& app)
 {
     std::string text =

@@ -25,7 +25,7 @@ class LogPrinter
 public:
     LogPrinter(CommandLine& line, int maxLevel) : m_line(line), m_maxLevel(maxLevel) {}
 
-    /// Everything that came since the last call, a head line where the file changes.
+    /// Prints all lines since the last call, with a line of its own where the file changes.
     void print(std::vector<LogReader>& readers)
     {
         for (LogReader& reader : readers)
@@ -59,7 +59,7 @@ private:
     std::string m_lastFile;
 };
 
-/// Readers for files that are not read yet: those of the newest run, or all.
+/// Adds readers for files that are not read yet: those of the newest run, or all.
 void addReaders(std::vector<LogReader>& readers, const CString& folder, bool all)
 {
     const std::vector<CString> files = logFiles(folder);

@@ -75,7 +75,7 @@ void print(CommandLine& line, const MovedFiles& moved)
         (moved.unclear.empty() ? "" : ", " + std::to_string(moved.unclear.size()) + " unclear"));
 }
 
-/// What a scan does now, for the user to agree to.
+/// What the scan will do, for the user to agree to.
 std::string consequences(const MovedFiles& moved)
 {
     std::string text;

@@ -5,13 +5,13 @@
 
 namespace qo::cli
 {
-/// Loads the collection without a scan, shows which of its files seem to have moved while nobody
-/// looked, and with the user's consent gives their records the new paths, so that ids and all that
-/// hangs on them stay. Where it is unclear which file is whose, the scan will take the record away:
-/// that needs the user's consent, too. A scan then finds the rest, which has to come with the new
-/// root folders given here. Returns how many moved. With --dry-run nothing is changed.
+/// Loads the collection without a scan and shows which of its files seem to have been moved without
+/// qo. If the user agrees, their records get the new paths, so that ids and everything that belongs
+/// to them stay. Records of which it is unclear where their file went will be removed by the scan
+/// that follows; the user is asked about that, too. The scan must be given the same new root
+/// folders. Returns how many files moved. With --dry-run nothing is changed.
 int settleMoves(CommandLine& line, host::Session& session, const CStringArray& newRoots);
 
-/// Remembers what the files of the loaded collection begin with, by which later moves are told.
+/// Stores the heads of the files of the loaded collection, by which later moves are recognised.
 void rememberHeads(CommandLine& line, host::Session& session);
 } // namespace qo::cli

@@ -5,7 +5,7 @@
 namespace qo::cli
 {
 /// The root folder that equals the folder or holds it, "" when there is none. Throws HostError for
-/// a folder that differs from a root in upper and lower case alone: the collection has one place
-/// for both.
+/// a folder that differs from a root folder only in case, since the collection cannot tell their
+/// paths apart.
 CString findHolder(const host::RootFolders& roots, const CString& folder);
 } // namespace qo::cli

@@ -4,7 +4,7 @@
 
 namespace qo::cli
 {
-/// A place for a database in the temporary folder; what is made there goes with this object.
+/// A place for a database in the temporary folder. The destructor removes what was made there.
 class ScratchDatabase
 {
 public:

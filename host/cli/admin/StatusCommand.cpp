@@ -184,7 +184,7 @@ ExitCode status(CommandLine& line)
         {
             Database database = lookAtDatabase(Session::databasePath());
             const RootFolders roots;
-            // What an interrupted first scan leaves that kept nothing.
+            // A first scan that was interrupted before it saved anything leaves this.
             if (database.files == 0 && roots.folders().IsEmpty())
                 database.scanned = FILETIME();
             const Json object = statusJson(database, roots);

@@ -34,7 +34,7 @@ public:
     }
     Bustle& lose() { return m_settler.needRescan("lost", m_now), *this; }
     /// "+added *changed -removed from>to ?reason", what is due at that time.
-    std::string told(int millis)
+    std::string reported(int millis)
     {
         at(millis);
         std::string text;
@@ -66,10 +66,10 @@ TEST(EventSettler, TellsAPathOnceItIsQuiet)
 {
     Bustle bustle;
     bustle.at(0).add("/a").at(900).change("/a").at(950).change("/b");
-    EXPECT_EQ(bustle.told(1000), "");
-    EXPECT_EQ(bustle.told(1900), "+/a");
-    EXPECT_EQ(bustle.told(1949), "");
-    EXPECT_EQ(bustle.told(1950), "*/b");
+    EXPECT_EQ(bustle.reported(1000), "");
+    EXPECT_EQ(bustle.reported(1900), "+/a");
+    EXPECT_EQ(bustle.reported(1949), "");
+    EXPECT_EQ(bustle.reported(1950), "*/b");
     EXPECT_FALSE(bustle.isWaiting());
 }
 
@@ -79,9 +79,9 @@ TEST(EventSettler, FileThatStillGrowsIsNotToldYet)
     bustle.disk["/a"] = {10, 1};
     bustle.at(0).add("/a");
     bustle.disk["/a"] = {20, 2};
-    EXPECT_EQ(bustle.told(1000), "");
-    EXPECT_EQ(bustle.told(1999), "");
-    EXPECT_EQ(bustle.told(2000), "+/a");
+    EXPECT_EQ(bustle.reported(1000), "");
+    EXPECT_EQ(bustle.reported(1999), "");
+    EXPECT_EQ(bustle.reported(2000), "+/a");
 }
 
 TEST(EventSettler, MergesWhatHappensToOnePath)
@@ -110,10 +110,10 @@ TEST(EventSettler, MergesWhatHappensToOnePath)
         {"lost",
          [](Bustle& b) { b.add("/a").move("/b", "/c").lose().lose().add("/d"); },
          "?lost +/d"}};
-    for (const auto& [name, happens, told] : cases)
+    for (const auto& [name, happens, reported] : cases)
     {
         Bustle bustle;
         happens(bustle);
-        EXPECT_EQ(bustle.told(1000), told) << name;
+        EXPECT_EQ(bustle.reported(1000), reported) << name;
     }
 }

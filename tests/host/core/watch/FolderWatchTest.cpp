@@ -34,7 +34,7 @@ std::vector<FolderEvent> eventsOf(FolderWatch& watch)
 }
 
 /// "+a *b -c d>e", sorted, with paths below the folder.
-std::string told(FolderWatch& watch, const TempDir& dir)
+std::string reported(FolderWatch& watch, const TempDir& dir)
 {
     const auto relative = [&dir](const std::string& path)
     { return path.starts_with(dir.path()) ? path.substr(dir.path().size() + 1) : path; };
@@ -68,7 +68,7 @@ TEST(FolderWatch, TellsWhatHappensInFoldersOldAndNew)
     {
         const char* name;
         std::function<void()> happens;
-        const char* told;
+        const char* reported;
     } cases[] = {
         {"written", [&] { dir.write("r/a/1", "y"); }, "*r/a/1"},
         {"removed", [&] { fs::remove(dir.path("r/a/2")); }, "-r/a/2"},
@@ -87,7 +87,7 @@ TEST(FolderWatch, TellsWhatHappensInFoldersOldAndNew)
     for (const auto& c : cases)
     {
         c.happens();
-        EXPECT_EQ(told(watch, dir), c.told) << c.name;
+        EXPECT_EQ(reported(watch, dir), c.reported) << c.name;
     }
 }
 
@@ -134,7 +134,7 @@ TEST(FolderWatch, OverflowAsksForARescanAndWatchesOn)
                             [](const FolderEvent& event)
                             { return event.kind == FolderEvent::Kind::needRescan; }));
     dir.write("r/new/c", "x");
-    EXPECT_EQ(told(watch, dir), "+r/new/c");
+    EXPECT_EQ(reported(watch, dir), "+r/new/c");
 }
 
 TEST(FolderWatch, StopEndsTheWaitFromAnotherThread)
@@ -237,5 +237,5 @@ TEST(FolderWatch, PassesOverTheProgramsOwnFolders)
     FolderWatch watch({here.dir.path()}, settle);
     here.dir.write("data/Qorganizer/x", "x");
     here.dir.write("music/1", "x");
-    EXPECT_EQ(told(watch, here.dir), "+music/1");
+    EXPECT_EQ(reported(watch, here.dir), "+music/1");
 }
