@@ -23,6 +23,7 @@
 
 #include <exception>
 #include <limits>
+#include <new>
 
 // One table row for each format says how its TagLib file is opened and read. collectFrom() offers
 // the tags of an open file, best first; readOpened() adds the properties of the sound; parse()
@@ -216,14 +217,23 @@ bool parse(ByteStream& stream, AudioFormat expected, AudioFileContent& content)
     const bool aiff = content.format == AudioFormat::aiff;
     if ((aiff || content.format == AudioFormat::wav) && hasUnboundedFrames(stream, aiff))
         return false;
+    const FormatRow& row = rowOf(content.format);
+    if (!row.open)
+        return false;
     BoundedFrameFactory factory;
-    const std::unique_ptr<TagLib::File> file = rowOf(content.format).open(stream, factory);
+    const std::unique_ptr<TagLib::File> file = row.open(stream, factory);
     if (!file->isValid())
         return false;
-    rowOf(content.format).read(*file, content);
+    row.read(*file, content);
     return holdsSomething(*file, content);
 }
 } // namespace
+
+bool isLackOfMemory(const std::exception& exception)
+{
+    return dynamic_cast<const std::bad_alloc*>(&exception) &&
+           !dynamic_cast<const std::bad_array_new_length*>(&exception);
+}
 
 bool readAudioFile(const CString& path,
                    AudioFormat expected,
@@ -253,8 +263,10 @@ bool readAudioFile(std::unique_ptr<qo::IFile> file,
                 : sound              ? u"the file asks for more work than a sound file would"
                                      : u"the file is damaged or of another format";
     }
-    catch (const std::exception&)
+    catch (const std::exception& exception)
     {
+        if (isLackOfMemory(exception))
+            throw;
         // TagLib does not throw by itself: this is a failed allocation, of a size that the file
         // stated.
         error = u"the file is damaged";

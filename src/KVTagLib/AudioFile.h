@@ -5,6 +5,7 @@
 #include "platform/FileSystem.h"
 #include "types/String.h"
 
+#include <exception>
 #include <memory>
 
 namespace KVTagLib
@@ -28,9 +29,13 @@ struct AudioFileContent
     TagValues values;
 };
 
+/// Whether an allocation failed, and not for a size that no memory could hold.
+bool isLackOfMemory(const std::exception& exception);
+
 /// Reads tags and sound properties in one pass. False, with one sentence in error, when the file
 /// cannot be opened, is neither of the expected format nor of another known one, or asks for more
-/// work than a sound file could. Never throws. The second form takes over an open file.
+/// work than a sound file could. Throws nothing but std::bad_alloc, when memory is short: that says
+/// nothing of the file. The second form takes over an open file.
 bool readAudioFile(const CString& path,
                    AudioFormat expected,
                    AudioFileContent& content,

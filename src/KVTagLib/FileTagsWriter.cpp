@@ -38,8 +38,8 @@ std::optional<std::string> digestOf(const CString& path, AudioFormat format)
     return file ? digestOfSound(*file, format) : std::nullopt;
 }
 
-/// An exception comes from TagLib when a damaged file asks for too much memory, and from the copy
-/// when the write shall stop.
+/// An exception comes from TagLib when a damaged file states an impossible size, and from the copy
+/// when the write shall stop. A lack of memory goes on to the caller.
 bool editCopy(qo::FileReplacement& copy, AudioFormat format, const TagChanges& changes)
 {
     try
@@ -47,8 +47,10 @@ bool editCopy(qo::FileReplacement& copy, AudioFormat format, const TagChanges& c
         CopyStream stream(copy);
         return editAudioFile(stream, format, changes);
     }
-    catch (const std::exception&)
+    catch (const std::exception& exception)
     {
+        if (isLackOfMemory(exception))
+            throw;
         return false;
     }
 }

@@ -20,8 +20,9 @@ public:
     /// file is not touched.
     ///
     /// The work is done on a copy that is read again and compared before it takes the file's
-    /// place, so a failure leaves the file as it was. Never throws. On false GetError() gives the
-    /// cause. A WriteStop of the calling thread ends it early, also without a change.
+    /// place, so a failure leaves the file as it was. Throws nothing but std::bad_alloc. On false
+    /// GetError() gives the cause. A WriteStop of the calling thread ends it early, also without a
+    /// change.
     virtual bool Write(CTags& tags) = 0;
 
     /// One sentence about the last failure, without the path; "" after success.

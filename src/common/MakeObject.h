@@ -20,6 +20,20 @@ struct SourcePlace
 /// Logs a failed allocation and throws a CQoException* of type outOfMemory.
 [[noreturn]] QO_API void throwOutOfMemory(const SourcePlace& place);
 
+/// What the steps answer; a failed allocation in them ends in throwOutOfMemory().
+template <class Steps>
+auto orOutOfMemory(const SourcePlace& place, Steps steps)
+{
+    try
+    {
+        return steps();
+    }
+    catch (const std::bad_alloc&)
+    {
+        throwOutOfMemory(place);
+    }
+}
+
 /// A new object with a handle; lack of memory ends in throwOutOfMemory().
 template <class T, class... Args>
 boost::shared_ptr<T> makeObject(const SourcePlace& place, Args&&... args)

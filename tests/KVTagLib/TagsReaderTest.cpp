@@ -1,3 +1,4 @@
+#include "KVTagLib/AudioFile.h"
 #include "KVTagLib/TagFiles.h"
 #include "KVTagLib/ValidExtensions.h"
 
@@ -195,6 +196,17 @@ TEST(TagsReader, UnusableFilesAreRefusedWithAReason)
         EXPECT_FALSE(reader->GetError().IsEmpty());
         EXPECT_EQ(valuesOf(tags).title, "kept");
     }
+}
+
+TEST(TagsReader, AFormatThatNothingOpensIsRefused)
+{
+    const TempDir dir;
+    dir.write("words", "no sound at all");
+    KVTagLib::AudioFileContent content(false);
+    CString error;
+    EXPECT_FALSE(KVTagLib::readAudioFile(
+        dir.collPath("words"), KVTagLib::AudioFormat::unknown, content, error));
+    EXPECT_EQ(error, CString(u"the file is damaged or of another format"));
 }
 
 TEST(TagsReader, CutAndTwistedFilesNeitherCrashNorHang)

@@ -119,8 +119,8 @@ CMusicTagEx::CMusicTagEx() noexcept : m_record(nullptr) {}
 
 CMusicTagEx::~CMusicTagEx()
 {
-    setHasOriginalLyrics(false);
     forget();
+    setHasOriginalLyrics(false);
 }
 
 void CMusicTagEx::forget() const noexcept
@@ -192,14 +192,22 @@ CTagAttrib* CMusicTagEx::getAttrib(EAttribType type)
 /// In the three cheaper forms the only values are those of SV_Original.
 bool CMusicTagEx::get(EAttribType type, ESrcValueType source, CString& text) const
 {
-    text.Empty();
+    // The output may be the very text that is read, as that of the record.
     if (m_store == EStore::attribs)
-        return getConstAttrib(type)->getValue(source, text);
+    {
+        CString value;
+        const bool found = getConstAttrib(type)->getValue(source, value);
+        text = value;
+        return found;
+    }
     const bool isOriginal = source == original || source == CTagAttribValue::SV_Current;
     const int index = indexOf(type);
     if (!isOriginal || m_store == EStore::nowhere ||
         (m_store == EStore::texts && !m_texts->has(index)))
+    {
+        text.Empty();
         return false;
+    }
     const CString& kept = m_store == EStore::record
                               ? mirroredText(*m_record, type, m_hasOriginalLyrics)
                               : m_texts->all[index];
@@ -363,6 +371,8 @@ void CMusicTagEx::setHasOriginalLyrics(bool has)
 {
     if (has == m_hasOriginalLyrics)
         return;
+    // The flag says which lyrics of a record are the tag's: it changes the flag alone.
+    keepTexts();
     m_hasOriginalLyrics = has;
     lyricsCount += has ? 1 : -1;
 }
@@ -475,13 +485,14 @@ unsigned CMusicTagEx::getBitrate() const noexcept
 
 void CMusicTagEx::mirror(const QoFileDbItem& record)
 {
-    // A tag with edits copies the file's values and keeps the edits.
-    if (m_store == EStore::attribs)
+    // A tag with edits copies the file's values and keeps the edits. Lyrics of an unknown origin
+    // are copied too: in the record those of the file may come in their place.
+    if (m_store == EStore::attribs || (!record.lyricsLoaded && !record.lyrics.IsEmpty()))
         return take(record);
     forget();
+    setHasOriginalLyrics(record.lyricsLoaded);
     m_record = &record;
     m_store = EStore::record;
-    setHasOriginalLyrics(record.lyricsLoaded);
 }
 
 void CMusicTagEx::keepTexts()

@@ -11,7 +11,8 @@
 /// The tag of one music file, in which each attribute may have several values, one from each
 /// source: the file itself (SV_Original), the user (SV_Edited), or sources of the host. For each
 /// attribute one source is chosen as the current one; a tag in which another than SV_Original is
-/// chosen is dirty. Paths are in collection form. Nothing here throws except for lack of memory.
+/// chosen is dirty. Paths are in collection form. Nothing here throws except for lack of memory,
+/// which is a CQoException* of type outOfMemory.
 ///
 ///   tag.readTag(path)                              title: Original "Low"                 clean
 ///   tag.setTitle(u"Low Tide", SV_Edited, true)     Original "Low", Edited "Low Tide"     dirty

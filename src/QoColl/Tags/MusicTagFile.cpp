@@ -8,6 +8,7 @@
 #include "QoColl/Tags/MusicTagEx.h"
 #include "common/FileUtils.h"
 #include "common/Log.h"
+#include "common/MakeObject.h"
 #include "common/Paths.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
@@ -107,7 +108,9 @@ bool CMusicTagEx::readTag(const char16_t* path, CTags& tags)
                 path);
         return false;
     }
-    const bool read = reader->Read(tags, -1, -1);
+    // Taken for a damaged file, it would be stored without its tags.
+    const bool read = qo::orOutOfMemory(QO_HERE(u".\\QoColl\\MusicTagEx"),
+                                        [&] { return reader->Read(tags, -1, -1); });
     if (!read)
     {
         qo::log(qo::level::error,
@@ -170,7 +173,8 @@ bool CMusicTagEx::writeTag(const char16_t* path, CTags& tags)
         KVTagLib::CTagsWriterFactory::CreateTagsWriter(path));
     if (!writer)
         return false;
-    const bool written = writer->Write(tags);
+    const bool written =
+        qo::orOutOfMemory(QO_HERE(u".\\QoColl\\MusicTagEx"), [&] { return writer->Write(tags); });
     if (!written)
         logWriteError(path, writer->GetError());
     return written;

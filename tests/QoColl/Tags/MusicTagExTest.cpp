@@ -270,6 +270,41 @@ TEST(MusicTagEx, AnswersAlikeBeforeAndAfterItsAttributesBecomeObjects)
     }
 }
 
+TEST(MusicTagEx, ValuesMayBeReadIntoTheRecordTheyComeFrom)
+{
+    const std::pair<const char*, void (*)(CMusicTagEx&, const QoFileDbItemPtr&)> ways[] = {
+        {"mirrored", [](CMusicTagEx& tag, const QoFileDbItemPtr& item) { tag.mirror(*item); }},
+        {"taken over", [](CMusicTagEx& tag, const QoFileDbItemPtr& item) { tag.setTag(item); }}};
+    for (const auto& [name, way] : ways)
+    {
+        const auto item = makeItem();
+        CMusicTagEx tag;
+        way(tag, item);
+        EXPECT_TRUE(tag.getArtist(original, item->artist)) << name;
+        EXPECT_TRUE(tag.getLyrics(current, item->lyrics)) << name;
+        EXPECT_EQ(item->artist, CString(u"Ann")) << name;
+        EXPECT_EQ(item->lyrics, CString(u"la")) << name;
+        EXPECT_FALSE(tag.getArtist(edited, item->artist));
+        EXPECT_TRUE(item->artist.IsEmpty()) << name;
+    }
+}
+
+TEST(MusicTagEx, TheLyricsFlagChangesNoLyrics)
+{
+    for (const bool isLoaded : {false, true})
+    {
+        const auto item = makeItem();
+        item->lyricsLoaded = isLoaded;
+        CMusicTagEx tag;
+        tag.mirror(*item);
+        EXPECT_EQ(tag.getLyrics(), CString(u"la")) << isLoaded;
+        tag.setHasOriginalLyrics(!isLoaded);
+        EXPECT_EQ(tag.getLyrics(), CString(u"la")) << isLoaded;
+        item->lyrics = u"other";
+        EXPECT_EQ(tag.getLyrics(), CString(u"la")) << isLoaded;
+    }
+}
+
 TEST(MusicTagEx, LyricsThatAreLoadedIntoItsRecordDoNotBecomeTheFilesOwn)
 {
     const auto item = makeItem();

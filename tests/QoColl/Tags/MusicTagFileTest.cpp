@@ -2,9 +2,11 @@
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Tags/MusicTagEx.h"
 #include "QoColl/Tags/TagSources.h"
+#include "common/QoException.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
+#include "support/HungryFiles.h"
 #include "support/LogCapture.h"
 #include "support/Print.h"
 #include "support/TempDir.h"
@@ -13,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <memory>
 #include <utility>
 
 namespace
@@ -180,6 +183,25 @@ TEST_F(MusicTagFile, FailedReadLeavesNoValues)
             << name << "\n"
             << log.all();
     }
+}
+
+TEST_F(MusicTagFile, LackOfMemoryIsNoFailedRead)
+{
+    const CString path = sound("sound.mp3");
+    const HungryFiles files;
+    CMusicTagEx tag;
+    const LogCapture log(qo::level::error);
+    try
+    {
+        tag.readTag(path);
+        ADD_FAILURE() << "taken for a file without a tag";
+    }
+    catch (CQoException* raw)
+    {
+        const std::unique_ptr<CQoException> exception(raw);
+        EXPECT_EQ(exception->getType(), CQoException::outOfMemory);
+    }
+    EXPECT_TRUE(log.has("not enough memory: file: .\\QoColl\\MusicTagEx, line: ")) << log.all();
 }
 
 TEST_F(MusicTagFile, TimeIsReadAnewWithoutTouchingTheRest)
