@@ -89,23 +89,24 @@ void CLTManager::cleanUp(bool final)
     {
         for (const LTListInfo& info : m_ltListInfoList)
         {
-            if (info.type == type && checkReleaseObjects(info))
+            if (info.type == type && releaseUnused(info))
                 isAnyUnused = true;
         }
     }
     for (const LTListInfo& info : m_ltListInfoList)
     {
-        if (isAnyUnused)
-            removeUnused(info);
-        if (final)
-            endLTList(info);
+        // Once more, since releasing the links of one kind makes objects of others unused.
+        const std::vector<int> unused = isAnyUnused ? unusedIn(info) : std::vector<int>();
+        if (info.type == CLTObjectType::Track)
+            lists().forgetStrays(unused);
+        cleanUpList(*info.list, unused, final, info.name);
     }
     if (m_tracks.IsEmpty())
         lists().strayTracks = 0;
     qo::UnusedNotes::instance().clear();
 }
 
-bool CLTManager::checkReleaseObjects(const LTListInfo& info)
+bool CLTManager::releaseUnused(const LTListInfo& info)
 {
     const std::vector<int> unused = unusedIn(info);
     for (const int index : unused)
@@ -113,47 +114,83 @@ bool CLTManager::checkReleaseObjects(const LTListInfo& info)
     return !unused.empty();
 }
 
-void CLTManager::removeUnused(const LTListInfo& info)
+void CLTManager::checkReleaseObjects(CPtrListT<CLTObject>& list)
 {
-    // Once more, since releasing the links of one kind makes objects of others unused.
-    const std::vector<int> unused = unusedIn(info);
-    if (unused.empty())
-        return;
-    if (info.type == CLTObjectType::Track)
-        lists().forgetStrays(unused);
-    info.list->remove(unused);
-    qo::log(qo::level::flow, u"cleaned up %d %s", static_cast<int>(unused.size()), info.name);
+    for (int i = 0; i < list.GetSize(); ++i)
+        checkReleaseObject(list[i]);
 }
 
-void CLTManager::endLTList(const LTListInfo& info)
+void CLTManager::cleanUpLTList(CPtrListT<CLTObject>& list, bool final, const char16_t* name)
 {
-    const int left = info.list->count();
-    if (left > 0)
-        qo::log(qo::level::error, u"%d unreleased %s objects (%d)", left, info.name, info.type);
-    info.list->clear();
+    qo::LTListOf<CLTObject> whole(list);
+    cleanUpList(whole, whole.findUnused(), final, name);
+}
+
+void CLTManager::cleanUpList(qo::LTList& list,
+                             const std::vector<int>& unused,
+                             bool final,
+                             const char16_t* name)
+{
+    const int count = list.count();
+    const int lastType = count > 0 ? list.object(count - 1).getType() : 0;
+    const int removed = static_cast<int>(unused.size());
+    if (removed > 0)
+    {
+        list.remove(unused);
+        if (name)
+            qo::log(qo::level::flow, u"cleaned up %d %s", removed, name);
+        else
+            qo::log(qo::level::flow, u"cleaned up %d lt objects of type %d", removed, lastType);
+    }
+    if (!final)
+        return;
+    if (count > removed)
+        qo::log(qo::level::error,
+                u"%d unreleased %s objects (%d)",
+                count - removed,
+                name ? name : u"",
+                lastType);
+    list.clear();
+}
+
+qo::LTList* CLTManager::getLTList(CLTObjectType::EType type, const char16_t** name)
+{
+    for (const LTListInfo& info : m_ltListInfoList)
+    {
+        if (info.type != type)
+            continue;
+        if (name)
+            *name = info.name;
+        return info.list;
+    }
+    return nullptr;
 }
 
 void CLTManager::logStatistics()
 {
     for (const LTListInfo& info : m_ltListInfoList)
-        logLTList(info);
+        logList(info.name, *info.list);
 }
 
-void CLTManager::logLTList(const LTListInfo& info)
+void CLTManager::logLTList(const char16_t* name, CPtrListT<CLTObject>& list)
+{
+    logList(name, qo::LTListOf<CLTObject>(list));
+}
+
+void CLTManager::logList(const char16_t* name, const qo::LTList& list)
 {
     if (!qo::isLogged(qo::level::step))
         return;
     int unknown = 0;
     int unused = 0;
-    const int count = info.list->count();
+    const int count = list.count();
     for (int i = 0; i < count; ++i)
     {
-        const CLTObject& object = info.list->object(i);
+        const CLTObject& object = list.object(i);
         unknown += object.isUnknown();
         unused += !object.isUsed();
     }
-    qo::log(
-        qo::level::step, u"%16s: %d / %d unknown / %d unused", info.name, count, unknown, unused);
+    qo::log(qo::level::step, u"%16s: %d / %d unknown / %d unused", name, count, unknown, unused);
 }
 
 void CLTManager::resetCheckState()

@@ -6,6 +6,8 @@
 #include "QoColl/Tags/SimpleMusicTag.h"
 #include "common/PtrListT.h"
 
+#include <vector>
+
 namespace qo
 {
 class LTList;
@@ -97,62 +99,63 @@ public:
                                                      int& position);
 
     // Links: each function sets or clears both sides. A link that leads to another object must be
-    // cleared before it is set anew. The handles must not be references into the objects
-    // themselves, since clearing a link empties these.
+    // cleared before it is set anew. Clearing takes its handles by value, since those of the caller
+    // may be references into the objects themselves, which it empties.
     static void setArtistToTrackLink(const boost::shared_ptr<CLTArtist>& artist,
                                      const boost::shared_ptr<CLTTrack>& track);
-    static void clearArtistToTrackLink(const boost::shared_ptr<CLTArtist>& artist,
-                                       const boost::shared_ptr<CLTTrack>& track);
+    static void clearArtistToTrackLink(boost::shared_ptr<CLTArtist> artist,
+                                       boost::shared_ptr<CLTTrack> track);
     static void setAlbumToTrackLink(const boost::shared_ptr<CLTAlbum>& album,
                                     const boost::shared_ptr<CLTTrack>& track);
-    static void clearAlbumToTrackLink(const boost::shared_ptr<CLTAlbum>& album,
-                                      const boost::shared_ptr<CLTTrack>& track);
+    static void clearAlbumToTrackLink(boost::shared_ptr<CLTAlbum> album,
+                                      boost::shared_ptr<CLTTrack> track);
     static void setTrackToGenreLink(const boost::shared_ptr<CLTTrack>& track,
                                     const boost::shared_ptr<CLTGenre>& genre);
     /// Does nothing when the genre is null.
-    static void clearTrackToGenreLink(const boost::shared_ptr<CLTTrack>& track,
-                                      const boost::shared_ptr<CLTGenre>& genre);
+    static void clearTrackToGenreLink(boost::shared_ptr<CLTTrack> track,
+                                      boost::shared_ptr<CLTGenre> genre);
     static void setArtistToAlbumLink(const boost::shared_ptr<CLTArtist>& artist,
                                      const boost::shared_ptr<CLTAlbum>& album);
-    static void clearArtistToAlbumLink(const boost::shared_ptr<CLTArtist>& artist,
-                                       const boost::shared_ptr<CLTAlbum>& album);
+    static void clearArtistToAlbumLink(boost::shared_ptr<CLTArtist> artist,
+                                       boost::shared_ptr<CLTAlbum> album);
     static void setAlbumToPictureLink(const boost::shared_ptr<CLTAlbum>& album,
                                       const boost::shared_ptr<CLTPicture>& picture);
-    static void clearAlbumToPictureLink(const boost::shared_ptr<CLTAlbum>& album,
-                                        const boost::shared_ptr<CLTPicture>& picture);
+    static void clearAlbumToPictureLink(boost::shared_ptr<CLTAlbum> album,
+                                        boost::shared_ptr<CLTPicture> picture);
     static void setArtistToPictureLink(const boost::shared_ptr<CLTArtist>& artist,
                                        const boost::shared_ptr<CLTPicture>& picture);
-    static void clearArtistToPictureLink(const boost::shared_ptr<CLTArtist>& artist,
-                                         const boost::shared_ptr<CLTPicture>& picture);
+    static void clearArtistToPictureLink(boost::shared_ptr<CLTArtist> artist,
+                                         boost::shared_ptr<CLTPicture> picture);
     static void setTrackToLyricsLink(const boost::shared_ptr<CLTTrack>& track,
                                      const boost::shared_ptr<CLTLyrics>& lyrics);
-    static void clearTrackToLyricsLink(const boost::shared_ptr<CLTTrack>& track,
-                                       const boost::shared_ptr<CLTLyrics>& lyrics);
+    static void clearTrackToLyricsLink(boost::shared_ptr<CLTTrack> track,
+                                       boost::shared_ptr<CLTLyrics> lyrics);
     static void setAlbumToLyricsLink(const boost::shared_ptr<CLTAlbum>& album,
                                      const boost::shared_ptr<CLTLyrics>& lyrics);
-    static void clearAlbumToLyricsLink(const boost::shared_ptr<CLTAlbum>& album,
-                                       const boost::shared_ptr<CLTLyrics>& lyrics);
+    static void clearAlbumToLyricsLink(boost::shared_ptr<CLTAlbum> album,
+                                       boost::shared_ptr<CLTLyrics> lyrics);
 
     // Objects for the files that join a collection, and their release. create... finds or makes the
     // objects of a tag and links them; release... clears the links of the file's objects as far as
-    // nothing else uses these. Unused objects stay in the lists until cleanUp().
+    // nothing else uses these, and takes the file by value, as clearing a link does. Unused objects
+    // stay in the lists until cleanUp().
     static boost::shared_ptr<CLTAlbum> createLTAlbum(const SimpleMusicTag& tag);
     static boost::shared_ptr<CLTArtist> createLTArtist(const SimpleMusicTag& tag);
     static boost::shared_ptr<CLTGenre> createLTGenre(const SimpleMusicTag& tag);
     static void createMusicLTObjects(const boost::shared_ptr<CHDMusicFile>& file);
-    static void releaseMusicLTObjects(const boost::shared_ptr<CHDMusicFile>& file);
+    static void releaseMusicLTObjects(boost::shared_ptr<CHDMusicFile> file);
     /// Joins an album, else an artist, that exists; when neither does, the file gets no picture
     /// object.
     static void createPictureLTObjects(const boost::shared_ptr<CHDPictureFile>& file);
     static void createPictureLTObjects(const boost::shared_ptr<CHDPictureFile>& file,
                                        const boost::shared_ptr<CLTObject>& owner);
-    static void releasePictureLTObjects(const boost::shared_ptr<CHDPictureFile>& file);
+    static void releasePictureLTObjects(boost::shared_ptr<CHDPictureFile> file);
     /// Joins a track, else an album, that exists; when neither does, the file gets no lyrics
     /// object.
     static void createLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& file);
     static void createLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& file,
                                       const boost::shared_ptr<CLTObject>& owner);
-    static void releaseLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& file);
+    static void releaseLyricsLTObjects(boost::shared_ptr<CHDTextFile> file);
 
     // All objects, in the order of the lists.
     static const CPtrListT<CLTAlbum>& getAlbums() noexcept { return m_albums; }
@@ -164,8 +167,16 @@ public:
 
 protected:
     CLTManager() = default;
-    /// Clears the links of an object that is not used; it stays in its list until removeUnused().
-    static void checkReleaseObject(const boost::shared_ptr<CLTObject>& object);
+    /// The list of a type, and what log lines call it unless name is null; null before init() and
+    /// for a value that is no type.
+    static qo::LTList* getLTList(CLTObjectType::EType type, const char16_t** name);
+    /// Removes the unused objects and, at the end (final), all. The name is for the log and may be
+    /// null. For a list of the caller's; those of this class are kept in step by cleanUp().
+    static void cleanUpLTList(CPtrListT<CLTObject>& list, bool final, const char16_t* name);
+    /// Clears the links of an object that is not used; it stays in its list until cleanUp().
+    static void checkReleaseObject(boost::shared_ptr<CLTObject> object);
+    static void checkReleaseObjects(CPtrListT<CLTObject>& list);
+    static void logLTList(const char16_t* name, CPtrListT<CLTObject>& list);
 
 private:
     /// The searchable side of the lists; see LTLists.h.
@@ -180,10 +191,10 @@ private:
     static const boost::shared_ptr<CLTArtist>& artistOf(const SimpleMusicTag& tag);
     static const boost::shared_ptr<CLTGenre>& genreOf(const SimpleMusicTag& tag);
     /// Releases the links of the list's unused objects; true if there were any.
-    static bool checkReleaseObjects(const LTListInfo& info);
-    static void removeUnused(const LTListInfo& info);
-    static void endLTList(const LTListInfo& info);
-    static void logLTList(const LTListInfo& info);
+    static bool releaseUnused(const LTListInfo& info);
+    static void
+    cleanUpList(qo::LTList& list, const std::vector<int>& unused, bool final, const char16_t* name);
+    static void logList(const char16_t* name, const qo::LTList& list);
 
     static CArray<LTListInfo> m_ltListInfoList; ///< empty until init()
     static CPtrListT<CLTAlbum> m_albums;

@@ -15,18 +15,6 @@
 
 namespace
 {
-/// Runs the steps. When memory runs out, what they have done until then stays.
-template <class STEPS>
-void orOutOfMemory(STEPS steps)
-try
-{
-    steps();
-}
-catch (const std::bad_alloc&)
-{
-    qo::throwOutOfMemory(QO_HERE(u".\\Logical\\LTManager"));
-}
-
 // Each clears the links of one kind of object. The handles of the other ends are copied first,
 // since clearing a link empties the one in the object.
 
@@ -64,26 +52,27 @@ void releaseTrack(const boost::shared_ptr<CLTTrack>& track)
 
 void CLTManager::createMusicLTObjects(const boost::shared_ptr<CHDMusicFile>& file)
 {
-    orOutOfMemory(
-        [&file]
-        {
-            SimpleMusicTag& tag = lists().tag;
-            file->getSimpleTag(tag);
-            const auto track = createLTTrack(tag);
-            const boost::shared_ptr<CLTAlbum>& album = albumOf(tag);
-            const boost::shared_ptr<CLTArtist>& artist = artistOf(tag);
-            const boost::shared_ptr<CLTGenre>& genre = genreOf(tag);
-            setArtistToTrackLink(artist, track);
-            --lists().strayTracks; // createLTTrack() counted it
-            setAlbumToTrackLink(album, track);
-            setTrackToGenreLink(track, genre);
-            setArtistToAlbumLink(artist, album);
-            file->setTrack(track);
-            track->addMusicFile(file);
-        });
+    // What was done before memory ran out stays.
+    qo::orOutOfMemory(QO_HERE(u".\\Logical\\LTManager"),
+                      [&file]
+                      {
+                          SimpleMusicTag& tag = lists().tag;
+                          file->getSimpleTag(tag);
+                          const auto track = createLTTrack(tag);
+                          const boost::shared_ptr<CLTAlbum>& album = albumOf(tag);
+                          const boost::shared_ptr<CLTArtist>& artist = artistOf(tag);
+                          const boost::shared_ptr<CLTGenre>& genre = genreOf(tag);
+                          setArtistToTrackLink(artist, track);
+                          --lists().strayTracks; // createLTTrack() counted it
+                          setAlbumToTrackLink(album, track);
+                          setTrackToGenreLink(track, genre);
+                          setArtistToAlbumLink(artist, album);
+                          file->setTrack(track);
+                          track->addMusicFile(file);
+                      });
 }
 
-void CLTManager::releaseMusicLTObjects(const boost::shared_ptr<CHDMusicFile>& file)
+void CLTManager::releaseMusicLTObjects(boost::shared_ptr<CHDMusicFile> file)
 {
     const auto track = file->getTrack();
     if (!track)
@@ -120,7 +109,9 @@ void CLTManager::createPictureLTObjects(const boost::shared_ptr<CHDPictureFile>&
 void CLTManager::createPictureLTObjects(const boost::shared_ptr<CHDPictureFile>& file,
                                         const boost::shared_ptr<CLTObject>& owner)
 {
-    orOutOfMemory(
+    // What was done before memory ran out stays.
+    qo::orOutOfMemory(
+        QO_HERE(u".\\Logical\\LTManager"),
         [&file, &owner]
         {
             const auto picture = qo::makeObject<CLTPicture>(QO_HERE(u".\\Logical\\LTManager"));
@@ -135,7 +126,7 @@ void CLTManager::createPictureLTObjects(const boost::shared_ptr<CHDPictureFile>&
         });
 }
 
-void CLTManager::releasePictureLTObjects(const boost::shared_ptr<CHDPictureFile>& file)
+void CLTManager::releasePictureLTObjects(boost::shared_ptr<CHDPictureFile> file)
 {
     const auto picture = file->getPicture();
     if (!picture)
@@ -160,7 +151,9 @@ void CLTManager::createLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& fil
 void CLTManager::createLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& file,
                                        const boost::shared_ptr<CLTObject>& owner)
 {
-    orOutOfMemory(
+    // What was done before memory ran out stays.
+    qo::orOutOfMemory(
+        QO_HERE(u".\\Logical\\LTManager"),
         [&file, &owner]
         {
             const bool isTrack = owner->getType() == CLTObjectType::Track;
@@ -182,7 +175,7 @@ void CLTManager::createLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& fil
         });
 }
 
-void CLTManager::releaseLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& file)
+void CLTManager::releaseLyricsLTObjects(boost::shared_ptr<CHDTextFile> file)
 {
     const auto lyrics = file->getLyrics();
     if (!lyrics)
@@ -192,7 +185,7 @@ void CLTManager::releaseLyricsLTObjects(const boost::shared_ptr<CHDTextFile>& fi
     checkReleaseObject(lyrics);
 }
 
-void CLTManager::checkReleaseObject(const boost::shared_ptr<CLTObject>& object)
+void CLTManager::checkReleaseObject(boost::shared_ptr<CLTObject> object)
 {
     if (object->isUsed())
         return;

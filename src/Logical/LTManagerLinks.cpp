@@ -11,8 +11,8 @@ void CLTManager::setArtistToTrackLink(const boost::shared_ptr<CLTArtist>& artist
     artist->addTrack(track);
 }
 
-void CLTManager::clearArtistToTrackLink(const boost::shared_ptr<CLTArtist>& artist,
-                                        const boost::shared_ptr<CLTTrack>& track)
+void CLTManager::clearArtistToTrackLink(boost::shared_ptr<CLTArtist> artist,
+                                        boost::shared_ptr<CLTTrack> track)
 {
     lists().strayTracks += track->getArtist() != nullptr;
     artist->removeTrack(track);
@@ -26,8 +26,8 @@ void CLTManager::setAlbumToTrackLink(const boost::shared_ptr<CLTAlbum>& album,
     album->addTrack(track);
 }
 
-void CLTManager::clearAlbumToTrackLink(const boost::shared_ptr<CLTAlbum>& album,
-                                       const boost::shared_ptr<CLTTrack>& track)
+void CLTManager::clearAlbumToTrackLink(boost::shared_ptr<CLTAlbum> album,
+                                       boost::shared_ptr<CLTTrack> track)
 {
     album->removeTrack(track);
     track->setAlbum({});
@@ -40,8 +40,8 @@ void CLTManager::setTrackToGenreLink(const boost::shared_ptr<CLTTrack>& track,
     genre->addTrack(track);
 }
 
-void CLTManager::clearTrackToGenreLink(const boost::shared_ptr<CLTTrack>& track,
-                                       const boost::shared_ptr<CLTGenre>& genre)
+void CLTManager::clearTrackToGenreLink(boost::shared_ptr<CLTTrack> track,
+                                       boost::shared_ptr<CLTGenre> genre)
 {
     if (!genre)
         return;
@@ -61,8 +61,8 @@ void CLTManager::setArtistToAlbumLink(const boost::shared_ptr<CLTArtist>& artist
     artist->addAlbum(album);
 }
 
-void CLTManager::clearArtistToAlbumLink(const boost::shared_ptr<CLTArtist>& artist,
-                                        const boost::shared_ptr<CLTAlbum>& album)
+void CLTManager::clearArtistToAlbumLink(boost::shared_ptr<CLTArtist> artist,
+                                        boost::shared_ptr<CLTAlbum> album)
 {
     lists().isLastAlbumSure = false;
     artist->removeAlbum(album);
@@ -76,8 +76,8 @@ void CLTManager::setAlbumToPictureLink(const boost::shared_ptr<CLTAlbum>& album,
     album->addPicture(picture);
 }
 
-void CLTManager::clearAlbumToPictureLink(const boost::shared_ptr<CLTAlbum>& album,
-                                         const boost::shared_ptr<CLTPicture>& picture)
+void CLTManager::clearAlbumToPictureLink(boost::shared_ptr<CLTAlbum> album,
+                                         boost::shared_ptr<CLTPicture> picture)
 {
     album->removePicture(picture);
     picture->setAlbum({});
@@ -90,8 +90,8 @@ void CLTManager::setArtistToPictureLink(const boost::shared_ptr<CLTArtist>& arti
     artist->addPicture(picture);
 }
 
-void CLTManager::clearArtistToPictureLink(const boost::shared_ptr<CLTArtist>& artist,
-                                          const boost::shared_ptr<CLTPicture>& picture)
+void CLTManager::clearArtistToPictureLink(boost::shared_ptr<CLTArtist> artist,
+                                          boost::shared_ptr<CLTPicture> picture)
 {
     artist->removePicture(picture);
     picture->setArtist({});
@@ -104,8 +104,8 @@ void CLTManager::setTrackToLyricsLink(const boost::shared_ptr<CLTTrack>& track,
     lyrics->setTrack(track);
 }
 
-void CLTManager::clearTrackToLyricsLink(const boost::shared_ptr<CLTTrack>& track,
-                                        const boost::shared_ptr<CLTLyrics>& lyrics)
+void CLTManager::clearTrackToLyricsLink(boost::shared_ptr<CLTTrack> track,
+                                        boost::shared_ptr<CLTLyrics> lyrics)
 {
     track->setLyrics({});
     lyrics->setTrack({});
@@ -118,8 +118,8 @@ void CLTManager::setAlbumToLyricsLink(const boost::shared_ptr<CLTAlbum>& album,
     album->addLyrics(lyrics);
 }
 
-void CLTManager::clearAlbumToLyricsLink(const boost::shared_ptr<CLTAlbum>& album,
-                                        const boost::shared_ptr<CLTLyrics>& lyrics)
+void CLTManager::clearAlbumToLyricsLink(boost::shared_ptr<CLTAlbum> album,
+                                        boost::shared_ptr<CLTLyrics> lyrics)
 {
     album->removeLyrics(lyrics);
     lyrics->setAlbum({});

@@ -24,11 +24,11 @@ public:
 
     /// The display name with a prefix for the class, such as "Ar:ABBA"; the argument has no effect.
     CString toString(bool full) const override;
+    /// True without a name, so for all lyrics and pictures.
+    virtual bool isUnknown() const noexcept final { return m_name.IsEmpty(); }
     /// Whether anything still needs the object; each class says what counts.
     virtual bool isUsed() const = 0;
 
-    /// True without a name, so for all lyrics and pictures.
-    bool isUnknown() const noexcept { return m_name.IsEmpty(); }
     /// The name, or "[unknown]".
     CString getDisplayName() const;
     CLTObjectType::EType getType() const noexcept { return m_type; }

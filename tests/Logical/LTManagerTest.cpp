@@ -4,6 +4,7 @@
 #include "Logical/LTAlbum.h"
 #include "Logical/LTArtist.h"
 #include "Logical/LTGenre.h"
+#include "Logical/LTLists.h"
 #include "Logical/LTLyrics.h"
 #include "Logical/LTPicture.h"
 #include "Logical/LTTrack.h"
@@ -284,6 +285,69 @@ TEST_F(LTManager, CleanUpAndStatisticsTellWhatTheyFound)
     int position = 0;
     EXPECT_FALSE(CLTManager::findLTTrack({}, position));
     EXPECT_EQ(position, 0);
+}
+
+TEST_F(LTManager, ClearsAndReleasesTakeTheObjectsOwnHandles)
+{
+    const auto fill = [this](const char16_t* title) {
+        return addMusic({u"A", u"X", title, u"g", u"1", u""})->getTrack();
+    };
+    const auto first = fill(u"1");
+    const auto artist = first->getArtist();
+    const auto album = first->getAlbum();
+    const auto genre = first->getGenre();
+    fill(u"2");
+    fill(u"3");
+    for (int left = 2; left >= 0; --left)
+    {
+        const auto& track = artist->getTracks()[0];
+        CLTManager::clearArtistToTrackLink(track->getArtist(), track);
+        EXPECT_EQ(artist->getTracks().GetSize(), left);
+    }
+    CLTManager::clearAlbumToTrackLink(album->getTracks()[0]->getAlbum(), album->getTracks()[0]);
+    CLTManager::clearTrackToGenreLink(genre->getTracks()[0], genre->getTracks()[0]->getGenre());
+    CLTManager::clearArtistToAlbumLink(album->getArtist(), artist->getAlbums()[0]);
+    EXPECT_EQ(album->getTracks().GetSize(), 2);
+    EXPECT_EQ(genre->getTracks().GetSize(), 2);
+    EXPECT_TRUE(artist->getAlbums().IsEmpty());
+    CLTManager::releaseMusicLTObjects(first->getMusicFiles()[0]);
+    EXPECT_FALSE(first->isUsed());
+    EXPECT_FALSE(musics[0]->getTrack());
+}
+
+TEST_F(LTManager, ListsOfObjectsAreReleasedCleanedUpAndLogged)
+{
+    struct Protected : CLTManager
+    {
+        using CLTManager::checkReleaseObjects;
+        using CLTManager::cleanUpLTList;
+        using CLTManager::getLTList;
+        using CLTManager::logLTList;
+    };
+    const auto kept = addMusic({u"A", u"X", u"kept", u"g", u"1", u""})->getTrack();
+    const auto gone = addMusic({u"A", u"X", u"", u"g", u"2", u""})->getTrack();
+    gone->removeMusicFile(musics[1]);
+    CPtrListT<CLTObject> list;
+    list.add(kept);
+    list.add(gone);
+    LogCapture log;
+    Protected::logLTList(u"mine", list);
+    Protected::checkReleaseObjects(list);
+    EXPECT_TRUE(kept->getAlbum());
+    EXPECT_FALSE(gone->getAlbum());
+    Protected::cleanUpLTList(list, false, nullptr);
+    EXPECT_EQ(list.GetSize(), 1);
+    Protected::cleanUpLTList(list, true, u"mine");
+    EXPECT_TRUE(list.IsEmpty());
+    EXPECT_EQ(log.all(),
+              "50:             mine: 2 / 1 unknown / 1 unused\n"
+              "40: cleaned up 1 lt objects of type 32\n"
+              "10: 1 unreleased mine objects (32)\n");
+    const char16_t* name = nullptr;
+    ASSERT_TRUE(Protected::getLTList(CLTObjectType::Track, &name));
+    EXPECT_EQ(CString(name), CString(u"LTTracks"));
+    EXPECT_EQ(Protected::getLTList(CLTObjectType::Track, nullptr)->count(), 2);
+    EXPECT_FALSE(Protected::getLTList(static_cast<CLTObjectType::EType>(3), &name));
 }
 
 TEST_F(LTManager, CheckMarksAreTakenOffAllObjects)
