@@ -15,5 +15,5 @@ int qo::rowIdField(const CSQLiteQueryResult& row, int column)
         return static_cast<int>(id);
     CString text;
     text.Format(u"Row id out of range: %I64d", id);
-    throw std::make_unique<CSQLiteException>(CSQLiteException::wrapperError, text).release();
+    throwDatabaseError(text);
 }

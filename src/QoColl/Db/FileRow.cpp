@@ -117,10 +117,8 @@ void checkFileColumns(const CSQLiteDB& db)
         names += CString(row.textView(1)) + u' ';
     if (names.IsEmpty() || names == expected)
         return;
-    throw std::make_unique<CSQLiteException>(
-        CSQLiteException::wrapperError,
-        u"FILE_T of " + db.path() + u" has other columns than its version says: " + names)
-        .release();
+    qo::throwDatabaseError(u"FILE_T of " + db.path() +
+                           u" has other columns than its version says: " + names);
 }
 
 /// Lyrics are written only when they were loaded, or an update would delete them.

@@ -94,6 +94,5 @@ int CQoCollDb::takeRowId(const char16_t* table)
     CSQLiteStatement statement = m_db.CompileStatement(sql);
     statement.BindInt64(1, rowId);
     statement.ExecuteDML();
-    throw std::make_unique<CSQLiteException>(CSQLiteException::wrapperError, u"Row id out of range")
-        .release();
+    qo::throwDatabaseError(u"Row id out of range");
 }

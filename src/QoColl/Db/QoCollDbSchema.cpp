@@ -163,10 +163,8 @@ void CQoCollDb::CreateDatabaseIfNotValid(const CString& path, const ConfigInfo&)
         if (error == 0)
             qo::setAside(path, examined);
     }
-    throw std::make_unique<CSQLiteException>(CSQLiteException::wrapperError,
-                                             u"The unreadable database " + path +
-                                                 u" cannot be replaced: others go on changing it")
-        .release();
+    qo::throwDatabaseError(u"The unreadable database " + path +
+                           u" cannot be replaced: others go on changing it");
 }
 
 bool CQoCollDb::makeIfNotValid(const CString& path)

@@ -84,10 +84,8 @@ bool setAside(const CString& path, const FileInfo& examined)
     if (error == ESTALE)
         return false;
     if (error != 0)
-        throw std::make_unique<CSQLiteException>(CSQLiteException::wrapperError,
-                                                 u"The unreadable database " + path +
-                                                     u" cannot be renamed: " + errorText(error))
-            .release();
+        throwDatabaseError(u"The unreadable database " + path + u" cannot be renamed: " +
+                           errorText(error));
     log(level::error, u"%s is no sound database, it was renamed to %s", path, target);
     return true;
 }

@@ -1,8 +1,12 @@
 #include "QoColl/Db/CollDbFixture.h"
 #include "QoColl/Db/Records/FpCutInfoDbItem.h"
+#include "common/LogLevel.h"
+#include "common/SimpleLogger.h"
 #include "support/Contains.h"
 #include "support/LogCapture.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <tuple>
 
 namespace
@@ -97,6 +101,22 @@ TEST_F(QoCollDbFiles, GivenIdIsKeptAndOneBeyondAnIntIsRefused)
         EXPECT_TRUE(contains(messageOf([&] { all(); }),
                              "[Row id out of range: " + qo::toUtf8(CString(id))));
     }
+}
+
+TEST(DatabaseError, FoundInWhatWasReadIsLoggedAsOneOfSQLites)
+{
+    if (IsSimpleLoggerInitialized())
+        GTEST_SKIP() << "another test of this process has started the database's log";
+    const TempDir dir;
+    InitSimpleLogger(qo::level::warning, dir.collPath("Database"));
+    EXPECT_TRUE(thrownBy([] { qo::throwDatabaseError(u"Row id out of range"); }));
+    std::string text;
+    for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
+        text = dir.read(entry.path().filename());
+    text.erase(std::remove(text.begin(), text.end(), '\0'), text.end());
+    EXPECT_TRUE(contains(text,
+                         "WRN: SQLITE_LOGGING: CSQLiteException: [SQLITE_WRAPPER_ERROR][code 1000]"
+                         "[Row id out of range] for SQL: "));
 }
 
 TEST_F(QoCollDbFiles, TableWithOtherColumnsIsNotWritten)

@@ -37,3 +37,10 @@ private:
     CString m_message;
     CString m_sql;
 };
+
+namespace qo
+{
+/// Logs as the facade does, and throws, an error that its users find in what they have read. The
+/// code is wrapperError.
+[[noreturn]] QO_API void throwDatabaseError(const CString& text);
+} // namespace qo

@@ -44,3 +44,8 @@ void throwError(int code, const char16_t* text, int line)
     logAndThrow(std::make_unique<CSQLiteException>(code, text), line);
 }
 } // namespace qo::sqlite
+
+void qo::throwDatabaseError(const CString& text)
+{
+    sqlite::throwError(CSQLiteException::wrapperError, text, __LINE__);
+}

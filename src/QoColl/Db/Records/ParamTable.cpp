@@ -36,7 +36,7 @@ CString onOneLine(const char16_t* text)
 
 bool readParams(const CString& text,
                 const ParamReader& reader,
-                const std::function<bool(int id, std::u16string_view value)>& take)
+                const std::function<ParamTaken(int id, std::u16string_view value)>& take)
 {
     std::u16string_view rest = text.view();
     int badLines = 0;
@@ -59,7 +59,10 @@ bool readParams(const CString& text,
         }
         const int id = textToInt(piece.substr(0, colon));
         const std::u16string_view value = piece.substr(colon + 1);
-        if (!take(id, value))
+        const ParamTaken taken = take(id, value);
+        if (taken == ParamTaken::last)
+            break;
+        if (taken == ParamTaken::unknown)
             complain(reader.unknownNumber, value, id);
     }
     return !text.IsEmpty();

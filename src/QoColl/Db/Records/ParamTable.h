@@ -35,12 +35,20 @@ struct ParamReader
     const char16_t* unknownNumber; ///< value, number, text
 };
 
-/// Calls take(id, value) for each line; take returns false for an unknown number. Lines without a
-/// number and unknown numbers are logged and skipped: at most 1000 lines, and 256 units of each
-/// text. False for an empty text.
+/// What a reader says of a parameter.
+enum class ParamTaken
+{
+    yes,
+    unknown, ///< the number
+    last     ///< no further one is wanted
+};
+
+/// Calls take(id, value) for each line until it wants no more. Lines without a number and unknown
+/// numbers are logged and skipped: at most 1000 lines, and 256 units of each text. False for an
+/// empty text.
 QO_API bool readParams(const CString& text,
                        const ParamReader& reader,
-                       const std::function<bool(int id, std::u16string_view value)>& take);
+                       const std::function<ParamTaken(int id, std::u16string_view value)>& take);
 
 /// Prints the values with a format from formatOfParams(). Texts in values may be replaced by
 /// cleaned copies.
@@ -84,9 +92,9 @@ bool readParams(const CString& text,
                               if (info.id == id)
                               {
                                   info.store(params, value);
-                                  return true;
+                                  return ParamTaken::yes;
                               }
-                          return false;
+                          return ParamTaken::unknown;
                       });
 }
 } // namespace qo

@@ -41,6 +41,55 @@ struct CCutQuality
 
 namespace QorganizerDef
 {
+/// The numbers of the parameters in their text form; named after the fields of VelmoraFileParams.
+enum EVelmoraParam : int
+{
+    VP_Origin = 0,
+    VP_Source = 1,
+    VP_WebOrigin = 2,
+    VP_IsConverted = 3,
+    VP_OriginalPath = 4,
+    VP_OriginalFormat = 5,
+    VP_ConversionResult = 6,
+    VP_ConversionSpeed = 7,
+    VP_ConversionProfile = 8,
+    VP_WasProtected = 9,
+    VP_OriginalKept = 10,
+    VP_IsNormalized = 11,
+    VP_IsSplit = 12,
+    VP_ConversionCutQuality = 13,
+    VP_ConversionNumber1 = 14,
+    VP_ConversionNumber2 = 15,
+    VP_ConversionNumber3 = 16,
+    VP_ConversionNumber4 = 17,
+    VP_ConversionNumber5 = 18,
+    VP_ConversionNumber6 = 19,
+    VP_ConversionNumber7 = 20,
+    VP_StationName = 21,
+    VP_StationUrl = 22,
+    VP_StationId = 23,
+    VP_Mark1 = 24,
+    VP_Mark2 = 25,
+    VP_Mark3 = 26,
+    VP_Mark4 = 27,
+    VP_RecordingCutQuality = 28,
+    VP_LongStreamLength = 29,
+    VP_LongStreamPartLength = 30,
+    VP_IsShow = 31,
+    VP_ClipUrl = 32,
+    VP_IsClipVideo = 33,
+    VP_IsClipComplete = 34,
+    VP_SearchText = 35,
+    VP_SearchPlugin = 36,
+    VP_PodcastChannel = 37,
+    VP_MediaFileType = 38,
+    VP_ShareName = 39,
+    VP_RecordingStart = 40,
+    VP_RecordingEnd = 41,
+    VP_IsJingle = 42,
+    VP_IsImportedMovie = 43
+};
+
 /// Properties that only some kinds of files have; stored in FT_PARAMS as numbered parameters, whose
 /// numbers are given after the fields. The kernel itself reads source, mediaFileType, isShow,
 /// isImportedMovie, the lengths of long streams and recordingStart, recordingEnd and isJingle; the

@@ -100,51 +100,52 @@ constexpr VelmoraParamInfo mark(int id)
 }
 
 using P = VelmoraFileParams;
+using E = QorganizerDef::EVelmoraParam;
 constexpr VelmoraParamInfo s_VelmoraParamInfo[] = {
-    velmoraField<&P::origin, everySource>(0),
-    velmoraField<&P::source, everySource>(1),
-    velmoraField<&P::mediaFileType, everySource>(38),
-    velmoraField<&P::webOrigin, webSources>(2),
-    velmoraField<&P::isConverted, conversionSources>(3),
-    velmoraField<&P::originalPath, conversionSources>(4),
-    velmoraField<&P::originalFormat, conversionSources>(5),
-    velmoraField<&P::conversionResult, conversionSources>(6),
-    velmoraField<&P::conversionSpeed, conversionSources>(7),
-    velmoraField<&P::conversionProfile, conversionSources>(8),
-    velmoraField<&P::wasProtected, conversionSources>(9),
-    velmoraField<&P::originalKept, conversionSources>(10),
-    velmoraField<&P::isNormalized, conversionSources>(11),
-    velmoraField<&P::isSplit, conversionSources>(12),
-    velmoraField<&P::conversionCutQuality, conversionSources>(13),
-    conversionNumber<0>(14),
-    conversionNumber<1>(15),
-    conversionNumber<2>(16),
-    conversionNumber<3>(17),
-    conversionNumber<4>(18),
-    conversionNumber<5>(19),
-    conversionNumber<6>(20),
-    velmoraField<&P::stationName, radioSources>(21),
-    velmoraField<&P::stationUrl, radioSources>(22),
-    velmoraField<&P::stationId, radioSources>(23),
-    mark<0>(24),
-    mark<1>(25),
-    mark<2>(26),
-    mark<3>(27),
-    velmoraField<&P::recordingCutQuality, radioSources>(28),
-    velmoraField<&P::longStreamLength, radioSources>(29),
-    velmoraField<&P::longStreamPartLength, radioSources>(30),
-    velmoraField<&P::isShow, radioSources>(31),
-    velmoraField<&P::recordingStart, radioSources>(40),
-    velmoraField<&P::recordingEnd, radioSources>(41),
-    velmoraField<&P::isJingle, radioSources>(42),
-    velmoraField<&P::clipUrl, clipSources>(32),
-    velmoraField<&P::isClipVideo, clipSources>(33),
-    velmoraField<&P::isClipComplete, clipSources>(34),
-    velmoraField<&P::searchText, clipSources>(35),
-    velmoraField<&P::searchPlugin, clipSources>(36),
-    velmoraField<&P::podcastChannel, IPostProcessingQueue::sourcePodcast>(37),
-    velmoraField<&P::shareName, IPostProcessingQueue::sourceShare>(39),
-    velmoraField<&P::isImportedMovie, IPostProcessingQueue::sourceImport>(43),
+    velmoraField<&P::origin, everySource>(E::VP_Origin),
+    velmoraField<&P::source, everySource>(E::VP_Source),
+    velmoraField<&P::mediaFileType, everySource>(E::VP_MediaFileType),
+    velmoraField<&P::webOrigin, webSources>(E::VP_WebOrigin),
+    velmoraField<&P::isConverted, conversionSources>(E::VP_IsConverted),
+    velmoraField<&P::originalPath, conversionSources>(E::VP_OriginalPath),
+    velmoraField<&P::originalFormat, conversionSources>(E::VP_OriginalFormat),
+    velmoraField<&P::conversionResult, conversionSources>(E::VP_ConversionResult),
+    velmoraField<&P::conversionSpeed, conversionSources>(E::VP_ConversionSpeed),
+    velmoraField<&P::conversionProfile, conversionSources>(E::VP_ConversionProfile),
+    velmoraField<&P::wasProtected, conversionSources>(E::VP_WasProtected),
+    velmoraField<&P::originalKept, conversionSources>(E::VP_OriginalKept),
+    velmoraField<&P::isNormalized, conversionSources>(E::VP_IsNormalized),
+    velmoraField<&P::isSplit, conversionSources>(E::VP_IsSplit),
+    velmoraField<&P::conversionCutQuality, conversionSources>(E::VP_ConversionCutQuality),
+    conversionNumber<0>(E::VP_ConversionNumber1),
+    conversionNumber<1>(E::VP_ConversionNumber2),
+    conversionNumber<2>(E::VP_ConversionNumber3),
+    conversionNumber<3>(E::VP_ConversionNumber4),
+    conversionNumber<4>(E::VP_ConversionNumber5),
+    conversionNumber<5>(E::VP_ConversionNumber6),
+    conversionNumber<6>(E::VP_ConversionNumber7),
+    velmoraField<&P::stationName, radioSources>(E::VP_StationName),
+    velmoraField<&P::stationUrl, radioSources>(E::VP_StationUrl),
+    velmoraField<&P::stationId, radioSources>(E::VP_StationId),
+    mark<0>(E::VP_Mark1),
+    mark<1>(E::VP_Mark2),
+    mark<2>(E::VP_Mark3),
+    mark<3>(E::VP_Mark4),
+    velmoraField<&P::recordingCutQuality, radioSources>(E::VP_RecordingCutQuality),
+    velmoraField<&P::longStreamLength, radioSources>(E::VP_LongStreamLength),
+    velmoraField<&P::longStreamPartLength, radioSources>(E::VP_LongStreamPartLength),
+    velmoraField<&P::isShow, radioSources>(E::VP_IsShow),
+    velmoraField<&P::recordingStart, radioSources>(E::VP_RecordingStart),
+    velmoraField<&P::recordingEnd, radioSources>(E::VP_RecordingEnd),
+    velmoraField<&P::isJingle, radioSources>(E::VP_IsJingle),
+    velmoraField<&P::clipUrl, clipSources>(E::VP_ClipUrl),
+    velmoraField<&P::isClipVideo, clipSources>(E::VP_IsClipVideo),
+    velmoraField<&P::isClipComplete, clipSources>(E::VP_IsClipComplete),
+    velmoraField<&P::searchText, clipSources>(E::VP_SearchText),
+    velmoraField<&P::searchPlugin, clipSources>(E::VP_SearchPlugin),
+    velmoraField<&P::podcastChannel, IPostProcessingQueue::sourcePodcast>(E::VP_PodcastChannel),
+    velmoraField<&P::shareName, IPostProcessingQueue::sourceShare>(E::VP_ShareName),
+    velmoraField<&P::isImportedMovie, IPostProcessingQueue::sourceImport>(E::VP_IsImportedMovie),
 };
 
 constexpr std::span<const VelmoraParamInfo> velmoraTable(s_VelmoraParamInfo);
@@ -177,17 +178,14 @@ CString CVelmoraFileParamsUtils::ExtractParam(const CString& text, int id)
     static constexpr qo::ParamReader reader = {
         u"CVelmoraFileParamsUtils::ExtractParam: invalid param [%s] [i=%d] [%s]", nullptr};
     CString found;
-    bool isFound = false;
     qo::readParams(text,
                    reader,
                    [&](int number, std::u16string_view value)
                    {
-                       if (number == id && !isFound)
-                       {
-                           found = CString(value);
-                           isFound = true;
-                       }
-                       return true;
+                       if (number != id)
+                           return qo::ParamTaken::yes;
+                       found = CString(value);
+                       return qo::ParamTaken::last;
                    });
     return found;
 }

@@ -111,7 +111,8 @@ TEST(VelmoraFileParamsUtils, InvalidLinesAreLoggedAndPassedOver)
         log.has("CVelmoraFileParamsUtils::FromDbParam: invalid param [:y] [i=2] [" + lines, 10));
     EXPECT_EQ(log.count("invalid param"), 4) << log.all();
     EXPECT_EQ(parsed(u"word:text").origin, u"text") << "no number counts as 0";
-    EXPECT_EQ(CVelmoraFileParamsUtils::ExtractParam(u"bad\n5:first\n5:second", 5), u"first");
+    EXPECT_EQ(CVelmoraFileParamsUtils::ExtractParam(u"bad\n5:first\n5:second\nworse", 5), u"first");
+    EXPECT_EQ(log.count("ExtractParam: invalid param"), 1) << "what comes after it is not read";
     EXPECT_TRUE(log.has("CVelmoraFileParamsUtils::ExtractParam: invalid param [bad] [i=0] [", 10));
     LogCapture bounded;
     parsed(CString(u'x', 5000) + CString(u'\n', 2000));
