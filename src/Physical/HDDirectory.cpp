@@ -135,7 +135,11 @@ void CHDDirectory::removeSubDir(const boost::shared_ptr<CHDDirectory>& dir)
 {
     // The argument may be a reference to the handle in the list, which remove() destroys.
     const boost::shared_ptr<CHDDirectory> kept = dir;
-    m_subDirs.remove(kept);
+    int index = 0;
+    if (findByName(m_subDirs, kept->m_shortName, index) && m_subDirs[index] == kept)
+        m_subDirs.RemoveAt(index);
+    else
+        m_subDirs.remove(kept);
     kept->m_parent.reset();
 }
 

@@ -221,7 +221,6 @@ void CQoCollection::clear(bool cleanLogical)
     m_pathsInfoMap.RemoveAll();
     m_fileDbItems.RemoveAll();
     clearFileDbItemsMaps();
-    m_collInfo = {};
     if (cleanLogical)
         CLTManager::cleanUp(false);
     qo::log(qo::level::flow, u"CQoCollection::clear end");

@@ -40,6 +40,9 @@ bool CQoCollection::load(const CString& dbPath,
     {
         clear(true);
         m_loadedSuccesfully = false;
+        // The row of another collection says nothing of this one.
+        if (dbPath != m_dbPath || collId != m_collId)
+            m_collInfo = {};
         m_dbPath = dbPath;
         m_collId = collId;
         success = loadFromDb(rootDirs, pathsInfo, rescan, progress, result);

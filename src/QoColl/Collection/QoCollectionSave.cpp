@@ -115,15 +115,8 @@ void CQoCollection::saveOrClear(IQoProgress* progress)
 {
     if (!progress->isCanceled())
     {
-        try
-        {
-            CQoCollDb db(m_dbPath);
-            saveDbChanges(db, progress, nullptr);
-        }
-        catch (CSQLiteException* caught)
-        {
-            logFailedSave(caught);
-        }
+        CQoCollDb db(m_dbPath);
+        saveDbChanges(db, progress, nullptr);
     }
     if (progress->isCanceled())
     {

@@ -1,4 +1,5 @@
 #include "CollectionFixture.h"
+#include "Database/src/DbFacade/SQLiteException.h"
 #include "Logical/LTAlbum.h"
 #include "Logical/LTArtist.h"
 #include "Logical/LTTrack.h"
@@ -295,13 +296,20 @@ TEST_F(Changes, AChainOfMovesKeepsEachRecordWithItsFile)
     EXPECT_EQ(record("a/three.flac")->id, two);
 }
 
-TEST_F(Changes, AnUnreachableDatabaseIsAFailedSave)
+TEST_F(Changes, AnUnreachableDatabaseIsToldToTheCaller)
 {
     changes.addFileToDelete(path("a/one.mp3"));
     fs::rename(dir.path("data"), dir.path("away"));
-    const LogCapture log;
-    EXPECT_TRUE(apply());
-    EXPECT_TRUE(log.has("CQoCollection::saveToDb : error saving to db ")) << log.all();
+    try
+    {
+        apply();
+        ADD_FAILURE() << "swallowed";
+    }
+    catch (CSQLiteException* raw)
+    {
+        const std::unique_ptr<CSQLiteException> exception(raw);
+        EXPECT_NE(exception->message().Find(u"SQLITE_CANTOPEN"), -1);
+    }
     fs::remove_all(dir.path("data"));
     fs::rename(dir.path("away"), dir.path("data"));
     ASSERT_TRUE(load());

@@ -1,4 +1,5 @@
 #include "CollectionFixture.h"
+#include "support/HungryFiles.h"
 
 TEST_F(Collection, AFirstLoadScansAndASecondTrustsTheDatabase)
 {
@@ -175,6 +176,33 @@ TEST_F(Collection, AFailedSaveKeepsWhatIsToBeSaved)
     sql("DROP TRIGGER refuse;");
     ASSERT_TRUE(load(true));
     EXPECT_EQ(counts(), "1+ 0~ 0-");
+}
+
+TEST_F(Collection, LackOfMemoryWhileATagIsReadEndsTheLoadAndStoresNothing)
+{
+    {
+        const HungryFiles files;
+        EXPECT_FALSE(load());
+    }
+    EXPECT_TRUE(collection.isEmpty());
+    ASSERT_TRUE(load());
+    EXPECT_EQ(counts(), "4+ 0~ 0-");
+    EXPECT_GT(record("a/one.mp3")->duration, 0);
+}
+
+TEST_F(Collection, ACancelledLoadKeepsTheCollectionsOwnRow)
+{
+    ASSERT_TRUE(load());
+    const FILETIME scanned = collection.getCollInfo().scanTime;
+    CancelAt cancel(1);
+    EXPECT_FALSE(load(false, &cancel));
+    EXPECT_EQ(qo::toTicks(collection.getCollInfo().scanTime), qo::toTicks(scanned));
+    CDummyProgress none;
+    collection.setRootDirs(roots, kinds, &none);
+    EXPECT_NE(qo::toTicks(collection.getCollInfo().scanTime), 0);
+    EXPECT_FALSE(
+        collection.load(dir.collPath("none/qodb"), u"", roots, kinds, false, &none, &result));
+    EXPECT_EQ(qo::toTicks(collection.getCollInfo().scanTime), 0) << "of another collection";
 }
 
 TEST_F(Collection, AMissingDatabaseTableIsAFailureWithOneLine)

@@ -22,6 +22,7 @@
 #include <boost/weak_ptr.hpp>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <random>
 #include <set>
 #include <tuple>
@@ -331,4 +332,27 @@ TEST_F(QoUtilsTrees, ReleaseFreesAllThatOnlyTheFilesHeldEvenIfThePathsChanged)
     EXPECT_TRUE(CLTManager::getLyrics().IsEmpty() && CLTManager::getPictures().IsEmpty());
     all.clear();
     EXPECT_TRUE(lastFile.expired());
+}
+
+TEST_F(QoUtilsTrees, ReleaseOfAFolderWithVeryManySubFoldersTakesNoLongerThanItsMaking)
+{
+    auto root = CHDDirectory::createDir(CQoCollPath(u"C:\\wide"), CHDDirectory::NullDir);
+    const auto seconds = [](const auto& work)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    const auto make = [&]
+    {
+        for (int i = 0; i < 60'000; ++i)
+        {
+            CString name;
+            name.Format(u"%05d", i);
+            CHDDirectory::createDir(root->getPath().child(name), root);
+        }
+    };
+    const double made = seconds(make);
+    EXPECT_LT(seconds([&] { CQoUtils::releaseHDDir(root); }), made + 0.5);
+    EXPECT_TRUE(root->getSubDirs().IsEmpty());
 }
