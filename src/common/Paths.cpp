@@ -165,6 +165,9 @@ CString CQoPaths::getDefaultFolder(int number)
     if (number < 1 || number > static_cast<int>(std::size(defaultFolders)))
         return {};
     const DefaultFolder& folder = defaultFolders[number - 1];
+    const CString configured = S::get(folder.isVideo ? S::VideoBaseDir : S::MusicBaseDir);
+    if (!configured.IsEmpty())
+        return qo::combinePath(configured, folder.name);
     const qo::ISpecialFolders& special = qo::specialFolders();
     return qo::combinePath(folder.isVideo ? special.videos() : special.music(), folder.name);
 }
@@ -211,7 +214,7 @@ bool CQoPaths::isInDirs(const CString& path, const CStringArray& dirs)
     const CQoCollPath parsed(path);
     for (const CString& dir : dirs)
     {
-        if (parsed.isSubPathOrSame(CQoCollPath(dir)))
+        if (parsed.isValid() && parsed.isSubPathOrSame(CQoCollPath(dir)))
             return true;
     }
     return false;

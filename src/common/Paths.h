@@ -39,8 +39,9 @@ public:
     /// The usual path of the collection database.
     static CString getQoDbFilePath();
 
-    /// The default folder for a number from 1 to 12, below the music or the video folder; "" for
-    /// any other number. 8 and 10 have the same name.
+    /// The default folder for a number from 1 to 12, below the music or the video base; "" for any
+    /// other number. The bases are the settings MusicBaseDir and VideoBaseDir or, while these are
+    /// empty, the user's music and video folders. 8 and 10 have the same name.
     static CString getDefaultFolder(int number);
     /// Whether a folder's name means music, or video, in one of several languages.
     static bool isMusicFolderName(const CString& name);

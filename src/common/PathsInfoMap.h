@@ -21,7 +21,23 @@ public:
     /// audioIsMusic for a path without an entry.
     CQoPathInfo::EType getType(const CString& path) const
     {
+        CQoPathInfo::EType type{};
+        Lookup(path, type);
+        return type;
+    }
+    /// Whether there is an entry; without one the kind is audioIsMusic.
+    bool Lookup(const CString& path, CQoPathInfo::EType& type) const
+    {
         const CQoPathInfo::EType* const found = PLookup(path);
-        return found ? *found : CQoPathInfo::audioIsMusic;
+        type = found ? *found : CQoPathInfo::audioIsMusic;
+        return found != nullptr;
+    }
+    /// The kind under the path, audioIsMusic from now on if there was none.
+    CQoPathInfo::EType& operator[](const CString& path)
+    {
+        CQoPathInfo::EType type{};
+        if (!Lookup(path, type))
+            SetAt(path, type);
+        return CMap::operator[](path);
     }
 };

@@ -8,7 +8,7 @@ namespace
 {
 /// Messages of other exceptions are copied through a buffer of this size.
 constexpr unsigned messageBuffer = 1024;
-constexpr unsigned messageLimit = 1022;
+constexpr unsigned messageLimit = 1022; // without the closing NUL
 constexpr int loggedMessageLimit = 999;
 } // namespace
 
@@ -48,7 +48,7 @@ void CQoException::copy(const CQoException* other)
 void CQoException::copy(const CException* other)
 {
     char16_t buffer[messageBuffer] = {};
-    other->GetErrorMessage(buffer, messageLimit);
+    other->GetErrorMessage(buffer, messageLimit + 1);
     m_message = buffer;
 }
 

@@ -4,6 +4,7 @@
 #include "platform/Platform.h"
 #include "types/Utf.h"
 
+#include <algorithm>
 #include <cstring>
 
 // Reading goes through a buffer, byte by byte, so that UTF-8 and UTF-16 lines are found in the same
@@ -61,6 +62,24 @@ bool CStdioFileEx::Close()
     m_buffer.clear();
     m_next = 0;
     return done;
+}
+
+std::int64_t CStdioFileEx::GetPosition() const
+{
+    if (!m_file)
+        return 0;
+    const auto ahead = static_cast<std::int64_t>(m_buffer.size() - m_next);
+    return m_file->position() - ahead + static_cast<std::int64_t>(m_output.size());
+}
+
+std::int64_t CStdioFileEx::GetLength()
+{
+    if (!m_file)
+        return 0;
+    const std::int64_t position = m_file->position();
+    const std::int64_t stored = m_file->seekToEnd() ? m_file->position() : m_file->sizeAtOpen();
+    m_file->seek(position);
+    return std::max(stored, position + static_cast<std::int64_t>(m_output.size()));
 }
 
 /// Reads the next block; false at the end or after a failure.

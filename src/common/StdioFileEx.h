@@ -3,6 +3,7 @@
 #include "types/Exception.h"
 #include "types/String.h"
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -44,6 +45,10 @@ public:
     /// Writes the text without adding a line end. Before the first text in an empty file it writes
     /// the mark.
     bool WriteString(const char16_t* text);
+
+    /// In bytes, what is buffered counted in; 0 while no file is open.
+    std::int64_t GetPosition() const;
+    std::int64_t GetLength();
 
     bool isUnicode() const { return m_isUnicode; }
     /// The system's error number of the last failure.

@@ -155,6 +155,29 @@ TEST(StdioFileEx, WritesOneMarkWhateverTheNumberOfTexts)
     }
 }
 
+TEST(StdioFileEx, PositionAndLengthCountWhatIsBuffered)
+{
+    const TempDir dir;
+    dir.write("text", "one\ntwo\n");
+    CStdioFileEx file;
+    EXPECT_EQ(file.GetPosition() + file.GetLength(), 0);
+    ASSERT_TRUE(file.Open(dir.collPath("text"), CStdioFileEx::modeRead));
+    CString line;
+    ASSERT_TRUE(file.ReadString(line));
+    EXPECT_EQ(file.GetPosition(), 4);
+    EXPECT_EQ(file.GetLength(), 8);
+    ASSERT_TRUE(file.ReadString(line));
+    EXPECT_EQ(line, CString(u"two"));
+    constexpr unsigned add =
+        CStdioFileEx::modeWrite | CStdioFileEx::modeCreate | CStdioFileEx::modeNoTruncate;
+    ASSERT_TRUE(file.Open(dir.collPath("text"), add));
+    ASSERT_TRUE(file.WriteString(u"\u00E9"));
+    EXPECT_EQ(file.GetPosition(), 10);
+    EXPECT_EQ(file.GetLength(), 10);
+    EXPECT_TRUE(file.Close());
+    EXPECT_EQ(dir.read("text"), "one\ntwo\n\u00E9");
+}
+
 TEST(StdioFileEx, AnEndlessLineIsCut)
 {
     const TempDir dir;

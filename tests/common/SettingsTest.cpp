@@ -82,6 +82,36 @@ TEST_F(Settings, CollectionFoldersKeepTheirKinds)
     EXPECT_EQ(kinds.getType(u"C:\\Films"), CQoPathInfo::audioIsMusic)
         << "an unknown kind is the default";
     EXPECT_EQ(kinds.getType(u"C:\\elsewhere"), CQoPathInfo::audioIsMusic);
+    CQoPathInfo::EType kind = CQoPathInfo::nothingIsMusic;
+    EXPECT_FALSE(kinds.Lookup(u"C:\\elsewhere", kind));
+    EXPECT_EQ(kind, CQoPathInfo::audioIsMusic);
+    EXPECT_EQ(kinds[u"C:\\elsewhere"], CQoPathInfo::audioIsMusic);
+}
+
+TEST_F(Settings, BaseFoldersThatAreSetHoldTheOutputFolders)
+{
+    initQoKernel(&config, nullptr);
+    CQoSettings::set(CQoSettings::MusicBaseDir, u"C:\\sounds");
+    CQoSettings::set(CQoSettings::VideoBaseDir, u"C:\\films\\");
+    CStringArray dirs;
+    CQoPaths::getOutputDirs(dirs);
+    EXPECT_EQ(dirs[0], CString(u"C:\\sounds\\Velmora Recorded Music"));
+    EXPECT_EQ(dirs[7], CString(u"C:\\films\\Velmora Converted Videos"));
+    EXPECT_EQ(CQoPaths::getOutputDirType(u"C:\\films\\Velmora Imported Movies\\a.avi"),
+              CQoPaths::importedMovies);
+}
+
+TEST_F(Settings, AnEmptyPathLiesInNoFolder)
+{
+    const auto isIn = [](const char16_t* path, const char16_t* folder)
+    { return CQoPaths::isInDirs(path, CStringArray::split(folder, u'|')); };
+    EXPECT_TRUE(isIn(u"C:\\a\\b", u"D:\\|C:\\A"));
+    EXPECT_TRUE(isIn(u"C:\\a", u"C:\\"));
+    EXPECT_FALSE(isIn(u"C:\\a", u"C:\\a\\b|D:\\a"));
+    CStringArray empty;
+    empty.Add(u"");
+    for (const char16_t* path : {u"", u"a", u"C:\\a"})
+        EXPECT_FALSE(CQoPaths::isInDirs(path, empty)) << qo::toUtf8(CString(path));
 }
 
 TEST_F(Settings, OutputFoldersTellTheirMediaType)
@@ -108,6 +138,26 @@ TEST(QoException, IsSetMeansThatTheTypeIsNone)
     EXPECT_FALSE(exception.isSet());
     exception.set(CQoException::extractFailed, nullptr);
     EXPECT_TRUE(exception.getErrorMessage().IsEmpty());
+}
+
+TEST(QoException, TakesOverTheFirst1022UnitsOfAnotherOnesMessage)
+{
+    class Long final : public CException
+    {
+    public:
+        bool GetErrorMessage(char16_t* error, unsigned maxError, unsigned*) const override
+        {
+            for (unsigned i = 0; i + 1 < maxError; ++i)
+                error[i] = static_cast<char16_t>(u'a' + i % 26);
+            error[maxError - 1] = 0;
+            return true;
+        }
+    };
+    CQoException exception(CQoException::outOfMemory, u"old");
+    const Long other;
+    exception.copy(&other);
+    EXPECT_EQ(exception.getErrorMessage().GetLength(), 1022);
+    EXPECT_EQ(exception.getType(), CQoException::outOfMemory);
 }
 
 TEST(QoException, OutOfMemoryIsLoggedAndThrownAsAPointer)
