@@ -79,12 +79,31 @@ CNSDirMusicFilesInfo::ValuesInOrder::const_iterator
 CNSDirMusicFilesInfo::collectValues(CNSAtom::EType type) const
 {
     const auto [entry, isNew] = m_valuesInOrder.try_emplace(type);
-    if (isNew)
+    if (!isNew)
+        return entry;
+    try
     {
         for (const auto& musicFile : m_inOrder)
             addValueOf(musicFile, type);
     }
+    catch (...)
+    {
+        // A part of the values would pass for all of them.
+        forgetValues(type);
+        throw;
+    }
     return entry;
+}
+
+void CNSDirMusicFilesInfo::forgetValues(CNSAtom::EType type) const
+{
+    m_valuesInOrder.erase(type);
+    CMapStringToPtr* values = nullptr;
+    if (!m_atomValues.Lookup(type, values))
+        return;
+    m_atomValues.RemoveKey(type);
+    if (values)
+        deleteValueMap(values);
 }
 
 void CNSDirMusicFilesInfo::addValueOf(const boost::shared_ptr<CHDMusicFile>& musicFile,

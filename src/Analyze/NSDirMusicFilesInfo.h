@@ -54,6 +54,7 @@ private:
     using ValuesInOrder = std::map<CNSAtom::EType, std::vector<CString>>;
 
     ValuesInOrder::const_iterator collectValues(CNSAtom::EType type) const;
+    void forgetValues(CNSAtom::EType type) const;
     void addValueOf(const boost::shared_ptr<CHDMusicFile>& musicFile, CNSAtom::EType type) const;
     FileList& filesOf(CNSAtom::EType type, const CString& value) const;
 

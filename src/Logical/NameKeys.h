@@ -48,6 +48,14 @@ public:
         int behind = 0;
     };
 
+    // A copy would not have the room that insertions count on.
+    NameKeys() = default;
+    NameKeys(const NameKeys&) = delete;
+    NameKeys& operator=(const NameKeys&) = delete;
+    NameKeys(NameKeys&&) noexcept = default;
+    NameKeys& operator=(NameKeys&&) noexcept = default;
+    ~NameKeys() = default;
+
     /// The key of objects without a name where these are ordered before all names.
     static constexpr Key unknown{0, 0, 0};
     /// The key of a name. A smaller name never has a larger key, and equal names have equal keys.
