@@ -23,6 +23,7 @@
 #include "platform/FolderNames.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
+#include "platform/TemporaryNames.h"
 #include "platform/TreeCopy.h"
 #include "platform/VolumeRules.h"
 #include "types/CharClass.h"

@@ -4,7 +4,7 @@
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/posix/OpenFolder.h"
-#include "platform/posix/RemoveTreeAt.h"
+#include "platform/posix/TreeRemover.h"
 
 #include <climits>
 #include <fcntl.h>

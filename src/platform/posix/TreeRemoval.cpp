@@ -1,7 +1,7 @@
 #include "platform/TreeRemoval.h"
 
 #include "platform/posix/OpenFolder.h"
-#include "platform/posix/RemoveTreeAt.h"
+#include "platform/posix/TreeRemover.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
