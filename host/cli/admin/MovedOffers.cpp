@@ -105,7 +105,7 @@ int settleMoves(CommandLine& line, Session& session, const CStringArray& newRoot
         runWithProgress(line,
                         session,
                         [](host::ProgressReporter& progress)
-                        { return host::findMoved(host::HeadStore(host::headsPath()), progress); });
+                        { return host::findMoved(host::HeadStore(), progress); });
     session.kernel().run([&] { print(line, moved); });
     if (line.dryRun || (moved.offers.empty() && moved.unclear.empty()))
         return 0;
@@ -126,7 +126,7 @@ void rememberHeads(CommandLine& line, Session& session)
                                          {
                                              QoFileDbItemArray records;
                                              CQoCollection::m_ownCollection.copyFiles(records);
-                                             host::HeadStore heads(host::headsPath());
+                                             host::HeadStore heads;
                                              const bool whole = heads.update(records, progress);
                                              heads.save();
                                              return whole;

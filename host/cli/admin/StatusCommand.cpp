@@ -30,6 +30,32 @@ struct Database
     FILETIME changed;
 };
 
+/// What the host's own store says.
+struct Store
+{
+    CStringArray unfinishedRoots;
+    std::size_t edited = 0;
+    std::size_t editedAway = 0;
+    std::string problem;
+};
+
+Store lookAtStore()
+{
+    Store store;
+    try
+    {
+        store.unfinishedRoots = host::UnfinishedScan(Session::folder()).rootsAtFirst();
+        const host::PendingTags edits;
+        store.edited = edits.paths().size();
+        store.editedAway = edits.awayPaths().size();
+    }
+    catch (const HostError& error)
+    {
+        store.problem = error.what();
+    }
+    return store;
+}
+
 std::int64_t countOwnFiles(const CString& path)
 {
     CSQLiteDB db(path);
@@ -78,12 +104,11 @@ Database lookAtDatabase(const CString& path)
     return database;
 }
 
-Json rootsJson(const RootFolders& roots)
+Json rootsJson(const RootFolders& roots, const CStringArray& unfinished)
 {
     Json list = Json::array();
-    const host::UnfinishedScan unfinished(Session::folder());
     RootFolders all = roots;
-    for (const CString& begun : unfinished.rootsAtFirst())
+    for (const CString& begun : unfinished)
         all.add(begun, CQoPathInfo::audioIsMusic);
     for (const CString& folder : all.folders())
     {
@@ -94,8 +119,8 @@ Json rootsJson(const RootFolders& roots)
         putPath(root, "path", folder);
         root["type"] = RootFolders::kindName(all.kind(folder));
         root["unfinished"] =
-            std::any_of(unfinished.rootsAtFirst().begin(),
-                        unfinished.rootsAtFirst().end(),
+            std::any_of(unfinished.begin(),
+                        unfinished.end(),
                         [&folder](const CString& begun) { return begun == folder; });
         root["away"] = problems.empty() ? Json() : Json(problems[0].cause);
         list.push_back(root);
@@ -105,6 +130,7 @@ Json rootsJson(const RootFolders& roots)
 
 Json statusJson(const Database& database, const RootFolders& roots)
 {
+    const Store store = lookAtStore();
     Json object;
     putPath(object, "data", Session::folder());
     putPath(object, "database", Session::databasePath());
@@ -117,9 +143,11 @@ Json statusJson(const Database& database, const RootFolders& roots)
         isoTime(database.scanned).empty() ? Json() : Json(isoTime(database.scanned));
     object["changed"] =
         isoTime(database.changed).empty() ? Json() : Json(isoTime(database.changed));
-    object["unfinishedScan"] = Session::hasUnfinishedScan();
-    object["roots"] = rootsJson(roots);
-    object["pendingEdits"] = host::PendingTags(Session::pendingTagsPath()).paths().size();
+    object["unfinishedScan"] = !store.unfinishedRoots.IsEmpty();
+    object["roots"] = rootsJson(roots, store.unfinishedRoots);
+    object["storeProblem"] = store.problem.empty() ? Json() : Json(store.problem);
+    object["pendingEdits"] = store.edited;
+    object["pendingEditsAway"] = store.editedAway;
     object["snapshots"] = host::Snapshots(Session::databasePath()).list().GetSize();
     putPath(object, "log", CQoPaths::getLogDir());
     object["traceLevel"] = toUtf8(CQoSettings::get(CQoSettings::TraceLevel));
@@ -134,6 +162,16 @@ std::string databaseText(const Database& database)
     return "  (" + sizeText(database.size) +
            (database.version.empty() ? "" : ", version " + database.version) + ")" +
            (database.problem.empty() ? "" : "\n            " + database.problem);
+}
+
+std::string editsText(const Json& object)
+{
+    if (!object["storeProblem"].is_null())
+        return object["storeProblem"];
+    const auto away = object["pendingEditsAway"].get<std::int64_t>();
+    return countText(object["pendingEdits"].get<std::int64_t>(), "file") + " with tags to write" +
+           (away == 0 ? ""
+                      : ", and " + std::to_string(away) + " that cannot be found: \"qo tag ls\"");
 }
 
 std::string statusText(const Json& object, const Database& database)
@@ -164,9 +202,7 @@ std::string statusText(const Json& object, const Database& database)
     }
     if (object["roots"].empty())
         text += row(name, "none yet: qo scan DIR");
-    text +=
-        row("edits",
-            countText(object["pendingEdits"].get<std::int64_t>(), "file") + " with tags to write");
+    text += row("edits", editsText(object));
     text += row("snapshots", std::to_string(object["snapshots"].get<int>()));
     text += row("log",
                 object["log"].get<std::string>() + "  (level " +

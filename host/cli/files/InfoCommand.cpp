@@ -29,7 +29,7 @@ bool readOwnTag(host::Session& session, const CString& path, CMusicTagEx& tag, s
     cause = session.failures().lastFailure();
     session.failures().setWithDetails(false);
     if (isRead)
-        applyEdits(tag, host::PendingTags(host::Session::pendingTagsPath()).fields(path));
+        applyEdits(tag, host::PendingTags().fields(path));
     return isRead;
 }
 

@@ -23,16 +23,15 @@ struct TagOptions
     std::string file;
     std::vector<std::string> words; ///< "field=value" or field names
     bool all = false;
+    bool away = false;
 };
 
 /// What the tag commands work with, on the kernel's thread.
 struct TagWork
 {
     TagWork(CommandLine& commandLine, Session& openSession)
-        : line(commandLine), session(openSession), pending(Session::pendingTagsPath())
+        : line(commandLine), session(openSession)
     {
-        if (!pending.complaint().empty())
-            line.note(pending.complaint());
     }
 
     CommandLine& line;
@@ -62,7 +61,7 @@ CString pathOf(const TagWork& work, const std::string& typed)
     const std::vector<CString> forms = spellings(typed);
     for (const CString& form : forms)
     {
-        if (!work.pending.fields(form).empty())
+        if (work.pending.isEdited(form))
             return form;
     }
     return forms.front();
@@ -86,18 +85,22 @@ void readTag(TagWork& work, const CString& path, CMusicTagEx& tag)
                             " cannot be read: " + work.session.failures().lastFailure());
 }
 
-void show(TagWork& work, const TagOptions& options)
+ExitCode show(TagWork& work, const TagOptions& options)
 {
     const CString path = pathOf(work, options.file);
     CMusicTagEx tag;
     readTag(work, path, tag);
     applyEdits(tag, work.pending.fields(path));
     if (!work.line.json)
-        return work.line.out.write(tagTable(tag));
+    {
+        work.line.out.write(tagTable(tag));
+        return ExitCode::done;
+    }
     Json object;
     putPath(object, "path", path);
     object["fields"] = tagJson(tag);
     work.line.out.line(dump(object));
+    return ExitCode::done;
 }
 
 /// A picture is kept as the absolute path of a file that is there.
@@ -130,7 +133,7 @@ std::string checkedValue(const host::FileField& field, const std::string& value)
     return path;
 }
 
-void set(TagWork& work, const TagOptions& options)
+ExitCode set(TagWork& work, const TagOptions& options)
 {
     const CString path = pathOf(work, options.file);
     CMusicTagEx tag;
@@ -155,23 +158,70 @@ void set(TagWork& work, const TagOptions& options)
         work.pending.save();
     applyEdits(tag, work.pending.fields(path));
     work.line.out.write(work.line.json ? dump(tagJson(tag)) + "\n" : tagTable(tag));
+    return ExitCode::done;
 }
 
-void revert(TagWork& work, const TagOptions& options)
+/// The files with edits, those that are away with a remark.
+ExitCode listEdits(TagWork& work, const TagOptions&)
 {
+    const auto print = [&work](const CString& path, bool isAway)
+    {
+        if (!work.line.json)
+            return work.line.out.line(work.line.out.foreign(host::shownPath(path)) +
+                                      (isAway ? "  (away)" : ""));
+        Json object;
+        putPath(object, "path", path);
+        object["away"] = isAway;
+        work.line.out.line(dump(object));
+    };
+    for (const CString& path : work.pending.paths())
+        print(path, false);
+    for (const CString& path : work.pending.awayPaths())
+        print(path, true);
+    return ExitCode::done;
+}
+
+/// The files whose edits go.
+std::vector<CString> dropEdits(TagWork& work, const TagOptions& options)
+{
+    PendingTags& pending = work.pending;
+    if (options.away)
+    {
+        const std::vector<CString> paths = pending.awayPaths();
+        if (paths.empty())
+            throw HostError(ExitCode::notFound, "no file with edits is away");
+        for (const CString& path : paths)
+            pending.dropAway(path);
+        return paths;
+    }
+    if (options.file.empty())
+        throw HostError(ExitCode::usage, "name a file, or all files that are away with --away");
     const CString path = pathOf(work, options.file);
-    bool any = options.words.empty() && work.pending.drop(path);
+    bool any = options.words.empty() && pending.drop(path);
+    if (options.words.empty() && !any)
+    {
+        for (const CString& form : spellings(options.file))
+            any = pending.dropAway(form) || any;
+    }
     for (const std::string& name : options.words)
     {
         findField(name);
-        any = work.pending.drop(path, name) || any;
+        any = pending.drop(path, name) || any;
     }
     if (!any)
         throw HostError(ExitCode::notFound, "nothing is edited there: " + host::shownPath(path));
+    return {path};
+}
+
+ExitCode revert(TagWork& work, const TagOptions& options)
+{
+    const std::vector<CString> paths = dropEdits(work, options);
     if (!work.line.dryRun)
         work.pending.save();
-    work.line.note((work.line.dryRun ? "would drop the edits of " : "dropped the edits of ") +
-                   host::shownPath(path));
+    for (const CString& path : paths)
+        work.line.note((work.line.dryRun ? "would drop the edits of " : "dropped the edits of ") +
+                       host::shownPath(path));
+    return ExitCode::done;
 }
 
 void writeOne(TagWork& work, const CString& path, ProgressReporter& progress)
@@ -202,7 +252,7 @@ std::vector<CString> pathsToWrite(const TagWork& work, const TagOptions& options
     if (options.file.empty())
         throw HostError(ExitCode::usage, "name a file, or all of them with --all");
     const CString path = pathOf(work, options.file);
-    if (work.pending.fields(path).empty())
+    if (!work.pending.isEdited(path))
         throw HostError(ExitCode::notFound, "nothing is edited there: " + host::shownPath(path));
     return {path};
 }
@@ -255,81 +305,77 @@ ExitCode write(TagWork& work, const TagOptions& options)
     }
     if (!work.line.dryRun && failed < paths.size())
         work.line.note("\"qo scan\" takes the new values into the collection");
+    if (const auto away = static_cast<std::int64_t>(work.pending.awayPaths().size());
+        away > 0 && options.all)
+        work.line.note(countText(away, "file") +
+                       " with edits cannot be found: \"qo tag ls\" names what is away");
     if (failed == 0)
         return ExitCode::done;
     return failed < paths.size() ? ExitCode::partly : ExitCode::failed;
 }
 
-/// Runs the function with the kernel started and the reasons of tag failures remembered.
-template <class Function>
-ExitCode withTags(CommandLine& line, KernelUse use, Function function)
+using TagAction = ExitCode (*)(TagWork&, const TagOptions&);
+
+/// A command of the group, which runs with the kernel started and the reasons of tag failures
+/// remembered.
+CLI::App* addTagCommand(CommandLine& line,
+                        CLI::App& group,
+                        const std::shared_ptr<TagOptions>& options,
+                        const char* name,
+                        const char* help,
+                        KernelUse use,
+                        TagAction run)
 {
-    const auto session = openKernel(line, use);
-    session->failures().setWithDetails(true);
-    return session->kernel().run(
-        [&]
-        {
-            TagWork work(line, *session);
-            return function(work);
-        });
+    return line.addCommand(group,
+                           name,
+                           help,
+                           [&line, options, use, run]
+                           {
+                               const auto session = openKernel(line, use);
+                               session->failures().setWithDetails(true);
+                               return session->kernel().run(
+                                   [&]
+                                   {
+                                       if (use == KernelUse::hold)
+                                           session->prepareStore();
+                                       TagWork work(line, *session);
+                                       return run(work, *options);
+                                   });
+                           });
 }
 } // namespace
 
 void setUpTag(CommandLine& line, CLI::App& command)
 {
     command.require_subcommand(1);
-    auto options = std::make_shared<TagOptions>();
-    const auto addFile = [options](CLI::App* each)
-    { return addArgument(*each, "FILE", options->file, "A music file"); };
+    const auto options = std::make_shared<TagOptions>();
+    const auto add =
+        [&](const char* name, const char* help, KernelUse use, TagAction run, bool withFile = true)
+    {
+        CLI::App* const app = addTagCommand(line, command, options, name, help, use, run);
+        if (withFile)
+            addArgument(*app, "FILE", options->file, "A music file");
+        return app;
+    };
 
-    addFile(line.addCommand(command,
-                            "show",
-                            "The file's values and the edited ones side by side",
-                            [&line, options]
-                            {
-                                return withTags(line,
-                                                KernelUse::look,
-                                                [&](TagWork& work)
-                                                { return show(work, *options), ExitCode::done; });
-                            }))
+    add("show", "The file's values and the edited ones side by side", KernelUse::look, show)
+        ->get_option("FILE")
         ->required();
 
-    CLI::App* const setApp = line.addCommand(
-        command,
-        "set",
-        "Edit values; they wait until \"write\"",
-        [&line, options]
-        {
-            return withTags(line,
-                            KernelUse::hold,
-                            [&](TagWork& work) { return set(work, *options), ExitCode::done; });
-        });
-    addFile(setApp)->required();
+    CLI::App* const setApp =
+        add("set", "Edit values; they wait until \"write\"", KernelUse::hold, set);
+    setApp->get_option("FILE")->required();
     addArguments(*setApp, "FIELD=VALUE", options->words, "Fields: " + allFieldNames())->required();
 
-    CLI::App* const revertApp = line.addCommand(
-        command,
-        "revert",
-        "Drop edits that were not written",
-        [&line, options]
-        {
-            return withTags(line,
-                            KernelUse::hold,
-                            [&](TagWork& work) { return revert(work, *options), ExitCode::done; });
-        });
-    addFile(revertApp)->required();
+    add("ls", "The files with edits that are not written", KernelUse::look, listEdits, false);
+
+    CLI::App* const revertApp =
+        add("revert", "Drop edits that were not written", KernelUse::hold, revert);
     addArguments(*revertApp, "FIELD", options->words, "Only these fields");
+    revertApp->add_flag("--away", options->away, "All files that cannot be found");
 
     CLI::App* const writeApp =
-        line.addCommand(command,
-                        "write",
-                        "Write the edits into the file",
-                        [&line, options] {
-                            return withTags(line,
-                                            KernelUse::hold,
-                                            [&](TagWork& work) { return write(work, *options); });
-                        });
-    addFile(writeApp);
+        add("write", "Write the edits into the file", KernelUse::hold, write);
     writeApp->add_flag("--all", options->all, "Every file with edits");
 }
 } // namespace qo::cli

@@ -92,7 +92,7 @@ QoFileDbItemArray sameSize()
 std::vector<EqualFiles> equalFiles(const CommandLine& line)
 {
     const QoFileDbItemArray candidates = sameSize();
-    host::HeadStore heads(host::headsPath());
+    host::HeadStore heads;
     {
         ProgressDisplay display(line.quiet);
         host::ProgressReporter progress([&display](const host::ProgressEvent& event)

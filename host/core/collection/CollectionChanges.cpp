@@ -3,13 +3,12 @@
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/collection/CollectionFiles.h"
-#include "core/collection/PendingTags.h"
 #include "core/session/Session.h"
 
 #include <QoKernel/Logical.h>
 #include <QoKernel/Physical.h>
 
-#include <unordered_map>
+#include <utility>
 
 namespace qo::host
 {
@@ -19,7 +18,6 @@ struct CollectionChanges::Stage
     std::unordered_set<std::u16string> paths;
     std::unordered_set<std::u16string> folders;
     CStringArray toAnalyze;
-    std::unordered_map<std::u16string, CString> places; ///< see PendingTags::follow()
 
     void analyze(const CString& file) { analyzeFolder(CQoCollPath(file).getParent().toString()); }
     void analyzeFolder(const CString& folder)
@@ -62,31 +60,22 @@ CollectionChanges::Stage& CollectionChanges::stageFor(const CString& path, const
 
 void CollectionChanges::scan(const CString& path)
 {
-    scanIn(path);
-}
-
-CollectionChanges::Stage& CollectionChanges::scanIn(const CString& path)
-{
     Stage& stage = stageFor(path, CString());
     stage.list.addFileToScan(path, CQoFileChangeInfo::ordinaryFile, CQoFileChangeInfo::setImported);
     stage.analyze(path);
-    return stage;
 }
 
 void CollectionChanges::arrive(const CString& path, const CString& from)
 {
-    auto& places = scanIn(path).places;
-    if (from.IsEmpty())
-        places.emplace(pathKey(path), CString());
-    else
-        places[pathKey(from)] = path;
+    scan(path);
+    if (!from.IsEmpty())
+        m_arrivals.emplace_back(from, path);
 }
 
 void CollectionChanges::move(const CString& from, const CString& to, bool readAgain)
 {
     Stage& stage = stageFor(from, to);
     stage.list.addFileToMove(from, to, readAgain)->m_keepEmptyDirs = m_keepEmptyDirs;
-    stage.places[pathKey(from)] = to;
     stage.analyze(to);
 }
 
@@ -94,7 +83,6 @@ void CollectionChanges::remove(const CString& path)
 {
     Stage& stage = stageFor(path, CString());
     stage.list.addFileToDelete(path)->m_keepEmptyDirs = m_keepEmptyDirs;
-    stage.places[pathKey(path)] = CString();
 }
 
 void CollectionChanges::apply(IQoProgress& progress)
@@ -112,7 +100,8 @@ void CollectionChanges::apply(IQoProgress& progress)
     {
         try
         {
-            applyWithEdits(*stage, progress);
+            applyStage(*stage, progress);
+            forgetGone(CQoCollection::m_ownCollection);
         }
         catch (const HostError& error)
         {
@@ -124,37 +113,7 @@ void CollectionChanges::apply(IQoProgress& progress)
         }
         saved += stage->list.GetSize();
     }
-}
-
-void CollectionChanges::applyWithEdits(const Stage& stage, IQoProgress& progress)
-{
-    PendingTags before(Session::pendingTagsPath());
-    if (!before.complaint().empty())
-        m_session.note(before.complaint());
-    PendingTags after = before;
-    after.follow(stage.places);
-    const bool hasEdits = after.isDirty();
-    // Ahead of the records: the files are where they will be already.
-    after.save();
-    try
-    {
-        applyStage(stage, progress);
-    }
-    catch (const HostError& error)
-    {
-        if (!hasEdits)
-            throw;
-        try
-        {
-            before.save(true);
-        }
-        catch (const HostError& second)
-        {
-            throw HostError(error.code(), std::string(error.what()) + "; " + second.what());
-        }
-        throw;
-    }
-    forgetGone(CQoCollection::m_ownCollection);
+    PendingTags::settle(m_session, std::exchange(m_arrivals, {}));
 }
 
 void CollectionChanges::applyStage(const Stage& stage, IQoProgress& progress)

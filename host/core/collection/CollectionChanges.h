@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/collection/PendingTags.h"
+
 #include <QoKernel/Collection.h>
 
 #include <memory>
@@ -12,8 +14,8 @@ namespace qo::host
 class Session;
 
 /// Changes on their way into the loaded collection. A later change that meets a path of an earlier
-/// one waits until that one is applied, so each stage is one save; as a rule there is one. Tag
-/// edits that are pending follow their files. Paths in collection form. For the kernel's thread.
+/// one waits until that one is applied, so each stage is one save; as a rule there is one. Paths in
+/// collection form. For the kernel's thread.
 class CollectionChanges
 {
 public:
@@ -25,8 +27,8 @@ public:
 
     /// A file that is there now, or has other content; its folder is analysed again.
     void scan(const CString& path);
-    /// A new file at a path that was free. From another path, unless that is empty, it brings its
-    /// pending edits along.
+    /// A new file at a path that was free. It comes from another path, unless that is empty: edits
+    /// that wait for a file without a record there become its own.
     void arrive(const CString& path, const CString& from);
     /// A record whose file has another path now. With readAgain its tag is read if it is newer.
     void move(const CString& from, const CString& to, bool readAgain);
@@ -50,13 +52,11 @@ private:
 
     /// The stage that may change these paths; target may be empty.
     Stage& stageFor(const CString& path, const CString& target);
-    Stage& scanIn(const CString& path);
-    /// With the pending edits of the files, which stay as they were when it fails.
-    void applyWithEdits(const Stage& stage, IQoProgress& progress);
     void applyStage(const Stage& stage, IQoProgress& progress);
 
     Session& m_session;
     bool m_keepEmptyDirs;
     std::vector<std::unique_ptr<Stage>> m_stages;
+    PendingTags::Arrivals m_arrivals;
 };
 } // namespace qo::host

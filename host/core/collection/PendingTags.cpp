@@ -2,147 +2,262 @@
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
-#include "core/collection/CollectionFiles.h"
-#include "core/collection/FileFields.h"
-
-#include <nlohmann/json.hpp>
+#include "core/session/Session.h"
+#include "core/store/StoredRecords.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <unordered_set>
+#include <memory>
 
 namespace qo::host
 {
 namespace
 {
-using nlohmann::json;
-
-constexpr std::size_t largestEdits = 256U << 20;
-constexpr int formatVersion = 1;
-
-bool isFieldName(const std::string& name)
+bool isAlike(const EditedFile& file, std::int64_t size, std::int64_t modified)
 {
-    const auto& names = PendingTags::fieldNames();
-    return std::find(names.begin(), names.end(), name) != names.end();
+    return file.size == EditedFile::unknownSize || (file.size == size && file.modified == modified);
+}
+
+/// The size and the write time of the file at the path, as a scan would see them.
+bool lookAt(const CString& path, EditedFile& file)
+{
+    FileInfo info;
+    if (fileSystem().info(path, Spelling::exact, info) != 0 || info.kind != FileKind::regular)
+        return false;
+    file.size = info.size;
+    file.modified = toTicks(info.modified);
+    return true;
+}
+
+/// Whether the file is on the disk as it is known. One of which nothing is known is looked at.
+bool isOnDisk(EditedFile& file)
+{
+    EditedFile found = file;
+    if (!lookAt(file.path, found) || !isAlike(file, found.size, found.modified))
+        return false;
+    file = found;
+    return true;
+}
+
+/// What the record says of its file. A write time of 0 stands for a file that is to be read again.
+void learn(EditedFile& file, const StoredRecord& record)
+{
+    file.path = record.path;
+    if (record.modified == 0)
+        return;
+    file.size = record.size;
+    file.modified = record.modified;
 }
 } // namespace
 
-const std::vector<std::string>& PendingTags::fieldNames()
+PendingTags::PendingTags() : m_store(Session::folder())
 {
-    static const std::vector<std::string> names = []
-    {
-        std::vector<std::string> list;
-        for (const FileField& field : tagFields())
-            list.emplace_back(field.name);
-        return list;
-    }();
-    return names;
+    for (EditedFile& file : m_store.edits())
+        m_files.push_back({file, file, false});
+    resolve();
 }
 
-PendingTags::PendingTags(const CString& file) : m_file(file)
+void PendingTags::resolve()
 {
-    std::string text;
-    const int error = readFile(file, largestEdits, text);
-    if (error == ENOENT)
-        return;
-    if (error != 0)
-        throw HostError(ExitCode::failed,
-                        "the pending edits " + shownPath(file) +
-                            " cannot be read: " + errorWords(error));
-    if (parse(text))
-        return;
-    m_files.clear();
-    const CString aside = freeName(file + u".unreadable-" + timeStampOfNow());
-    if (const int moveError = fileSystem().moveFile(file, aside))
-        throw HostError(ExitCode::failed,
-                        shownPath(file) + " is no list of pending edits and cannot be renamed: " +
-                            errorWords(moveError));
-    m_complaint = shownPath(file) + " was no list of pending edits and is now " + shownPath(aside);
-}
-
-bool PendingTags::parse(const std::string& text)
-{
-    const json list = json::parse(text, nullptr, false);
-    if (!list.is_object() || list.value("version", json()) != formatVersion ||
-        !list.contains("files") || !list["files"].is_object())
-        return false;
-    for (const auto& [path, fields] : list["files"].items())
+    try
     {
-        if (!fields.is_object())
-            return false;
-        for (const auto& [name, value] : fields.items())
-        {
-            if (!isFieldName(name) || !value.is_string())
-                return false;
-            m_files[path][name] = value.get<std::string>();
-        }
+        const StoredRecords records(Session::databasePath());
+        resolveById(records);
+        resolveByPath(records);
     }
-    return true;
+    catch (CSQLiteException* raw)
+    {
+        // Whoever reads the collection itself says what is wrong with it; the edits stay.
+        const std::unique_ptr<CSQLiteException> exception(raw);
+        log(level::warning, u"PendingTags : %s", exception->message());
+    }
+    for (Entry& entry : m_files)
+        entry.isAway = entry.isAway && !isOnDisk(entry.file);
+    m_byPath.clear();
+    for (std::size_t i = 0; i < m_files.size(); ++i)
+    {
+        if (!m_files[i].isAway && !m_files[i].file.fields.empty())
+            m_byPath.emplace(m_files[i].file.path, i);
+    }
+}
+
+void PendingTags::resolveById(const StoredRecords& records)
+{
+    std::map<CString, CString> pathsById;
+    for (const Entry& entry : m_files)
+    {
+        if (!entry.file.id.IsEmpty())
+            pathsById.emplace(entry.file.id, entry.file.path);
+    }
+    for (Entry& entry : m_files)
+        entry.isAway = true;
+    const auto found = records.byIds(pathsById);
+    for (Entry& entry : m_files)
+    {
+        const auto record = found.find(entry.file.id);
+        entry.isAway = record == found.end();
+        if (!entry.isAway)
+            learn(entry.file, record->second);
+    }
+}
+
+void PendingTags::resolveByPath(const StoredRecords& records)
+{
+    std::set<CString> paths;
+    for (const Entry& entry : m_files)
+    {
+        if (entry.isAway)
+            paths.insert(entry.file.path);
+    }
+    const auto found = records.byPaths(paths);
+    std::map<CString, Entry*> byId;
+    for (Entry& entry : m_files)
+    {
+        if (!entry.isAway && !entry.file.id.IsEmpty())
+            byId.emplace(entry.file.id, &entry);
+    }
+    for (Entry& entry : m_files)
+    {
+        const auto record = entry.isAway ? found.find(entry.file.path) : found.end();
+        if (record == found.end() ||
+            !isAlike(entry.file, record->second.size, record->second.modified))
+            continue;
+        const CString& id = record->second.id;
+        Entry*& owner = id.IsEmpty() ? byId[entry.file.path] : byId[id];
+        if (owner)
+        {
+            // Edits that the record has already are younger.
+            owner->file.fields.merge(entry.file.fields);
+            entry.file.fields.clear();
+            continue;
+        }
+        owner = &entry;
+        entry.file.id = id;
+        learn(entry.file, record->second);
+        entry.isAway = false;
+    }
 }
 
 std::vector<CString> PendingTags::paths() const
 {
     std::vector<CString> list;
-    for (const auto& [path, fields] : m_files)
-        list.push_back(fromUtf8(path));
+    for (const auto& [path, index] : m_byPath)
+        list.push_back(path);
     return list;
+}
+
+std::vector<CString> PendingTags::awayPaths() const
+{
+    std::set<CString> list;
+    for (const Entry& entry : m_files)
+    {
+        if (entry.isAway && !entry.file.fields.empty())
+            list.insert(entry.file.path);
+    }
+    return {list.begin(), list.end()};
 }
 
 PendingTags::Fields PendingTags::fields(const CString& path) const
 {
-    const auto found = m_files.find(toUtf8(path));
-    return found == m_files.end() ? Fields() : found->second;
+    const auto found = m_byPath.find(path);
+    return found == m_byPath.end() ? Fields() : m_files[found->second].file.fields;
 }
 
 void PendingTags::set(const CString& path, const std::string& field, const std::string& value)
 {
-    m_files[toUtf8(path)][field] = value;
-    m_isDirty = true;
+    if (const auto found = m_byPath.find(path); found != m_byPath.end())
+    {
+        m_files[found->second].file.fields[field] = value;
+        return;
+    }
+    Entry entry;
+    entry.file.path = path;
+    entry.file.fields[field] = value;
+    lookAt(path, entry.file);
+    const auto records = StoredRecords(Session::databasePath()).byPaths({path});
+    if (const auto record = records.find(path); record != records.end())
+    {
+        entry.file.id = record->second.id;
+        learn(entry.file, record->second);
+    }
+    m_byPath.emplace(path, m_files.size());
+    m_files.push_back(std::move(entry));
 }
 
 bool PendingTags::drop(const CString& path, const std::string& field)
 {
-    const auto found = m_files.find(toUtf8(path));
-    if (found == m_files.end())
+    const auto found = m_byPath.find(path);
+    if (found == m_byPath.end())
         return false;
-    const bool had = field.empty() ? !found->second.empty() : found->second.erase(field) > 0;
-    if (field.empty() || found->second.empty())
-        m_files.erase(found);
-    m_isDirty = m_isDirty || had;
+    Fields& fields = m_files[found->second].file.fields;
+    const bool had = field.empty() ? !fields.empty() : fields.erase(field) > 0;
+    if (field.empty())
+        fields.clear();
+    if (fields.empty())
+        m_byPath.erase(found);
     return had;
 }
 
-void PendingTags::follow(const std::unordered_map<std::u16string, CString>& places)
+bool PendingTags::dropAway(const CString& path)
 {
-    std::unordered_set<std::u16string> taken;
-    for (const auto& [key, place] : places)
-        taken.insert(pathKey(place));
-    std::map<std::string, Fields> files;
-    for (auto& [path, fields] : m_files)
+    bool had = false;
+    for (Entry& entry : m_files)
     {
-        const std::u16string key = pathKey(fromUtf8(path));
-        const auto found = places.find(key);
-        if (found == places.end() && !taken.contains(key))
-            files[path] = std::move(fields);
-        else if (found != places.end() && !found->second.IsEmpty())
-            files[toUtf8(found->second)] = std::move(fields);
-        m_isDirty = m_isDirty || found != places.end() || taken.contains(key);
+        if (!entry.isAway || entry.file.path != path)
+            continue;
+        had = had || !entry.file.fields.empty();
+        entry.file.fields.clear();
     }
-    m_files = std::move(files);
+    return had;
 }
 
-void PendingTags::save(bool anyhow)
+void PendingTags::save()
 {
-    if (!m_isDirty && !anyhow)
+    std::vector<EditedFile> before;
+    std::vector<EditedFile> after;
+    for (Entry& entry : m_files)
+    {
+        if (entry.stored == entry.file)
+            continue;
+        before.push_back(entry.stored);
+        after.push_back(entry.file);
+    }
+    if (before.empty())
         return;
-    json list;
-    list["version"] = formatVersion;
-    list["files"] = m_files;
-    const std::string text = list.dump(1) + "\n";
-    if (const int error = fileSystem().replaceFile(m_file, text.data(), text.size()))
-        throw HostError(ExitCode::failed,
-                        "the pending edits " + shownPath(m_file) +
-                            " cannot be written: " + errorWords(error));
-    m_isDirty = false;
+    m_store.replaceEdits(before, after);
+    for (Entry& entry : m_files)
+        entry.stored = entry.file;
+}
+
+void PendingTags::bring(const Arrivals& arrivals)
+{
+    bool isMet = false;
+    for (const auto& [from, to] : arrivals)
+    {
+        for (Entry& entry : m_files)
+        {
+            if (!entry.file.id.IsEmpty() || entry.file.path != from)
+                continue;
+            entry.file.path = to;
+            // Some disks keep times less exactly than others.
+            entry.file.size = EditedFile::unknownSize;
+            isMet = true;
+        }
+    }
+    if (isMet)
+        resolve();
+}
+
+void PendingTags::settle(const Session& session, const Arrivals& arrivals)
+{
+    try
+    {
+        PendingTags edits;
+        edits.bring(arrivals);
+        edits.save();
+    }
+    catch (const HostError& error)
+    {
+        session.note(error.what());
+    }
 }
 } // namespace qo::host

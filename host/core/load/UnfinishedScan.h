@@ -1,26 +1,21 @@
 #pragma once
 
-#include <QoKernel/Kernel.h>
-
-#include <cstdint>
-#include <optional>
-#include <string>
+#include "core/store/StoreRows.h"
 
 namespace qo::host
 {
-/// The root folders whose first scan has begun and not yet come to its end, kept in a file so that
-/// the next scan goes on with them. On the thread that calls the kernel.
+/// The root folders whose first scan has begun and not yet come to its end, as the host's store has
+/// them, so that the next scan goes on with them. On the thread that calls the kernel.
 class UnfinishedScan
 {
 public:
-    /// Reads the file, which need not be there; folder is the collection's own. A file that cannot
-    /// be read counts as none.
+    /// Reads the store of the data folder, which need not be there. Throws HostError.
     explicit UnfinishedScan(const CString& folder);
 
-    /// What the file held when this was made.
-    const CStringArray& rootsAtFirst() const { return m_roots; }
-    bool wasThere() const { return !m_roots.IsEmpty(); }
-    // These throw HostError.
+    /// What the store held when this was made.
+    const CStringArray& rootsAtFirst() const { return m_mark.roots; }
+    bool wasThere() const { return !m_mark.roots.IsEmpty(); }
+    // These are for the holder of the data folder's lock and throw HostError.
     void begin(const CStringArray& roots) const;
     /// All files are read and saved, at that time last. The names are going to be analysed, which
     /// must not happen twice, and saved in one go.
@@ -31,10 +26,7 @@ public:
     void settle(const FILETIME& lastSave);
 
 private:
-    void write(std::string content) const;
-
-    CString m_file;
-    CStringArray m_roots;
-    std::optional<std::int64_t> m_lastSave; ///< when the analysis of names was begun, if it was
+    CString m_folder;
+    ScanMark m_mark;
 };
 } // namespace qo::host

@@ -308,9 +308,4 @@ void applyMoves(Session& session, const std::vector<MoveOffer>& offers, IQoProgr
     if (!changes.isEmpty())
         changes.apply(progress);
 }
-
-CString headsPath()
-{
-    return Session::folder() + u"\\heads";
-}
 } // namespace qo::host

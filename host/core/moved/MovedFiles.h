@@ -44,7 +44,4 @@ MovedFiles findMoved(const HeadStore& heads, IQoProgress& progress);
 /// Gives the records their new paths and saves that; a scan afterwards finds the rest. Throws
 /// HostError, see CollectionChanges::apply(). For the kernel's thread.
 void applyMoves(Session& session, const std::vector<MoveOffer>& offers, IQoProgress& progress);
-
-/// The path of the HeadStore's file.
-CString headsPath();
 } // namespace qo::host

@@ -7,6 +7,13 @@ namespace qo::host
 {
 namespace
 {
+CQoPathInfo::EType toKind(int number)
+{
+    const bool isKind = number == CQoPathInfo::allIsMusic || number == CQoPathInfo::nothingIsMusic;
+    return isKind ? static_cast<CQoPathInfo::EType>(number) : CQoPathInfo::audioIsMusic;
+}
+} // namespace
+
 bool isCollection(const CString& database)
 {
     // Opening would create an absent database, and would change the side files of an empty one.
@@ -17,13 +24,6 @@ bool isCollection(const CString& database)
     CString version;
     return CQoCollDb::readVersion(database, version) && version == CQoCollDb::currentVersion();
 }
-
-CQoPathInfo::EType toKind(int number)
-{
-    const bool isKind = number == CQoPathInfo::allIsMusic || number == CQoPathInfo::nothingIsMusic;
-    return isKind ? static_cast<CQoPathInfo::EType>(number) : CQoPathInfo::audioIsMusic;
-}
-} // namespace
 
 CollInfoDbItem storedInfo(const CString& database)
 {

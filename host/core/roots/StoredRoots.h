@@ -16,6 +16,9 @@ struct StoredRoot
     CQoPathInfo::EType kind = CQoPathInfo::audioIsMusic;
 };
 
+/// Whether there is a database of this version; one that is absent or empty is not made.
+bool isCollection(const CString& database);
+
 /// What the database knows of the own collection; without a scan yet its times are null. For a
 /// database that is there. On the thread that calls the kernel; throws what the database layer
 /// throws.

@@ -3,6 +3,7 @@
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/collection/CollectionFiles.h"
+#include "core/collection/PendingTags.h"
 #include "core/load/DatabaseGuard.h"
 #include "core/load/RootChanges.h"
 #include "core/load/RootSentinel.h"
@@ -13,6 +14,7 @@
 #include "core/roots/RootGuard.h"
 #include "core/roots/StoredRoots.h"
 #include "core/runs/Reorganizer.h"
+#include "core/store/HostStore.h"
 
 #include <QoKernel/Collection.h>
 
@@ -152,14 +154,17 @@ CString Session::databasePath()
     return CQoPaths::getQoDbFilePath();
 }
 
-CString Session::pendingTagsPath()
-{
-    return folder() + u"\\pending-tags.json";
-}
-
 void Session::prepareDatabase(const CString& database)
 {
     for (const std::string& sentence : DatabaseGuard(database).prepare())
+        note(sentence);
+    if (m_options.withLock)
+        prepareStore();
+}
+
+void Session::prepareStore() const
+{
+    for (const std::string& sentence : HostStore(folder()).prepare())
         note(sentence);
 }
 
@@ -200,7 +205,14 @@ std::string Session::interruptedText(bool wasNeverScanned, bool walked)
 
 bool Session::hasUnfinishedScan()
 {
-    return UnfinishedScan(folder()).wasThere();
+    try
+    {
+        return UnfinishedScan(folder()).wasThere();
+    }
+    catch (const HostError&)
+    {
+        return false; // a hint for the user; what writes finds out for itself
+    }
 }
 
 void Session::checkSaved(const CString& database, const std::string& cause)
@@ -422,7 +434,11 @@ Session::LoadReport Session::loadGuarded(const LoadOptions& options,
     const std::vector<StoredRoot> unlisted = unlistedRoots(database, roots);
     refuseUnnamedRoots(unlisted, roots);
     if (m_options.withLock && isOwn)
+    {
         settleUnfinishedScan(database);
+        // Before a record goes its place must be known, however the last command ended.
+        PendingTags::settle(*this);
+    }
     if (m_options.withLock && isOwn && hasUntoldMoves())
         followMoves(roots, database, progress);
     const bool hasNews = options.rescan || wouldWalk(database);
@@ -452,7 +468,10 @@ Session::LoadReport Session::loadGuarded(const LoadOptions& options,
     if (hasNews)
         checkSaved(database, m_failures->lastFailure());
     if (hasNews && isOwn)
+    {
         UnfinishedScan(folder()).end();
+        PendingTags::settle(*this);
+    }
     if (roots.hasRemoved() && isOwn)
     {
         roots.forgetRemoved();

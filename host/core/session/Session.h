@@ -73,13 +73,15 @@ public:
 
     // The rest is for the kernel's thread.
 
-    /// Where the lock, the database and the pending edits stand; made when absent.
+    /// Where the lock, the database and the host's own store stand; made when absent.
     static CString folder();
     static CString databasePath();
-    static CString pendingTagsPath();
 
-    /// Makes sure that there is a database that may be opened. Throws HostError.
+    /// Makes sure that there is a database that may be opened, and with the lock of the host's own
+    /// store too. Throws HostError.
     void prepareDatabase(const CString& database);
+    /// The store alone; with the lock. Throws HostError.
+    void prepareStore() const;
     /// Whether the first scan of a root folder was interrupted: the next scan goes on with it.
     static bool hasUnfinishedScan();
     /// Loads the user's collection. Root folders that are new are read in slices, each of which is

@@ -1,5 +1,4 @@
 #include "core/collection/FileFields.h"
-#include "core/collection/PendingTags.h"
 #include "core/session/KeyValueConfig.h"
 #include "support/DocExample.h"
 #include "support/Print.h"
@@ -93,17 +92,4 @@ TEST(Documents, FieldsAreThoseOfTheTable)
             documented.push_back(line.substr(0, line.rfind(" | ") + 2));
     }
     EXPECT_EQ(documented, expected);
-}
-
-TEST(Documents, PendingEditsReadAndAreWrittenAlike)
-{
-    const TempDir dir;
-    const std::string example = docExample("architecture.md", "edits");
-    dir.write("edits", example);
-    PendingTags tags(dir.collPath("edits"));
-    const CString path(u"C:\\home\\ann\\Music\\a.mp3");
-    EXPECT_EQ(tags.fields(path), (PendingTags::Fields{{"artist", "Somebody"}, {"year", "1999"}}));
-    tags.set(path, "year", "1999");
-    tags.save();
-    EXPECT_EQ(dir.read("edits"), example);
 }

@@ -49,11 +49,12 @@ TEST(TagCommand, FilesOwnValueIsNoEdit)
     EXPECT_EQ(fields(qo, file)["album"]["edited"], "y");
 }
 
-TEST(TagCommand, WritingAllNeedsConsentAndGoesOnBehindAFailure)
+TEST(TagCommand, WritingAllNeedsConsentAndGoesOnAfterAFailure)
 {
     const QoCommand qo;
     const std::string gone = qo.addSound("a.mp3");
     const std::string there = qo.addSound("b.mp3");
+    ASSERT_EQ(qo.scan().code, 0);
     ASSERT_EQ(qo.run({"tag", "set", gone, "artist=x"}).code, 0);
     ASSERT_EQ(qo.run({"tag", "set", there, "artist=x"}).code, 0);
     fs::remove(gone);
@@ -62,6 +63,31 @@ TEST(TagCommand, WritingAllNeedsConsentAndGoesOnBehindAFailure)
         {"tag", "write", "--all", "--yes"}, 6, gone + " cannot be read: No such file or directory");
     EXPECT_EQ(fields(qo, there)["artist"]["file"], "x");
     EXPECT_EQ(qo.run({"tag", "revert", gone}).code, 0);
+}
+
+TEST(TagCommand, EditsOfFilesThatAreAwayAreNamedAndCanBeDropped)
+{
+    const QoCommand qo;
+    const std::string file = qo.addSound("a.mp3");
+    qo.addSound("stays.mp3");
+    const std::string stranger = qo.dir.write("elsewhere.mp3", qo.dir.read("music/a.mp3"));
+    ASSERT_EQ(qo.scan().code, 0);
+    ASSERT_EQ(qo.run({"tag", "set", file, "artist=x"}).code, 0);
+    ASSERT_EQ(qo.run({"tag", "set", stranger, "artist=y"}).code, 0);
+    fs::remove(file);
+    fs::remove(stranger);
+    ASSERT_EQ(qo.run({"scan", "--yes"}).code, 0);
+    const auto away = [](const std::string& path) {
+        return nlohmann::json{{"path", path}, {"away", true}};
+    };
+    EXPECT_EQ(qo.run({"tag", "ls", "--json"}).json(),
+              (std::vector<nlohmann::json>{away(stranger), away(file)}));
+    qo.expect({"status"}, 0, "0 files with tags to write, and 2 that cannot be found");
+    qo.expect({"tag", "write", "--all"}, 0, "2 files with edits cannot be found");
+    EXPECT_EQ(qo.run({"tag", "revert", file}).code, 0);
+    EXPECT_EQ(qo.run({"tag", "revert", "--away"}).code, 0);
+    EXPECT_EQ(qo.run({"tag", "ls"}).out, "");
+    EXPECT_EQ(qo.run({"tag", "revert", "--away"}).code, 4);
 }
 
 TEST(TagCommand, SaysWhatIsWrong)
@@ -79,6 +105,7 @@ TEST(TagCommand, SaysWhatIsWrong)
         {{"set", qo.music(), "artist=x"}, 1, "is no regular file"},
         {{"show", qo.dir.write("music/a.txt", "x")}, 1, "is no kind of file that has a tag"},
         {{"show", broken}, 1, "cannot be read: "},
-        {{"revert", file}, 4, "nothing is edited there"}};
+        {{"revert", file}, 4, "nothing is edited there"},
+        {{"revert"}, 2, "name a file"}};
     qo.expectRefusals("tag", cases);
 }

@@ -1,6 +1,5 @@
 #include "core/collection/FileOperations.h"
 
-#include "core/collection/PendingTags.h"
 #include "host/core/LoadedCollection.h"
 #include "support/Contains.h"
 #include "support/LogCapture.h"
@@ -48,22 +47,6 @@ protected:
     std::string failAdd(const std::string& from, const std::string& to)
     {
         return messageOf([&] { add(from, to, Mode::move); });
-    }
-    void edit(const std::string& path, const std::string& title)
-    {
-        PendingTags pending(Session::pendingTagsPath());
-        pending.set(here.dir.collPath(path), "title", title);
-        pending.save();
-    }
-    /// The edited titles by path, "music/1.mp3=x" and so on.
-    std::vector<std::string> edits() const
-    {
-        const PendingTags pending(Session::pendingTagsPath());
-        std::vector<std::string> list;
-        for (const CString& path : pending.paths())
-            list.push_back(qo::toSystemPath(path).substr(here.dir.path().size() + 1) + "=" +
-                           pending.fields(path).at("title"));
-        return list;
     }
     void move(const std::string& from,
               const std::string& to,
@@ -315,35 +298,6 @@ TEST_F(FileOperationsTest, WhatTheProgramAndTheUserCannotBeWithoutStays)
     EXPECT_EQ(here.records(), before);
     remove("link");
     EXPECT_TRUE(exists("data/Qorganizer/qodb"));
-}
-
-TEST_F(FileOperationsTest, PendingEditsFollowTheirFiles)
-{
-    for (const char* path : {"music/a/1.mp3", "music/2.mp3", "music/3.mp3", "outside/4.mp3"})
-    {
-        here.addSound(path);
-        edit(path, path);
-    }
-    here.load();
-    using List = std::vector<std::string>;
-    move("music/a", "music/b");
-    move("music/b/1.mp3", "music/b/ONE.mp3");
-    EXPECT_EQ(edits(),
-              (List{"music/2.mp3=music/2.mp3",
-                    "music/3.mp3=music/3.mp3",
-                    "music/b/ONE.mp3=music/a/1.mp3",
-                    "outside/4.mp3=outside/4.mp3"}));
-    fs::remove(here.dir.path("music/3.mp3"));
-    move("music/2.mp3", "music/3.mp3");
-    add("outside/4.mp3", "music/2.mp3", Mode::move);
-    const List moved{
-        "music/2.mp3=outside/4.mp3", "music/3.mp3=music/2.mp3", "music/b/ONE.mp3=music/a/1.mp3"};
-    EXPECT_EQ(edits(), moved);
-    remove("music/b");
-    EXPECT_EQ(edits(), (List{moved[0], moved[1]}));
-    breakDatabase();
-    failMove("music/2.mp3", "music/5.mp3");
-    EXPECT_EQ(edits(), (List{moved[0], moved[1]})) << "the file is where it was";
 }
 
 TEST_F(FileOperationsTest, FoldersThatDifferInCaseAloneAreTwo)

@@ -1,5 +1,4 @@
 #include "core/base/DatabaseError.h"
-#include "core/collection/PendingTags.h"
 #include "core/load/DatabaseGuard.h"
 #include "core/load/Snapshots.h"
 #include "core/roots/RootGuard.h"
@@ -237,46 +236,6 @@ TEST(Snapshots, NewestFiveAreKeptAndOnlyTheirOwnFilesCountAndGo)
         EXPECT_TRUE(fs::exists(dir.path("snapshots/") + name)) << name;
     for (const std::string& name : swept)
         EXPECT_FALSE(fs::exists(dir.path("snapshots/") + name)) << name;
-}
-
-TEST(PendingTags, SurviveTheFile)
-{
-    const TempDir dir;
-    const CString file = dir.collPath("pending");
-    const CString path = qo::fromSystemPath("/music/\xff\n\xF0\x9F\x8E\xB5.mp3");
-    {
-        PendingTags tags(file);
-        tags.set(path, "artist", "a\nb\"\\");
-        tags.set(path, "album", "");
-        tags.set(u"C:\\other.mp3", "year", "76");
-        tags.save();
-    }
-    PendingTags tags(file);
-    EXPECT_EQ(tags.paths().size(), 2U);
-    EXPECT_EQ(tags.fields(path), (PendingTags::Fields{{"album", ""}, {"artist", "a\nb\"\\"}}));
-    EXPECT_TRUE(tags.drop(path, "album"));
-    EXPECT_FALSE(tags.drop(path, "album"));
-    EXPECT_TRUE(tags.drop(path));
-    tags.save();
-    EXPECT_EQ(PendingTags(file).paths(), std::vector<CString>{u"C:\\other.mp3"});
-}
-
-TEST(PendingTags, FileThatIsNoListIsSetAside)
-{
-    for (const char* text : {"",
-                             "[]",
-                             "{\"version\":2,\"files\":{}}",
-                             "{\"version\":1,\"files\":{\"a\":{\"artist\":1}}}",
-                             "{\"version\":1,\"files\":{\"a\":{\"singer\":\"x\"}}}",
-                             "\xff\xfe"})
-    {
-        const TempDir dir;
-        dir.write("pending", text);
-        const PendingTags tags(dir.collPath("pending"));
-        EXPECT_TRUE(tags.paths().empty()) << text;
-        EXPECT_NE(tags.complaint(), "") << text;
-        EXPECT_FALSE(fs::exists(dir.path("pending"))) << text;
-    }
 }
 
 TEST(KernelThread, RunsTasksInOrderAndHandsOnFailures)

@@ -33,14 +33,14 @@ protected:
             {
                 QoFileDbItemArray records;
                 CQoCollection::m_ownCollection.copyFiles(records);
-                HeadStore heads(headsPath());
+                HeadStore heads;
                 heads.update(records, *here.progress);
                 heads.save();
             });
     }
     MovedFiles find()
     {
-        return here.run([&] { return findMoved(HeadStore(headsPath()), *here.progress); });
+        return here.run([&] { return findMoved(HeadStore(), *here.progress); });
     }
     /// "from>to ...", sorted.
     std::string offers(const MovedFiles& found) const
@@ -140,7 +140,7 @@ TEST_F(MovedFilesTest, StoredHeadsTellFilesApartThatLookAlike)
     }
     here.load(false);
     EXPECT_EQ(offers(find()), "1.mp3>x/new 1.mp3 1.txt>x/new 1.txt 2.txt>x/new 2.txt");
-    fs::remove(qo::toSystemPath(headsPath()));
+    fs::remove(here.dir.path("data/Qorganizer/host.db"));
     EXPECT_EQ(offers(find()), "1.mp3>x/new 1.mp3") << "tags and length tell, a text has neither";
     here.dir.write("data/Qorganizer/heads", "velmora-heads 1\nnonsense\na b c d\n");
     EXPECT_EQ(offers(find()), "1.mp3>x/new 1.mp3");

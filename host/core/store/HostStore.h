@@ -1,0 +1,66 @@
+#pragma once
+
+#include "core/store/StoreRows.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+class CSQLiteDB;
+
+namespace qo::host
+{
+/// What the host knows beside the collection: the database "host.db" in the data folder, which only
+/// its owner can read. Every call is one transaction over a connection of its own. Reading needs no
+/// lock and writes nothing; an absent store is an empty one. Only the holder of the data folder's
+/// lock may write, which makes the store when it is absent, takes over the text files of earlier
+/// versions, and replaces a damaged store by a new one with all rows that can be read. Failures are
+/// HostError. Not for several threads at once.
+class HostStore
+{
+public:
+    /// Opens nothing.
+    explicit HostStore(const CString& folder);
+
+    /// For the holder of the lock, before anything else: looks whether the store is sound, mends it
+    /// if it is not, and takes over the old files. The sentences for the user.
+    std::vector<std::string> prepare();
+
+    /// Each file once; files without an id by their paths.
+    std::vector<EditedFile> edits() const;
+    /// Replaces the rows of the files "before" by those of "after". Rows of other files stay.
+    void replaceEdits(const std::vector<EditedFile>& before, const std::vector<EditedFile>& after);
+
+    std::vector<StoredHead> heads() const;
+    void changeHeads(const std::vector<std::string>& goneIds,
+                     const std::vector<StoredHead>& changed);
+
+    ScanMark mark() const;
+    /// Without roots the mark is removed.
+    void setMark(const ScanMark& mark);
+
+    /// For the holder of the lock: a damaged store is mended first.
+    std::vector<StoredFolder> folders();
+    /// Replaces all rows.
+    void setFolders(const std::vector<StoredFolder>& folders);
+
+private:
+    using Work = std::function<void(CSQLiteDB&)>;
+
+    /// Returns the path of the old file of that name if its rows are not in the store yet, else "".
+    CString read(const Work& work, const char16_t* oldName) const;
+    void write(const Work& work);
+    void writeOnce(const Work& work);
+    /// Copies what can be read into a new store and sets the damaged one aside.
+    void repair();
+    void takeOver(CSQLiteDB& db);
+    void takeOverFile(CSQLiteDB& db, const char16_t* name, const Work& insertRows);
+    bool isSound() const;
+    CString oldFile(const char16_t* name) const;
+    std::vector<EditedFile> oldEdits();
+
+    CString m_folder;
+    CString m_file;
+    std::vector<std::string> m_notes;
+};
+} // namespace qo::host

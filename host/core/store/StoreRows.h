@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QoKernel/Kernel.h>
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+
+/// What the host's own store holds, a struct for the rows of each table.
+namespace qo::host
+{
+/// A file with edited tag values that are not written yet.
+struct EditedFile
+{
+    static constexpr std::int64_t unknownSize = -1;
+
+    CString id;                      ///< lasting id of its record; "" while it has none
+    CString path;                    ///< collection form, as last known
+    std::int64_t size = unknownSize; ///< bytes, as last known
+    std::int64_t modified = 0;       ///< write time in ticks, as last known
+    /// The new value of each field by its name ("artist"); UTF-8, "" removes the field.
+    std::map<std::string, std::string> fields;
+
+    bool operator==(const EditedFile&) const = default;
+};
+
+/// The digest of the first bytes of a file's sound, and the state of the file that it was made of.
+struct StoredHead
+{
+    std::string id; ///< lasting id
+    std::int64_t size = 0;
+    std::int64_t modified = 0; ///< ticks
+    std::uint64_t digest = 0;
+};
+
+/// The root folders whose first scan has begun and not ended.
+struct ScanMark
+{
+    CStringArray roots;
+    /// The time of the collection's last save (ticks) before its names were analysed; empty while
+    /// files are still being read.
+    std::optional<std::int64_t> lastSave;
+};
+
+/// A folder as a scan found it.
+struct StoredFolder
+{
+    CString path;
+    std::uint64_t device = 0;
+    int kind = 0; ///< the scan's own number
+
+    bool operator==(const StoredFolder&) const = default;
+};
+} // namespace qo::host
