@@ -1,5 +1,5 @@
-#include "QoColl/Collection/FilePathParts.h"
 #include "common/CollPath.h"
+#include "common/FilePathParts.h"
 #include "platform/DriveMap.h"
 #include "platform/FileSystem.h"
 #include "types/Utf.h"

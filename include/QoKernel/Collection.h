@@ -5,7 +5,6 @@
 #include "Database/src/DbFacade/SQLiteThreads.h"
 #include "Database/src/DbFacade/SQLiteWrapper.h"
 #include "QoColl/Collection/FileFinder.h"
-#include "QoColl/Collection/FilePathParts.h"
 #include "QoColl/Collection/FolderOfFile.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoFileChangeInfoList.h"
@@ -15,3 +14,4 @@
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
+#include "common/FilePathParts.h"

@@ -1,6 +1,5 @@
 #pragma once
 
-class CDirLTNames;
 class CNSAnalyzer;
 class CNSAtom;
 class CNSDirMusicFilesInfo;

@@ -1,5 +1,6 @@
 #pragma once
 
+class CDirLTNames;
 class CHDDirectory;
 class CHDFile;
 class CHDInplaceConvertedFile;

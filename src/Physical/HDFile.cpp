@@ -4,12 +4,12 @@
 #include "Physical/HDOtherFile.h"
 #include "Physical/HDPictureFile.h"
 #include "Physical/HDTextFile.h"
-#include "QoColl/Collection/FilePathParts.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Db/Records/VelmoraFileParams.h"
 #include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
 #include "QoColl/Tags/SimpleMusicTag.h"
+#include "common/FilePathParts.h"
 #include "common/MakeObject.h"
 #include "types/CharClass.h"
 

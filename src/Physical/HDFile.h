@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Physical/HDObject.h"
-#include "QoColl/Db/Forward.h"
+#include "QoColl/Db/Records/Forward.h"
 #include "QoColl/Tags/Forward.h"
 #include "types/String.h"
 

@@ -1,8 +1,8 @@
 #include "Physical/HDInplaceConvertedFile.h"
 
-#include "QoColl/Collection/FilePathParts.h"
 #include "QoColl/Db/Records/QoInplaceFileDbItem.h"
 #include "QoColl/Tags/SimpleMusicTag.h"
+#include "common/FilePathParts.h"
 #include "common/MakeObject.h"
 
 boost::shared_ptr<CHDInplaceConvertedFile> CHDInplaceConvertedFile::createInplaceConvertedFile(

@@ -1,6 +1,5 @@
 #include "Physical/HDMusicFile.h"
 
-#include "Analyze/DirLTNames.h"
 #include "Logical/LTAlbum.h"
 #include "Logical/LTArtist.h"
 #include "Logical/LTGenre.h"
@@ -8,6 +7,7 @@
 #include "Logical/LTMember.h"
 #include "Logical/LTPicture.h"
 #include "Logical/LTTrack.h"
+#include "Physical/DirLTNames.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Db/Records/VelmoraFileParams.h"
 #include "QoColl/Db/Records/VelmoraFileParamsUtils.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Analyze/Forward.h"
+#include "Physical/Forward.h"
 #include "Physical/HDFile.h"
 #include "QoColl/Tags/MusicTagEx.h"
 

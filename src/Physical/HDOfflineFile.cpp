@@ -1,7 +1,7 @@
 #include "Physical/HDOfflineFile.h"
 
-#include "QoColl/Collection/FilePathParts.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
+#include "common/FilePathParts.h"
 #include "common/MakeObject.h"
 
 boost::shared_ptr<CHDOfflineFile>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Physical/HDObject.h"
-#include "QoColl/Db/Forward.h"
+#include "QoColl/Db/Records/Forward.h"
 #include "types/String.h"
 
 /// A file that is known only from its record, such as one on a device that is away: it is not part

@@ -1,9 +1,9 @@
 #include "Physical/HDSearchResult.h"
 
-#include "QoColl/Collection/FilePathParts.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
 #include "QoColl/Tags/SimpleMusicTag.h"
+#include "common/FilePathParts.h"
 #include "common/MakeObject.h"
 #include "types/CharClass.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Physical/QoCheckObject.h"
-#include "QoColl/Db/Forward.h"
+#include "QoColl/Db/Records/Forward.h"
 #include "QoColl/Tags/Forward.h"
 
 /// A result of a search on the web, with its record; not part of a tree. The file name of its path

@@ -1,6 +1,6 @@
 #include "Analyze/NSUtils.h"
 
-#include "Analyze/DirLTNames.h"
+#include "Physical/DirLTNames.h"
 #include "QoColl/Tags/MusicTagEx.h"
 #include "support/Print.h"
 

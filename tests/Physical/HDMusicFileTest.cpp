@@ -1,12 +1,12 @@
 #include "Physical/HDMusicFile.h"
 
-#include "Analyze/DirLTNames.h"
 #include "Logical/LTAlbum.h"
 #include "Logical/LTArtist.h"
 #include "Logical/LTGenre.h"
 #include "Logical/LTLyrics.h"
 #include "Logical/LTPicture.h"
 #include "Logical/LTTrack.h"
+#include "Physical/DirLTNames.h"
 #include "Physical/HDPictureFile.h"
 #include "Physical/HDTextFile.h"
 #include "support/Print.h"

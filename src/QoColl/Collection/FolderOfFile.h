@@ -1,7 +1,7 @@
 #pragma once
 
-#include "QoColl/Collection/FilePathParts.h"
 #include "common/CollPath.h"
+#include "common/FilePathParts.h"
 
 #include <cstring>
 

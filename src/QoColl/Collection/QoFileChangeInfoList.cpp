@@ -1,7 +1,7 @@
 #include "QoColl/Collection/QoFileChangeInfoList.h"
 
-#include "QoColl/Collection/FilePathParts.h"
 #include "common/CollPath.h"
+#include "common/FilePathParts.h"
 #include "common/MakeObject.h"
 
 #include <memory>

@@ -2,8 +2,8 @@
 
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
-#include "QoColl/Collection/FilePathParts.h"
 #include "common/CollPath.h"
+#include "common/FilePathParts.h"
 #include "common/ListT.h"
 #include "types/CharClass.h"
 #include "types/StringArray.h"

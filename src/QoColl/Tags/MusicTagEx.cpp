@@ -1,8 +1,8 @@
 #include "QoColl/Tags/MusicTagEx.h"
 
-#include "QoColl/Collection/FilePathParts.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Db/Records/QoInplaceFileDbItem.h"
+#include "common/FilePathParts.h"
 #include "common/Log.h"
 #include "types/CharClass.h"
 

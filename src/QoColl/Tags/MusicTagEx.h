@@ -1,7 +1,7 @@
 #pragma once
 
 #include "KVTagLib/Forward.h"
-#include "QoColl/Db/Forward.h"
+#include "QoColl/Db/Records/Forward.h"
 #include "QoColl/Tags/IQorganizer.h"
 #include "QoColl/Tags/SimpleMusicTag.h"
 #include "QoColl/Tags/TagAttrib.h"

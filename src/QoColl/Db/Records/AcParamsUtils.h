@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QoColl/Db/Forward.h"
+#include "QoColl/Db/Records/Forward.h"
 #include "types/Export.h"
 #include "types/Forward.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QoColl/Db/Forward.h"
+#include "QoColl/Db/Records/Forward.h"
 #include "QoColl/Db/Records/ItemSource.h"
 #include "types/FileTime.h"
 #include "types/String.h"

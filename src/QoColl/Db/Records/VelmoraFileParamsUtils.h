@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QoColl/Db/Forward.h"
+#include "QoColl/Db/Records/Forward.h"
 #include "QoColl/Db/Records/VelmoraFileParams.h"
 #include "types/Export.h"
 #include "types/String.h"

@@ -1,4 +1,4 @@
-#include "Analyze/DirLTNames.h"
+#include "Physical/DirLTNames.h"
 
 void CDirLTNames::addName(CStringArray& names, const CString& name)
 {

@@ -1,4 +1,4 @@
-#include "QoColl/Collection/FilePathParts.h"
+#include "common/FilePathParts.h"
 
 #include "common/CollPath.h"
 #include "support/Print.h"
