@@ -1,15 +1,16 @@
 #pragma once
 
-#include <QoKernel/Collection.h>
+#include "core/base/Json.h"
 
-#include <nlohmann/json.hpp>
+#include <QoKernel/Collection.h>
 
 #include <string>
 
 namespace qo::cli
 {
+using host::Json;
+
 class Output;
-using Json = nlohmann::ordered_json;
 
 /// Puts a system path under the name. One that is no UTF-8 is shown with U+FFFD, and nameUri has
 /// its exact bytes as a file URI.

@@ -1,13 +1,15 @@
 #pragma once
 
 #include "cli/CommandLine.h"
-#include "cli/files/FileRecord.h"
+#include "core/base/Json.h"
 
 #include <string>
 #include <vector>
 
 namespace qo::cli
 {
+using host::Json;
+
 /// Rows in the form that the user asked for: aligned columns for people; with --long tabs between
 /// the values, after a line of names; with --json one object a row.
 class Listing

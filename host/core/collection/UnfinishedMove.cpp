@@ -2,8 +2,7 @@
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
-
-#include <nlohmann/json.hpp>
+#include "core/base/Json.h"
 
 namespace qo::host
 {

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "core/base/Json.h"
 #include "core/plan/ReorganizePlan.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <string>
@@ -13,8 +12,6 @@
 /// for what is missing or of another kind, and for paths that are not plain.
 namespace qo::host::movetext
 {
-using Json = nlohmann::ordered_json;
-
 /// The object as one line with its end. Bytes that are no valid UTF-8 are replaced.
 std::string line(const Json& object);
 /// One line; no object: null.

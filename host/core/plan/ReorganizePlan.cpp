@@ -17,7 +17,6 @@ namespace qo::host
 {
 namespace
 {
-using movetext::Json;
 
 constexpr int formatVersion = 1;
 constexpr std::size_t largestFile = std::size_t(1) << 30;

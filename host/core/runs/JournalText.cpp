@@ -10,7 +10,6 @@ namespace qo::host::journaltext
 {
 namespace
 {
-using movetext::Json;
 using Kind = MoveStep::Kind;
 
 constexpr int formatVersion = 1;

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+namespace qo::host
+{
+/// An object keeps the order in which its values were set. This header alone names the library: it
+/// takes more than a second to read and is compiled once for all sources.
+using Json = nlohmann::ordered_json;
+} // namespace qo::host
