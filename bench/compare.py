@@ -3,8 +3,11 @@
 
 All runs happen with a warm page cache; each figure is the median of the interleaved runs. The
 floors and the command time their own work; the line below the table has the whole processes.
+What misses a "must" is measured once more, as machines are noisy; what misses it again is said, and
+the run ends with 1.
 """
 import argparse
+import collections
 import os
 import re
 import shutil
@@ -43,6 +46,13 @@ class Bench:
         self.options = options
         self.times = {}
         os.makedirs(work, exist_ok=True)
+
+    def measure(self, step):
+        """Runs a step; what it measures takes the place of what it measured before."""
+        former, self.times = self.times, {}
+        step()
+        former.update(self.times)
+        self.times = former
 
     def tool(self, *path):
         return os.path.join(self.build, *path)
@@ -108,17 +118,25 @@ class Bench:
         found = re.search(r"(\d+) KiB resident", output)
         return int(found.group(1)) * 1024 if found else None
 
+    def rounds(self):
+        """The command and its floors in turn. Leaves the data folder of the last round to what follows."""
+        self.forget_former_runs()
+        print("warming the page cache", file=sys.stderr)
+        self.run([self.tool("bench", "floor_tags"), self.music])
+        for number in range(self.options.runs):
+            print(f"run {number + 1} of {self.options.runs}", file=sys.stderr)
+            self.round(number)
+
     def round(self, number):
         self.data = os.path.join(self.data_of_runs, str(number))
-        files = self.floor("F1 walk and stat", "floor_walk", self.music)
+        self.files = self.floor("F1 walk and stat", "floor_walk", self.music)
         self.floor("F2 read tags", "floor_tags", self.music)
         self.qo("first scan", self.data, "scan", self.music)
         self.qo("rescan without change", self.data, "scan")
         database = self.database(self.data)
-        rows = self.floor("F4 read rows", "floor_read", database)
+        self.rows = self.floor("F4 read rows", "floor_read", database)
         self.qo("load", self.data, "load")
         self.floor("F3 insert rows", "floor_insert", database, self.fresh)
-        return files, rows
 
     def grow(self, factor):
         """A copy of the data folder whose database has the rows of factor libraries side by side.
@@ -150,13 +168,36 @@ class Bench:
                                   re.findall(r"agreement ([0-9.]+) s, names ([0-9.]+) s", output)))
 
     def renames(self):
-        """A run over 10,000 files, and the bare calls beside it."""
+        """Runs over 10,000 files, and the bare calls beside each."""
         folder = os.path.join(os.path.dirname(self.music), "renames")
-        shutil.rmtree(folder, ignore_errors=True)
-        os.makedirs(folder)
-        floor, own = self.run([self.tool("bench", "bench_reorganize"), folder]).split()[1:3]
-        self.note("bare renames", float(floor))
-        self.note("apply of 10,000 renames", float(own))
+        for _ in range(self.options.runs):
+            shutil.rmtree(folder, ignore_errors=True)
+            os.makedirs(folder)
+            floor, own = self.run([self.tool("bench", "bench_reorganize"), folder]).split()[1:3]
+            self.note("bare renames", float(floor))
+            self.note("apply of 10,000 renames", float(own))
+
+    def one_change(self):
+        for _ in range(self.options.runs):
+            self.floor("one changed file", "bench_apply", self.data)
+
+    def plan(self):
+        self.floor("plan for all files", "bench_plan", self.data)
+
+    def memory(self):
+        resident = self.resident(self.data)
+        if resident:
+            self.times["memory"] = [resident / self.rows / 1024]
+
+    def scaled(self):
+        """Loads and saves of many times the rows, in turn with the plain ones, as the machine's speed changes."""
+        self.grow(self.options.scale)
+        for _ in range(self.options.runs):
+            self.qo("load beside it", self.data, "load")
+            self.qo("scaled load", self.big_data, "load")
+        for _ in range(self.options.runs):
+            self.floor("save beside it", "bench_save", self.database(self.data), self.fresh)
+            self.floor("scaled save", "bench_save", self.database(self.big_data), self.fresh)
 
     def change(self, assignments):
         """A copy of the data folder whose rows have other values."""
@@ -182,67 +223,74 @@ class Bench:
         return statistics.median(self.times[name])
 
 
+Row = collections.namedtuple("Row", "text missed")
+
+
+def row(name, value, floor, shown, unit, must, aim):
+    """A line of the table; shown is what must reach the limits, in their unit."""
+    verdict = "aim" if shown <= aim else "yes" if shown <= must else "NO"
+    ratio = f"{shown:.2f} x" if unit == "x" else ""
+    return Row(f"| {name} | {value} | {floor} | {ratio} | {must} {unit} | {aim} {unit} | {verdict} |", shown > must)
+
+
 def ratio_row(name, value, floor, must, aim):
-    ratio = value / floor
-    verdict = "aim" if ratio <= aim else "yes" if ratio <= must else "NO"
-    return f"| {name} | {value:.3f} s | {floor:.3f} s | {ratio:.2f} x | {must} x | {aim} x | {verdict} |"
+    return row(name, f"{value:.3f} s", f"{floor:.3f} s", value / floor, "x", must, aim)
+
+
+def time_row(name, value, must, aim):
+    return row(name, f"{value:.3f} s", "", value, "s", must, aim)
+
+
+def judgements(bench):
+    """Each step of the measurement with the rows that it gives."""
+    median = bench.median
+    scale = bench.options.scale
+    tags_and_rows = lambda: median("F2 read tags") + median("F3 insert rows")
+    yield bench.rounds, lambda: [
+        ratio_row("first scan against F2 + F3", median("first scan"), tags_and_rows(), 1.6, 1.25),
+        ratio_row("rescan without change against F1", median("rescan without change"), median("F1 walk and stat"), 4, 2.5),
+        ratio_row("load against F4", median("load"), median("F4 read rows"), 4, 2)]
+    yield bench.layouts, lambda: [ratio_row(name + " against the load", median(name), median("load"), 2, 1.2)
+                                  for name in ("load of one folder", "load of one artist")]
+    yield bench.one_change, lambda: [time_row("one changed file", median("one changed file"), 0.06, 0.02)]
+    yield bench.analysis, lambda: [time_row("analysis", median("analysis"), 60, 10)]
+    yield bench.plan, lambda: [time_row("plan for all files", median("plan for all files"), 2, 1)]
+    yield bench.renames, lambda: [
+        ratio_row("apply of 10,000 renames", median("apply of 10,000 renames"), median("bare renames"), 3, 2)]
+    yield bench.memory, lambda: [row("resident memory after load", f"{each:.2f} KB a file", "", each, "KB", 1.2, 0.8)
+                                 for each in bench.times.get("memory", [])]
+    if scale > 1:
+        yield bench.scaled, lambda: [
+            ratio_row(f"{name} of a row at {scale} times the rows", median("scaled " + name) / scale,
+                      median(name + " beside it"), must, aim) for name, must, aim in (("load", 1.2, 1.05), ("save", 1.3, 1.1))]
 
 
 def main():
     options = arguments()
     bench = Bench(options)
     bench.make_library()
-    bench.forget_former_runs()
-    print("warming the page cache", file=sys.stderr)
-    bench.run([bench.tool("bench", "floor_tags"), bench.music])
-    for number in range(options.runs):
-        print(f"run {number + 1} of {options.runs}", file=sys.stderr)
-        files, rows = bench.round(number)
-    bench.layouts()
-    for _ in range(options.runs):
-        bench.floor("one changed file", "bench_apply", bench.data)
-    bench.analysis()
-    bench.floor("plan for all files", "bench_plan", bench.data)
-    for _ in range(options.runs):
-        bench.renames()
-    if options.scale > 1:
-        bench.grow(options.scale)
-        for _ in range(options.runs):
-            # In turn, as the machine's speed changes from minute to minute.
-            bench.qo("load beside it", bench.data, "load")
-            bench.qo("scaled load", bench.big_data, "load")
-        for _ in range(options.runs):
-            bench.floor("save beside it", "bench_save", bench.database(bench.data), bench.fresh)
-            bench.floor("scaled save", "bench_save", bench.database(bench.big_data), bench.fresh)
+    rows = []
+    for step, judge in judgements(bench):
+        bench.measure(step)
+        judged = judge()
+        if any(each.missed for each in judged):
+            print("a must is missed: measured once more", file=sys.stderr)
+            bench.measure(step)
+            judged = judge()
+        rows += judged
 
     median = bench.median
-    f1, f2, f3, f4 = (median(name) for name in ("F1 walk and stat", "F2 read tags", "F3 insert rows", "F4 read rows"))
-    print(f"{files} files, {rows} rows, median of {options.runs} runs, warm page cache\n")
+    print(f"{bench.files} files, {bench.rows} rows, median of {options.runs} runs, warm page cache\n")
     print("| floor | time |\n|---|---|")
     for name in sorted(name for name in bench.times if re.match(r"F\d ", name)):
         print(f"| {name} | {median(name):.3f} s |")
     print("\n| operation | time | floor | ratio | must reach | aim for | reached |\n|---|---|---|---|---|---|---|")
-    print(ratio_row("first scan against F2 + F3", median("first scan"), f2 + f3, 1.6, 1.25))
-    print(ratio_row("rescan without change against F1", median("rescan without change"), f1, 4, 2.5))
-    print(ratio_row("load against F4", median("load"), f4, 4, 2))
-    for name in ("load of one folder", "load of one artist"):
-        print(ratio_row(name + " against the load", median(name), median("load"), 2, 1.2))
-    for name, must, aim in (("one changed file", 0.06, 0.02), ("analysis", 60, 10), ("plan for all files", 2, 1)):
-        seconds = median(name)
-        verdict = "aim" if seconds <= aim else "yes" if seconds <= must else "NO"
-        print(f"| {name} | {seconds:.3f} s | | | {must} s | {aim} s | {verdict} |")
-    print(ratio_row("apply of 10,000 renames", median("apply of 10,000 renames"), median("bare renames"), 3, 2))
-    resident = bench.resident(bench.data)
-    if resident:
-        each = resident / rows / 1024
-        verdict = "aim" if each <= 0.8 else "yes" if each <= 1.2 else "NO"
-        print(f"| resident memory after load | {each:.2f} KB a file | | | 1.2 KB | 0.8 KB | {verdict} |")
-    if options.scale > 1:
-        for name, must, aim in (("load", 1.2, 1.05), ("save", 1.3, 1.1)):
-            print(ratio_row(f"{name} of a row at {options.scale} times the rows", median("scaled " + name) / options.scale,
-                            median(name + " beside it"), must, aim))
+    print("\n".join(each.text for each in rows))
     print("\nWhole processes, start and end included: " +
           ", ".join(f"{name} {median('process ' + name):.3f} s" for name in ("first scan", "rescan without change", "load")))
+    missed = sum(each.missed for each in rows)
+    if missed:
+        fail(f"{missed} of the limits that must be reached are missed")
 
 
 if __name__ == "__main__":
