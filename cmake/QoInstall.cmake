@@ -2,13 +2,9 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS QoKernel EXPORT QoKernelTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/QoKernel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(
-  DIRECTORY ${PROJECT_SOURCE_DIR}/src/
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/QoKernel
-  FILES_MATCHING
-  PATTERN "*.h"
-  PATTERN "posix" EXCLUDE)
+install(CODE "set(SOURCE \"${PROJECT_SOURCE_DIR}\")
+set(DESTINATION \"${CMAKE_INSTALL_INCLUDEDIR}\")
+include(\"${PROJECT_SOURCE_DIR}/cmake/InstallHeaders.cmake\")")
 
 install(EXPORT QoKernelTargets NAMESPACE QoKernel:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QoKernel)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/QoKernelConfig.cmake.in ${CMAKE_CURRENT_BINARY_DIR}/QoKernelConfig.cmake

@@ -3,6 +3,7 @@
 #include "core/session/Heap.h"
 
 #include <QoKernel/Collection.h>
+#include <QoKernel/Inside.h>
 
 #include <csignal>
 #include <iostream>

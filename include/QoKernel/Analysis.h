@@ -2,7 +2,6 @@
 
 // The analysis of names, which finds artist and album for files beside music that have no tags
 // (CNS*).
-#include "Physical/DirLTNames.h"
 #include "Analyze/NSAnalyzer.h"
 #include "Analyze/NSAtom.h"
 #include "Analyze/NSDirMusicFilesInfo.h"

@@ -7,6 +7,8 @@
 #include "core/base/HostFiles.h"
 #include "core/load/DatabaseGuard.h"
 
+#include <QoKernel/Inside.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <memory>

@@ -9,6 +9,8 @@
 #include "core/load/UnfinishedScan.h"
 #include "core/roots/RootGuard.h"
 
+#include <QoKernel/Inside.h>
+
 #include <cstdlib>
 #include <fstream>
 

@@ -9,6 +9,8 @@
 #include "core/roots/RootFolders.h"
 #include "core/roots/RootGuard.h"
 
+#include <QoKernel/Inside.h>
+
 #include <algorithm>
 #include <memory>
 

@@ -4,6 +4,8 @@
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
 
+#include <QoKernel/Inside.h>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <system_error>

@@ -8,6 +8,7 @@
 #include "core/collection/UnfinishedMove.h"
 #include "core/session/Session.h"
 
+#include <QoKernel/Inside.h>
 #include <QoKernel/Physical.h>
 
 #include <sys/stat.h>

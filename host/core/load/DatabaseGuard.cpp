@@ -6,6 +6,7 @@
 #include "core/session/KernelThread.h"
 
 #include <QoKernel/Collection.h>
+#include <QoKernel/Inside.h>
 
 #include <cerrno>
 #include <memory>

@@ -3,6 +3,7 @@
 #include "core/roots/RootGuard.h"
 
 #include <QoKernel/Collection.h>
+#include <QoKernel/Inside.h>
 
 #include <map>
 #include <string>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QoKernel/Inside.h>
 #include <QoKernel/Kernel.h>
 
 #include <cstdint>

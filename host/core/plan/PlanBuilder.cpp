@@ -9,6 +9,7 @@
 #include "core/roots/RootFolders.h"
 #include "core/rules/RuleWalk.h"
 
+#include <QoKernel/Inside.h>
 #include <QoKernel/Physical.h>
 
 #include <set>

@@ -3,6 +3,7 @@
 #include "core/base/HostFiles.h"
 
 #include <QoKernel/Collection.h>
+#include <QoKernel/Inside.h>
 
 #include <cerrno>
 

@@ -3,6 +3,7 @@
 #include "core/base/DiskSync.h"
 #include "core/base/SystemPath.h"
 
+#include <QoKernel/Inside.h>
 #include <QoKernel/Kernel.h>
 
 #include <sys/stat.h>

@@ -3,6 +3,7 @@
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
 
+#include <QoKernel/Inside.h>
 #include <QoKernel/Kernel.h>
 
 #include <fcntl.h>

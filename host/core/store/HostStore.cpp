@@ -7,6 +7,7 @@
 #include "core/store/StoreSchema.h"
 
 #include <QoKernel/Collection.h>
+#include <QoKernel/Inside.h>
 
 #include <algorithm>
 #include <cerrno>

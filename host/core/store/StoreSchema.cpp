@@ -5,6 +5,7 @@
 #include "core/session/KernelThread.h"
 
 #include <QoKernel/Collection.h>
+#include <QoKernel/Inside.h>
 
 #include <memory>
 

@@ -3,6 +3,7 @@
 #include "core/roots/StoredRoots.h"
 
 #include <QoKernel/Collection.h>
+#include <QoKernel/Inside.h>
 
 namespace qo::host
 {

@@ -4,6 +4,8 @@
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
 
+#include <QoKernel/Inside.h>
+
 #include <linux/magic.h>
 #include <poll.h>
 #include <sys/eventfd.h>

@@ -1,5 +1,6 @@
 #include "QoColl/Db/QoCollDb.h"
 
+#include "Database/src/DbFacade/SQLiteDB.h"
 #include "Database/src/DbFacade/SQLiteDbTransaction.h"
 #include "Database/src/DbFacade/SQLiteException.h"
 #include "Database/src/DbFacade/SQLiteQueryResult.h"
@@ -12,7 +13,8 @@
 // Connection and transactions. A transaction object must end in the function that its caller chose,
 // whatever fails there, so these functions take the pointer away first.
 
-CQoCollDb::CQoCollDb(const CString& path) : m_db(path)
+CQoCollDb::CQoCollDb(const CString& path)
+    : m_connection(std::make_unique<CSQLiteDB>(path)), m_db(*m_connection)
 {
     m_db.Open();
 }

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "Database/src/DbFacade/SQLiteDB.h"
+#include "Database/src/DbFacade/Forward.h"
 #include "QoColl/Db/Forward.h"
-#include "types/Forward.h"
+#include "types/String.h"
+
+#include <memory>
 
 /// The collection database: files, sessions, playlists, collections, streams, shares and inplace
 /// files (docs/database.md describes the tables). An object lives for one operation, on one thread,
@@ -177,8 +179,9 @@ private:
     /// The id of the row just inserted; if it does not fit into an int, deletes the row and throws.
     int takeRowId(const char16_t* table);
 
-    CSQLiteDB m_db;
-    CString m_version;         ///< as checkVersion() has read it
-    bool m_unreadable = false; ///< the file turned out not to be a database
+    std::unique_ptr<CSQLiteDB> m_connection; ///< hosts need not know the facade
+    CSQLiteDB& m_db;                         ///< the same
+    CString m_version;                       ///< as checkVersion() has read it
+    bool m_unreadable = false;               ///< the file turned out not to be a database
     bool m_isTableChecked = false;
 };

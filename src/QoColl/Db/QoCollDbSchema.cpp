@@ -1,4 +1,5 @@
 #include "Database/src/DbFacade/SQLiteBackup.h"
+#include "Database/src/DbFacade/SQLiteDB.h"
 #include "Database/src/DbFacade/SQLiteException.h"
 #include "Database/src/DbFacade/SQLiteQueryResult.h"
 #include "Database/src/DbFacade/SQLiteStatement.h"

@@ -1,3 +1,4 @@
+#include "Database/src/DbFacade/SQLiteDB.h"
 #include "Database/src/DbFacade/SQLiteQueryResult.h"
 #include "Database/src/DbFacade/SQLiteStatement.h"
 #include "QoColl/Db/DbRows.h"

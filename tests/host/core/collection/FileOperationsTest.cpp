@@ -7,6 +7,7 @@
 #include "support/OtherDisk.h"
 #include "support/Words.h"
 
+#include <QoKernel/Inside.h>
 #include <QoKernel/Logical.h>
 
 #include <chrono>

@@ -12,6 +12,7 @@
 #include "support/Words.h"
 
 #include <QoKernel/Collection.h>
+#include <QoKernel/Inside.h>
 #include <QoKernel/Kernel.h>
 
 #include <gtest/gtest.h>

@@ -3,6 +3,7 @@
 #include "support/Contains.h"
 #include "support/OrdinaryUser.h"
 
+#include <QoKernel/Inside.h>
 #include <QoKernel/Logical.h>
 #include <QoKernel/Tags.h>
 

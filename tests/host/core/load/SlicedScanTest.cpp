@@ -8,6 +8,7 @@
 #include "core/session/Session.h"
 #include "support/TempDir.h"
 
+#include <QoKernel/Inside.h>
 #include <QoKernel/Logical.h>
 #include <QoKernel/Physical.h>
 #include <QoKernel/Tags.h>

@@ -6,6 +6,7 @@
 #include "support/TempDir.h"
 
 #include <QoKernel/Collection.h>
+#include <QoKernel/Inside.h>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
