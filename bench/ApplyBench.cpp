@@ -1,3 +1,4 @@
+#include "core/load/CollectionLoader.h"
 #include "core/session/ProgressReporter.h"
 #include "core/session/Session.h"
 
@@ -43,7 +44,7 @@ int main(int argc, char** argv)
     return session.kernel().run(
         [&]
         {
-            session.load({}, progress);
+            host::loadCollection(session, {}, progress);
             QoFileDbItemArray files;
             CQoCollection::m_ownCollection.copyFiles(files);
             constexpr int rounds = 9;

@@ -1,3 +1,4 @@
+#include "core/load/CollectionLoader.h"
 #include "core/plan/PlanBuilder.h"
 #include "core/session/Heap.h"
 #include "core/session/ProgressReporter.h"
@@ -60,7 +61,7 @@ int main(int argc, char** argv)
     return session.kernel().run(
         [&]
         {
-            session.load({}, progress);
+            host::loadCollection(session, {}, progress);
             QoFileDbItemArray records;
             CQoCollection::m_ownCollection.copyFiles(records);
             const CString rule = storeRule();

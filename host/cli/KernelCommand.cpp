@@ -23,19 +23,19 @@ std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use)
     return std::make_unique<Session>(std::move(options));
 }
 
-Session::LoadReport
-loadCollection(const CommandLine& line, Session& session, const Session::LoadOptions& options)
+host::LoadReport
+loadCollection(const CommandLine& line, Session& session, const host::LoadOptions& options)
 {
     ProgressDisplay display(line.quiet);
     host::ProgressReporter progress([&display](const host::ProgressEvent& event)
                                     { display.show(event); });
     const InterruptGuard guard(progress);
-    const Session::LoadReport report = session.kernel().run(
+    const host::LoadReport report = session.kernel().run(
         [&]
         {
             session.prepareDatabase(options.database.IsEmpty() ? Session::databasePath()
                                                                : options.database);
-            return session.load(options, progress);
+            return host::loadCollection(session, options, progress);
         });
     if (progress.cameTooLate())
         line.note(
@@ -45,7 +45,7 @@ loadCollection(const CommandLine& line, Session& session, const Session::LoadOpt
 
 void loadForReading(const CommandLine& line, Session& session)
 {
-    const Session::LoadReport report = loadCollection(line, session, {});
+    const host::LoadReport report = loadCollection(line, session, {});
     const bool hasRoots =
         session.kernel().run([] { return !host::RootFolders().folders().IsEmpty(); });
     if (!hasRoots)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "core/load/CollectionLoader.h"
 #include "core/session/Session.h"
 
 #include <memory>
@@ -20,9 +21,8 @@ enum class KernelUse
 std::unique_ptr<host::Session> openKernel(const CommandLine& line, KernelUse use);
 
 /// Checks the database and loads the collection, with progress and a way to interrupt.
-host::Session::LoadReport loadCollection(const CommandLine& line,
-                                         host::Session& session,
-                                         const host::Session::LoadOptions& options);
+host::LoadReport
+loadCollection(const CommandLine& line, host::Session& session, const host::LoadOptions& options);
 /// The plain start that reading commands make.
 void loadForReading(const CommandLine& line, host::Session& session);
 

@@ -7,6 +7,7 @@
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoFileChangeInfoList.h"
 #include "QoColl/Collection/QoFileUtils.h"
+#include "QoColl/Collection/QoScanHost.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"

@@ -61,9 +61,14 @@ void logException(const char16_t* text, const CQoException& exception)
 
 void logException(const char16_t* text, const CException& exception)
 {
+    log(level::error, u"%s: %s", text, textOf(exception));
+}
+
+CString textOf(const CException& exception)
+{
     char16_t buffer[loggedMessageLimit + 1] = {};
     exception.GetErrorMessage(buffer, loggedMessageLimit + 1);
-    log(level::error, u"%s: %s", text, buffer);
+    return buffer;
 }
 
 void logException(const char16_t* text, const char* message)

@@ -48,4 +48,6 @@ QO_API void logException(const char16_t* text, const CQoException& exception);
 /// "%s: %s", with at most 999 units of the message.
 QO_API void logException(const char16_t* text, const CException& exception);
 QO_API void logException(const char16_t* text, const char* message);
+/// The words of an exception as its log line has them.
+QO_API CString textOf(const CException& exception);
 } // namespace qo

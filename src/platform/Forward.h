@@ -6,9 +6,8 @@ class IClock;
 class IFileSystem;
 class ISpecialFolders;
 class DriveMap;
-class FolderAhead;
+class IFolderLister;
 class Platform;
 struct DirEntry;
 struct FileInfo;
-struct FolderErrors;
 } // namespace qo

@@ -8,6 +8,8 @@
 #include "core/base/HostFiles.h"
 #include "core/moved/HeadStore.h"
 #include "core/moved/MovedFiles.h"
+#include "core/roots/RootFolders.h"
+#include "core/roots/RootLister.h"
 
 namespace qo::cli
 {
@@ -104,8 +106,13 @@ int settleMoves(CommandLine& line, Session& session, const CStringArray& newRoot
     const MovedFiles moved =
         runWithProgress(line,
                         session,
-                        [](host::ProgressReporter& progress)
-                        { return host::findMoved(host::HeadStore(), progress); });
+                        [&session, &newRoots](host::ProgressReporter& progress)
+                        {
+                            CStringArray roots = host::RootFolders().folders();
+                            roots.Append(newRoots);
+                            host::RootLister lister(roots, session.ignoredNames());
+                            return host::findMoved(host::HeadStore(), lister, progress);
+                        });
     session.kernel().run([&] { print(line, moved); });
     if (line.dryRun || (moved.offers.empty() && moved.unclear.empty()))
         return 0;

@@ -18,6 +18,7 @@ namespace qo::cli
 {
 namespace
 {
+using host::LoadReport;
 using host::RootFolders;
 using host::Session;
 
@@ -37,10 +38,7 @@ std::unique_ptr<ScratchDatabase> makeTrial()
     return trial;
 }
 
-void printScan(CommandLine& line,
-               const ScanOptions& options,
-               const Session::LoadReport& report,
-               int moved)
+void printScan(CommandLine& line, const ScanOptions& options, const LoadReport& report, int moved)
 {
     if (line.json)
     {
@@ -127,51 +125,20 @@ void addScannedFolders(const CommandLine& line, Session& session, const ScanOpti
     session.saveSettings();
 }
 
-/// Without write times every file looks changed to the scan that follows, which reads it again and
-/// stores it with its own time. Should that scan not come to its end, the next one reads the rest.
-/// False if nothing was done.
-bool forgetWriteTimes(const CString& database, bool allowMissingRoot)
+LoadReport scanRoots(const CommandLine& line, Session& session, const ScanOptions& options)
 {
-    // The scan itself says what is wrong with them.
-    if (!allowMissingRoot && !host::checkRoots(RootFolders().folders(), database).empty())
-        return false;
-    CSQLiteDB db(database);
-    db.Open();
-    db.Execute(u"UPDATE FILE_T SET FT_MODIF_TIME = 0 WHERE FT_COLL_ID = ''");
-    return true;
-}
-
-Session::LoadReport scanRoots(const CommandLine& line, Session& session, const ScanOptions& options)
-{
-    Session::LoadOptions load;
+    host::LoadOptions load;
     load.rescan = true;
     load.isLast = true;
     load.allowMissingRoot = options.allowMissingRoot;
+    load.deep = options.deep;
     std::unique_ptr<ScratchDatabase> trial; // a copy, which may be written to
     if (line.dryRun)
     {
         trial = session.kernel().run([] { return makeTrial(); });
         load.database = trial->path();
     }
-    bool areForgotten = false;
-    if (options.deep)
-        session.kernel().run(
-            [&]
-            {
-                const CString database = trial ? trial->path() : Session::databasePath();
-                session.prepareDatabase(database);
-                areForgotten = forgetWriteTimes(database, options.allowMissingRoot);
-            });
-    try
-    {
-        return loadCollection(line, session, load);
-    }
-    catch (const HostError&)
-    {
-        if (areForgotten && !line.dryRun)
-            line.note("the next scan reads every file again");
-        throw;
-    }
+    return loadCollection(line, session, load);
 }
 
 /// How many files kept their record. Nothing while a root folder is away, since all in it would
@@ -204,7 +171,7 @@ ExitCode scan(CommandLine& line, const ScanOptions& options)
     // Records stand below the new ones already.
     if (moved > 0)
         roots.keep();
-    const Session::LoadReport report = scanRoots(line, *session, options);
+    const LoadReport report = scanRoots(line, *session, options);
     if (!line.dryRun)
         roots.keep();
     printScan(line, options, report, moved);
@@ -229,7 +196,7 @@ ExitCode load(CommandLine& line, bool withMemory)
 {
     const auto session = openKernel(line, KernelUse::hold);
     const std::int64_t before = residentKiB();
-    const Session::LoadReport report = loadCollection(line, *session, {});
+    const LoadReport report = loadCollection(line, *session, {});
     const std::int64_t after = residentKiB();
     const double perFile =
         report.files > 0 ? static_cast<double>(after - before) / report.files : 0;

@@ -136,9 +136,9 @@ private:
         if (!session)
             return;
         watchRoots(*session);
-        Session::LoadOptions options;
+        host::LoadOptions options;
         options.rescan = !m_line.dryRun;
-        const Session::LoadReport report = loadCollection(m_line, *session, options);
+        const host::LoadReport report = loadCollection(m_line, *session, options);
         m_hasFailed = false;
         m_wasCurrent = true;
         m_lastFailure.clear();
@@ -195,9 +195,9 @@ private:
         }
         if (events.empty() || wasInterrupted())
             return;
-        Session::LoadOptions options;
+        host::LoadOptions options;
         options.rescan = true;
-        const Session::LoadReport report = loadCollection(m_line, *session, options);
+        const host::LoadReport report = loadCollection(m_line, *session, options);
         tell(report.added + report.changed, 0, report.gone);
     }
 

@@ -10,7 +10,7 @@ namespace qo::cli
 namespace
 {
 /// The file's own tag, with the pending edits; false, with the cause, when it has none to read.
-bool readOwnTag(host::Session& session, const CString& path, CMusicTagEx& tag, std::string& cause)
+bool readOwnTag(const CString& path, CMusicTagEx& tag, std::string& cause)
 {
     if (!CMusicTagEx::fileSupportsTags(path))
     {
@@ -23,17 +23,15 @@ bool readOwnTag(host::Session& session, const CString& path, CMusicTagEx& tag, s
         cause = host::errorWords(error);
         return false;
     }
-    session.failures().setWithDetails(true);
-    session.failures().forget();
-    const bool isRead = tag.readTag(path);
-    cause = session.failures().lastFailure();
-    session.failures().setWithDetails(false);
+    CString words;
+    const bool isRead = tag.readTag(path, &words);
+    cause = host::plainWords(words);
     if (isRead)
         applyEdits(tag, host::PendingTags().fields(path));
     return isRead;
 }
 
-void printInfo(CommandLine& line, host::Session& session, const std::string& typed)
+void printInfo(CommandLine& line, const std::string& typed)
 {
     const FoundFiles found(typed);
     if (found.files().GetSize() != 1 || found.files()[0]->path != found.path())
@@ -42,7 +40,7 @@ void printInfo(CommandLine& line, host::Session& session, const std::string& typ
     const QoFileDbItem& item = *found.files()[0];
     CMusicTagEx tag;
     std::string cause;
-    const bool hasTag = readOwnTag(session, item.path, tag, cause);
+    const bool hasTag = readOwnTag(item.path, tag, cause);
     if (line.json)
     {
         Json object = recordJson(item, true);
@@ -67,7 +65,7 @@ void setUpInfo(CommandLine& line, CLI::App& command)
                    {
                        const auto session = openKernel(line, KernelUse::hold);
                        loadForReading(line, *session);
-                       session->kernel().run([&] { printInfo(line, *session, *file); });
+                       session->kernel().run([&] { printInfo(line, *file); });
                        return ExitCode::done;
                    });
     addArgument(command, "FILE", *file, "A file of the collection")->required();

@@ -67,7 +67,7 @@ CString pathOf(const TagWork& work, const std::string& typed)
     return forms.front();
 }
 
-void readTag(TagWork& work, const CString& path, CMusicTagEx& tag)
+void readTag(const CString& path, CMusicTagEx& tag)
 {
     const std::string shown = host::shownPath(path);
     FileInfo info;
@@ -78,18 +78,17 @@ void readTag(TagWork& work, const CString& path, CMusicTagEx& tag)
         throw HostError(ExitCode::failed, shown + " is no regular file");
     if (!CMusicTagEx::fileSupportsTags(path))
         throw HostError(ExitCode::failed, shown + " is no kind of file that has a tag");
-    work.session.failures().forget();
-    if (!tag.readTag(path))
+    CString cause;
+    if (!tag.readTag(path, &cause))
         throw HostError(ExitCode::failed,
-                        "the tag of " + shown +
-                            " cannot be read: " + work.session.failures().lastFailure());
+                        "the tag of " + shown + " cannot be read: " + host::plainWords(cause));
 }
 
 ExitCode show(TagWork& work, const TagOptions& options)
 {
     const CString path = pathOf(work, options.file);
     CMusicTagEx tag;
-    readTag(work, path, tag);
+    readTag(path, tag);
     applyEdits(tag, work.pending.fields(path));
     if (!work.line.json)
     {
@@ -137,7 +136,7 @@ ExitCode set(TagWork& work, const TagOptions& options)
 {
     const CString path = pathOf(work, options.file);
     CMusicTagEx tag;
-    readTag(work, path, tag);
+    readTag(path, tag);
     for (const std::string& word : options.words)
     {
         const std::size_t equals = word.find('=');
@@ -227,7 +226,7 @@ ExitCode revert(TagWork& work, const TagOptions& options)
 void writeOne(TagWork& work, const CString& path, ProgressReporter& progress)
 {
     CMusicTagEx tag;
-    readTag(work, path, tag);
+    readTag(path, tag);
     applyEdits(tag, work.pending.fields(path));
     const std::string shown = host::shownPath(path);
     if (work.line.dryRun)
@@ -235,11 +234,11 @@ void writeOne(TagWork& work, const CString& path, ProgressReporter& progress)
         work.line.out.line(work.line.out.foreign(shown));
         return work.line.out.write(tagTable(tag));
     }
-    work.session.failures().forget();
-    if (!tag.writeTag(path))
+    CString cause;
+    if (!tag.writeTag(path, &cause))
         throw HostError(progress.isCanceled() ? ExitCode::interrupted : ExitCode::failed,
-                        "the tag of " + shown + " was not written, the file is as it was: " +
-                            work.session.failures().lastFailure());
+                        "the tag of " + shown +
+                            " was not written, the file is as it was: " + host::plainWords(cause));
     work.pending.drop(path);
     work.pending.save();
     work.line.note("written: " + shown);
@@ -332,7 +331,6 @@ CLI::App* addTagCommand(CommandLine& line,
                            [&line, options, use, run]
                            {
                                const auto session = openKernel(line, use);
-                               session->failures().setWithDetails(true);
                                return session->kernel().run(
                                    [&]
                                    {

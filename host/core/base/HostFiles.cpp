@@ -62,6 +62,16 @@ std::string errorWords(int error)
     return std::generic_category().message(error);
 }
 
+std::string plainWords(const CString& cause)
+{
+    std::string words = toUtf8(cause);
+    words.resize(std::min(words.find('\n'), words.size()));
+    const std::size_t digits = words.find_first_not_of("0123456789");
+    if (digits != words.npos && digits > 0 && words.compare(digits, 2, ": ") == 0)
+        words.erase(0, digits + 2);
+    return words;
+}
+
 bool isDiskFull(const CString& path)
 {
     struct statvfs disk = {};

@@ -13,6 +13,10 @@ int readFile(const CString& path, std::size_t limit, std::string& content);
 /// The system's words for an error number, without the number.
 std::string errorWords(int error);
 
+/// A cause as the kernel words it, "13: Permission denied" say, in one line and without the number,
+/// which is for who mends the program.
+std::string plainWords(const CString& cause);
+
 /// Whether the disk that holds the path, or the nearest folder above it that exists, has no room
 /// left for this user.
 bool isDiskFull(const CString& path);

@@ -119,7 +119,7 @@ void CollectionChanges::apply(IQoProgress& progress)
 void CollectionChanges::applyStage(const Stage& stage, IQoProgress& progress)
 {
     CQoCollection& collection = CQoCollection::m_ownCollection;
-    m_session.failures().forget();
+    m_session.scanHost().forget();
     bool isApplied = false;
     try
     {
@@ -133,10 +133,8 @@ void CollectionChanges::applyStage(const Stage& stage, IQoProgress& progress)
         throw HostError(ExitCode::failed, "the collection is not loaded");
     if (!collection.loadedSuccesfully())
         throw HostError(ExitCode::interrupted, "interrupted");
-    // A failed save is told to the log alone. What else is told there, such as a tag that cannot be
-    // read, leaves no record unsaved.
-    const std::string failure = m_session.failures().lastFailure();
-    if (!failure.empty() && hasUnsaved(collection))
+    const std::string failure = m_session.scanHost().lastFailure();
+    if (!failure.empty())
         throw HostError(ExitCode::failed,
                         "the collection could not be saved to " +
                             shownPath(Session::databasePath()) + ": " + failure);

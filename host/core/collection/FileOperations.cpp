@@ -6,6 +6,9 @@
 #include "core/collection/CollectionFiles.h"
 #include "core/collection/FileChecks.h"
 #include "core/collection/UnfinishedMove.h"
+#include "core/load/CollectionLoader.h"
+#include "core/roots/RootFolders.h"
+#include "core/roots/RootLister.h"
 #include "core/session/Session.h"
 
 #include <QoKernel/Inside.h>
@@ -62,12 +65,13 @@ std::vector<CString> filesAt(const CString& path)
     if (info.kind == FileKind::regular)
         return {path};
     std::vector<CString> files;
-    forEachFile(path,
-                [&files](const CString& file, const FileInfo&)
-                {
-                    files.push_back(file);
-                    return true;
-                });
+    RootLister(RootFolders().folders(), IgnoreRules::defaultNames)
+        .forEachFile(path,
+                     [&files](const CString& file, const FileInfo&)
+                     {
+                         files.push_back(file);
+                         return true;
+                     });
     return files;
 }
 } // namespace
@@ -264,7 +268,7 @@ std::string FileOperations::loadAgain()
     try
     {
         ProgressReporter silent([](const ProgressEvent&) {});
-        m_session.load({}, silent);
+        loadCollection(m_session, {}, silent);
         return {};
     }
     catch (const HostError& error)

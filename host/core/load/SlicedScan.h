@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/load/DiskChanges.h"
+
 #include <QoKernel/Collection.h>
 
 #include <functional>
@@ -10,11 +12,12 @@
 namespace qo::host
 {
 class ProgressReporter;
-class UnreadFiles;
+class ScanHost;
 
-/// Looks through the root folders some thousand files at a time, each slice saved before the next
-/// begins: what an interruption leaves is kept, and a later scan goes on from there. In the end the
-/// database holds what a scan in one piece would have put there. On the kernel's thread.
+/// Takes what changed on the disk into a loaded collection, some thousand files at a time, each
+/// slice saved before the next begins: what an interruption leaves is kept, and a later scan goes
+/// on from there. In the end the database holds what a scan in one piece would have put there. On
+/// the kernel's thread.
 class SlicedScan
 {
 public:
@@ -26,7 +29,7 @@ public:
         int added = 0; ///< saved
         int changed = 0;
         int gone = 0;
-        int vanished = 0;       ///< new files that were gone before they could be read
+        int vanished = 0;       ///< files that were gone before they could be read
         int files = 0;          ///< that the collection has with the last saved slice
         bool hasSaved = false;  ///< a slice at least
         bool isStopped = false; ///< by the user, or because saving failed
@@ -34,60 +37,51 @@ public:
         bool hasMoved = false; ///< names were found that the logical tree shows after the next load
     };
 
-    /// The collection is loaded and has its root folders, all of the local disk; of the fresh ones
-    /// nothing was analysed yet. isTrusted is asked behind the walk, and again for files that
-    /// could not be read: false means that nothing is to be made of what is not there. With
-    /// onlyFresh the other root folders are left alone.
+    /// What the last slice brings with it, so that both are saved or neither is.
+    struct End
+    {
+        CStringArray foldersToAnalyze;    ///< below which names are analysed
+        bool isWhole = false;             ///< the scan looked through all root folders
+        std::function<void()> beforeLast; ///< called before the last slice begins
+    };
+
+    /// Of the fresh root folders nothing was analysed yet.
     SlicedScan(CQoCollection& collection,
+               ScanHost& host,
                ProgressReporter& progress,
                int filesInSlice,
-               const CStringArray& freshRoots,
-               UnreadFiles& unread,
-               std::function<bool()> isTrusted,
-               bool onlyFresh = false);
+               const CStringArray& freshRoots);
 
-    /// Reads what is new below the root folders or has changed; what has gone leaves.
-    Report read();
-    /// Analyses the names below the root folders and saves what that found. Once all was read.
-    void analyze(Report& report);
+    /// Reads what is new or has changed; what has gone leaves. Names are analysed once, with the
+    /// last slice, which is an empty one if nothing changed.
+    Report read(const std::vector<DiskChange>& changes, const End& end);
+    /// Takes out the files that vanished between the walk and the moment when they were to be read;
+    /// arePresent is asked whether all that was walked is still there. How many they were.
+    int dropVanished(const std::function<bool()>& arePresent);
 
 private:
-    struct Change
-    {
-        CQoFileChangeInfo::EAction action;
-        CString path;
-        CString newPath;
-        bool isNew;
-        QoFileDbItemPtr toReadAgain; ///< whatever its write time
-    };
-    struct FoundFile
-    {
-        CString path;
-        FILETIME modified;
-        std::int64_t size = 0;
-    };
+    class SliceProgress;
+    class LastProgress;
 
-    /// In the order of the records.
-    std::vector<FoundFile> walk();
-    static const FoundFile& takeOne(std::vector<FoundFile>::const_iterator& next,
-                                    const std::vector<FoundFile>& found,
-                                    const CString& known);
-    std::vector<Change> changesOnDisk();
-    void
-    addChange(std::vector<Change>& changes, const QoFileDbItemPtr& known, const FoundFile* found);
-    bool apply(const std::vector<Change>& changes, std::size_t from, std::size_t to);
+    bool apply(const std::vector<DiskChange>& changes,
+               std::size_t from,
+               std::size_t to,
+               const CStringArray& foldersToAnalyze,
+               SliceProgress& progress);
+    bool applyOne(const std::vector<DiskChange>& changes, std::size_t from, std::size_t to);
+    bool applyLast(const std::vector<DiskChange>& changes,
+                   std::size_t from,
+                   const End& end,
+                   Report& report);
+    bool isSaved(const DiskChange& first) const;
     bool isBelowFresh(const CString& path) const;
     bool isOfThisScan(const CString& path) const;
-    /// The root folders that are looked through.
-    CollPathArray walkedRoots() const;
 
     CQoCollection& m_collection;
+    ScanHost& m_host;
     ProgressReporter& m_progress;
     std::size_t m_filesInSlice;
-    std::vector<std::u16string> m_freshRoots;  ///< keys with closing backslashes
-    std::unordered_set<std::u16string> m_read; ///< keys of what was read below the other roots
-    UnreadFiles& m_unread;
-    std::function<bool()> m_isTrusted;
-    bool m_onlyFresh;
+    std::vector<std::u16string> m_freshRoots;  ///< keys with closing backslash
+    std::unordered_set<std::u16string> m_read; ///< keys of what was read elsewhere
 };
 } // namespace qo::host

@@ -31,20 +31,16 @@ bool isKnownToBeGone(const CString& path)
     return tellsAbsence(error, isFile);
 }
 
-UnreadFiles::UnreadFiles(const CQoCollection& collection, const std::vector<RootProblem>& givenUp)
-    : m_collection(collection)
+UnreadFiles::UnreadFiles(const CQoCollection& collection,
+                         RootLister& lister,
+                         const std::vector<RootProblem>& givenUp)
+    : m_collection(collection), m_lister(lister)
 {
     // A walk passes over the program's own folders.
     for (const CString& own : specialFolders().ownFolders())
         m_passedOver.Add(addBackslash(own));
     for (const RootProblem& problem : givenUp)
         m_passedOver.Add(addBackslash(problem.folder));
-    setFolderErrors(&m_unlisted);
-}
-
-UnreadFiles::~UnreadFiles()
-{
-    setFolderErrors(nullptr);
 }
 
 bool UnreadFiles::isGone(const CString& path)
@@ -57,7 +53,7 @@ bool UnreadFiles::isGone(const CString& path)
         return true;
     bool isFile = false;
     const int error = lookUp(path, isFile);
-    if (tellsAbsence(error, isFile))
+    if (tellsAbsence(error, isFile) || (error == 0 && m_lister.isPassedOver(path)))
         return true;
     count(path, error);
     return false;
@@ -101,7 +97,7 @@ bool UnreadFiles::isOfNoKnownFile(const CString& folder, int error) const
 std::vector<std::string> UnreadFiles::sentences() const
 {
     std::vector<std::string> all;
-    for (const auto& [path, error] : m_unlisted.byFolder)
+    for (const auto& [path, error] : m_lister.errors())
     {
         if (isOfNoKnownFile(path, error))
             all.push_back("the folder " + shownPath(path) +

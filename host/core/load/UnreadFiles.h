@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/roots/RootGuard.h"
+#include "core/roots/RootLister.h"
 
 #include <QoKernel/Collection.h>
 #include <QoKernel/Inside.h>
@@ -12,14 +13,15 @@
 namespace qo::host
 {
 /// Tells files that have gone from those that a walk did not meet because it could not read their
-/// folder: the records of the latter stay. Takes note of what the walks cannot list while it lives.
-/// On the thread that calls the kernel; one at a time.
+/// folder: the records of the latter stay. On the thread that calls the kernel.
 class UnreadFiles
 {
 public:
     /// What lies in a folder that was given up counts as gone.
-    UnreadFiles(const CQoCollection& collection, const std::vector<RootProblem>& givenUp);
-    ~UnreadFiles();
+    /// The lister is that of the walk.
+    UnreadFiles(const CQoCollection& collection,
+                RootLister& lister,
+                const std::vector<RootProblem>& givenUp);
     UnreadFiles(const UnreadFiles&) = delete;
     UnreadFiles& operator=(const UnreadFiles&) = delete;
 
@@ -41,7 +43,7 @@ private:
     bool isOfNoKnownFile(const CString& folder, int error) const;
 
     const CQoCollection& m_collection;
-    FolderErrors m_unlisted;
+    RootLister& m_lister;
     CStringArray m_passedOver; ///< with closing backslashes
     std::map<CString, Folder> m_folders;
     std::map<CString, int> m_listErrors; ///< of each folder that was asked about

@@ -5,6 +5,7 @@
 #include "core/collection/CollectionFiles.h"
 #include "core/moved/HeadStore.h"
 #include "core/moved/MovedTwins.h"
+#include "core/roots/RootLister.h"
 #include "core/session/Session.h"
 
 #include <QoKernel/Physical.h>
@@ -107,7 +108,8 @@ void stopIfAsked(IQoProgress& progress)
 class MoveSearch
 {
 public:
-    MoveSearch(const HeadStore& heads, IQoProgress& progress) : m_heads(heads), m_progress(progress)
+    MoveSearch(const HeadStore& heads, RootLister& lister, IQoProgress& progress)
+        : m_heads(heads), m_lister(lister), m_progress(progress)
     {
     }
 
@@ -145,7 +147,7 @@ private:
         {
             const CString real = CQoUtils::getRealPath(root->getPath());
             if (!real.IsEmpty())
-                forEachFile(real, visit);
+                m_lister.forEachFile(real, visit);
         }
         for (const QoFileDbItemPtr& record : m_records)
         {
@@ -280,6 +282,7 @@ private:
     }
 
     const HeadStore& m_heads;
+    RootLister& m_lister;
     IQoProgress& m_progress;
     QoFileDbItemArray m_records;
     std::vector<QoFileDbItemPtr> m_vanished;
@@ -292,9 +295,9 @@ private:
 };
 } // namespace
 
-MovedFiles findMoved(const HeadStore& heads, IQoProgress& progress)
+MovedFiles findMoved(const HeadStore& heads, RootLister& lister, IQoProgress& progress)
 {
-    return MoveSearch(heads, progress).run();
+    return MoveSearch(heads, lister, progress).run();
 }
 
 void applyMoves(Session& session, const std::vector<MoveOffer>& offers, IQoProgress& progress)
@@ -302,7 +305,6 @@ void applyMoves(Session& session, const std::vector<MoveOffer>& offers, IQoProgr
     CollectionChanges changes(session);
     for (const MoveOffer& offer : offers)
     {
-        readIfOther(CollectionChanges::recordOf(offer.from), offer.to);
         changes.move(offer.from, offer.to, true);
     }
     if (!changes.isEmpty())

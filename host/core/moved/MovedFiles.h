@@ -7,6 +7,7 @@
 namespace qo::host
 {
 class HeadStore;
+class RootLister;
 class Session;
 
 /// A file that was moved or renamed without qo, with its record.
@@ -39,7 +40,7 @@ struct MovedFiles
 /// any other file must have the same write time and name. Where several fit, MovedTwins decides if
 /// it can; no file is offered twice. Changes nothing. Throws HostError when the progress stopped
 /// it. For the kernel's thread.
-MovedFiles findMoved(const HeadStore& heads, IQoProgress& progress);
+MovedFiles findMoved(const HeadStore& heads, RootLister& lister, IQoProgress& progress);
 
 /// Gives the records their new paths and saves that; a scan afterwards finds the rest. Throws
 /// HostError, see CollectionChanges::apply(). For the kernel's thread.

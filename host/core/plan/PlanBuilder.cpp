@@ -2,6 +2,7 @@
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
+#include "core/base/RecordedFile.h"
 #include "core/collection/CollectionFiles.h"
 #include "core/plan/DiskFolders.h"
 #include "core/plan/PlanConflicts.h"

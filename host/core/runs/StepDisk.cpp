@@ -18,7 +18,7 @@ namespace qo::host
 {
 namespace
 {
-constexpr mode_t permissionBits = 07777;
+constexpr mode_t rightsBits = 07777;
 
 StepDisk::Outcome ended(int error)
 {
@@ -138,7 +138,7 @@ StepDisk::Outcome StepDisk::makeFolder(const std::string& folder, const FolderRi
     if (::stat(above.c_str(), &st) != 0)
         return ended(errno);
     const bool isGiven = rights.mode != 0;
-    const mode_t mode = isGiven ? rights.mode : st.st_mode & permissionBits;
+    const mode_t mode = isGiven ? rights.mode : st.st_mode & rightsBits;
     if (::mkdir(folder.c_str(), mode) != 0)
     {
         const int error = errno;

@@ -7,6 +7,7 @@
 #include "core/load/UnreadFiles.h"
 #include "core/roots/RootFolders.h"
 #include "core/roots/RootGuard.h"
+#include "core/roots/RootLister.h"
 #include "core/session/Session.h"
 
 #include <algorithm>
@@ -37,7 +38,10 @@ void refuseWithoutRoots()
 class FolderChanges::Collector
 {
 public:
-    explicit Collector(Session& session) : m_changes(session, true) {}
+    explicit Collector(Session& session)
+        : m_changes(session, true), m_lister(RootFolders().folders(), session.ignoredNames())
+    {
+    }
 
     void take(const FolderEvent& event)
     {
@@ -75,7 +79,6 @@ private:
             m_changes.remove(target);
             ++m_report.removed;
         }
-        readIfOther(record, target);
         m_changes.move(from, target, true);
         m_movedAway.insert(record.get());
         m_settled.insert(target);
@@ -96,13 +99,13 @@ private:
     /// Adds the files of a folder that the collection does not know.
     void scanFolder(const CString& folder)
     {
-        forEachFile(folder,
-                    [this](const CString& path, const FileInfo&)
-                    {
-                        if (!CollectionChanges::recordOf(path))
-                            look(path);
-                        return true;
-                    });
+        m_lister.forEachFile(folder,
+                             [this](const CString& path, const FileInfo&)
+                             {
+                                 if (!CollectionChanges::recordOf(path))
+                                     look(path);
+                                 return true;
+                             });
     }
 
     /// Scans a file that is there, and removes the records of files that have gone, also those of a
@@ -112,9 +115,8 @@ private:
         if (isThere(path, FileKind::regular))
         {
             if (!CQoCollection::m_ownCollection.isFilePathInCollection(CQoCollPath(path)) ||
-                !m_settled.insert(path).second)
+                m_lister.isPassedOver(path) || !m_settled.insert(path).second)
                 return;
-            readIfOther(CollectionChanges::recordOf(path), path);
             m_changes.scan(path);
             ++m_report.scanned;
             return;
@@ -134,6 +136,7 @@ private:
     }
 
     CollectionChanges m_changes;
+    RootLister m_lister;
     Report m_report;
     std::set<CString> m_settled; ///< paths whose state is decided
     std::set<const QoFileDbItem*> m_movedAway;

@@ -1,8 +1,6 @@
 #include "QoColl/Collection/FileFinder.h"
 
 #include "common/FileUtils.h"
-#include "platform/FolderAhead.h"
-#include "platform/FolderErrors.h"
 #include "platform/FolderNames.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
@@ -91,9 +89,12 @@ bool CFileFinder::findFirst(const ScanOptions& options, const CFileFilter& filte
 {
     m_filter = filter;
     m_recursive = options.recursive;
-    m_pendingDirs.RemoveAll();
-    m_nextPending = 0;
+    m_lister = options.lister;
+    m_pendingDirs.clear();
+    m_pendingLinks.clear();
     m_visited.clear();
+    if (options.notEntered)
+        m_visited = *options.notEntered;
     m_ownFolders = qo::specialFolders().ownFolders();
     m_entries.clear();
     m_next = 0;
@@ -107,26 +108,20 @@ bool CFileFinder::listFolder(const CString& folder)
 {
     m_baseFolder = qo::addBackslash(folder);
     m_next = 0;
-    qo::FolderAhead* const ahead = qo::folderAhead();
     const int error =
-        ahead ? ahead->list(folder, m_entries) : qo::fileSystem().list(folder, m_entries);
-    if (qo::FolderErrors* const errors = error != 0 ? qo::folderErrors() : nullptr)
-        errors->byFolder.insert_or_assign(folder, error);
-    // A listing that fails half-way still gives what it found.
+        m_lister ? m_lister->list(folder, m_entries) : qo::fileSystem().list(folder, m_entries);
+    // A listing that breaks off still delivers what it found.
     if (error != 0 && m_entries.empty())
         return false;
-    // Real folders come before links, whatever their names: a file then has the path that remains
-    // when the link is removed.
-    m_isNew.assign(m_entries.size(), false);
-    for (const bool links : {false, true})
+    for (const qo::DirEntry& entry : m_entries)
     {
-        for (std::size_t i = 0; i < m_entries.size(); ++i)
-        {
-            const qo::FileInfo& info = m_entries[i].info;
-            if (info.kind == qo::FileKind::directory && info.isLink == links &&
-                !isPassedOver(m_entries[i].name))
-                m_isNew[i] = m_visited.emplace(info.device, info.inode).second;
-        }
+        if (entry.info.kind != qo::FileKind::directory || isPassedOver(entry.name))
+            continue;
+        const Identity identity(entry.info.device, entry.info.inode);
+        if (entry.info.isLink)
+            m_pendingLinks.push_back({m_baseFolder + entry.name, identity});
+        else if (m_visited.insert(identity).second)
+            m_pendingDirs.push_back(m_baseFolder + entry.name);
     }
     return true;
 }
@@ -138,23 +133,36 @@ bool CFileFinder::isPassedOver(const CString& name) const
 
 bool CFileFinder::findNext()
 {
-    for (;;)
+    do
     {
         while (m_next < m_entries.size())
         {
-            const bool isNewFolder = m_isNew[m_next];
-            const qo::DirEntry& entry = m_entries[m_next++];
-            if (isNewFolder)
-                m_pendingDirs.Add(m_baseFolder + entry.name);
-            if (m_filter.takes(entry))
+            if (m_filter.takes(m_entries[m_next++]))
                 return true;
         }
-        do
+    } while (listNext());
+    return false;
+}
+
+bool CFileFinder::listNext()
+{
+    while (m_recursive)
+    {
+        while (!m_pendingDirs.empty())
         {
-            if (!m_recursive || m_nextPending >= m_pendingDirs.GetSize())
-                return false;
-        } while (!listFolder(std::exchange(m_pendingDirs[m_nextPending++], CString())));
+            const CString folder = std::move(m_pendingDirs.front());
+            m_pendingDirs.pop_front();
+            if (listFolder(folder))
+                return true;
+        }
+        if (m_pendingLinks.empty())
+            return false;
+        const Link link = std::move(m_pendingLinks.front());
+        m_pendingLinks.pop_front();
+        if (m_visited.insert(link.target).second)
+            m_pendingDirs.push_back(link.path);
     }
+    return false;
 }
 
 CString CFileFinder::getFilePath() const

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "platform/FileSystem.h"
+#include "platform/FolderLister.h"
 #include "types/StringArray.h"
 
+#include <deque>
 #include <set>
 #include <utility>
 #include <vector>
@@ -60,12 +61,17 @@ struct ScanOptions
 {
     CString folder;
     bool recursive = false;
+    qo::IFolderLister* lister = nullptr; ///< null for the file system itself
+    /// Device and inode of folders that are not entered, whatever way leads to them; may be null.
+    const std::set<std::pair<std::uint64_t, std::uint64_t>>* notEntered = nullptr;
 };
 
 /// Walks folders breadth first. The entries of a folder come in the sorted order of the file
-/// system; a folder that cannot be opened is skipped (see qo::folderErrors()). A folder that is
-/// reached a second time, through a link or a mount, is not walked again. Trash folders and the
-/// kernel's own folders are not walked at all. "." and ".." are never reported.
+/// system; a folder that cannot be opened is skipped, which a lister gets to know. A folder that is
+/// reached a second time, through a link or a mount, is not walked again; links to folders wait
+/// until all that can be reached without them was walked, so that a file has the path that it has
+/// by itself. Trash folders and the kernel's own folders are not walked at all. "." and ".." are
+/// never reported.
 ///
 ///   Music/{B/{x.mp3}, A/{y.mp3, link -> ../B}, z.mp3} gives z.mp3, A/y.mp3, B/x.mp3: A/link leads
 ///   to a folder that is known by its own path.
@@ -90,20 +96,28 @@ public:
     const qo::FileInfo& getFileInfo() const { return current().info; }
 
 private:
+    using Identity = std::pair<std::uint64_t, std::uint64_t>; ///< device and inode
+    struct Link
+    {
+        CString path;
+        Identity target;
+    };
+
     const qo::DirEntry& current() const { return m_entries[m_next - 1]; }
     /// Reads the entries of a folder; false if it cannot be opened.
     bool listFolder(const CString& folder);
     bool isPassedOver(const CString& name) const;
+    bool listNext();
 
     std::vector<CString> m_ownFolders; ///< folders of the kernel, which hold no music of the user
     CString m_baseFolder; ///< the folder that is being listed, with a closing backslash
     bool m_recursive = false;
     CFileFilter m_filter;
     std::vector<qo::DirEntry> m_entries;
-    std::vector<bool> m_isNew; ///< for each entry whether it is a folder to be walked
     std::size_t m_next = 0;
-    CStringArray m_pendingDirs; ///< folders to be walked, in the order of discovery
-    int m_nextPending = 0;
-    std::set<std::pair<std::uint64_t, std::uint64_t>> m_visited; ///< device and inode
+    qo::IFolderLister* m_lister = nullptr;
+    std::deque<CString> m_pendingDirs; ///< folders to be walked, in the order of discovery
+    std::deque<Link> m_pendingLinks;   ///< likewise; they come last
+    std::set<Identity> m_visited;
 };
 } // namespace QoKernel

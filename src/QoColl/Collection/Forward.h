@@ -13,6 +13,7 @@ class CHDObject;
 class CQoCollection;
 class CQoFileChangeInfoList;
 class CQoUtils;
+class IQoScanHost;
 
 namespace qo
 {

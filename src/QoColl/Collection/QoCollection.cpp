@@ -3,6 +3,7 @@
 #include "Logical/LTManager.h"
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
+#include "QoColl/Collection/QoScanHost.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Collection/RecordAhead.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
@@ -19,7 +20,22 @@ CQoCollection CQoCollection::m_foreignCollection;
 const char16_t* const CQoCollection::m_localDiskCollID = u"?localpath?";
 const char16_t* const CQoCollection::m_searchResultCollID = u"?searchresult?";
 
-CQoCollection::CQoCollection() = default;
+namespace
+{
+/// A collection that no host wants anything of.
+IQoScanHost& noHost()
+{
+    static IQoScanHost host;
+    return host;
+}
+} // namespace
+
+CQoCollection::CQoCollection() : m_scanHost(&noHost()) {}
+
+void CQoCollection::setScanHost(IQoScanHost* host)
+{
+    m_scanHost = host ? host : &noHost();
+}
 
 CQoCollection::~CQoCollection()
 {

@@ -144,6 +144,12 @@ public:
     void addRootDirs(const CStringArray& paths, const CQoPathsInfoMap& info);
 
     const CollInfoDbItem& getCollInfo() const { return m_collInfo; }
+    /// Says that all root folders were looked through just now; stored with the next save.
+    void setScanned();
+
+    /// The host that decides and hears what IQoScanHost names; null for none. It must live until
+    /// another takes its place.
+    void setScanHost(IQoScanHost* host);
 
     /// Frees the files and folders that left the tree; they are valid until then.
     void releaseZombieObjects();
@@ -215,15 +221,18 @@ protected:
     addRecord(const CString& path, CQoFileChangeInfo::ESetImportedAction action, int index);
     /// Null for a second file of that name (they differ in case alone).
     QoFileDbItemPtr recordOfKnown(const qo::FoundFile& file, int index);
-    /// Whether the record changed. seenModified is the write time that a walk has just seen, or
-    /// null when there was no walk.
+    /// Whether the record changed. seen is what a walk has just seen of the file, or null when
+    /// there was no walk.
     bool checkUpdateFileInfo(QoFileDbItemPtr& item,
                              IQoProgress* progress,
                              bool readTag,
-                             const FILETIME* seenModified);
-    /// Reads write time and, for a new or newer file, size and tag. False, with a log line, if the
-    /// file cannot be reached; the record stays as it is then.
-    bool checkDiskFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag);
+                             const qo::FileInfo* seen);
+    /// Reads write time and, for a file that is new or to be read again, size and tag. False, with
+    /// a log line, if the file cannot be reached; the record stays as it is then.
+    bool
+    checkDiskFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag, const qo::FileInfo* seen);
+    void keepUnmetFiles();
+    void dropStrangers();
     bool checkLogicalPluginFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag);
     bool checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag);
     /// Mark records as deleted, so that what a walk does not find leaves with the next save.
@@ -297,4 +306,5 @@ private:
     CPtrListT<CHDDirectory> m_zombieDirs;
     CPtrListT<CHDFile> m_zombieFiles;
     bool m_loadedSuccesfully = false; ///< of load(); a change sets it, a canceled one clears it
+    IQoScanHost* m_scanHost;          ///< never null
 };

@@ -3,6 +3,7 @@
 #include "Physical/HDFile.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoFileChangeInfoList.h"
+#include "QoColl/Collection/QoScanHost.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Collection/ScanLookup.h"
 #include "QoColl/Db/QoCollDbUtils.h"
@@ -56,6 +57,11 @@ int recordToChange(const QoFileDbItemArray& items, int index, const Records& cha
         }
     }
     return index;
+}
+
+const qo::FileInfo* seenOf(const CQoFileChangeInfo& change)
+{
+    return change.m_seen ? &*change.m_seen : nullptr;
 }
 
 /// A file that is there again although its record is marked as deleted (that deletion could not be
@@ -177,7 +183,7 @@ bool CQoCollection::applyAddVelmoraFile(const CQoFileChangeInfo& change,
     item = change.m_dbItem;
     item->dbState = dbState::added;
     m_fileDbItems.InsertAt(index, item);
-    checkUpdateFileInfo(item, progress, true, nullptr);
+    checkUpdateFileInfo(item, progress, true, seenOf(change));
     return true;
 }
 
@@ -199,7 +205,7 @@ bool CQoCollection::applyScan(const CQoFileChangeInfo& change,
     else if (const boost::shared_ptr<CHDFile> file = getFileByPath(item->path))
         file->keepTag();
     const bool isRevived = revive(*item);
-    return checkUpdateFileInfo(item, progress, true, nullptr) || isNew || isRevived;
+    return checkUpdateFileInfo(item, progress, true, seenOf(change)) || isNew || isRevived;
 }
 
 bool CQoCollection::applyMove(const CQoFileChangeInfo& change,
@@ -224,7 +230,7 @@ bool CQoCollection::applyMove(const CQoFileChangeInfo& change,
     CQoCollDbUtils::addQoDbFileItem(item, m_fileDbItems, false);
     addToFileDbItemsMaps(item);
     if (change.m_rescan)
-        checkUpdateFileInfo(item, progress, true, nullptr);
+        checkUpdateFileInfo(item, progress, true, seenOf(change));
     return true;
 }
 

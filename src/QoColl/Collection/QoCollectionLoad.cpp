@@ -1,5 +1,6 @@
 #include "Physical/HDDirectory.h"
 #include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Collection/QoScanHost.h"
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
@@ -9,6 +10,7 @@
 #include "platform/Clock.h"
 #include "platform/Platform.h"
 #include "types/CharClass.h"
+#include "types/Utf.h"
 
 #include <exception>
 #include <memory>
@@ -36,6 +38,8 @@ bool CQoCollection::load(const CString& dbPath,
     log(level::timing, u"PROFILE CQoCollection::load() - BEGIN");
     const std::uint32_t start = qo::systemClock().tickCount();
     bool success = false;
+    const auto fail = [this](const CString& cause)
+    { m_scanHost->failed(IQoScanHost::ETrouble::load, m_dbPath, cause); };
     try
     {
         clear(true);
@@ -51,6 +55,7 @@ bool CQoCollection::load(const CString& dbPath,
     {
         const std::unique_ptr<CQoException> exception(caught);
         qo::logException(loadError, *exception);
+        fail(exception->getErrorMessage());
         if (result && exception->getType() == CQoException::unsupportedExtract)
             result->m_unsupportedExtract = true;
         if (result && exception->getType() == CQoException::extractFailed)
@@ -60,14 +65,17 @@ bool CQoCollection::load(const CString& dbPath,
     {
         const std::unique_ptr<CException> exception(caught);
         qo::logException(loadError, *exception);
+        fail(qo::textOf(*exception));
     }
     catch (const std::exception& exception)
     {
         qo::logException(loadError, exception.what());
+        fail(qo::fromUtf8(exception.what()));
     }
     catch (...)
     {
         log(level::error, u"CQoCollection::load : error loading collection, unknown exception");
+        fail(u"unknown exception");
     }
     success = success && !progress->isCanceled();
     if (!success)
@@ -104,11 +112,16 @@ bool CQoCollection::loadFromDb(const CStringArray& rootDirs,
             result->m_opType = OpResultInfo::existingRescanned;
         result->m_collId = m_collId;
     }
-    if (rescan || checkUpdateCollInfo(valid, true))
+    const bool isToBeWalked = rescan || checkUpdateCollInfo(valid, true);
+    if (isToBeWalked && !rescan && m_scanHost->walksItself())
+        dropStrangers();
+    else if (isToBeWalked)
     {
         markDeletedAllFiles(progress);
         QoFileDbItemArray scratch;
         checkPhysicalChanges(scratch, CQoFileChangeInfo::setImportedIfNew, progress, true);
+        if (!progress->isCanceled())
+            keepUnmetFiles();
     }
     if (!progress->isCanceled())
         createColl(m_fileDbItems,

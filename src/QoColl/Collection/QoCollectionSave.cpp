@@ -1,5 +1,6 @@
 #include "Database/src/DbFacade/SQLiteException.h"
 #include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Collection/QoScanHost.h"
 #include "QoColl/Collection/SharedIdentities.h"
 #include "QoColl/Db/DbTransaction.h"
 #include "QoColl/Db/QoCollDb.h"
@@ -22,11 +23,12 @@ namespace
 using qo::log;
 namespace level = qo::level;
 
-/// Logs the failure and deletes the exception.
-void logFailedSave(CSQLiteException* caught)
+/// Logs the failure, lets the host know and deletes the exception.
+void endFailedSave(CSQLiteException* caught, IQoScanHost& host, const CString& database)
 {
     const std::unique_ptr<CSQLiteException> exception(caught);
     qo::logException(u"CQoCollection::saveToDb : error saving to db ", *exception);
+    host.failed(IQoScanHost::ETrouble::save, database, qo::textOf(*exception));
 }
 
 /// How many records were inserted, updated and deleted.
@@ -171,7 +173,7 @@ void CQoCollection::saveToDb(QoFileDbItemArray& files,
     }
     catch (CSQLiteException* caught)
     {
-        logFailedSave(caught);
+        endFailedSave(caught, *m_scanHost, m_dbPath);
         takeBackIds();
         if (result)
             result->m_inserted = result->m_updated = result->m_deleted = 0;

@@ -3,6 +3,7 @@
 #include "QoColl/Collection/FileFinder.h"
 #include "QoColl/Collection/FolderOfFile.h"
 #include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Collection/QoScanHost.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Collection/RecordAhead.h"
 #include "QoColl/Collection/ScanLookup.h"
@@ -65,9 +66,16 @@ QoFileDbItemPtr takeOver(const QoFileDbItemPtr& stored, const qo::FoundFile& fou
     if (sameSpelling)
         return item;
     item->path = found.path;
-    if (!CQoCollDbUtils::FILETIMEsAreEqual(found.modified, item->modifTime))
+    if (!CQoCollDbUtils::FILETIMEsAreEqual(found.info.modified, item->modifTime))
         CQoCollDbUtils::SetNullFILETIME(item->modifTime);
     return item;
+}
+
+/// A newer write time is what the collection goes by; the host may want more.
+bool isToBeRead(const QoFileDbItem& item, const qo::FileInfo& seen, IQoScanHost& host)
+{
+    return CQoCollDbUtils::compareFILETIMEs(seen.modified, item.modifTime) > 0 ||
+           host.mustRead(item, seen);
 }
 
 /// Whether a known file is still there. Files that are not on a disk count as present: their source
@@ -105,7 +113,8 @@ void CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
     filter.m_flags = QoKernel::CFileFilter::testType;
     filter.m_typeMask = QoKernel::CFileFilter::plainFiles;
     QoKernel::CFileFinder finder;
-    for (bool any = finder.findFirst({rootReal, true}, filter); any; any = finder.findNext())
+    for (bool any = finder.findFirst({rootReal, true, m_scanHost}, filter); any;
+         any = finder.findNext())
     {
         if (progress->isCanceled())
             return;
@@ -115,7 +124,7 @@ void CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
             path = CQoCollPath(
                        CQoCollPath::usb, rootDir.getDevice(), CQoCollPath(path).getComponents())
                        .toString();
-        found.push_back({std::move(path), finder.getFileInfo().modified});
+        found.push_back({std::move(path), finder.getFileInfo()});
     }
 }
 
@@ -130,7 +139,7 @@ void CQoCollection::checkPhysicalChanges(QoFileDbItemArray& files,
     qo::CollPathArray dirs;
     getRootDirs(dirs);
     addFilesFromRootDirs(dirs, action, files, progress);
-    m_collInfo.scanTime = qo::systemClock().now();
+    setScanned();
     progress->setStage(IQoProgress::stageCheck);
     progress->setRange(IQoProgress::rangeKnown, m_fileDbItems.GetSize());
     qo::FolderOfFile folder;
@@ -157,6 +166,35 @@ void CQoCollection::checkPhysicalChanges(QoFileDbItemArray& files,
             checkKnownFile(item, files, progress);
     }
     log(level::flow, u"CQoCollection::checkPhysicalChanges : end");
+}
+
+void CQoCollection::setScanned()
+{
+    m_collInfo.scanTime = qo::systemClock().now();
+}
+
+/// Marks the records that lie below no root folder as deleted.
+void CQoCollection::dropStrangers()
+{
+    qo::FolderOfFile folder;
+    bool isInCollection = false;
+    for (const QoFileDbItemPtr& item : m_fileDbItems)
+    {
+        if (folder.moveTo(item->path))
+            isInCollection = isDirInCollection(folder.path());
+        if (!isInCollection)
+            item->dbState = dbState::deleted;
+    }
+}
+
+/// Every record that the walk did not meet is marked as deleted by then.
+void CQoCollection::keepUnmetFiles()
+{
+    for (const QoFileDbItemPtr& item : m_fileDbItems)
+    {
+        if (item->dbState == dbState::deleted && !m_scanHost->isGone(*item))
+            item->dbState = dbState::unchanged;
+    }
 }
 
 void CQoCollection::markGone(QoFileDbItemPtr& item,
@@ -211,7 +249,7 @@ void CQoCollection::addFilesFromRootDirs(const qo::CollPathArray& dirs,
             isKnown ? recordOfKnown(file, index) : addRecord(file.path, action, index);
         if (!item)
             continue;
-        checkUpdateFileInfo(item, progress, true, &file.modified);
+        checkUpdateFileInfo(item, progress, true, &file.info);
         if (!listed.find(item->path, index))
             files.InsertAt(index, item);
     }
@@ -246,6 +284,7 @@ QoFileDbItemPtr CQoCollection::recordOfKnown(const qo::FoundFile& file, int inde
     {
         // The known file keeps its record; a second one of that name cannot have its own.
         log(level::error, u"found duplicated db file: %s", file.path);
+        m_scanHost->failed(IQoScanHost::ETrouble::twin, file.path, CString());
         return {};
     }
     if (stored->dbState != dbState::deleted)
@@ -259,7 +298,7 @@ QoFileDbItemPtr CQoCollection::recordOfKnown(const qo::FoundFile& file, int inde
 bool CQoCollection::checkUpdateFileInfo(QoFileDbItemPtr& item,
                                         IQoProgress*,
                                         bool readTag,
-                                        const FILETIME* seenModified)
+                                        const qo::FileInfo* seen)
 {
     if (item->velmoraId.IsEmpty())
         item->velmoraId = qo::makeVelmoraId();
@@ -268,11 +307,7 @@ bool CQoCollection::checkUpdateFileInfo(QoFileDbItemPtr& item,
     case CQoCollPath::drive:
     case CQoCollPath::network:
     case CQoCollPath::usb:
-        // The walk of this scan has seen the write time: an unchanged file needs no further look.
-        if (seenModified && item->dbState == dbState::unchanged &&
-            CQoCollDbUtils::compareFILETIMEs(*seenModified, item->modifTime) <= 0)
-            return false;
-        return checkDiskFilePhysicalChanges(item, readTag);
+        return checkDiskFilePhysicalChanges(item, readTag, seen);
     case CQoCollPath::physicalPlugin:
         return checkPhysicalPluginFilePhysicalChanges(item, readTag);
     case CQoCollPath::logicalPlugin:
@@ -284,22 +319,30 @@ bool CQoCollection::checkUpdateFileInfo(QoFileDbItemPtr& item,
     }
 }
 
-bool CQoCollection::checkDiskFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag)
+bool CQoCollection::checkDiskFilePhysicalChanges(QoFileDbItemPtr& item,
+                                                 bool readTag,
+                                                 const qo::FileInfo* seen)
 {
+    if (seen && item->dbState != dbState::added && !isToBeRead(*item, *seen, *m_scanHost))
+        return false;
     const CString real = CQoUtils::getRealPath(item->path);
     qo::FileInfo info;
-    if (const int error = qo::fileSystem().info(real, qo::Spelling::anyCase, info))
+    const int error = seen ? 0 : qo::fileSystem().info(real, qo::Spelling::anyCase, info);
+    if (error != 0)
     {
         log(level::error,
             u"CQoCollection::checkDiskFilePhysicalChanges : GetFileAttributesEx failed for file %s "
             u": %s",
             real,
             qo::errorText(error));
+        m_scanHost->failed(IQoScanHost::ETrouble::absent, item->path, qo::errorText(error));
         return false;
     }
+    if (seen)
+        info = *seen;
     if (item->dbState != dbState::added)
     {
-        if (CQoCollDbUtils::compareFILETIMEs(info.modified, item->modifTime) <= 0)
+        if (!isToBeRead(*item, info, *m_scanHost))
             return false;
         log(level::flow,
             u"CQoCollection::checkDiskFilePhysicalChanges : file modified : %s",
@@ -309,8 +352,11 @@ bool CQoCollection::checkDiskFilePhysicalChanges(QoFileDbItemPtr& item, bool rea
     if (readTag)
     {
         CMusicTagEx tag;
-        if (tag.readTag(real))
+        CString cause;
+        if (tag.readTag(real, &cause))
             tag.getTag(item);
+        else if (!cause.IsEmpty())
+            m_scanHost->failed(IQoScanHost::ETrouble::readTag, item->path, cause);
     }
     item->createTime = info.created;
     item->modifTime = info.modified;

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "QoColl/Db/Forward.h"
+#include "platform/FileSystem.h"
 #include "types/String.h"
 
 #include <cstdint>
+#include <optional>
 
 /// One change that a host wants in a loaded collection.
 struct CQoFileChangeInfo
@@ -39,4 +41,7 @@ struct CQoFileChangeInfo
     /// A move or removal does not remove empty folders from the disk: for changes that happened
     /// there already.
     bool m_keepEmptyDirs = false;
+    /// What whoever walked the folder saw of the file. Spares the second look; a file that has gone
+    /// since is noticed when it is opened.
+    std::optional<qo::FileInfo> m_seen;
 };

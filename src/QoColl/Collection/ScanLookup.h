@@ -4,6 +4,7 @@
 #include "QoColl/Collection/RecordAhead.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
+#include "platform/FileSystem.h"
 
 namespace qo
 {
@@ -11,7 +12,7 @@ namespace qo
 struct FoundFile
 {
     CString path;
-    FILETIME modified; ///< the write time that the walk saw
+    FileInfo info; ///< as the walk saw it
 };
 
 /// Does what CQoCollDbUtils::findQoDbFileItem does, but quickly for the files of a walk: most of

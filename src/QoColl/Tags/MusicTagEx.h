@@ -124,14 +124,15 @@ public:
     /// edit. True if anything changed.
     bool fillEmptyAttribs(ESrcValueType type);
 
-    /// Reads the tag of a file. False after a failure, and the attributes have no values then.
-    bool readTag(const char16_t* path);
-    static bool readTag(const char16_t* path, KVTagLib::CTags& tags);
+    /// Reads the tag of a file. False after a failure, and the attributes have no values then;
+    /// cause, which may be null, gets what was wrong with a file that has a format of ours.
+    bool readTag(const char16_t* path, CString* cause = nullptr);
+    static bool readTag(const char16_t* path, KVTagLib::CTags& tags, CString* cause = nullptr);
     /// Writes all current values into the file, which is made writable for this. Lyrics that the
     /// record did not have stay as they are in the file. The tag is clean afterwards. After a
-    /// failure, such as a picture that cannot be loaded, it is unchanged.
-    bool writeTag(const char16_t* path);
-    static bool writeTag(const char16_t* path, KVTagLib::CTags& tags);
+    /// failure, such as a picture that cannot be loaded, it is unchanged, and cause says why.
+    bool writeTag(const char16_t* path, CString* cause = nullptr);
+    static bool writeTag(const char16_t* path, KVTagLib::CTags& tags, CString* cause = nullptr);
     /// Reads the play time of the file again.
     void updateTime(const char16_t* path);
     /// By the extension of the path.

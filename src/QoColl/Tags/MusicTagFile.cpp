@@ -49,20 +49,22 @@ CString pictureTarget(const KVTagLib::CPictureTag& picture, const CString& destD
 }
 
 /// The path on level error, the cause on level detail.
-void logWriteError(const char16_t* path, const CString& cause)
+void tellWriteError(const char16_t* path, const CString& error, CString* cause)
 {
     qo::log(
         qo::level::error, u"CMusicTagEx::writeTagKVTagLib : error writing tags for file %s", path);
-    qo::log(qo::level::detail, u"CMusicTagEx::writeTagKVTagLib : %s", cause);
+    qo::log(qo::level::detail, u"CMusicTagEx::writeTagKVTagLib : %s", error);
+    if (cause)
+        *cause = error;
 }
 } // namespace
 
-bool CMusicTagEx::readTag(const char16_t* path)
+bool CMusicTagEx::readTag(const char16_t* path, CString* cause)
 {
     constexpr auto original = CTagAttribValue::SV_Original;
     clear();
     CTags tags(CQoPaths::getPictureTempDir());
-    if (!readTag(path, tags))
+    if (!readTag(path, tags, cause))
         return false;
 
     struct Item
@@ -97,7 +99,7 @@ bool CMusicTagEx::readTag(const char16_t* path)
     return true;
 }
 
-bool CMusicTagEx::readTag(const char16_t* path, CTags& tags)
+bool CMusicTagEx::readTag(const char16_t* path, CTags& tags, CString* cause)
 {
     const std::unique_ptr<KVTagLib::ITagsReader> reader(
         KVTagLib::CTagsReaderFactory::CreateTagsReader(path));
@@ -117,11 +119,13 @@ bool CMusicTagEx::readTag(const char16_t* path, CTags& tags)
                 u"CMusicTagEx::readTag: ITagsReader->Read() failed for file %s",
                 path);
         qo::log(qo::level::detail, u"CMusicTagEx::readTag: %s", reader->GetError());
+        if (cause)
+            *cause = reader->GetError();
     }
     return read;
 }
 
-bool CMusicTagEx::writeTag(const char16_t* path)
+bool CMusicTagEx::writeTag(const char16_t* path, CString* cause)
 {
     CTags tags;
     CString value;
@@ -149,10 +153,10 @@ bool CMusicTagEx::writeTag(const char16_t* path)
     if (getPicture(CTagAttribValue::SV_Current, value) && !tags.AddPicture(value) &&
         !value.IsEmpty() && isEdited(CTagAttrib::AT_Picture))
     {
-        logWriteError(path, u"the picture " + value + u" cannot be loaded");
+        tellWriteError(path, u"the picture " + value + u" cannot be loaded", cause);
         return false;
     }
-    if (!writeTag(path, tags))
+    if (!writeTag(path, tags, cause))
         return false;
 
     for (EAttribType type : m_attribTypes)
@@ -166,7 +170,7 @@ bool CMusicTagEx::writeTag(const char16_t* path)
     return true;
 }
 
-bool CMusicTagEx::writeTag(const char16_t* path, CTags& tags)
+bool CMusicTagEx::writeTag(const char16_t* path, CTags& tags, CString* cause)
 {
     qo::fileSystem().makeWritable(path);
     const std::unique_ptr<KVTagLib::ITagsWriter> writer(
@@ -176,7 +180,7 @@ bool CMusicTagEx::writeTag(const char16_t* path, CTags& tags)
     const bool written =
         qo::orOutOfMemory(QO_HERE(u".\\QoColl\\MusicTagEx"), [&] { return writer->Write(tags); });
     if (!written)
-        logWriteError(path, writer->GetError());
+        tellWriteError(path, writer->GetError(), cause);
     return written;
 }
 

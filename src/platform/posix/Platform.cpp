@@ -16,8 +16,6 @@ namespace
 /// What a test has put in place of the system's services; null for none.
 std::atomic<IFileSystem*> fileSystemReplacement{nullptr};
 std::atomic<IClock*> clockReplacement{nullptr};
-thread_local FolderAhead* aheadOfThisThread = nullptr;
-thread_local FolderErrors* errorsOfThisThread = nullptr;
 
 /// Made when first used and never destroyed, so that static objects may use it until the end.
 template <class T>
@@ -61,25 +59,5 @@ void setFileSystem(IFileSystem* replacement)
 void setSystemClock(IClock* replacement)
 {
     clockReplacement = replacement;
-}
-
-FolderAhead* folderAhead()
-{
-    return aheadOfThisThread;
-}
-
-void setFolderAhead(FolderAhead* ahead)
-{
-    aheadOfThisThread = ahead;
-}
-
-FolderErrors* folderErrors()
-{
-    return errorsOfThisThread;
-}
-
-void setFolderErrors(FolderErrors* errors)
-{
-    errorsOfThisThread = errors;
 }
 } // namespace qo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/collection/FileOperations.h"
+#include "core/load/CollectionLoader.h"
 #include "core/roots/RootFolders.h"
 #include "core/session/Session.h"
 #include "host/core/MessageOf.h"
@@ -59,9 +60,9 @@ public:
             [&]
             {
                 session->prepareDatabase(qo::host::Session::databasePath());
-                qo::host::Session::LoadOptions options;
+                qo::host::LoadOptions options;
                 options.rescan = rescan;
-                session->load(options, *progress);
+                qo::host::loadCollection(*session, options, *progress);
             });
     }
 

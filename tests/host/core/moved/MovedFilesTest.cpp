@@ -1,6 +1,7 @@
 #include "core/moved/MovedFiles.h"
 
 #include "core/moved/HeadStore.h"
+#include "core/roots/RootLister.h"
 #include "host/core/LoadedCollection.h"
 #include "support/Words.h"
 
@@ -40,7 +41,12 @@ protected:
     }
     MovedFiles find()
     {
-        return here.run([&] { return findMoved(HeadStore(), *here.progress); });
+        return here.run(
+            [&]
+            {
+                RootLister lister(RootFolders().folders(), here.session->ignoredNames());
+                return findMoved(HeadStore(), lister, *here.progress);
+            });
     }
     /// "from>to ...", sorted.
     std::string offers(const MovedFiles& found) const

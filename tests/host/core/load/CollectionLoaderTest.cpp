@@ -1,3 +1,5 @@
+#include "core/load/CollectionLoader.h"
+
 #include "core/load/UnfinishedScan.h"
 #include "host/core/LoadedCollection.h"
 #include "support/Contains.h"
@@ -38,7 +40,7 @@ UnfinishedScan markOf(const LoadedCollection& here)
 }
 } // namespace
 
-TEST(RootChanges, ALoadReadsNewRootsAloneAndAnalysesTheirNames)
+TEST(CollectionLoader, ALoadReadsNewRootsAloneAndAnalysesTheirNames)
 {
     LoadedCollection here;
     here.addSound("music/1.mp3");
@@ -74,7 +76,7 @@ TEST(RootChanges, ALoadReadsNewRootsAloneAndAnalysesTheirNames)
     EXPECT_EQ(here.stored().count("music/2.mp3"), 1U);
 }
 
-TEST(RootChanges, ARootAboveOrBelowAnotherKeepsTheRecordsOfBoth)
+TEST(CollectionLoader, ARootAboveOrBelowAnotherKeepsTheRecordsOfBoth)
 {
     LoadedCollection here;
     here.addSound("music/in/1.mp3");
@@ -100,7 +102,7 @@ TEST(RootChanges, ARootAboveOrBelowAnotherKeepsTheRecordsOfBoth)
     EXPECT_EQ(here.stored().size(), 2U);
 }
 
-TEST(RootChanges, AScanWhoseNamesWereSavedIsOverWhateverItsMarkSays)
+TEST(CollectionLoader, AScanWhoseNamesWereSavedIsOverWhateverItsMarkSays)
 {
     LoadedCollection here;
     here.addSound("music/1.mp3");
@@ -140,7 +142,7 @@ TEST(RootChanges, AScanWhoseNamesWereSavedIsOverWhateverItsMarkSays)
     EXPECT_FALSE(markOf(here).wasThere());
 }
 
-TEST(RootChanges, AFileThatVanishesBeforeItIsReadLeavesNoRecord)
+TEST(CollectionLoader, AFileThatVanishesBeforeItIsReadLeavesNoRecord)
 {
     LoadedCollection here;
     here.addSound("music/1.mp3");
@@ -165,7 +167,7 @@ TEST(RootChanges, AFileThatVanishesBeforeItIsReadLeavesNoRecord)
     }
 }
 
-TEST(RootChanges, ARootThatGoesAwayWhileItsFilesAreReadKeepsItsRecords)
+TEST(CollectionLoader, ARootThatGoesAwayWhileItsFilesAreReadKeepsItsRecords)
 {
     LoadedCollection here;
     for (int i = 0; i < 4; ++i)
@@ -208,7 +210,7 @@ TEST(RootChanges, ARootThatGoesAwayWhileItsFilesAreReadKeepsItsRecords)
     }
 }
 
-TEST(RootChanges, SlicesOfChangedFilesKeepANewRootInMind)
+TEST(CollectionLoader, SlicesOfChangedFilesKeepANewRootInMind)
 {
     LoadedCollection here;
     for (int i = 0; i < 3; ++i)
@@ -228,18 +230,18 @@ TEST(RootChanges, SlicesOfChangedFilesKeepANewRootInMind)
         [now = ProgressReporter::Clock::time_point()]() mutable
         { return now += std::chrono::seconds(1); });
     stop = &stopping;
-    Session::LoadOptions scan;
+    LoadOptions scan;
     scan.rescan = true;
     scan.filesInSlice = 1;
-    EXPECT_TRUE(
-        contains(here.messageOf([&] { here.session->load(scan, stopping); }, ExitCode::interrupted),
-                 "files read so far were kept, and the next scan goes on"));
+    EXPECT_TRUE(contains(here.messageOf([&] { loadCollection(*here.session, scan, stopping); },
+                                        ExitCode::interrupted),
+                         "files read so far were kept, and the next scan goes on"));
     EXPECT_TRUE(markOf(here).wasThere());
     here.load();
     EXPECT_EQ(here.stored().size(), 4U);
 }
 
-TEST(RootChanges, WhatCouldNotBeReadIsTold)
+TEST(CollectionLoader, WhatCouldNotBeReadIsTold)
 {
     LoadedCollection here;
     here.addSound("music/1.mp3");

@@ -1,0 +1,442 @@
+#include "core/load/CollectionLoader.h"
+
+#include "core/base/HostError.h"
+#include "core/base/HostFiles.h"
+#include "core/collection/CollectionFiles.h"
+#include "core/collection/PendingTags.h"
+#include "core/load/LossGuard.h"
+#include "core/load/RootPresence.h"
+#include "core/load/Snapshots.h"
+#include "core/load/UnfinishedScan.h"
+#include "core/load/UnreadFiles.h"
+#include "core/roots/RootFolders.h"
+#include "core/roots/StoredRoots.h"
+#include "core/runs/Reorganizer.h"
+#include "core/session/Session.h"
+#include "core/store/HostStore.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace qo::host
+{
+namespace
+{
+/// The kinds of far folders in the store.
+constexpr int mountKind = 0;
+constexpr int linkKind = 1;
+
+HostError saveFailure(const CString& database, const std::string& cause)
+{
+    return {ExitCode::failed,
+            "the collection could not be saved to " + shownPath(database) +
+                ", which is as it was before: " + cause};
+}
+
+/// Without a slice there is nothing to go on from: the folders are as new as they were.
+void endUnlessKept(const UnfinishedScan& mark, const SlicedScan::Report& slices)
+{
+    if (!slices.hasSaved && !mark.wasThere())
+        mark.end();
+}
+
+std::string keptText(const SlicedScan::Report& slices, bool goesOn)
+{
+    if (!slices.hasSaved && !goesOn)
+        return "nothing was kept yet";
+    const std::string count = std::to_string(slices.added + slices.changed);
+    const std::string kept =
+        !slices.hasSaved ? "no more files were read"
+        : goesOn ? count + " more files were kept (" + std::to_string(slices.files) + " in all)"
+                 : "the " + count + " files read so far were kept";
+    return kept + ", and the next scan goes on from there";
+}
+
+bool isBelow(const CString& path, const CStringArray& folders)
+{
+    const std::u16string key = pathKey(path);
+    for (const CString& folder : folders)
+    {
+        if (key.starts_with(pathKey(addBackslash(folder))))
+            return true;
+    }
+    return false;
+}
+} // namespace
+
+CollectionLoader::CollectionLoader(Session& session,
+                                   const LoadOptions& options,
+                                   ProgressReporter& progress)
+    : m_session(session)
+    , m_options(options)
+    , m_progress(progress)
+    , m_database(options.database.IsEmpty() ? Session::databasePath() : options.database)
+    , m_isOwn(options.database.IsEmpty())
+{
+}
+
+LoadReport CollectionLoader::load()
+{
+    try
+    {
+        loadGuarded();
+    }
+    catch (...)
+    {
+        m_session.scanHost().setReadAll(false);
+        KernelThread::rethrowAsHostError(m_database);
+    }
+    m_session.scanHost().setReadAll(false);
+    return m_report;
+}
+
+void CollectionLoader::loadGuarded()
+{
+    RootFolders roots;
+    const std::vector<StoredRoot> unlisted = unlistedRoots(m_database, roots);
+    refuseUnnamedRoots(unlisted, roots);
+    if (m_session.hasLock() && m_isOwn)
+    {
+        settleUnfinishedScan();
+        // Before a record goes its place must be known, however the last command ended.
+        PendingTags::settle(m_session);
+        if (hasUntoldMoves())
+            followMoves();
+    }
+    const CollInfoDbItem info = storedInfo(m_database);
+    m_isFirst = CQoCollDbUtils::IsNullFILETIME(info.scanTime);
+    const UnfinishedScan mark(Session::folder());
+    const bool hasNews = m_options.rescan || hasOtherRoots(roots);
+    const CStringArray fresh = hasNews ? freshRoots(roots, mark) : CStringArray();
+    const CStringArray walked = m_options.rescan ? roots.folders() : fresh;
+    m_report.walked = m_options.rescan || !walked.IsEmpty();
+    const std::vector<RootProblem> givenUp = guardRoots(walked);
+    if (!givenUp.empty() || !unlisted.empty())
+        keepSnapshot();
+    m_session.scanHost().forget();
+    m_session.scanHost().setReadAll(m_options.deep);
+    const auto start = std::chrono::steady_clock::now();
+    if (m_report.walked)
+        scan(roots, walked, fresh, givenUp);
+    else
+        readDatabase(roots.folders(), roots.kinds());
+    m_report.seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    if (hasNews)
+        checkSaved();
+    if (hasNews && m_isOwn)
+    {
+        mark.end();
+        PendingTags::settle(m_session);
+    }
+    forgetRemovedRoots(roots);
+    m_report.files = CQoCollection::m_ownCollection.getFileCount();
+    if (!m_options.rescan && hasUnfinishedScan())
+        m_session.note("the first scan was interrupted: \"qo scan\" goes on with it");
+}
+
+bool CollectionLoader::hasUnfinishedScan()
+{
+    try
+    {
+        return UnfinishedScan(Session::folder()).wasThere();
+    }
+    catch (const HostError&)
+    {
+        return false; // a hint for the user; what writes finds out for itself
+    }
+}
+
+/// Whether the root folders are others than at the last scan.
+bool CollectionLoader::hasOtherRoots(const RootFolders& roots) const
+{
+    const CollInfoDbItem info = storedInfo(m_database);
+    CollPathArray wanted;
+    CQoCollection::validateRootDirs(roots.folders(), wanted);
+    CollPathArray stored;
+    addPaths(stored, info.rootDirs);
+    CollPathArray added;
+    CollPathArray removed;
+    diffPathArrays(wanted, stored, added, removed);
+    return m_isFirst || !added.IsEmpty() || !removed.IsEmpty() || !info.userName.IsEmpty();
+}
+
+/// The root folders of which not all was read and analysed yet.
+CStringArray CollectionLoader::freshRoots(const RootFolders& roots,
+                                          const UnfinishedScan& mark) const
+{
+    CollPathArray wanted;
+    CQoCollection::validateRootDirs(roots.folders(), wanted);
+    CollPathArray known;
+    if (!m_isFirst)
+        addPaths(known, storedInfo(m_database).rootDirs);
+    CollPathArray unfinished;
+    addPaths(unfinished, mark.rootsAtFirst());
+    CStringArray fresh;
+    for (const CQoCollPath& root : wanted)
+    {
+        if (findPath(known, root) < 0 || findPath(unfinished, root) >= 0)
+            fresh.Add(root.toString());
+    }
+    return fresh;
+}
+
+/// Those of the root folders that are away and whose files may leave the collection.
+std::vector<RootProblem> CollectionLoader::guardRoots(const CStringArray& folders) const
+{
+    std::vector<RootProblem> problems = checkRoots(folders, m_database);
+    if (problems.empty() || m_options.allowMissingRoot)
+        return problems;
+    throw HostError(ExitCode::away,
+                    rootSentences(problems, "is away") +
+                        "nothing was changed; with --allow-missing-root a scan takes its files "
+                        "out of the collection");
+}
+
+void CollectionLoader::keepSnapshot() const
+{
+    if (m_isOwn)
+        m_session.note("the collection as it was is kept in " +
+                       shownPath(Snapshots(m_database).take()));
+}
+
+/// Lets the database know where files went when a run was cut short, before anything else looks at
+/// it. With the folders as they are stored nothing leaves.
+void CollectionLoader::followMoves()
+{
+    CStringArray folders;
+    CQoPathsInfoMap kinds;
+    for (const StoredRoot& root : storedRoots(m_database))
+    {
+        folders.Add(root.folder);
+        kinds.SetAt(root.folder, root.kind);
+    }
+    if (folders.IsEmpty())
+        return;
+    m_session.scanHost().forget();
+    readDatabase(folders, kinds);
+    tellUntoldMoves(m_session);
+}
+
+void CollectionLoader::readDatabase(const CStringArray& folders, const CQoPathsInfoMap& kinds)
+{
+    CQoCollection& collection = CQoCollection::m_ownCollection;
+    CQoCollection::OpResultInfo result;
+    const bool isLoaded =
+        collection.load(m_database, u"", folders, kinds, false, &m_progress, &result);
+    if (m_progress.wasStopped())
+        throw HostError(ExitCode::interrupted, interruptedText());
+    if (!isLoaded)
+        throw HostError(ExitCode::failed,
+                        "the collection " + shownPath(m_database) +
+                            " could not be loaded: " + m_session.scanHost().lastFailure());
+    if (!m_session.scanHost().lastFailure().empty())
+        throw saveFailure(m_database, m_session.scanHost().lastFailure());
+    m_report.gone += result.m_deleted;
+}
+
+std::string CollectionLoader::interruptedText() const
+{
+    if (!m_report.walked)
+        return "interrupted; nothing was changed";
+    return m_isFirst ? "interrupted; nothing was kept of this first scan"
+                     : "interrupted; the collection is as it was before this scan";
+}
+
+/// The folders with which a scan begins, so that no record is dropped that belongs to one of the
+/// wanted roots: those that are not fresh; what the database knows below a fresh one; and a fresh
+/// one that lies below what the database knows. Example: /music was scanned and gives way to
+/// /music/in, or the other way round; the records of /music/in stay.
+CStringArray CollectionLoader::rootsBefore(const RootFolders& roots,
+                                           const CStringArray& fresh) const
+{
+    CollPathArray freshPaths;
+    addPaths(freshPaths, fresh);
+    CStringArray known;
+    CStringArray before;
+    for (const StoredRoot& stored : storedRoots(m_database))
+    {
+        known.Add(stored.folder);
+        if (isBelow(addBackslash(stored.folder), fresh))
+            before.Add(stored.folder);
+    }
+    for (const CString& root : roots.folders())
+    {
+        if (findPath(freshPaths, CQoCollPath(root)) < 0 || isBelow(root, known))
+            before.Add(root);
+    }
+    return before;
+}
+
+void CollectionLoader::scan(const RootFolders& roots,
+                            const CStringArray& walked,
+                            const CStringArray& fresh,
+                            const std::vector<RootProblem>& givenUp)
+{
+    CQoCollection& collection = CQoCollection::m_ownCollection;
+    RootLister lister(roots.folders(), m_session.ignoredNames());
+    RootPresence presence(walked, m_database, givenUp);
+    UnreadFiles unread(collection, lister, givenUp);
+    RootWalk walk(walked, lister);
+    readDatabase(rootsBefore(roots, fresh), roots.kinds());
+    collection.addRootDirs(fresh, roots.kinds());
+    m_progress.setStage(IQoProgress::stageScan);
+    const std::vector<FoundFile> found = walk.files(m_progress);
+    QoFileDbItemArray records;
+    collection.copyFiles(records);
+    std::function<bool(const CString&)> isWalked;
+    if (!m_options.rescan)
+        isWalked = [&fresh](const CString& path) { return isBelow(path, fresh); };
+    const std::vector<DiskChange> changes =
+        m_progress.isCanceled()
+            ? std::vector<DiskChange>()
+            : DiskChanges(m_session.scanHost(), unread).between(records, found, isWalked);
+    if (m_progress.isCanceled())
+        throw HostError(ExitCode::interrupted, interruptedText());
+    // Afterwards, since with a folder that goes away all in it seems to have gone.
+    if (!presence.areThere())
+        presence.refuse();
+    guardLosses(LossGuard(records, changes));
+    takeIn(walked, fresh, changes, presence);
+    if (m_isOwn)
+        rememberFarFolders(walked, lister);
+    tell(unread);
+}
+
+void CollectionLoader::guardLosses(const LossGuard& guard) const
+{
+    const std::vector<RootProblem> away =
+        m_options.allowMissingRoot ? std::vector<RootProblem>() : guard.findAway(knownFarFolders());
+    std::string text;
+    for (const RootProblem& problem : away)
+        text += "the folder " + shownPath(problem.folder) + " seems to be away: " + problem.cause +
+                "\n";
+    if (!away.empty())
+        throw HostError(ExitCode::away,
+                        text + "nothing was changed; with --allow-missing-root a scan takes its "
+                               "files out of the collection");
+    if (guard.isGreatLoss())
+        keepSnapshot();
+}
+
+std::vector<FarFolder> CollectionLoader::knownFarFolders() const
+{
+    std::vector<FarFolder> known;
+    for (const StoredFolder& folder : HostStore(Session::folder()).folders())
+        known.push_back({folder.path, folder.device, folder.kind == linkKind});
+    return known;
+}
+
+/// Those of the walked folders are as the walk met them; the others stay as they were.
+void CollectionLoader::rememberFarFolders(const CStringArray& walked,
+                                          const RootLister& lister) const
+{
+    HostStore store(Session::folder());
+    const std::vector<StoredFolder> before = store.folders();
+    std::vector<StoredFolder> folders = before;
+    std::erase_if(folders,
+                  [&walked](const StoredFolder& folder) { return isBelow(folder.path, walked); });
+    for (const FarFolder& folder : lister.farFolders())
+        folders.push_back({folder.path, folder.device, folder.isLink ? linkKind : mountKind});
+    if (folders != before)
+        store.setFolders(folders);
+}
+
+void CollectionLoader::takeIn(const CStringArray& walked,
+                              const CStringArray& fresh,
+                              const std::vector<DiskChange>& changes,
+                              RootPresence& presence)
+{
+    CQoCollection& collection = CQoCollection::m_ownCollection;
+    const UnfinishedScan mark(Session::folder());
+    const bool isMarked = m_isOwn && !fresh.IsEmpty();
+    // Only of fresh folders the next scan knows that names are still to be analysed.
+    const int slice = fresh.IsEmpty() ? static_cast<int>(changes.size()) : m_options.filesInSlice;
+    if (isMarked)
+        mark.begin(fresh);
+    // An interrupted first scan goes on with the next scan, and not with the next start.
+    if (m_isFirst)
+        collection.setScanned();
+    SlicedScan scan(collection, m_session.scanHost(), m_progress, slice, fresh);
+    SlicedScan::End end;
+    end.foldersToAnalyze = walked;
+    end.isWhole = m_options.rescan || m_isFirst;
+    if (isMarked)
+        end.beforeLast = [&] { mark.beginNames(fresh, storedInfo(m_database).modifiedTime); };
+    const SlicedScan::Report slices = scan.read(changes, end);
+    m_report.added = slices.added;
+    m_report.changed = slices.changed;
+    m_report.gone += slices.gone;
+    checkSlices(slices, mark);
+    m_report.vanished = scan.dropVanished([&presence] { return presence.areThere(); });
+    m_report.added = std::max(0, m_report.added - m_report.vanished);
+    if (presence.hasLost())
+        presence.refuse();
+    if (slices.hasMoved && !m_options.isLast)
+    {
+        const RootFolders roots;
+        readDatabase(roots.folders(), roots.kinds());
+    }
+}
+
+void CollectionLoader::checkSlices(const SlicedScan::Report& slices,
+                                   const UnfinishedScan& mark) const
+{
+    if (!slices.isStopped)
+        return;
+    if (m_isOwn)
+        endUnlessKept(mark, slices);
+    const std::string kept = keptText(slices, mark.wasThere());
+    if (!slices.isSaved)
+        throw HostError(ExitCode::failed,
+                        "the collection could not be saved to " + shownPath(m_database) + ": " +
+                            m_session.scanHost().lastFailure() + "; " + kept);
+    throw HostError(ExitCode::interrupted, "interrupted; " + kept);
+}
+
+void CollectionLoader::checkSaved() const
+{
+    if (!CQoCollDbUtils::FILETIMEsAreEqual(storedInfo(m_database).scanTime,
+                                           CQoCollection::m_ownCollection.getCollInfo().scanTime))
+        throw saveFailure(m_database, m_session.scanHost().lastFailure());
+}
+
+void CollectionLoader::settleUnfinishedScan() const
+{
+    try
+    {
+        UnfinishedScan(Session::folder()).settle(storedInfo(m_database).modifiedTime);
+    }
+    catch (const HostError& error)
+    {
+        m_session.note(error.what()); // the next start tries again
+    }
+}
+
+void CollectionLoader::tell(const UnreadFiles& unread) const
+{
+    for (const std::string& sentence : unread.sentences())
+        m_session.note(sentence);
+    for (const std::string& sentence : m_session.scanHost().fileRemarks())
+        m_session.note(sentence);
+    if (m_report.vanished == 1)
+        m_session.note("a file vanished before it could be read");
+    else if (m_report.vanished > 1)
+        m_session.note(std::to_string(m_report.vanished) +
+                       " files vanished before they could be read");
+}
+
+/// Their files have left the collection.
+void CollectionLoader::forgetRemovedRoots(RootFolders& roots) const
+{
+    if (!roots.hasRemoved() || !m_isOwn)
+        return;
+    roots.forgetRemoved();
+    roots.store();
+}
+
+LoadReport loadCollection(Session& session, const LoadOptions& options, ProgressReporter& progress)
+{
+    return CollectionLoader(session, options, progress).load();
+}
+} // namespace qo::host

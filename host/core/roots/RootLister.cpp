@@ -1,0 +1,145 @@
+#include "core/roots/RootLister.h"
+
+#include "core/base/HostFiles.h"
+#include "core/base/SystemPath.h"
+
+#include <algorithm>
+
+namespace qo::host
+{
+namespace
+{
+constexpr std::size_t largestRules = std::size_t(1) << 20;
+
+/// A file that waits for its place in the middle of a run of moves: it has a record, and stays in
+/// the collection although its name is a hidden one.
+bool isWaiting(const CString& name)
+{
+    return name.view().starts_with(u".qo-");
+}
+} // namespace
+
+RootLister::RootLister(const CStringArray& roots, const CString& ignoredNames)
+    : m_rules(ignoredNames)
+{
+    for (const CString& root : roots)
+    {
+        const CString real = CQoUtils::getRealPath(CQoCollPath(root));
+        FileInfo info;
+        if (real.IsEmpty() || fileSystem().info(real, Spelling::exact, info) != 0)
+            continue;
+        m_rootFolders.emplace(info.device, info.inode);
+        const std::string resolved = resolvedPath(toSystemPath(real));
+        m_roots.push_back(addBackslash(resolved.empty() ? real : fromSystemPath(resolved)));
+    }
+}
+
+void RootLister::readRules(const CString& folder)
+{
+    if (!m_readFolders.insert(addBackslash(folder)).second)
+        return;
+    std::string content;
+    if (readFile(addBackslash(folder) + IgnoreRules::fileName, largestRules, content) == 0)
+        m_rules.setFile(folder, content);
+}
+
+void RootLister::readRulesAbove(const CString& folder)
+{
+    const CString place = addBackslash(folder);
+    for (const CString& root : m_roots)
+    {
+        if (!place.view().starts_with(root.view()))
+            continue;
+        for (int end = root.GetLength(); end > 0; end = place.Find(u'\\', end) + 1)
+            readRules(place.Left(end - 1));
+    }
+}
+
+bool RootLister::leadsIntoRoot(const CString& link) const
+{
+    const std::string resolved = resolvedPath(toSystemPath(link));
+    const CString target = addBackslash(fromSystemPath(resolved));
+    return std::any_of(m_roots.begin(),
+                       m_roots.end(),
+                       [&](const CString& root) { return target.view().starts_with(root.view()); });
+}
+
+void RootLister::noteFarFolders(const CString& folder, const std::vector<DirEntry>& entries)
+{
+    FileInfo here;
+    bool isKnown = false;
+    for (const DirEntry& entry : entries)
+    {
+        if (entry.info.kind != FileKind::directory)
+            continue;
+        if (!isKnown && fileSystem().info(folder, Spelling::exact, here) != 0)
+            return;
+        isKnown = true;
+        if (entry.info.isLink || entry.info.device != here.device)
+            m_farFolders.push_back(
+                {addBackslash(folder) + entry.name, entry.info.device, entry.info.isLink});
+    }
+}
+
+int RootLister::list(const CString& folder, std::vector<DirEntry>& entries)
+{
+    const int error = fileSystem().list(folder, entries);
+    if (error != 0)
+        m_errors.insert_or_assign(folder, error);
+    const auto isRules = [](const DirEntry& entry) { return entry.name == IgnoreRules::fileName; };
+    if (std::any_of(entries.begin(), entries.end(), isRules))
+        readRules(folder);
+    std::erase_if(entries,
+                  [&](const DirEntry& entry)
+                  {
+                      const bool isFolder = entry.info.kind == FileKind::directory;
+                      if (!isWaiting(entry.name) && m_rules.isLeftOut(folder, entry.name, isFolder))
+                          return true;
+                      return entry.info.isLink && entry.info.kind != FileKind::other &&
+                             leadsIntoRoot(addBackslash(folder) + entry.name);
+                  });
+    noteFarFolders(folder, entries);
+    return error;
+}
+
+void RootLister::forEachFile(
+    const CString& folder,
+    const std::function<bool(const CString& path, const FileInfo& info)>& visit)
+{
+    readRulesAbove(folder);
+    QoKernel::CFileFilter filter;
+    filter.m_flags = QoKernel::CFileFilter::testType;
+    filter.m_typeMask = QoKernel::CFileFilter::plainFiles;
+    QoKernel::CFileFinder finder;
+    for (bool any = finder.findFirst({folder, true, this, &m_rootFolders}, filter); any;
+         any = finder.findNext())
+    {
+        if (!visit(finder.getFilePath(), finder.getFileInfo()))
+            return;
+    }
+}
+
+bool RootLister::isPassedOver(const CString& file)
+{
+    readRulesAbove(CQoCollPath(file).getParent().toString());
+    const auto root = std::find_if(m_roots.begin(),
+                                   m_roots.end(),
+                                   [&file](const CString& folder)
+                                   { return file.view().starts_with(folder.view()); });
+    if (root == m_roots.end())
+        return false;
+    for (int start = root->GetLength(); start < file.GetLength();)
+    {
+        const int backslash = file.Find(u'\\', start);
+        const bool isFolder = backslash >= 0;
+        const int end = isFolder ? backslash : file.GetLength();
+        const CString path = file.Left(end);
+        const CString name = file.Mid(start, end - start);
+        if ((!isWaiting(name) && m_rules.isLeftOut(file.Left(start - 1), name, isFolder)) ||
+            (fileSystem().isLink(path) && leadsIntoRoot(path)))
+            return true;
+        start = end + 1;
+    }
+    return false;
+}
+} // namespace qo::host

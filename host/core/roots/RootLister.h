@@ -1,0 +1,61 @@
+#pragma once
+
+#include "core/roots/IgnoreRules.h"
+
+#include <QoKernel/Collection.h>
+
+#include <functional>
+#include <map>
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace qo::host
+{
+/// A folder below a root folder whose files lie on another disk, or elsewhere on this one.
+struct FarFolder
+{
+    CString path; ///< in collection form
+    std::uint64_t device = 0;
+    bool isLink = false; ///< else the place where a disk is mounted
+};
+
+/// What every walk of ours through root folders sees of them: not what IgnoreRules leave out, and
+/// no link to what lies in a root folder anyway, which has
+/// its own path there. Takes note of folders that cannot be listed and of other disks. For one
+/// thread.
+class RootLister final : public IFolderLister
+{
+public:
+    /// All root folders of the collection, whether they are walked or not, and the names that
+    /// IgnoreRules take.
+    RootLister(const CStringArray& roots, const CString& ignoredNames);
+
+    int list(const CString& folder, std::vector<DirEntry>& entries) override;
+
+    /// Calls for each regular file in the folder and below, in the order of a scan, until it
+    /// answers false. Of a folder below a root folder, the rules of the folders above hold as well.
+    void forEachFile(const CString& folder,
+                     const std::function<bool(const CString& path, const FileInfo& info)>& visit);
+    /// Whether a scan passes over the file, be it for its own name, that of a folder above, or
+    /// since a link on the way leads back into a root folder.
+    bool isPassedOver(const CString& file);
+
+    /// Error numbers by folder.
+    const std::map<CString, int>& errors() const { return m_errors; }
+    const std::vector<FarFolder>& farFolders() const { return m_farFolders; }
+
+private:
+    void readRules(const CString& folder);
+    void readRulesAbove(const CString& folder);
+    void noteFarFolders(const CString& folder, const std::vector<DirEntry>& entries);
+    bool leadsIntoRoot(const CString& link) const;
+
+    std::vector<CString> m_roots; ///< as they are on the disk, with closing backslashes
+    std::set<std::pair<std::uint64_t, std::uint64_t>> m_rootFolders; ///< device and inode
+    IgnoreRules m_rules;
+    std::set<CString> m_readFolders; ///< whose rules are known
+    std::map<CString, int> m_errors;
+    std::vector<FarFolder> m_farFolders;
+};
+} // namespace qo::host

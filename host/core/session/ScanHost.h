@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QoKernel/Collection.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace qo::host
+{
+/// This host's end of the kernel's door: says which known files are read again, and keeps what the
+/// kernel could not do, for whoever has to explain it. On the kernel's thread.
+class ScanHost final : public IQoScanHost
+{
+public:
+    /// Whether known files are read whatever their size and time.
+    void setReadAll(bool readAll) { m_readAll = readAll; }
+
+    bool walksItself() override { return true; }
+    /// True for a file of another size or another write time, be it an older one.
+    bool mustRead(const QoFileDbItem& record, const FileInfo& seen) override;
+    void failed(ETrouble trouble, const CString& path, const CString& cause) override;
+
+    /// What follows is about the time since forget().
+    void forget();
+    /// Why the collection could not be loaded or saved last, as a clause; empty when it could.
+    const std::string& lastFailure() const { return m_lastFailure; }
+    /// Files that were to be read and could not.
+    const CStringArray& unreadFiles() const { return m_unread; }
+    /// Of those, what is no longer a trouble since its record has gone.
+    void forgetFile(const CString& path);
+    /// A sentence for each way in which files could not be taken in, or not with their tags.
+    std::vector<std::string> fileRemarks() const;
+
+private:
+    bool m_readAll = false;
+    std::string m_lastFailure;
+    CStringArray m_unread;
+    CStringArray m_twins;
+};
+} // namespace qo::host

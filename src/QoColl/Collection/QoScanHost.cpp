@@ -1,0 +1,25 @@
+#include "QoColl/Collection/QoScanHost.h"
+
+#include "platform/Platform.h"
+
+int IQoScanHost::list(const CString& folder, std::vector<qo::DirEntry>& entries)
+{
+    return qo::fileSystem().list(folder, entries);
+}
+
+bool IQoScanHost::walksItself()
+{
+    return false;
+}
+
+bool IQoScanHost::isGone(const QoFileDbItem&)
+{
+    return true;
+}
+
+bool IQoScanHost::mustRead(const QoFileDbItem&, const qo::FileInfo&)
+{
+    return false;
+}
+
+void IQoScanHost::failed(ETrouble, const CString&, const CString&) {}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "QoColl/Db/Forward.h"
+#include "platform/FolderLister.h"
+
+/// What a host decides while a collection looks at its files, and what it hears of. One object,
+/// handed over with CQoCollection::setScanHost(), is the only way in which a host changes what a
+/// load or a change of files does. The calls come on the thread that called the collection, in the
+/// middle of its work: they must not call the collection.
+class QO_API IQoScanHost : public qo::IFolderLister
+{
+public:
+    enum class ETrouble : std::uint8_t
+    {
+        load,    ///< the collection could not be loaded; the path is that of the database
+        save,    ///< nor saved
+        readTag, ///< the file is in the collection, without tags
+        absent,  ///< the file's attributes cannot be had; its record stays as it is
+        twin     ///< another file has that name but for its case; this one is left out
+    };
+
+    /// Entries of a folder that a load walks. This one asks the file system.
+    int list(const CString& folder, std::vector<qo::DirEntry>& entries) override;
+    /// Whether the host looks through the root folders itself, by
+    /// CQoCollection::applyQoFileChanges(): a load then walks none, be they others than stored or
+    /// never scanned, and only drops the records that lie below none of them. This one says no.
+    virtual bool walksItself();
+    /// Whether the record of a file that a walk did not meet leaves the collection. This one says
+    /// yes. Example: a folder that could not be read hides its files, which are not gone.
+    virtual bool isGone(const QoFileDbItem& record);
+    /// Whether a known file is read although its write time is not newer than the stored one, which
+    /// is all that the collection itself goes by. This one says no.
+    virtual bool mustRead(const QoFileDbItem& record, const qo::FileInfo& seen);
+    /// The cause is a text without a closing stop, such as "Permission denied".
+    virtual void failed(ETrouble trouble, const CString& path, const CString& cause);
+};
