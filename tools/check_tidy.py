@@ -3,13 +3,16 @@
 
 usage: check_tidy.py [--all] [--seconds N] [FILE...]
 Changed is what differs from the merge base with the upstream branch; where there is none, or it is at
-HEAD, what the last commit brought. Files with the most changed lines come first; after N seconds (300)
-no further one is begun, and the last line tells how many were left. Exits with 1 if there is a finding.
+HEAD, what the last commit brought. Findings count in the lines that changed, so that nobody has to
+mend a file for a word in it; with --all or a FILE they count everywhere. Files with the most changed
+lines come first; after N seconds (300) no further one is begun, and the last line tells how many were
+left. Exits with 1 if there is a finding.
 """
 import argparse
 import concurrent.futures
 import json
 import os
+import re
 import subprocess
 import sys
 import time
@@ -26,28 +29,31 @@ def git(*words):
 
 
 def changed_lines():
-    """Paths and how many of their lines have changed."""
+    """For each path the ranges of lines that have changed."""
     head = git("rev-parse", "HEAD")
     base = git("merge-base", "HEAD", "@{upstream}")
     if base is None or base == head:
         base = git("rev-parse", "--verify", "HEAD~1")
     # A lone commit, or the last one of a shallow clone, has brought all files.
-    words = ("diff", "--numstat", "--no-renames", base) if base else ("show", "--numstat", "--no-renames", "--format=", "--root", "HEAD")
-    for line in (git(*words) or "").splitlines():
-        added, removed, path = line.split("\t")
-        if added != "-":
-            yield path, int(added) + int(removed)
-
-
-def all_files():
-    return [(path, 0) for path in (git("ls-files", *FOLDERS) or "").splitlines()]
+    how = ("-U0", "--no-renames", "--no-color", "--diff-filter=d")
+    words = ("diff", *how, base) if base else ("show", "--format=", *how, "HEAD")
+    files, path = {}, None
+    for line in (git(*words, "--", *FOLDERS) or "").splitlines():
+        hunk = re.match(r"@@ -\S+ \+(\d+)(?:,(\d+))? @@", line)
+        if line.startswith("+++ b/"):
+            path = line[len("+++ b/"):]
+            files[path] = []
+        elif hunk and hunk.group(2) != "0":
+            first = int(hunk.group(1))
+            files[path].append([first, first + int(hunk.group(2) or 1) - 1])
+    return {path: lines for path, lines in files.items() if lines}
 
 
 def units(files):
     """What is to be compiled: sources, and headers that have no source of their name."""
     found = []
-    for path, lines in sorted(files, key=lambda each: -each[1]):
-        if not path.startswith(FOLDERS) or not path.endswith((".h", ".cpp")) or not os.path.isfile(os.path.join(TOP, path)):
+    for path in sorted(files, key=lambda path: -sum(last - first + 1 for first, last in files[path])):
+        if not path.endswith((".h", ".cpp")):
             continue
         source = path[:-2] + ".cpp" if path.endswith(".h") else path
         unit = source if os.path.isfile(os.path.join(TOP, source)) else path
@@ -56,11 +62,10 @@ def units(files):
     return found
 
 
-def check(unit, names, deadline):
+def check(unit, files, deadline):
     if time.monotonic() > deadline:
         return unit, None, ""
-    # Findings count in the files that changed, not in every header that these include.
-    only = json.dumps([{"name": name} for name in names])
+    only = json.dumps([{"name": path, "lines": lines} if lines else {"name": path} for path, lines in files.items()])
     done = subprocess.run([*TIDY, f"--line-filter={only}", os.path.join(TOP, unit)], capture_output=True, text=True)
     return unit, done.returncode, done.stdout + (done.stderr if done.returncode != 0 else "")
 
@@ -73,13 +78,14 @@ def main():
     options = parser.parse_args()
     for command in (["cmake", "--preset", "plain"], ["cmake", "--build", BUILD, "--target", "qo_char_tables"]):
         subprocess.run(command, cwd=TOP, check=True, stdout=subprocess.DEVNULL)
-    files = [(path, 0) for path in options.files] or (all_files() if options.all else list(changed_lines()))
-    names = [path for path, lines in files]
+    if options.all:
+        options.files = (git("ls-files", *FOLDERS) or "").splitlines()
+    files = {path: [] for path in options.files} or changed_lines()
     todo = units(files)
     deadline = time.monotonic() + options.seconds
     failed = left = 0
     with concurrent.futures.ThreadPoolExecutor(2) as pool:
-        for unit, code, words in pool.map(lambda unit: check(unit, names, deadline), todo):
+        for unit, code, words in pool.map(lambda unit: check(unit, files, deadline), todo):
             left += code is None
             if code:
                 failed += 1

@@ -101,7 +101,7 @@ private:
             {
                 T& old = from[forward ? i : number - 1 - i];
                 new (to + (&old - from)) T(std::move(old));
-                old.~T();
+                old.~T(); // NOLINT(bugprone-use-after-move): what was moved from still ends
             }
         }
     }

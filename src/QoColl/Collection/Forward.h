@@ -6,7 +6,6 @@
 
 #include <vector>
 
-class CFileFilter;
 class CHDDirectory;
 class CHDFile;
 class CHDObject;
