@@ -275,6 +275,8 @@ void CollectionLoader::scan(const RootFolders& roots,
 {
     CQoCollection& collection = CQoCollection::m_ownCollection;
     RootLister lister(roots.folders(), m_session.ignoredNames());
+    if (m_isOwn && m_session.hasLock())
+        lister.clearOnTheWay();
     RootPresence presence(walked, m_database, givenUp);
     UnreadFiles unread(collection, lister, givenUp);
     RootWalk walk(walked, lister);

@@ -3,6 +3,8 @@
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
 
+#include <QoKernel/Inside.h>
+
 #include <algorithm>
 
 namespace qo::host
@@ -83,6 +85,8 @@ void RootLister::noteFarFolders(const CString& folder, const std::vector<DirEntr
 
 int RootLister::list(const CString& folder, std::vector<DirEntry>& entries)
 {
+    if (m_clears)
+        clearTemporaries(folder);
     const int error = fileSystem().list(folder, entries);
     if (error != 0)
         m_errors.insert_or_assign(folder, error);

@@ -31,6 +31,10 @@ public:
     /// IgnoreRules take.
     RootLister(const CStringArray& roots, const CString& ignoredNames);
 
+    /// Lets the walk remove what writers that were killed left behind; for who may change
+    /// something.
+    void clearOnTheWay() { m_clears = true; }
+
     int list(const CString& folder, std::vector<DirEntry>& entries) override;
 
     /// Calls for each regular file in the folder and below, in the order of a scan, until it
@@ -54,6 +58,7 @@ private:
     std::vector<CString> m_roots; ///< as they are on the disk, with closing backslashes
     std::set<std::pair<std::uint64_t, std::uint64_t>> m_rootFolders; ///< device and inode
     IgnoreRules m_rules;
+    bool m_clears = false;
     std::set<CString> m_readFolders; ///< whose rules are known
     std::map<CString, int> m_errors;
     std::vector<FarFolder> m_farFolders;

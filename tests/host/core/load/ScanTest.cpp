@@ -1,9 +1,14 @@
 #include "core/load/RootPresence.h"
 #include "host/core/LoadedCollection.h"
+#include "platform/TemporaryNames.h"
 #include "support/Contains.h"
 #include "support/OrdinaryUser.h"
 
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <sstream>
 
 using namespace qo::host;
 namespace fs = std::filesystem;
@@ -145,4 +150,29 @@ TEST(Scan, DeepReadsEveryFileAndAnInterruptionCostsNoWriteTime)
     plain.rescan = true;
     EXPECT_EQ(
         here.run([&] { return loadCollection(*here.session, plain, *here.progress); }).changed, 0);
+}
+
+TEST(Scan, RemovesTheCopyOfAWriterThatWasKilledAndTakesNoneIn)
+{
+    LoadedCollection here;
+    here.addSound("music/a/1.mp3");
+    const pid_t dead = ::fork();
+    if (dead == 0)
+        ::_exit(0);
+    ASSERT_EQ(::waitpid(dead, nullptr, 0), dead);
+    // ".qo-tmp-MACHINE-PROCESS-XXXXXX"
+    const std::string own =
+        fs::path(qo::temporaryBeside(here.dir.path("music/a/1.mp3"))).filename();
+    const std::size_t process = own.find('-', std::string(".qo-tmp-").size()) + 1;
+    std::ostringstream number;
+    number << std::hex << dead;
+    const std::string working = "music/a/" + own.substr(0, own.size() - 6) + "abcdef";
+    const std::string left = "music/a/" + own.substr(0, process) + number.str() + "-abcdef";
+    here.addSound(working);
+    here.addSound(left);
+    ASSERT_TRUE(qo::isTemporaryName(fs::path(left).filename().string()));
+    here.load();
+    EXPECT_EQ(here.stored().size(), 1U);
+    EXPECT_FALSE(fs::exists(here.dir.path(left)));
+    EXPECT_TRUE(fs::exists(here.dir.path(working)));
 }
