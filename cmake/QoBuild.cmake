@@ -34,7 +34,7 @@ function(qo_layer NAME)
 endfunction()
 
 # qo_test(FOLDER [library...]): one binary from tests/FOLDER and the folders in it, each of its tests known to
-# CTest as "FOLDER/Suite.Name". All share the precompiled header of the first, test_types.
+# CTest as "FOLDER/Suite.Name".
 function(qo_test FOLDER)
   string(REPLACE "/" "_" name test_${FOLDER})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${FOLDER}/*Test.cpp
@@ -44,8 +44,5 @@ function(qo_test FOLDER)
   endif()
   add_executable(${name} ${sources})
   target_link_libraries(${name} PRIVATE ${ARGN} qo_test_support)
-  if(NOT name STREQUAL test_types)
-    target_precompile_headers(${name} REUSE_FROM test_types)
-  endif()
   gtest_discover_tests(${name} TEST_PREFIX "${FOLDER}/" DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()

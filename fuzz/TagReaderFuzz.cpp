@@ -32,6 +32,7 @@ public:
     }
     bool seekToEnd() override { return seek(m_size); }
     std::int64_t position() const override { return m_position; }
+    std::int64_t sizeAtOpen() const override { return m_size; }
     int error() const override { return 0; }
 
 private:

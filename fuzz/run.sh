@@ -8,7 +8,7 @@ seconds=${1:-60}
 
 tools/packages.sh build fuzz >&2
 cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz --parallel 2
+cmake --build --preset fuzz --parallel 2 --target fuzz_targets
 mkdir -p build/fuzz/found
 
 # One target, quietly unless it breaks.

@@ -4,7 +4,7 @@
 
 namespace qo::host
 {
-/// An object keeps the order in which its values were set. This header alone names the library: it
-/// takes more than a second to read and is compiled once for all sources.
+/// An object keeps the order in which its values were set. This header alone names the library,
+/// which takes more than a second to read.
 using Json = nlohmann::ordered_json;
 } // namespace qo::host
