@@ -132,6 +132,9 @@ public:
                             const void* data,
                             std::size_t size,
                             Durability durability = Durability::durable) = 0;
+    /// Whether this user may change the content of the file, or give and take names in the folder:
+    /// EACCES, EROFS and the like if not.
+    virtual int mayChange(const CString& path) = 0;
     /// Gives the owner permission to write; changes nothing else.
     virtual int makeWritable(const CString& path) = 0;
 

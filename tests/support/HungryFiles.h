@@ -48,6 +48,7 @@ public:
     {
         return m_real.replaceFile(path, data, size, durability);
     }
+    int mayChange(const CString& path) override { return m_real.mayChange(path); }
     int makeWritable(const CString& path) override { return m_real.makeWritable(path); }
     bool isLink(const CString& path) override { return m_real.isLink(path); }
 

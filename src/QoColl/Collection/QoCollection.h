@@ -8,6 +8,8 @@
 #include "common/PathsInfoMap.h"
 #include "common/PtrListT.h"
 
+#include <functional>
+
 class CQoCollDb;
 class IQoProgress;
 
@@ -82,6 +84,14 @@ public:
               bool rescan,
               IQoProgress* progress,
               OpResultInfo* result);
+    /// Reads the collection as its database has it at one moment. Its root folders are those of the
+    /// last scan and `moreRootDirs`, below which a scan that goes on may have stored files already.
+    /// Walks nothing and saves nothing, so it can stand beside another process that writes. False
+    /// as above.
+    bool loadStored(const CString& dbPath,
+                    const CString& collId,
+                    const CStringArray& moreRootDirs,
+                    IQoProgress* progress);
 
     /// Applies changes of the host in the order of the list and saves them in one transaction. Only
     /// the collection and its database change: the host has moved files before, and on the disk
@@ -167,6 +177,13 @@ protected:
                     bool rescan,
                     IQoProgress* progress,
                     OpResultInfo* result);
+    /// Empties the collection, lets `read` fill it and ends what that throws.
+    bool runLoad(const CString& dbPath,
+                 const CString& collId,
+                 IQoProgress* progress,
+                 OpResultInfo* result,
+                 const std::function<bool()>& read);
+    bool readStored(const CStringArray& moreRootDirs, IQoProgress* progress);
     /// Takes root folders and user into m_collInfo; true if these, or a missing scan time, ask for
     /// a walk. forRescan only words the log line.
     bool checkUpdateCollInfo(const qo::CollPathArray& rootDirs, bool forRescan);

@@ -1,6 +1,7 @@
 #include "Physical/HDDirectory.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoScanHost.h"
+#include "QoColl/Db/DbTransaction.h"
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
@@ -12,6 +13,7 @@
 #include "types/CharClass.h"
 #include "types/Utf.h"
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 
@@ -35,6 +37,28 @@ bool CQoCollection::load(const CString& dbPath,
                          IQoProgress* progress,
                          OpResultInfo* result)
 {
+    return runLoad(dbPath,
+                   collId,
+                   progress,
+                   result,
+                   [&] { return loadFromDb(rootDirs, pathsInfo, rescan, progress, result); });
+}
+
+bool CQoCollection::loadStored(const CString& dbPath,
+                               const CString& collId,
+                               const CStringArray& moreRootDirs,
+                               IQoProgress* progress)
+{
+    return runLoad(
+        dbPath, collId, progress, nullptr, [&] { return readStored(moreRootDirs, progress); });
+}
+
+bool CQoCollection::runLoad(const CString& dbPath,
+                            const CString& collId,
+                            IQoProgress* progress,
+                            OpResultInfo* result,
+                            const std::function<bool()>& read)
+{
     log(level::timing, u"PROFILE CQoCollection::load() - BEGIN");
     const std::uint32_t start = qo::systemClock().tickCount();
     bool success = false;
@@ -49,7 +73,7 @@ bool CQoCollection::load(const CString& dbPath,
             m_collInfo = {};
         m_dbPath = dbPath;
         m_collId = collId;
-        success = loadFromDb(rootDirs, pathsInfo, rescan, progress, result);
+        success = read();
     }
     catch (CQoException* caught)
     {
@@ -130,6 +154,32 @@ bool CQoCollection::loadFromDb(const CStringArray& rootDirs,
     if (!progress->isCanceled())
         saveDbChanges(db, progress, result);
     log(level::flow, u"CQoCollection::load : load coll succeeded");
+    return true;
+}
+
+bool CQoCollection::readStored(const CStringArray& moreRootDirs, IQoProgress* progress)
+{
+    CQoCollDb db(m_dbPath);
+    progress->setStage(IQoProgress::stageReadDb);
+    {
+        // Files and collection as they were at one moment, whatever others save meanwhile.
+        const qo::DbTransaction moment(db, eSQLiteTransactionType::deferred);
+        db.getAllFiles(m_fileDbItems, false, m_collId, true);
+        (void)db.getCollInfo(m_collId, m_collInfo);
+    }
+    buildFileDbItemsMaps();
+    CQoPathsInfoMap kinds;
+    const int known = std::min(m_collInfo.rootDirs.GetSize(), m_collInfo.rootDirTypes.GetSize());
+    for (int i = 0; i < known; ++i)
+        kinds.SetAt(m_collInfo.rootDirs[i],
+                    static_cast<CQoPathInfo::EType>(m_collInfo.rootDirTypes[i]));
+    qo::CollPathArray roots;
+    qo::addPaths(roots, m_collInfo.rootDirs);
+    qo::addPaths(roots, moreRootDirs);
+    qo::CollPathArray valid;
+    validateRootDirs(roots, valid);
+    addRootDirs(valid, kinds);
+    createColl(m_fileDbItems, qo::CollPathArray(), progress);
     return true;
 }
 

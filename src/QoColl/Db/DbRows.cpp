@@ -6,12 +6,17 @@
 #include <limits>
 #include <memory>
 
+bool qo::isRowId(std::int64_t id) noexcept
+{
+    return id >= 1 && id <= std::numeric_limits<int>::max();
+}
+
 // Ids are checked where they are read, so no record ever has one that does not name its row.
 
 int qo::rowIdField(const CSQLiteQueryResult& row, int column)
 {
     const std::int64_t id = row.GetInt64Field(column);
-    if (id >= 1 && id <= std::numeric_limits<int>::max())
+    if (isRowId(id))
         return static_cast<int>(id);
     CString text;
     text.Format(u"Row id out of range: %I64d", id);

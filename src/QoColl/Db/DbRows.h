@@ -6,10 +6,13 @@
 #include <boost/make_shared.hpp>
 #include <boost/smart_ptr/shared_ptr.hpp>
 
+#include <cstdint>
 #include <new>
 
 namespace qo
 {
+/// Whether a record can hold that row id.
+bool isRowId(std::int64_t id) noexcept;
 /// The row id in a column. Records keep ids in an int; an id outside of 1 to 2147483647, which can
 /// only come from another program, throws CSQLiteException*: cut to an int it would name another
 /// row.

@@ -94,31 +94,44 @@ CString selectFiles(const char16_t* extraColumn, const char16_t* condition)
     return selectColumns() + extraColumn + u"FROM   FILE_T " + condition;
 }
 
-CString insertFileText()
+CString insertFileText(bool withNames)
 {
-    // Without column names: compiling these too would take longer than storing the row.
+    CString names;
     CString sql;
-    forEachTableColumn([&sql](const char16_t*, int parameter)
-                       { sql.AppendFormat(sql.IsEmpty() ? u"?%d" : u",?%d", parameter); });
-    return u"INSERT INTO FILE_T VALUES (" + sql + u")";
+    forEachTableColumn(
+        [&](const char16_t* name, int parameter)
+        {
+            names += (names.IsEmpty() ? CString() : CString(u",")) + name;
+            sql.AppendFormat(sql.IsEmpty() ? u"?%d" : u",?%d", parameter);
+        });
+    // Compiling the names as well takes longer than storing the row.
+    return u"INSERT INTO FILE_T " + (withNames ? u"(" + names + u") " : CString()) + u"VALUES (" +
+           sql + u")";
 }
 
-void checkFileColumns(const CSQLiteDB& db)
+bool hasOtherFileColumns(const CSQLiteDB& db)
 {
-    static const CString expected = []
+    CString found;
     {
-        CString names;
-        forEachTableColumn([&names](const char16_t* name, int) { names += CString(name) + u' '; });
-        return names;
-    }();
-    CSQLiteStatement statement = db.CompileStatement(u"PRAGMA table_info(FILE_T)");
-    CString names;
-    for (CSQLiteQueryResult row = statement.ExecuteQuery(); !row.Eof(); row.NextRow())
-        names += CString(row.textView(1)) + u' ';
-    if (names.IsEmpty() || names == expected)
-        return;
+        CSQLiteStatement statement = db.CompileStatement(u"PRAGMA table_info(FILE_T)");
+        for (CSQLiteQueryResult row = statement.ExecuteQuery(); !row.Eof(); row.NextRow())
+            found += u" " + CString(row.textView(1)) + u" ";
+    }
+    CString expected;
+    bool isComplete = true;
+    forEachTableColumn(
+        [&](const char16_t* name, int)
+        {
+            const CString padded = u" " + CString(name) + u" ";
+            expected += padded;
+            isComplete = isComplete && found.Find(padded) >= 0;
+        });
+    if (found == expected || found.IsEmpty())
+        return false;
+    if (isComplete)
+        return true;
     qo::throwDatabaseError(u"FILE_T of " + db.path() +
-                           u" has other columns than its version says: " + names);
+                           u" has other columns than its version says:" + found);
 }
 
 /// Lyrics are written only when they were loaded, or an update would delete them.

@@ -18,13 +18,13 @@ constexpr int bindFileLyrics = 2;
 
 /// "SELECT <columns> <extra>FROM   FILE_T <condition>".
 CString selectFiles(const char16_t* extraColumn, const char16_t* condition);
-/// The statement that inserts a record. The collection id is its parameter fileCollIdParameter. It
-/// names no columns, so it needs the order that checkFileColumns() checks.
-CString insertFileText();
+/// The collection id is its parameter fileCollIdParameter. Without the names of the columns it is
+/// for a table of which hasOtherFileColumns() is false.
+CString insertFileText(bool withNames);
 constexpr int fileCollIdParameter = 99;
-/// Throws CSQLiteException* if the table does not have exactly the columns of this version, in
-/// their order. A missing table is not reported here.
-void checkFileColumns(const CSQLiteDB& db);
+/// Whether the table has more columns than those of this version, or has them in another order.
+/// Throws CSQLiteException* if it lacks one. A missing table is left for the statement to find.
+bool hasOtherFileColumns(const CSQLiteDB& db);
 CString updateFileText(bool withLyrics);
 
 /// Sets the parameters of such a statement from a record.

@@ -9,7 +9,8 @@
 /// The collection database: files, sessions, playlists, collections, streams, shares and inplace
 /// files (docs/database.md describes the tables). An object lives for one operation, on one thread,
 /// and keeps the connection open. Failures are thrown as CSQLiteException*, which the catcher
-/// deletes, unless stated otherwise; a stored id outside of 1 to 2147483647 is such a failure.
+/// deletes, unless stated otherwise; a stored id outside of 1 to 2147483647 is such a failure, but lists of
+/// files leave such a row out with a line in the log.
 /// Functions that fill an array empty it first. Waiting for another process takes up to a minute.
 ///
 ///   CQoCollDb db(path);
@@ -66,8 +67,7 @@ public:
     void getAllFiles(QoFileDbItemArray& items, bool withLyrics, const CString& collId, bool filter);
     /// Whether the user's own collection has any file.
     bool hasOwnCollFiles() const;
-    /// An id of 0 becomes that of the new row. Throws if FILE_T has other columns than this
-    /// version.
+    /// An id of 0 becomes that of the new row. Throws if FILE_T lacks a column.
     void insertFile(QoFileDbItemPtr& item, const CString& collId);
     /// Writes the whole record except its collection; the lyrics only if lyricsLoaded is set.
     void updateFile(QoFileDbItemPtr& item);
@@ -184,4 +184,5 @@ private:
     CString m_version;                       ///< as checkVersion() has read it
     bool m_unreadable = false;               ///< the file turned out not to be a database
     bool m_isTableChecked = false;
+    bool m_hasOtherColumns = false; ///< FILE_T has columns that this version does not know
 };

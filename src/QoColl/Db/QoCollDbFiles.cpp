@@ -75,6 +75,14 @@ try
     RowCollector rows;
     for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
     {
+        if (!qo::isRowId(result.GetInt64Field(0)))
+        {
+            // One row that no record can hold does not keep the others from being read.
+            qo::log(qo::level::error,
+                    u"CQoCollDb: a row of FILE_T is left out: its id is %I64d",
+                    result.GetInt64Field(0));
+            continue;
+        }
         QoFileDbItemPtr item = qo::newRow<QoFileDbItem>(complaint);
         if (!item)
             break;
@@ -180,12 +188,13 @@ bool CQoCollDb::hasOwnCollFiles() const
 
 void CQoCollDb::insertFile(QoFileDbItemPtr& item, const CString& collId)
 {
-    static const CString sql = qo::insertFileText();
+    static const CString sql = qo::insertFileText(false);
+    static const CString sqlWithNames = qo::insertFileText(true);
     if (!m_isTableChecked)
-        qo::checkFileColumns(m_db);
+        m_hasOtherColumns = qo::hasOtherFileColumns(m_db);
     m_isTableChecked = true;
     {
-        CSQLiteStatement statement = m_db.CompileStatement(sql);
+        CSQLiteStatement statement = m_db.CompileStatement(m_hasOtherColumns ? sqlWithNames : sql);
         // A parameter that is not bound is NULL, for which SQLite chooses an id.
         bindParams(item,
                    item->id != 0 ? qo::bindFileId | qo::bindFileLyrics : qo::bindFileLyrics,

@@ -485,6 +485,18 @@ int PosixFileSystem::replaceFile(const CString& path,
     return fresh.putInPlace(durability);
 }
 
+int PosixFileSystem::mayChange(const CString& path)
+{
+    const std::string real = toSystemPath(path);
+    struct stat st;
+    if (real.empty())
+        return ENOENT;
+    if (::stat(real.c_str(), &st) != 0)
+        return errno;
+    const int rights = S_ISDIR(st.st_mode) ? W_OK | X_OK : W_OK;
+    return answer(::faccessat(AT_FDCWD, real.c_str(), rights, AT_EACCESS));
+}
+
 int PosixFileSystem::makeWritable(const CString& path)
 {
     const std::string real = toSystemPath(path);

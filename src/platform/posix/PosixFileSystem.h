@@ -22,6 +22,7 @@ public:
                     const void* data,
                     std::size_t size,
                     Durability durability) override;
+    int mayChange(const CString& path) override;
     int makeWritable(const CString& path) override;
     bool isLink(const CString& path) override;
 

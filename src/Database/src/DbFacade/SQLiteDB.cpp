@@ -10,8 +10,12 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <memory>
+#include <string>
+#include <string_view>
 
 using namespace qo::sqlite;
 
@@ -48,6 +52,70 @@ void leaveOutStatistics()
     static_cast<void>(once);
 }
 
+bool isEmptyOrAbsent(const CString& path)
+{
+    qo::FileInfo info;
+    return qo::fileSystem().info(path, qo::Spelling::exact, info) != 0 || info.size == 0;
+}
+
+/// Whether SQLite could not write here: to the file, or beside it where it keeps what is committed
+/// last. As long as others have the database open they share what stands beside it.
+bool isReadOnly(const CString& path)
+{
+    if (isEmptyOrAbsent(path))
+        return false;
+    qo::IFileSystem& files = qo::fileSystem();
+    if (files.mayChange(path) != 0)
+        return true;
+    const std::u16string_view name = path.view();
+    const CString folder(name.substr(0, std::max<std::size_t>(name.rfind(u'\\'), 3)));
+    return files.mayChange(folder) != 0 && !files.exists(path + u"-shm");
+}
+
+/// Opens a database that cannot be written. With an empty log nobody can be changing it, so SQLite
+/// need not lock it or put files beside it, which it could not, or would leave there.
+int openReadOnly(const CString& path, const std::string& systemPath, sqlite3*& db)
+{
+    if (!isEmptyOrAbsent(path + u"-wal"))
+        return sqlite3_open_v2(systemPath.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
+    std::string uri = "file:";
+    for (const char c : systemPath)
+    {
+        char code[4];
+        const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                             (c >= '0' && c <= '9') || c == '/' || c == '.' || c == '-';
+        std::snprintf(code, sizeof(code), "%%%02X", static_cast<unsigned char>(c));
+        uri += isPlain ? std::string(1, c) : std::string(code);
+    }
+    const int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
+    return sqlite3_open_v2((uri + "?immutable=1").c_str(), &db, flags, nullptr);
+}
+
+/// A view or a trigger that this SQLite cannot parse makes it refuse the whole schema. While the
+/// schema may be written it takes what it can parse: enough, if all tables and indexes are there.
+/// False, with the connection and its error as they were, in any other case.
+bool passOverViews(sqlite3* db)
+{
+    const std::string_view message = sqlite3_errmsg(db);
+    if (!message.starts_with("malformed database schema"))
+        return false;
+    constexpr const char* missing =
+        "SELECT 1 FROM sqlite_master m WHERE (type = 'table' AND NOT EXISTS (SELECT 1 FROM "
+        "pragma_table_info(m.name))) OR (type = 'index' AND NOT EXISTS (SELECT 1 FROM "
+        "pragma_index_info(m.name)))";
+    sqlite3_exec(db, "PRAGMA writable_schema = ON", nullptr, nullptr, nullptr);
+    sqlite3_stmt* statement = nullptr;
+    const bool isComplete = sqlite3_prepare_v2(db, missing, -1, &statement, nullptr) == SQLITE_OK &&
+                            sqlite3_step(statement) == SQLITE_DONE;
+    sqlite3_finalize(statement);
+    if (!isComplete)
+    {
+        sqlite3_exec(db, "PRAGMA writable_schema = RESET", nullptr, nullptr, nullptr);
+        sqlite3_exec(db, "SELECT 1 FROM sqlite_master", nullptr, nullptr, nullptr);
+    }
+    return isComplete;
+}
+
 int openDatabase(const CString& path, sqlite3*& db)
 {
     leaveOutStatistics();
@@ -55,6 +123,8 @@ int openDatabase(const CString& path, sqlite3*& db)
     // An empty name would open a temporary database that vanishes with the connection.
     if (systemPath.empty())
         throwError(SQLITE_CANTOPEN, u"unable to open database file", __LINE__);
+    if (isReadOnly(path))
+        return openReadOnly(path, systemPath, db);
     makePrivateFile(path);
     const CString wide = qo::fromUtf8(systemPath);
     if (qo::toUtf8(wide) != systemPath)
@@ -119,7 +189,10 @@ sqlite3_stmt* CSQLiteDB::prepare(const CString& sql) const
 {
     check();
     sqlite3_stmt* statement = nullptr;
-    if (sqlite3_prepare16_v2(m_db, sql.GetString(), -1, &statement, nullptr) != SQLITE_OK)
+    int result = sqlite3_prepare16_v2(m_db, sql.GetString(), -1, &statement, nullptr);
+    if ((result & 0xFF) == SQLITE_CORRUPT && passOverViews(m_db))
+        result = sqlite3_prepare16_v2(m_db, sql.GetString(), -1, &statement, nullptr);
+    if (result != SQLITE_OK)
         throwFromConnection(m_db, sql, __LINE__);
     return statement;
 }

@@ -31,7 +31,8 @@ public:
     CSQLiteDB& operator=(const CSQLiteDB&) = delete;
 
     /// Opens the file. A missing file is created, readable by its owner only and with UTF-16 as its
-    /// encoding. An open connection is closed first.
+    /// encoding. One that this user cannot write is opened for reading, and nothing is put beside
+    /// it. An open connection is closed first.
     void Open();
     /// Throws while a statement of this connection exists. Does nothing if it is closed.
     void Close();
