@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <unordered_map>
+#include <utility>
 
 class KVConfig::Key
 {
@@ -14,6 +15,7 @@ public:
     CString name;
     CString value;
     CString defaultValue;
+    std::string remarks; ///< the lines ahead of it in the file that are no settings but fine
     bool isStored = false;
 };
 
@@ -36,6 +38,7 @@ public:
     }
 
     CString name;
+    std::string remarks;
     std::vector<std::unique_ptr<Key>> keys;
     std::unordered_map<CString, Key*> byName;
 };
@@ -45,6 +48,11 @@ namespace qo::host
 namespace
 {
 constexpr std::size_t largestSettings = 64U << 20;
+
+/// The first and the last line of a file that is whole. A file that was written by hand may do
+/// without; one that has the first must have the other.
+constexpr std::string_view firstLine = "# Settings. The last line of a whole file is \"# end\".";
+constexpr std::string_view lastLine = "# end";
 
 std::string_view trim(std::string_view text)
 {
@@ -100,28 +108,41 @@ void KeyValueConfig::parse(const std::string& text)
     int rejectedLines = 0;
     Section* current = nullptr;
     std::size_t at = text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
-    while (at < text.size())
+    bool isWhole = !std::string_view(text).substr(at).starts_with(firstLine);
+    for (std::size_t end = at; at < text.size(); at = end + 1)
     {
-        const std::size_t end = std::min(text.find('\n', at), text.size());
+        end = std::min(text.find('\n', at), text.size());
         const std::string_view line = std::string_view(text).substr(at, end - at);
-        at = end + 1;
-        if (parseLine(trim(line), current))
+        const std::string_view trimmed = trim(line);
+        if (trimmed == lastLine)
+            isWhole = true;
+        // Of a value that was cut short nobody knows the rest.
+        const bool isCut = !isWhole && end == text.size();
+        if (trimmed == firstLine || trimmed == lastLine ||
+            (!isCut && parseLine(line, trimmed, current)))
             continue;
         ++rejectedLines;
         m_rejected.append(line).append("\n");
     }
-    m_mayLackSettings = m_sections.empty() || rejectedLines > 0;
-    if (rejectedLines > 0)
+    m_mayLackSettings = m_sections.empty() || rejectedLines > 0 || !isWhole;
+    if (!isWhole)
+        m_complaint = "the settings file " + shownPath(m_file) +
+                      " was cut short: the lines that are left count, and root folders that they "
+                      "lack are taken from the database";
+    else if (rejectedLines > 0)
         m_complaint = "the settings file " + shownPath(m_file) + " has " +
                       std::to_string(rejectedLines) +
                       (rejectedLines == 1 ? " line that is" : " lines that are") +
                       " no setting and " + (rejectedLines == 1 ? "is" : "are") + " passed over";
 }
 
-bool KeyValueConfig::parseLine(std::string_view line, Section*& current)
+bool KeyValueConfig::parseLine(std::string_view raw, std::string_view line, Section*& current)
 {
     if (line.empty() || line[0] == '#')
+    {
+        m_remarks.append(raw).append("\n");
         return true;
+    }
     CString name;
     if (line[0] == '[')
     {
@@ -129,6 +150,7 @@ bool KeyValueConfig::parseLine(std::string_view line, Section*& current)
             name.IsEmpty())
             return false;
         current = section(name);
+        current->remarks += std::exchange(m_remarks, {});
         return true;
     }
     const std::size_t equals = findEquals(line);
@@ -141,6 +163,7 @@ bool KeyValueConfig::parseLine(std::string_view line, Section*& current)
     Key* const key = current->findOrAdd(name);
     key->value = value;
     key->isStored = true;
+    key->remarks += std::exchange(m_remarks, {});
     return true;
 }
 
@@ -210,19 +233,21 @@ std::vector<KeyValueConfig::Entry> KeyValueConfig::entries() const
 
 std::string KeyValueConfig::toText() const
 {
-    std::string text;
+    std::string text = std::string(firstLine) + "\n";
     for (const auto& section : m_sections)
     {
         std::string lines;
         for (const auto& key : section->keys)
         {
             if (key->isStored)
-                lines += escapeSetting(key->name) + "=" + escapeSetting(key->value) + "\n";
+                lines += key->remarks + escapeSetting(key->name) + "=" + escapeSetting(key->value) +
+                         "\n";
         }
+        text += section->remarks;
         if (!lines.empty())
             text += "[" + escapeSetting(section->name) + "]\n" + lines;
     }
-    return text;
+    return text + m_remarks + std::string(lastLine) + "\n";
 }
 
 void KeyValueConfig::save()

@@ -11,8 +11,10 @@ namespace qo::host
 /// The host's store of settings: a UTF-8 text file of sections "[Name]" and lines "key=value".
 /// In names and values a backslash stands before what would otherwise be lost: "\n", "\r", "\t",
 /// "\s" (a blank at either end), "\=", "\\", and "\uXXXX" for other controls and for half a
-/// surrogate pair. Keys that nobody declares stay in the file. Lines that cannot be read are moved
-/// to "<file>.rejected" by the next save. Not for several threads at once.
+/// surrogate pair. Keys that nobody declares stay in the file, and so do empty lines and those that
+/// begin with "#", each ahead of what it stood ahead of. The file begins with a line that says how
+/// a whole one ends, so that one which was cut short is noticed. Lines that cannot be read are
+/// moved to "<file>.rejected" by the next save. Not for several threads at once.
 class KeyValueConfig final : public KVConfig
 {
 public:
@@ -51,7 +53,7 @@ public:
 
 private:
     void parse(const std::string& text);
-    bool parseLine(std::string_view line, Section*& section);
+    bool parseLine(std::string_view raw, std::string_view line, Section*& section);
     Section* section(const CString& name);
     const Section* findSection(const CString& name) const;
     std::string toText() const;
@@ -62,6 +64,7 @@ private:
     bool m_isDirty = false;
     bool m_mayLackSettings = true;
     std::vector<std::unique_ptr<Section>> m_sections;
+    std::string m_remarks;  ///< empty lines and those with "#" after the last setting
     std::string m_rejected; ///< lines of the file that are no settings
     std::string m_complaint;
 };

@@ -28,6 +28,8 @@ const CString hostile[] = {u"",
                            u"\xD83C\xDFB5 \x6771\x4EAC",
                            u"half \xD83C",
                            u"\xDFB5\xD83C half twice"};
+const std::string first = "# Settings. The last line of a whole file is \"# end\".\n";
+const std::string last = "# end\n";
 } // namespace
 
 TEST(SettingText, ZeroSurvivesTheRoundTripAndForeignEscapesAreRefused)
@@ -100,8 +102,41 @@ TEST(KeyValueConfig, FileIsWrittenOnlyForAChangeAndKeepsWhatNobodyDeclared)
     config.setValue(key, u"de");
     config.setValue(key, u"en");
     config.save();
-    EXPECT_EQ(dir.read("settings"), text);
-    EXPECT_EQ(dir.read("elsewhere"), text) << "a link stays one";
+    const std::string saved = first + "# remark\n" + text + last;
+    EXPECT_EQ(dir.read("settings"), saved);
+    EXPECT_EQ(dir.read("elsewhere"), saved) << "a link stays one";
+}
+
+TEST(KeyValueConfig, RemarksStayWhereTheyWere)
+{
+    const TempDir dir;
+    const std::string text = "\n# of the section\n[Common]\n  # of the key \xff\nLanguage=en\n\n"
+                             "Other=1\n# of none\n";
+    dir.write("settings", text);
+    KeyValueConfig config(dir.collPath("settings"));
+    EXPECT_FALSE(config.mayLackSettings());
+    auto* const section = config.addSection(KVConfig::ordinarySection, u"Common");
+    config.setValue(config.addKey(section, u"Language", u"en"), u"de");
+    config.save();
+    std::string expected = text;
+    expected.replace(expected.find("=en"), 3, "=de");
+    EXPECT_EQ(dir.read("settings"), first + expected + last);
+}
+
+TEST(KeyValueConfig, FileThatWasCutShortIsNoticedAndHalfALineDoesNotCount)
+{
+    const TempDir dir;
+    const std::string text =
+        first + "[QO_Settings]\nMusicCollectionDir0=C:\\\\long\nLanguage=en\n" + last;
+    for (std::size_t size = 1; size <= text.size(); ++size)
+    {
+        dir.write("settings", text.substr(0, size));
+        const KeyValueConfig config(dir.collPath("settings"), true);
+        const bool isWhole = size + 1 >= text.size();
+        EXPECT_EQ(config.mayLackSettings(), !isWhole) << size;
+        for (const auto& entry : config.entries())
+            EXPECT_TRUE(entry.value == u"C:\\long" || entry.value == u"en") << size;
+    }
 }
 
 TEST(KeyValueConfig, FileThatCannotBeReadIsNotReplaced)
