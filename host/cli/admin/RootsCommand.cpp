@@ -7,6 +7,8 @@
 #include "core/roots/RootGuard.h"
 #include "core/roots/StoredRoots.h"
 
+#include <algorithm>
+
 namespace qo::cli
 {
 namespace
@@ -24,6 +26,33 @@ struct RootsOptions
 std::int64_t knownFiles(const CString& folder)
 {
     return host::countFilesBelow(Session::databasePath(), folder);
+}
+
+/// Whether the path lies below one of the folders.
+template <class Folders>
+bool isBelowAny(const CString& path, const Folders& folders)
+{
+    return std::any_of(folders.begin(),
+                       folders.end(),
+                       [&path](const CString& folder)
+                       { return CQoCollPath(path).isSubPathOf(CQoCollPath(folder)); });
+}
+
+/// The files that leave with these folders: what stands below another root folder stays.
+std::int64_t leavingFiles(const RootFolders& left, const std::vector<CString>& removed)
+{
+    std::int64_t files = 0;
+    for (const CString& folder : removed)
+    {
+        if (left.holder(folder).IsEmpty() && !isBelowAny(folder, removed))
+            files += knownFiles(folder);
+    }
+    for (const CString& folder : left.folders())
+    {
+        if (isBelowAny(folder, removed) && !isBelowAny(folder, left.folders()))
+            files -= knownFiles(folder);
+    }
+    return files;
 }
 
 std::string stateOf(const CString& folder)
@@ -141,6 +170,7 @@ ExitCode removeRoots(CommandLine& line, const RootsOptions& options)
 {
     const auto session = openKernel(line, KernelUse::hold);
     std::int64_t files = 0;
+    std::vector<CString> removed;
     RootFolders roots = session->kernel().run(
         [&]
         {
@@ -148,9 +178,10 @@ ExitCode removeRoots(CommandLine& line, const RootsOptions& options)
             for (const std::string& typed : options.folders)
             {
                 const CString folder = findTyped(left, typed);
-                files += knownFiles(folder);
                 left.remove(folder);
+                removed.push_back(folder);
             }
+            files = leavingFiles(left, removed);
             return left;
         });
     if (files > 0 && !line.dryRun)
@@ -161,7 +192,7 @@ ExitCode removeRoots(CommandLine& line, const RootsOptions& options)
     session->saveSettings();
     line.note(countText(static_cast<std::int64_t>(options.folders.size()), "root folder") +
               " removed, with " + countText(files, "file") +
-              " that the next scan or start takes out of the collection");
+              " that the next scan takes out of the collection");
     return ExitCode::done;
 }
 } // namespace
