@@ -4,13 +4,47 @@
 #include "cli/shown/ProgressDisplay.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
+#include "core/load/StoredLoad.h"
 #include "core/roots/RootFolders.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace qo::cli
 {
 using host::Session;
+
+namespace
+{
+/// "qo reorg apply": what the lock says of this process to others. Without the arguments, which
+/// are nobody's business.
+std::string nameOf(const CommandLine& line)
+{
+    std::string name = "qo";
+    const CLI::App* command = &line.app;
+    while (!command->get_subcommands().empty())
+    {
+        command = command->get_subcommands().front();
+        name += " " + command->get_name();
+    }
+    return name;
+}
+
+host::LoadReport runLoad(const CommandLine& line,
+                         Session& session,
+                         const std::function<host::LoadReport(host::ProgressReporter&)>& load)
+{
+    ProgressDisplay display(line.quiet);
+    host::ProgressReporter progress([&display](const host::ProgressEvent& event)
+                                    { display.show(event); });
+    const InterruptGuard guard(progress);
+    const host::LoadReport report = session.kernel().run([&] { return load(progress); });
+    if (progress.cameTooLate())
+        line.note(
+            "the interruption came while the collection was being saved: everything was kept");
+    return report;
+}
+} // namespace
 
 std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use)
 {
@@ -18,6 +52,7 @@ std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use)
     if (line.app.get_option("--data")->count() > 0)
         options.dataFolder = host::absolutePath(line.dataFolder);
     options.withLock = use == KernelUse::hold;
+    options.doing = nameOf(line);
     options.saveSettings = !line.dryRun;
     options.note = [&line](const std::string& sentence) { line.note(sentence); };
     return std::make_unique<Session>(std::move(options));
@@ -26,26 +61,25 @@ std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use)
 host::LoadReport
 loadCollection(const CommandLine& line, Session& session, const host::LoadOptions& options)
 {
-    ProgressDisplay display(line.quiet);
-    host::ProgressReporter progress([&display](const host::ProgressEvent& event)
-                                    { display.show(event); });
-    const InterruptGuard guard(progress);
-    const host::LoadReport report = session.kernel().run(
-        [&]
-        {
-            session.prepareDatabase(options.database.IsEmpty() ? Session::databasePath()
-                                                               : options.database);
-            return host::loadCollection(session, options, progress);
-        });
-    if (progress.cameTooLate())
-        line.note(
-            "the interruption came while the collection was being saved: everything was kept");
-    return report;
+    return runLoad(line,
+                   session,
+                   [&](host::ProgressReporter& progress)
+                   {
+                       session.prepareDatabase(options.database.IsEmpty() ? Session::databasePath()
+                                                                          : options.database,
+                                               options.rescan);
+                       return host::loadCollection(session, options, progress);
+                   });
 }
 
-void loadForReading(const CommandLine& line, Session& session)
+host::LoadReport loadForReading(const CommandLine& line, Session& session)
 {
-    const host::LoadReport report = loadCollection(line, session, {});
+    const host::LoadReport report = !session.hasLock()
+                                        ? runLoad(line,
+                                                  session,
+                                                  [&session](host::ProgressReporter& progress)
+                                                  { return host::loadStored(session, progress); })
+                                        : loadCollection(line, session, {});
     const bool hasRoots =
         session.kernel().run([] { return !host::RootFolders().folders().IsEmpty(); });
     if (!hasRoots)
@@ -53,6 +87,7 @@ void loadForReading(const CommandLine& line, Session& session)
     else if (report.walked || report.gone > 0)
         line.note("the root folders have changed: " + countText(report.added, "file") + " came, " +
                   std::to_string(report.gone) + " left");
+    return report;
 }
 
 std::vector<CString> spellings(const std::string& typed)

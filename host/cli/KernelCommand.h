@@ -13,7 +13,7 @@ namespace qo::cli
 /// What a command needs of the kernel.
 enum class KernelUse
 {
-    look, ///< settings, files and tags only; works beside another process
+    look, ///< changes nothing, so it works beside a process that does
     hold  ///< the data folder is this process's own
 };
 
@@ -23,8 +23,8 @@ std::unique_ptr<host::Session> openKernel(const CommandLine& line, KernelUse use
 /// Checks the database and loads the collection, with progress and a way to interrupt.
 host::LoadReport
 loadCollection(const CommandLine& line, host::Session& session, const host::LoadOptions& options);
-/// The plain start that reading commands make.
-void loadForReading(const CommandLine& line, host::Session& session);
+/// What the database has, for a session that looks; the plain start for one that holds.
+host::LoadReport loadForReading(const CommandLine& line, host::Session& session);
 
 /// The collection forms that a typed path may have, the likeliest first: as it is spelled, with
 /// the links of its folder followed, with its own followed.

@@ -220,10 +220,10 @@ INSTANTIATE_TEST_SUITE_P(
     Of,
     EditsStory,
     testing::Values(
-        Story{"mv", {}, "mv a b", {"ls"}},
+        Story{"mv", {}, "mv a b", {"scan"}},
         Story{"reorg",
               {"rule new r --folder {artist.name} --music {track.name}", "reorg plan"},
               "reorg apply --last --yes",
-              {"ls"}},
+              {"scan"}},
         Story{"findMoved", {"rename"}, "scan --find-moved --yes", {"scan --find-moved --yes"}}),
     [](const auto& each) { return each.param.name; });

@@ -57,6 +57,11 @@ TEST(RootsStory, LostOrDamagedSettingsCostNoFile)
             fs::remove(qo.dir.path("data/settings"));
         qo.expect({c.command}, 0, "root folder " + qo.music());
         EXPECT_EQ(qo.paths().size(), 3U);
+        // What only reads uses them, but leaves the file as it is.
+        if (std::string(c.command) != "scan")
+        {
+            EXPECT_EQ(qo.run({"scan"}).code, 0);
+        }
         const auto roots = qo.run({"roots", "ls", "--json"});
         EXPECT_EQ(roots.err, "");
         EXPECT_EQ(roots.json().size(), 2U);
@@ -89,10 +94,10 @@ TEST(RootsStory, RootThatASoundSettingsFileNoLongerNamesIsAskedAbout)
     scanTwoRoots(qo);
     const std::string more = qo.dir.path("more");
     replaceInSettings(qo, "MusicCollectionDirsCount=2", "MusicCollectionDirsCount=1");
-    for (const char* command : {"ls", "load", "scan"})
+    qo.expect({"ls"}, 0, "the root folders have changed since the last scan");
     {
-        const auto result = qo.run({command});
-        EXPECT_EQ(result.code, 3) << command;
+        const auto result = qo.run({"scan"});
+        EXPECT_EQ(result.code, 3);
         EXPECT_TRUE(
             contains(result.err, "the root folder " + more + " is no longer in the settings"));
         for (const char* way : {"add", "rm"})
@@ -105,10 +110,12 @@ TEST(RootsStory, RootThatASoundSettingsFileNoLongerNamesIsAskedAbout)
 
     replaceInSettings(qo, "MusicCollectionDirsCount=2", "MusicCollectionDirsCount=1");
     EXPECT_EQ(qo.run({"roots", "rm", more}).code, 7);
-    EXPECT_EQ(qo.run({"ls"}).code, 3);
+    EXPECT_EQ(qo.run({"scan"}).code, 3);
     EXPECT_EQ(qo.run({"roots", "rm", "--yes", more}).code, 0);
+    EXPECT_EQ(qo.paths().size(), 3U) << "the next scan takes them out";
+    EXPECT_EQ(qo.run({"scan"}).code, 0);
     EXPECT_EQ(qo.paths().size(), 1U);
-    EXPECT_EQ(snapshotCount(qo), 1);
+    EXPECT_GE(snapshotCount(qo), 1);
 }
 
 TEST(RootsStory, RemovedRootLeavesItsFilesInASnapshot)
@@ -118,12 +125,12 @@ TEST(RootsStory, RemovedRootLeavesItsFilesInASnapshot)
     const std::string more = qo.dir.path("more");
     ASSERT_EQ(qo.run({"roots", "rm", "--yes", more}).code, 0);
     EXPECT_EQ(qo.run({"scan", "--dry-run"}).code, 0);
-    EXPECT_EQ(snapshotCount(qo), 0);
-    qo.expect({"ls"}, 0, "the collection as it was is kept in ");
+    const auto before = snapshotCount(qo);
+    qo.expect({"scan"}, 0, "the collection as it was is kept in ");
     EXPECT_EQ(qo.paths().size(), 1U);
-    EXPECT_EQ(snapshotCount(qo), 1);
+    EXPECT_GT(snapshotCount(qo), before);
     // The removal is over: the folder can come back, and is no less guarded than before.
     ASSERT_EQ(qo.run({"scan", more}).code, 0);
     replaceInSettings(qo, "MusicCollectionDirsCount=2", "MusicCollectionDirsCount=1");
-    EXPECT_EQ(qo.run({"ls"}).code, 3);
+    EXPECT_EQ(qo.run({"scan"}).code, 3);
 }

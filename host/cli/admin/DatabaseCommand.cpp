@@ -1,11 +1,12 @@
-#include "cli/CommandLine.h"
+#include "cli/admin/DatabaseCommand.h"
+
 #include "cli/KernelCommand.h"
-#include "cli/admin/ScratchDatabase.h"
 #include "cli/files/FileRecord.h"
 #include "cli/shown/Text.h"
 #include "core/base/DatabaseError.h"
 #include "core/base/HostFiles.h"
 #include "core/load/DatabaseGuard.h"
+#include "core/load/ScratchDatabase.h"
 
 #include <QoKernel/Inside.h>
 
@@ -17,6 +18,7 @@ namespace qo::cli
 {
 namespace
 {
+using host::ScratchDatabase;
 using host::Session;
 
 /// Looks only: neither command makes, mends or replaces the database.
@@ -58,9 +60,9 @@ constexpr Check checks[] = {
     {"files of unknown collections",
      u"SELECT COUNT(*) FROM FILE_T WHERE FT_COLL_ID NOT IN (SELECT CT_COLL_ID FROM COLL_T)"}};
 
-constexpr const char16_t* allColumns =
-    u"SELECT m.name || '.' || c.name FROM sqlite_master m JOIN pragma_table_info(m.name) c WHERE "
-    u"m.type = 'table' ORDER BY 1";
+constexpr const char16_t* allColumns = u"SELECT m.name || '.' || c.name FROM sqlite_master m "
+                                       u"JOIN pragma_table_info(m.name) c WHERE "
+                                       u"m.type = 'table' ORDER BY 1";
 
 /// The columns of the tables of a database that is made for the purpose.
 CStringArray expectedColumns()
@@ -113,7 +115,7 @@ void checkContent(CSQLiteDB& db, std::vector<std::string>& faults)
 
 ExitCode check(CommandLine& line)
 {
-    const auto session = openKernel(line, KernelUse::hold);
+    const auto session = openKernel(line, KernelUse::look);
     return session->kernel().run(
         [&line]
         {
@@ -188,7 +190,7 @@ void dumpTable(CommandLine& line, CSQLiteDB& db, const CString& table)
 
 ExitCode dumpDatabase(CommandLine& line)
 {
-    const auto session = openKernel(line, KernelUse::hold);
+    const auto session = openKernel(line, KernelUse::look);
     session->kernel().run(
         [&line]
         {
@@ -203,9 +205,9 @@ ExitCode dumpDatabase(CommandLine& line)
                                                    u"SELECT name FROM sqlite_master WHERE type = "
                                                    u"'table' AND substr(name, 1, 7) <> 'sqlite_'"))
                 dumpTable(line, db, table);
-            for (const CString& sql : textColumn(
-                     db,
-                     u"SELECT sql FROM sqlite_master WHERE type <> 'table' AND sql IS NOT NULL"))
+            for (const CString& sql : textColumn(db,
+                                                 u"SELECT sql FROM sqlite_master WHERE type <> "
+                                                 u"'table' AND sql IS NOT NULL"))
                 line.out.line(toUtf8(sql) + ";");
             line.out.line("COMMIT;");
         });
@@ -224,5 +226,6 @@ void setUpDatabase(CommandLine& line, CLI::App& command)
                     "dump",
                     "The whole content as SQL statements",
                     [&line] { return dumpDatabase(line); });
+    addDatabaseRepairCommands(line, command);
 }
 } // namespace qo::cli

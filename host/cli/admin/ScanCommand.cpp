@@ -2,10 +2,10 @@
 #include "cli/KernelCommand.h"
 #include "cli/admin/MovedOffers.h"
 #include "cli/admin/RootChange.h"
-#include "cli/admin/ScratchDatabase.h"
 #include "cli/files/FileRecord.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
+#include "core/load/ScratchDatabase.h"
 #include "core/load/UnfinishedScan.h"
 #include "core/roots/RootGuard.h"
 
@@ -20,6 +20,7 @@ namespace
 {
 using host::LoadReport;
 using host::RootFolders;
+using host::ScratchDatabase;
 using host::Session;
 
 struct ScanOptions
@@ -194,19 +195,17 @@ std::int64_t residentKiB()
 
 ExitCode load(CommandLine& line, bool withMemory)
 {
-    const auto session = openKernel(line, KernelUse::hold);
+    const auto session = openKernel(line, KernelUse::look);
     const std::int64_t before = residentKiB();
-    const LoadReport report = loadCollection(line, *session, {});
+    const LoadReport report = loadForReading(line, *session);
     const std::int64_t after = residentKiB();
     const double perFile =
         report.files > 0 ? static_cast<double>(after - before) / report.files : 0;
     Json object;
     object["files"] = report.files;
     object["seconds"] = report.seconds;
-    object["scanned"] = report.walked;
-    std::string text = countText(report.files, "file") + " loaded in " +
-                       secondsText(report.seconds) + " s" +
-                       (report.walked ? ", after a look through root folders" : "");
+    std::string text =
+        countText(report.files, "file") + " loaded in " + secondsText(report.seconds) + " s";
     if (withMemory)
     {
         object["residentKiB"] = after;

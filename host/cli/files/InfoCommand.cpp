@@ -63,7 +63,7 @@ void setUpInfo(CommandLine& line, CLI::App& command)
     line.setAction(command,
                    [&line, file]
                    {
-                       const auto session = openKernel(line, KernelUse::hold);
+                       const auto session = openKernel(line, KernelUse::look);
                        loadForReading(line, *session);
                        session->kernel().run([&] { printInfo(line, *file); });
                        return ExitCode::done;

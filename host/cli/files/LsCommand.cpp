@@ -39,7 +39,7 @@ void printRecord(CommandLine& line, const ListOptions& options, const QoFileDbIt
 
 ExitCode list(CommandLine& line, const ListOptions& options)
 {
-    const auto session = openKernel(line, KernelUse::hold);
+    const auto session = openKernel(line, KernelUse::look);
     loadForReading(line, *session);
     session->kernel().run(
         [&]

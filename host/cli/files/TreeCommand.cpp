@@ -123,7 +123,7 @@ std::vector<Dir> findTops(const std::string& typed)
 
 ExitCode tree(CommandLine& line, const TreeOptions& options)
 {
-    const auto session = openKernel(line, KernelUse::hold);
+    const auto session = openKernel(line, KernelUse::look);
     loadForReading(line, *session);
     session->kernel().run(
         [&]

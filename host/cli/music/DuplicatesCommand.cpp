@@ -146,7 +146,7 @@ void print(CommandLine& line, const EqualFiles& group)
 
 ExitCode listDuplicates(CommandLine& line, const DuplicatesOptions& options)
 {
-    const auto session = openKernel(line, KernelUse::hold);
+    const auto session = openKernel(line, KernelUse::look);
     loadForReading(line, *session);
     const bool both = options.tracks == options.files;
     session->kernel().run(

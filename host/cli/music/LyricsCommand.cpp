@@ -161,7 +161,7 @@ void setUpLyrics(CommandLine& line, CLI::App& command)
     line.setAction(command,
                    [&line, file]
                    {
-                       const auto session = openKernel(line, KernelUse::hold);
+                       const auto session = openKernel(line, KernelUse::look);
                        loadForReading(line, *session);
                        session->kernel().run([&] { printLyrics(line, *file); });
                        return ExitCode::done;

@@ -12,7 +12,7 @@ void setUpMusic(CommandLine& line, CLI::App& command, std::function<void(const M
     line.setAction(command,
                    [&line, options, run = std::move(run)]
                    {
-                       const auto session = openKernel(line, KernelUse::hold);
+                       const auto session = openKernel(line, KernelUse::look);
                        loadForReading(line, *session);
                        session->kernel().run([&] { run(*options); });
                        return ExitCode::done;

@@ -120,7 +120,7 @@ void setUpPlaced(CommandLine& line, CLI::App& command)
     line.setAction(command,
                    [&line, options]
                    {
-                       const auto session = openKernel(line, KernelUse::hold);
+                       const auto session = openKernel(line, KernelUse::look);
                        loadForReading(line, *session);
                        session->kernel().run([&] { listPlaced(line, *options); });
                        return ExitCode::done;

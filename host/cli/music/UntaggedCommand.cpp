@@ -57,7 +57,7 @@ void addRow(CommandLine& line, Listing& listing, const QoFileDbItem& item)
 
 ExitCode listUntagged(CommandLine& line, const UntaggedOptions& options)
 {
-    const auto session = openKernel(line, KernelUse::hold);
+    const auto session = openKernel(line, KernelUse::look);
     loadForReading(line, *session);
     session->kernel().run(
         [&]

@@ -170,7 +170,7 @@ void testFiles(CommandLine& line, const RuleOptions& options)
 
 ExitCode testRule(CommandLine& line, const RuleOptions& options)
 {
-    const auto session = openKernel(line, KernelUse::hold);
+    const auto session = openKernel(line, KernelUse::look);
     loadForReading(line, *session);
     session->kernel().run([&] { testFiles(line, options); });
     return ExitCode::done;

@@ -45,9 +45,18 @@ std::string databaseWords(const CString& message)
     return text.substr(0, at) + words;
 }
 
+std::string damagedSentence(const CString& database, const std::string& words)
+{
+    return "the database " + shownPath(database) + " is damaged (" + words +
+           ") and was left alone: \"qo db repair\" keeps what can be read, \"qo db restore\" goes "
+           "back to a snapshot";
+}
+
 HostError databaseError(const CSQLiteException& exception, const CString& database)
 {
     const ExitCode code = exitCodeOf(exception);
+    if (exception.isUnreadableDatabase())
+        return {code, damagedSentence(database, databaseWords(exception.message()))};
     // SQLite's words for it depend on what it was doing.
     const bool isFull = code != ExitCode::busy && isDiskFull(database);
     return {code,

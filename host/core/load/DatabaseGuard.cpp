@@ -1,7 +1,10 @@
 #include "core/load/DatabaseGuard.h"
 
+#include "core/base/DatabaseError.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
+#include "core/load/DatabaseRepair.h"
+#include "core/load/DatabaseSwap.h"
 #include "core/load/Snapshots.h"
 #include "core/session/KernelThread.h"
 
@@ -25,6 +28,68 @@ CString quotedName(CString name)
     return u"\"" + name + u"\"";
 }
 
+std::int64_t numberOf(const CSQLiteDB& db, const CString& sql)
+{
+    CSQLiteStatement statement = db.CompileStatement(sql);
+    const CSQLiteQueryResult result = statement.ExecuteQuery();
+    return result.Eof() ? 0 : result.GetInt64Field(0);
+}
+
+CStringArray textsOf(const CSQLiteDB& db, const CString& sql)
+{
+    CStringArray texts;
+    CSQLiteStatement statement = db.CompileStatement(sql);
+    for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
+        texts.Add(result.GetTextField(0));
+    return texts;
+}
+
+/// What nothing can be loaded without.
+std::string missingParts(const CSQLiteDB& db)
+{
+    for (const char16_t* const table : collectionTables)
+    {
+        const CString sql = CString(u"SELECT count(*) FROM sqlite_master WHERE type = 'table' AND "
+                                    u"name = '") +
+                            table + u"'";
+        if (numberOf(db, sql) == 0)
+            return "the table " + toUtf8(CString(table)) + " is missing";
+    }
+    return numberOf(db, u"SELECT count(*) FROM VERSION_T WHERE VT_VERSION <> ''") > 0
+               ? std::string()
+               : "it bears no version";
+}
+
+/// What SQLite finds first when it looks at every page.
+std::string damagedPage(const CSQLiteDB& db)
+{
+    const CStringArray found = textsOf(db, u"PRAGMA quick_check(1)");
+    const std::string first = found.IsEmpty() ? "no answer" : toUtf8(found[0]);
+    return first == "ok" ? std::string() : first.substr(first.rfind('\n') + 1);
+}
+
+/// A table and its indexes have the same rows; a page that went astray takes them from one only.
+std::string differingCounts(const CSQLiteDB& db)
+{
+    for (const char16_t* const name : collectionTables)
+    {
+        const CString table(name);
+        const CStringArray indexes =
+            textsOf(db,
+                    u"SELECT name FROM sqlite_master WHERE type = 'index' AND tbl_name = '" +
+                        table + u"' AND substr(name, 1, 4) = 'IDX_' AND sql NOT LIKE '% WHERE %'");
+        const std::int64_t rows = numberOf(db, u"SELECT count(*) FROM " + table + u" NOT INDEXED");
+        for (const CString& index : indexes)
+        {
+            const std::int64_t entries = numberOf(
+                db, u"SELECT count(*) FROM " + table + u" INDEXED BY " + quotedName(index));
+            if (entries != rows)
+                return toUtf8(table) + " has " + std::to_string(rows) + " rows and its index " +
+                       toUtf8(index) + " has " + std::to_string(entries);
+        }
+    }
+    return {};
+}
 /// The files that were set aside beside the database so far.
 std::set<std::u16string> filesSetAside(const CString& database)
 {
@@ -67,20 +132,6 @@ bool isJournalFull(const std::string& header)
            header.find_first_not_of('\0', journalHeader - 4) != std::string::npos;
 }
 
-std::string lostRows(const DatabaseGuard::TableCounts& before,
-                     const DatabaseGuard::TableCounts& after)
-{
-    std::string text;
-    for (const auto& [table, rows] : before)
-    {
-        const auto found = after.find(table);
-        const std::int64_t left = found == after.end() ? 0 : found->second;
-        if (left < rows)
-            text += (text.empty() ? "" : ", ") + table + " " + std::to_string(rows) + " -> " +
-                    std::to_string(left);
-    }
-    return text;
-}
 } // namespace
 
 DatabaseGuard::TableCounts DatabaseGuard::countRows(const CString& database)
@@ -88,31 +139,20 @@ DatabaseGuard::TableCounts DatabaseGuard::countRows(const CString& database)
     TableCounts counts;
     CSQLiteDB db(database);
     db.Open();
-    CStringArray tables;
-    {
-        CSQLiteStatement statement = db.CompileStatement(
-            u"SELECT name FROM sqlite_master WHERE type = 'table' AND substr(name, 1, 7) <> "
-            u"'sqlite_'");
-        CSQLiteQueryResult result = statement.ExecuteQuery();
-        for (; !result.Eof(); result.NextRow())
-            tables.Add(result.GetTextField(0));
-    }
-    for (const CString& table : tables)
-    {
-        CSQLiteStatement statement =
-            db.CompileStatement(u"SELECT COUNT(*) FROM " + quotedName(table));
-        const CSQLiteQueryResult result = statement.ExecuteQuery();
-        counts[toUtf8(table)] = result.GetInt64Field(0);
-    }
+    for (const CString& table :
+         textsOf(db,
+                 u"SELECT name FROM sqlite_master WHERE type = 'table' AND substr(name, 1, 7) <> "
+                 u"'sqlite_'"))
+        counts[toUtf8(table)] = numberOf(db, u"SELECT COUNT(*) FROM " + quotedName(table));
     return counts;
 }
 
-DatabaseGuard::State DatabaseGuard::look() const
+bool DatabaseGuard::isThere() const
 {
     FileInfo info;
     const int error = fileSystem().info(m_database, Spelling::exact, info);
     if (error == ENOENT)
-        return absent();
+        return refuseOrphans(), false;
     const std::string name = "the database " + shownPath(m_database);
     if (error != 0)
         throw HostError(ExitCode::failed, name + " cannot be reached: " + errorWords(error));
@@ -120,16 +160,18 @@ DatabaseGuard::State DatabaseGuard::look() const
         throw HostError(ExitCode::failed, name + " is a folder; it was left alone");
     if (info.kind != FileKind::regular)
         throw HostError(ExitCode::failed, name + " is no regular file; it was left alone");
-    return info.size == 0 ? absent() : open();
+    if (info.size == 0)
+        return refuseOrphans(), false;
+    return true;
 }
 
-DatabaseGuard::State DatabaseGuard::absent() const
+void DatabaseGuard::refuseOrphans() const
 {
     const CString log = m_database + u"-wal";
     const CString journal = m_database + u"-journal";
     const bool isLogFull = firstBytes(log, logHeader + 1).size() > logHeader;
     if (!isLogFull && !isJournalFull(firstBytes(journal, journalHeader)))
-        return State::absent;
+        return;
     const std::string side = shownPath(isLogFull ? log : journal);
     throw HostError(ExitCode::failed,
                     "the database " + shownPath(m_database) + " is gone or empty, but " + side +
@@ -137,7 +179,7 @@ DatabaseGuard::State DatabaseGuard::absent() const
                         "move that file away to begin anew");
 }
 
-DatabaseGuard::State DatabaseGuard::open() const
+void DatabaseGuard::refuseLocked() const
 {
     try
     {
@@ -146,34 +188,100 @@ DatabaseGuard::State DatabaseGuard::open() const
         db.Open();
         db.Execute(u"BEGIN IMMEDIATE;");
         db.Execute(u"ROLLBACK;");
-        // Only this reads the schema; without a sound one every later statement would fail.
-        CSQLiteStatement statement = db.CompileStatement(u"SELECT count(*) FROM sqlite_master");
-        static_cast<void>(statement.ExecuteQuery());
-        return State::sound;
     }
     catch (CSQLiteException* raw)
     {
         std::unique_ptr<CSQLiteException> exception(raw);
-        if (exception->isUnreadableDatabase())
-            return State::unreadable;
-        throw exception.release();
+        if (!exception->isUnreadableDatabase())
+            throw exception.release();
     }
 }
 
-bool DatabaseGuard::hasVersion(CString& version) const
+void DatabaseGuard::refuseOtherVersion(const CString& version) const
 {
-    return CQoCollDb::readVersion(m_database, version);
-}
-
-void DatabaseGuard::refuseOtherVersion() const
-{
-    CString version;
-    if (!hasVersion(version) || version == CQoCollDb::currentVersion())
+    if (version.IsEmpty() || version == CQoCollDb::currentVersion())
         return;
     throw HostError(ExitCode::failed,
                     "the database " + shownPath(m_database) + " has version [" + toUtf8(version) +
                         "], this program reads version [" +
                         toUtf8(CString(CQoCollDb::currentVersion())) + "]; it was left alone");
+}
+
+void DatabaseGuard::refuseDamaged(const std::string& words) const
+{
+    throw HostError(ExitCode::failed, damagedSentence(m_database, words));
+}
+
+std::string DatabaseGuard::findDamage(bool everyPage) const
+{
+    try
+    {
+        CSQLiteDB db(m_database);
+        db.SetBusyTimeout(patience);
+        db.Open();
+        // One moment for all that is compared.
+        db.Execute(u"BEGIN;");
+        std::string damage = missingParts(db);
+        if (damage.empty())
+            damage = differingCounts(db);
+        return damage.empty() && everyPage ? damagedPage(db) : damage;
+    }
+    catch (CSQLiteException* raw)
+    {
+        std::unique_ptr<CSQLiteException> exception(raw);
+        if (!exception->isUnreadableDatabase() && !exception->isStatementError())
+            throw exception.release();
+        return databaseWords(exception->message());
+    }
+}
+
+bool DatabaseGuard::hasRow() const
+{
+    return DatabaseRepair(m_database).hasRow();
+}
+
+bool DatabaseGuard::check() const
+{
+    try
+    {
+        return checkGuarded();
+    }
+    catch (...)
+    {
+        KernelThread::rethrowAsHostError(m_database);
+    }
+}
+
+bool DatabaseGuard::checkGuarded() const
+{
+    DatabaseSwap(m_database).refuseUnfinished();
+    if (!isThere())
+        return false;
+    CString version;
+    const bool hasVersion = CQoCollDb::readVersion(m_database, version);
+    if (hasVersion)
+        refuseOtherVersion(version);
+    const std::string damage = findDamage();
+    if (damage.empty())
+        return true;
+    if (hasVersion || hasRow())
+        refuseDamaged(damage);
+    return false;
+}
+
+void DatabaseGuard::checkPages() const
+{
+    std::string damage;
+    try
+    {
+        damage = findDamage(true);
+    }
+    catch (...)
+    {
+        KernelThread::rethrowAsHostError(m_database);
+    }
+    if (!damage.empty())
+        refuseDamaged(damage);
 }
 
 std::vector<std::string> DatabaseGuard::prepare()
@@ -191,14 +299,22 @@ std::vector<std::string> DatabaseGuard::prepare()
 std::vector<std::string> DatabaseGuard::prepareGuarded()
 {
     std::vector<std::string> notes;
-    const State state = look();
-    if (state == State::sound)
-        refuseOtherVersion();
-    CString version;
-    const bool isRebuilt = state == State::sound && !hasVersion(version);
+    DatabaseSwap(m_database).finish();
+    if (isThere())
+        refuseLocked();
+    if (checkGuarded())
+        replaceIds(notes);
+    else
+        makeAnew(notes);
+    return notes;
+}
+
+/// Nothing that can be read is in the way here.
+void DatabaseGuard::makeAnew(std::vector<std::string>& notes) const
+{
     TableCounts before;
     CString snapshot;
-    if (isRebuilt)
+    if (isThere() && DatabaseRepair::isDatabase(m_database))
     {
         before = countRows(m_database);
         if (!before.empty())
@@ -215,12 +331,42 @@ std::vector<std::string> DatabaseGuard::prepareGuarded()
                 ", and an empty one takes its place");
     }
     if (!snapshot.IsEmpty())
-    {
-        const std::string lost = lostRows(before, countRows(m_database));
-        notes.push_back(shownPath(m_database) + " had no collection in it and was made anew" +
-                        (lost.empty() ? "" : " (rows: " + lost + ")") + "; what it held is in " +
+        notes.push_back(shownPath(m_database) +
+                        " had no collection in it and was given one; what it held before is in " +
                         shownPath(snapshot));
+}
+
+void DatabaseGuard::replaceIds(std::vector<std::string>& notes) const
+{
+    CSQLiteDB db(m_database);
+    db.Open();
+    // The ranges are looked up, not searched for.
+    const CStringArray ids = textsOf(
+        db,
+        u"SELECT FT_ID FROM FILE_T WHERE FT_ID < 1 UNION ALL SELECT FT_ID FROM FILE_T WHERE FT_ID "
+        u"> 2147483647");
+    for (const CString& id : ids)
+        db.Execute(u"UPDATE FILE_T SET FT_ID = (SELECT coalesce(max(FT_ID), 0) + 1 FROM FILE_T "
+                   u"WHERE FT_ID BETWEEN 0 AND 2147483646) WHERE FT_ID = " +
+                   id);
+    if (!ids.IsEmpty())
+        notes.push_back(std::to_string(ids.GetSize()) + " rows of " + shownPath(m_database) +
+                        " had ids that no record can bear; they have new ones");
+}
+
+std::string DatabaseGuard::keepDay() const
+{
+    try
+    {
+        const Snapshots snapshots(m_database);
+        if (!snapshots.isOfToday() && !snapshots.isNewerThanDatabase() &&
+            CQoCollDb(m_database).hasOwnCollFiles())
+            Snapshots(m_database).take();
+        return {};
     }
-    return notes;
+    catch (const HostError& error)
+    {
+        return std::string("there is no snapshot of this day: ") + error.what();
+    }
 }
 } // namespace qo::host

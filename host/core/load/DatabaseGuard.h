@@ -9,7 +9,9 @@
 namespace qo::host
 {
 /// Sees to it that the collection's database is one that the kernel may open, and that nothing is
-/// lost when it has to be made anew. On the thread that calls the kernel.
+/// lost when it has to be made anew. A database that is damaged, has another version, is locked, is
+/// no regular file or has changes beside it that belong to another is left alone and ends in a
+/// HostError; for a damaged one that names the ways on. On the thread that calls the kernel.
 class DatabaseGuard
 {
 public:
@@ -17,30 +19,39 @@ public:
 
     explicit DatabaseGuard(const CString& database) : m_database(database) {}
 
-    /// Makes an absent database. One of another version, one that is locked, what is no regular
-    /// file and changes without the database they belong to are left alone and end in a HostError;
-    /// what is no sound database is set aside and replaced by an empty one. Sentences for the user
-    /// about what was done.
+    /// For whoever writes: makes an absent database and sets a file aside in which no row can be
+    /// read, with an empty one in its place. Row ids that no record can bear are replaced.
+    /// Sentences for the user about what was done.
     std::vector<std::string> prepare();
+    /// For whoever reads: false when there is no collection yet. Changes nothing.
+    bool check() const;
+    /// Before a scan saves: looks at every page, which takes about as long as reading all rows.
+    void checkPages() const;
+    /// Takes a snapshot before the first change of a day, unless the newest one still is what the
+    /// database holds. A sentence when it cannot be taken.
+    std::string keepDay() const;
 
+    /// What is wrong with an existing file, in SQLite's words or ours; empty for a sound one. Reads
+    /// the schema and counts the files in their table and in each of its indexes; looks at every
+    /// page only when asked to. Throws what the database layer throws for other reasons.
+    std::string findDamage(bool everyPage = false) const;
     /// The rows of each table; throws what the database layer throws.
     static TableCounts countRows(const CString& database);
 
 private:
-    enum class State
-    {
-        absent,
-        unreadable,
-        sound
-    };
-
     std::vector<std::string> prepareGuarded();
-    State look() const;
-    State open() const;
+    bool checkGuarded() const;
+    /// Whether there is a file with something in it.
+    bool isThere() const;
     /// That nothing is there, unless a side file still holds something.
-    State absent() const;
-    void refuseOtherVersion() const;
-    bool hasVersion(CString& version) const;
+    void refuseOrphans() const;
+    void refuseLocked() const;
+    void refuseOtherVersion(const CString& version) const;
+    [[noreturn]] void refuseDamaged(const std::string& words) const;
+    /// Whether a row of one of the collection's tables can be read, by whatever means.
+    bool hasRow() const;
+    void makeAnew(std::vector<std::string>& notes) const;
+    void replaceIds(std::vector<std::string>& notes) const;
 
     CString m_database;
 };

@@ -2,6 +2,7 @@
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
+#include "core/load/DatabaseSwap.h"
 #include "core/session/KernelThread.h"
 
 #include <QoKernel/Collection.h>
@@ -18,7 +19,6 @@ namespace
 constexpr const char16_t* namePrefix = u"qodb-";
 constexpr const char* copyPattern = "qodb-\\d{8}_\\d{6}(_\\d+)?";
 constexpr const char* unfinishedPattern = "qodb-\\d{8}_\\d{6}(_\\d+)?\\.unfinished(-[a-z]+)?";
-constexpr const char16_t* sideFiles[] = {u"-wal", u"-shm", u"-journal"};
 
 /// The regular files of the folder whose whole name fits.
 std::vector<DirEntry> findFiles(const CString& folder, const char* pattern)
@@ -87,6 +87,29 @@ CStringArray Snapshots::list() const
     return copies;
 }
 
+bool Snapshots::isOfToday() const
+{
+    const CStringArray copies = list();
+    const CString today = namePrefix + CString(timeStampOfNow()).Left(8);
+    return !copies.IsEmpty() && CQoCollPath(copies[0]).getLast().Left(today.GetLength()) == today;
+}
+
+bool Snapshots::isNewerThanDatabase() const
+{
+    const CStringArray copies = list();
+    FileInfo copy;
+    if (copies.IsEmpty() || fileSystem().info(copies[0], Spelling::exact, copy) != 0)
+        return false;
+    for (const char16_t* const part : {u"", u"-wal"})
+    {
+        FileInfo info;
+        const int error = fileSystem().info(m_database + part, Spelling::exact, info);
+        if (error == 0 && toTicks(info.modified) > toTicks(copy.modified))
+            return false;
+    }
+    return true;
+}
+
 void Snapshots::removeOld(const CString& taken) const
 {
     int kept = 1;
@@ -96,7 +119,7 @@ void Snapshots::removeOld(const CString& taken) const
             continue;
         if (const int error = fileSystem().removeFile(copy))
             qo::log(qo::level::warning, u"old snapshot %s: %s", copy, errorText(error));
-        for (const char16_t* side : sideFiles)
+        for (const char16_t* side : databaseSideFiles)
             (void)fileSystem().removeFile(copy + side);
     }
 }

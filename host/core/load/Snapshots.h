@@ -16,6 +16,10 @@ public:
 
     /// The new copy's path. Throws HostError when it cannot be made: then nothing should go on.
     CString take();
+    /// Whether the newest copy was taken today, by its name.
+    bool isOfToday() const;
+    /// Whether the database was not written since the newest copy was taken.
+    bool isNewerThanDatabase() const;
     /// By their times, newest first, in collection form; files of other names are no copies.
     CStringArray list() const;
 

@@ -8,13 +8,13 @@ namespace qo::host
 {
 namespace
 {
-constexpr std::size_t largestFile = std::size_t(4) << 30;
+constexpr std::size_t largestSummary = std::size_t(4) << 30;
 }
 
 MoveSummary MoveSummary::read(const std::string& journal)
 {
     std::string content;
-    if (const int error = readFile(fromSystemPath(journal), largestFile, content))
+    if (const int error = readFile(fromSystemPath(journal), largestSummary, content))
         throw HostError(ExitCode::failed,
                         "the journal " + journal + " cannot be read: " + errorWords(error));
     // The last line may be on its way just now.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 
 namespace qo::host
@@ -9,8 +10,13 @@ namespace qo::host
 class InstanceLock
 {
 public:
-    /// Throws HostError: busy, with the holder's process id, when another process holds it.
-    explicit InstanceLock(const std::string& file);
+    static constexpr std::chrono::milliseconds patience{5000};
+
+    /// `doing` is what those who wait are told of this process, beside its id. Throws HostError:
+    /// busy, with both of the holder, when another process still holds it after the patience.
+    explicit InstanceLock(const std::string& file,
+                          const std::string& doing = std::string(),
+                          std::chrono::milliseconds patience = InstanceLock::patience);
     ~InstanceLock();
     InstanceLock(const InstanceLock&) = delete;
     InstanceLock& operator=(const InstanceLock&) = delete;

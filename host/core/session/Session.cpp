@@ -36,7 +36,7 @@ Session::Session(Options options)
     openDataFolder();
     const CString settingsFile = specialFolders().data() + u"\\settings";
     if (m_options.withLock)
-        m_lock.emplace(toSystemPath(folder() + u"\\lock"));
+        m_lock.emplace(toSystemPath(folder() + u"\\lock"), m_options.doing);
     const bool readOnly = !m_options.withLock || !m_options.saveSettings;
     m_settings = std::make_unique<KeyValueConfig>(settingsFile, readOnly);
     if (!m_settings->complaint().empty())
@@ -84,6 +84,8 @@ void Session::openDataFolder() const
 {
     specialFolders().setBase(m_options.dataFolder.empty() ? CString()
                                                           : fromSystemPath(m_options.dataFolder));
+    if (!m_options.withLock)
+        return;
     const CString wanted = specialFolders().data() + u"\\Qorganizer";
     if (const int error = fileSystem().makeDirectories(wanted))
         throw HostError(ExitCode::failed,
@@ -129,12 +131,20 @@ CString Session::databasePath()
     return CQoPaths::getQoDbFilePath();
 }
 
-void Session::prepareDatabase(const CString& database)
+void Session::prepareDatabase(const CString& database, bool isScanned)
 {
-    for (const std::string& sentence : DatabaseGuard(database).prepare())
+    DatabaseGuard guard(database);
+    for (const std::string& sentence : guard.prepare())
         note(sentence);
+    if (isScanned)
+        guard.checkPages();
     if (m_options.withLock)
         prepareStore();
+    if (!m_options.saveSettings || database != databasePath())
+        return;
+    const std::string complaint = guard.keepDay();
+    if (!complaint.empty())
+        note(complaint);
 }
 
 void Session::prepareStore() const

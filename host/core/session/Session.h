@@ -23,7 +23,8 @@ public:
     struct Options
     {
         std::string dataFolder; ///< absolute system path; "" for the user's own
-        bool withLock = true;   ///< without it the settings are read-only
+        bool withLock = true;   ///< without it nothing is changed, not even the settings
+        std::string doing;      ///< what a process that waits for the lock is told of this one
         bool saveSettings = true;
         std::function<void(const std::string&)>
             note; ///< takes sentences for the user; may be empty
@@ -53,9 +54,9 @@ public:
     static CString folder();
     static CString databasePath();
 
-    /// Makes sure that there is a database that may be opened, and with the lock of the host's own
-    /// store too. Throws HostError.
-    void prepareDatabase(const CString& database);
+    /// Makes sure that there is a database that may be opened, before a scan that all of it is
+    /// sound, and with the lock of the host's own store too. Throws HostError.
+    void prepareDatabase(const CString& database, bool isScanned = false);
     /// The store alone; with the lock. Throws HostError.
     void prepareStore() const;
 

@@ -9,9 +9,9 @@
 /// The collection database: files, sessions, playlists, collections, streams, shares and inplace
 /// files (docs/database.md describes the tables). An object lives for one operation, on one thread,
 /// and keeps the connection open. Failures are thrown as CSQLiteException*, which the catcher
-/// deletes, unless stated otherwise; a stored id outside of 1 to 2147483647 is such a failure, but lists of
-/// files leave such a row out with a line in the log.
-/// Functions that fill an array empty it first. Waiting for another process takes up to a minute.
+/// deletes, unless stated otherwise; a stored id outside of 1 to 2147483647 is such a failure, but
+/// lists of files leave such a row out with a line in the log. Functions that fill an array empty
+/// it first. Waiting for another process takes up to a minute.
 ///
 ///   CQoCollDb db(path);
 ///   qo::DbTransaction transaction(db);

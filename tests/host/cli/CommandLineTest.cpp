@@ -130,6 +130,41 @@ TEST(DatabaseCommand, CheckFindsDamageAndDumpMakesTheDatabaseAgain)
     EXPECT_EQ(qo.run({"db", "check"}).code, 1);
 }
 
+TEST(DatabaseCommand, DamageIsRefusedAndRepairedOrASnapshotRestored)
+{
+    const QoCommand qo;
+    qo.addSounds("a", 300);
+    ASSERT_EQ(qo.scan().code, 0);
+    EXPECT_EQ(qo.run({"db", "restore"}).code, 4);
+    qo.addSound("b.mp3");
+    ASSERT_EQ(qo.run({"scan"}).code, 0);
+    const auto snapshots = qo.run({"db", "snapshots", "--json"}).json();
+    ASSERT_EQ(snapshots.size(), 1U) << "of the first change of the day";
+    EXPECT_EQ(snapshots[0]["files"], 300);
+    const auto ids = qo.ids();
+    ASSERT_EQ(ids.size(), 301U);
+
+    std::fstream file(qo.database(), std::ios::in | std::ios::out | std::ios::binary);
+    file << std::string(100, 'x');
+    file.close();
+    const std::string damaged = qo.dir.read("data/Qorganizer/qodb");
+    for (const char* command : {"ls", "scan", "load"})
+    {
+        qo.expect({command}, 1, "\"qo db repair\" keeps what can be read");
+    }
+    EXPECT_EQ(qo.run({"db", "repair", "--dry-run"}).code, 0);
+    EXPECT_EQ(qo.dir.read("data/Qorganizer/qodb"), damaged);
+    // The header is gone, so nobody can tell whether that is all.
+    qo.expect({"db", "repair"}, 6, "the damaged database is kept as ");
+    EXPECT_EQ(qo.ids(), ids);
+    qo.expect({"db", "repair"}, 0, "is sound");
+    EXPECT_EQ(qo.run({"db", "restore", "--dry-run"}).code, 0);
+    EXPECT_EQ(qo.ids().size(), 301U);
+    qo.expect({"db", "restore", snapshots[0]["name"]}, 0, "the database as it was is kept as ");
+    EXPECT_EQ(qo.ids().size(), 300U);
+    qo.expect({"db", "restore", "nowhere"}, 4, "there is no snapshot nowhere");
+}
+
 TEST(LogCommand, ReadsTheLinesThatTheDocumentShows)
 {
     const QoCommand qo;

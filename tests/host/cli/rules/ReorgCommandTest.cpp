@@ -167,7 +167,8 @@ TEST(ReorgCommand, RunThatWasCutShortIsTakenBackOrBroughtToItsEnd)
         // The signal may have come when all was done.
         const bool isDone = !fs::exists(qo.music("in"));
 
-        // The collection is where the files are, whatever was told of them.
+        // After the next command that changes something the collection is where the files are.
+        EXPECT_EQ(qo.run({"scan"}).code, 0);
         for (const auto& [name, id] : qo.ids())
             EXPECT_TRUE(fs::exists(qo.music(name))) << name;
         const std::string id = qo.run({"reorg", "log", "--json"}).json().at(0)["run"];

@@ -50,9 +50,13 @@ TEST(InstanceLock, IsHeldOnceAndGoesWithItsHolder)
     const TempDir dir;
     const std::string file = dir.path("lock");
     {
-        const InstanceLock lock(file);
-        const std::string message = messageOf([&] { InstanceLock second(file); }, ExitCode::busy);
-        EXPECT_TRUE(contains(message, "process " + std::to_string(qo::systemClock().processId())));
+        const std::chrono::milliseconds none{0};
+        const InstanceLock lock(file, "qo \x1b[31mwatch");
+        const std::string message =
+            messageOf([&] { InstanceLock second(file, "qo scan", none); }, ExitCode::busy);
+        EXPECT_TRUE(contains(message,
+                             "process " + std::to_string(qo::systemClock().processId()) +
+                                 " (qo [31mwatch)"));
     }
     EXPECT_NO_THROW(InstanceLock again(file));
     fs::create_symlink(dir.path("elsewhere"), dir.path("link"));
@@ -101,15 +105,18 @@ TEST(DatabaseGuard, MakesAnAbsentOrEmptyDatabaseSilentlyAndKeepsSomebodyElsesInA
         db.Execute(u"CREATE TABLE sqliteX (x INTEGER PRIMARY KEY AUTOINCREMENT)");
         EXPECT_EQ(DatabaseGuard::countRows(path), (DatabaseGuard::TableCounts{{"sqliteX", 0}}))
             << "but for the library's own tables all are counted";
-        db.Execute(u"CREATE TABLE FILE_T (x)");
-        db.Execute(u"INSERT INTO FILE_T VALUES (1)");
+        db.Execute(u"INSERT INTO sqliteX VALUES (1)");
+        // Rows that look like those of a playlist.
+        db.Execute(u"CREATE TABLE diary (x INTEGER PRIMARY KEY, day TEXT, words TEXT)");
+        db.Execute(u"INSERT INTO diary VALUES (1, 'monday', 'rain')");
     }
+    EXPECT_FALSE(DatabaseGuard(path).check());
     const auto notes = DatabaseGuard(path).prepare();
     ASSERT_EQ(notes.size(), 1U);
-    EXPECT_TRUE(contains(notes[0], "FILE_T 1 -> 0"));
+    EXPECT_TRUE(contains(notes[0], "had no collection in it"));
     const CStringArray copies = Snapshots(path).list();
     ASSERT_EQ(copies.GetSize(), 1);
-    EXPECT_EQ(DatabaseGuard::countRows(copies[0]).at("FILE_T"), 1);
+    EXPECT_EQ(DatabaseGuard::countRows(copies[0]).at("sqliteX"), 1);
 }
 
 TEST(DatabaseGuard, LockedDatabaseIsBusyAndUntouched)
@@ -171,14 +178,16 @@ TEST(DatabaseError, IsOneSentenceInTheLibrarysWords)
         const char16_t* text;
         const char* words;
         ExitCode exitCode;
-    } cases[] = {{1, u"no such table: X", "no such table: X", ExitCode::failed},
-                 {517, u"a [odd] text", "a [odd] text", ExitCode::busy},
-                 {11, u"", "SQLITE_CORRUPT", ExitCode::failed}};
+    } cases[] = {
+        {1, u"no such table: X", "no such table: X", ExitCode::failed},
+        {517, u"a [odd] text", "a [odd] text", ExitCode::busy},
+        {11, u"", "SQLITE_CORRUPT) and was left alone: \"qo db repair\"", ExitCode::failed}};
     for (const auto& c : cases)
     {
         const HostError error =
             databaseError(CSQLiteException(c.code, c.text, u"SELECT 1\nFROM X"), u"C:\\home\\db");
-        EXPECT_EQ(error.what(), std::string("the database /home/db cannot be used: ") + c.words);
+        const std::string start = c.code == 11 ? "is damaged (" : "cannot be used: ";
+        EXPECT_TRUE(contains(error.what(), "the database /home/db " + start + c.words));
         EXPECT_EQ(error.code(), c.exitCode);
     }
     EXPECT_EQ(databaseWords(u"saving : CSQLiteException: [SQLITE_FULL][code 13][disk is full]\nx"),

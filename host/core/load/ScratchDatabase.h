@@ -2,7 +2,7 @@
 
 #include <QoKernel/Kernel.h>
 
-namespace qo::cli
+namespace qo::host
 {
 /// A place for a database in the temporary folder. The destructor removes what was made there.
 class ScratchDatabase
@@ -27,4 +27,4 @@ public:
 private:
     CString m_path;
 };
-} // namespace qo::cli
+} // namespace qo::host

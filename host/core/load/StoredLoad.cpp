@@ -1,0 +1,81 @@
+#include "core/load/StoredLoad.h"
+
+#include "core/base/HostError.h"
+#include "core/base/HostFiles.h"
+#include "core/load/DatabaseGuard.h"
+#include "core/load/UnfinishedScan.h"
+#include "core/roots/RootFolders.h"
+#include "core/roots/StoredRoots.h"
+#include "core/runs/Reorganizer.h"
+#include "core/session/Session.h"
+
+#include <QoKernel/Collection.h>
+
+#include <algorithm>
+
+namespace qo::host
+{
+namespace
+{
+bool holds(const CStringArray& folders, const CString& folder)
+{
+    return std::find(folders.begin(), folders.end(), folder) != folders.end();
+}
+
+/// Whether the settings name other root folders than the last scan looked through.
+bool haveRootsChanged(const RootFolders& roots, const CString& database)
+{
+    const std::vector<StoredRoot> stored = storedRoots(database);
+    const auto isStored = [&stored](const CString& folder)
+    {
+        return std::any_of(stored.begin(),
+                           stored.end(),
+                           [&folder](const StoredRoot& root) { return root.folder == folder; });
+    };
+    return roots.hasRemoved() || !unlistedRoots(database, roots).empty() ||
+           !std::all_of(roots.folders().begin(), roots.folders().end(), isStored);
+}
+
+void noteWhatWaits(const Session& session, const RootFolders& roots, const CString& database)
+{
+    if (hasUntoldMoves())
+        session.note("files were moved by a command that was cut short: some stand here under "
+                     "their former paths until the next command that changes something");
+    if (CollectionLoader::hasUnfinishedScan())
+        session.note("the first scan was interrupted: \"qo scan\" goes on with it");
+    else if (haveRootsChanged(roots, database))
+        session.note("the root folders have changed since the last scan: \"qo scan\" follows that");
+}
+} // namespace
+
+LoadReport loadStored(Session& session, ProgressReporter& progress)
+{
+    LoadReport report;
+    const CString database = Session::databasePath();
+    if (!DatabaseGuard(database).check())
+        return report;
+    const RootFolders roots;
+    CStringArray folders = roots.folders();
+    const UnfinishedScan unfinished(Session::folder());
+    for (const CString& begun : unfinished.rootsAtFirst())
+    {
+        if (!holds(folders, begun))
+            folders.Add(begun);
+    }
+    session.scanHost().forget();
+    const auto start = std::chrono::steady_clock::now();
+    CQoCollection& collection = CQoCollection::m_ownCollection;
+    const bool isLoaded = collection.loadStored(database, u"", folders, &progress);
+    if (progress.wasStopped())
+        throw HostError(ExitCode::interrupted, "interrupted");
+    if (!isLoaded)
+        throw HostError(ExitCode::failed,
+                        "the collection " + shownPath(database) +
+                            " could not be loaded: " + session.scanHost().lastFailure());
+    report.seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    report.files = collection.getFileCount();
+    noteWhatWaits(session, roots, database);
+    return report;
+}
+} // namespace qo::host
