@@ -4,6 +4,8 @@
 #include "types/FileTime.h"
 #include "types/String.h"
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,6 +41,30 @@ struct FileInfo
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
     std::uint64_t links = 0; ///< hard links
+};
+
+/// What stands under a name itself: a link is not followed.
+struct NameInfo
+{
+    enum class Kind : std::uint8_t
+    {
+        regular,
+        directory,
+        link,
+        other
+    };
+
+    Kind kind = Kind::other;
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    /// Tells two mounts of one file system apart: nothing can be renamed from one to the other.
+    std::uint64_t mount = 0;
+    std::uint64_t links = 0;   ///< hard links
+    std::int64_t size = 0;     ///< bytes
+    std::int64_t modified = 0; ///< nanoseconds since 1970 of the last change of the content
+    std::uint32_t mode = 0;    ///< permission bits
+    std::uint32_t owner = 0;
+    std::uint32_t group = 0;
 };
 
 /// An entry of a folder.
@@ -132,14 +158,43 @@ public:
                             const void* data,
                             std::size_t size,
                             Durability durability = Durability::durable) = 0;
-    /// Whether this user may change the content of the file, or give and take names in the folder:
-    /// EACCES, EROFS and the like if not.
-    virtual int mayChange(const CString& path) = 0;
     /// Gives the owner permission to write; changes nothing else.
     virtual int makeWritable(const CString& path) = 0;
 
     /// Whether the name is a symbolic link, whatever its target.
     virtual bool isLink(const CString& path) = 0;
+
+    /// What stands under exactly that name.
+    virtual int look(const CString& path, NameInfo& info) = 0;
+    /// The same of what a link of that name leads to.
+    virtual int lookThrough(const CString& path, NameInfo& info) = 0;
+    /// Gives a folder, not a link to one, its permission bits and, where the user may, its owner.
+    virtual int giveRights(const CString& folder,
+                           std::uint32_t mode,
+                           std::uint32_t owner,
+                           std::uint32_t group) = 0;
+    /// Whether this user may change the content of the file, or give and take names in the folder:
+    /// EACCES, EROFS and the like if not.
+    virtual int mayChange(const CString& path) = 0;
+    /// Whether this user may take the name out of its folder, also where the folder keeps users
+    /// from removing what is another's (sticky bit).
+    virtual int mayRemove(const CString& path) = 0;
+    /// Whether this user may read the file or list the folder.
+    virtual int mayRead(const CString& path) = 0;
+    /// A new file or link that is the same as another: content, times and, as far as the file
+    /// system can hold them, owner, mode, access lists and extended attributes; a link as a link.
+    /// The content is on the disk and was read back and compared when the call returns. EEXIST if
+    /// the target exists, EINVAL for what is neither file nor link, ECANCELED when stop, which is
+    /// asked for each block and may be empty, says so; a copy that fails leaves no target.
+    virtual int
+    copyAsNew(const CString& from, const CString& to, const std::function<bool()>& stop) = 0;
+    /// Whether two regular files have the same bytes: 0 if so, EIO if not.
+    virtual int
+    compareFiles(const CString& one, const CString& other, const std::function<bool()>& stop) = 0;
+    /// Waits until the disk has the file's content, or the names in the folder.
+    virtual int sync(const CString& path) = 0;
+    /// Waits until the disk has all that was changed on the folder's file system.
+    virtual int syncAll(const CString& folder) = 0;
 };
 
 /// The path for calls to the system or to a library: the bytes of a POSIX path. "" if the path maps

@@ -2,6 +2,7 @@
 
 #include "platform/FileSystem.h"
 #include "platform/TemporaryNames.h"
+#include "platform/posix/CopyContent.h"
 #include "platform/posix/FileAttributes.h"
 #include "platform/posix/PosixFile.h"
 
@@ -115,43 +116,6 @@ std::unique_ptr<PosixFile> openRegular(const std::string& path, int flags, struc
         return file;
     errno = EINVAL;
     return nullptr;
-}
-
-/// Copies by reading and writing, from the present positions on.
-int pumpContent(PosixFile& from, PosixFile& to, const std::function<bool()>& stop)
-{
-    constexpr std::size_t blockSize = std::size_t(256) << 10;
-    const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
-    for (;;)
-    {
-        if (stop && stop())
-            return ECANCELED;
-        const std::int64_t got = from.read(block.get(), blockSize);
-        if (got <= 0)
-            return got == 0 ? 0 : from.error();
-        if (!to.write(block.get(), static_cast<std::size_t>(got)))
-            return to.error();
-    }
-}
-
-/// Copies the whole content, inside the system or by sharing blocks where the file system can do
-/// that.
-int copyContent(PosixFile& from, PosixFile& to, const std::function<bool()>& stop = {})
-{
-    if (!from.seek(0) || !to.seek(0))
-        return EIO;
-    constexpr std::size_t blockSize = std::size_t(8) << 20;
-    while (!stop || !stop())
-    {
-        const ssize_t done =
-            ::copy_file_range(from.descriptor(), nullptr, to.descriptor(), nullptr, blockSize, 0);
-        if (done == 0)
-            break;
-        if (done < 0 && errno != EINTR)
-            break;
-    }
-    // Copies the rest, if the loop above ended early, or finds the reason.
-    return pumpContent(from, to, stop);
 }
 
 /// Whether both are the same file with the same content, by inode, size and write time.

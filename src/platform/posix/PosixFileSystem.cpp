@@ -2,6 +2,7 @@
 
 #include "platform/DriveMap.h"
 #include "platform/TemporaryNames.h"
+#include "platform/posix/CopyContent.h"
 #include "platform/posix/OpenFolder.h"
 #include "platform/posix/PosixFile.h"
 #include "platform/posix/Rename.h"
@@ -28,7 +29,6 @@ namespace
 constexpr unsigned statMask = STATX_BASIC_STATS | STATX_BTIME;
 constexpr mode_t ownerFile = 0600;
 constexpr mode_t ownerFolder = 0700;
-constexpr std::size_t copyBlock = std::size_t(256) * 1024;
 
 /// The error number of a system call.
 int answer(int result)
@@ -243,23 +243,6 @@ private:
 /// The path of the regular file that this thread looked at last. A scan looks at a file and then
 /// opens it, which so needs only one look before opening.
 thread_local CString lastRegular;
-
-/// Copies in blocks from the present positions to the end; the error number of the side that
-/// failed.
-int copyContent(IFile& from, IFile& to)
-{
-    const std::unique_ptr<char[]> block(new char[copyBlock]);
-    for (;;)
-    {
-        const std::int64_t got = from.read(block.get(), copyBlock);
-        if (got < 0)
-            return from.error();
-        if (got == 0)
-            return 0;
-        if (!to.write(block.get(), static_cast<std::size_t>(got)))
-            return to.error();
-    }
-}
 } // namespace
 
 std::string PosixFileSystem::readPath(const CString& path)
@@ -454,13 +437,14 @@ int PosixFileSystem::copyFile(const CString& from, const CString& to)
     const std::string target = toSystemPath(to);
     if (target.empty())
         return ENOENT;
+    auto& in = static_cast<PosixFile&>(*source);
     struct stat st;
-    if (::fstat(static_cast<PosixFile&>(*source).descriptor(), &st) != 0)
+    if (::fstat(in.descriptor(), &st) != 0)
         return errno;
     Temporary copy(target);
     if (!copy.file())
         return copy.error();
-    error = copyContent(*source, *copy.file());
+    error = copyContent(in, *copy.file());
     if (error != 0)
         return error;
     const timespec times[] = {st.st_atim, st.st_mtim};
@@ -483,18 +467,6 @@ int PosixFileSystem::replaceFile(const CString& path,
     if (!fresh.file()->write(data, size))
         return fresh.file()->error();
     return fresh.putInPlace(durability);
-}
-
-int PosixFileSystem::mayChange(const CString& path)
-{
-    const std::string real = toSystemPath(path);
-    struct stat st;
-    if (real.empty())
-        return ENOENT;
-    if (::stat(real.c_str(), &st) != 0)
-        return errno;
-    const int rights = S_ISDIR(st.st_mode) ? W_OK | X_OK : W_OK;
-    return answer(::faccessat(AT_FDCWD, real.c_str(), rights, AT_EACCESS));
 }
 
 int PosixFileSystem::makeWritable(const CString& path)

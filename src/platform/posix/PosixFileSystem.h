@@ -22,9 +22,24 @@ public:
                     const void* data,
                     std::size_t size,
                     Durability durability) override;
-    int mayChange(const CString& path) override;
     int makeWritable(const CString& path) override;
     bool isLink(const CString& path) override;
+    int look(const CString& path, NameInfo& info) override;
+    int lookThrough(const CString& path, NameInfo& info) override;
+    int giveRights(const CString& folder,
+                   std::uint32_t mode,
+                   std::uint32_t owner,
+                   std::uint32_t group) override;
+    int mayChange(const CString& path) override;
+    int mayRemove(const CString& path) override;
+    int mayRead(const CString& path) override;
+    int
+    copyAsNew(const CString& from, const CString& to, const std::function<bool()>& stop) override;
+    int compareFiles(const CString& one,
+                     const CString& other,
+                     const std::function<bool()>& stop) override;
+    int sync(const CString& path) override;
+    int syncAll(const CString& folder) override;
 
 private:
     /// The system path to read from: as given, or the only existing one that differs in case alone.
