@@ -47,8 +47,6 @@ EXCEPTIONS = {
     ("Logical/LTManagerCompare.cpp", "Analyze/NSUtils.h"): "tracks are ordered by the number that the analysis reads",
     ("Physical/HDFile.cpp", "QoColl/Collection/QoUtils.h"): "kinds of files and the order of paths are questions to CQoUtils",
     ("cli/shown/Listing.h", "cli/CommandLine.h"): "a listing takes the form that the command line asks for",
-    ("core/collection", "core/load"): "the list of files asks which were not read",
-    ("core/collection", "core/plan"): "the note of a single move holds the plan's text",
     ("core/rules", "core/plan"): "a rule's text is the name of a target",
     ("core/session", "core/load"): "a session makes its database ready",
 }

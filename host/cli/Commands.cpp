@@ -19,6 +19,8 @@ namespace qo::cli
     ROW(files, "mv", setUpMove, "Move or rename files and folders, on the disk as well")           \
     ROW(files, "rm", setUpRemove, "Put files and folders of the collection into the trash")        \
     ROW(files, "add", setUpAdd, "Take new files into the collection, or copy others there first")  \
+    ROW(files, "undo", setUpUndo, "Take back what the last mv, rm, add or plan did")               \
+    ROW(files, "runs", setUpRuns, "List what mv, rm, add and plans did, or the files of one")      \
     ROW(music, "artists", setUpArtists, "List the artists with their albums, tracks and years")    \
     ROW(music, "genres", setUpGenres, "List the genres with their tracks and artists")             \
     ROW(music, "albums", setUpAlbums, "List the albums with their years and tracks")               \

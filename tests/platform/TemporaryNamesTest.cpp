@@ -4,7 +4,6 @@
 #include "platform/FileReplacement.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
-#include "platform/TreeCopy.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -73,8 +72,10 @@ TEST(TemporaryNames, WhatAKilledProcessLeftIsNeverListedAndGoesWithTheNextWrite)
          [](const TempDir& dir)
          { EXPECT_EQ(qo::fileSystem().replaceFile(dir.collPath("text"), "x", 1), 0); }},
         {"a copy",
-         [](const TempDir& dir)
-         { EXPECT_EQ(qo::TreeCopy(dir.collPath("song.mp3"), dir.collPath("new.mp3")).copy(), 0); }},
+         [](const TempDir& dir) {
+             EXPECT_EQ(qo::fileSystem().copyFile(dir.collPath("song.mp3"), dir.collPath("new.mp3")),
+                       0);
+         }},
         {"nothing but a clean-up",
          [](const TempDir& dir) { EXPECT_EQ(qo::clearTemporaries(dir.collPath()), 2); }}};
     for (const auto& [name, write] : writes)
@@ -86,7 +87,9 @@ TEST(TemporaryNames, WhatAKilledProcessLeftIsNeverListedAndGoesWithTheNextWrite)
             [&]
             {
                 (new qo::FileReplacement(dir.collPath("song.mp3")))->prepare();
-                (new qo::TreeCopy(dir.collPath("song.mp3"), dir.collPath("b")))->stage();
+                std::string folder = qo::temporaryBeside(dir.path("b"));
+                if (::mkdtemp(folder.data()))
+                    std::filesystem::copy(dir.path("song.mp3"), folder);
             });
         ASSERT_EQ(temporariesIn(dir), 2);
         std::vector<qo::DirEntry> entries;

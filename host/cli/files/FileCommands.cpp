@@ -5,21 +5,26 @@
 #include "cli/shown/ProgressDisplay.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
+#include "core/base/SystemPath.h"
 #include "core/collection/CollectionChanges.h"
 #include "core/collection/FileChecks.h"
-#include "core/collection/FileOperations.h"
+#include "core/runs/FileMoves.h"
+#include "core/runs/Reorganizer.h"
 #include "core/watch/FolderChanges.h"
 
 #include <QoKernel/Physical.h>
 
-#include <unistd.h>
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <set>
 
 namespace qo::cli
 {
 namespace
 {
 using host::CollectionChanges;
-using host::FileOperations;
+using host::FileMoves;
 using host::Session;
 
 struct FileOptions
@@ -28,11 +33,6 @@ struct FileOptions
     std::string target; ///< "" when none was given
     bool move = false;
 };
-
-bool isThere(const CString& path)
-{
-    return ::access(toSystemPath(path).c_str(), F_OK) == 0;
-}
 
 /// The spelling under which the collection has it, or else one under which the disk has it.
 CString placeOf(const std::string& typed)
@@ -48,7 +48,7 @@ CString placeOf(const std::string& typed)
     }
     for (const CString& form : forms)
     {
-        if (isThere(form))
+        if (host::nameExists(form))
             return form;
     }
     return forms.front();
@@ -74,26 +74,19 @@ bool namesFolder(const std::string& typed)
     return typed.ends_with('/') || typed.ends_with("/.") || typed.ends_with("/..");
 }
 
-/// What the three commands share: a loaded collection, and a deed for each path that goes on behind
-/// a failure.
+/// What the three commands share: a loaded collection, and one run of all that the paths ask for.
+/// What cannot be done of it does not keep the rest from being done.
 class FileWork
 {
 public:
-    explicit FileWork(CommandLine& line)
-        : m_line(line), m_session(openKernel(line, KernelUse::hold))
+    FileWork(CommandLine& line, const char* kind)
+        : m_line(line), m_kind(kind), m_session(openKernel(line, KernelUse::hold))
     {
         loadForReading(line, *m_session);
     }
 
     Session& session() { return *m_session; }
     CommandLine& line() { return m_line; }
-    FileOperations operations(bool isTrial)
-    {
-        return FileOperations(*m_session,
-                              host::Trash(),
-                              isTrial ? FileOperations::Run::trial : FileOperations::Run::real);
-    }
-    FileOperations operations() { return operations(m_line.dryRun); }
 
     /// What is to take something in has to be there.
     void needFolder(const std::string& typed)
@@ -101,8 +94,69 @@ public:
         m_session->kernel().run([&] { host::check::folder(targetOf(typed)); });
     }
 
-    template <class Deed>
-    ExitCode forEach(const std::vector<std::string>& paths, Deed deed)
+    /// Asks ask about each path, which may refuse it, then confirm, which may be empty, and makes
+    /// the run. The deed is what the listing says of it.
+    ExitCode run(const std::vector<std::string>& paths,
+                 const char* deed,
+                 const std::function<void(FileMoves&, const std::string&)>& ask,
+                 const std::function<void(const FileMoves&)>& confirm = {})
+    {
+        return forEach(
+            paths,
+            [&](host::ProgressReporter& progress)
+            {
+                m_moves.emplace(*m_session,
+                                m_kind,
+                                host::Trash(),
+                                [&progress] { return progress.isCanceled(); });
+            },
+            [&](const std::string& path, host::ProgressReporter&) { ask(*m_moves, path); },
+            [&](host::ProgressReporter& progress)
+            {
+                if (m_moves->requests().empty())
+                    return std::size_t(0);
+                if (confirm && !m_line.dryRun)
+                    confirm(*m_moves);
+                return m_session->kernel().run([&] { return carryOut(deed, progress); });
+            });
+    }
+    /// The same for what makes no run.
+    ExitCode forEach(const std::vector<std::string>& paths,
+                     const std::function<void(const std::string&, host::ProgressReporter&)>& deed)
+    {
+        return forEach(
+            paths,
+            [](host::ProgressReporter&) {},
+            deed,
+            [](host::ProgressReporter&) { return std::size_t(0); });
+    }
+
+    /// On the kernel's thread.
+    void show(const char* deed, const CString& from, const CString& to, int files)
+    {
+        const std::string place = host::shownPath(to);
+        if (m_line.json)
+        {
+            Json object;
+            putPath(object, "from", from);
+            putPath(object, "to", to);
+            object["files"] = files;
+            m_line.out.line(dump(object));
+        }
+        else
+            m_line.note(std::string(m_line.dryRun ? "would be " : "") + deed + ": " +
+                        host::shownPath(from) + (from == to ? "" : " -> " + place) + " (" +
+                        countText(files, "file") + ")");
+    }
+
+private:
+    using Step = std::function<void(host::ProgressReporter&)>;
+
+    /// begin, the deed for each path and at last end, which gives the number of paths that failed.
+    ExitCode forEach(const std::vector<std::string>& paths,
+                     const Step& begin,
+                     const std::function<void(const std::string&, host::ProgressReporter&)>& deed,
+                     const std::function<std::size_t(host::ProgressReporter&)>& end)
     {
         std::size_t failed = 0;
         ExitCode first = ExitCode::done;
@@ -110,6 +164,7 @@ public:
         host::ProgressReporter progress([&display](const host::ProgressEvent& event)
                                         { display.show(event); });
         const InterruptGuard guard(progress);
+        begin(progress);
         for (const std::string& path : paths)
         {
             try
@@ -124,37 +179,60 @@ public:
                 first = failed++ == 0 ? error.code() : first;
             }
         }
+        const std::size_t later = end(progress);
+        if (later > 0 && failed == 0)
+            first = ExitCode::failed;
+        failed += later;
         return failed == 0 ? ExitCode::done : failed < paths.size() ? ExitCode::partly : first;
     }
 
-    /// On the kernel's thread. Throws what is left to be done by hand.
-    void tell(const char* deed, const CString& from, const FileOperations::Result& result)
+    /// How many of the requests did not come to their end. On the kernel's thread.
+    std::size_t carryOut(const char* deed, host::ProgressReporter& progress)
     {
-        const std::string place = host::shownPath(result.place);
-        if (m_line.json)
+        std::set<std::string> stuck;
+        if (!m_line.dryRun)
         {
-            Json object;
-            putPath(object, "from", from);
-            putPath(object, "to", result.place);
-            object["files"] = result.records;
-            m_line.out.line(dump(object));
+            host::Reorganizer reorganizer(*m_session);
+            const host::MoveRun::Report report = reorganizer.carryOut(*m_moves, progress);
+            for (const host::MoveRun::Failure& failure : report.failures)
+            {
+                CommandLine::complain(failure.from + " -> " + failure.to + ": " + failure.reason);
+                stuck.insert(failure.from);
+            }
+            for (const std::string& sentence : report.notes)
+                m_line.note(sentence);
+            if (!report.isFinished)
+                throw HostError(
+                    wasInterrupted() ? ExitCode::interrupted : ExitCode::failed,
+                    "stopped after " + countText(static_cast<std::int64_t>(report.moved), "file") +
+                        ": \"qo reorg apply " + reorganizer.lastRun() + "\" goes on, \"qo undo " +
+                        reorganizer.lastRun() + "\" takes it back");
         }
-        else
-            m_line.note(std::string(m_line.dryRun ? "would be " : "") + deed + ": " +
-                        host::shownPath(from) + (from == result.place ? "" : " -> " + place) +
-                        " (" + countText(result.records, "file") + ")");
-        if (!result.note.empty())
-            throw HostError(ExitCode::failed, result.note);
+        std::size_t failed = 0;
+        for (const FileMoves::Request& request : m_moves->requests())
+        {
+            const std::string from = toSystemPath(request.from);
+            const bool isStuck = std::any_of(stuck.begin(),
+                                             stuck.end(),
+                                             [&](const std::string& path)
+                                             { return path == from || host::isBelow(path, from); });
+            if (isStuck)
+                ++failed;
+            else
+                show(deed, request.from, request.to, request.files);
+        }
+        return failed;
     }
 
-private:
     CommandLine& m_line;
+    const char* m_kind;
     std::unique_ptr<Session> m_session;
+    std::optional<FileMoves> m_moves;
 };
 
 void needSource(const CString& path)
 {
-    if (!isThere(path))
+    if (!host::nameExists(path))
         throw HostError(ExitCode::notFound, host::shownPath(path) + " is not there");
 }
 
@@ -162,65 +240,40 @@ ExitCode moveFiles(CommandLine& line, const FileOptions& options)
 {
     std::vector<std::string> sources = options.paths;
     if (sources.size() < 2)
-        throw HostError(ExitCode::usage, "name what is to be moved, and behind it where to");
+        throw HostError(ExitCode::usage, "name what is to be moved, and after it where to");
     const std::string typedTarget = sources.back();
     sources.pop_back();
-    FileWork work(line);
+    FileWork work(line, "mv");
     if (sources.size() > 1 || namesFolder(typedTarget))
         work.needFolder(typedTarget);
-    return work.forEach(sources,
-                        [&](const std::string& typed, host::ProgressReporter& progress)
-                        {
-                            const CString from = placeOf(typed);
-                            const CString to = targetOf(typedTarget);
-                            work.tell("moved", from, work.operations().move(from, to, progress));
-                        });
+    return work.run(sources,
+                    "moved",
+                    [&](FileMoves& moves, const std::string& typed)
+                    { moves.move(placeOf(typed), targetOf(typedTarget)); });
 }
 
-/// Asks about what is more than one file; it can be taken out of the trash again. What would be
-/// refused is refused before.
-void confirmRemoval(FileWork& work, const std::vector<std::string>& paths)
+/// Asks about what is more than one file; it can be taken out of the trash again.
+void confirmRemoval(const CommandLine& line, const FileMoves& moves)
 {
     int files = 0;
-    bool isMuch = false;
-    bool isAny = false;
-    const auto look = [&](const std::string& typed, host::ProgressReporter& progress)
+    bool isFolder = false;
+    for (const FileMoves::Request& request : moves.requests())
     {
-        const CString path = placeOf(typed);
-        files += work.operations(true).remove(path, progress).records;
-        isMuch = isMuch || isAny || fileSystem().isDirectory(path);
-        isAny = true;
-    };
-    host::ProgressReporter silent([](const host::ProgressEvent&) {});
-    for (const std::string& typed : paths)
-    {
-        try
-        {
-            work.session().kernel().run([&] { look(typed, silent); });
-        }
-        catch (const HostError&)
-        {
-            // Behind the question it is told again, beside what becomes of the others.
-            if (paths.size() == 1)
-                throw;
-        }
+        files += request.files;
+        isFolder = isFolder || fileSystem().isDirectory(request.from);
     }
-    if (isMuch)
-        confirm(work.line(), countText(files, "file") + " of the collection will go to the trash.");
+    if (isFolder || moves.requests().size() > 1)
+        confirm(line, countText(files, "file") + " of the collection will go to the trash.");
 }
 
 ExitCode removeFiles(CommandLine& line, const FileOptions& options)
 {
-    FileWork work(line);
-    if (!line.dryRun)
-        confirmRemoval(work, options.paths);
-    return work.forEach(
+    FileWork work(line, "rm");
+    return work.run(
         options.paths,
-        [&](const std::string& typed, host::ProgressReporter& progress)
-        {
-            const CString path = placeOf(typed);
-            work.tell("put into the trash", path, work.operations().remove(path, progress));
-        });
+        "put into the trash",
+        [](FileMoves& moves, const std::string& typed) { moves.remove(placeOf(typed)); },
+        [&line](const FileMoves& moves) { confirmRemoval(line, moves); });
 }
 
 /// Whether a scan would find nothing to do there.
@@ -265,28 +318,25 @@ void takeIn(FileWork& work, const CString& path, host::ProgressReporter& progres
     if (known > 0 && events.empty() && !work.line().json)
         return work.line().note("already known: " + host::shownPath(path) + " (" +
                                 countText(known, "file") + ")");
-    FileOperations::Result result{path, static_cast<int>(events.size()), {}};
+    int files = static_cast<int>(events.size());
     if (!work.line().dryRun)
-        result.records = host::FolderChanges(work.session()).apply(events, progress).scanned;
-    work.tell("taken in", path, result);
+        files = host::FolderChanges(work.session()).apply(events, progress).scanned;
+    work.show("taken in", path, path, files);
 }
 
 ExitCode addFiles(CommandLine& line, const FileOptions& options)
 {
-    FileWork work(line);
-    const auto mode = options.move ? host::DiskMove::Mode::move : host::DiskMove::Mode::copy;
-    const char* const deed = options.move ? "moved" : "copied";
-    if (!options.target.empty())
-        work.needFolder(options.target);
-    return work.forEach(options.paths,
-                        [&](const std::string& typed, host::ProgressReporter& progress)
-                        {
-                            const CString from = placeOf(typed);
-                            if (options.target.empty())
-                                return takeIn(work, from, progress);
-                            const CString to = targetOf(options.target);
-                            work.tell(deed, from, work.operations().add(from, to, mode, progress));
-                        });
+    FileWork work(line, "add");
+    if (options.target.empty())
+        return work.forEach(options.paths,
+                            [&](const std::string& typed, host::ProgressReporter& progress)
+                            { takeIn(work, placeOf(typed), progress); });
+    work.needFolder(options.target);
+    const auto deed = options.move ? host::MovedFile::Deed::move : host::MovedFile::Deed::copy;
+    return work.run(options.paths,
+                    options.move ? "moved" : "copied",
+                    [&](FileMoves& moves, const std::string& typed)
+                    { moves.add(placeOf(typed), targetOf(options.target), deed); });
 }
 } // namespace
 

@@ -8,6 +8,7 @@
 #include "core/runs/Reorganizer.h"
 
 #include <algorithm>
+#include <map>
 
 namespace qo::cli
 {
@@ -122,8 +123,7 @@ ExitCode undoRun(CommandLine& line, const std::string& id)
                                             });
     Json record;
     record["undoes"] = undone;
-    return RunReport(line, "went back", "\"qo reorg undo " + undone + "\" goes on")
-        .put(report, record);
+    return RunReport(line, "went back", "\"qo undo " + undone + "\" goes on").put(report, record);
 }
 
 /// Shows what a run of the plan would do now.
@@ -171,7 +171,7 @@ ExitCode applyPlan(CommandLine& line, const RunOptions& options)
     record["run"] = plan.id;
     return RunReport(line,
                      "moved",
-                     "\"qo reorg apply " + plan.id + "\" goes on, \"qo reorg undo " + plan.id +
+                     "\"qo reorg apply " + plan.id + "\" goes on, \"qo undo " + plan.id +
                          "\" takes it back")
         .put(report, record);
 }
@@ -194,6 +194,7 @@ Json runJson(const Run& run)
     Json object;
     object["run"] = run.id;
     object["made"] = run.made;
+    object["kind"] = run.kind;
     object["rule"] = run.rule;
     object["moved"] = run.moved;
     object["running"] = run.isRunning;
@@ -205,15 +206,17 @@ Json runJson(const Run& run)
 
 void listRuns(CommandLine& line, const RunOptions& options)
 {
-    Listing listing(line,
-                    options.isLong,
-                    {"run", "made", "rule", "moved", "running", "undoes", "undone", "state"},
-                    {{}, {}, {40}, {0, true}, {}});
+    Listing listing(
+        line,
+        options.isLong,
+        {"run", "made", "kind", "rule", "moved", "running", "undoes", "undone", "state"},
+        {{}, {}, {}, {40}, {0, true}, {}});
     for (const Run& run : Reorganizer::runs())
     {
         if (listing.isForPeople())
             listing.addCells({run.id,
                               run.made,
+                              run.kind,
                               line.out.foreign(run.rule),
                               countText(static_cast<std::int64_t>(run.moved), "file"),
                               line.out.foreign(stateOf(run))});
@@ -223,34 +226,48 @@ void listRuns(CommandLine& line, const RunOptions& options)
     listing.finish();
 }
 
+/// Which part of a rule decided on each file, by its first place; none without the plan.
+std::map<std::string, std::string> decisionsOf(const std::string& plan)
+{
+    std::map<std::string, std::string> decisions;
+    try
+    {
+        for (const PlannedFile& file : ReorganizePlan::read(Reorganizer::planPath(plan)).files)
+            decisions[file.from] = file.decidedBy;
+    }
+    catch (const HostError&)
+    {
+        return {};
+    }
+    return decisions;
+}
+
 /// What a run had in mind, in the direction in which it went.
 void listFiles(CommandLine& line, const std::string& id)
 {
     const Run run = findRun(id);
     if (run.id.empty())
-        throw HostError(ExitCode::notFound,
-                        "there is no run " + id +
-                            "; \"qo reorg log\" lists "
-                            "them");
+        throw HostError(ExitCode::notFound, "there is no run " + id + "; \"qo runs\" lists them");
     const bool isUndo = !run.undoes.empty();
-    ReorganizePlan plan = ReorganizePlan::read(Reorganizer::planPath(isUndo ? run.undoes : id));
-    for (PlannedFile& file : plan.files)
+    const auto decisions = decisionsOf(isUndo ? run.undoes : id);
+    const auto put = [&](const std::string& from, const std::string& to)
     {
-        if (file.verdict != PlannedFile::Verdict::move || line.out.isClosed())
-            continue;
-        if (isUndo)
-            std::swap(file.from, file.to);
+        if (line.out.isClosed())
+            return;
         if (!line.json)
-        {
-            line.out.line(line.out.foreign(file.from + " -> " + file.to));
-            continue;
-        }
+            return line.out.line(line.out.foreign(from + " -> " + to));
         Json object;
-        putPath(object, "from", file.from);
-        putPath(object, "to", file.to);
-        object["by"] = file.decidedBy;
+        putPath(object, "from", from);
+        putPath(object, "to", to);
+        const auto by = decisions.find(isUndo ? to : from);
+        object["by"] = by == decisions.end() ? Json() : Json(by->second);
         line.out.line(dump(object));
-    }
+    };
+    const host::MoveProgress progress = Reorganizer::progressOf(id);
+    for (const host::MovedFile& file : progress.files())
+        put(file.from, file.to);
+    for (const host::MoveProgress::Refusal& refusal : progress.start().refusals)
+        put(refusal.from, refusal.to);
 }
 
 ExitCode showLog(CommandLine& line, const RunOptions& options)
@@ -276,13 +293,58 @@ ExitCode tryUndo(CommandLine& line, const RunOptions& options)
             const Run run = findRun(Reorganizer::undoable(options.plan));
             if (line.json)
                 return line.out.line(dump(runJson(run)));
-            line.note("would take back the run " + run.id + ", by the rule " + run.rule + ": " +
-                      countText(static_cast<std::int64_t>(run.moved), "file"));
+            line.note("would take back the run " + run.id +
+                      (run.rule.empty() ? " of qo " + run.kind : ", by the rule " + run.rule) +
+                      ": " + countText(static_cast<std::int64_t>(run.moved), "file"));
         });
     return ExitCode::done;
 }
 
+ExitCode forgetRun(CommandLine& line, const std::string& id)
+{
+    const auto session = openKernel(line, KernelUse::hold);
+    const Run run = session->kernel().run([&] { return findRun(id); });
+    if (run.id.empty())
+        throw HostError(ExitCode::notFound, "there is no run " + id + "; \"qo runs\" lists them");
+    if (line.dryRun)
+        return line.note("would set the run " + id + " aside"), ExitCode::done;
+    confirm(line,
+            "The run " + id +
+                " can then neither go on nor be taken back, and files that it moved and that the "
+                "collection does not know at their new places will count as new.");
+    session->kernel().run([&] { Reorganizer::forget(id); });
+    line.note("the run " + id + " is set aside");
+    return ExitCode::done;
+}
+
+void fillUndo(CommandLine& line, CLI::App& command)
+{
+    auto options = std::make_shared<RunOptions>();
+    line.setAction(command,
+                   [&line, options] {
+                       return line.dryRun ? tryUndo(line, *options) : undoRun(line, options->plan);
+                   });
+    addArgument(command, "ID", options->plan, "The run; by default the last one");
+}
+
+void fillRuns(CommandLine& line, CLI::App& command)
+{
+    auto options = std::make_shared<RunOptions>();
+    line.setAction(command, [&line, options] { return showLog(line, *options); });
+    addArgument(command, "ID", options->plan, "A run");
+    command.add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");
+}
 } // namespace
+
+void setUpUndo(CommandLine& line, CLI::App& command)
+{
+    fillUndo(line, command);
+}
+
+void setUpRuns(CommandLine& line, CLI::App& command)
+{
+    fillRuns(line, command);
+}
 
 void addReorgRunCommands(CommandLine& line, CLI::App& group)
 {
@@ -294,22 +356,17 @@ void addReorgRunCommands(CommandLine& line, CLI::App& group)
     addArgument(*apply, "PLAN", applied->plan, "The id of a plan, or the file of one");
     apply->add_flag("--last", applied->last, "The youngest plan");
 
-    auto undone = std::make_shared<RunOptions>();
-    CLI::App* const undo = line.addCommand(
-        group,
-        "undo",
-        "Take back what a plan moved, also when that was cut short",
-        [&line, undone]
-        { return line.dryRun ? tryUndo(line, *undone) : undoRun(line, undone->plan); });
-    addArgument(*undo, "ID", undone->plan, "The run; by default the last one");
+    fillUndo(line,
+             *line.addCommand(
+                 group, "undo", "Take back what a run did, also when that was cut short", {}));
+    fillRuns(line, *line.addCommand(group, "log", "List the runs, or the files of one", {}));
 
-    auto logged = std::make_shared<RunOptions>();
-    CLI::App* const log =
+    auto forgotten = std::make_shared<RunOptions>();
+    CLI::App* const forget =
         line.addCommand(group,
-                        "log",
-                        "List the plans that were carried out, or the files of one",
-                        [&line, logged] { return showLog(line, *logged); });
-    addArgument(*log, "ID", logged->plan, "A run");
-    log->add_flag("-l,--long", logged->isLong, "Tabs between the columns, with their names");
+                        "forget",
+                        "Set aside a run that cannot come to its end, so that others can begin",
+                        [&line, forgotten] { return forgetRun(line, forgotten->plan); });
+    addArgument(*forget, "ID", forgotten->plan, "The run")->required();
 }
 } // namespace qo::cli

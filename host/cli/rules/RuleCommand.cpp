@@ -77,7 +77,7 @@ void listRules(CommandLine& line, const RuleStore& store, bool isLong)
     noteBadFiles(line);
 }
 
-/// The file behind a rule that is not in the store since its file is bad; "" when there is none.
+/// The file of a rule that is not in the store since its file is bad; "" when there is none.
 CString badFileOf(const std::string& typed)
 {
     const CString path = CReorganizeUtils::makeReorgRulePath(fromUtf8(typed));

@@ -72,6 +72,13 @@ void CollectionChanges::arrive(const CString& path, const CString& from)
         m_arrivals.emplace_back(from, path);
 }
 
+void CollectionChanges::restore(const QoFileDbItemPtr& record)
+{
+    Stage& stage = stageFor(record->path, CString());
+    stage.list.addVelmoraFile(record->path, record);
+    stage.analyze(record->path);
+}
+
 void CollectionChanges::move(const CString& from, const CString& to, bool readAgain)
 {
     Stage& stage = stageFor(from, to);

@@ -30,6 +30,8 @@ public:
     /// A new file at a path that was free. It comes from another path, unless that is empty: edits
     /// that wait for a file without a record there become its own.
     void arrive(const CString& path, const CString& from);
+    /// A file that is back with its former record, whose path is that of the file.
+    void restore(const QoFileDbItemPtr& record);
     /// A record whose file has another path now. With readAgain its tag is read if it is newer.
     void move(const CString& from, const CString& to, bool readAgain);
     /// A record whose file has gone.

@@ -1,5 +1,7 @@
 #include "core/collection/CollectionFiles.h"
 
+#include "core/roots/RootLister.h"
+
 #include <QoKernel/Logical.h>
 
 #include <algorithm>
@@ -19,6 +21,24 @@ CString rebased(const CString& path, const CString& from, const CString& to)
     for (const CString& name : CQoCollPath(path).relativeTo(CQoCollPath(from)))
         moved = moved.child(name);
     return moved.toString();
+}
+
+std::vector<CString> filesAt(const CString& path, RootLister& lister)
+{
+    FileInfo info;
+    if (fileSystem().info(path, Spelling::exact, info) != 0)
+        return {};
+    std::vector<CString> files;
+    if (info.kind == FileKind::regular && !lister.isPassedOver(path))
+        files.push_back(path);
+    if (info.kind == FileKind::directory)
+        lister.forEachFile(path,
+                           [&files](const CString& file, const FileInfo&)
+                           {
+                               files.push_back(file);
+                               return true;
+                           });
+    return files;
 }
 
 bool hasUnsaved(const CQoCollection& collection)

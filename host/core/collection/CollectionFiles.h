@@ -4,10 +4,13 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 /// Small helpers around the paths of records and the files they stand for.
 namespace qo::host
 {
+class RootLister;
+
 /// The user's own collection.
 inline CQoCollection& ownCollection()
 {
@@ -19,6 +22,9 @@ std::u16string pathKey(const CString& path);
 
 /// Where a file below one path lies once that is another.
 CString rebased(const CString& path, const CString& from, const CString& to);
+
+/// The file itself, or every regular file in the folder, as a scan would find them.
+std::vector<CString> filesAt(const CString& path, RootLister& lister);
 
 /// Whether the collection holds what its database does not.
 bool hasUnsaved(const CQoCollection& collection);

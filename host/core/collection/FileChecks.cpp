@@ -1,5 +1,6 @@
 #include "core/collection/FileChecks.h"
 
+#include "core/base/Disk.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/collection/CollectionFiles.h"
@@ -8,8 +9,6 @@
 
 #include <QoKernel/Collection.h>
 #include <QoKernel/Physical.h>
-
-#include <sys/stat.h>
 
 #include <cerrno>
 #include <set>
@@ -21,7 +20,7 @@ namespace qo::host
 namespace
 {
 /// Device and inode: what a thing is, under whatever name.
-using Identity = std::pair<dev_t, ino_t>;
+using Identity = std::pair<std::uint64_t, std::uint64_t>;
 
 CString folderAbove(const CString& path)
 {
@@ -31,10 +30,10 @@ CString folderAbove(const CString& path)
 /// False if absent. The name itself, not what a link leads to.
 bool identityOf(const std::string& path, Identity& identity)
 {
-    struct stat st;
-    if (::lstat(path.c_str(), &st) != 0)
+    NameInfo info;
+    if (disk::look(path, info) != 0)
         return false;
-    identity = {st.st_dev, st.st_ino};
+    identity = {info.device, info.inode};
     return true;
 }
 
@@ -157,10 +156,10 @@ namespace check
 {
 void source(const CString& path, const std::string& deed)
 {
-    struct stat st;
-    if (::lstat(toSystemPath(path).c_str(), &st) == 0)
+    NameInfo info;
+    const int error = disk::look(toSystemPath(path), info);
+    if (error == 0)
         return;
-    const int error = errno;
     throw HostError(error == ENOENT || error == ENOTDIR ? ExitCode::notFound : ExitCode::failed,
                     shownPath(path) + " cannot be " + deed + ": " + errorWords(error));
 }

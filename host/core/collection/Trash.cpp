@@ -1,12 +1,10 @@
 #include "core/collection/Trash.h"
 
+#include "core/base/Disk.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,15 +21,14 @@ namespace qo::host
 struct Trash::Place
 {
     std::string folder;
-    std::string top; ///< paths are told relative to it; "" for the home trash, which tells them all
+    std::string top; ///< notes name paths from here; "" for the home trash, whose are absolute
 };
 
 namespace
 {
-constexpr mode_t ownerFolder = 0700;
-constexpr mode_t ownerFile = 0600;
 constexpr std::size_t longestName = 255;
 constexpr std::string_view infoEnd = ".trashinfo";
+constexpr std::size_t roomToWrite = 4; ///< a note is written under a longer name first
 
 [[noreturn]] void refuse(const std::string& path, const std::string& cause)
 {
@@ -39,25 +36,11 @@ constexpr std::string_view infoEnd = ".trashinfo";
                     path + " cannot be put into the trash: " + cause + "; it is where it was");
 }
 
-/// Tells file systems apart, and two mounts of one: nothing can be renamed from one to the other.
-/// Never 0 for what exists.
+/// Tells file systems apart, and two mounts of one. 0 for what is not there.
 std::uint64_t mountOf(const std::string& path)
 {
-    struct statx found;
-    if (::statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_MNT_ID, &found) != 0)
-        return 0;
-    return (found.stx_mask & STATX_MNT_ID) != 0
-               ? found.stx_mnt_id
-               : ::makedev(found.stx_dev_major, found.stx_dev_minor) + 1;
-}
-
-/// The nearest folder on the way up that is there.
-std::string nearestFolder(std::string path)
-{
-    struct stat st;
-    while (path != "/" && ::stat(path.c_str(), &st) != 0)
-        path = parentOf(path);
-    return path;
+    NameInfo info;
+    return disk::look(path, info) == 0 ? info.mount : 0;
 }
 
 /// The highest folder above that lies on the same mount.
@@ -74,21 +57,24 @@ std::string topOf(const std::string& path)
 /// of must not be trusted. An error number, 0 for success.
 int makeOwnFolder(const std::string& folder)
 {
-    if (::mkdir(folder.c_str(), ownerFolder) != 0 && errno != EEXIST)
-        return errno;
-    struct stat st;
-    if (::lstat(folder.c_str(), &st) != 0)
-        return errno;
-    if (!S_ISDIR(st.st_mode))
+    const int made = disk::makeFolder(folder);
+    NameInfo info;
+    if (made != 0 && made != EEXIST)
+        return made;
+    if (const int error = disk::look(folder, info))
+        return error;
+    if (info.kind != NameInfo::Kind::directory)
         return ENOTDIR;
-    return st.st_uid == ::geteuid() ? 0 : EPERM;
+    return info.owner == ::geteuid() ? 0 : EPERM;
 }
 
 /// The administrator's common trash counts only if nobody can remove what is another's in it.
 bool isSharedTrash(const std::string& folder)
 {
-    struct stat st;
-    return ::lstat(folder.c_str(), &st) == 0 && S_ISDIR(st.st_mode) && (st.st_mode & S_ISVTX) != 0;
+    constexpr std::uint32_t sticky = 01000;
+    NameInfo info;
+    return disk::look(folder, info) == 0 && info.kind == NameInfo::Kind::directory &&
+           (info.mode & sticky) != 0;
 }
 
 std::string percentEncoded(const std::string& path)
@@ -109,13 +95,13 @@ std::string percentEncoded(const std::string& path)
 
 std::string infoText(const std::string& path, const std::string& top)
 {
-    const std::string told = top.empty() ? path : path.substr(top == "/" ? 1 : top.size() + 1);
+    const std::string original = top.empty() ? path : path.substr(top == "/" ? 1 : top.size() + 1);
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     ::localtime_r(&now, &local);
     char date[32];
     std::strftime(date, sizeof(date), "%Y-%m-%dT%H:%M:%S", &local);
-    return "[Trash Info]\nPath=" + percentEncoded(told) + "\nDeletionDate=" + date + "\n";
+    return "[Trash Info]\nPath=" + percentEncoded(original) + "\nDeletionDate=" + date + "\n";
 }
 
 /// "song.mp3", "song.2.mp3", ...: cut so that the name of the note about it fits as well.
@@ -126,63 +112,13 @@ std::string numbered(const std::string& name, int number)
     const std::string end = (number == 1 ? std::string() : "." + std::to_string(number)) +
                             (hasEnd ? name.substr(dot) : std::string());
     std::string stem = hasEnd ? name.substr(0, dot) : name;
-    std::size_t length = std::min(stem.size(), longestName - infoEnd.size() - end.size());
+    std::size_t length =
+        std::min(stem.size(), longestName - infoEnd.size() - roomToWrite - end.size());
     while (length < stem.size() && length > 1 && (stem[length] & 0xC0) == 0x80)
         --length;
     return stem.substr(0, length) + end;
 }
 
-/// A new file with that content on the disk; an error number, 0 for success.
-int writeNew(const std::string& path, const std::string& text)
-{
-    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, ownerFile);
-    if (file < 0)
-        return errno;
-    std::size_t done = 0;
-    int error = 0;
-    while (done < text.size() && error == 0)
-    {
-        const ssize_t wrote = ::write(file, text.data() + done, text.size() - done);
-        done += wrote > 0 ? static_cast<std::size_t>(wrote) : 0;
-        error = wrote < 0 && errno != EINTR ? errno : 0;
-    }
-    if (error == 0 && ::fsync(file) != 0)
-        error = errno;
-    ::close(file);
-    if (error != 0)
-        ::unlink(path.c_str());
-    return error;
-}
-
-int renameNoReplace(const std::string& from, const std::string& to)
-{
-    return fileSystem().moveFileNoReplace(fromSystemPath(from), fromSystemPath(to));
-}
-
-/// The note first: what has none cannot be found again.
-int putInto(const std::string& folder,
-            const std::string& path,
-            const std::string& text,
-            Trash::Item& item)
-{
-    constexpr int tries = 100'000;
-    const std::string name = path.substr(path.rfind('/') + 1);
-    for (int i = 1; i <= tries; ++i)
-    {
-        const std::string free = numbered(name, i);
-        item = {path, folder + "/files/" + free, folder + "/info/" + free + std::string(infoEnd)};
-        int error = writeNew(item.info, text);
-        if (error == 0)
-        {
-            error = renameNoReplace(path, item.file);
-            if (error != 0)
-                ::unlink(item.info.c_str());
-        }
-        if (error != EEXIST)
-            return error;
-    }
-    return EEXIST;
-}
 } // namespace
 
 Trash::Trash(std::string homeTrash) : m_homeTrash(std::move(homeTrash)) {}
@@ -198,22 +134,22 @@ std::string Trash::ofThisUser()
 
 std::string Trash::homeFolderOn(std::uint64_t mount, const std::string& path) const
 {
-    struct stat st;
-    if (::lstat(m_homeTrash.c_str(), &st) != 0 || !S_ISLNK(st.st_mode))
+    NameInfo info;
+    if (disk::look(m_homeTrash, info) != 0 || info.kind != NameInfo::Kind::link)
         return m_homeTrash;
     const std::string real = resolvedPath(m_homeTrash);
-    if (real.empty() || ::stat(real.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) ||
-        st.st_uid != ::geteuid() || mountOf(real) != mount)
+    if (real.empty() || disk::lookAtFolder(real, info) != 0 || info.owner != ::geteuid() ||
+        info.mount != mount)
         refuse(path,
                "the trash " + m_homeTrash +
                    " is a symbolic link to what is no folder of yours on the same file system");
     return real;
 }
 
-Trash::Place Trash::placeFor(const std::string& path) const
+Trash::Place Trash::trashFor(const std::string& path) const
 {
     const std::uint64_t mount = mountOf(path);
-    if (mountOf(nearestFolder(m_homeTrash)) == mount)
+    if (mountOf(disk::nearestFolder(m_homeTrash)) == mount)
     {
         if (const int error = fileSystem().makeDirectories(fromSystemPath(parentOf(m_homeTrash))))
             refuse(path, parentOf(m_homeTrash) + " cannot be made: " + errorWords(error));
@@ -228,31 +164,58 @@ Trash::Place Trash::placeFor(const std::string& path) const
     return {shared + "-" + user, top};
 }
 
-Trash::Item Trash::put(const std::string& path) const
+Trash::Item Trash::placeFor(const std::string& path, const std::set<std::string>& takenNotes) const
 {
-    struct stat st;
-    if (::lstat(path.c_str(), &st) != 0)
-        refuse(path, errorWords(errno));
-    if (S_ISDIR(st.st_mode) && mountOf(path) != mountOf(parentOf(path)))
+    NameInfo info;
+    if (const int error = disk::look(path, info))
+        refuse(path, errorWords(error));
+    if (info.kind == NameInfo::Kind::directory && info.mount != mountOf(parentOf(path)))
         refuse(path, "it is a mount point");
-    const Place place = placeFor(path);
+    const Place place = trashFor(path);
     for (const char* part : {"", "/files", "/info"})
     {
         if (const int error = makeOwnFolder(place.folder + part))
             refuse(path,
                    "the trash " + place.folder + part + " cannot be used: " + errorWords(error));
     }
-    Item item;
-    if (const int error = putInto(place.folder, path, infoText(path, place.top), item))
-        refuse(path, errorWords(error));
-    return item;
+    constexpr int tries = 100'000;
+    const std::string name = path.substr(path.rfind('/') + 1);
+    for (int i = 1; i <= tries; ++i)
+    {
+        const std::string file = place.folder + "/files/" + numbered(name, i);
+        const std::string note = noteOf(file);
+        if (!takenNotes.contains(note) && disk::isNothingAt(note) && disk::isNothingAt(file))
+            return {file, note, infoText(path, place.top)};
+    }
+    refuse(path, errorWords(EEXIST));
 }
 
-int Trash::putBack(const Item& item)
+Trash::Item Trash::put(const std::string& path) const
 {
-    if (const int error = renameNoReplace(item.file, item.original))
-        return error;
-    ::unlink(item.info.c_str());
-    return 0;
+    const Item item = placeFor(path);
+    if (const int error = disk::writeNew(item.note, item.text))
+        refuse(path, item.note + ": " + errorWords(error));
+    const int error = disk::moveNoReplace(path, item.file);
+    if (error == 0)
+        return item;
+    (void)disk::removeFile(item.note);
+    refuse(path, errorWords(error));
+}
+
+std::string Trash::noteOf(const std::string& file)
+{
+    return parentOf(parentOf(file)) + "/info/" + file.substr(file.rfind('/') + 1) +
+           std::string(infoEnd);
+}
+
+bool Trash::canHold(const std::string& file) const
+{
+    const std::string files = parentOf(file);
+    const std::string folder = parentOf(files);
+    const std::string user = std::to_string(::geteuid());
+    const std::string name = folder.substr(folder.rfind('/') + 1);
+    return files.ends_with("/files") &&
+           (folder == m_homeTrash || folder == resolvedPath(m_homeTrash) ||
+            name == ".Trash-" + user || folder.ends_with("/.Trash/" + user));
 }
 } // namespace qo::host

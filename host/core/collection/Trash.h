@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 
 namespace qo::host
@@ -13,12 +14,12 @@ namespace qo::host
 class Trash
 {
 public:
-    /// One thing in the trash.
+    /// Where a thing goes in the trash.
     struct Item
     {
-        std::string original;
-        std::string file; ///< where it lies now
-        std::string info;
+        std::string file;
+        std::string note; ///< the file that tells where it was
+        std::string text; ///< what the note says
     };
 
     /// The home trash, by default the one of this user: "Trash" below XDG_DATA_HOME, or below
@@ -28,18 +29,25 @@ public:
     static std::string ofThisUser();
     const std::string& homeTrash() const { return m_homeTrash; }
 
-    /// Moves a file, link or folder there. A failure throws HostError and leaves it where it is:
-    /// nothing is deleted in place of throwing it away.
+    /// Finds a free place for a file, link or folder, which stays where it is: the caller writes
+    /// the note first, since what has none cannot be found again. Makes the trash. Places that are
+    /// taken already, by their notes, may be given. Throws HostError when there is no trash that
+    /// can be trusted.
+    Item placeFor(const std::string& path, const std::set<std::string>& takenNotes = {}) const;
+    /// Moves it to such a place itself. Throws HostError, with the thing where it was.
     Item put(const std::string& path) const;
-    /// Moves it back where it was, unless something else is there; the error number, 0 for success.
-    static int putBack(const Item& item);
+    /// Whether the path can be that of a thing in this trash, or in one at the top of a file
+    /// system.
+    bool canHold(const std::string& file) const;
+    /// The note of a thing in the trash.
+    static std::string noteOf(const std::string& file);
 
 private:
     struct Place;
 
-    /// The home trash itself, behind the link that it may be.
+    /// The home trash itself, with the link followed that it may be.
     std::string homeFolderOn(std::uint64_t mount, const std::string& path) const;
-    Place placeFor(const std::string& path) const;
+    Place trashFor(const std::string& path) const;
 
     std::string m_homeTrash;
 };

@@ -100,7 +100,7 @@ void CollectionLoader::loadGuarded()
         settleUnfinishedScan();
         // Before a record goes its place must be known, however the last command ended.
         PendingTags::settle(m_session);
-        if (hasUntoldMoves())
+        if (hasUnappliedMoves())
             followMoves();
     }
     const CollInfoDbItem info = storedInfo(m_database);
@@ -215,7 +215,7 @@ void CollectionLoader::followMoves()
         return;
     m_session.scanHost().forget();
     readDatabase(folders, kinds);
-    tellUntoldMoves(m_session);
+    applyUnfinishedMoves(m_session);
 }
 
 void CollectionLoader::readDatabase(const CStringArray& folders, const CQoPathsInfoMap& kinds)

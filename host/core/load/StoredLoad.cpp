@@ -38,7 +38,7 @@ bool haveRootsChanged(const RootFolders& roots, const CString& database)
 
 void noteWhatWaits(const Session& session, const RootFolders& roots, const CString& database)
 {
-    if (hasUntoldMoves())
+    if (hasUnappliedMoves())
         session.note("files were moved by a command that was cut short: some stand here under "
                      "their former paths until the next command that changes something");
     if (CollectionLoader::hasUnfinishedScan())

@@ -1,9 +1,8 @@
 #include "core/plan/DiskFolders.h"
 
+#include "core/base/Disk.h"
 #include "core/base/HostFiles.h"
 #include "core/plan/TargetName.h"
-
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -32,9 +31,9 @@ DiskFolders::DiskFolders()
 {
     for (const CString& own : specialFolders().ownFolders())
     {
-        struct stat st;
-        if (::stat(toSystemPath(own).c_str(), &st) == 0)
-            m_ownFolders.emplace_back(st.st_dev, st.st_ino);
+        NameInfo info;
+        if (disk::lookAtFolder(toSystemPath(own), info) == 0)
+            m_ownFolders.emplace_back(info.device, info.inode);
     }
 }
 
@@ -45,7 +44,9 @@ DiskFolders::Folder& DiskFolders::base(const CString& path)
     {
         folder = std::make_unique<Folder>();
         folder->path = path;
-        folder->isThere = fileSystem().isDirectory(path);
+        NameInfo info;
+        folder->isThere = disk::lookAtFolder(toSystemPath(path), info) == 0;
+        folder->device = info.device;
         folder->rules = volumeRulesOf(path);
         if (!folder->isThere)
             folder->whyClosed = shownPath(path) + " is not there";
@@ -84,6 +85,7 @@ DiskFolders::Folder& DiskFolders::child(Folder& parent, const CString& name)
         folder->path = addBackslash(parent.path) + name;
         folder->parent = &parent;
         folder->rules = parent.rules;
+        folder->device = parent.device;
         folder->whyClosed = parent.whyClosed;
         if (folder->whyClosed.empty())
             look(*folder, name);
@@ -91,20 +93,58 @@ DiskFolders::Folder& DiskFolders::child(Folder& parent, const CString& name)
     return *folder;
 }
 
+void DiskFolders::want(const Folder& base, const CString& relative)
+{
+    const CString path = addBackslash(base.path) + relative;
+    if (!relative.IsEmpty() && m_wanted[path]++ == 0)
+        m_wantedInOrder.push_back(path);
+}
+
+/// The spelling that most files want, the first of those that equally many want.
+const CString& DiskFolders::spellingOf(const Folder& parent, const CString& wanted)
+{
+    for (const CString& path : m_wantedInOrder)
+    {
+        for (int end = path.Find(u'\\'); end >= 0; end = path.Find(u'\\', end + 1))
+            addWish(path.Left(end), m_wanted[path]);
+        addWish(path, m_wanted[path]);
+    }
+    m_wantedInOrder.clear();
+    const auto wishes = m_wishes.find(sameNameKey(addBackslash(parent.path) + wanted));
+    if (wishes == m_wishes.end())
+        return wanted;
+    return std::max_element(wishes->second.begin(),
+                            wishes->second.end(),
+                            [](const Wish& a, const Wish& b) { return a.files < b.files; })
+        ->name;
+}
+
+void DiskFolders::addWish(const CString& folder, std::size_t files)
+{
+    const CString name = folder.Mid(folder.ReverseFind(u'\\') + 1);
+    std::vector<Wish>& wishes = m_wishes[sameNameKey(folder)];
+    auto wish = std::find_if(
+        wishes.begin(), wishes.end(), [&](const Wish& each) { return each.name == name; });
+    if (wish == wishes.end())
+        wish = wishes.insert(wishes.end(), Wish{name, 0});
+    wish->files += files;
+}
+
 DiskFolders::Folder& DiskFolders::fittingChild(Folder& parent, const CString& wanted)
 {
-    const CString name = fittingFolderName(wanted, parent.rules);
+    const CString name = fittingFolderName(spellingOf(parent, wanted), parent.rules);
     const std::vector<CString>& alike = namesLike(parent, name);
     if (std::find(alike.begin(), alike.end(), name) != alike.end())
         return child(parent, name);
-    const auto isSame = [&](const CString& other)
-    { return parent.rules.ignoresCase || toNfc(other) == toNfc(name); };
-    const auto same = std::find_if(alike.begin(), alike.end(), isSame);
-    if (same != alike.end())
-        return child(parent, *same);
-    // Of two new folders the first that is asked for gives the name.
-    const CString& first = parent.newFolders.emplace(sameNameKey(name), name).first->second;
-    return child(parent, isSame(first) ? first : name);
+    for (const CString& other : alike)
+    {
+        // A file of such a name is in the way only where the disk takes both for one.
+        Folder& folder = child(parent, other);
+        if (folder.isThere || parent.rules.ignoresCase || toNfc(other) == toNfc(name))
+            return folder;
+    }
+    parent.newFolders.emplace(sameNameKey(name), name);
+    return child(parent, name);
 }
 
 const std::vector<CString>& DiskFolders::namesLike(Folder& folder, const CString& name)
@@ -130,21 +170,25 @@ void DiskFolders::look(Folder& folder, const CString& name) const
         folder.whyClosed = shown + " is a trash";
     if (!folder.parent->isThere)
         return;
-    struct stat st;
-    if (::lstat(toSystemPath(folder.path).c_str(), &st) != 0)
+    NameInfo info;
+    if (const int error = disk::look(toSystemPath(folder.path), info))
     {
-        if (const int error = errno; error != ENOENT)
+        if (error != ENOENT)
             folder.whyClosed = shown + " cannot be looked at: " + errorWords(error);
         return;
     }
-    folder.isThere = S_ISDIR(st.st_mode);
-    const Identity identity(st.st_dev, st.st_ino);
+    folder.isThere = info.kind == NameInfo::Kind::directory;
+    const Identity identity(info.device, info.inode);
     if (std::find(m_ownFolders.begin(), m_ownFolders.end(), identity) != m_ownFolders.end())
         folder.whyClosed = shown + " is part of this program's data";
     else if (!folder.isThere)
-        folder.whyClosed = shown + (S_ISLNK(st.st_mode) ? " is a link" : " is no folder");
+        folder.whyClosed =
+            shown + (info.kind == NameInfo::Kind::link ? " is a link" : " is no folder");
     else
+    {
         folder.rules = volumeRulesOf(folder.path);
+        folder.device = info.device;
+    }
 }
 
 void DiskFolders::readNames(Folder& folder) const

@@ -23,7 +23,8 @@ public:
         CString path;
         Folder* parent = nullptr; ///< null for a base
         bool isThere = false;
-        VolumeRules rules; ///< for names in it
+        std::uint64_t device = 0; ///< of it, or of the nearest folder above that is there
+        VolumeRules rules;        ///< for names in it
         /// A clause, when files may neither leave the folder nor come into it: it or one on the way
         /// from the base is a link or no folder, the trash or a folder of this program.
         std::string whyClosed;
@@ -40,17 +41,20 @@ public:
 
     DiskFolders();
 
-    /// A folder that all others are told of by their paths from it; links are followed.
+    /// A folder from which the paths of all others count; links are followed.
     Folder& base(const CString& path);
     /// The folder of exactly that path; "" for the base itself.
     Folder& below(Folder& base, const CString& relative);
-    /// The folder for new files: names that the place cannot hold are made to fit, and one that
-    /// differs from an existing folder only in ways that the file system does not see, or in
-    /// Unicode form, becomes that folder.
+    /// A file will be put into that folder. To be called for all files before the first target():
+    /// so each folder gets one spelling.
+    void want(const Folder& base, const CString& relative);
+    /// The folder for new files: names that the place cannot hold are made to fit. Spellings that
+    /// differ in case or in Unicode form alone are one folder, since the collection takes them for
+    /// one: the one that the disk has, else the one that most files want, else the first.
     Folder& target(Folder& base, const CString& relative);
 
     /// The names in the folder that the collection takes for the same as this one. Where they
-    /// cannot be told, none, and the folder is closed.
+    /// cannot be read, none, and the folder is closed.
     const std::vector<CString>& namesLike(Folder& folder, const CString& name);
     /// Whether target() gave a folder in this one that has to be made and has such a name.
     static bool isNewFolder(const Folder& folder, const CString& name);
@@ -60,10 +64,22 @@ private:
 
     Folder& child(Folder& parent, const CString& name);
     Folder& fittingChild(Folder& parent, const CString& wanted);
+    const CString& spellingOf(const Folder& parent, const CString& wanted);
+    void addWish(const CString& folder, std::size_t files);
     void look(Folder& folder, const CString& name) const;
     void readNames(Folder& folder) const;
 
+    struct Wish
+    {
+        CString name;
+        std::size_t files = 0;
+    };
+
     std::vector<Identity> m_ownFolders;
+    std::unordered_map<CString, std::size_t> m_wanted; ///< files by path of the folder, as wanted
+    std::vector<CString> m_wantedInOrder;
+    /// The spellings of each folder by the key of its path; made of the above when first needed.
+    std::unordered_map<CString, std::vector<Wish>> m_wishes;
     std::unordered_map<CString, std::unique_ptr<Folder>> m_bases;
 };
 } // namespace qo::host

@@ -13,6 +13,7 @@
 #include <QoKernel/Inside.h>
 #include <QoKernel/Physical.h>
 
+#include <cerrno>
 #include <set>
 #include <utility>
 
@@ -69,8 +70,11 @@ std::string whyOther(const QoFileDbItem& record, PlannedFile& file)
 {
     constexpr std::int64_t nanoseconds = 1'000'000'000;
     bool isRegular = false;
-    if (const int error = markOf(file.from, file.mark, isRegular))
+    const int error = markOf(file.from, file.mark, isRegular);
+    if (error == ENOENT || error == ENOTDIR)
         return "it cannot be found any more (" + errorWords(error) + "); run qo scan";
+    if (error != 0)
+        return "it cannot be looked at: " + errorWords(error);
     if (!isRegular && fileSystem().isLink(record.path))
         return "it is a link";
     FileInfo info;
@@ -96,8 +100,9 @@ public:
     {
         m_progress.setStage(IQoProgress::stageCheck);
         m_progress.setRange(IQoProgress::rangeKnown, records.GetSize());
-        std::vector<PlanCandidate> candidates;
-        candidates.reserve(static_cast<std::size_t>(records.GetSize()));
+        // The rule first: folders get their spellings by what all files want.
+        std::vector<Wanting> files;
+        files.reserve(static_cast<std::size_t>(records.GetSize()));
         for (const QoFileDbItemPtr& record : records)
         {
             if (m_progress.isCanceled())
@@ -107,8 +112,12 @@ public:
                 enter(m_folder.path());
             const File file = m_directory ? m_directory->getFile(record->path) : File();
             if (file && !toSystemPath(m_root->path).empty())
-                candidates.push_back(candidateFor(*record, file));
+                addWanting(*record, file, files);
         }
+        std::vector<PlanCandidate> candidates;
+        candidates.reserve(files.size());
+        for (Wanting& wanting : files)
+            candidates.push_back(candidateFor(wanting));
         refuseConflicts(candidates, m_folders);
         return inOrder(candidates);
     }
@@ -138,9 +147,27 @@ private:
         m_source = &m_folders.below(*m_root, folderBelow(m_root->path, path + u"x"));
     }
 
-    PlanCandidate candidateFor(const QoFileDbItem& record, const File& file)
+    /// A file and where the rule wants it.
+    struct Wanting
     {
-        const RuleWalk::Answer answer = m_walk.answerFor(file, m_root->path);
+        const QoFileDbItem* record = nullptr;
+        RuleWalk::Answer answer;
+        DiskFolders::Folder* root = nullptr;
+        DiskFolders::Folder* source = nullptr;
+    };
+
+    void addWanting(const QoFileDbItem& record, const File& file, std::vector<Wanting>& files)
+    {
+        RuleWalk::Answer answer = m_walk.answerFor(file, m_root->path);
+        if (answer.hasPlace)
+            m_folders.want(m_targetFolder ? *m_targetFolder : *m_root, answer.folder);
+        files.push_back({&record, std::move(answer), m_root, m_source});
+    }
+
+    PlanCandidate candidateFor(const Wanting& wanting)
+    {
+        const QoFileDbItem& record = *wanting.record;
+        const RuleWalk::Answer& answer = wanting.answer;
         PlanCandidate candidate;
         candidate.from = record.path;
         candidate.track = answer.track;
@@ -153,15 +180,15 @@ private:
         planned.reason = answer.reason;
         planned.verdict = answer.isMeant ? Verdict::refused : Verdict::stay;
         if (answer.hasPlace)
-            judge(candidate, answer, whyChanged);
+            judge(candidate, wanting, whyChanged);
         return candidate;
     }
 
-    void
-    judge(PlanCandidate& candidate, const RuleWalk::Answer& answer, const std::string& whyChanged)
+    void judge(PlanCandidate& candidate, const Wanting& wanting, const std::string& whyChanged)
     {
+        const RuleWalk::Answer& answer = wanting.answer;
         PlannedFile& planned = candidate.file;
-        DiskFolders::Folder& into = m_targetFolder ? *m_targetFolder : *m_root;
+        DiskFolders::Folder& into = m_targetFolder ? *m_targetFolder : *wanting.root;
         candidate.folder = &m_folders.target(into, answer.folder);
         candidate.name = fittingFileName(answer.name, candidate.folder->rules);
         candidate.to = addBackslash(candidate.folder->path) + candidate.name;
@@ -172,14 +199,15 @@ private:
             planned.reason = "it is there already";
             return;
         }
-        planned.reason = whyNot(candidate);
+        planned.targetDevice = candidate.folder->device;
+        planned.reason = whyNot(candidate, *wanting.source);
         if (planned.reason.empty())
             planned.reason = whyChanged;
         planned.verdict = planned.reason.empty() ? Verdict::move : Verdict::refused;
     }
 
     /// Why the places speak against the move; "" when they do not.
-    std::string whyNot(const PlanCandidate& candidate) const
+    static std::string whyNot(const PlanCandidate& candidate, const DiskFolders::Folder& source)
     {
         const std::string& to = candidate.file.to;
         if (to.empty())
@@ -187,7 +215,7 @@ private:
         if (to.size() > static_cast<std::size_t>(longestSystemPath()))
             return "its path would be longer than " + std::to_string(longestSystemPath()) +
                    " bytes, the most that the system takes";
-        return m_source->whyClosed.empty() ? candidate.folder->whyClosed : m_source->whyClosed;
+        return source.whyClosed.empty() ? candidate.folder->whyClosed : source.whyClosed;
     }
 
     static std::vector<PlannedFile> inOrder(std::vector<PlanCandidate>& candidates)
@@ -224,6 +252,10 @@ PlanBuilder::build(const Options& options, const QoFileDbItemArray& records, IQo
     const CReorganizeRule* const rule = CReorganizeUtils::getRule(options.rule);
     if (!rule)
         throw HostError(ExitCode::notFound, "there is no rule " + toUtf8(options.rule));
+    if (!CReorganizeUtils::isReorganizeRuleOfType(rule, CReorganizeUtils::sorter))
+        throw HostError(ExitCode::failed,
+                        "the rule " + toUtf8(options.rule) +
+                            " is for what is imported only, and no collection can be sorted by it");
     const CString target =
         options.target.IsEmpty() ? CString() : CQoCollPath(options.target).toString();
     ReorganizePlan plan;

@@ -139,7 +139,7 @@ private:
     std::unordered_map<CString, Candidates> m_targets; ///< by the key of the path
     std::unordered_map<const DiskFolders::Folder*, boost::shared_ptr<CHDDirectory>> m_directories;
     std::unordered_map<CString, Candidates> m_companions; ///< by the track that they go by
-    Candidates m_staying; ///< refused, and not yet told to those that want their places
+    Candidates m_staying; ///< refused; who wants their places is refused next
 };
 } // namespace
 

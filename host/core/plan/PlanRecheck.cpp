@@ -1,9 +1,11 @@
 #include "core/plan/PlanRecheck.h"
 
+#include "core/base/Disk.h"
 #include "core/base/HostFiles.h"
+#include "core/plan/TargetName.h"
 
 #include <cerrno>
-#include <string_view>
+#include <string>
 #include <unordered_set>
 
 namespace qo::host
@@ -11,7 +13,7 @@ namespace qo::host
 namespace
 {
 using Verdict = PlannedFile::Verdict;
-using Sources = std::unordered_set<std::string_view>;
+using Sources = std::unordered_set<std::string>; // by their keys
 
 Sources sourcesOf(const ReorganizePlan& plan)
 {
@@ -19,7 +21,7 @@ Sources sourcesOf(const ReorganizePlan& plan)
     for (const PlannedFile& file : plan.files)
     {
         if (file.verdict == Verdict::move)
-            sources.insert(file.from);
+            sources.insert(sameNameKey(file.from));
     }
     return sources;
 }
@@ -37,9 +39,12 @@ std::string whyNot(const PlannedFile& file, const Sources& sources)
     const int error = markOf(file.to, other);
     if (error != 0 && error != ENOENT)
         return "its new place cannot be looked at: " + errorWords(error);
-    const bool isTaken = error == 0 && !sources.contains(file.to) &&
+    const bool isTaken = error == 0 && !sources.contains(sameNameKey(file.to)) &&
                          (other.inode != mark.inode || other.device != mark.device);
-    return isTaken ? "there is something at its new place by now" : std::string();
+    if (isTaken)
+        return "there is something at its new place by now";
+    const int noRight = disk::checkRights(file.from, file.to);
+    return noRight == 0 ? std::string() : errorWords(noRight);
 }
 
 bool hasMoved(const PlannedFile& file)

@@ -1,11 +1,10 @@
 #include "core/plan/ReorganizePlan.h"
 
+#include "core/base/Disk.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
 #include "core/plan/MoveText.h"
-
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
@@ -22,7 +21,6 @@ constexpr int formatVersion = 1;
 constexpr std::size_t largestFile = std::size_t(1) << 30;
 constexpr std::size_t longestLine = std::size_t(256) << 10;
 constexpr std::array<const char*, 3> verdictNames = {"move", "stay", "refused"};
-constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
 
 bool readVerdict(const Json& object, PlannedFile::Verdict& verdict)
 {
@@ -49,6 +47,8 @@ std::string fileLine(const PlannedFile& file)
         if (!text.empty())
             object[key] = text;
     }
+    if (file.targetDevice != 0)
+        object["device"] = file.targetDevice;
     return movetext::line(object);
 }
 
@@ -67,6 +67,9 @@ std::string readFileLine(const Json& object, PlannedFile& file)
     file.kind = movetext::textOf(object, "kind");
     file.decidedBy = movetext::textOf(object, "by");
     file.reason = movetext::textOf(object, "why");
+    const auto device = object.find("device");
+    if (device != object.end() && device->is_number_unsigned())
+        file.targetDevice = *device;
     return {};
 }
 
@@ -153,22 +156,17 @@ int markOf(const std::string& path, FileMark& mark)
 
 int markOf(const std::string& path, FileMark& mark, bool& isRegular)
 {
-    struct stat st;
-    if (::lstat(path.c_str(), &st) != 0)
-        return errno;
-    isRegular = S_ISREG(st.st_mode);
-    mark = {st.st_dev,
-            st.st_ino,
-            st.st_size,
-            std::int64_t(st.st_mtim.tv_sec) * nanosecondsPerSecond + st.st_mtim.tv_nsec};
+    NameInfo info;
+    if (const int error = disk::look(path, info))
+        return error;
+    isRegular = info.kind == NameInfo::Kind::regular;
+    mark = markOf(info);
     return 0;
 }
 
-bool isNothingAt(const std::string& path)
+FileMark markOf(const NameInfo& info)
 {
-    FileMark mark;
-    const int error = markOf(path, mark);
-    return error == ENOENT || error == ENOTDIR;
+    return {info.device, info.inode, info.size, info.modified};
 }
 
 int ReorganizePlan::count(PlannedFile::Verdict verdict) const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QoKernel/Kernel.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -22,12 +24,11 @@ struct FileMark
     }
 };
 
+FileMark markOf(const NameInfo& info);
 /// What lies under that name itself, a link not followed. The error number, 0 for success.
 int markOf(const std::string& path, FileMark& mark);
 /// Says too whether it is a regular file.
 int markOf(const std::string& path, FileMark& mark, bool& isRegular);
-/// Whether the system says that there is nothing of that name.
-bool isNothingAt(const std::string& path);
 
 /// What a plan has in mind for one file.
 struct PlannedFile
@@ -47,6 +48,8 @@ struct PlannedFile
     std::string kind;      ///< "Music", "Picture", "Lyrics"; "" for a file of no such kind
     std::string decidedBy; ///< the way through the rule, for people: "LessTracks > {artist.name}\"
     std::string reason;    ///< why it does not move; "" when it does
+    /// The device of its new folder, or of the nearest one above; 0 if nobody looked.
+    std::uint64_t targetDevice = 0;
 };
 
 /// Where the files of a collection are to go, by one rule. On disk it is a text of JSON lines: a

@@ -113,7 +113,27 @@ CString sameNameKey(const CString& name)
 
 std::string sameNameKey(const std::string& systemPath)
 {
-    return toUtf8(sameNameKey(fromSystemPath(systemPath)));
+    // Most paths need no tables.
+    if (std::all_of(systemPath.begin(),
+                    systemPath.end(),
+                    [](char c) { return c >= ' ' && c <= '~' && c != '\\'; }))
+    {
+        std::string key = systemPath;
+        for (char& c : key)
+            c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        return key;
+    }
+    std::string key;
+    for (std::size_t at = 0; at < systemPath.size();)
+    {
+        const std::size_t slash = std::min(systemPath.find('/', at), systemPath.size());
+        const std::string_view name = std::string_view(systemPath).substr(at, slash - at);
+        key += toUtf8(sameNameKey(DriveMap::nameFromSystem(name)));
+        if (slash < systemPath.size())
+            key += '/';
+        at = slash + 1;
+    }
+    return key;
 }
 
 CString plainText(const CString& text)

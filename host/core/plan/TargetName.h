@@ -25,7 +25,7 @@ CString plainValue(CString text);
 /// Makes the name of a folder valid and short enough: cut between two characters, without a blank
 /// or point at the cut.
 CString fittingFolderName(const CString& name, const VolumeRules& rules);
-/// The same for a file; what stands behind the last point is kept whole. "" when there is no room
+/// The same for a file; what stands after the last point is kept whole. "" when there is no room
 /// for any other character.
 CString fittingFileName(const CString& name, const VolumeRules& rules);
 

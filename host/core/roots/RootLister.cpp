@@ -17,7 +17,7 @@ constexpr std::size_t largestRules = std::size_t(1) << 20;
 /// the collection although its name is a hidden one.
 bool isWaiting(const CString& name)
 {
-    return name.view().starts_with(u".qo-");
+    return name.view().starts_with(u".qo-") && name.Find(u"-copy-") < 0;
 }
 } // namespace
 

@@ -69,7 +69,7 @@ public:
     }
 
 private:
-    /// What has no value has no say, as long as more than half have one.
+    /// Files without a value do not vote, as long as more than half have one.
     template <class Value, class Ask>
     Value agreed(Ask ask) const
     {

@@ -1,24 +1,14 @@
 #include "core/runs/FolderGuard.h"
 
+#include "core/base/Disk.h"
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
-
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
 
 namespace qo::host
 {
-namespace
-{
-bool isThere(const std::string& path)
-{
-    struct stat st;
-    return ::lstat(path.c_str(), &st) == 0;
-}
-} // namespace
-
 FolderGuard::FolderGuard(std::vector<std::string> bases) : m_bases(std::move(bases)) {}
 
 bool FolderGuard::isBase(const std::string& folder) const
@@ -38,11 +28,11 @@ int FolderGuard::check(const std::string& folder)
     if (m_bases.empty() || m_checked.contains(folder))
         return 0;
     const bool isFree = isBase(folder);
-    struct stat st;
-    if ((isFree ? ::stat(folder.c_str(), &st) : ::lstat(folder.c_str(), &st)) != 0)
-        return errno;
-    if (!S_ISDIR(st.st_mode))
-        return S_ISLNK(st.st_mode) ? ELOOP : ENOTDIR;
+    NameInfo info;
+    if (const int error = isFree ? disk::lookAtFolder(folder, info) : disk::look(folder, info))
+        return error;
+    if (info.kind != NameInfo::Kind::directory)
+        return info.kind == NameInfo::Kind::link ? ELOOP : ENOTDIR;
     if (!isFree)
     {
         if (const int error = isBelowBase(folder) ? check(parentOf(folder)) : EPERM)
@@ -60,7 +50,7 @@ std::string FolderGuard::reason(const std::string& folder, int error) const
         return "the folder " + folder + " cannot be used: " + errorWords(error);
     // The uppermost tells most: it may be a disk that is away.
     std::string missing = folder;
-    while (!isThere(parentOf(missing)))
+    while (missing != "/" && disk::isNothingAt(parentOf(missing)))
         missing = parentOf(missing);
     return "the folder " + missing + " is not there";
 }

@@ -14,8 +14,8 @@ public:
     /// No bases: any folder will do.
     explicit FolderGuard(std::vector<std::string> bases);
 
-    /// Whether the folder can be used; 0, ELOOP for one behind a link, EPERM for one below no base,
-    /// ENOENT for one that is not there, or another error number. A good answer is kept.
+    /// Whether the folder can be used; 0, ELOOP for one that a link leads to, EPERM for one below
+    /// no base, ENOENT for one that is not there, or another error number. A good answer is kept.
     int check(const std::string& folder);
     /// The error of check() as a clause for people.
     std::string reason(const std::string& folder, int error) const;

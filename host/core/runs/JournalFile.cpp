@@ -1,6 +1,6 @@
 #include "core/runs/JournalFile.h"
 
-#include "core/base/DiskSync.h"
+#include "core/base/Disk.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
@@ -69,7 +69,7 @@ std::unique_ptr<JournalFile> JournalFile::make(const std::string& path, const st
     int error = fileSystem().moveFileNoReplace(fromSystemPath(fresh), fromSystemPath(path));
     const bool isInPlace = error == 0;
     if (isInPlace)
-        error = syncFolder(parentOf(path));
+        error = disk::sync(parentOf(path));
     if (error == 0)
         return file;
     ::unlink(isInPlace ? path.c_str() : fresh.c_str());
@@ -127,7 +127,7 @@ void JournalFile::append(const std::string& lines)
         if (wrote < 0 && errno != EINTR)
         {
             const int error = errno;
-            // What comes later must not stand behind half a line.
+            // Later lines must not follow half a line.
             if (::ftruncate(m_descriptor, before) != 0)
                 errno = error;
             fail("written", error);

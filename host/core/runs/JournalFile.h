@@ -31,7 +31,7 @@ public:
     /// Waits until the disk has it all. Throws HostError.
     void sync();
 
-    /// Is told before and after each append, while the process can still be ended in between. Set
+    /// Called before and after each append, while the process can still be ended in between. Set
     /// by whoever wants to see that nothing is lost then.
     static std::function<void()>& watcher();
 

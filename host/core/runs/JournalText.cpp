@@ -13,7 +13,36 @@ namespace
 using Kind = MoveStep::Kind;
 
 constexpr int formatVersion = 1;
-constexpr std::array<const char*, 3> kindNames = {"make", "move", "remove"};
+constexpr std::array<const char*, 5> kindNames = {"make", "move", "remove", "write", "erase"};
+// The first of each is what a line without the word means.
+constexpr std::array<const char*, 3> whatNames = {"file", "link", "folder"};
+constexpr std::array<const char*, 3> deedNames = {"move", "copy", "remove copy"};
+constexpr std::array<const char*, 3> outsideNames = {"neither", "source", "target"};
+
+template <class Value>
+void putWord(Json& object, const char* key, const std::array<const char*, 3>& names, Value value)
+{
+    if (value != Value{})
+        object[key] = names[static_cast<std::size_t>(value)];
+}
+
+template <class Value>
+bool readWord(const Json& object,
+              const char* key,
+              const std::array<const char*, 3>& names,
+              Value& value)
+{
+    if (!object.contains(key))
+        return true;
+    const auto* const found = std::find(names.begin(), names.end(), movetext::textOf(object, key));
+    value = static_cast<Value>(found - names.begin());
+    return found != names.end();
+}
+
+bool isNote(Kind kind)
+{
+    return kind == Kind::writeNote || kind == Kind::removeNote;
+}
 
 std::string numbered(const char* key, std::size_t number)
 {
@@ -53,6 +82,8 @@ std::string head(const MoveProgress::Start& start)
     Json object;
     object["journal"] = formatVersion;
     object["id"] = start.id;
+    if (!start.kind.empty())
+        object["kind"] = start.kind;
     object["undoes"] = start.undoes;
     object["targets"] = movetext::fromPaths(start.targets);
     object["kept"] = movetext::fromPaths(start.keptFolders);
@@ -67,6 +98,23 @@ std::string fileLine(const MovedFile& file)
     object["mark"] = movetext::fromMark(file.mark);
     if (!file.recordId.empty())
         object["record"] = file.recordId;
+    putWord(object, "what", whatNames, file.what);
+    putWord(object, "deed", deedNames, file.deed);
+    putWord(object, "outside", outsideNames, file.outside);
+    if (file.targetDevice != 0)
+        object["device"] = file.targetDevice;
+    return movetext::line(object);
+}
+
+std::string recordLine(const MoveProgress::Record& record)
+{
+    Json object;
+    object["record"] = record.id;
+    object["file"] = record.file;
+    if (!record.below.empty())
+        object["below"] = pathInText("/" + record.below);
+    if (!record.values.empty())
+        object["values"] = record.values;
     return movetext::line(object);
 }
 
@@ -91,6 +139,7 @@ public:
 private:
     bool takeHead(const Json& object);
     bool takeFile(const Json& object);
+    bool takeRecord(const Json& object);
     bool takeRefusal(const Json& object);
     bool takeStep(const Json& object);
     bool takeStartEnd();
@@ -99,6 +148,7 @@ private:
     bool takeStepEvent(const std::string& key, std::size_t step, const Json& object);
     bool takeEnd(const std::string& key, std::size_t step, const Json& object);
     bool takeMove(const Json& object, MoveStep& step) const;
+    bool takeNote(const Json& object, MoveStep& step) const;
 
     bool m_hasHead = false;
     bool m_isStarted = false;
@@ -120,6 +170,8 @@ bool Reader::take(std::string_view line)
         return takeEvent(key, object);
     if (key == "file")
         return takeFile(object);
+    if (key == "record")
+        return takeRecord(object);
     return key == "refused" ? takeRefusal(object) : key == "start" && takeStartEnd();
 }
 
@@ -127,6 +179,7 @@ bool Reader::takeHead(const Json& object)
 {
     m_hasHead = true;
     m_start.id = movetext::textOf(object, "id");
+    m_start.kind = movetext::textOf(object, "kind");
     m_start.undoes = movetext::textOf(object, "undoes");
     return object["journal"] == formatVersion && movetext::isRunId(m_start.id) &&
            movetext::readPaths(object, "targets", m_start.targets) &&
@@ -141,7 +194,38 @@ bool Reader::takeFile(const Json& object)
         !movetext::readMark(object, "mark", file.mark))
         return false;
     file.recordId = movetext::textOf(object, "record");
+    const auto device = object.find("device");
+    if (device != object.end() && device->is_number_unsigned())
+        file.targetDevice = *device;
+    if (!readWord(object, "what", whatNames, file.what) ||
+        !readWord(object, "deed", deedNames, file.deed) ||
+        !readWord(object, "outside", outsideNames, file.outside))
+        return false;
     m_start.files.push_back(std::move(file));
+    return true;
+}
+
+bool Reader::takeRecord(const Json& object)
+{
+    MoveProgress::Record record;
+    record.id = movetext::textOf(object, "record");
+    if (!object.contains("file") ||
+        !readNumber(object["file"], m_start.files.size(), record.file) ||
+        (object.contains("below") && !movetext::readPath(object, "below", record.below)))
+        return false;
+    record.below.erase(0, 1);
+    if (const auto values = object.find("values"); values != object.end())
+    {
+        if (!values->is_object())
+            return false;
+        for (const auto& [key, value] : values->items())
+        {
+            if (!value.is_string())
+                return false;
+            record.values[key] = value.get<std::string>();
+        }
+    }
+    m_start.records.push_back(std::move(record));
     return true;
 }
 
@@ -167,6 +251,14 @@ bool Reader::takeMove(const Json& object, MoveStep& step) const
            (!object.contains("to") || movetext::readPath(object, "to", step.to));
 }
 
+bool Reader::takeNote(const Json& object, MoveStep& step) const
+{
+    const auto& files = m_isStarted ? m_progress.files() : m_start.files;
+    step.text = movetext::textOf(object, "text");
+    return object.contains("file") && readNumber(object["file"], files.size(), step.file) &&
+           movetext::readPath(object, "note", step.to);
+}
+
 bool Reader::takeStep(const Json& object)
 {
     const std::string name = movetext::textOf(object, "step");
@@ -177,8 +269,9 @@ bool Reader::takeStep(const Json& object)
     step.kind = static_cast<Kind>(kind - kindNames.begin());
     step.isOurs = object.contains("ours");
     const bool isRead = step.kind == Kind::move ? takeMove(object, step)
+                        : isNote(step.kind)     ? takeNote(object, step)
                                                 : movetext::readPath(object, "folder", step.to) &&
-                                                      readRights(object, step.rights);
+                                                  readRights(object, step.rights);
     if (!isRead)
         return false;
     if (m_isStarted)
@@ -203,10 +296,10 @@ bool Reader::takeEvent(const std::string& key, const Json& object)
         m_progress.tried();
     else if (key == "finished")
         m_progress.finished();
-    else if (key == "told")
+    else if (key == "applied" || key == "told") // "told" in journals of earlier versions
     {
         std::size_t count = 0;
-        return readNumber(object["told"], MoveProgress::npos, count) && m_progress.setTold(count);
+        return readNumber(object[key], MoveProgress::npos, count) && m_progress.setApplied(count);
     }
     else if (key == "known")
         return takeMark(object);
@@ -237,7 +330,7 @@ bool Reader::takeStepEvent(const std::string& key, std::size_t step, const Json&
         FolderRights rights;
         if (!m_progress.isOpen(step) || !readRights(object, rights))
             return false;
-        m_progress.begin(step, rights);
+        m_progress.begin(step, rights, object.contains("free"));
         return true;
     }
     if (key == "lost")
@@ -278,6 +371,8 @@ std::string start(const MoveProgress::Start& start)
         lines += refusalLine(refusal);
     for (const MovedFile& file : start.files)
         lines += fileLine(file);
+    for (const MoveProgress::Record& record : start.records)
+        lines += recordLine(record);
     for (const MoveStep& each : start.steps)
         lines += step(each, start.files);
     return lines + "{\"start\":true}\n";
@@ -295,10 +390,11 @@ MoveProgress read(const std::string& path, const std::string& content)
     if (!movetext::forEachLine(content, take))
         throw HostError(ExitCode::failed,
                         path + " is no journal of a run that can be used: line " +
-                            std::to_string(number) + " makes no sense");
+                            std::to_string(number) + " is damaged");
     if (!reader.isWhole())
-        throw HostError(ExitCode::failed,
-                        path + " is no journal of a run that can be used: its beginning lacks");
+        throw HostError(
+            ExitCode::failed,
+            path + " is no journal of a run that can be used: its first lines are missing");
     return std::move(reader.progress());
 }
 
@@ -315,6 +411,13 @@ std::string step(const MoveStep& step, const std::vector<MovedFile>& files)
             object["to"] = pathInText(step.to);
         return movetext::line(object);
     }
+    if (isNote(step.kind))
+    {
+        object["file"] = step.file;
+        object["note"] = pathInText(step.to);
+        object["text"] = step.text;
+        return movetext::line(object);
+    }
     object["folder"] = pathInText(step.to);
     if (step.rights.mode != 0)
         object["rights"] = fromRights(step.rights);
@@ -323,13 +426,14 @@ std::string step(const MoveStep& step, const std::vector<MovedFile>& files)
     return movetext::line(object);
 }
 
-std::string begin(std::size_t step, const MoveStep& begun)
+std::string begin(std::size_t step, const MoveStep& begun, bool isFree)
 {
-    if (begun.kind != Kind::removeFolder)
-        return numbered("begin", step);
     Json object;
     object["begin"] = step;
-    object["rights"] = fromRights(begun.rights);
+    if (begun.kind == Kind::removeFolder)
+        object["rights"] = fromRights(begun.rights);
+    if (isFree)
+        object["free"] = true;
     return movetext::line(object);
 }
 
@@ -384,9 +488,9 @@ std::string tried()
     return "{\"tried\":true}\n";
 }
 
-std::string told(std::size_t count)
+std::string applied(std::size_t count)
 {
-    return numbered("told", count);
+    return numbered("applied", count);
 }
 
 std::string finished()

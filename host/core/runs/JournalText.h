@@ -15,7 +15,7 @@ std::string start(const MoveProgress::Start& start);
 MoveProgress read(const std::string& path, const std::string& content);
 
 std::string step(const MoveStep& step, const std::vector<MovedFile>& files);
-std::string begin(std::size_t step, const MoveStep& begun);
+std::string begin(std::size_t step, const MoveStep& begun, bool isFree);
 std::string copied(std::size_t step, const FileMark& copy);
 std::string done(std::size_t step);
 std::string skipped(std::size_t step);
@@ -24,6 +24,6 @@ std::string lost(std::size_t step);
 std::string known(std::size_t file, const FileMark& mark);
 std::string note(const std::string& sentence);
 std::string tried();
-std::string told(std::size_t count);
+std::string applied(std::size_t count);
 std::string finished();
 } // namespace qo::host::journaltext

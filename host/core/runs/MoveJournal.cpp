@@ -1,23 +1,20 @@
 #include "core/runs/MoveJournal.h"
 
+#include "core/base/Disk.h"
 #include "core/runs/JournalFile.h"
 #include "core/runs/JournalText.h"
-
-#include <sys/stat.h>
 
 namespace qo::host
 {
 namespace
 {
-constexpr std::uint32_t permissionBits = 07777;
-
 /// None for what is not there.
 FolderRights rightsOf(const std::string& folder)
 {
-    struct stat st;
-    if (::lstat(folder.c_str(), &st) != 0)
+    NameInfo info;
+    if (disk::look(folder, info) != 0)
         return {};
-    return {st.st_mode & permissionBits, st.st_uid, st.st_gid};
+    return {info.mode, info.owner, info.group};
 }
 } // namespace
 
@@ -63,8 +60,10 @@ void MoveJournal::begin(const std::vector<std::size_t>& steps)
         MoveStep step = m_progress.step(number);
         if (step.kind == MoveStep::Kind::removeFolder)
             step.rights = rightsOf(step.to);
-        lines += journaltext::begin(number, step);
-        m_progress.begin(number, step.rights);
+        const bool isFree =
+            step.kind == MoveStep::Kind::move && !disk::isSameEntry(step.from, step.to);
+        lines += journaltext::begin(number, step, isFree);
+        m_progress.begin(number, step.rights, isFree);
     }
     m_file->append(lines);
     m_file->sync();
@@ -120,12 +119,12 @@ void MoveJournal::tried()
     m_progress.tried();
 }
 
-void MoveJournal::told()
+void MoveJournal::applied()
 {
     const std::size_t count = m_progress.moves().size();
-    m_file->append(journaltext::told(count));
+    m_file->append(journaltext::applied(count));
     m_file->sync();
-    (void)m_progress.setTold(count);
+    (void)m_progress.setApplied(count);
 }
 
 void MoveJournal::finished()

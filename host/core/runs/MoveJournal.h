@@ -11,7 +11,7 @@ namespace qo::host
 {
 class JournalFile;
 
-/// The progress of a run in a file of JSON lines, which is told of every change before the call
+/// The progress of a run in a file of JSON lines, which has every change before the call
 /// returns; what is called durable the disk has by then. One process at a time has a journal. All
 /// calls throw HostError when the file cannot be written. Not for several threads at once.
 class MoveJournal
@@ -28,9 +28,10 @@ public:
 
     /// A step that the start did not know; its number.
     std::size_t addStep(const MoveStep& step);
-    /// Steps that will be done next, all at once. Durable.
+    /// Steps that will be done next, all at once. Durable. Notes of each move whether its new place
+    /// is free of other names of its file, which those of a file with hard links may be.
     void begin(const std::vector<std::size_t>& steps);
-    /// How a step went. A copy is told of, durably, before it is put in its place.
+    /// How a step went. A copy is noted, durably, before it is put in its place.
     void copied(std::size_t step, const FileMark& copy);
     void done(std::size_t step);
     void skipped(std::size_t step);
@@ -41,7 +42,7 @@ public:
     void known(std::size_t file, const FileMark& mark);
     void note(const std::string& sentence);
     void tried();
-    void told();     ///< durable
+    void applied();  ///< the collection knows all moves; durable
     void finished(); ///< durable
 
 private:

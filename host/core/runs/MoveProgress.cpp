@@ -57,9 +57,9 @@ void MoveProgress::addStep(MoveStep step)
     m_progress.emplace_back();
 }
 
-void MoveProgress::begin(std::size_t step, const FolderRights& rights)
+void MoveProgress::begin(std::size_t step, const FolderRights& rights, bool isFree)
 {
-    m_progress[step] = {State::begun, true, false, {}, npos, {}};
+    m_progress[step] = {State::begun, true, isFree, false, {}, npos, {}};
     if (m_start.steps[step].kind == MoveStep::Kind::removeFolder)
         m_start.steps[step].rights = rights;
 }
@@ -118,15 +118,15 @@ bool MoveProgress::canBeLost(std::size_t step) const
         return state(step) == State::done || state(step) == State::begun;
     return m_lastMoves[lostStep.file] == step &&
            std::find(m_moves.rbegin(),
-                     m_moves.rend() - static_cast<std::ptrdiff_t>(m_told),
-                     step) != m_moves.rend() - static_cast<std::ptrdiff_t>(m_told);
+                     m_moves.rend() - static_cast<std::ptrdiff_t>(m_applied),
+                     step) != m_moves.rend() - static_cast<std::ptrdiff_t>(m_applied);
 }
 
-bool MoveProgress::setTold(std::size_t count)
+bool MoveProgress::setApplied(std::size_t count)
 {
-    if (count < m_told || count > m_moves.size())
+    if (count < m_applied || count > m_moves.size())
         return false;
-    m_told = count;
+    m_applied = count;
     return true;
 }
 } // namespace qo::host

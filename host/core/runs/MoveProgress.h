@@ -3,6 +3,7 @@
 #include "core/runs/MoveStep.h"
 
 #include <cstddef>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -21,15 +22,26 @@ public:
         std::string why;
     };
 
+    /// A record that goes with a file of the run, or lies in a folder of it.
+    struct Record
+    {
+        std::size_t file = 0;
+        std::string below; ///< the path from the folder; "" for the file itself
+        std::string id;    ///< lasting
+        std::map<std::string, std::string> values; ///< what a new record gets if it has to be made
+    };
+
     /// What stands at the beginning.
     struct Start
     {
         std::string id;
-        std::string undoes;               ///< the id of the run that is taken back, or ""
+        std::string kind;   ///< the command that began it: "mv", "rm", "add"; "" for a plan
+        std::string undoes; ///< the id of the run that is taken back, or ""
         std::vector<std::string> targets; ///< the folders that nothing may leave; none: no limit
         std::vector<std::string> keptFolders;
         std::vector<Refusal> refusals;
         std::vector<MovedFile> files;
+        std::vector<Record> records; ///< of what has others than MovedFile::recordId
         std::vector<MoveStep> steps;
     };
 
@@ -60,11 +72,14 @@ public:
         return state(step) != State::done && state(step) != State::skipped;
     }
     const std::string& why(std::size_t step) const { return m_progress[step].why; }
-    /// Whether it was ever begun without being done: a copy may have been left behind.
+    /// Whether it was begun and not done, or made a copy: something may be left in the folder in
+    /// which copies grow.
     bool mayHaveCopy(std::size_t step) const
     {
-        return m_progress[step].wasBegun && state(step) != State::done;
+        return m_progress[step].wasBegun && (state(step) != State::done || copy(step));
     }
+    /// Whether no name of the file stood at the step's place when it was begun last.
+    bool wasFree(std::size_t step) const { return m_progress[step].wasFree; }
     /// The copy that a move has made; null for none.
     const FileMark* copy(std::size_t step) const;
 
@@ -80,9 +95,9 @@ public:
     std::size_t moveBefore(std::size_t step) const { return m_progress[step].before; }
 
     /// Steps that moved a file, in the order in which they were done, and how many of them the
-    /// collection was told of.
+    /// collection knows.
     const std::vector<std::size_t>& moves() const { return m_moves; }
-    std::size_t told() const { return m_told; }
+    std::size_t applied() const { return m_applied; }
 
     /// All moves were tried: what is left is to put things in order.
     bool isTried() const { return m_isTried; }
@@ -92,7 +107,7 @@ public:
     /// The file is known as that from now on.
     void setMark(std::size_t file, const FileMark& mark);
     void addStep(MoveStep step);
-    void begin(std::size_t step, const FolderRights& rights);
+    void begin(std::size_t step, const FolderRights& rights, bool isFree);
     void setCopy(std::size_t step, const FileMark& copy);
     void done(std::size_t step);
     void skipped(std::size_t step) { m_progress[step].state = State::skipped; }
@@ -104,7 +119,7 @@ public:
     void addNote(const std::string& note) { m_notes.push_back(note); }
     void tried() { m_isTried = true; }
     /// False, with nothing changed, for a count that cannot be.
-    bool setTold(std::size_t count);
+    bool setApplied(std::size_t count);
     void finished() { m_isFinished = true; }
 
 private:
@@ -112,6 +127,7 @@ private:
     {
         State state = State::waiting;
         bool wasBegun = false;
+        bool wasFree = false;
         bool hasCopy = false;
         FileMark copy;
         std::size_t before = npos; ///< of a move: the one before it of the same file
@@ -123,7 +139,7 @@ private:
     std::vector<Step> m_progress;
     std::vector<std::size_t> m_lastMoves; ///< by file
     std::vector<std::size_t> m_moves;
-    std::size_t m_told = 0;
+    std::size_t m_applied = 0;
     bool m_isTried = false;
     bool m_isFinished = false;
     std::vector<std::string> m_notes;

@@ -1,13 +1,8 @@
 #include "core/runs/MoveRecovery.h"
 
-#include "core/base/DiskSync.h"
+#include "core/base/Disk.h"
 #include "core/base/SystemPath.h"
-
-#include <QoKernel/Inside.h>
-#include <QoKernel/Kernel.h>
-
-#include <sys/stat.h>
-#include <unistd.h>
+#include "core/runs/StepDisk.h"
 
 #include <cerrno>
 #include <set>
@@ -19,30 +14,20 @@ namespace
 using Kind = MoveStep::Kind;
 using State = MoveProgress::State;
 
-bool isFolder(const std::string& path)
-{
-    struct stat st;
-    return ::lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-}
-
-bool isSameEntry(const struct stat& a, const struct stat& b)
-{
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
 /// Where a disk cannot rename without replacing, a file has both its names for a moment. Not when
 /// one name in one folder is merely found under two spellings.
 bool hasBothNames(const MoveStep& step)
 {
-    struct stat from;
-    struct stat to;
-    if (::lstat(step.from.c_str(), &from) != 0 || ::lstat(step.to.c_str(), &to) != 0 ||
-        !isSameEntry(from, to) || !S_ISREG(from.st_mode) || from.st_nlink < 2)
+    NameInfo from;
+    if (disk::look(step.from, from) != 0 || !disk::isSameEntry(step.from, step.to) ||
+        from.kind != NameInfo::Kind::regular || from.links < 2)
         return false;
-    const std::string fromFolder = parentOf(step.from);
-    const std::string toFolder = parentOf(step.to);
-    return fromFolder == toFolder || (::stat(fromFolder.c_str(), &from) == 0 &&
-                                      ::stat(toFolder.c_str(), &to) == 0 && !isSameEntry(from, to));
+    NameInfo fromFolder;
+    NameInfo toFolder;
+    return parentOf(step.from) == parentOf(step.to) ||
+           (disk::lookAtFolder(parentOf(step.from), fromFolder) == 0 &&
+            disk::lookAtFolder(parentOf(step.to), toFolder) == 0 &&
+            (fromFolder.device != toFolder.device || fromFolder.inode != toFolder.inode));
 }
 
 /// Some file systems number their files anew each time they are mounted.
@@ -70,9 +55,14 @@ void MoveRecovery::settle()
     findLostMoves();
     for (std::size_t step = 0; step < progress.stepCount(); ++step)
     {
-        const bool isFolderStep = progress.step(step).kind != Kind::move;
+        if (progress.step(step).kind == Kind::move && progress.state(step) == State::begun)
+            m_begun[progress.step(step).file].push_back(step);
+    }
+    for (std::size_t step = 0; step < progress.stepCount(); ++step)
+    {
+        const bool isMove = progress.step(step).kind == Kind::move;
         if (progress.state(step) == State::begun ||
-            (progress.state(step) == State::done && isFolderStep))
+            (progress.state(step) == State::done && !isMove))
             settleStep(step);
     }
     followDisks();
@@ -86,9 +76,10 @@ void MoveRecovery::findDisks()
     {
         for (const std::string* path : {&progress.file(file).from, &progress.file(file).to})
         {
-            struct stat st;
-            if (folders.insert(parentOf(*path)).second && ::stat(parentOf(*path).c_str(), &st) == 0)
-                m_disks.insert(st.st_dev);
+            NameInfo info;
+            if (folders.insert(parentOf(*path)).second &&
+                disk::lookAtFolder(parentOf(*path), info) == 0)
+                m_disks.insert(info.device);
         }
     }
 }
@@ -101,11 +92,13 @@ bool MoveRecovery::isSameDisk(const FileMark& now, const FileMark& mark) const
 }
 
 /// Whether the file of that mark lies there, perhaps edited since.
-bool MoveRecovery::isFileAt(const std::string& path, const FileMark& mark) const
+bool MoveRecovery::isFileAt(const std::string& path,
+                            const FileMark& mark,
+                            MovedFile::What what) const
 {
     FileMark now;
     return markOf(path, now) == 0 && now.inode == mark.inode && isSameDisk(now, mark) &&
-           (now.device == mark.device || now.isAlike(mark));
+           (now.device == mark.device || what == MovedFile::What::folder || now.isAlike(mark));
 }
 
 bool MoveRecovery::isUnchangedAt(const std::string& path, const FileMark& mark) const
@@ -123,10 +116,7 @@ void MoveRecovery::removeCopiesBegun() const
     {
         const MoveStep& step = progress.step(number);
         if (step.kind == Kind::move && progress.mayHaveCopy(number))
-            TreeCopy(fromSystemPath(step.from),
-                     fromSystemPath(step.to),
-                     stagingName(progress.start().id, number))
-                .removeStaged();
+            (void)StepDisk::removeStaged(step.to, stagingName(progress.start().id, number));
     }
 }
 
@@ -142,7 +132,7 @@ void MoveRecovery::followDisks()
             !isSameDisk(now, mark))
             continue;
         mark.device = now.device;
-        if (now == mark)
+        if (StepDisk::isUnchanged(now, mark, progress.file(file).what))
             m_journal.known(file, now);
     }
 }
@@ -151,7 +141,7 @@ void MoveRecovery::findLostMoves()
 {
     const MoveProgress& progress = m_journal.progress();
     std::set<std::size_t> files;
-    for (std::size_t i = progress.told(); i < progress.moves().size(); ++i)
+    for (std::size_t i = progress.applied(); i < progress.moves().size(); ++i)
         files.insert(progress.step(progress.moves()[i]).file);
     for (const std::size_t file : files)
         findLostMove(file);
@@ -161,7 +151,9 @@ void MoveRecovery::findLostMoves()
 void MoveRecovery::findLostMove(std::size_t file)
 {
     const MoveProgress& progress = m_journal.progress();
-    if (isFileAt(progress.place(file), progress.mark(file)))
+    const MovedFile::What what = progress.file(file).what;
+    if (progress.file(file).deed != MovedFile::Deed::move ||
+        isFileAt(progress.place(file), progress.mark(file), what))
         return;
     std::size_t count = 0;
     for (std::size_t step = progress.lastMove(file);
@@ -169,7 +161,7 @@ void MoveRecovery::findLostMove(std::size_t file)
          step = progress.moveBefore(step))
     {
         ++count;
-        if (!isFileAt(progress.step(step).from, progress.mark(file)))
+        if (!isFileAt(progress.step(step).from, progress.mark(file), what))
             continue;
         for (; count > 0 && progress.canBeLost(progress.lastMove(file)); --count)
             m_journal.lost(progress.lastMove(file));
@@ -179,12 +171,8 @@ void MoveRecovery::findLostMove(std::size_t file)
 
 void MoveRecovery::settleStep(std::size_t number)
 {
-    const MoveProgress& progress = m_journal.progress();
-    const MoveStep& step = progress.step(number);
-    const bool isDone = step.kind == Kind::move         ? settleMove(number)
-                        : step.kind == Kind::makeFolder ? isFolder(step.to)
-                                                        : isNothingAt(step.to);
-    if (isDone == (progress.state(number) == State::done))
+    const bool isDone = isStepDone(number);
+    if (isDone == (m_journal.progress().state(number) == State::done))
         return;
     if (isDone)
         m_journal.done(number);
@@ -192,19 +180,67 @@ void MoveRecovery::settleStep(std::size_t number)
         m_journal.lost(number);
 }
 
+bool MoveRecovery::isStepDone(std::size_t number) const
+{
+    const MoveStep& step = m_journal.progress().step(number);
+    switch (step.kind)
+    {
+    case Kind::makeFolder:
+        return disk::isFolder(step.to);
+    case Kind::removeFolder:
+    case Kind::removeNote:
+        return disk::isNothingAt(step.to);
+    case Kind::writeNote:
+        return StepDisk::holdsNote(step.to, step.text);
+    default:
+        return settleMove(number);
+    }
+}
+
 bool MoveRecovery::settleMove(std::size_t number) const
 {
     const MoveProgress& progress = m_journal.progress();
     const MoveStep& step = progress.step(number);
+    const MovedFile& file = progress.file(step.file);
     const FileMark& mark = progress.mark(step.file);
+    if (file.deed == MovedFile::Deed::removeCopy)
+        return disk::isNothingAt(step.from) && !disk::isNothingAt(step.to);
     if (const FileMark* copy = progress.copy(number))
         return settleCopy(step, mark, *copy);
     // Begun along with others, but its file was not yet there: what lies at its end is another's.
-    if (progress.place(step.file) != step.from)
+    if (progress.place(step.file) != step.from || file.deed == MovedFile::Deed::copy)
         return false;
-    if (isFileAt(step.from, mark))
-        return hasBothNames(step) && ::unlink(step.from.c_str()) == 0;
-    return isFileAt(step.to, mark) || (isNothingAt(step.from) && isLikelyAt(step.to, mark));
+    // A second name that stood there before the step began is the user's own.
+    if (isFileAt(step.from, mark, file.what))
+        return progress.wasFree(number) && hasBothNames(step) && disk::removeFile(step.from) == 0;
+    const bool canBeKnown = file.what != MovedFile::What::folder && disk::isNothingAt(step.from);
+    return isFileAt(step.to, mark, file.what) || (canBeKnown && isLikelyAt(step.to, mark)) ||
+           hasGoneOn(number);
+}
+
+/// A power cut may take the lines that say that steps were done, and leave that several of one
+/// file were begun: the file may have gone on from the place where this step left it.
+bool MoveRecovery::hasGoneOn(std::size_t number) const
+{
+    const MoveProgress& progress = m_journal.progress();
+    const std::size_t file = progress.step(number).file;
+    std::string place = progress.step(number).to;
+    const auto begun = m_begun.find(file);
+    if (begun == m_begun.end())
+        return false;
+    const bool isGone = disk::isNothingAt(progress.step(number).from);
+    for (const std::size_t later : begun->second)
+    {
+        const MoveStep& step = progress.step(later);
+        if (later <= number || step.from != place)
+            continue;
+        const FileMark* const copy = progress.copy(later);
+        place = step.to;
+        if (isFileAt(place, copy ? *copy : progress.mark(file), progress.file(file).what) ||
+            (isGone && isLikelyAt(place, progress.mark(file))))
+            return true;
+    }
+    return false;
 }
 
 /// Goes on with a move that was interrupted when the copy was there already; else takes it back.
@@ -212,16 +248,17 @@ bool MoveRecovery::settleCopy(const MoveStep& step,
                               const FileMark& mark,
                               const FileMark& copy) const
 {
-    if (!isFileAt(step.to, copy))
+    const MovedFile& file = m_journal.progress().file(step.file);
+    if (!isFileAt(step.to, copy, file.what))
         return false;
-    if (isNothingAt(step.from))
+    if (disk::isNothingAt(step.from) || file.deed == MovedFile::Deed::copy)
         return true;
     const bool isCopySame = isUnchangedAt(step.to, copy);
-    if (isUnchangedAt(step.from, mark) && isCopySame && syncFolder(parentOf(step.to)) == 0 &&
-        ::unlink(step.from.c_str()) == 0)
+    if (isUnchangedAt(step.from, mark) && isCopySame && disk::sync(parentOf(step.to)) == 0 &&
+        disk::removeFile(step.from) == 0)
         return true;
     if (isCopySame)
-        ::unlink(step.to.c_str());
+        (void)disk::removeFile(step.to);
     return false;
 }
 } // namespace qo::host

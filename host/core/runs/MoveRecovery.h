@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 namespace qo::host
 {
@@ -28,15 +30,18 @@ private:
     void followDisks();
     void findDisks();
     bool isSameDisk(const FileMark& now, const FileMark& mark) const;
-    bool isFileAt(const std::string& path, const FileMark& mark) const;
+    bool isFileAt(const std::string& path, const FileMark& mark, MovedFile::What what) const;
     bool isUnchangedAt(const std::string& path, const FileMark& mark) const;
     void findLostMoves();
     void findLostMove(std::size_t file);
     void settleStep(std::size_t step);
+    bool isStepDone(std::size_t step) const;
     bool settleMove(std::size_t step) const;
+    bool hasGoneOn(std::size_t step) const;
     bool settleCopy(const MoveStep& step, const FileMark& mark, const FileMark& copy) const;
 
     MoveJournal& m_journal;
     std::unordered_set<std::uint64_t> m_disks; ///< those that the places of the run are on
+    std::unordered_map<std::size_t, std::vector<std::size_t>> m_begun; ///< moves, by file
 };
 } // namespace qo::host

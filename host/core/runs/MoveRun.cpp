@@ -1,5 +1,6 @@
 #include "core/runs/MoveRun.h"
 
+#include "core/base/Disk.h"
 #include "core/base/HostError.h"
 #include "core/base/SystemPath.h"
 #include "core/plan/MoveText.h"
@@ -8,8 +9,6 @@
 #include "core/runs/MoveRunner.h"
 #include "core/runs/MoveSteps.h"
 #include "core/runs/MoveUndo.h"
-
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <set>
@@ -49,15 +48,17 @@ std::vector<MovedFile> filesOf(const ReorganizePlan& plan)
                        "the line of " + file.from + " is about no file in the folders of the plan");
         if (!sources.insert(file.from).second)
             refusePlan(plan, "it moves " + file.from + " twice");
-        files.push_back({file.from, file.to, file.mark, file.recordId});
+        MovedFile moved{file.from, file.to, file.mark, file.recordId};
+        moved.targetDevice = file.targetDevice;
+        files.push_back(std::move(moved));
     }
     return files;
 }
 
 bool isStandingFolder(const std::string& path)
 {
-    struct stat st;
-    return ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+    NameInfo info;
+    return disk::lookAtFolder(path, info) == 0;
 }
 
 /// A target that is not there, with the folders above it up to one that stands. None when the kept
@@ -136,7 +137,7 @@ std::vector<MoveStep> folderSteps(const FolderSet& folders, Kind kind)
 {
     std::vector<MoveStep> steps;
     for (const std::string& folder : folders)
-        steps.push_back({kind, 0, {}, folder, {}, false});
+        steps.push_back({kind, 0, {}, folder});
     return steps;
 }
 
@@ -185,6 +186,11 @@ std::unique_ptr<MoveRun> MoveRun::begin(const std::string& journal, const Reorga
         folderSteps(missing, Kind::makeFolder),
         folderSteps(removableFolders(start.files, missing, plan), Kind::removeFolder),
         plan.id);
+    return begin(journal, std::move(start));
+}
+
+std::unique_ptr<MoveRun> MoveRun::begin(const std::string& journal, MoveProgress::Start start)
+{
     return std::unique_ptr<MoveRun>(new MoveRun(MoveJournal::make(journal, std::move(start))));
 }
 
@@ -221,17 +227,16 @@ bool MoveRun::isFinished() const
     return m_journal->progress().isFinished();
 }
 
-std::vector<MoveRun::Place> MoveRun::untold() const
+std::vector<MoveRun::Place> MoveRun::notApplied() const
 {
     const MoveProgress& progress = m_journal->progress();
     std::vector<Place> places;
     std::unordered_set<std::size_t> seen;
-    for (std::size_t i = progress.told(); i < progress.moves().size(); ++i)
+    for (std::size_t i = progress.applied(); i < progress.moves().size(); ++i)
     {
         const MoveStep& first = progress.step(progress.moves()[i]);
         if (seen.insert(first.file).second && first.from != progress.place(first.file))
-            places.push_back(
-                {progress.file(first.file).recordId, first.from, progress.place(first.file)});
+            places.push_back({first.file, first.from, progress.place(first.file)});
     }
     return places;
 }
@@ -243,12 +248,35 @@ void MoveRun::sync()
     m_isSynced = true;
 }
 
-void MoveRun::told()
+void MoveRun::setApplied()
 {
     // What the collection knows must not be lost in a power cut.
     if (!m_isSynced)
         sync();
-    m_journal->told();
+    m_journal->applied();
+}
+
+const MoveProgress::Start& MoveRun::start() const
+{
+    return m_journal->progress().start();
+}
+
+bool MoveRun::dropIfUntouched()
+{
+    const MoveProgress& progress = m_journal->progress();
+    for (std::size_t step = 0; step < progress.stepCount(); ++step)
+    {
+        if (progress.state(step) == MoveProgress::State::done)
+            return false;
+    }
+    m_journal->finished();
+    return true;
+}
+
+bool MoveRun::hasArrived(std::size_t file) const
+{
+    const MoveProgress& progress = m_journal->progress();
+    return progress.place(file) == progress.file(file).to;
 }
 
 std::size_t MoveRun::moved() const

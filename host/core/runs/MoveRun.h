@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/plan/ReorganizePlan.h"
+#include "core/runs/MoveProgress.h"
 
 #include <functional>
 #include <memory>
@@ -11,7 +12,7 @@ namespace qo::host
 {
 class MoveJournal;
 
-/// Files on their way to other places, each step of it told to a journal before and after, so that
+/// Files on their way to other places, each step of it noted in a journal before and after, so that
 /// a run that was cut short at any point goes on, or is taken back, from the journal alone. Nothing
 /// is ever overwritten: a file is renamed only where no name stands; to another file system it is
 /// copied, the copy is made durable and compared, and only then the source removed. Where files
@@ -23,11 +24,20 @@ class MoveJournal;
 class MoveRun
 {
 public:
+    /// The folders that nothing may leave, and those in which files may lie at first besides. No
+    /// targets: those that the journal names itself, which whoever edits it may change.
+    struct Bounds
+    {
+        std::vector<std::string> targets;
+        std::vector<std::string> sources;
+    };
+
     /// What the caller wants to hear. All may be empty.
     struct Events
     {
         std::function<bool()> stop; ///< asked before each step and while a copy runs
         std::function<void(std::size_t done, std::size_t all, const std::string& path)> progress;
+        Bounds bounds;
     };
 
     struct Failure
@@ -49,8 +59,8 @@ public:
     /// Where a file is now, and where the collection believes it to be.
     struct Place
     {
-        std::string recordId; ///< as the plan has it
-        std::string from;     ///< the place that the collection was last told of
+        std::size_t file = 0; ///< its number in the run
+        std::string from;     ///< the place that the collection knows
         std::string to;       ///< where the file is; after a stop it may be a temporary name
     };
 
@@ -66,6 +76,8 @@ public:
     /// may take back.
     static std::unique_ptr<MoveRun> beginUndo(const std::string& journal,
                                               const std::string& ofJournal);
+    /// Begins a journal of any other kind.
+    static std::unique_ptr<MoveRun> begin(const std::string& journal, MoveProgress::Start start);
     /// Takes up a journal where it stopped. Throws HostError for what is no journal.
     static std::unique_ptr<MoveRun> open(const std::string& journal);
     ~MoveRun();
@@ -78,14 +90,19 @@ public:
     Report run(const Events& events);
 
     bool isFinished() const;
-    /// The files that are elsewhere than the collection was told, each once.
-    std::vector<Place> untold() const;
-    /// Waits until the disks have all the moves, so that what is told of them stays true in a power
-    /// cut. What the disks complain of becomes a note.
+    /// The files that are elsewhere than the collection knows, each once.
+    std::vector<Place> notApplied() const;
+    /// Waits until the disks have all the moves, so that what the collection knows of them stays
+    /// true in a power cut. What the disks complain of becomes a note.
     void sync();
-    /// The collection has been told of all that untold() gave, durably. Does sync() when nobody did
-    /// since the last run().
-    void told();
+    /// Notes, durably, that the collection knows all that notApplied() gave. Does sync() when
+    /// nobody did since the last run().
+    void setApplied();
+    const MoveProgress::Start& start() const;
+    /// Ends a run that was stopped before it did anything; false if it did.
+    bool dropIfUntouched();
+    /// Whether the file has reached its last place.
+    bool hasArrived(std::size_t file) const;
     /// How many files have reached their place in all.
     std::size_t moved() const;
     /// How many have not, with those that an undo had to leave where they were from the beginning.

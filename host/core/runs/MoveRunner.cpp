@@ -1,8 +1,9 @@
 #include "core/runs/MoveRunner.h"
 
-#include "core/base/DiskSync.h"
+#include "core/base/Disk.h"
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
+#include "core/plan/TargetName.h"
 #include "core/runs/MoveJournal.h"
 #include "core/runs/MoveRecovery.h"
 
@@ -32,9 +33,18 @@ MoveRunner::MoveRunner(MoveJournal& journal, const MoveRun::Events& events)
     : m_journal(journal)
     , m_progress(journal.progress())
     , m_events(events)
-    , m_disk(m_progress.start().targets, m_progress.start().keptFolders)
+    , m_disk(events.bounds.targets.empty() ? m_progress.start().targets : events.bounds.targets,
+             events.bounds.targets.empty() ? m_progress.start().keptFolders : events.bounds.sources)
     , m_doneFiles(m_progress.arrived())
 {
+    for (std::size_t i = 0; i < m_progress.files().size(); ++i)
+    {
+        // The source of a copy frees no place, and what takes a copy back takes none.
+        const MovedFile::Deed deed = m_progress.file(i).deed;
+        const bool hasArrived = m_progress.lastMove(i) != MoveProgress::npos;
+        if (deed == MovedFile::Deed::move || (deed == MovedFile::Deed::copy) == hasArrived)
+            ++m_taken[sameNameKey(m_progress.place(i))];
+    }
 }
 
 MoveRun::Report MoveRunner::run()
@@ -49,6 +59,7 @@ MoveRun::Report MoveRunner::run()
     }
     if (!bringAllHome())
         return report();
+    dropIdleNotes();
     removeEmptyFolders();
     if (m_isStopped)
         return report();
@@ -145,6 +156,45 @@ void MoveRunner::perform(std::size_t step)
         return move(step);
     case Kind::removeFolder:
         return removeFolder(step);
+    case Kind::writeNote:
+        return writeNote(step);
+    case Kind::removeNote:
+        return removeNote(step);
+    }
+}
+
+void MoveRunner::writeNote(std::size_t number)
+{
+    const MoveStep& step = m_progress.step(number);
+    const StepDisk::Outcome outcome = StepDisk::writeNote(step.to, step.text);
+    if (outcome.error == 0)
+        return m_journal.done(number);
+    m_fileTroubles[step.file] = "the note " + step.to + " cannot be written: " + outcome.why;
+    m_journal.failed(number, outcome.why);
+    keepCount(outcome.error);
+}
+
+void MoveRunner::removeNote(std::size_t number)
+{
+    const MoveStep& step = m_progress.step(number);
+    const StepDisk::Outcome outcome = m_progress.place(step.file) == m_progress.file(step.file).to
+                                          ? StepDisk::removeNote(step.to, step.text)
+                                          : StepDisk::Outcome{EBUSY, "its file is still there"};
+    if (outcome.error == 0)
+        return m_journal.done(number);
+    m_journal.skipped(number);
+}
+
+/// What was noted of a file that then did not move.
+void MoveRunner::dropIdleNotes()
+{
+    const std::size_t count = m_progress.plannedSteps();
+    for (std::size_t number = 0; number < count; ++number)
+    {
+        const MoveStep step = m_progress.step(number);
+        if (step.kind == Kind::writeNote && m_progress.state(number) == State::done &&
+            m_progress.lastMove(step.file) == MoveProgress::npos)
+            (void)StepDisk::removeNote(step.to, step.text);
     }
 }
 
@@ -170,22 +220,14 @@ void MoveRunner::move(std::size_t number)
 {
     const MoveStep& step = m_progress.step(number);
     const MovedFile& file = m_progress.file(step.file);
-    StepDisk::Outcome outcome{EBUSY, m_fileTroubles[step.file]};
-    // One that could not even leave its first place has its reason already.
-    if (m_progress.place(step.file) == step.from)
-        outcome = m_disk.move(
-            step,
-            m_progress.mark(step.file),
-            MoveRecovery::stagingName(m_progress.start().id, number),
-            [&](const FileMark& copy) { m_journal.copied(number, copy); },
-            m_events.stop);
+    const StepDisk::Outcome outcome = tryMove(number);
     if (outcome.error == ECANCELED)
     {
         m_isStopped = true;
         return;
     }
     if (outcome.error == 0)
-        m_journal.done(number);
+        noteDone(number);
     else
     {
         m_fileTroubles[step.file] = reasonOf(step, outcome);
@@ -199,6 +241,40 @@ void MoveRunner::move(std::size_t number)
     ++m_doneFiles;
     if (m_events.progress)
         m_events.progress(m_doneFiles, m_progress.files().size(), file.from);
+}
+
+StepDisk::Outcome MoveRunner::tryMove(std::size_t number)
+{
+    const MoveStep& step = m_progress.step(number);
+    const MovedFile& file = m_progress.file(step.file);
+    // One that could not even leave its first place, or has no note, has its reason already.
+    if (const auto trouble = m_fileTroubles.find(step.file); trouble != m_fileTroubles.end())
+        return {EBUSY, trouble->second};
+    if (m_progress.place(step.file) != step.from)
+        return {EBUSY, m_progress.why(number)};
+    const std::string key = sameNameKey(step.to);
+    const auto taken = m_taken.find(key);
+    const std::size_t own = sameNameKey(step.from) == key ? 1 : 0;
+    // The collection takes such names for one, and so does many a disk.
+    if (file.deed != MovedFile::Deed::removeCopy && taken != m_taken.end() && taken->second > own)
+        return {EEXIST, "its place is still taken by a file that does not move"};
+    return m_disk.move(step,
+                       {file,
+                        m_progress.mark(step.file),
+                        MoveRecovery::stagingName(m_progress.start().id, number),
+                        [&](const FileMark& copy) { m_journal.copied(number, copy); },
+                        m_events.stop});
+}
+
+void MoveRunner::noteDone(std::size_t number)
+{
+    const MoveStep& step = m_progress.step(number);
+    const MovedFile::Deed deed = m_progress.file(step.file).deed;
+    if (deed != MovedFile::Deed::copy)
+        --m_taken[sameNameKey(step.from)];
+    if (deed != MovedFile::Deed::removeCopy)
+        ++m_taken[sameNameKey(step.to)];
+    m_journal.done(number);
 }
 
 std::string MoveRunner::reasonOf(const MoveStep& step, const StepDisk::Outcome& outcome) const
@@ -231,9 +307,9 @@ bool MoveRunner::bringAllHome()
     for (std::size_t i = 0; i < m_progress.files().size(); ++i)
     {
         const std::size_t last = m_progress.lastMove(i);
-        if (last == MoveProgress::npos)
+        if (last == MoveProgress::npos || m_progress.file(i).deed != MovedFile::Deed::move)
             continue;
-        occupants.emplace(m_progress.place(i), i);
+        occupants.emplace(sameNameKey(m_progress.place(i)), i);
         if (m_progress.isWaiting(i))
             waiting.push_back(i);
     }
@@ -249,7 +325,7 @@ bool MoveRunner::isStillWaiting(std::size_t file) const
     if (!m_progress.isWaiting(file))
         return false;
     const std::string& place = m_progress.place(file);
-    return !isNothingAt(place) || isNothingAt(parentOf(place));
+    return !disk::isNothingAt(place) || disk::isNothingAt(parentOf(place));
 }
 
 /// A file that could not leave its temporary name for its last one. Whoever came to its first place
@@ -265,14 +341,14 @@ void MoveRunner::bringHome(std::size_t file, Occupants& occupants)
     }
     std::vector<std::size_t> others;
     std::string place = home;
-    for (auto found = occupants.find(place);
-         found != occupants.end() && others.size() < occupants.size();
-         found = occupants.find(place))
+    for (auto found = occupants.find(sameNameKey(place));
+         found != occupants.end() && found->second != file && others.size() < occupants.size();
+         found = occupants.find(sameNameKey(place)))
     {
         others.push_back(found->second);
         place = m_progress.file(found->second).from;
     }
-    bool isFree = isNothingAt(place);
+    bool isFree = disk::isNothingAt(place);
     for (; isFree && !others.empty(); others.pop_back())
         isFree = moveBack(others.back(), m_progress.file(others.back()).from, occupants);
     if (isFree && moveBack(file, home, occupants))
@@ -301,22 +377,25 @@ bool MoveRunner::takeAsItIs(std::size_t file)
 bool MoveRunner::moveBack(std::size_t file, const std::string& place, Occupants& occupants)
 {
     const std::string from = m_progress.place(file);
-    const std::size_t number = m_journal.addStep({Kind::move, file, from, place, {}, false});
+    const std::size_t number = m_journal.addStep({Kind::move, file, from, place});
     m_journal.begin({number});
-    const auto outcome =
-        StepDisk({}, {}).move(m_progress.step(number),
-                              m_progress.mark(file),
-                              MoveRecovery::stagingName(m_progress.start().id, number),
-                              [&](const FileMark& copy) { m_journal.copied(number, copy); },
-                              {});
+    // Back to a disk that the file has left is no matter of where it was going.
+    MovedFile home = m_progress.file(file);
+    home.targetDevice = 0;
+    const auto outcome = m_disk.move(m_progress.step(number),
+                                     {home,
+                                      m_progress.mark(file),
+                                      MoveRecovery::stagingName(m_progress.start().id, number),
+                                      [&](const FileMark& copy) { m_journal.copied(number, copy); },
+                                      {}});
     if (outcome.error != 0)
     {
         m_journal.failed(number, outcome.why);
         return false;
     }
-    m_journal.done(number);
-    occupants.erase(from);
-    occupants.emplace(place, file);
+    noteDone(number);
+    occupants.erase(sameNameKey(from));
+    occupants.emplace(sameNameKey(place), file);
     return true;
 }
 
@@ -381,8 +460,8 @@ std::vector<std::string> MoveRunner::syncDisks(const MoveProgress& progress)
     std::vector<std::string> complaints;
     for (auto& [device, folder] : folders)
     {
-        int error = syncFileSystem(folder);
-        for (; error == ENOENT && folder != "/"; error = syncFileSystem(folder))
+        int error = disk::syncAll(folder);
+        for (; error == ENOENT && folder != "/"; error = disk::syncAll(folder))
             folder = parentOf(folder);
         if (error != 0)
             complaints.push_back("It is not certain that the disk of " + folder +

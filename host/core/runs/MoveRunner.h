@@ -27,7 +27,7 @@ public:
     static std::vector<std::string> syncDisks(const MoveProgress& progress);
 
 private:
-    using Occupants = std::unordered_map<std::string, std::size_t>;
+    using Occupants = std::unordered_map<std::string, std::size_t>; ///< by the key of the place
 
     bool tryMoves();
     bool isWaitingForDisk();
@@ -37,6 +37,11 @@ private:
     void move(std::size_t step);
     void makeFolder(std::size_t step);
     void removeFolder(std::size_t step);
+    void writeNote(std::size_t step);
+    void removeNote(std::size_t step);
+    void dropIdleNotes();
+    StepDisk::Outcome tryMove(std::size_t step);
+    void noteDone(std::size_t step);
     void keepCount(int error);
     std::string reasonOf(const MoveStep& step, const StepDisk::Outcome& outcome) const;
 
@@ -64,6 +69,7 @@ private:
     int m_errorsInRow = 0;
     std::unordered_map<std::string, std::string> m_folderTroubles; ///< why not, by folder
     std::unordered_map<std::size_t, std::string> m_fileTroubles;   ///< likewise
+    std::unordered_map<std::string, std::size_t> m_taken;          ///< files in places of one key
     std::unordered_set<std::string> m_stuckPlaces;                 ///< of files that do not move
     std::unordered_set<std::string> m_emptied; ///< folders that lost something, or were made
     std::vector<std::string> m_notes;          ///< of this run alone

@@ -3,31 +3,17 @@
 #include "core/base/SystemPath.h"
 #include "core/plan/TargetName.h"
 
-#include <strings.h>
-
 #include <algorithm>
-#include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace qo::host
 {
 namespace
 {
 using Kind = MoveStep::Kind;
-using Places = std::unordered_map<std::string_view, std::size_t>;
-
-bool isAscii(const std::string& text)
-{
-    return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
-}
-
-/// Whether the paths differ in case or in Unicode form alone.
-bool isOtherSpelling(const std::string& a, const std::string& b)
-{
-    if (isAscii(a) && isAscii(b))
-        return a.size() == b.size() && ::strcasecmp(a.c_str(), b.c_str()) == 0;
-    return sameNameKey(a) == sameNameKey(b);
-}
+using Places = std::unordered_multimap<std::string, std::size_t>; // by the key of the path
+using Deed = MovedFile::Deed;
 
 /// Walks what has to come first, depth first and without recursion, since chains may be as long as
 /// the list. A node is a file, a folder to be made or a folder to be removed early, by number.
@@ -80,7 +66,9 @@ private:
     std::vector<const MoveStep*> m_early; ///< folders in whose place a file comes, by path
     std::vector<const MoveStep*> m_late;  ///< the deepest first
     std::vector<std::size_t> m_byPlace;   ///< files, sorted by where they lie
-    Places m_occupants;                   ///< files by where they lie
+    std::vector<std::string> m_fromKeys;  ///< by file
+    std::vector<std::string> m_toKeys;    ///< likewise
+    Places m_occupants;                   ///< files that leave where they lie
     Places m_makeByPath;
     Places m_earlyByPath;
     std::vector<State> m_states;
@@ -96,9 +84,14 @@ Orderer::Orderer(const std::vector<MovedFile>& files,
     : m_files(files), m_make(foldersToMake), m_runId(runId), m_waiting(files.size())
 {
     for (std::size_t i = 0; i < files.size(); ++i)
-        m_occupants.emplace(files[i].from, i);
+    {
+        m_fromKeys.push_back(sameNameKey(files[i].from));
+        m_toKeys.push_back(sameNameKey(files[i].to));
+        if (files[i].deed != Deed::copy)
+            m_occupants.emplace(m_fromKeys[i], i);
+    }
     for (std::size_t i = 0; i < m_make.size(); ++i)
-        m_makeByPath.emplace(m_make[i].to, m_files.size() + i);
+        m_makeByPath.emplace(sameNameKey(m_make[i].to), m_files.size() + i);
     splitRemovals(foldersToRemove);
     m_states.resize(m_files.size() + m_make.size() + m_early.size());
     if (m_early.empty())
@@ -113,25 +106,24 @@ Orderer::Orderer(const std::vector<MovedFile>& files,
 /// A folder goes early when a file takes its place, and so do the folders in it.
 void Orderer::splitRemovals(const std::vector<MoveStep>& removals)
 {
-    std::unordered_map<std::string_view, bool> isWanted;
-    for (const MovedFile& file : m_files)
-        isWanted.emplace(file.to, true);
+    const std::unordered_set<std::string> wanted(m_toKeys.begin(), m_toKeys.end());
     std::vector<const MoveStep*> sorted;
     for (const MoveStep& removal : removals)
         sorted.push_back(&removal);
     std::sort(sorted.begin(),
               sorted.end(),
               [](const MoveStep* a, const MoveStep* b) { return a->to < b->to; });
-    Places early;
+    std::unordered_set<std::string> early;
     for (const MoveStep* removal : sorted)
     {
         std::string above = parentOf(removal->to);
         while (above != "/" && !early.contains(above))
             above = parentOf(above);
-        if (isWanted.contains(removal->to) || early.contains(above))
+        const std::string key = sameNameKey(removal->to);
+        if (wanted.contains(key) || early.contains(above))
         {
-            early.emplace(removal->to, m_early.size());
-            m_earlyByPath.emplace(removal->to, m_files.size() + m_make.size() + m_early.size());
+            early.insert(removal->to);
+            m_earlyByPath.emplace(key, m_files.size() + m_make.size() + m_early.size());
             m_early.push_back(removal);
         }
         else
@@ -152,22 +144,28 @@ std::vector<MoveStep> Orderer::order()
 std::vector<std::size_t> Orderer::needsOf(std::size_t node) const
 {
     std::vector<std::size_t> needs;
-    const auto add = [&](const Places& places, const std::string& path)
+    const auto add = [&](const Places& places, const std::string& key)
     {
-        const auto found = places.find(path);
-        if (found != places.end() && found->second != node)
-            needs.push_back(found->second);
+        const auto [first, last] = places.equal_range(key);
+        for (auto found = first; found != last; ++found)
+        {
+            if (found->second != node)
+                needs.push_back(found->second);
+        }
     };
     if (!isFile(node) && !isFolderToMake(node))
     {
         addContent(earlyRemoval(node).to, needs);
         return needs;
     }
+    if (isFile(node) && m_files[node].deed == Deed::removeCopy)
+        return needs;
     const std::string& place = isFile(node) ? m_files[node].to : m_make[node - m_files.size()].to;
-    add(m_makeByPath, parentOf(place));
-    add(m_occupants, place);
+    const std::string key = isFile(node) ? m_toKeys[node] : sameNameKey(place);
+    add(m_makeByPath, key.substr(0, key.rfind('/')));
+    add(m_occupants, key);
     if (isFile(node))
-        add(m_earlyByPath, place);
+        add(m_earlyByPath, key);
     return needs;
 }
 
@@ -187,7 +185,8 @@ void Orderer::addContent(const std::string& folder, std::vector<std::size_t>& ne
                                   [](const MoveStep* step, const std::string& path)
                                   { return step->to < path; });
     for (; inner != m_early.end() && (*inner)->to.starts_with(start); ++inner)
-        needs.push_back(m_earlyByPath.at((*inner)->to));
+        needs.push_back(m_files.size() + m_make.size() +
+                        static_cast<std::size_t>(inner - m_early.begin()));
 }
 
 void Orderer::visit(std::size_t root)
@@ -217,14 +216,14 @@ void Orderer::visit(std::size_t root)
 void Orderer::descend(std::size_t node)
 {
     // On a disk that takes both for one name it would stand in its own way.
-    if (isFile(node) && m_waiting[node].empty() &&
-        isOtherSpelling(m_files[node].from, m_files[node].to))
+    if (isFile(node) && m_files[node].deed == Deed::move && m_waiting[node].empty() &&
+        m_fromKeys[node] == m_toKeys[node])
         park(node);
     m_states[node] = State::open;
     m_stack.push_back({node, needsOf(node)});
 }
 
-/// A circle: some file of it waits beside its place, which frees that place at once.
+/// A ring: some file of it waits beside its place, which frees that place at once.
 void Orderer::meetOpen(std::size_t node)
 {
     if (isFile(node))
@@ -246,10 +245,10 @@ void Orderer::park(std::size_t file)
     if (!m_waiting[file].empty())
         return;
     std::string folder = parentOf(m_files[file].from);
-    while (m_earlyByPath.contains(folder))
+    while (m_earlyByPath.contains(sameNameKey(folder)))
         folder = parentOf(folder);
     m_waiting[file] = inFolder(folder, MoveSteps::waitingName(m_runId, file, m_files[file].from));
-    m_steps.push_back({Kind::move, file, m_files[file].from, m_waiting[file], {}, false});
+    m_steps.push_back({Kind::move, file, m_files[file].from, m_waiting[file]});
 }
 
 void Orderer::emit(std::size_t node)
@@ -262,9 +261,7 @@ void Orderer::emit(std::size_t node)
         m_steps.push_back({Kind::move,
                            node,
                            m_waiting[node].empty() ? m_files[node].from : m_waiting[node],
-                           m_files[node].to,
-                           {},
-                           false});
+                           m_files[node].to});
 }
 } // namespace
 

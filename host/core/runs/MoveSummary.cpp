@@ -11,7 +11,7 @@ namespace
 constexpr std::size_t largestSummary = std::size_t(4) << 30;
 }
 
-MoveSummary MoveSummary::read(const std::string& journal)
+MoveProgress MoveSummary::progressOf(const std::string& journal)
 {
     std::string content;
     if (const int error = readFile(fromSystemPath(journal), largestSummary, content))
@@ -19,9 +19,15 @@ MoveSummary MoveSummary::read(const std::string& journal)
                         "the journal " + journal + " cannot be read: " + errorWords(error));
     // The last line may be on its way just now.
     content.resize(content.rfind('\n') + 1);
-    const MoveProgress progress = journaltext::read(journal, content);
+    return journaltext::read(journal, content);
+}
+
+MoveSummary MoveSummary::read(const std::string& journal)
+{
+    const MoveProgress progress = progressOf(journal);
     const MoveProgress::Start& start = progress.start();
     const std::size_t arrived = progress.arrived();
-    return {start.undoes, arrived, start.refusals.size() + start.files.size() - arrived};
+    return {
+        start.undoes, start.kind, arrived, start.refusals.size() + start.files.size() - arrived};
 }
 } // namespace qo::host

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/runs/MoveProgress.h"
+
 #include <cstddef>
 #include <string>
 
@@ -10,10 +12,12 @@ namespace qo::host
 struct MoveSummary
 {
     std::string undoes;    ///< the id of the run that it takes back, or ""
+    std::string kind;      ///< see MoveProgress::Start
     std::size_t moved = 0; ///< files that reached their place
     std::size_t away = 0;  ///< those that did not, an undo's refused ones among them
 
     /// Throws HostError for what cannot be read or is no journal.
     static MoveSummary read(const std::string& journal);
+    static MoveProgress progressOf(const std::string& journal);
 };
 } // namespace qo::host

@@ -3,12 +3,11 @@
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
-#include "core/collection/CollectionChanges.h"
-#include "core/collection/CollectionFiles.h"
-#include "core/collection/FileChecks.h"
-#include "core/collection/FileOperations.h"
+#include "core/runs/FileMoves.h"
 #include "core/runs/MoveSummary.h"
 #include "core/runs/RunChecks.h"
+#include "core/runs/RunFiles.h"
+#include "core/runs/RunFollower.h"
 #include "core/session/ProgressReporter.h"
 #include "core/session/Session.h"
 
@@ -22,111 +21,30 @@ namespace qo::host
 {
 namespace
 {
-constexpr const char* planEnd = ".plan";
-constexpr const char* runningEnd = ".running";
-constexpr const char* finishedEnd = ".journal";
-constexpr std::size_t stampLength = 15; ///< of the time that an id begins with
+using namespace runfiles;
 
-CString folder()
+std::string forgetHint(const std::string& id)
 {
-    return Session::folder() + u"\\reorganize";
-}
-
-std::string pathOf(const std::string& id, const char* end)
-{
-    return toSystemPath(folder()) + "/" + id + end;
-}
-
-bool exists(const std::string& path)
-{
-    return fileSystem().exists(fromSystemPath(path));
-}
-
-/// Ids become file names.
-bool isId(const std::string& text)
-{
-    return !text.empty() && text.size() <= 64 &&
-           std::all_of(
-               text.begin(), text.end(), [](char c) { return (c >= '0' && c <= '9') || c == '-'; });
-}
-
-/// By the second, then by the number behind it.
-bool isOlder(const std::string& a, const std::string& b)
-{
-    const int order = a.compare(0, stampLength, b, 0, stampLength);
-    if (order != 0)
-        return order < 0;
-    return a.size() != b.size() ? a.size() < b.size() : a < b;
-}
-
-/// The ids of the files with that end, the oldest first.
-std::vector<std::string> idsOf(const std::string& end)
-{
-    std::vector<DirEntry> entries;
-    const int error = fileSystem().list(folder(), entries);
-    if (error != 0 && error != ENOENT)
-        throw HostError(ExitCode::failed,
-                        "the folder " + shownPath(folder()) +
-                            " cannot be read: " + errorWords(error));
-    std::vector<std::string> ids;
-    for (const DirEntry& entry : entries)
-    {
-        const std::string name = toUtf8(entry.name);
-        if (name.ends_with(end) && isId(name.substr(0, name.size() - end.size())))
-            ids.push_back(name.substr(0, name.size() - end.size()));
-    }
-    std::sort(ids.begin(), ids.end(), isOlder);
-    return ids;
-}
-
-/// The journal of a run, in whichever state it is; "" when there is none.
-std::string journalOf(const std::string& id)
-{
-    for (const char* end : {runningEnd, finishedEnd})
-    {
-        if (exists(pathOf(id, end)))
-            return pathOf(id, end);
-    }
-    return {};
-}
-
-void makeFolder()
-{
-    if (const int error = fileSystem().makeDirectories(folder()))
-        throw HostError(ExitCode::failed,
-                        "the folder " + shownPath(folder()) +
-                            " cannot be made: " + errorWords(error));
-}
-
-/// "20261121-201500", behind every id that there is, even where the clock was put back.
-std::string newId()
-{
-    makeFolder();
-    std::string wanted = toUtf8(timeStamp(systemClock().localTime()));
-    std::replace(wanted.begin(), wanted.end(), '_', '-');
-    std::string youngest;
-    for (const char* end : {planEnd, runningEnd, finishedEnd})
-    {
-        for (const std::string& id : idsOf(end))
-            youngest = isOlder(youngest, id) ? id : youngest;
-    }
-    if (isOlder(youngest, wanted))
-        return wanted;
-    wanted = youngest.substr(0, stampLength);
-    std::string id = wanted;
-    for (int count = 2; !isOlder(youngest, id); ++count)
-        id = wanted + "-" + std::to_string(count);
-    return id;
+    return "; \"qo reorg forget " + id +
+           "\" sets it aside: files that it moved and that the collection does not know at their "
+           "new places then count as new";
 }
 
 /// How a run that was stopped comes to its end, for its user.
 std::string wayOn(const std::string& id)
 {
-    const std::string undone = MoveSummary::read(pathOf(id, runningEnd)).undoes;
-    if (!undone.empty())
-        return "\"qo reorg undo " + undone + "\" goes on with it";
-    return "\"qo reorg apply " + id + "\" goes on with it, \"qo reorg undo " + id +
-           "\" takes it back";
+    try
+    {
+        const std::string undone = MoveSummary::read(pathOf(id, runningEnd)).undoes;
+        if (!undone.empty())
+            return "\"qo undo " + undone + "\" goes on with it";
+        return "\"qo reorg apply " + id + "\" goes on with it, \"qo undo " + id +
+               "\" takes it back";
+    }
+    catch (const HostError& error)
+    {
+        return error.what() + forgetHint(id);
+    }
 }
 
 /// Throws when a run other than this one waits.
@@ -138,93 +56,6 @@ void refuseBeside(const std::string& id)
             throw HostError(ExitCode::refused,
                             "the run " + other + " has not come to its end: " + wayOn(other));
     }
-}
-
-/// Plans that nobody carried out are many, and can be made again.
-void dropOldPlans()
-{
-    constexpr std::size_t kept = 10;
-    std::vector<std::string> ids = idsOf(planEnd);
-    std::erase_if(ids, [](const std::string& id) { return !journalOf(id).empty(); });
-    for (std::size_t i = 0; i + kept < ids.size(); ++i)
-        fileSystem().removeFile(fromSystemPath(pathOf(ids[i], planEnd)));
-}
-
-void close(const std::string& id)
-{
-    const std::string from = pathOf(id, runningEnd);
-    const std::string to = pathOf(id, finishedEnd);
-    if (const int error =
-            exists(from) ? fileSystem().moveFile(fromSystemPath(from), fromSystemPath(to)) : 0)
-        throw HostError(ExitCode::failed,
-                        from + " cannot be renamed to " + to + ": " + errorWords(error));
-}
-
-/// The path of a record for the moment in which files change places; of the same kind of file.
-CString placeBetween(const CString& path)
-{
-    const CQoCollPath whole(path);
-    return addBackslash(whole.getParent().toString()) + u".qo-between-" + whole.getLast();
-}
-
-/// Where the record of the file stands by now; "" when the collection has none. Telling may have
-/// been cut short.
-CString recordPlace(const MoveRun::Place& place)
-{
-    const CString from = fromSystemPath(place.from);
-    for (const CString& path : {from, placeBetween(from)})
-    {
-        const QoFileDbItemPtr record = CollectionChanges::recordOf(path);
-        if (record && toUtf8(record->velmoraId) == place.recordId)
-            return path;
-    }
-    return {};
-}
-
-/// Lets the loaded collection follow what the disk has.
-void tell(Session& session, MoveRun& run)
-{
-    const std::vector<MoveRun::Place> places = run.untold();
-    if (places.empty())
-        return;
-    std::vector<std::pair<CString, CString>> moves;
-    std::unordered_set<std::u16string> left;
-    for (const MoveRun::Place& place : places)
-    {
-        const CString from = recordPlace(place);
-        if (from.IsEmpty())
-            continue;
-        moves.emplace_back(from, fromSystemPath(place.to));
-        left.insert(pathKey(from));
-    }
-    CollectionChanges changes(session, true);
-    for (auto& [from, to] : moves)
-    {
-        if (left.contains(pathKey(to)))
-        {
-            changes.move(from, placeBetween(from), false);
-            from = placeBetween(from);
-        }
-        else if (const QoFileDbItemPtr other = CollectionChanges::recordOf(to);
-                 other && !nameExists(other->path))
-            changes.remove(to); // its file was gone before
-    }
-    for (const auto& [from, to] : moves)
-        changes.move(from, to, false);
-    // What the collection knows must not be lost in a power cut.
-    run.sync();
-    ProgressReporter silent([](const ProgressEvent&) {});
-    changes.apply(silent);
-    run.told();
-}
-
-/// "2026-11-21 20:15:00" from an id.
-std::string timeOf(const std::string& id)
-{
-    if (id.size() < stampLength)
-        return {};
-    return id.substr(0, 4) + "-" + id.substr(4, 2) + "-" + id.substr(6, 2) + " " + id.substr(9, 2) +
-           ":" + id.substr(11, 2) + ":" + id.substr(13, 2);
 }
 
 /// "" when the plan is gone or damaged: the run does not need it.
@@ -254,17 +85,18 @@ std::vector<std::string> placesOf(const ReorganizePlan& plan)
     return {places.begin(), places.end()};
 }
 
-/// Of the plan behind a run; none when it is gone.
-std::vector<std::string> keptPlaces(const std::string& id)
+/// The same of a run; without those that the collection does not know.
+std::vector<std::string> placesOf(const MoveProgress::Start& start)
 {
-    try
+    std::unordered_set<std::string> places;
+    for (const MovedFile& file : start.files)
     {
-        return placesOf(ReorganizePlan::read(pathOf(id, planEnd)));
+        if (file.outside != MovedFile::Outside::source)
+            places.insert(parentOf(file.from));
+        if (file.outside != MovedFile::Outside::target)
+            places.insert(parentOf(file.to));
     }
-    catch (const HostError&)
-    {
-        return {};
-    }
+    return {places.begin(), places.end()};
 }
 
 using Runs = std::vector<Reorganizer::Run>;
@@ -284,7 +116,7 @@ const Reorganizer::Run* stoppedUndo(const Runs& runs, const std::string& id)
 void needReadable(const Reorganizer::Run& run)
 {
     if (!run.complaint.empty())
-        throw HostError(ExitCode::failed, run.complaint);
+        throw HostError(ExitCode::failed, run.complaint + forgetHint(run.id));
 }
 
 std::string undoableOf(const Runs& runs, const std::string& id)
@@ -300,7 +132,7 @@ std::string undoableOf(const Runs& runs, const std::string& id)
             throw HostError(ExitCode::refused,
                             "the run " + id + " was taken back by " + run->undone);
         const bool hasMoved = run->moved > 0 || run->isRunning;
-        if (!id.empty() || (run->undone.empty() && run->leadsForth && hasMoved))
+        if (!id.empty() || (run->undone.empty() && run->isForward && hasMoved))
             return run->id;
     }
     throw HostError(ExitCode::notFound,
@@ -309,7 +141,10 @@ std::string undoableOf(const Runs& runs, const std::string& id)
 }
 } // namespace
 
-Reorganizer::Reorganizer(Session& session) : m_session(session) {}
+Reorganizer::Reorganizer(Session& session, Trash trash)
+    : m_session(session), m_trash(std::move(trash))
+{
+}
 
 ReorganizePlan Reorganizer::makePlan(const CString& rule,
                                      const CString& target,
@@ -339,6 +174,7 @@ MoveRun::Report
 Reorganizer::carryOut(MoveRun& run, const std::string& id, ProgressReporter& progress)
 {
     MoveRun::Events events;
+    events.bounds = check::boundsOf(run.start(), m_trash);
     events.stop = [&progress] { return progress.isCanceled(); };
     events.progress = [&progress](std::size_t done, std::size_t all, const std::string& path)
     {
@@ -357,10 +193,10 @@ Reorganizer::carryOut(MoveRun& run, const std::string& id, ProgressReporter& pro
     {
         failure = error.what();
     }
-    // Whatever happened, what the disk has by now is told.
+    // Whatever happened, the collection gets to know what the disk has by now.
     try
     {
-        tell(m_session, run);
+        RunFollower(m_session, run).apply();
     }
     catch (const HostError& error)
     {
@@ -373,6 +209,27 @@ Reorganizer::carryOut(MoveRun& run, const std::string& id, ProgressReporter& pro
         throw HostError(ExitCode::failed, failure);
     if (report.isFinished)
         close(id);
+    return report;
+}
+
+MoveRun::Report Reorganizer::carryOut(const FileMoves& moves, ProgressReporter& progress)
+{
+    const std::string id = newId();
+    refuseBeside(id);
+    MoveProgress::Start start = moves.start(id);
+    check::rootsAreThere(placesOf(start));
+    (void)check::boundsOf(start, m_trash);
+    const auto run = MoveRun::begin(pathOf(id, runningEnd), std::move(start));
+    MoveRun::Report report = carryOut(*run, id, progress);
+    // What was stopped before anything happened leaves nothing to go on with.
+    if (!report.isFinished && run->dropIfUntouched())
+    {
+        close(id);
+        throw HostError(progress.isCanceled() ? ExitCode::interrupted : ExitCode::failed,
+                        report.notes.empty() ? "stopped; nothing was changed"
+                                             : report.notes.front());
+    }
+    m_lastRun = id;
     return report;
 }
 
@@ -406,13 +263,22 @@ bool Reorganizer::canGoOn(const std::string& id)
 
 MoveRun::Report Reorganizer::goOn(const std::string& id, ProgressReporter& progress)
 {
-    const std::string undone = MoveSummary::read(pathOf(id, runningEnd)).undoes;
+    // The load before this may have found that nothing was left to do but to say so.
+    if (!exists(pathOf(id, runningEnd)) && exists(pathOf(id, finishedEnd)))
+        return MoveRun::open(pathOf(id, finishedEnd))->run({});
+    const MoveProgress seen = MoveSummary::progressOf(pathOf(id, runningEnd));
+    const std::string undone = seen.start().undoes;
     // From here on only the undo can go on.
     if (!undone.empty())
         close(undone);
     refuseBeside(id);
-    check::rootsAreThere(keptPlaces(undone.empty() ? id : undone));
+    check::rootsAreThere(placesOf(seen.start()));
     return carryOut(*MoveRun::open(pathOf(id, runningEnd)), id, progress);
+}
+
+MoveProgress Reorganizer::progressOf(const std::string& id)
+{
+    return MoveSummary::progressOf(journalOf(id));
 }
 
 std::string Reorganizer::undoable(const std::string& id)
@@ -427,7 +293,9 @@ MoveRun::Report Reorganizer::undo(const std::string& id, ProgressReporter& progr
         return goOn(stopped->id, progress);
     const std::string wanted = undoableOf(all, id);
     refuseBeside(wanted);
-    check::rootsAreThere(keptPlaces(wanted));
+    const MoveProgress first = MoveSummary::progressOf(journalOf(wanted));
+    check::rootsAreThere(placesOf(first.start()));
+    (void)check::boundsOf(first.start(), m_trash);
     const std::string own = newId();
     const auto run = MoveRun::beginUndo(pathOf(own, runningEnd), journalOf(wanted));
     close(wanted);
@@ -449,6 +317,7 @@ std::vector<Reorganizer::Run> Reorganizer::runs()
             {
                 const MoveSummary summary = MoveSummary::read(pathOf(id, end));
                 run.undoes = summary.undoes;
+                run.kind = summary.kind.empty() ? "reorg" : summary.kind;
                 run.moved = summary.moved;
                 run.away = summary.away;
                 run.rule = ruleOf(run.undoes.empty() ? id : run.undoes);
@@ -468,7 +337,7 @@ std::vector<Reorganizer::Run> Reorganizer::runs()
             list.begin(), list.end(), [&undo](const Run& run) { return run.id == undo.undoes; });
         if (undo.undoes.empty() || first == list.end())
             continue;
-        undo.leadsForth = !first->leadsForth;
+        undo.isForward = !first->isForward;
         // What left files behind can be followed by another one.
         if (undo.away == 0 || undo.isRunning)
             first->undone = undo.id;
@@ -476,15 +345,20 @@ std::vector<Reorganizer::Run> Reorganizer::runs()
     return list;
 }
 
-bool hasUntoldMoves()
+void Reorganizer::forget(const std::string& id)
 {
-    return FileOperations::wasCutShort() || !idsOf(runningEnd).empty();
+    if (!isId(id) || journalOf(id).empty())
+        throw HostError(ExitCode::notFound, "there is no run " + id + "; \"qo runs\" lists them");
+    runfiles::forget(id);
 }
 
-void tellUntoldMoves(Session& session)
+bool hasUnappliedMoves()
 {
-    if (FileOperations::wasCutShort())
-        FileOperations::takeUp(session);
+    return !idsOf(runningEnd).empty();
+}
+
+void applyUnfinishedMoves(Session& session)
+{
     for (const std::string& id : idsOf(runningEnd))
     {
         std::unique_ptr<MoveRun> run;
@@ -495,10 +369,10 @@ void tellUntoldMoves(Session& session)
         catch (const HostError& error)
         {
             // The collection is worth more than one journal; find-moved may still help.
-            session.note(error.what());
+            session.note(error.what() + forgetHint(id));
             continue;
         }
-        tell(session, *run);
+        RunFollower(session, *run).apply();
         if (run->isFinished())
             close(id);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/collection/Trash.h"
 #include "core/plan/PlanBuilder.h"
 #include "core/plan/ReorganizePlan.h"
 #include "core/runs/MoveRun.h"
@@ -11,13 +12,14 @@
 
 namespace qo::host
 {
+class FileMoves;
 class ProgressReporter;
 class Session;
 
-/// Plans, and the runs that carry them out or take them back, as files in the folder "reorganize"
-/// beside the database: "<id>.plan", "<id>.running" while a run can go on, "<id>.journal" for one
-/// that has come to its end. The loaded collection follows each run: records keep their ids, and a
-/// crash in between costs nothing, see tellUntoldMoves(). For the kernel's thread.
+/// Plans, and the runs that carry them out, that move, add and throw away what a user names, and
+/// that take back other runs; see RunFiles for their files. The loaded collection follows each run:
+/// records keep their ids, and a crash in between costs nothing, see applyUnfinishedMoves(). For
+/// the kernel's thread.
 class Reorganizer
 {
 public:
@@ -27,16 +29,17 @@ public:
         std::string id;
         std::string undoes; ///< the id of the run that it takes back, or ""
         std::string undone; ///< the id of the run that takes it back, or ""
+        std::string kind;   ///< "reorg" for a plan, "mv", "rm", "add"
         std::string rule;   ///< "" when its plan is gone
         std::string made;   ///< when its plan was made, or the undo began; local time
         std::size_t moved = 0;
         std::size_t away = 0;   ///< files that did not reach their place
-        bool leadsForth = true; ///< away from the first order, and not back to it
+        bool isForward = true;  ///< false for an undo, true again for the undo of one
         bool isRunning = false; ///< was stopped or cut short, and can go on
         std::string complaint;  ///< why it cannot be read; then only id and made are known
     };
 
-    explicit Reorganizer(Session& session);
+    explicit Reorganizer(Session& session, Trash trash = Trash());
 
     /// Makes a plan and keeps it, with a few older ones that were not carried out. Throws HostError
     /// as PlanBuilder::build() does.
@@ -54,15 +57,24 @@ public:
     /// failed, with nothing done, when it is not about the root folders alone; interrupted or
     /// failed with a sentence that says what stands.
     MoveRun::Report apply(const ReorganizePlan& plan, ProgressReporter& progress);
+    /// Moves, adds or throws away what a user has named. Throws HostError as apply() does.
+    MoveRun::Report carryOut(const FileMoves& moves, ProgressReporter& progress);
+    /// The id of the run that carryOut() made.
+    const std::string& lastRun() const { return m_lastRun; }
     /// Whether a run of that id was stopped and can go on; it needs no plan for that.
     static bool canGoOn(const std::string& id);
     MoveRun::Report goOn(const std::string& id, ProgressReporter& progress);
     /// Takes back the run of that id, or the youngest that nothing has taken back. Throws HostError
     /// as apply() does.
     MoveRun::Report undo(const std::string& id, ProgressReporter& progress);
+    /// What its journal says. Throws HostError.
+    static MoveProgress progressOf(const std::string& id);
     /// Which run undo() would take back, or go on to. Throws HostError.
     static std::string undoable(const std::string& id);
 
+    /// Sets the journal of a run aside, be it damaged, so that others can begin: it can then
+    /// neither go on nor be taken back. Throws HostError.
+    static void forget(const std::string& id);
     /// The youngest last.
     static std::vector<Run> runs();
 
@@ -70,12 +82,14 @@ private:
     MoveRun::Report carryOut(MoveRun& run, const std::string& id, ProgressReporter& progress);
 
     Session& m_session;
+    Trash m_trash;
+    std::string m_lastRun;
 };
 
-/// Whether files moved that the stored collection knows at their old places, since the program
-/// ended in the middle of a run or of a move. Quick when there was none.
-bool hasUntoldMoves();
+/// Whether the journal of a run stands that was stopped or cut short: files may have moved that the
+/// stored collection knows at their old places. Quick when there is none.
+bool hasUnappliedMoves();
 /// Brings them into the collection, which is loaded as it is stored, and saves it. Throws
 /// HostError.
-void tellUntoldMoves(Session& session);
+void applyUnfinishedMoves(Session& session);
 } // namespace qo::host

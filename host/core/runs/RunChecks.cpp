@@ -1,5 +1,6 @@
 #include "core/runs/RunChecks.h"
 
+#include "core/base/Disk.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
@@ -15,6 +16,7 @@
 #include <algorithm>
 #include <set>
 #include <unordered_set>
+#include <utility>
 
 namespace qo::host::check
 {
@@ -34,6 +36,31 @@ CString rootOf(const std::string& place)
                         " is in no root folder of the collection");
 }
 
+[[noreturn]] void refuse(const MoveProgress::Start& start, const std::string& path)
+{
+    throw HostError(ExitCode::failed,
+                    "the run " + start.id + " cannot go on: " + path +
+                        " is in no folder that it may use");
+}
+
+bool isInAny(const std::string& path, const std::vector<std::string>& folders)
+{
+    return std::any_of(folders.begin(),
+                       folders.end(),
+                       [&](const std::string& folder) { return isBelow(path, folder); });
+}
+
+/// A disk of which the run before has taken the last file is there although it is empty, and the
+/// collection has nothing in it that could be lost.
+bool isEmptyDisk(const CString& folder)
+{
+    const std::string path = toSystemPath(folder);
+    NameInfo info;
+    NameInfo above;
+    return disk::lookAtFolder(path, info) == 0 && disk::lookAtFolder(parentOf(path), above) == 0 &&
+           info.mount != above.mount && countFilesBelow(Session::databasePath(), folder) == 0;
+}
+
 /// Where a folder really lies, or the nearest above it that is there.
 std::string realPlace(std::string path)
 {
@@ -45,6 +72,16 @@ std::string realPlace(std::string path)
     }
 }
 } // namespace
+
+std::vector<std::string> rootFolders()
+{
+    CollPathArray all;
+    ownCollection().getRootDirs(all);
+    std::vector<std::string> folders;
+    for (const CQoCollPath& root : all)
+        folders.push_back(toSystemPath(root.toString()));
+    return folders;
+}
 
 void rootsAreThere(const std::vector<std::string>& places)
 {
@@ -59,20 +96,22 @@ void rootsAreThere(const std::vector<std::string>& places)
         if (places.empty() || roots.contains(root.toString()))
             asked.Add(root.toString());
     }
-    const std::vector<RootProblem> problems = checkRoots(asked, Session::databasePath());
+    std::vector<RootProblem> problems = checkRoots(asked, Session::databasePath());
+    std::erase_if(problems, [](const RootProblem& problem) { return isEmptyDisk(problem.folder); });
     if (!problems.empty())
         throw HostError(ExitCode::away, rootSentences(problems, "is away") + "nothing was moved");
 }
 
 void ownFolders(const ReorganizePlan& plan)
 {
+    const std::vector<std::string> roots = rootFolders();
     for (const PlannedFile& file : plan.files)
     {
         if (file.verdict != PlannedFile::Verdict::move)
             continue;
         for (const std::string& path : {file.from, file.to})
         {
-            if (rootOf(path).IsEmpty())
+            if (rootOf(path).IsEmpty() || !isInAny(path, roots))
                 refuse(plan, path);
         }
     }
@@ -86,8 +125,56 @@ void ownFolders(const ReorganizePlan& plan)
     }
 }
 
+MoveRun::Bounds boundsOf(const MoveProgress::Start& start, const Trash& trash)
+{
+    const std::vector<std::string> roots = rootFolders();
+    std::set<std::string> outside;
+    for (const MovedFile& file : start.files)
+    {
+        for (const auto& [path, side] : {std::pair(&file.from, MovedFile::Outside::source),
+                                         std::pair(&file.to, MovedFile::Outside::target)})
+        {
+            if (file.outside != side && !isInAny(*path, roots))
+                refuse(start, *path);
+            if (file.outside != side)
+                continue;
+            if (start.kind == "rm" && !trash.canHold(*path))
+                refuse(start, *path);
+            outside.insert(parentOf(*path));
+        }
+    }
+    const auto isOutside = [&](const std::string& folder) { return outside.contains(folder); };
+    for (const MoveStep& step : start.steps)
+    {
+        const bool isNote =
+            step.kind == MoveStep::Kind::writeNote || step.kind == MoveStep::Kind::removeNote;
+        if (isNote)
+        {
+            const MovedFile& file = start.files[step.file];
+            if (step.to != Trash::noteOf(file.from) && step.to != Trash::noteOf(file.to))
+                refuse(start, step.to);
+            continue;
+        }
+        const bool isMove = step.kind == MoveStep::Kind::move;
+        if (isMove && !isInAny(step.from, roots) && !isOutside(parentOf(step.from)))
+            refuse(start, step.from);
+        if (isInAny(step.to, roots) || (isMove && isOutside(parentOf(step.to))))
+            continue;
+        if (isMove || start.kind != "add")
+            refuse(start, step.to);
+        outside.insert(parentOf(step.to)); // folders of what was added from elsewhere
+    }
+    std::vector<std::string> all = roots;
+    all.insert(all.end(), outside.begin(), outside.end());
+    return {all, all};
+}
+
 std::vector<MoveRun::Failure> bringUpToDate(ReorganizePlan& plan)
 {
+    // The root folders are what counts, not what somebody may have written into the plan.
+    const std::vector<std::string> roots = rootFolders();
+    std::erase_if(plan.keptFolders,
+                  [&](const std::string& folder) { return !isInAny(folder, roots); });
     for (const std::string& folder : PlanBuilder::keptFolders())
     {
         if (std::find(plan.keptFolders.begin(), plan.keptFolders.end(), folder) ==

@@ -1,13 +1,9 @@
 #include "core/runs/StepDisk.h"
 
+#include "core/base/Disk.h"
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
 
-#include <QoKernel/Inside.h>
-#include <QoKernel/Kernel.h>
-
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,9 +14,12 @@ namespace qo::host
 {
 namespace
 {
-constexpr mode_t rightsBits = 07777;
+using Outcome = StepDisk::Outcome;
+using Moving = StepDisk::Moving;
 
-StepDisk::Outcome ended(int error)
+constexpr std::size_t largestNote = std::size_t(64) << 10;
+
+Outcome ended(int error)
 {
     if (error == 0)
         return {};
@@ -43,61 +42,143 @@ bool isAway(int error)
     return std::find(errors.begin(), errors.end(), error) != errors.end();
 }
 
-/// Whether the file is what it was; else why not.
-StepDisk::Outcome checkSource(const std::string& path, const FileMark& mark)
+bool isOfKind(NameInfo::Kind kind, MovedFile::What what)
 {
-    struct stat st;
-    FileMark now;
-    const int error = ::lstat(path.c_str(), &st) == 0 ? markOf(path, now) : errno;
+    switch (what)
+    {
+    case MovedFile::What::link:
+        return kind == NameInfo::Kind::link;
+    case MovedFile::What::folder:
+        return kind == NameInfo::Kind::directory;
+    default:
+        return kind == NameInfo::Kind::regular;
+    }
+}
+
+/// Whether the file is what it was; else why not.
+Outcome checkSource(const std::string& path, const Moving& moving)
+{
+    NameInfo info;
+    const int error = disk::look(path, info);
     if (error == ENOENT || error == ENOTDIR)
         return {ENOENT, "it is no longer there", true};
     if (error != 0)
         return {error, errorWords(error), isAway(error)};
-    if (!S_ISREG(st.st_mode))
-        return {EINVAL, "it is no file any more"};
-    if (now != mark)
+    if (!isOfKind(info.kind, moving.file.what))
+        return {EINVAL,
+                moving.file.what == MovedFile::What::folder ? "it is no folder any more"
+                                                            : "it is no file any more"};
+    if (!StepDisk::isUnchanged(markOf(info), moving.mark, moving.file.what))
         return {EBUSY, "it has changed since"};
     return {};
 }
 
-StepDisk::Outcome copyOver(const MoveStep& step,
-                           const FileMark& mark,
-                           const std::string& stagingName,
-                           const std::function<void(const FileMark&)>& copied,
-                           const std::function<bool()>& stop)
+/// A copy that grows in a hidden folder beside its target, which is gone with the object.
+class StagedCopy
 {
+public:
+    StagedCopy(const std::string& target, const std::string& stagingName)
+        : m_target(target)
+        , m_stagingName(stagingName)
+        , m_copy(inFolder(parentOf(target), stagingName) + "/copy")
+    {
+    }
+    ~StagedCopy() { (void)StepDisk::removeStaged(m_target, m_stagingName); }
+    StagedCopy(const StagedCopy&) = delete;
+    StagedCopy& operator=(const StagedCopy&) = delete;
+
+    int make(const std::string& from, const std::function<bool()>& stop) const
+    {
+        if (const int error = StepDisk::removeStaged(m_target, m_stagingName))
+            return error;
+        if (const int error = disk::makeFolder(parentOf(m_copy)))
+            return error;
+        return fileSystem().copyAsNew(fromSystemPath(from), fromSystemPath(m_copy), stop);
+    }
+    int look(FileMark& mark) const { return markOf(m_copy, mark); }
+    int putInPlace() const
+    {
+        const int error = disk::moveNoReplace(m_copy, m_target);
+        return error != 0 ? error : disk::sync(parentOf(m_target));
+    }
+
+private:
+    std::string m_target;
+    std::string m_stagingName;
+    std::string m_copy;
+};
+
+bool isStill(const std::string& path, const FileMark& mark)
+{
+    FileMark now;
+    return markOf(path, now) == 0 && now == mark;
+}
+
+/// What others have put in its place, or changed in it, is theirs.
+int removeIfStill(const std::string& path, const FileMark& mark)
+{
+    return isStill(path, mark) ? disk::removeFile(path) : EBUSY;
+}
+
+Outcome copyOver(const MoveStep& step, const Moving& moving)
+{
+    const bool isMove = moving.file.deed == MovedFile::Deed::move;
     // Better to know before a long copy than after it.
-    if (::faccessat(AT_FDCWD, parentOf(step.from).c_str(), W_OK | X_OK, AT_EACCESS) != 0)
-        return ended(errno);
-    TreeCopy copy(fromSystemPath(step.from), fromSystemPath(step.to), stagingName);
-    if (const int error = copy.stage(stop))
+    if (const int error = isMove ? fileSystem().mayRemove(fromSystemPath(step.from)) : 0)
+        return ended(error);
+    const StagedCopy copy(step.to, moving.stagingName);
+    if (const int error = copy.make(step.from, moving.stop))
         return ended(error);
     FileMark staged;
-    if (const int error = markOf(copy.stagedPath(), staged))
+    if (const int error = copy.look(staged))
         return ended(error);
-    if (staged.size != mark.size)
+    if (staged.size != moving.mark.size)
         return {EBUSY, "it changed while it was copied"};
-    copied(staged);
+    moving.copied(staged);
+    const bool wasFree = disk::isNothingAt(step.to);
     if (const int error = copy.putInPlace())
+    {
+        if (wasFree)
+            (void)removeIfStill(step.to, staged);
         return ended(error);
-    const int error = copy.removeSource();
+    }
+    const int error = isMove ? removeIfStill(step.from, moving.mark) : 0;
     if (error == 0)
         return {};
-    if (const int removeError = copy.removeTarget())
+    if (const int removeError = removeIfStill(step.to, staged))
         return {removeError,
                 "it was copied, but neither the old file (" + errorWords(error) +
                     ") nor the copy (" + errorWords(removeError) + ") can be removed"};
-    return error == EBUSY ? StepDisk::Outcome{error, "it changed while it was copied"}
-                          : ended(error);
+    return error == EBUSY ? Outcome{error, "it changed while it was copied"} : ended(error);
+}
+
+/// Takes a copy back: only what can be had at the other place as well goes.
+Outcome removeCopy(const MoveStep& step, const Moving& moving)
+{
+    const int error = moving.file.what == MovedFile::What::link
+                          ? 0
+                          : fileSystem().compareFiles(
+                                fromSystemPath(step.from), fromSystemPath(step.to), moving.stop);
+    if (error == ECANCELED)
+        return ended(error);
+    if (error != 0 || disk::isNothingAt(step.to))
+        return {EBUSY, "it is not the same as " + step.to + " any more"};
+    return ended(removeIfStill(step.from, moving.mark));
 }
 } // namespace
 
 StepDisk::StepDisk(std::vector<std::string> targets, std::vector<std::string> keptFolders)
-    : m_targets(targets), m_sources(sourceBases(std::move(targets), keptFolders))
+    : m_bases(sourceBases(targets, keptFolders)), m_targets(std::move(targets)), m_sources(m_bases)
 {
 }
 
-StepDisk::Outcome StepDisk::checkFolders(const MoveStep& step)
+bool StepDisk::isUnchanged(const FileMark& now, const FileMark& mark, MovedFile::What what)
+{
+    return what == MovedFile::What::folder ? now.device == mark.device && now.inode == mark.inode
+                                           : now == mark;
+}
+
+Outcome StepDisk::checkFolders(const MoveStep& step)
 {
     const std::string from = parentOf(step.from);
     if (const int error = m_sources.check(from))
@@ -109,24 +190,52 @@ StepDisk::Outcome StepDisk::checkFolders(const MoveStep& step)
     return {};
 }
 
-StepDisk::Outcome StepDisk::move(const MoveStep& step,
-                                 const FileMark& mark,
-                                 const std::string& stagingName,
-                                 const std::function<void(const FileMark&)>& copied,
-                                 const std::function<bool()>& stop)
+/// A disk that is away leaves the bare folder on which it is mounted. It may also have got another
+/// number since, but then a mount point is still to be met on the way up.
+Outcome StepDisk::checkTargetDisk(const MoveStep& step, const MovedFile& file) const
 {
-    const Outcome source = checkSource(step.from, mark);
+    NameInfo info;
+    const std::string folder = parentOf(step.to);
+    if (file.targetDevice == 0 || disk::lookAtFolder(folder, info) != 0 ||
+        info.device == file.targetDevice)
+        return {};
+    for (std::string above = folder; above != "/"; above = parentOf(above))
+    {
+        NameInfo outer;
+        if (disk::lookAtFolder(parentOf(above), outer) == 0 && outer.mount != info.mount)
+            return {};
+        if (std::find(m_bases.begin(), m_bases.end(), above) != m_bases.end())
+            break;
+    }
+    return {ENODEV, "the disk that was mounted in " + folder + " or above is away"};
+}
+
+Outcome StepDisk::move(const MoveStep& step, const Moving& moving)
+{
+    const Outcome source = checkSource(step.from, moving);
     if (source.error != 0)
         return source;
     const Outcome folders = checkFolders(step);
     if (folders.error != 0)
         return folders;
-    const int error =
-        fileSystem().moveFileNoReplace(fromSystemPath(step.from), fromSystemPath(step.to));
-    return error == EXDEV ? copyOver(step, mark, stagingName, copied, stop) : ended(error);
+    const Outcome target = checkTargetDisk(step, moving.file);
+    if (target.error != 0)
+        return target;
+    switch (moving.file.deed)
+    {
+    case MovedFile::Deed::copy:
+        return disk::isNothingAt(step.to) ? copyOver(step, moving) : ended(EEXIST);
+    case MovedFile::Deed::removeCopy:
+        return removeCopy(step, moving);
+    default:
+        break;
+    }
+    const int error = disk::moveNoReplace(step.from, step.to);
+    return error == EXDEV && moving.file.what != MovedFile::What::folder ? copyOver(step, moving)
+                                                                         : ended(error);
 }
 
-StepDisk::Outcome StepDisk::makeFolder(const std::string& folder, const FolderRights& rights)
+Outcome StepDisk::makeFolder(const std::string& folder, const FolderRights& rights)
 {
     const std::string above = parentOf(folder);
     // A target itself, and what lies above it, stands in a folder that is kept.
@@ -134,33 +243,61 @@ StepDisk::Outcome StepDisk::makeFolder(const std::string& folder, const FolderRi
     if (const int error = guard.check(above))
         return error == ELOOP ? Outcome{error, above + " is a link"}
                               : Outcome{error, guard.reason(above, error)};
-    struct stat st;
-    if (::stat(above.c_str(), &st) != 0)
-        return ended(errno);
-    const bool isGiven = rights.mode != 0;
-    const mode_t mode = isGiven ? rights.mode : st.st_mode & rightsBits;
-    if (::mkdir(folder.c_str(), mode) != 0)
+    NameInfo info;
+    if (const int error = disk::lookAtFolder(above, info))
+        return ended(error);
+    if (const int error = disk::makeFolder(folder))
     {
-        const int error = errno;
-        struct stat there;
-        const bool isFolder =
-            error == EEXIST && ::lstat(folder.c_str(), &there) == 0 && S_ISDIR(there.st_mode);
-        return error == EEXIST && !isFolder ? Outcome{ENOTDIR, "something of its name is no folder"}
-                                            : ended(error);
+        const bool isOther = error == EEXIST && !disk::isFolder(folder);
+        return isOther ? Outcome{ENOTDIR, "something of its name is no folder"} : ended(error);
     }
-    // A folder that the administrator makes shall be its user's. Who may not give it keeps it.
-    if (isGiven || ::geteuid() == 0)
-        (void)!::lchown(
-            folder.c_str(), isGiven ? rights.owner : st.st_uid, isGiven ? rights.group : st.st_gid);
-    ::chmod(folder.c_str(), mode);
+    // A folder that the administrator makes shall be its user's.
+    const bool isGiven = rights.mode != 0;
+    const bool isAdministrator = ::geteuid() == 0;
+    constexpr auto unchanged = static_cast<std::uint32_t>(-1);
+    (void)fileSystem().giveRights(fromSystemPath(folder),
+                                  isGiven ? rights.mode : info.mode,
+                                  isGiven           ? rights.owner
+                                  : isAdministrator ? info.owner
+                                                    : unchanged,
+                                  isGiven           ? rights.group
+                                  : isAdministrator ? info.group
+                                                    : unchanged);
     return {};
 }
 
-StepDisk::Outcome StepDisk::removeFolder(const std::string& folder)
+Outcome StepDisk::removeFolder(const std::string& folder)
 {
-    if (::rmdir(folder.c_str()) == 0)
+    const int error = disk::removeFolder(folder);
+    return error == 0 ? Outcome() : ended(error == EEXIST ? ENOTEMPTY : error);
+}
+
+Outcome StepDisk::writeNote(const std::string& path, const std::string& text)
+{
+    return ended(disk::writeNew(path, text));
+}
+
+bool StepDisk::holdsNote(const std::string& path, const std::string& text)
+{
+    std::string content;
+    return readFile(fromSystemPath(path), largestNote, content) == 0 && content == text;
+}
+
+Outcome StepDisk::removeNote(const std::string& path, const std::string& text)
+{
+    if (disk::isNothingAt(path))
         return {};
-    const int error = errno == EEXIST ? ENOTEMPTY : errno;
-    return {error, errorWords(error)};
+    return holdsNote(path, text) ? ended(disk::removeFile(path))
+                                 : Outcome{EBUSY, path + " has changed since"};
+}
+
+int StepDisk::removeStaged(const std::string& target, const std::string& stagingName)
+{
+    const std::string folder = inFolder(parentOf(target), stagingName);
+    // Never through a link that somebody has put there, and nothing but what a copy makes.
+    if (!disk::isFolder(folder))
+        return 0;
+    const int error = disk::removeFile(folder + "/copy");
+    return error != 0 && error != ENOENT ? error : disk::removeFolder(folder);
 }
 } // namespace qo::host

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "core/collection/FileOperations.h"
 #include "core/load/CollectionLoader.h"
 #include "core/roots/RootFolders.h"
+#include "core/runs/FileMoves.h"
+#include "core/runs/Reorganizer.h"
 #include "core/session/Session.h"
 #include "host/core/MessageOf.h"
 #include "support/Print.h"
@@ -63,6 +64,25 @@ public:
                 qo::host::LoadOptions options;
                 options.rescan = rescan;
                 qo::host::loadCollection(*session, options, *progress);
+            });
+    }
+
+    qo::host::Trash trash() const { return qo::host::Trash(dir.path("home/Trash")); }
+    /// One run of what ask asks of it; throws the first failure.
+    template <class Ask>
+    void carryOut(const char* kind, Ask ask) const
+    {
+        run(
+            [&]
+            {
+                qo::host::FileMoves moves(*session, kind, trash(), {});
+                ask(moves);
+                const qo::host::MoveRun::Report report =
+                    qo::host::Reorganizer(*session, trash()).carryOut(moves, *progress);
+                if (!report.failures.empty())
+                    throw qo::host::HostError(qo::host::ExitCode::failed,
+                                              report.failures[0].from + ": " +
+                                                  report.failures[0].reason);
             });
     }
 

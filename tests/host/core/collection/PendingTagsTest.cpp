@@ -1,6 +1,5 @@
 #include "core/collection/PendingTags.h"
 
-#include "core/runs/Reorganizer.h"
 #include "core/watch/FolderChanges.h"
 #include "host/core/LoadedCollection.h"
 
@@ -60,16 +59,11 @@ protected:
                 FolderChanges(*here.session).apply({event}, *here.progress);
             });
     }
-    FileOperations operations() const
-    {
-        return FileOperations(
-            *here.session, Trash(here.dir.path("home/Trash")), FileOperations::Run::real);
-    }
     void move(const std::string& from, const std::string& to)
     {
-        here.run(
-            [&]
-            { operations().move(here.dir.collPath(from), here.dir.collPath(to), *here.progress); });
+        here.carryOut("mv",
+                      [&](FileMoves& moves)
+                      { moves.move(here.dir.collPath(from), here.dir.collPath(to)); });
     }
 
     LoadedCollection here;
@@ -92,14 +86,13 @@ TEST_F(PendingTagsTest, BelongToTheRecordWhereverItsFileGoes)
                     "outside/4.mp3=outside/4.mp3"}));
     fs::remove(here.dir.path("music/3.mp3"));
     move("music/2.mp3", "music/3.mp3");
-    here.run(
-        [&]
-        {
-            operations().add(here.dir.collPath("outside/4.mp3"),
-                             here.dir.collPath("music/2.mp3"),
-                             DiskMove::Mode::move,
-                             *here.progress);
-        });
+    here.carryOut("add",
+                  [&](FileMoves& moves)
+                  {
+                      moves.add(here.dir.collPath("outside/4.mp3"),
+                                here.dir.collPath("music/2.mp3"),
+                                MovedFile::Deed::move);
+                  });
     EXPECT_EQ(edits(),
               (List{"music/2.mp3=outside/4.mp3",
                     "music/3.mp3=music/2.mp3",

@@ -2,10 +2,12 @@
 
 #include "host/core/LoadedCollection.h"
 #include "host/core/RuleTexts.h"
+#include "support/TestFileSystem.h"
 
 #include <QoKernel/Tags.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <set>
 #include <utility>
 
@@ -29,7 +31,7 @@ const struct
     {"b/4.mp3",
      u"Zebra",
      u"One",
-     "refused: b/5.mp3 would go to ZEBRA/ONE.mp3, which the collection takes for "
+     "refused: b/5.mp3 would go to Zebra/ONE.mp3, which the collection takes for "
      "the same name"},
     {"b/5.mp3",
      u"ZEBRA",
@@ -253,4 +255,50 @@ TEST_F(PlanBuilderTest, LargeArtistsGetFoldersAndWhatLiesBesideTheirMusicFollows
     FileMark mark;
     ASSERT_EQ(markOf(words->from, mark), 0);
     EXPECT_EQ(words->mark, mark);
+}
+
+TEST_F(PlanBuilderTest, FoldersHaveOneSpellingEach)
+{
+    // On the disk, by most files, by the first file.
+    addSong("music/in/1.mp3", u"aBBA", u"1");
+    addSong("music/Abba/2.mp3", u"Abba", u"2");
+    addSong("music/in/3.mp3", u"queen", u"3");
+    addSong("music/in/4.mp3", u"Queen", u"4");
+    addSong("music/in/5.mp3", u"Queen", u"5");
+    addSong("music/in/6.mp3", u"Zaz", u"6");
+    addSong("music/in/7.mp3", u"ZAZ", u"7");
+    here.load();
+    const CString rule = store({u"{artist.name}\\", u"{track.name}"});
+    const ReorganizePlan made = plan(rule);
+    const std::map<std::string, std::string> expected{{"in/1.mp3", "-> Abba/1.mp3"},
+                                                      {"Abba/2.mp3", "stays: it is there already"},
+                                                      {"in/3.mp3", "-> Queen/3.mp3"},
+                                                      {"in/4.mp3", "-> Queen/4.mp3"},
+                                                      {"in/5.mp3", "-> Queen/5.mp3"},
+                                                      {"in/6.mp3", "-> Zaz/6.mp3"},
+                                                      {"in/7.mp3", "-> Zaz/7.mp3"}};
+    EXPECT_EQ(verdicts(made), expected);
+    for (const PlannedFile& file : made.files)
+    {
+        fs::create_directories(fs::path(file.to).parent_path());
+        fs::rename(file.from, file.to);
+    }
+    here.load();
+    EXPECT_EQ(plan(rule).count(Verdict::move), 0);
+}
+
+TEST_F(PlanBuilderTest, WhatCannotBeSeenHasNotChangedAndImportersSortNothing)
+{
+    addSong("music/in/1.mp3", u"Ann", u"1");
+    here.load();
+    const CString rule = store({u"{artist.name}\\", u"{track.name}"});
+    const TestFileSystem closed(
+        [](const std::string& call, const CString& path)
+        { return call == "look" && qo::toSystemPath(path).ends_with("/1.mp3") ? EACCES : 0; });
+    EXPECT_EQ(verdicts(plan(rule)).at("in/1.mp3"),
+              "refused: it cannot be looked at: Permission denied");
+    const CString importer = store({u"{artist.name}\\", u"{date.eu}"});
+    EXPECT_EQ(failure(ExitCode::failed, importer),
+              "the rule " + qo::toUtf8(importer) +
+                  " is for what is imported only, and no collection can be sorted by it");
 }

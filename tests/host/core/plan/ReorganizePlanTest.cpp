@@ -127,9 +127,11 @@ TEST(ReorganizePlan, DocumentShowsPlanAndJournalAsTheyAre)
     dir.write("plan", docExample("plans-and-journals.md", "plan"));
     ReorganizePlan::read(dir.path("plan")).write(dir.path("again"));
     EXPECT_EQ(dir.read("again"), dir.read("plan"));
+    dir.write("removal", docExample("plans-and-journals.md", "removal"));
+    EXPECT_EQ(MoveRun::open(dir.path("removal"))->start().kind, "rm");
     dir.write("journal", docExample("plans-and-journals.md", "journal"));
     const auto run = MoveRun::open(dir.path("journal"));
     EXPECT_TRUE(run->isFinished());
     EXPECT_EQ(run->moved(), 2U);
-    EXPECT_TRUE(run->untold().empty());
+    EXPECT_TRUE(run->notApplied().empty());
 }

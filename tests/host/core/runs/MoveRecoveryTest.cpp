@@ -63,23 +63,66 @@ TEST_F(MoveRecoveryTest, DiskWithAnotherNumberIsTheSameAsLongAsTheFileIs)
     }
 }
 
-TEST_F(MoveRecoveryTest, FileThatHasBothItsNamesLosesTheOldOneOnlyIfItsMoveHadBegun)
+TEST_F(MoveRecoveryTest, OldNameGoesOnlyIfItsMoveHadBegunAndTheNewOneWasFreeThen)
 {
-    for (const bool hadBegun : {true, false})
+    const struct
     {
-        SCOPED_TRACE(hadBegun);
-        MoveScene links({dir.path(hadBegun ? "begun" : "waiting")});
+        const char* what;
+        const char* line;
+        bool hasMoved;
+    } cases[] = {{"waiting", "", false},
+                 {"begun", "{\"begin\":0,\"free\":true}\n", true},
+                 {"linked-before", "{\"begin\":0}\n", false}};
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        MoveScene links({dir.path(c.what)});
         links.addMove("a", "b");
         MoveRun::begin(journal(), links.plan("run"));
         fs::create_hard_link(links.path("a"), links.path("b"));
-        append(hadBegun ? "{\"begin\":0}\n" : "");
+        append(c.line);
         const auto run = MoveRun::open(journal());
-        EXPECT_EQ(run->moved(), hadBegun ? 1U : 0U);
-        EXPECT_EQ(run->run({}).failures.size(), hadBegun ? 0U : 1U);
-        EXPECT_NE(fs::exists(links.path("a")), hadBegun);
+        EXPECT_EQ(run->moved(), c.hasMoved ? 1U : 0U);
+        EXPECT_EQ(run->run({}).failures.size(), c.hasMoved ? 0U : 1U);
+        EXPECT_NE(fs::exists(links.path("a")), c.hasMoved);
         EXPECT_TRUE(fs::exists(links.path("b")));
         fs::remove(journal());
     }
+}
+
+TEST_F(MoveRecoveryTest, RunOverNamesOfOneFileThatIsCutShortRemovesNone)
+{
+    scene.addMove("X", "Y");
+    scene.addMove("Y", "Z");
+    fs::remove(scene.path("Y"));
+    fs::create_hard_link(scene.path("X"), scene.path("Y"));
+    const auto run = MoveRun::begin(journal(), scene.plan("run"));
+    // Asked before the batch and before its first step: all has begun and nothing was done.
+    EXPECT_FALSE(run->run(stopAfter(1)).isFinished);
+    EXPECT_TRUE(exists("X") && exists("Y"));
+    EXPECT_EQ(run->run({}).moved, 2U);
+    EXPECT_TRUE(exists("Y") && exists("Z"));
+}
+
+TEST_F(MoveRecoveryTest, StepsOfOneFileAreFoundWhenAPowerCutTookTheirEnds)
+{
+    scene.addMove("song.mp3", "Song.mp3");
+    scene.addMove("a", "b");
+    scene.addMove("b", "a");
+    const auto first = scene.tree();
+    const auto done = scene.planned(first);
+    EXPECT_TRUE(MoveRun::begin(journal(), scene.plan("run"))->run({}).isFinished);
+    // To the last line that the disk had for certain: that the steps begin.
+    std::string text = dir.read("run.running");
+    text.resize(text.find("{\"done\""));
+    dir.write("run.running", text);
+    auto run = MoveRun::open(journal());
+    EXPECT_EQ(run->moved(), 3U);
+    EXPECT_TRUE(run->run({}).failures.empty());
+    run.reset();
+    EXPECT_TRUE(scene.holds(done));
+    EXPECT_TRUE(MoveRun::beginUndo(journal() + ".undo", journal())->run({}).failures.empty());
+    EXPECT_TRUE(scene.holds(first));
 }
 
 TEST_F(MoveRecoveryTest, HalfACopyGoesAlsoWhenItsRunIsOver)

@@ -1,10 +1,12 @@
 #include "core/runs/MoveRun.h"
 
+#include "core/plan/TargetName.h"
 #include "host/core/MessageOf.h"
 #include "host/core/MoveScene.h"
 #include "support/Contains.h"
 #include "support/OrdinaryUser.h"
 #include "support/TempDir.h"
+#include "support/TestFileSystem.h"
 
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -12,6 +14,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 
@@ -65,6 +68,38 @@ protected:
 
     TempDir dir;
     MoveScene scene{{dir.path("base")}};
+};
+
+/// A disk that takes names that differ in case alone for one.
+class CaseBlindDisk final : public TestFileSystem
+{
+public:
+    int look(const CString& path, qo::NameInfo& info) override
+    {
+        return TestFileSystem::look(found(path), info);
+    }
+    int lookThrough(const CString& path, qo::NameInfo& info) override
+    {
+        return TestFileSystem::lookThrough(found(path), info);
+    }
+    int moveFileNoReplace(const CString& from, const CString& to) override
+    {
+        qo::NameInfo info;
+        return look(to, info) == 0 ? EEXIST : TestFileSystem::moveFileNoReplace(found(from), to);
+    }
+
+private:
+    static CString found(const CString& path)
+    {
+        const fs::path wanted = qo::toSystemPath(path);
+        std::error_code error;
+        for (const auto& entry : fs::directory_iterator(wanted.parent_path(), error))
+        {
+            if (sameNameKey(entry.path().native()) == sameNameKey(wanted.native()))
+                return qo::fromSystemPath(entry.path().native());
+        }
+        return path;
+    }
 };
 
 using Lines = std::vector<std::string>;
@@ -151,14 +186,14 @@ TEST_F(MoveRunTest, FileThatCannotGoBackGetsANameBesideAndANote)
                   " is taken");
 }
 
-TEST_F(MoveRunTest, StoppedRunGoesOnAndTellsEachFileOnce)
+TEST_F(MoveRunTest, StoppedRunGoesOnAndGivesEachFileOnce)
 {
     scene.addMany();
     const auto first = scene.tree();
     const auto plan = scene.plan("run");
-    std::map<std::string, std::string> told;
+    std::vector<std::string> known;
     for (const PlannedFile& file : plan.files)
-        told[file.recordId] = file.from;
+        known.push_back(file.from);
     MoveRun::begin(journal(), plan);
     bool isFinished = false;
     for (int rounds = 0; !isFinished; ++rounds)
@@ -166,24 +201,24 @@ TEST_F(MoveRunTest, StoppedRunGoesOnAndTellsEachFileOnce)
         ASSERT_LT(rounds, 50);
         const auto run = MoveRun::open(journal());
         isFinished = run->run(stopAfter(30)).isFinished;
-        for (const MoveRun::Place& place : run->untold())
+        for (const MoveRun::Place& place : run->notApplied())
         {
-            EXPECT_EQ(told[place.recordId], place.from);
+            EXPECT_EQ(known[place.file], place.from);
             EXPECT_TRUE(fs::exists(place.to)) << place.to;
-            told[place.recordId] = place.to;
+            known[place.file] = place.to;
         }
-        // Twice told is once told, and what was not told is told after the next start.
+        // What was not noted as applied is given again after the next start.
         if (rounds % 2 == 0)
-            run->told();
+            run->setApplied();
         else
-            for (const MoveRun::Place& place : run->untold())
-                told[place.recordId] = place.from;
+            for (const MoveRun::Place& place : run->notApplied())
+                known[place.file] = place.from;
     }
     const auto run = MoveRun::open(journal());
-    for (const MoveRun::Place& place : run->untold())
-        told[place.recordId] = place.to;
-    for (const PlannedFile& file : plan.files)
-        EXPECT_TRUE(told[file.recordId] == file.to || fs::exists(file.from)) << file.from;
+    for (const MoveRun::Place& place : run->notApplied())
+        known[place.file] = place.to;
+    for (std::size_t i = 0; i < known.size(); ++i)
+        EXPECT_TRUE(known[i] == plan.files[i].to || fs::exists(plan.files[i].from)) << known[i];
     EXPECT_TRUE(scene.holds(scene.planned(first)));
 }
 
@@ -424,7 +459,7 @@ TEST_F(MoveRunTest, JournalIsTakenUpWithATornLineOnlyByOneAndOnlyIfItIsOne)
                  {"no such step", whole + "{\"begin\":7}\n"},
                  {"done without begin", whole + "{\"done\":1}\n"},
                  {"done twice", whole + "{\"begin\":1}\n{\"done\":1}\n{\"done\":1}\n"},
-                 {"told too much", whole + "{\"told\":1}\n"},
+                 {"applied too much", whole + "{\"applied\":1}\n"},
                  {"lost and not there", whole + "{\"lost\":1}\n"},
                  {"known and no file", whole + "{\"known\":1,\"mark\":[1,2,3,4]}\n"},
                  {"known as nothing", whole + "{\"known\":0}\n"},
@@ -462,5 +497,21 @@ TEST_F(MoveRunTest, MovesThatTheDiskLostAreMadeAgain)
     EXPECT_TRUE(MoveRun::open(journal())->run({}).isFinished);
     EXPECT_TRUE(scene.holds(scene.planned(first)));
     EXPECT_TRUE(undo().failures.empty());
+    EXPECT_TRUE(scene.holds(first));
+}
+
+TEST_F(MoveRunTest, DiskThatDoesNotSeeCaseSwapsNamesAndTakesThemBack)
+{
+    const CaseBlindDisk disk;
+    scene.addMove("a", "B");
+    scene.addMove("b", "A");
+    scene.addMove("song", "Song");
+    scene.addMove("x", "Y");
+    scene.addMove("y", "Z");
+    const auto first = scene.tree();
+    const MoveRun::Report report = apply();
+    EXPECT_EQ(failures(report), Lines());
+    EXPECT_TRUE(scene.holds(scene.planned(first)));
+    EXPECT_EQ(failures(undo()), Lines());
     EXPECT_TRUE(scene.holds(first));
 }

@@ -1,6 +1,7 @@
 #include "core/runs/MoveSteps.h"
 
 #include "core/base/SystemPath.h"
+#include "core/plan/TargetName.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,7 @@ using namespace qo::host;
 
 namespace
 {
-using Kind = MoveStep::Kind;
+using StepKind = MoveStep::Kind;
 
 /// A disk that exists in thought alone: what lies under each path, and the folders.
 struct Disk
@@ -36,11 +37,11 @@ struct Disk
     /// Whether the step could be done; then it is.
     bool perform(const MoveStep& step)
     {
-        if (step.kind == Kind::removeFolder)
+        if (step.kind == StepKind::removeFolder)
             return isEmpty(step.to) && folders.erase(step.to) == 1;
         if (!isFree(step.to) || !folders.contains(parentOf(step.to)))
             return false;
-        if (step.kind == Kind::makeFolder)
+        if (step.kind == StepKind::makeFolder)
             return folders.insert(step.to).second;
         const auto file = files.find(step.from);
         if (file == files.end() || file->second != step.file)
@@ -50,7 +51,7 @@ struct Disk
     }
 };
 
-MoveStep folderStep(Kind kind, const std::string& path)
+MoveStep folderStep(StepKind kind, const std::string& path)
 {
     return {kind, 0, {}, path, {}, false};
 }
@@ -88,9 +89,9 @@ std::string faultOf(const std::vector<MovedFile>& files,
     std::vector<MoveStep> makes;
     std::vector<MoveStep> removes;
     for (const std::string& path : make)
-        makes.push_back(folderStep(Kind::makeFolder, path));
+        makes.push_back(folderStep(StepKind::makeFolder, path));
     for (const std::string& path : remove)
-        removes.push_back(folderStep(Kind::removeFolder, path));
+        removes.push_back(folderStep(StepKind::removeFolder, path));
     const auto steps = MoveSteps::inOrder(files, makes, removes, "id");
     for (const MoveStep& step : steps)
     {
@@ -129,6 +130,7 @@ TEST(MoveSteps, EachStepFindsItsPlaceFree)
         {"case", {{"/d/a", "/d/A", {}, {}}}, {}, {}, 1},
         {"unicode form", {{"/e\xCC\x81", "/\xC3\xA9", {}, {}}}, {}, {}, 1},
         {"case swap", {{"/a", "/A", {}, {}}, {"/A", "/a", {}, {}}}, {}, {}, 2},
+        {"ring by key", {{"/s/p", "/s/Q", {}, {}}, {"/s/q", "/s/P", {}, {}}}, {}, {}, 1},
         {"folder in a file's place", {{"/a", "/a/b/c", {}, {}}}, {"/a/b", "/a"}, {}, 1},
         {"file in a folder's place", {{"/a/b/c", "/a", {}, {}}}, {}, {"/a", "/a/b"}, 1},
         {"folder in the place of a file that takes another's",
@@ -153,6 +155,24 @@ TEST(MoveSteps, EachStepFindsItsPlaceFree)
         EXPECT_EQ(faultOf(c.files, c.make, c.remove, &temporary), "") << c.what;
         EXPECT_EQ(temporary, c.temporary) << c.what;
     }
+}
+
+TEST(MoveSteps, NoTwoFilesEverHavePlacesOfOneKey)
+{
+    const std::vector<MovedFile> files = {{"/s/a", "/s/Q", {}, {}},
+                                          {"/s/q", "/t/Z", {}, {}},
+                                          {"/s/p", "/s/R", {}, {}},
+                                          {"/s/r", "/s/P", {}, {}},
+                                          {"/s/x", "/s/X", {}, {}}};
+    std::map<std::string, std::string> places; // by key
+    for (const MovedFile& file : files)
+        places[sameNameKey(file.from)] = file.from;
+    for (const MoveStep& step : MoveSteps::inOrder(files, {}, {}, "id"))
+    {
+        places.erase(sameNameKey(step.from));
+        EXPECT_TRUE(places.emplace(sameNameKey(step.to), step.to).second) << step.to;
+    }
+    EXPECT_EQ(places.size(), files.size());
 }
 
 TEST(MoveSteps, AnyPermutationWithHolesAndNewFoldersWorks)
