@@ -60,8 +60,9 @@ void MoveJournal::begin(const std::vector<std::size_t>& steps)
         MoveStep step = m_progress.step(number);
         if (step.kind == MoveStep::Kind::removeFolder)
             step.rights = rightsOf(step.to);
-        const bool isFree =
-            step.kind == MoveStep::Kind::move && !disk::isSameEntry(step.from, step.to);
+        // It may still lie where an earlier step of the batch will take it from.
+        const bool isFree = step.kind == MoveStep::Kind::move &&
+                            !disk::isSameEntry(m_progress.place(step.file), step.to);
         lines += journaltext::begin(number, step, isFree);
         m_progress.begin(number, step.rights, isFree);
     }

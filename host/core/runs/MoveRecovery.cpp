@@ -161,12 +161,49 @@ void MoveRecovery::findLostMove(std::size_t file)
          step = progress.moveBefore(step))
     {
         ++count;
-        if (!isFileAt(progress.step(step).from, progress.mark(file), what))
+        const std::string& earlier = progress.step(step).from;
+        if (!isFileAt(earlier, progress.mark(file), what) || hasTwinAt(earlier, file))
             continue;
         for (; count > 0 && progress.canBeLost(progress.lastMove(file)); --count)
             m_journal.lost(progress.lastMove(file));
         return;
     }
+}
+
+// Names of one file (hard links) cannot be told apart by what lies there, only by which of them
+// could have come to a place.
+//
+// Example: X and Y are one file, the run takes Y to Z and then X to Y. After a power cut the
+// journal knows that both began, and the disk has Y and Z. Y is not the name that the first step
+// left behind when it was making the new one: X is gone, and the second step brings it to Y.
+
+/// Whether the journal says that another file of the run, of the same mark, is there.
+bool MoveRecovery::hasTwinAt(const std::string& path, std::size_t file) const
+{
+    const MoveProgress& progress = m_journal.progress();
+    const FileMark& mark = progress.mark(file);
+    for (std::size_t other = 0; other < progress.files().size(); ++other)
+    {
+        const FileMark& otherMark = progress.mark(other);
+        if (other != file && otherMark.inode == mark.inode && otherMark.device == mark.device &&
+            progress.place(other) == path)
+            return true;
+    }
+    return false;
+}
+
+/// Whether another file of the run has left its place for that one, as far as the disk shows.
+bool MoveRecovery::hasTwinComeTo(const std::string& path, std::size_t file) const
+{
+    const MoveProgress& progress = m_journal.progress();
+    for (std::size_t number = 0; number < progress.stepCount(); ++number)
+    {
+        const MoveStep& step = progress.step(number);
+        if (step.kind == Kind::move && step.file != file && step.to == path &&
+            progress.state(number) != State::waiting && disk::isNothingAt(step.from))
+            return true;
+    }
+    return false;
 }
 
 void MoveRecovery::settleStep(std::size_t number)
@@ -212,7 +249,8 @@ bool MoveRecovery::settleMove(std::size_t number) const
         return false;
     // A second name that stood there before the step began is the user's own.
     if (isFileAt(step.from, mark, file.what))
-        return progress.wasFree(number) && hasBothNames(step) && disk::removeFile(step.from) == 0;
+        return progress.wasFree(number) && hasBothNames(step) &&
+               (hasTwinComeTo(step.from, step.file) || disk::removeFile(step.from) == 0);
     const bool canBeKnown = file.what != MovedFile::What::folder && disk::isNothingAt(step.from);
     return isFileAt(step.to, mark, file.what) || (canBeKnown && isLikelyAt(step.to, mark)) ||
            hasGoneOn(number);

@@ -34,6 +34,8 @@ private:
     bool isUnchangedAt(const std::string& path, const FileMark& mark) const;
     void findLostMoves();
     void findLostMove(std::size_t file);
+    bool hasTwinAt(const std::string& path, std::size_t file) const;
+    bool hasTwinComeTo(const std::string& path, std::size_t file) const;
     void settleStep(std::size_t step);
     bool isStepDone(std::size_t step) const;
     bool settleMove(std::size_t step) const;
