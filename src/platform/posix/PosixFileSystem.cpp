@@ -239,10 +239,6 @@ private:
     std::unique_ptr<PosixFile> m_file;
     int m_error = 0;
 };
-
-/// The path of the regular file that this thread looked at last. A scan looks at a file and then
-/// opens it, which so needs only one look before opening.
-thread_local CString lastRegular;
 } // namespace
 
 std::string PosixFileSystem::readPath(const CString& path)
@@ -263,7 +259,6 @@ int PosixFileSystem::info(const CString& path, Spelling spelling, FileInfo& info
     if (real.empty())
         return ENOENT;
     const int error = statAt(AT_FDCWD, real.c_str(), lastName(real), info);
-    lastRegular = error == 0 && info.kind == FileKind::regular ? path : CString();
     if (error != ENOENT || spelling == Spelling::exact)
         return error;
     const std::string match = matchAnyCase(real);
@@ -328,12 +323,7 @@ std::unique_ptr<IFile> PosixFileSystem::open(const CString& path, OpenMode mode,
     // The check before opening avoids touching devices; the check after it covers a change in
     // between.
     FileInfo found;
-    int missing = 0;
-    if (mode == OpenMode::read && lastRegular == path)
-        found.kind = FileKind::regular;
-    else
-        missing = statAt(AT_FDCWD, real.c_str(), lastName(real), found);
-    lastRegular.Empty();
+    int missing = statAt(AT_FDCWD, real.c_str(), lastName(real), found);
     if (missing == ENOENT && mode == OpenMode::read)
     {
         real = readPath(path);

@@ -164,15 +164,20 @@ int PosixFileSystem::mayRemove(const CString& path)
 {
     const std::string real = toSystemPath(path);
     const std::string folder = folderAboveOf(real);
-    struct stat st;
-    struct stat above;
+    struct statx st;
+    struct statx above;
     if (const int error = access(folder, W_OK | X_OK))
         return error;
-    if (::lstat(real.c_str(), &st) != 0 || ::stat(folder.c_str(), &above) != 0)
+    if (::statx(AT_FDCWD, real.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &st) != 0 ||
+        ::statx(AT_FDCWD, folder.c_str(), 0, STATX_BASIC_STATS, &above) != 0)
         return errno;
+    // What its owner has made unchangeable keeps its name, also from the administrator.
+    constexpr std::uint64_t fixed = STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND;
+    if (((st.stx_attributes | above.stx_attributes) & fixed) != 0)
+        return EPERM;
     const uid_t user = ::geteuid();
-    const bool isOwn = user == 0 || user == st.st_uid || user == above.st_uid;
-    return (above.st_mode & S_ISVTX) != 0 && !isOwn ? EPERM : 0;
+    const bool isOwn = user == 0 || user == st.stx_uid || user == above.stx_uid;
+    return (above.stx_mode & S_ISVTX) != 0 && !isOwn ? EPERM : 0;
 }
 
 int PosixFileSystem::mayRead(const CString& path)
