@@ -54,6 +54,21 @@ CString placeOf(const std::string& typed)
     return forms.front();
 }
 
+/// The same of what moves or goes: a link itself, and not what it leads to.
+CString sourceOf(const std::string& typed)
+{
+    const std::vector<CString> forms = spellings(typed);
+    if (!fileSystem().isLink(forms.front()))
+        return placeOf(typed);
+    for (const CString& form : forms)
+    {
+        const CQoCollPath folder = CQoCollPath(form).getParent();
+        if (fileSystem().isLink(form) && CQoCollection::m_ownCollection.isDirInCollection(folder))
+            return form;
+    }
+    return forms.front();
+}
+
 /// The spelling whose folder the collection has.
 CString targetOf(const std::string& typed)
 {
@@ -190,9 +205,11 @@ private:
     std::size_t carryOut(const char* deed, host::ProgressReporter& progress)
     {
         std::set<std::string> stuck;
-        if (!m_line.dryRun)
+        host::Reorganizer reorganizer(*m_session);
+        if (m_line.dryRun)
+            reorganizer.check(*m_moves);
+        else
         {
-            host::Reorganizer reorganizer(*m_session);
             const host::MoveRun::Report report = reorganizer.carryOut(*m_moves, progress);
             for (const host::MoveRun::Failure& failure : report.failures)
             {
@@ -249,7 +266,7 @@ ExitCode moveFiles(CommandLine& line, const FileOptions& options)
     return work.run(sources,
                     "moved",
                     [&](FileMoves& moves, const std::string& typed)
-                    { moves.move(placeOf(typed), targetOf(typedTarget)); });
+                    { moves.move(sourceOf(typed), targetOf(typedTarget)); });
 }
 
 /// Asks about what is more than one file; it can be taken out of the trash again.
@@ -272,7 +289,7 @@ ExitCode removeFiles(CommandLine& line, const FileOptions& options)
     return work.run(
         options.paths,
         "put into the trash",
-        [](FileMoves& moves, const std::string& typed) { moves.remove(placeOf(typed)); },
+        [](FileMoves& moves, const std::string& typed) { moves.remove(sourceOf(typed)); },
         [&line](const FileMoves& moves) { confirmRemoval(line, moves); });
 }
 

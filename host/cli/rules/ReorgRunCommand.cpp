@@ -48,8 +48,12 @@ ReorganizePlan findPlan(const RunOptions& options)
     if (options.last == !options.plan.empty())
         throw HostError(ExitCode::usage, "name a plan, or take the youngest with --last");
     const std::string id = options.last ? Reorganizer::lastPlan() : options.plan;
-    return ReorganizePlan::read(looksLikeId(id) ? Reorganizer::planPath(id)
-                                                : host::absolutePath(id));
+    if (!looksLikeId(id))
+        return ReorganizePlan::read(host::absolutePath(id));
+    const std::string plan = Reorganizer::planPath(id);
+    if (!fileSystem().exists(fromSystemPath(plan)) && !findRun(id).id.empty())
+        throw HostError(ExitCode::refused, "the run " + id + " has come to its end");
+    return ReorganizePlan::read(plan);
 }
 
 /// What a run came to.
@@ -126,17 +130,31 @@ ExitCode undoRun(CommandLine& line, const std::string& id)
     return RunReport(line, "went back", "\"qo undo " + undone + "\" goes on").put(report, record);
 }
 
+/// What is left of a run that was stopped.
+ExitCode showRest(const CommandLine& line, const std::string& id)
+{
+    const host::MoveProgress progress = Reorganizer::progressOf(id);
+    const std::size_t left = progress.files().size() - progress.arrived();
+    line.note("would go on with the run " + id + ": " +
+              countText(static_cast<std::int64_t>(left), "file") + " left");
+    return ExitCode::done;
+}
+
 /// Shows what a run of the plan would do now.
 ExitCode tryPlan(CommandLine& line, const RunOptions& options)
 {
     const auto session = openKernel(line, KernelUse::look);
+    if (session->kernel().run([&] { return Reorganizer::canGoOn(options.plan); }))
+        return session->kernel().run([&] { return showRest(line, options.plan); });
+    ReorganizePlan plan = session->kernel().run([&] { return findPlan(options); });
+    std::erase_if(plan.files,
+                  [](const PlannedFile& file)
+                  { return file.verdict != PlannedFile::Verdict::move; });
+    loadForReading(line, *session);
     return session->kernel().run(
         [&]
         {
-            ReorganizePlan plan = findPlan(options);
-            std::erase_if(plan.files,
-                          [](const PlannedFile& file)
-                          { return file.verdict != PlannedFile::Verdict::move; });
+            (void)Reorganizer(*session).check(plan);
             host::recheck(plan);
             listPlan(line, plan, false);
             line.note(planSummary(plan));

@@ -23,8 +23,6 @@ namespace qo::host
 namespace
 {
 /// The kinds of far folders in the store.
-constexpr int mountKind = 0;
-constexpr int linkKind = 1;
 
 HostError saveFailure(const CString& database, const std::string& cause)
 {
@@ -308,7 +306,8 @@ void CollectionLoader::scan(const RootFolders& roots,
 void CollectionLoader::guardLosses(const LossGuard& guard) const
 {
     const std::vector<RootProblem> away =
-        m_options.allowMissingRoot ? std::vector<RootProblem>() : guard.findAway(knownFarFolders());
+        m_options.allowMissingRoot ? std::vector<RootProblem>()
+                                   : guard.findAway(HostStore(Session::folder()).folders());
     std::string text;
     for (const RootProblem& problem : away)
         text += "the folder " + shownPath(problem.folder) + " seems to be away: " + problem.cause +
@@ -321,25 +320,16 @@ void CollectionLoader::guardLosses(const LossGuard& guard) const
         keepSnapshot();
 }
 
-std::vector<FarFolder> CollectionLoader::knownFarFolders() const
-{
-    std::vector<FarFolder> known;
-    for (const StoredFolder& folder : HostStore(Session::folder()).folders())
-        known.push_back({folder.path, folder.device, folder.kind == linkKind});
-    return known;
-}
-
 /// Those of the walked folders are as the walk met them; the others stay as they were.
 void CollectionLoader::rememberFarFolders(const CStringArray& walked,
                                           const RootLister& lister) const
 {
     HostStore store(Session::folder());
-    const std::vector<StoredFolder> before = store.folders();
-    std::vector<StoredFolder> folders = before;
+    const std::vector<FarFolder> before = store.folders();
+    std::vector<FarFolder> folders = before;
     std::erase_if(folders,
-                  [&walked](const StoredFolder& folder) { return isBelow(folder.path, walked); });
-    for (const FarFolder& folder : lister.farFolders())
-        folders.push_back({folder.path, folder.device, folder.isLink ? linkKind : mountKind});
+                  [&walked](const FarFolder& folder) { return isBelow(folder.path, walked); });
+    folders.insert(folders.end(), lister.farFolders().begin(), lister.farFolders().end());
     if (folders != before)
         store.setFolders(folders);
 }

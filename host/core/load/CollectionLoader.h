@@ -79,7 +79,6 @@ private:
               const CStringArray& fresh,
               const std::vector<RootProblem>& givenUp);
     void guardLosses(const LossGuard& guard) const;
-    std::vector<FarFolder> knownFarFolders() const;
     void rememberFarFolders(const CStringArray& walked, const RootLister& lister) const;
     void takeIn(const CStringArray& walked,
                 const CStringArray& fresh,

@@ -3,7 +3,6 @@
 #include "core/base/HostFiles.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <map>
 #include <unordered_map>
 #include <utility>
@@ -16,23 +15,6 @@ constexpr std::size_t greatShare = 10; ///< one file in so many
 constexpr std::size_t greatCount = 20;
 
 using SizeAndTime = std::pair<std::int64_t, std::int64_t>;
-
-/// "" when what was there at the last scan is there still.
-std::string whyAway(const FarFolder& folder)
-{
-    FileInfo info;
-    if (const int error = fileSystem().info(folder.path, Spelling::exact, info))
-        return errorWords(error);
-    if (info.kind != FileKind::directory)
-        return errorWords(ENOTDIR);
-    if (folder.isLink)
-        return {};
-    FileInfo above;
-    const CString parent = CQoCollPath(folder.path).getParent().toString();
-    const bool isMounted =
-        fileSystem().info(parent, Spelling::exact, above) != 0 || above.device != info.device;
-    return isMounted ? std::string() : "no disk is mounted there, as one was at the last scan";
-}
 
 bool isBelowAny(const CString& path, const std::vector<RootProblem>& problems)
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/roots/FarFolder.h"
 #include "core/roots/IgnoreRules.h"
 
 #include <QoKernel/Collection.h>
@@ -12,14 +13,6 @@
 
 namespace qo::host
 {
-/// A folder below a root folder whose files lie on another disk, or elsewhere on this one.
-struct FarFolder
-{
-    CString path; ///< in collection form
-    std::uint64_t device = 0;
-    bool isLink = false; ///< else the place where a disk is mounted
-};
-
 /// What every walk of ours through root folders sees of them: not what IgnoreRules leave out, and
 /// no link to what lies in a root folder anyway, which has
 /// its own path there. Takes note of folders that cannot be listed and of other disks. For one

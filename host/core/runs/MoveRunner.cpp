@@ -443,7 +443,8 @@ void MoveRunner::removeFolder(std::size_t number)
         return m_journal.done(number);
     }
     m_journal.skipped(number);
-    if (outcome.error != ENOTEMPTY && outcome.error != ENOENT)
+    // A disk that ran empty stays where it is mounted.
+    if (outcome.error != ENOTEMPTY && outcome.error != ENOENT && outcome.error != EBUSY)
         m_journal.note("The empty folder " + step.to + " cannot be removed: " + outcome.why);
 }
 

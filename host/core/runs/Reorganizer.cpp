@@ -212,13 +212,36 @@ Reorganizer::carryOut(MoveRun& run, const std::string& id, ProgressReporter& pro
     return report;
 }
 
+void Reorganizer::check(const MoveProgress::Start& start) const
+{
+    refuseBeside(start.id);
+    check::rootsAreThere(placesOf(start));
+    (void)check::boundsOf(start, m_trash);
+}
+
+void Reorganizer::check(const FileMoves& moves) const
+{
+    check(moves.start({}));
+}
+
+std::vector<MoveRun::Failure> Reorganizer::check(ReorganizePlan& plan) const
+{
+    if (!isId(plan.id))
+        throw HostError(ExitCode::failed, "the plan has no valid id: " + plan.id);
+    if (exists(pathOf(plan.id, finishedEnd)))
+        throw HostError(ExitCode::refused,
+                        "the plan " + plan.id + " was carried out before: make a new one");
+    refuseBeside(plan.id);
+    check::rootsAreThere(placesOf(plan));
+    check::ownFolders(plan);
+    return check::bringUpToDate(plan);
+}
+
 MoveRun::Report Reorganizer::carryOut(const FileMoves& moves, ProgressReporter& progress)
 {
     const std::string id = newId();
-    refuseBeside(id);
     MoveProgress::Start start = moves.start(id);
-    check::rootsAreThere(placesOf(start));
-    (void)check::boundsOf(start, m_trash);
+    check(start);
     const auto run = MoveRun::begin(pathOf(id, runningEnd), std::move(start));
     MoveRun::Report report = carryOut(*run, id, progress);
     // What was stopped before anything happened leaves nothing to go on with.
@@ -235,18 +258,10 @@ MoveRun::Report Reorganizer::carryOut(const FileMoves& moves, ProgressReporter& 
 
 MoveRun::Report Reorganizer::apply(const ReorganizePlan& wanted, ProgressReporter& progress)
 {
-    if (!isId(wanted.id))
-        throw HostError(ExitCode::failed, "the plan has no valid id: " + wanted.id);
-    if (exists(pathOf(wanted.id, finishedEnd)))
-        throw HostError(ExitCode::refused,
-                        "the plan " + wanted.id + " was carried out before: make a new one");
-    refuseBeside(wanted.id);
-    if (exists(pathOf(wanted.id, runningEnd)))
+    if (canGoOn(wanted.id))
         return goOn(wanted.id, progress);
-    check::rootsAreThere(placesOf(wanted));
-    check::ownFolders(wanted);
     ReorganizePlan plan = wanted;
-    const std::vector<MoveRun::Failure> refused = check::bringUpToDate(plan);
+    const std::vector<MoveRun::Failure> refused = check(plan);
     makeFolder();
     // The one that is kept may be another: a plan can be edited by hand.
     plan.write(planPath(plan.id));

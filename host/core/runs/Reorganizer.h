@@ -52,6 +52,12 @@ public:
     /// The id of the youngest plan. Throws HostError (notFound) when there is none.
     static std::string lastPlan();
 
+    /// Throws what apply() would throw before it begins a run of the plan; changes nothing on the
+    /// disk. Brings the plan up to date and returns the files that it then refuses.
+    std::vector<MoveRun::Failure> check(ReorganizePlan& plan) const;
+    /// Likewise for carryOut().
+    void check(const FileMoves& moves) const;
+
     /// Carries out the plan, or goes on with a run of it that was stopped. Throws HostError:
     /// refused when it was carried out before, or while another run waits to be brought to an end;
     /// failed, with nothing done, when it is not about the root folders alone; interrupted or
@@ -79,6 +85,7 @@ public:
     static std::vector<Run> runs();
 
 private:
+    void check(const MoveProgress::Start& start) const;
     MoveRun::Report carryOut(MoveRun& run, const std::string& id, ProgressReporter& progress);
 
     Session& m_session;

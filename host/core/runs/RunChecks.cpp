@@ -10,6 +10,7 @@
 #include "core/plan/PlanBuilder.h"
 #include "core/roots/RootGuard.h"
 #include "core/session/Session.h"
+#include "core/store/HostStore.h"
 
 #include <QoKernel/Physical.h>
 
@@ -98,8 +99,20 @@ void rootsAreThere(const std::vector<std::string>& places)
     }
     std::vector<RootProblem> problems = checkRoots(asked, Session::databasePath());
     std::erase_if(problems, [](const RootProblem& problem) { return isEmptyDisk(problem.folder); });
-    if (!problems.empty())
-        throw HostError(ExitCode::away, rootSentences(problems, "is away") + "nothing was moved");
+    std::string away = rootSentences(problems, "is away");
+    for (const FarFolder& folder : HostStore(Session::folder()).folders())
+    {
+        const std::string path = toSystemPath(folder.path);
+        const bool isUsed = std::any_of(places.begin(),
+                                        places.end(),
+                                        [&](const std::string& place)
+                                        { return place == path || isBelow(place, path); });
+        const std::string cause = isUsed ? whyAway(folder) : std::string();
+        if (!cause.empty())
+            away += "the disk of the folder " + path + " is away: " + cause + "\n";
+    }
+    if (!away.empty())
+        throw HostError(ExitCode::away, away + "nothing was moved");
 }
 
 void ownFolders(const ReorganizePlan& plan)

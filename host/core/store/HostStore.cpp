@@ -139,7 +139,11 @@ void replaceMark(CSQLiteDB& db, const ScanMark& mark)
     }
 }
 
-void readFolders(CSQLiteDB& db, std::vector<StoredFolder>& folders)
+// What FO_KIND may be.
+constexpr int mountKind = 0;
+constexpr int linkKind = 1;
+
+void readFolders(CSQLiteDB& db, std::vector<FarFolder>& folders)
 {
     CSQLiteStatement statement =
         db.CompileStatement(u"SELECT FO_PATH, FO_DEVICE, FO_KIND FROM FOLDER_T ORDER BY rowid");
@@ -147,19 +151,19 @@ void readFolders(CSQLiteDB& db, std::vector<StoredFolder>& folders)
     for (; !row.Eof(); row.NextRow())
         folders.push_back({CString(row.textView(0)),
                            static_cast<std::uint64_t>(row.GetInt64Field(1)),
-                           row.GetIntField(2)});
+                           row.GetIntField(2) == linkKind});
 }
 
-void replaceFolders(CSQLiteDB& db, const std::vector<StoredFolder>& folders)
+void replaceFolders(CSQLiteDB& db, const std::vector<FarFolder>& folders)
 {
     db.Execute(u"DELETE FROM FOLDER_T");
     CSQLiteStatement statement = db.CompileStatement(
         u"INSERT OR REPLACE INTO FOLDER_T (FO_PATH, FO_DEVICE, FO_KIND) VALUES (?1, ?2, ?3)");
-    for (const StoredFolder& folder : folders)
+    for (const FarFolder& folder : folders)
     {
         statement.BindText(1, folder.path);
         statement.BindInt64(2, static_cast<std::int64_t>(folder.device));
-        statement.BindInt(3, folder.kind);
+        statement.BindInt(3, folder.isLink ? linkKind : mountKind);
         statement.ExecuteDML();
     }
 }
@@ -194,27 +198,33 @@ void removeOld(const CString& file)
 
 HostStore::HostStore(const CString& folder) : m_folder(folder), m_file(folder + u"\\host.db") {}
 
+void HostStore::read(const Work& work) const
+{
+    // Opening would make an absent file.
+    if (!fileSystem().exists(m_file))
+        return;
+    try
+    {
+        CSQLiteDB db(m_file);
+        open(db);
+        if (storeSchema::isMade(db))
+            work(db);
+    }
+    catch (...)
+    {
+        KernelThread::rethrowAsHostError(m_file);
+    }
+}
+
 CString HostStore::read(const Work& work, const char16_t* oldName) const
 {
     CString taken;
-    // Opening would make an absent file.
-    if (fileSystem().exists(m_file))
-    {
-        try
+    read(
+        [&](CSQLiteDB& db)
         {
-            CSQLiteDB db(m_file);
-            open(db);
-            if (storeSchema::isMade(db))
-            {
-                work(db);
-                taken = takenState(db, oldName);
-            }
-        }
-        catch (...)
-        {
-            KernelThread::rethrowAsHostError(m_file);
-        }
-    }
+            work(db);
+            taken = takenState(db, oldName);
+        });
     const CString old = oldFile(oldName);
     const CString state = oldFiles::stateOf(old);
     return state.IsEmpty() || state == taken ? CString() : old;
@@ -447,20 +457,14 @@ void HostStore::setMark(const ScanMark& mark)
     write([&mark](CSQLiteDB& db) { replaceMark(db, mark); });
 }
 
-std::vector<StoredFolder> HostStore::folders()
+std::vector<FarFolder> HostStore::folders() const
 {
-    std::vector<StoredFolder> folders;
-    if (fileSystem().exists(m_file))
-        write(
-            [&folders](CSQLiteDB& db)
-            {
-                folders.clear();
-                readFolders(db, folders);
-            });
+    std::vector<FarFolder> folders;
+    read([&folders](CSQLiteDB& db) { readFolders(db, folders); });
     return folders;
 }
 
-void HostStore::setFolders(const std::vector<StoredFolder>& folders)
+void HostStore::setFolders(const std::vector<FarFolder>& folders)
 {
     write([&folders](CSQLiteDB& db) { replaceFolders(db, folders); });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/roots/FarFolder.h"
 #include "core/store/StoreRows.h"
 
 #include <functional>
@@ -39,14 +40,15 @@ public:
     /// Without roots the mark is removed.
     void setMark(const ScanMark& mark);
 
-    /// For the holder of the lock: a damaged store is mended first.
-    std::vector<StoredFolder> folders();
+    /// As the last scan found them.
+    std::vector<FarFolder> folders() const;
     /// Replaces all rows.
-    void setFolders(const std::vector<StoredFolder>& folders);
+    void setFolders(const std::vector<FarFolder>& folders);
 
 private:
     using Work = std::function<void(CSQLiteDB&)>;
 
+    void read(const Work& work) const;
     /// Returns the path of the old file of that name if its rows are not in the store yet, else "".
     CString read(const Work& work, const char16_t* oldName) const;
     void write(const Work& work);

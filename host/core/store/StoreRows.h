@@ -42,14 +42,4 @@ struct ScanMark
     /// files are still being read.
     std::optional<std::int64_t> lastSave;
 };
-
-/// A folder as a scan found it.
-struct StoredFolder
-{
-    CString path;
-    std::uint64_t device = 0;
-    int kind = 0; ///< the scan's own number
-
-    bool operator==(const StoredFolder&) const = default;
-};
 } // namespace qo::host

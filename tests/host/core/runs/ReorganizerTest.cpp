@@ -297,12 +297,24 @@ TEST(ReorganizerDisks, OneThatRanEmptyIsThereAndOneThatIsAwayGetsNothing)
               1U);
     EXPECT_EQ(here.stored(), before);
 
-    const ReorganizePlan plan = moved("20260131-120001", "music/2.mp3", "music/inner/2.mp3");
-    ASSERT_EQ(::umount(inner.c_str()), 0);
+    // One that no scan has seen holds up its own files, one that the last scan saw the whole run.
+    const std::string late = here.dir.makeFolder("music/late");
+    ASSERT_EQ(::mount("none", late.c_str(), "tmpfs", 0, "size=4m"), 0);
+    const ReorganizePlan plan = moved("20260131-120001", "music/2.mp3", "music/late/2.mp3");
+    ASSERT_EQ(::umount(late.c_str()), 0);
     const auto report = apply(plan);
     ASSERT_EQ(report.failures.size(), 1U);
     EXPECT_EQ(report.failures[0].reason,
-              "the disk that was mounted in " + inner + " or above is away");
-    EXPECT_TRUE(fs::is_empty(inner));
+              "the disk that was mounted in " + late + " or above is away");
+    EXPECT_EQ(apply(moved("20260131-120002", "music/2.mp3", "music/inner/2.mp3")).moved, 1U);
+    EXPECT_EQ(apply(moved("20260131-120003", "music/inner/2.mp3", "music/2.mp3")).moved, 1U);
+    ASSERT_EQ(::umount(inner.c_str()), 0);
+    const auto undo = [&]
+    { here.run([&] { return Reorganizer(*here.session).undo("", *here.progress); }); };
+    EXPECT_EQ(
+        messageOf(undo),
+        "the disk of the folder " + inner +
+            " is away: no disk is mounted there, as one was at the last scan\nnothing was moved");
+    EXPECT_TRUE(fs::is_empty(inner) && fs::is_empty(late));
     ::umount(disk.c_str());
 }

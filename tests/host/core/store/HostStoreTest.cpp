@@ -100,8 +100,8 @@ TEST(HostStore, KeepsTheRowsOfEachTable)
     store.setMark({});
     EXPECT_TRUE(store.mark().roots.IsEmpty());
 
-    const std::vector<StoredFolder> folders{{u"C:\\a", ~std::uint64_t(0), 1}, {u"C:\\b", 2, 3}};
-    store.setFolders({{u"C:\\gone", 1, 1}});
+    const std::vector<FarFolder> folders{{u"C:\\a", ~std::uint64_t(0), true}, {u"C:\\b", 2, false}};
+    store.setFolders({{u"C:\\gone", 1, true}});
     store.setFolders(folders);
     EXPECT_EQ(store.folders(), folders);
 
