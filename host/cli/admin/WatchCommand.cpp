@@ -132,20 +132,24 @@ private:
     /// Watches first and looks then, so that nothing falls between.
     void catchUp()
     {
-        const std::unique_ptr<Session> session = open();
-        if (!session)
-            return;
-        watchRoots(*session);
+        if (const std::unique_ptr<Session> session = open())
+            rescan(*session);
+    }
+
+    void rescan(Session& session)
+    {
+        watchRoots(session);
         host::LoadOptions options;
         options.rescan = !m_line.dryRun;
-        const host::LoadReport report = loadCollection(m_line, *session, options);
+        const host::LoadReport report = loadCollection(m_line, session, options);
         m_hasFailed = false;
         m_wasCurrent = true;
         m_lastFailure.clear();
         tell(report.added + report.changed, 0, report.gone);
     }
 
-    /// Anew when the settings name other folders, or one of them is another folder than before.
+    /// Anew when the settings name other folders, or one of them is another folder than before, or
+    /// may have come back.
     void watchRoots(Session& session)
     {
         RootIds ids;
@@ -165,8 +169,9 @@ private:
         if (folders.empty())
             throw HostError(ExitCode::usage,
                             "there is no folder to watch yet: name one, as in \"qo scan ~/Music\"");
-        if (m_watch && ids == m_rootIds)
+        if (m_watch && ids == m_rootIds && !m_hasFailed && !m_watch->hasLostFolders())
             return;
+        const int before = m_watch ? m_watch->watchedFolders() : -1;
         m_guard.reset();
         m_watch.emplace(folders,
                         milliseconds(static_cast<std::int64_t>(m_options.settleSeconds * 1000)));
@@ -175,7 +180,8 @@ private:
         for (const auto& unwatched : m_watch->unwatched())
             m_line.note(unwatched.folder + " cannot be watched (" + unwatched.reason +
                         "): it is scanned every " + countText(m_options.rescanMinutes, "minute"));
-        m_line.note("watching " + countText(m_watch->watchedFolders(), "folder"));
+        if (m_watch->watchedFolders() != before)
+            m_line.note("watching " + countText(m_watch->watchedFolders(), "folder"));
     }
 
     void follow(std::vector<FolderEvent> events)
@@ -193,12 +199,8 @@ private:
             apply(*session, events);
             events = m_watch->wait(keptLoaded);
         }
-        if (events.empty() || wasInterrupted())
-            return;
-        host::LoadOptions options;
-        options.rescan = true;
-        const host::LoadReport report = loadCollection(m_line, *session, options);
-        tell(report.added + report.changed, 0, report.gone);
+        if (!events.empty() && !wasInterrupted())
+            rescan(*session);
     }
 
     void apply(Session& session, const std::vector<FolderEvent>& events)

@@ -194,8 +194,7 @@ std::vector<RootProblem> CollectionLoader::guardRoots(const CStringArray& folder
 void CollectionLoader::keepSnapshot() const
 {
     if (m_isOwn)
-        m_session.note("the collection as it was is kept in " +
-                       shownPath(Snapshots(m_database).take()));
+        m_session.note(Snapshots(m_database).keep());
 }
 
 /// Lets the database know where files went when a run was cut short, before anything else looks at

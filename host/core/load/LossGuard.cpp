@@ -57,8 +57,12 @@ LossGuard::LossGuard(const QoFileDbItemArray& records, const std::vector<DiskCha
 
 bool LossGuard::isGreatLoss() const
 {
-    return m_leaving > greatCount &&
-           m_leaving * greatShare > static_cast<std::size_t>(m_records.GetSize());
+    return isGreatLoss(m_leaving, static_cast<std::size_t>(m_records.GetSize()));
+}
+
+bool LossGuard::isGreatLoss(std::size_t leaving, std::size_t all)
+{
+    return leaving > greatCount && leaving * greatShare > all;
 }
 
 std::vector<RootProblem> LossGuard::findAway(const std::vector<FarFolder>& known) const

@@ -29,9 +29,10 @@ public:
 
     /// The folders whose disk seems to be away; known are the far folders of the last scan.
     std::vector<RootProblem> findAway(const std::vector<FarFolder>& known) const;
-    /// Whether so much would leave, a tenth of the collection and more than twenty files, that a
-    /// copy of the database is wanted first.
     bool isGreatLoss() const;
+    /// Whether so much leaves, a tenth of the collection and more than twenty files, that a copy of
+    /// the database is wanted first.
+    static bool isGreatLoss(std::size_t leaving, std::size_t all);
 
 private:
     struct Count

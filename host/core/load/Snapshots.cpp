@@ -77,6 +77,11 @@ CString Snapshots::take()
     }
 }
 
+std::string Snapshots::keep()
+{
+    return "the collection as it was is kept in " + shownPath(take());
+}
+
 CStringArray Snapshots::list() const
 {
     std::vector<DirEntry> entries = findFiles(m_folder, copyPattern);

@@ -2,6 +2,8 @@
 
 #include <QoKernel/Kernel.h>
 
+#include <string>
+
 namespace qo::host
 {
 /// Copies of the database in the folder "snapshots" beside it, taken before anything that could
@@ -16,6 +18,8 @@ public:
 
     /// The new copy's path. Throws HostError when it cannot be made: then nothing should go on.
     CString take();
+    /// Takes one and says where it is, as a sentence for the user.
+    std::string keep();
     /// Whether the newest copy was taken today, by its name.
     bool isOfToday() const;
     /// Whether the database was not written since the newest copy was taken.

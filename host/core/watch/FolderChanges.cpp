@@ -4,6 +4,8 @@
 #include "core/base/HostFiles.h"
 #include "core/collection/CollectionChanges.h"
 #include "core/collection/CollectionFiles.h"
+#include "core/load/LossGuard.h"
+#include "core/load/Snapshots.h"
 #include "core/load/UnreadFiles.h"
 #include "core/roots/RootFolders.h"
 #include "core/roots/RootGuard.h"
@@ -39,7 +41,9 @@ class FolderChanges::Collector
 {
 public:
     explicit Collector(Session& session)
-        : m_changes(session, true), m_lister(RootFolders().folders(), session.ignoredNames())
+        : m_session(session)
+        , m_changes(session, true)
+        , m_lister(RootFolders().folders(), session.ignoredNames())
     {
     }
 
@@ -54,6 +58,10 @@ public:
     {
         if (m_report.removed > 0)
             refuseWithoutRoots();
+        const int known = CQoCollection::m_ownCollection.getFileCount();
+        if (LossGuard::isGreatLoss(static_cast<std::size_t>(m_report.removed),
+                                   static_cast<std::size_t>(known)))
+            m_session.note(Snapshots(Session::databasePath()).keep());
         if (!m_changes.isEmpty())
             m_changes.apply(progress);
         return m_report;
@@ -135,6 +143,7 @@ private:
         }
     }
 
+    Session& m_session;
     CollectionChanges m_changes;
     RootLister m_lister;
     Report m_report;

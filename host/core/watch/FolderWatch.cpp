@@ -117,7 +117,7 @@ struct FolderWatch::State
             ownFolders.push_back(toSystemPath(own));
     }
 
-    void addTree(const std::string& top, bool tellFiles);
+    void addTrees(const std::vector<std::string>& tops, bool tellFiles);
     bool addWatch(const std::string& folder);
     bool isOwn(const std::string& folder) const;
     void noteUnwatched(const std::string& folder, const std::string& reason);
@@ -144,6 +144,7 @@ struct FolderWatch::State
     std::deque<Leaving> leaving;
     std::vector<Unwatched> unwatched;
     bool isFull = false; ///< the system has no watch left: trying on would only cost time
+    bool hasLost = false;
     Time now = Clock::now();
 };
 
@@ -192,13 +193,21 @@ bool FolderWatch::State::addWatch(const std::string& folder)
     return true;
 }
 
-/// Breadth first, like a scan: if several paths lead to a folder, watch and scan then use the same
-/// one.
-void FolderWatch::State::addTree(const std::string& top, bool tellFiles)
+/// Breadth first, and links last, like a scan: if several paths lead to a folder, watch and scan
+/// then use the same one.
+void FolderWatch::State::addTrees(const std::vector<std::string>& tops, bool tellFiles)
 {
-    std::deque<std::pair<std::string, std::uint64_t>> folders{{top, 0}};
-    for (; !folders.empty() && !isFull; folders.pop_front())
+    std::deque<std::pair<std::string, std::uint64_t>> folders;
+    for (const std::string& top : tops)
+        folders.emplace_back(top, 0);
+    std::deque<std::pair<std::string, std::uint64_t>> links;
+    for (; (!folders.empty() || !links.empty()) && !isFull; folders.pop_front())
     {
+        if (folders.empty())
+        {
+            folders.push_back(links.front());
+            links.pop_front();
+        }
         const auto& [folder, deviceAbove] = folders.front();
         FileInfo info;
         if (isOwn(folder) || fileSystem().info(fromSystemPath(folder), Spelling::exact, info) != 0)
@@ -218,7 +227,7 @@ void FolderWatch::State::addTree(const std::string& top, bool tellFiles)
                 isTrashFolder(fromSystemPath(folder), entry.name))
                 continue;
             if (entry.info.kind == FileKind::directory)
-                folders.emplace_back(path, info.device);
+                (entry.info.isLink ? links : folders).emplace_back(path, info.device);
             else if (tellFiles && entry.info.kind == FileKind::regular)
                 settler.added(path, now);
         }
@@ -296,8 +305,7 @@ void FolderWatch::State::handle(const inotify_event& event)
     {
         leaving.clear();
         isFull = false;
-        for (const std::string& root : roots)
-            addTree(root, false);
+        addTrees(roots, false);
         return settler.needRescan("more changed at once than the system could tell", now);
     }
     if ((event.mask & IN_IGNORED) != 0)
@@ -318,6 +326,7 @@ void FolderWatch::State::handleFolderItself(const inotify_event& event, const st
     if (!isRoot && (event.mask & IN_UNMOUNT) == 0)
         return;
     dropTree(folder);
+    hasLost = true;
     settler.needRescan("the folder " + folder + " is no longer there", now);
 }
 
@@ -341,7 +350,7 @@ void FolderWatch::State::appear(const std::string& path)
     if (::stat(path.c_str(), &st) != 0)
         return;
     if (S_ISDIR(st.st_mode))
-        addTree(path, true);
+        addTrees({path}, true);
     else if (S_ISREG(st.st_mode))
         settler.added(path, now);
 }
@@ -396,8 +405,7 @@ FolderWatch::FolderWatch(std::vector<std::string> folders, std::chrono::millisec
 {
     if (m_state->inotify.get() < 0 || m_state->wake.get() < 0)
         throw HostError(ExitCode::failed, "folders cannot be watched: " + errorWords(errno));
-    for (const std::string& root : m_state->roots)
-        m_state->addTree(root, false);
+    m_state->addTrees(m_state->roots, false);
 }
 
 FolderWatch::~FolderWatch() = default;
@@ -430,6 +438,11 @@ void FolderWatch::stop() noexcept
 const std::vector<FolderWatch::Unwatched>& FolderWatch::unwatched() const
 {
     return m_state->unwatched;
+}
+
+bool FolderWatch::hasLostFolders() const
+{
+    return m_state->hasLost;
 }
 
 int FolderWatch::watchedFolders() const

@@ -45,6 +45,8 @@ public:
     /// system had no watch left. Each of the latter is also reported by a demand for a rescan.
     const std::vector<Unwatched>& unwatched() const;
     int watchedFolders() const;
+    /// Whether a root folder went away, or a disk below one: what comes back there is not watched.
+    bool hasLostFolders() const;
 
 private:
     struct State;

@@ -238,7 +238,7 @@ TEST(WatchCommand, TrialTellsWhatHappensAndChangesNothing)
     EXPECT_EQ(qo.names(), (Names{"a/1.mp3"}));
 }
 
-TEST(WatchCommand, RootFolderThatIsAwayIsWaitedForAndLosesNothing)
+TEST(WatchCommand, RootFolderThatIsAwayIsWaitedForAndIsWatchedAgain)
 {
     const QoCommand qo;
     qo.addSound("a/1.mp3");
@@ -247,9 +247,14 @@ TEST(WatchCommand, RootFolderThatIsAwayIsWaitedForAndLosesNothing)
     const pid_t pid = qo.start({"watch", "--settle", "0.1"});
     EXPECT_TRUE(waitForOutput(qo, "out", "1 read, 0 moved, 0 gone\n"));
     fs::rename(qo.music(), qo.dir.path("away"));
+    fs::rename(qo.dir.path("away"), qo.music());
+    EXPECT_TRUE(waitForOutput(qo, "err", "folders are scanned\nqo: watching 2 folders\n"));
+    qo.addSound("a/3.mp3");
+    EXPECT_TRUE(waitForOutput(qo, "out", "0 gone\n1 read, 0 moved, 0 gone\n"));
+    fs::rename(qo.music(), qo.dir.path("away"));
     EXPECT_TRUE(waitForOutput(qo, "err", "waiting for it"));
     ::kill(pid, SIGINT);
     const auto result = qo.finish(pid);
     EXPECT_EQ(result.code, 0) << result.err;
-    EXPECT_EQ(qo.paths().size(), 2U);
+    EXPECT_EQ(qo.paths().size(), 3U);
 }

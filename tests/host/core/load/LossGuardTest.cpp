@@ -1,3 +1,4 @@
+#include "core/watch/FolderChanges.h"
 #include "host/core/LoadedCollection.h"
 #include "support/Contains.h"
 
@@ -71,12 +72,21 @@ TEST(LossGuard, AFolderThatIsThereWithoutItsFilesStopsTheScan)
 TEST(LossGuard, ACopyIsKeptBeforeATenthOfTheCollectionLeaves)
 {
     LoadedCollection here;
-    addSounds(here, "music/a", 21);
-    addSounds(here, "music/b", 100);
-    here.load();
-    fs::remove_all(here.dir.path("music/a"));
-    here.notes.clear();
-    here.load();
-    EXPECT_EQ(here.stored().size(), 100U);
-    EXPECT_TRUE(contains(here.notes, "the collection as it was is kept in"));
+    for (const bool isWatched : {false, true})
+    {
+        addSounds(here, "music/a", 21);
+        if (!isWatched)
+            addSounds(here, "music/b", 100);
+        here.load();
+        fs::remove_all(here.dir.path("music/a"));
+        here.notes.clear();
+        const std::vector<FolderEvent> events{
+            {FolderEvent::Kind::removed, here.dir.path("music/a"), {}, {}}};
+        if (isWatched)
+            here.run([&] { FolderChanges(*here.session).apply(events, *here.progress); });
+        else
+            here.load();
+        EXPECT_EQ(here.stored().size(), 100U);
+        EXPECT_TRUE(contains(here.notes, "the collection as it was is kept in")) << isWatched;
+    }
 }

@@ -231,11 +231,14 @@ TEST(FolderChanges, ReadAFileThatGaveWayToAnOlderOne)
     EXPECT_EQ(here.sizeOf(path), size);
 }
 
-TEST(FolderWatch, PassesOverTheProgramsOwnFolders)
+TEST(FolderWatch, PassesOverTheProgramsOwnFoldersAndReportsFilesByTheirOwnPaths)
 {
     LoadedCollection here;
+    here.dir.makeFolder("music/z/y/x");
+    fs::create_directory_symlink("z/y/x", here.dir.path("music/a"));
     FolderWatch watch({here.dir.path()}, settle);
     here.dir.write("data/Qorganizer/x", "x");
     here.dir.write("music/1", "x");
-    EXPECT_EQ(reported(watch, here.dir), "+music/1");
+    here.dir.write("music/z/y/x/2", "x");
+    EXPECT_EQ(reported(watch, here.dir), "+music/1 +music/z/y/x/2");
 }
