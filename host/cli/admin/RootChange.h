@@ -4,8 +4,14 @@
 
 namespace qo::cli
 {
+struct CommandLine;
+
 /// The root folder that equals the folder or holds it, "" when there is none. Throws HostError for
 /// a folder that differs from a root folder only in case, since the collection cannot tell their
 /// paths apart.
 CString findHolder(const host::RootFolders& roots, const CString& folder);
+
+/// Asks before a folder becomes a root folder that holds the system's own; throws HostError if that
+/// is not wanted.
+void confirmNewRoot(const CommandLine& line, const CString& folder);
 } // namespace qo::cli

@@ -122,6 +122,8 @@ void addRoot(const CommandLine& line,
     const bool isKnown = holder == folder;
     CQoPathInfo::EType kind = isKnown ? roots.kind(folder) : known.kind;
     RootFolders::kindFromName(kindName, kind);
+    if (holder.IsEmpty())
+        confirmNewRoot(line, folder);
     if (!holder.IsEmpty() && !isKnown)
         line.note(shown + " is already part of the root folder " + host::shownPath(holder));
     else if (!roots.add(folder, kind))
@@ -207,6 +209,14 @@ CString findHolder(const RootFolders& roots, const CString& folder)
                             host::shownPath(holder) +
                             " in upper and lower case alone; a collection cannot hold both");
     return holder;
+}
+
+void confirmNewRoot(const CommandLine& line, const CString& folder)
+{
+    if (!line.dryRun && host::isSystemFolder(toSystemPath(folder)))
+        confirm(line,
+                host::shownPath(folder) + " holds folders of the system, such as /proc and /dev; a "
+                                          "scan takes in every file that it can read below it.");
 }
 
 void setUpRoots(CommandLine& line, CLI::App& command)

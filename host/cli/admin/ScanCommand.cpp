@@ -113,8 +113,10 @@ void addScannedFolders(const CommandLine& line, Session& session, const ScanOpti
             {
                 const CString folder = fromSystemPath(host::existingFolder(typed));
                 const CString known = findHolder(roots, folder);
-                if (!known.IsEmpty() || !roots.add(folder, CQoPathInfo::audioIsMusic))
+                if (!known.IsEmpty())
                     continue;
+                confirmNewRoot(line, folder);
+                roots.add(folder, CQoPathInfo::audioIsMusic);
                 line.note("new root folder " + host::shownPath(folder));
             }
             roots.store();

@@ -5,6 +5,10 @@
 #include <QoKernel/Collection.h>
 #include <QoKernel/Inside.h>
 
+#include <linux/magic.h>
+#include <sys/vfs.h>
+
+#include <algorithm>
 #include <cerrno>
 
 namespace qo::host
@@ -52,6 +56,20 @@ std::vector<RootProblem> checkRoots(const CStringArray& folders, const CString& 
             problems.push_back({folder, cause});
     }
     return problems;
+}
+
+bool isSystemFolder(const std::string& folder)
+{
+    const std::string base = folder == "/" ? std::string() : folder;
+    const auto isSystem = [&base](const char* name)
+    {
+        struct statfs found;
+        return ::statfs((base + name).c_str(), &found) == 0 &&
+               (found.f_type == PROC_SUPER_MAGIC || found.f_type == SYSFS_MAGIC);
+    };
+    constexpr const char* places[] = {"", "/proc", "/sys"};
+    return base.empty() || base == "/dev" ||
+           std::any_of(std::begin(places), std::end(places), isSystem);
 }
 
 std::string rootSentences(const std::vector<RootProblem>& problems, const std::string& went)

@@ -19,6 +19,10 @@ struct RootProblem
 /// thread that calls the kernel; the database may be absent.
 std::vector<RootProblem> checkRoots(const CStringArray& folders, const CString& database);
 
+/// Whether a system path is no place for a collection of its own: "/", "/dev", and what is or holds
+/// a file system of the system's own, such as /proc.
+bool isSystemFolder(const std::string& folder);
+
 /// A line about each, in the past or present as `went` says: "went away during the scan".
 std::string rootSentences(const std::vector<RootProblem>& problems, const std::string& went);
 

@@ -23,6 +23,8 @@ TEST(CommandLine, FailuresHaveTheirExitCodeAndOneSentence)
         {{"config", "set", "TraceLevel", "Loud"}, 2, "is no level"},
         {{"config", "set", "MusicCollectionDirsCount", "7"}, 2, "is kept by \"qo roots\""},
         {{"roots", "add", "--type", "jazz", "/"}, 2, "jazz"},
+        {{"roots", "add", "/"}, 7, "/ holds folders of the system"},
+        {{"scan", "/proc"}, 7, "/proc holds folders of the system"},
         {{"mv", "/x"}, 2, "name what is to be moved, and after it where to"},
         {{"mv", "/x", "/y"}, 4, "/x cannot be moved: No such file or directory"},
         {{"rm", "/x"}, 4, "/x cannot be put into the trash: No such file or directory"},
