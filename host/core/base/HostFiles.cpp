@@ -57,6 +57,20 @@ int readFile(const CString& path, std::size_t limit, std::string& content)
     }
 }
 
+std::string fileRemark(const CStringArray& files, const char* ofOne, const char* ofMany)
+{
+    constexpr int mostNamed = 3;
+    const int count = files.GetSize();
+    if (count == 0)
+        return {};
+    std::string text = count == 1 ? ofOne : std::to_string(count) + " " + ofMany;
+    for (int i = 0; i < std::min(count, mostNamed); ++i)
+        text += (i == 0 ? ": " : ", ") + shownPath(files[i]);
+    if (count > mostNamed)
+        text += " and " + std::to_string(count - mostNamed) + " more";
+    return text;
+}
+
 std::string errorWords(int error)
 {
     return std::generic_category().message(error);

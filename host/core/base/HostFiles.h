@@ -10,6 +10,9 @@ namespace qo::host
 /// The whole content of a regular file. An error number, 0 for success; EFBIG beyond the limit.
 int readFile(const CString& path, std::size_t limit, std::string& content);
 
+/// "a file ..." or "3 files ...: first, second and 1 more"; "" for no file.
+std::string fileRemark(const CStringArray& files, const char* ofOne, const char* ofMany);
+
 /// The system's words for an error number, without the number.
 std::string errorWords(int error);
 

@@ -53,8 +53,13 @@ bool UnreadFiles::isGone(const CString& path)
         return true;
     bool isFile = false;
     const int error = lookUp(path, isFile);
-    if (tellsAbsence(error, isFile) || (error == 0 && m_lister.isPassedOver(path)))
+    if (tellsAbsence(error, isFile))
         return true;
+    if (error == 0 && m_lister.isPassedOver(path))
+    {
+        m_leftOut.Add(path);
+        return true;
+    }
     count(path, error);
     return false;
 }
@@ -109,6 +114,17 @@ std::vector<std::string> UnreadFiles::sentences() const
                       (folder.error == 0 ? "" : ": " + errorWords(folder.error)) + "; " +
                       (folder.files == 1 ? "a file" : std::to_string(folder.files) + " files") +
                       " in it that the collection knows " + (folder.files == 1 ? "stays" : "stay"));
+    for (const auto& [path, error] : m_lister.ruleErrors())
+        all.push_back("the file " + shownPath(path) + " could not be read: " + errorWords(error) +
+                      "; its patterns were not followed");
+    const std::string leftOut =
+        fileRemark(m_leftOut,
+                   "a file leaves the collection though it is there, as \"IgnoredNames\", a "
+                   ".qoignore or a link leaves it out now",
+                   "files leave the collection though they are there, as \"IgnoredNames\", a "
+                   ".qoignore or a link leaves them out now");
+    if (!leftOut.empty())
+        all.push_back(leftOut);
     return all;
 }
 } // namespace qo::host

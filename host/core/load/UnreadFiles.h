@@ -27,7 +27,8 @@ public:
 
     /// For the path of a record whose file a walk did not meet; one that has not gone is counted.
     bool isGone(const CString& path);
-    /// One sentence for each folder that could not be read.
+    /// One sentence for each folder that could not be read, and about files that the scan leaves
+    /// out from now on.
     std::vector<std::string> sentences() const;
 
 private:
@@ -46,6 +47,7 @@ private:
     RootLister& m_lister;
     CStringArray m_passedOver; ///< with closing backslashes
     std::map<CString, Folder> m_folders;
+    CStringArray m_leftOut;              ///< there, but no longer part of a collection
     std::map<CString, int> m_listErrors; ///< of each folder that was asked about
 };
 

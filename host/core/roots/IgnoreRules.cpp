@@ -16,22 +16,39 @@ bool isPlain(std::u16string_view text)
     return text.find_first_of(specialCharacters) == text.npos;
 }
 
-/// "**" stands for any number of names, none included.
+/// "**" stands for any number of names, none included, but at the end for at least one: "a/**" is
+/// all in the folder, and not the folder. Only the last "**" that was met can stand for more, so
+/// the time does not grow with their number.
 bool fitParts(std::span<const std::string> patterns, std::span<const std::string> names)
 {
-    if (patterns.empty())
-        return names.empty();
-    if (patterns.front() == "**")
+    constexpr std::size_t none = -1;
+    std::size_t anyNames = none; // the pattern after the last "**"
+    std::size_t resume = 0;      // the name at which that one was tried last
+    std::size_t pattern = 0;
+    for (std::size_t name = 0; name < names.size();)
     {
-        for (std::size_t skipped = 0; skipped <= names.size(); ++skipped)
+        if (pattern < patterns.size() && patterns[pattern] == "**")
         {
-            if (fitParts(patterns.subspan(1), names.subspan(skipped)))
+            anyNames = ++pattern;
+            resume = name;
+            if (pattern == patterns.size())
                 return true;
         }
-        return false;
+        else if (pattern < patterns.size() &&
+                 ::fnmatch(patterns[pattern].c_str(), names[name].c_str(), 0) == 0)
+        {
+            ++pattern;
+            ++name;
+        }
+        else if (anyNames != none)
+        {
+            pattern = anyNames;
+            name = ++resume;
+        }
+        else
+            return false;
     }
-    return !names.empty() && ::fnmatch(patterns.front().c_str(), names.front().c_str(), 0) == 0 &&
-           fitParts(patterns.subspan(1), names.subspan(1));
+    return pattern == patterns.size();
 }
 
 std::vector<std::string> splitAt(std::string_view text, char separator)

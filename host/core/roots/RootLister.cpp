@@ -13,11 +13,17 @@ namespace
 {
 constexpr std::size_t largestRules = std::size_t(1) << 20;
 
-/// A file that waits for its place in the middle of a run of moves: it has a record, and stays in
-/// the collection although its name is a hidden one.
+/// A file that waits for its place in the middle of a run of moves, as ".qo-20261122-220503-7.mp3":
+/// it has a record, and stays in the collection although its name is a hidden one.
 bool isWaiting(const CString& name)
 {
-    return name.view().starts_with(u".qo-") && name.Find(u"-copy-") < 0;
+    constexpr std::u16string_view start = u".qo-";
+    std::u16string_view rest = name.view();
+    if (!rest.starts_with(start))
+        return false;
+    rest.remove_prefix(start.size());
+    rest = rest.substr(0, rest.find(u'.'));
+    return rest.find(u'-') != rest.npos && rest.find_first_not_of(u"0123456789-") == rest.npos;
 }
 } // namespace
 
@@ -40,9 +46,26 @@ void RootLister::readRules(const CString& folder)
 {
     if (!m_readFolders.insert(addBackslash(folder)).second)
         return;
+    const CString file = addBackslash(folder) + IgnoreRules::fileName;
+    FileInfo info;
+    if (fileSystem().info(file, Spelling::exact, info) != 0 || info.kind != FileKind::regular)
+        return;
     std::string content;
-    if (readFile(addBackslash(folder) + IgnoreRules::fileName, largestRules, content) == 0)
+    if (const int error = readFile(file, largestRules, content))
+        m_ruleErrors.insert_or_assign(file, error);
+    else
         m_rules.setFile(folder, content);
+}
+
+bool RootLister::hasAllRulesFor(const CString& file) const
+{
+    return std::none_of(m_ruleErrors.begin(),
+                        m_ruleErrors.end(),
+                        [&file](const auto& unread)
+                        {
+                            const CString folder = CQoCollPath(unread.first).getParent().toString();
+                            return file.view().starts_with(addBackslash(folder).view());
+                        });
 }
 
 void RootLister::readRulesAbove(const CString& folder)
@@ -130,7 +153,7 @@ bool RootLister::isPassedOver(const CString& file)
                                    m_roots.end(),
                                    [&file](const CString& folder)
                                    { return file.view().starts_with(folder.view()); });
-    if (root == m_roots.end())
+    if (root == m_roots.end() || !hasAllRulesFor(file))
         return false;
     for (int start = root->GetLength(); start < file.GetLength();)
     {

@@ -35,16 +35,20 @@ public:
     void forEachFile(const CString& folder,
                      const std::function<bool(const CString& path, const FileInfo& info)>& visit);
     /// Whether a scan passes over the file, be it for its own name, that of a folder above, or
-    /// since a link on the way leads back into a root folder.
+    /// since a link on the way leads back into a root folder. False while the rules of a folder
+    /// above cannot be read.
     bool isPassedOver(const CString& file);
 
     /// Error numbers by folder.
     const std::map<CString, int>& errors() const { return m_errors; }
+    /// Likewise of the files with the rules of folders.
+    const std::map<CString, int>& ruleErrors() const { return m_ruleErrors; }
     const std::vector<FarFolder>& farFolders() const { return m_farFolders; }
 
 private:
     void readRules(const CString& folder);
     void readRulesAbove(const CString& folder);
+    bool hasAllRulesFor(const CString& file) const;
     void noteFarFolders(const CString& folder, const std::vector<DirEntry>& entries);
     bool leadsIntoRoot(const CString& link) const;
 
@@ -54,6 +58,7 @@ private:
     bool m_clears = false;
     std::set<CString> m_readFolders; ///< whose rules are known
     std::map<CString, int> m_errors;
+    std::map<CString, int> m_ruleErrors;
     std::vector<FarFolder> m_farFolders;
 };
 } // namespace qo::host

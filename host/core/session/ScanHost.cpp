@@ -4,29 +4,8 @@
 #include "core/base/HostFiles.h"
 #include "core/base/RecordedFile.h"
 
-#include <algorithm>
-
 namespace qo::host
 {
-namespace
-{
-constexpr int mostNamed = 3;
-
-/// "a file ..." or "3 files ...: first, second and 1 more"; "" for no file.
-std::string remark(const CStringArray& files, const char* ofOne, const char* ofMany)
-{
-    const int count = files.GetSize();
-    if (count == 0)
-        return {};
-    std::string text = count == 1 ? ofOne : std::to_string(count) + " " + ofMany;
-    for (int i = 0; i < std::min(count, mostNamed); ++i)
-        text += (i == 0 ? ": " : ", ") + shownPath(files[i]);
-    if (count > mostNamed)
-        text += " and " + std::to_string(count - mostNamed) + " more";
-    return text;
-}
-} // namespace
-
 bool ScanHost::mustRead(const QoFileDbItem& record, const FileInfo& seen)
 {
     return m_readAll || isOtherFile(record, seen);
@@ -70,14 +49,15 @@ void ScanHost::forgetFile(const CString& path)
 std::vector<std::string> ScanHost::fileRemarks() const
 {
     std::vector<std::string> sentences = {
-        remark(m_unread,
-               "a file has tags that could not be read (\"qo info\" says why)",
-               "files have tags that could not be read (\"qo info\" says why)"),
-        remark(m_twins,
-               "a file was left out, as the collection knows another one by its name, upper and "
-               "lower case being the same",
-               "files were left out, as the collection knows others by their names, upper and "
-               "lower case being the same")};
+        fileRemark(m_unread,
+                   "a file has tags that could not be read (\"qo info\" says why)",
+                   "files have tags that could not be read (\"qo info\" says why)"),
+        fileRemark(
+            m_twins,
+            "a file was left out, as the collection knows another one by its name, upper and "
+            "lower case being the same",
+            "files were left out, as the collection knows others by their names, upper and "
+            "lower case being the same")};
     std::erase_if(sentences, [](const std::string& sentence) { return sentence.empty(); });
     return sentences;
 }

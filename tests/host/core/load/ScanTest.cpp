@@ -176,3 +176,26 @@ TEST(Scan, RemovesTheCopyOfAWriterThatWasKilledAndTakesNoneIn)
     EXPECT_FALSE(fs::exists(here.dir.path(left)));
     EXPECT_TRUE(fs::exists(here.dir.path(working)));
 }
+
+TEST(Scan, SaysWhatItLeavesOutFromNowOnAndDropsNothingForRulesThatItCannotRead)
+{
+    LoadedCollection here;
+    here.addSound("music/1.mp3");
+    here.addSound("music/b/2.mp3");
+    here.addSound("music/.hidden/3.mp3");
+    here.dir.write("music/.qoignore", "!.hidden\n");
+    here.load();
+    EXPECT_EQ(here.stored().size(), 3U);
+    here.notes.clear();
+    here.dir.write("music/.qoignore", "!.hidden\nb/\n");
+    here.load();
+    EXPECT_EQ(here.stored().size(), 2U);
+    EXPECT_TRUE(contains(here.notes, "a file leaves the collection though it is there"))
+        << here.notes;
+    EXPECT_TRUE(contains(here.notes, here.dir.path("music/b/2.mp3"))) << here.notes;
+    here.dir.write("music/.qoignore", std::string((1 << 20) + 1, '#'));
+    here.load();
+    EXPECT_EQ(here.stored().count("music/.hidden/3.mp3"), 1U) << here.notes;
+    EXPECT_TRUE(contains(here.notes, here.dir.path("music/.qoignore") + " could not be read"))
+        << here.notes;
+}

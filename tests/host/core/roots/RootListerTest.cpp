@@ -57,6 +57,15 @@ TEST(IgnoreRules, PatternsOfAFileHoldBelowItsFolderAndTheLastOneDecides)
         {"# x.wav\n\\#y", u"C:\\m", u"#y", false, true},
         {"*.wav\n!keep.wav\n", u"C:\\m", u"keep.wav", false, false},
         {"!keep.wav\n*.wav\n", u"C:\\m", u"keep.wav", false, true},
+        {"a/**", u"C:\\m\\a\\b", u"x.wav", false, true},
+        {"a/**\n!a/x.wav", u"C:\\m\\a", u"x.wav", false, false},
+        {"a/**", u"C:\\m", u"a", true, false},
+        {"**/**/**/**/**/**/**/**/**/**/**/**/**/**/**/**/b", // not in this lifetime
+         u"C:"
+         u"\\m\\1\\2\\3\\4\\5\\6\\7\\8\\9\\10\\11\\12\\13\\14\\15\\16\\17\\18\\19\\20\\21\\22\\23",
+         u"a",
+         false,
+         false},
         {"take[0-9].mp3", u"C:\\m\\a", u"take7.mp3", false, true},
         {"trailing.mp3  ", u"C:\\m", u"trailing.mp3", false, true},
     };
@@ -78,6 +87,9 @@ TEST(RootLister, WalksPassOverJunkButNotAHiddenRootOrAFileThatWaitsForItsPlace)
                              ".root/._a.mp3",
                              ".root/@eaDir/t.jpg",
                              ".root/a/.qo-1-2.mp3",
+                             ".root/a/.qo-aB3dE6",
+                             ".root/a/.qo-backup-1.mp3~",
+                             ".root/a/.qo-1-2-copy-3",
                              ".root/a/b.tmp",
                              ".root/live/skip/c.mp3",
                              ".root/live/d.mp3",
