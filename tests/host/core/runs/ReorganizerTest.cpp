@@ -312,7 +312,7 @@ TEST(ReorganizerDisks, OneThatRanEmptyIsThereAndOneThatIsAwayGetsNothing)
     const auto undo = [&]
     { here.run([&] { return Reorganizer(*here.session).undo("", *here.progress); }); };
     EXPECT_EQ(
-        messageOf(undo),
+        messageOf(undo, ExitCode::away),
         "the disk of the folder " + inner +
             " is away: no disk is mounted there, as one was at the last scan\nnothing was moved");
     EXPECT_TRUE(fs::is_empty(inner) && fs::is_empty(late));
