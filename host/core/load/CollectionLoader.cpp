@@ -10,6 +10,7 @@
 #include "core/load/UnfinishedScan.h"
 #include "core/load/UnreadFiles.h"
 #include "core/roots/RootFolders.h"
+#include "core/roots/RootGuard.h"
 #include "core/roots/StoredRoots.h"
 #include "core/runs/Reorganizer.h"
 #include "core/session/Session.h"
@@ -242,24 +243,23 @@ std::string CollectionLoader::interruptedText() const
 
 /// The folders with which a scan begins, so that no record is dropped that belongs to one of the
 /// wanted roots: those that are not fresh; what the database knows below a fresh one; and a fresh
-/// one that lies below what the database knows. Example: /music was scanned and gives way to
-/// /music/in, or the other way round; the records of /music/in stay.
+/// one that has files in the database. Example: /music was scanned and gives way to /music/in, or
+/// the other way round; the records of /music/in stay. They stay as well when the row that names
+/// the root folders was lost with a damaged page.
 CStringArray CollectionLoader::rootsBefore(const RootFolders& roots,
                                            const CStringArray& fresh) const
 {
     CollPathArray freshPaths;
     addPaths(freshPaths, fresh);
-    CStringArray known;
     CStringArray before;
     for (const StoredRoot& stored : storedRoots(m_database))
     {
-        known.Add(stored.folder);
         if (isBelow(addBackslash(stored.folder), fresh))
             before.Add(stored.folder);
     }
     for (const CString& root : roots.folders())
     {
-        if (findPath(freshPaths, CQoCollPath(root)) < 0 || isBelow(root, known))
+        if (findPath(freshPaths, CQoCollPath(root)) < 0 || countFilesBelow(m_database, root) > 0)
             before.Add(root);
     }
     return before;

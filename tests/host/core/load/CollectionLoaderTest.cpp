@@ -100,6 +100,24 @@ TEST(CollectionLoader, ARootAboveOrBelowAnotherKeepsTheRecordsOfBoth)
     become("music/in", "music");
     EXPECT_EQ(here.stored().at("music/in/1.mp3"), first.at("music/in/1.mp3"));
     EXPECT_EQ(here.stored().size(), 2U);
+    // And so does one whose row was lost with a damaged page.
+    const auto all = here.stored();
+    for (const char16_t* const loss :
+         {u"DELETE FROM COLL_T", u"UPDATE COLL_T SET CT_ROOT_DIRS = NULL"})
+    {
+        for (const bool isScan : {true, false})
+        {
+            here.run(
+                [loss]
+                {
+                    CSQLiteDB db(Session::databasePath());
+                    db.Open();
+                    db.Execute(loss);
+                });
+            here.load(isScan);
+            here.expectRecords(all);
+        }
+    }
 }
 
 TEST(CollectionLoader, AScanWhoseNamesWereSavedIsOverWhateverItsMarkSays)
