@@ -55,6 +55,8 @@ Session::~Session()
         {
             CQoCollection::cleanUpGlobal();
             CQoCollection::m_ownCollection.setScanHost(nullptr);
+            // Nothing asks for a setting of a file that is closed.
+            initQoKernel(nullptr, nullptr);
             m_settings.reset();
         });
 }
