@@ -11,6 +11,7 @@
 #include <QoKernel/Collection.h>
 #include <QoKernel/Inside.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <set>
@@ -44,16 +45,41 @@ CStringArray textsOf(const CSQLiteDB& db, const CString& sql)
     return texts;
 }
 
+bool has(const CStringArray& texts, const CString& text)
+{
+    return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
+/// A missing column, or a row whose id no record can bear.
+std::string spoiltTable(const CSQLiteDB& db, const CString& table)
+{
+    const CStringArray found = textsOf(db, u"SELECT name FROM pragma_table_info('" + table + u"')");
+    if (found.IsEmpty())
+        return "the table " + toUtf8(table) + " is missing";
+    CStringArray columns;
+    CQoCollDb::getColumns(table, columns);
+    for (const CString& column : columns)
+    {
+        if (!has(found, column))
+            return "the column " + toUtf8(column) + " is missing";
+    }
+    // Those of files are replaced without a repair. The ranges are looked up, not searched for.
+    const CString& id = columns[0];
+    const CString exists = u"EXISTS (SELECT 1 FROM " + table + u" WHERE " + id;
+    const bool hasOddId =
+        table != CString(u"FILE_T") &&
+        numberOf(db, u"SELECT " + exists + u" < 1) OR " + exists + u" > 2147483647)") != 0;
+    return hasOddId ? toUtf8(table) + " has a row whose id no record can bear" : std::string();
+}
+
 /// What nothing can be loaded without.
 std::string missingParts(const CSQLiteDB& db)
 {
     for (const char16_t* const table : collectionTables)
     {
-        const CString sql = CString(u"SELECT count(*) FROM sqlite_master WHERE type = 'table' AND "
-                                    u"name = '") +
-                            table + u"'";
-        if (numberOf(db, sql) == 0)
-            return "the table " + toUtf8(CString(table)) + " is missing";
+        std::string spoilt = spoiltTable(db, table);
+        if (!spoilt.empty())
+            return spoilt;
     }
     return numberOf(db, u"SELECT count(*) FROM VERSION_T WHERE VT_VERSION <> ''") > 0
                ? std::string()
@@ -257,11 +283,12 @@ bool DatabaseGuard::checkGuarded() const
     DatabaseSwap(m_database).refuseUnfinished();
     if (!isThere())
         return false;
+    // First, as it does not wait for long where another program holds the database for itself.
+    const std::string damage = findDamage();
     CString version;
     const bool hasVersion = CQoCollDb::readVersion(m_database, version);
     if (hasVersion)
         refuseOtherVersion(version);
-    const std::string damage = findDamage();
     if (damage.empty())
         return true;
     if (hasVersion || hasRow())
@@ -334,6 +361,16 @@ void DatabaseGuard::makeAnew(std::vector<std::string>& notes) const
         notes.push_back(shownPath(m_database) +
                         " had no collection in it and was given one; what it held before is in " +
                         shownPath(snapshot));
+    else if (const std::string back = wayBack(); !back.empty())
+        notes.push_back(back);
+}
+
+std::string DatabaseGuard::wayBack() const
+{
+    return Snapshots(m_database).list().IsEmpty()
+               ? std::string()
+               : "the collection is empty, but there are snapshots of it: \"qo db restore\" goes "
+                 "back to the newest one";
 }
 
 void DatabaseGuard::replaceIds(std::vector<std::string>& notes) const

@@ -31,9 +31,12 @@ public:
     /// database holds. A sentence when it cannot be taken.
     std::string keepDay() const;
 
+    /// For a collection without a database: a sentence about its snapshots, if there are any.
+    std::string wayBack() const;
+
     /// What is wrong with an existing file, in SQLite's words or ours; empty for a sound one. Reads
-    /// the schema and counts the files in their table and in each of its indexes; looks at every
-    /// page only when asked to. Throws what the database layer throws for other reasons.
+    /// the schema, looks for tables, columns and ids, and counts the rows of each table and of its
+    /// indexes; looks at every page only when asked to. Throws what the database layer throws for other reasons.
     std::string findDamage(bool everyPage = false) const;
     /// The rows of each table; throws what the database layer throws.
     static TableCounts countRows(const CString& database);

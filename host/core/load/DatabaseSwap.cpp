@@ -2,6 +2,7 @@
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
+#include "core/load/DatabaseGuard.h"
 
 #include <QoKernel/Inside.h>
 
@@ -58,6 +59,12 @@ void DatabaseSwap::finish() const
 {
     if (!fileSystem().exists(pending()))
         return;
+    const std::string damage = DatabaseGuard(pending()).findDamage();
+    if (!damage.empty())
+        throw HostError(ExitCode::failed,
+                        shownPath(pending()) + " is damaged (" + damage +
+                            ") and was not put in the place of " + shownPath(m_database) +
+                            ": move it away");
     const std::string what =
         shownPath(pending()) + " cannot take the place of " + shownPath(m_database);
     // A log of the former database would spoil the new one.

@@ -52,8 +52,13 @@ LoadReport loadStored(Session& session, ProgressReporter& progress)
 {
     LoadReport report;
     const CString database = Session::databasePath();
-    if (!DatabaseGuard(database).check())
+    const DatabaseGuard guard(database);
+    if (!guard.check())
+    {
+        if (const std::string back = guard.wayBack(); !back.empty())
+            session.note(back);
         return report;
+    }
     const RootFolders roots;
     CStringArray folders = roots.folders();
     const UnfinishedScan unfinished(Session::folder());

@@ -94,6 +94,21 @@ const char16_t* CQoCollDb::currentVersion() noexcept
     return version;
 }
 
+void CQoCollDb::getColumns(const CString& table, CStringArray& columns)
+{
+    columns.RemoveAll();
+    const CString start = CString(u"CREATE TABLE ") + table + u" (";
+    for (const char16_t* const statement : schema)
+    {
+        const CString sql(statement);
+        if (sql.Left(start.GetLength()) != start)
+            continue;
+        // Each column is its name and its type, and no type has a comma.
+        for (int at = start.GetLength(); at > 1; at = sql.Find(u", ", at) + 2)
+            columns.Add(sql.Mid(at, sql.Find(u" ", at) - at));
+    }
+}
+
 bool CQoCollDb::readVersion(const CString& path, CString& storedVersion)
 {
     // Opening would create an absent file, even beside one whose name differs in case alone.

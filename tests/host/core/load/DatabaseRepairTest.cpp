@@ -289,6 +289,31 @@ TEST_F(DatabaseDamage, WhatDoesNotConcernTheRowsMakesNothingUnusable)
     }
 }
 
+TEST_F(DatabaseDamage, WhatALoadWouldFailOverIsRefusedAndRepaired)
+{
+    const std::string whole = makeWhole(dir);
+    const std::pair<const char*, const char16_t*> cases[] = {
+        {"FT_CLIP_UID is missing", u"ALTER TABLE FILE_T RENAME COLUMN FT_CLIP_UID TO FT_OTHER"},
+        {"CT_USER_NAME is missing", u"ALTER TABLE COLL_T DROP COLUMN CT_USER_NAME"},
+        {"COLL_T has a row whose id", u"UPDATE COLL_T SET CT_ID = 0"},
+        {"PLAYLIST_T has a row whose id", u"UPDATE PLAYLIST_T SET PL_ID = 4294967296"},
+        {"PLAYLIST_T is missing", u"DROP TABLE PLAYLIST_T"}};
+    for (const auto& [words, statements] : cases)
+    {
+        put(whole);
+        {
+            CSQLiteDB db(database);
+            db.Open();
+            db.Execute(statements);
+        }
+        EXPECT_TRUE(contains(refusal(database).value_or("taken for sound"), words));
+        EXPECT_EQ(repair(database).lostIds.size(), 0U) << words;
+        EXPECT_EQ(refusal(dir.collPath("new")), std::nullopt) << words;
+        EXPECT_EQ(rowsOf(dir.collPath("new")), rowsOf(dir.collPath("whole"))) << words;
+        EXPECT_EQ(DatabaseGuard::countRows(dir.collPath("new")).at("COLL_T"), 1) << words;
+    }
+}
+
 TEST_F(DatabaseDamage, RowsInTheLogAreRepairedToo)
 {
     put(makeWhole(dir));
@@ -313,6 +338,9 @@ TEST_F(DatabaseDamage, ReplacementThatWasCutShortIsBroughtToItsEnd)
     EXPECT_THROW((void)DatabaseGuard(database).check(), HostError);
     EXPECT_EQ(dir.read("db-wal"), "its log") << "who only reads changes nothing";
     DatabaseGuard(database).prepare();
+    EXPECT_EQ(rowsOf(database).size(), static_cast<std::size_t>(fileRows));
+    dir.write("db.replacement", "half of it");
+    EXPECT_TRUE(contains(*refusal(database), "move it away"));
     EXPECT_EQ(rowsOf(database).size(), static_cast<std::size_t>(fileRows));
 }
 

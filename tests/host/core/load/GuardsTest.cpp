@@ -131,6 +131,11 @@ TEST(DatabaseGuard, LockedDatabaseIsBusyAndUntouched)
         [&] { KernelThread().run([&] { return DatabaseGuard(path).prepare(); }); }, ExitCode::busy);
     EXPECT_EQ(message, "the database " + dir.path("db") + " cannot be used: database is locked");
     other.Execute(u"ROLLBACK;");
+    // Nobody else can even read now.
+    (void)other.CompileStatement(u"PRAGMA journal_mode = DELETE").ExecuteQuery();
+    other.Execute(u"BEGIN EXCLUSIVE;");
+    messageOf([&] { (void)DatabaseGuard(path).check(); }, ExitCode::busy);
+    other.Execute(u"ROLLBACK;");
     EXPECT_TRUE(DatabaseGuard(path).prepare().empty());
 }
 
