@@ -8,8 +8,7 @@
 #include "core/load/ScratchDatabase.h"
 #include "core/load/UnfinishedScan.h"
 #include "core/roots/RootGuard.h"
-
-#include <QoKernel/Inside.h>
+#include "core/roots/StoredRoots.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -30,14 +29,6 @@ struct ScanOptions
     bool deep = false;
     bool findMoved = false;
 };
-
-std::unique_ptr<ScratchDatabase> makeTrial()
-{
-    auto trial = std::make_unique<ScratchDatabase>(u"trial");
-    if (fileSystem().exists(Session::databasePath()))
-        backupDatabase(Session::databasePath(), trial->path());
-    return trial;
-}
 
 void printScan(CommandLine& line, const ScanOptions& options, const LoadReport& report, int moved)
 {
@@ -120,6 +111,9 @@ void addScannedFolders(const CommandLine& line, Session& session, const ScanOpti
                 line.note("new root folder " + host::shownPath(folder));
             }
             roots.store();
+            if (roots.folders().IsEmpty())
+                host::refuseUnnamedRoots(host::unlistedRoots(Session::databasePath(), roots),
+                                         roots);
             return !roots.folders().IsEmpty();
         });
     if (!hasRoots)
@@ -138,7 +132,13 @@ LoadReport scanRoots(const CommandLine& line, Session& session, const ScanOption
     std::unique_ptr<ScratchDatabase> trial; // a copy, which may be written to
     if (line.dryRun)
     {
-        trial = session.kernel().run([] { return makeTrial(); });
+        trial = session.kernel().run(
+            []
+            {
+                auto copy = std::make_unique<ScratchDatabase>(u"trial");
+                copy->copyFrom(Session::databasePath());
+                return copy;
+            });
         load.database = trial->path();
     }
     return loadCollection(line, session, load);

@@ -9,8 +9,6 @@
 #include "core/roots/RootFolders.h"
 #include "core/roots/RootGuard.h"
 
-#include <QoKernel/Inside.h>
-
 #include <algorithm>
 #include <memory>
 
@@ -58,16 +56,6 @@ Store lookAtStore()
     return store;
 }
 
-std::int64_t countOwnFiles(const CString& path)
-{
-    CSQLiteDB db(path);
-    db.Open();
-    CSQLiteStatement statement =
-        db.CompileStatement(u"SELECT COUNT(*) FROM FILE_T WHERE FT_COLL_ID = ''");
-    const CSQLiteQueryResult result = statement.ExecuteQuery();
-    return result.Eof() ? 0 : result.GetInt64Field(0);
-}
-
 void readDatabase(const CString& path, Database& database)
 {
     CString version;
@@ -83,7 +71,7 @@ void readDatabase(const CString& path, Database& database)
                            toUtf8(CString(CQoCollDb::currentVersion()));
         return;
     }
-    database.files = countOwnFiles(path);
+    database.files = host::countOwnFiles(path);
     CQoCollDb db(path);
     CollInfoDbItem info;
     db.getCollInfo(u"", info);

@@ -1,6 +1,7 @@
 #include "core/load/DatabaseGuard.h"
 
 #include "core/base/DatabaseError.h"
+#include "core/base/DatabaseQuery.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/load/DatabaseRepair.h"
@@ -22,28 +23,6 @@ namespace
 {
 /// A writer is done within this time, or something holds the database for itself.
 constexpr int patience = 3000; ///< milliseconds
-
-CString quotedName(CString name)
-{
-    name.Replace(u"\"", u"\"\"");
-    return u"\"" + name + u"\"";
-}
-
-std::int64_t numberOf(const CSQLiteDB& db, const CString& sql)
-{
-    CSQLiteStatement statement = db.CompileStatement(sql);
-    const CSQLiteQueryResult result = statement.ExecuteQuery();
-    return result.Eof() ? 0 : result.GetInt64Field(0);
-}
-
-CStringArray textsOf(const CSQLiteDB& db, const CString& sql)
-{
-    CStringArray texts;
-    CSQLiteStatement statement = db.CompileStatement(sql);
-    for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
-        texts.Add(result.GetTextField(0));
-    return texts;
-}
 
 bool has(const CStringArray& texts, const CString& text)
 {

@@ -36,7 +36,8 @@ public:
 
     /// What is wrong with an existing file, in SQLite's words or ours; empty for a sound one. Reads
     /// the schema, looks for tables, columns and ids, and counts the rows of each table and of its
-    /// indexes; looks at every page only when asked to. Throws what the database layer throws for other reasons.
+    /// indexes; looks at every page only when asked to. Throws what the database layer throws for
+    /// other reasons.
     std::string findDamage(bool everyPage = false) const;
     /// The rows of each table; throws what the database layer throws.
     static TableCounts countRows(const CString& database);

@@ -8,20 +8,14 @@ namespace qo::host
 class ScratchDatabase
 {
 public:
-    explicit ScratchDatabase(const char16_t* purpose)
-    {
-        CString name;
-        name.Format(u"%s-%u", purpose, systemClock().processId());
-        m_path = CQoPaths::makeTempFilePath(name);
-    }
-    ~ScratchDatabase()
-    {
-        for (const char16_t* end : {u"", u"-wal", u"-shm"})
-            (void)fileSystem().removeFile(m_path + end);
-    }
+    explicit ScratchDatabase(const char16_t* purpose);
+    ~ScratchDatabase();
     ScratchDatabase(const ScratchDatabase&) = delete;
     ScratchDatabase& operator=(const ScratchDatabase&) = delete;
 
+    /// Makes it a copy of another database, if that is there. Throws what the database layer
+    /// throws.
+    void copyFrom(const CString& database) const;
     const CString& path() const { return m_path; }
 
 private:

@@ -1,5 +1,6 @@
 #include "core/roots/RootGuard.h"
 
+#include "core/base/DatabaseQuery.h"
 #include "core/base/HostFiles.h"
 
 #include <QoKernel/Collection.h>
@@ -79,6 +80,13 @@ std::string rootSentences(const std::vector<RootProblem>& problems, const std::s
         text += "the root folder " + shownPath(problem.folder) + " " + went + ": " + problem.cause +
                 "\n";
     return text;
+}
+
+std::int64_t countOwnFiles(const CString& database)
+{
+    CSQLiteDB db(database);
+    db.Open();
+    return numberOf(db, u"SELECT COUNT(*) FROM FILE_T WHERE FT_COLL_ID = ''");
 }
 
 std::int64_t countFilesBelow(const CString& database, const CString& folder)

@@ -26,6 +26,9 @@ bool isSystemFolder(const std::string& folder);
 /// A line about each, in the past or present as `went` says: "went away during the scan".
 std::string rootSentences(const std::vector<RootProblem>& problems, const std::string& went);
 
+/// How many rows the user's own collection has. Throws what the database layer throws.
+std::int64_t countOwnFiles(const CString& database);
+
 /// How many rows of the user's own collection lie below the folder; 0 without a database.
 std::int64_t countFilesBelow(const CString& database, const CString& folder);
 } // namespace qo::host

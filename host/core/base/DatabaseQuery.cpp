@@ -1,0 +1,28 @@
+#include "core/base/DatabaseQuery.h"
+
+#include <QoKernel/Inside.h>
+
+namespace qo::host
+{
+CString quotedName(CString name)
+{
+    name.Replace(u"\"", u"\"\"");
+    return u"\"" + name + u"\"";
+}
+
+std::int64_t numberOf(const CSQLiteDB& db, const CString& sql)
+{
+    CSQLiteStatement statement = db.CompileStatement(sql);
+    const CSQLiteQueryResult result = statement.ExecuteQuery();
+    return result.Eof() ? 0 : result.GetInt64Field(0);
+}
+
+CStringArray textsOf(const CSQLiteDB& db, const CString& sql)
+{
+    CStringArray texts;
+    CSQLiteStatement statement = db.CompileStatement(sql);
+    for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
+        texts.Add(result.GetTextField(0));
+    return texts;
+}
+} // namespace qo::host
