@@ -315,6 +315,13 @@ void CollectionLoader::guardLosses(const LossGuard& guard) const
         throw HostError(ExitCode::away,
                         text + "nothing was changed; with --allow-missing-root a scan takes its "
                                "files out of the collection");
+    const std::string unreadable =
+        guard.isLoss() && !m_options.allowMissingRoot ? unreadableRun() : std::string();
+    if (!unreadable.empty())
+        throw HostError(ExitCode::refused,
+                        "files have gone that the run " + unreadable +
+                            " may have moved, whose journal cannot be read; nothing was changed: "
+                            "\"qo scan --find-moved\" looks for them");
     if (guard.isGreatLoss())
         keepSnapshot();
 }

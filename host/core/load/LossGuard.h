@@ -29,6 +29,8 @@ public:
 
     /// The folders whose disk seems to be away; known are the far folders of the last scan.
     std::vector<RootProblem> findAway(const std::vector<FarFolder>& known) const;
+    /// Whether a record would leave, be it one whose file seems to have moved.
+    bool isLoss() const { return m_leaving > 0; }
     bool isGreatLoss() const;
     /// Whether so much leaves, a tenth of the collection and more than twenty files, that a copy of
     /// the database is wanted first.

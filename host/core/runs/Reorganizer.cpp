@@ -372,6 +372,22 @@ bool hasUnappliedMoves()
     return !idsOf(runningEnd).empty();
 }
 
+std::string unreadableRun()
+{
+    for (const std::string& id : idsOf(runningEnd))
+    {
+        try
+        {
+            (void)MoveSummary::read(pathOf(id, runningEnd));
+        }
+        catch (const HostError&)
+        {
+            return id;
+        }
+    }
+    return {};
+}
+
 void applyUnfinishedMoves(Session& session)
 {
     for (const std::string& id : idsOf(runningEnd))

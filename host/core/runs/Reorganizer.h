@@ -96,6 +96,8 @@ private:
 /// Whether the journal of a run stands that was stopped or cut short: files may have moved that the
 /// stored collection knows at their old places. Quick when there is none.
 bool hasUnappliedMoves();
+/// The id of such a run whose journal cannot be read; "" when all can.
+std::string unreadableRun();
 /// Brings them into the collection, which is loaded as it is stored, and saves it. Throws
 /// HostError.
 void applyUnfinishedMoves(Session& session);

@@ -160,7 +160,7 @@ TEST_F(ReorganizerTest, APlanLearnsTheIdsOfRecordsAndOfFilesThatCameToItsPlaces)
     EXPECT_EQ(here.stored(), here.renamed(expected, "music/a/1.mp3", "music/c/1.mp3"));
 }
 
-TEST_F(ReorganizerTest, ADamagedJournalLocksNobodyOutAndCanBeSetAside)
+TEST_F(ReorganizerTest, ADamagedJournalLocksNobodyOutTakesNoRecordAndCanBeSetAside)
 {
     moveOnTheDisk(planFor({{"a/1.mp3", "a/4.mp3"}}));
     const std::string damaged = "20260101-000000";
@@ -172,7 +172,12 @@ TEST_F(ReorganizerTest, ADamagedJournalLocksNobodyOutAndCanBeSetAside)
     plan.id = "20260201-000000";
     EXPECT_TRUE(contains(messageOf([&] { apply(plan); }, ExitCode::refused),
                          "\"qo reorg forget " + damaged + "\" sets it aside"));
+    const std::string moved = here.dir.path("music/b/3.mp3");
+    fs::rename(moved, here.dir.path("3.mp3"));
+    EXPECT_TRUE(contains(messageOf([&] { here.load(); }, ExitCode::refused), "the run " + damaged));
+    fs::rename(here.dir.path("3.mp3"), moved);
     here.run([&] { Reorganizer::forget(damaged); });
+    here.load();
     EXPECT_EQ(apply(plan).moved, 1U);
 }
 
