@@ -56,7 +56,7 @@ DiskFolders::Folder& DiskFolders::base(const CString& path)
 
 DiskFolders::Folder& DiskFolders::below(Folder& base, const CString& relative)
 {
-    Folder*& known = base.below[relative];
+    Folder*& known = base.m_below[relative];
     if (!known)
     {
         known = &base;
@@ -67,7 +67,7 @@ DiskFolders::Folder& DiskFolders::below(Folder& base, const CString& relative)
 
 DiskFolders::Folder& DiskFolders::target(Folder& base, const CString& relative)
 {
-    Folder*& known = base.targets[relative];
+    Folder*& known = base.m_targets[relative];
     if (!known)
     {
         known = &base;
@@ -78,7 +78,7 @@ DiskFolders::Folder& DiskFolders::target(Folder& base, const CString& relative)
 
 DiskFolders::Folder& DiskFolders::child(Folder& parent, const CString& name)
 {
-    std::unique_ptr<Folder>& folder = parent.children[name];
+    std::unique_ptr<Folder>& folder = parent.m_children[name];
     if (!folder)
     {
         folder = std::make_unique<Folder>();
@@ -143,22 +143,22 @@ DiskFolders::Folder& DiskFolders::fittingChild(Folder& parent, const CString& wa
         if (folder.isThere || parent.rules.ignoresCase || toNfc(other) == toNfc(name))
             return folder;
     }
-    parent.newFolders.emplace(sameNameKey(name), name);
+    parent.m_newFolders.emplace(sameNameKey(name), name);
     return child(parent, name);
 }
 
 const std::vector<CString>& DiskFolders::namesLike(Folder& folder, const CString& name)
 {
     static const std::vector<CString> none;
-    if (!folder.areNamesRead)
+    if (!folder.m_areNamesRead)
         readNames(folder);
-    const auto alike = folder.names.find(sameNameKey(name));
-    return alike == folder.names.end() ? none : alike->second;
+    const auto alike = folder.m_names.find(sameNameKey(name));
+    return alike == folder.m_names.end() ? none : alike->second;
 }
 
 bool DiskFolders::isNewFolder(const Folder& folder, const CString& name)
 {
-    return folder.newFolders.contains(sameNameKey(name));
+    return folder.m_newFolders.contains(sameNameKey(name));
 }
 
 void DiskFolders::look(Folder& folder, const CString& name) const
@@ -193,13 +193,13 @@ void DiskFolders::look(Folder& folder, const CString& name) const
 
 void DiskFolders::readNames(Folder& folder) const
 {
-    folder.areNamesRead = true;
+    folder.m_areNamesRead = true;
     if (!folder.isThere)
         return;
     std::vector<CString> names;
     if (const int error = firstNames(folder.path, std::numeric_limits<std::size_t>::max(), names))
         folder.whyClosed = shownPath(folder.path) + " cannot be looked at: " + errorWords(error);
     for (const CString& name : names)
-        folder.names[sameNameKey(name)].push_back(name);
+        folder.m_names[sameNameKey(name)].push_back(name);
 }
 } // namespace qo::host

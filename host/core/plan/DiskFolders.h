@@ -31,12 +31,12 @@ public:
 
     private:
         friend class DiskFolders;
-        std::unordered_map<CString, std::unique_ptr<Folder>> children;
-        std::unordered_map<CString, Folder*> below;              ///< by their paths from here
-        std::unordered_map<CString, Folder*> targets;            ///< likewise, by what was wanted
-        std::unordered_map<CString, std::vector<CString>> names; ///< on the disk, by their keys
-        std::unordered_map<CString, CString> newFolders;         ///< likewise
-        bool areNamesRead = false;
+        std::unordered_map<CString, std::unique_ptr<Folder>> m_children;
+        std::unordered_map<CString, Folder*> m_below;              ///< by their paths from here
+        std::unordered_map<CString, Folder*> m_targets;            ///< likewise, by what was wanted
+        std::unordered_map<CString, std::vector<CString>> m_names; ///< on the disk, by their keys
+        std::unordered_map<CString, CString> m_newFolders;         ///< likewise
+        bool m_areNamesRead = false;
     };
 
     DiskFolders();

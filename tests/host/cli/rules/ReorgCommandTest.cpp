@@ -133,7 +133,11 @@ TEST(ReorgCommand, WhatChangedBehindThePlanStaysAndTheRestMoves)
 {
     const QoCommand qo;
     prepare(qo);
-    ASSERT_EQ(qo.run({"reorg", "plan"}).code, 0);
+    ASSERT_EQ(qo.run({"reorg", "plan", "--output", qo.dir.path("plan")}).code, 0);
+    std::string edited = qo.dir.read("plan");
+    edited.replace(edited.find("Ann/Two.mp3"), 11, "Ann/One.mp3");
+    qo.dir.write("plan", edited);
+    qo.expect({"reorg", "apply", "--dry-run", qo.dir.path("plan")}, 6, "1 is refused");
     fs::last_write_time(qo.music("in/1.mp3"), fs::file_time_type::clock::now());
     qo.dir.write("music/Ann/Two.mp3", "in the way");
     const auto trial = qo.run({"reorg", "apply", "--last", "--dry-run"});
