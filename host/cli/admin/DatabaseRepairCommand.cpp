@@ -3,10 +3,10 @@
 #include "cli/files/FileRecord.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
+#include "core/base/ScratchDatabase.h"
 #include "core/load/DatabaseGuard.h"
 #include "core/load/DatabaseRepair.h"
 #include "core/load/DatabaseSwap.h"
-#include "core/load/ScratchDatabase.h"
 #include "core/load/Snapshots.h"
 
 #include <algorithm>
@@ -48,7 +48,7 @@ void putReport(CommandLine& line, const DatabaseRepair::Report& report, const CS
     if (line.json)
     {
         Json object;
-        for (const DatabaseRepair::Table& table : report.tables)
+        for (const host::Salvage::Table& table : report.tables)
             object["rows"][table.name] = table.rows;
         object["lostIds"] = report.lostIds;
         object["newIds"] = report.newIds;
@@ -56,7 +56,7 @@ void putReport(CommandLine& line, const DatabaseRepair::Report& report, const CS
         putPath(object, "kept", kept.IsEmpty() ? std::string() : host::shownPath(kept));
         return line.out.line(dump(object));
     }
-    for (const DatabaseRepair::Table& table : report.tables)
+    for (const host::Salvage::Table& table : report.tables)
         line.out.line(padded(table.name, 20) + std::to_string(table.rows));
     if (!report.lostIds.empty())
         line.out.line(

@@ -5,7 +5,7 @@
 #include "cli/files/FileRecord.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
-#include "core/load/ScratchDatabase.h"
+#include "core/base/ScratchDatabase.h"
 #include "core/load/UnfinishedScan.h"
 #include "core/roots/RootGuard.h"
 #include "core/roots/StoredRoots.h"
@@ -70,10 +70,7 @@ public:
             m_session.kernel().run(
                 [this]
                 {
-                    const RootFolders now;
-                    const host::UnfinishedScan unfinished(Session::folder());
-                    for (const CString& begun : unfinished.rootsAtFirst())
-                        m_before.add(begun, now.kind(begun));
+                    addBegun();
                     m_before.store();
                 });
             m_session.saveSettings();
@@ -89,6 +86,21 @@ public:
     void keep() { m_isKept = true; }
 
 private:
+    void addBegun()
+    {
+        try
+        {
+            const RootFolders now;
+            const host::UnfinishedScan unfinished(Session::folder());
+            for (const CString& begun : unfinished.rootsAtFirst())
+                m_before.add(begun, now.kind(begun));
+        }
+        catch (const HostError&)
+        {
+            return; // The same failure has ended the scan, so the user reads it anyway.
+        }
+    }
+
     Session& m_session;
     RootFolders m_before;
     bool m_isKept = false;

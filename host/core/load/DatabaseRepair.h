@@ -1,11 +1,8 @@
 #pragma once
 
-#include <QoKernel/Collection.h>
+#include "core/base/Salvage.h"
 
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
+#include <QoKernel/Collection.h>
 
 namespace qo::host
 {
@@ -19,32 +16,12 @@ constexpr const char16_t* collectionTables[] = {u"FILE_T",
                                                 u"INPLACE_T",
                                                 u"SHARE_T"};
 
-/// Reads what can be read of a damaged database into a new one. All work is done on a copy in the
-/// temporary folder: the database itself is only read, as plain bytes.
-///
-/// First each table is read as a whole. Then every page of the file is looked at on its own, as
-/// the rows of a table stay readable in its leaves when the pages above them are damaged: a leaf is
-/// made the root of a table, and SQLite reads its rows. They are told apart by the number and the
-/// types of their columns. A row that was there before is kept as it was. On the thread that calls
-/// the kernel.
+/// Reads what can be read of a damaged collection into a new database, see Salvage. On the thread
+/// that calls the kernel.
 class DatabaseRepair
 {
 public:
-    struct Table
-    {
-        std::string name;
-        std::int64_t rows = 0; ///< that the new database has
-    };
-    struct Report
-    {
-        std::vector<Table> tables;
-        /// Rows of FILE_T that an index names and that could not be read, by their ids.
-        std::vector<std::int64_t> lostIds;
-        std::int64_t newIds = 0; ///< rows whose ids no record can bear, kept under others
-        bool isCertain = true;   ///< false: a table could not be read as a whole, so that rows may
-                                 ///< be missing that no index names
-        std::int64_t rows() const;
-    };
+    using Report = Salvage::Report;
 
     explicit DatabaseRepair(const CString& database) : m_database(database) {}
 

@@ -61,11 +61,18 @@ LoadReport loadStored(Session& session, ProgressReporter& progress)
     }
     const RootFolders roots;
     CStringArray folders = roots.folders();
-    const UnfinishedScan unfinished(Session::folder());
-    for (const CString& begun : unfinished.rootsAtFirst())
+    try
     {
-        if (!holds(folders, begun))
-            folders.Add(begun);
+        const UnfinishedScan unfinished(Session::folder());
+        for (const CString& begun : unfinished.rootsAtFirst())
+        {
+            if (!holds(folders, begun))
+                folders.Add(begun);
+        }
+    }
+    catch (const HostError& error)
+    {
+        session.note(error.what()); // the collection can be shown without it
     }
     session.scanHost().forget();
     const auto start = std::chrono::steady_clock::now();

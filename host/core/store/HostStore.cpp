@@ -1,7 +1,10 @@
 #include "core/store/HostStore.h"
 
+#include "core/base/DatabaseError.h"
+#include "core/base/DatabaseQuery.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
+#include "core/base/Salvage.h"
 #include "core/session/KernelThread.h"
 #include "core/store/OldFiles.h"
 #include "core/store/StoreSchema.h"
@@ -25,6 +28,22 @@ constexpr std::int64_t noSave = -1;
 bool isDamage(const CSQLiteException& exception)
 {
     return exception.isUnreadableDatabase() || exception.isStatementError();
+}
+
+/// SQLite takes less than its smallest page for an empty database.
+bool isCutShort(const CString& file)
+{
+    constexpr std::int64_t smallestPage = 512;
+    FileInfo info;
+    return fileSystem().info(file, Spelling::exact, info) == 0 && info.kind == FileKind::regular &&
+           info.size > 0 && info.size < smallestPage;
+}
+
+[[noreturn]] void refuseDamaged(const CString& file, const std::string& words)
+{
+    throw HostError(ExitCode::failed,
+                    "the database " + shownPath(file) + " is damaged (" + words +
+                        "): the next command that changes something keeps what can be read of it");
 }
 
 void open(CSQLiteDB& db)
@@ -203,12 +222,21 @@ void HostStore::read(const Work& work) const
     // Opening would make an absent file.
     if (!fileSystem().exists(m_file))
         return;
+    if (isCutShort(m_file))
+        refuseDamaged(m_file, "it was cut short");
     try
     {
         CSQLiteDB db(m_file);
         open(db);
         if (storeSchema::isMade(db))
             work(db);
+    }
+    catch (CSQLiteException* raw)
+    {
+        const std::unique_ptr<CSQLiteException> exception(raw);
+        if (!isDamage(*exception))
+            throw databaseError(*exception, m_file);
+        refuseDamaged(m_file, databaseWords(exception->message()));
     }
     catch (...)
     {
@@ -269,14 +297,17 @@ void HostStore::repair()
     removeOld(fresh);
     removeOld(fresh + u"-journal");
     std::vector<EditedFile> edits;
+    Salvage(m_file).copyTo(fresh,
+                           [](const CString& path)
+                           {
+                               CSQLiteDB db(path);
+                               open(db);
+                               storeSchema::make(db);
+                           });
     {
-        CSQLiteDB from(m_file);
-        CSQLiteDB to(fresh);
-        open(from);
-        open(to);
-        storeSchema::make(to);
-        storeSchema::salvage(from, to);
-        readEdits(to, edits);
+        CSQLiteDB db(fresh);
+        open(db);
+        readEdits(db, edits);
     }
     // The damaged store stays in its place until the new one takes it in one step.
     int error = fileSystem().copyFile(m_file, aside);
@@ -357,16 +388,21 @@ bool HostStore::isSound() const
 {
     if (!fileSystem().exists(m_file))
         return true;
+    if (isCutShort(m_file))
+        return false;
     try
     {
         CSQLiteDB db(m_file);
         open(db);
         std::vector<EditedFile> edits;
         ScanMark mark;
+        std::vector<FarFolder> folders;
         if (storeSchema::isMade(db))
         {
             readEdits(db, edits);
             readMark(db, mark);
+            readFolders(db, folders);
+            (void)numberOf(db, u"SELECT count(*) FROM HEAD_T NOT INDEXED");
         }
         return true;
     }

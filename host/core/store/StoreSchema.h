@@ -10,7 +10,4 @@ namespace qo::host::storeSchema
 void make(CSQLiteDB& db);
 /// Whether the tables are there to be read; false for a store that is only being made.
 bool isMade(CSQLiteDB& db);
-/// Copies all rows that can be read, forwards and, after a damaged place, backwards from the end.
-/// What cannot be read is passed over; a failure to write throws what the database layer throws.
-void salvage(CSQLiteDB& from, CSQLiteDB& to);
 } // namespace qo::host::storeSchema

@@ -292,19 +292,27 @@ TEST_F(DatabaseDamage, WhatDoesNotConcernTheRowsMakesNothingUnusable)
 TEST_F(DatabaseDamage, WhatALoadWouldFailOverIsRefusedAndRepaired)
 {
     const std::string whole = makeWhole(dir);
-    const std::pair<const char*, const char16_t*> cases[] = {
-        {"FT_CLIP_UID is missing", u"ALTER TABLE FILE_T RENAME COLUMN FT_CLIP_UID TO FT_OTHER"},
-        {"CT_USER_NAME is missing", u"ALTER TABLE COLL_T DROP COLUMN CT_USER_NAME"},
-        {"COLL_T has a row whose id", u"UPDATE COLL_T SET CT_ID = 0"},
-        {"PLAYLIST_T has a row whose id", u"UPDATE PLAYLIST_T SET PL_ID = 4294967296"},
-        {"PLAYLIST_T is missing", u"DROP TABLE PLAYLIST_T"}};
+    const struct
+    {
+        const char* words;
+        std::vector<const char16_t*> statements;
+    } cases[] = {
+        {"FT_CLIP_UID is missing", {u"ALTER TABLE FILE_T RENAME COLUMN FT_CLIP_UID TO FT_OTHER"}},
+        {"CT_USER_NAME is missing", {u"ALTER TABLE COLL_T DROP COLUMN CT_USER_NAME"}},
+        {"COLL_T has a row whose id", {u"UPDATE COLL_T SET CT_ID = 0"}},
+        {"PLAYLIST_T has a row whose id", {u"UPDATE PLAYLIST_T SET PL_ID = 4294967296"}},
+        {"PLAYLIST_T is missing",
+         {u"DROP TABLE PLAYLIST_T",
+          u"PRAGMA writable_schema = ON",
+          u"INSERT INTO sqlite_master VALUES ('view', 'v', 'v', 0, 'CREATE VIEW v AS SELEKT')"}}};
     for (const auto& [words, statements] : cases)
     {
         put(whole);
         {
             CSQLiteDB db(database);
             db.Open();
-            db.Execute(statements);
+            for (const char16_t* const sql : statements)
+                (void)db.CompileStatement(sql).ExecuteQuery();
         }
         EXPECT_TRUE(contains(refusal(database).value_or("taken for sound"), words));
         EXPECT_EQ(repair(database).lostIds.size(), 0U) << words;

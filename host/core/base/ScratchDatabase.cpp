@@ -1,4 +1,4 @@
-#include "core/load/ScratchDatabase.h"
+#include "core/base/ScratchDatabase.h"
 
 #include <QoKernel/Inside.h>
 
