@@ -111,6 +111,21 @@ std::size_t MoveProgress::arrived() const
     return count;
 }
 
+std::size_t MoveProgress::arrivedFiles() const
+{
+    std::vector<std::size_t> records(m_start.files.size());
+    for (const Record& record : m_start.records)
+        ++records[record.file];
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < m_start.files.size(); ++i)
+    {
+        const bool isFolder = m_start.files[i].what == MovedFile::What::folder;
+        if (place(i) == m_start.files[i].to)
+            count += isFolder ? std::max<std::size_t>(records[i], 1) : 1;
+    }
+    return count;
+}
+
 bool MoveProgress::canBeLost(std::size_t step) const
 {
     const MoveStep& lostStep = m_start.steps[step];

@@ -88,8 +88,10 @@ public:
     const FileMark& mark(std::size_t file) const;
     /// Whether it lies under the temporary name that a planned step has given it.
     bool isWaiting(std::size_t file) const;
-    /// How many files are where they shall be.
+    /// How many files are where they shall be; a folder that moves as a whole counts once.
     std::size_t arrived() const;
+    /// The same with all the records that such a folder holds.
+    std::size_t arrivedFiles() const;
     /// The step that brought it there, npos for none, and the one before a step.
     std::size_t lastMove(std::size_t file) const { return m_lastMoves[file]; }
     std::size_t moveBefore(std::size_t step) const { return m_progress[step].before; }

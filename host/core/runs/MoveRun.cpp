@@ -281,7 +281,7 @@ bool MoveRun::hasArrived(std::size_t file) const
 
 std::size_t MoveRun::moved() const
 {
-    return m_journal->progress().arrived();
+    return m_journal->progress().arrivedFiles();
 }
 
 std::size_t MoveRun::refused() const

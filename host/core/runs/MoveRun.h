@@ -49,7 +49,8 @@ public:
 
     struct Report
     {
-        std::size_t moved = 0; ///< files that reached their place, in this run and those before
+        std::size_t moved = 0; ///< files, with those in moved folders, that reached their place, in
+                               ///< this run and those before
         std::vector<Failure> failures;
         /// Otherwise it can go on: it was stopped, or a disk is away, as a note then says.
         bool isFinished = false;

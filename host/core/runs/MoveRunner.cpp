@@ -474,7 +474,7 @@ std::vector<std::string> MoveRunner::syncDisks(const MoveProgress& progress)
 MoveRun::Report MoveRunner::report() const
 {
     MoveRun::Report report;
-    report.moved = m_progress.arrived();
+    report.moved = m_progress.arrivedFiles();
     for (const MoveProgress::Refusal& refusal : m_progress.start().refusals)
         report.failures.push_back({refusal.from, refusal.to, refusal.why});
     std::unordered_map<std::size_t, std::string> reasons;

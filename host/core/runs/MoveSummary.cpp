@@ -27,7 +27,9 @@ MoveSummary MoveSummary::read(const std::string& journal)
     const MoveProgress progress = progressOf(journal);
     const MoveProgress::Start& start = progress.start();
     const std::size_t arrived = progress.arrived();
-    return {
-        start.undoes, start.kind, arrived, start.refusals.size() + start.files.size() - arrived};
+    return {start.undoes,
+            start.kind,
+            progress.arrivedFiles(),
+            start.refusals.size() + start.files.size() - arrived};
 }
 } // namespace qo::host

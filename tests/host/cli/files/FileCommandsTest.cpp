@@ -54,6 +54,7 @@ TEST(FileCommands, MovedFilesKeepTheirRecords)
     ASSERT_EQ(qo.run({"mv", qo.music("a/1.mp3"), qo.music("a/ONE.mp3")}).code, 0);
     ASSERT_EQ(qo.run({"mv", qo.music("a"), qo.music("c")}).code, 0);
     EXPECT_EQ(qo.run({"mv", "--dry-run", qo.music("c"), qo.music("d")}).code, 0);
+    qo.expect({"undo", "--dry-run"}, 0, "of qo mv: 2 files");
     const auto after = qo.ids();
     EXPECT_EQ(qo.names(), (Names{"b/3.mp3", "c/2.mp3", "c/ONE.mp3"}));
     EXPECT_EQ(after.at("c/ONE.mp3"), before.at("a/1.mp3"));
