@@ -195,6 +195,9 @@ public:
     virtual int sync(const CString& path) = 0;
     /// Waits until the disk has all that was changed on the folder's file system.
     virtual int syncAll(const CString& folder) = 0;
+    /// How many bytes this user can still write on the folder's file system. ENOTSUP where it does
+    /// not say.
+    virtual int room(const CString& folder, std::uint64_t& bytes) = 0;
 };
 
 /// The path for calls to the system or to a library: the bytes of a POSIX path. "" if the path maps

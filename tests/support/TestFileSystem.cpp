@@ -156,3 +156,9 @@ int TestFileSystem::syncAll(const CString& folder)
     const int error = before("syncAll", folder);
     return error != 0 ? error : m_real.syncAll(folder);
 }
+
+int TestFileSystem::room(const CString& folder, std::uint64_t& bytes)
+{
+    const int error = before("room", folder);
+    return error != 0 ? error : m_real.room(folder, bytes);
+}

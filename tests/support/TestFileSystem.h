@@ -51,6 +51,7 @@ public:
                      const std::function<bool()>& stop) override;
     int sync(const CString& path) override;
     int syncAll(const CString& folder) override;
+    int room(const CString& folder, std::uint64_t& bytes) override;
 
 protected:
     qo::IFileSystem& real() { return m_real; }

@@ -4,7 +4,6 @@
 
 #include <climits>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <system_error>
 
 #include <algorithm>
@@ -88,10 +87,9 @@ std::string plainWords(const CString& cause)
 
 bool isDiskFull(const CString& path)
 {
-    struct statvfs disk = {};
-    const std::string file = toSystemPath(path);
-    const std::string folder = file.substr(0, file.rfind('/') + 1);
-    return ::statvfs(folder.c_str(), &disk) == 0 && disk.f_blocks > 0 && disk.f_bavail == 0;
+    std::uint64_t bytes = 0;
+    const CString folder = path.Left(path.ReverseFind(u'\\') + 1);
+    return fileSystem().room(folder, bytes) == 0 && bytes == 0;
 }
 
 std::string shownPath(const CString& path)

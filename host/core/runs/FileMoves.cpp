@@ -191,15 +191,16 @@ FileMoves::transfer(const CString& from, const CString& to, Deed deed, Outside o
     item.deed = deed;
     item.outside = outside;
     item.targetDevice = folder.device;
+    const auto tree = isOnePiece ? std::vector<Found>() : walk(top, top.path, deed);
+    if (!isOnePiece)
+        needRoom(tree, nearest, deed);
     if (isOnePiece || item.what != What::folder)
     {
-        if (!isOnePiece)
-            (void)walk(top, top.path, deed);
         addRecords(from, false);
         addItem(request, item);
     }
     else
-        addTree(request, walk(top, top.path, deed), item);
+        addTree(request, tree, item);
     if (outside == Outside::neither)
         addEmptied(top.path);
     else
@@ -290,6 +291,29 @@ FileMoves::walk(const Found& top, const std::string& from, Deed deed) const
             all.push_back(look(addBackslash(path) + entry.name));
     }
     return all;
+}
+
+/// Refuses what does not fit beside what the requests before it will copy to that disk. A disk that
+/// does not say what it can take is tried.
+void FileMoves::needRoom(const std::vector<Found>& tree, const std::string& folder, Deed deed)
+{
+    NameInfo info;
+    std::uint64_t room = 0;
+    if (disk::lookAtFolder(folder, info) != 0 ||
+        fileSystem().room(fromSystemPath(folder), room) != 0)
+        return;
+    std::uint64_t needed = m_needed[info.device];
+    for (const Found& found : tree)
+    {
+        if (found.info.kind == NameInfo::Kind::regular)
+            needed += static_cast<std::uint64_t>(found.info.size);
+    }
+    if (needed > room)
+        refuse(tree.front().path,
+               wordOf(deed),
+               "there is no room in " + folder + ": " + std::to_string(needed) +
+                   " bytes are needed and " + std::to_string(room) + " are free");
+    m_needed[info.device] = needed;
 }
 
 void FileMoves::addTree(Request& request, const std::vector<Found>& tree, const MovedFile& top)

@@ -6,8 +6,10 @@
 
 #include <QoKernel/Collection.h>
 
+#include <cstdint>
 #include <functional>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -56,6 +58,7 @@ private:
     void refuseDoubles(const std::string& from, const std::string& to) const;
     Found look(const CString& path) const;
     std::vector<Found> walk(const Found& top, const std::string& from, MovedFile::Deed deed) const;
+    void needRoom(const std::vector<Found>& tree, const std::string& folder, MovedFile::Deed deed);
     void addItem(Request& request, MovedFile file);
     void addRecords(const CString& from, bool withValues);
     void addTree(Request& request, const std::vector<Found>& tree, const MovedFile& top);
@@ -72,6 +75,7 @@ private:
     std::vector<MoveStep> m_removals;
     std::vector<MoveStep> m_notes;
     std::unordered_set<std::string> m_emptied;
+    std::unordered_map<std::uint64_t, std::uint64_t> m_needed; ///< bytes of copies, by device
     std::vector<std::string> m_bases; ///< where files may lie or come to besides the root folders
 };
 } // namespace qo::host

@@ -40,6 +40,7 @@ public:
                      const std::function<bool()>& stop) override;
     int sync(const CString& path) override;
     int syncAll(const CString& folder) override;
+    int room(const CString& folder, std::uint64_t& bytes) override;
 
 private:
     /// The system path to read from: as given, or the only existing one that differs in case alone.

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
@@ -222,5 +223,14 @@ int PosixFileSystem::sync(const CString& path)
 int PosixFileSystem::syncAll(const CString& folder)
 {
     return syncBy(toSystemPath(folder), ::syncfs);
+}
+
+int PosixFileSystem::room(const CString& folder, std::uint64_t& bytes)
+{
+    struct statvfs disk;
+    if (::statvfs(toSystemPath(folder).c_str(), &disk) != 0)
+        return errno;
+    bytes = std::uint64_t(disk.f_bavail) * disk.f_frsize;
+    return disk.f_blocks > 0 ? 0 : ENOTSUP;
 }
 } // namespace qo

@@ -285,6 +285,10 @@ TEST_F(FileMovesTest, MovesFromOneDiskToAnother)
     const auto before = here.records();
     const std::string sound = here.dir.read("music/3.mp3");
     const auto time = fs::last_write_time(here.dir.path("music/a/b/2.mp3"));
+    here.dir.write("music/h/huge.bin", "");
+    fs::resize_file(here.dir.path("music/h/huge.bin"), fs::space(other.path).available + 1);
+    EXPECT_TRUE(contains(messageOf([&] { move("music/h", other.path + "/h"); }),
+                         "there is no room in " + other.path));
     move("music/a", other.path + "/a");
     move("music/3.mp3", other.path + "/3.mp3");
     const auto after = here.records();
