@@ -130,6 +130,9 @@ void DiskFolders::addWish(const CString& folder, std::size_t files)
     wish->files += files;
 }
 
+/// Example: the disk has "ABBA", and files want "Abba" and "abba": all go to "ABBA". Without it,
+/// and with three files for "Abba" and one for "abba", all go to "Abba". A file named "abba",
+/// without an extension, is in the way only on a disk that takes both names for one.
 DiskFolders::Folder& DiskFolders::fittingChild(Folder& parent, const CString& wanted)
 {
     const CString name = fittingFolderName(spellingOf(parent, wanted), parent.rules);

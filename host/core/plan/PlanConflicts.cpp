@@ -33,6 +33,9 @@ public:
         }
     }
 
+    /// Example: 1 shall go to the place of 2, 2 to that of 3, and 3 to a name that a stranger has.
+    /// 3 is refused for the stranger, then 2 because 3 stays in its place, then 1 because 2 does.
+    /// Each refused file is asked once who wants its place, so the time grows with the files alone.
     void refuseAll()
     {
         for (auto& [key, sharers] : m_targets)

@@ -17,12 +17,17 @@ const FileMark* MoveProgress::copy(std::size_t step) const
     return m_progress[step].hasCopy ? &m_progress[step].copy : nullptr;
 }
 
+// A file is where the last move that was done has brought it. Its moves are a chain from the last
+// to the first (Step::before), so that one that a power cut undid can be taken off its end.
+
 const std::string& MoveProgress::place(std::size_t file) const
 {
     const std::size_t last = m_lastMoves[file];
     return last == npos ? m_start.files[file].from : m_start.steps[last].to;
 }
 
+/// A rename keeps what a file is known by; a copy on another disk has a mark of its own, which
+/// holds from there on.
 const FileMark& MoveProgress::mark(std::size_t file) const
 {
     for (std::size_t step = m_lastMoves[file]; step != npos; step = m_progress[step].before)
@@ -45,6 +50,7 @@ void MoveProgress::setMark(std::size_t file, const FileMark& mark)
     m_start.files[file].mark = mark;
 }
 
+/// Steps that were added later bring files home; only planned ones give temporary names.
 bool MoveProgress::isWaiting(std::size_t file) const
 {
     const std::size_t last = m_lastMoves[file];
@@ -137,6 +143,7 @@ bool MoveProgress::canBeLost(std::size_t step) const
                      step) != m_moves.rend() - static_cast<std::ptrdiff_t>(m_applied);
 }
 
+/// The collection follows moves in the order in which they were done, so a count says which.
 bool MoveProgress::setApplied(std::size_t count)
 {
     if (count < m_applied || count > m_moves.size())

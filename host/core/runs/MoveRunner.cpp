@@ -95,8 +95,9 @@ std::size_t MoveRunner::lastPhase() const
     return step;
 }
 
-/// What failed before the run was taken up again comes last, so that it does not stand in the way
-/// of what has a better chance.
+/// The open steps in the order of the journal, which is one in which each move finds its place
+/// free. What failed before the run was taken up again comes last, so that it does not stand in the
+/// way of what has a better chance.
 bool MoveRunner::tryMoves()
 {
     std::vector<std::size_t> steps;
@@ -330,6 +331,12 @@ bool MoveRunner::isStillWaiting(std::size_t file) const
 
 /// A file that could not leave its temporary name for its last one. Whoever came to its first place
 /// meanwhile goes back first.
+///
+/// Example: p, q and r change places in a ring, and p waits under .qo-ID-0. Then q goes to p, r
+/// goes to q, and .qo-ID-0 cannot go to r, where somebody has just put a file. The first place of p
+/// is taken by q, that of q by r, that of r by none of the run. So r would have to go back first,
+/// then q, then p. Since the place of r is not free, all stay, and p comes out beside its first
+/// place under a free name, which a note says.
 void MoveRunner::bringHome(std::size_t file, Occupants& occupants)
 {
     const std::string& home = m_progress.file(file).from;

@@ -190,6 +190,8 @@ void Undoer::findFolders()
     }
 }
 
+/// Those that are elsewhere than at first, with their ways turned round. One that an earlier undo
+/// has brought back needs nothing.
 void Undoer::takeFiles()
 {
     for (std::size_t i = 0; i < m_progress.files().size(); ++i)
@@ -217,6 +219,11 @@ void Undoer::takeFiles()
     }
 }
 
+/// A file that stays keeps its place from the one that wants to go back there, which then keeps its
+/// own place from the next.
+///
+/// Example: the run took b to c and a to b, and somebody has put another file at a. So what lies at
+/// b cannot go back to a, and then what lies at c cannot go back to b.
 void Undoer::refuseTakenPlaces()
 {
     for (std::size_t i = 0; i < m_files.size(); ++i)

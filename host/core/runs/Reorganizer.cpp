@@ -301,6 +301,8 @@ std::string Reorganizer::undoable(const std::string& id)
     return undoableOf(runs(), id);
 }
 
+/// Between the beginning of the undo and the closing of the first run both have open journals: then
+/// the undo goes on, and goOn() closes the first.
 MoveRun::Report Reorganizer::undo(const std::string& id, ProgressReporter& progress)
 {
     const std::vector<Run> all = runs();

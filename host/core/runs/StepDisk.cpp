@@ -120,6 +120,10 @@ int removeIfStill(const std::string& path, const FileMark& mark)
     return isStill(path, mark) ? disk::removeFile(path) : EBUSY;
 }
 
+/// Copies, and removes the source of a move. Killed before the copy is noted: the hidden folder
+/// goes with the next look at the journal. Killed before it has its name: likewise. Killed before
+/// the source goes: the copy is known by its mark, and the source goes then, if both are as they
+/// were.
 Outcome copyOver(const MoveStep& step, const Moving& moving)
 {
     const bool isMove = moving.file.deed == MovedFile::Deed::move;
