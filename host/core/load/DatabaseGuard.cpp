@@ -382,7 +382,7 @@ std::string DatabaseGuard::keepDay() const
     }
     catch (const HostError& error)
     {
-        return std::string("there is no snapshot of this day: ") + error.what();
+        return error.what();
     }
 }
 } // namespace qo::host

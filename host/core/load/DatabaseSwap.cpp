@@ -45,12 +45,20 @@ CString DatabaseSwap::replace(const char16_t* word) const
 {
     const CString kept =
         freeName(m_database + u"." + CString(word) + u"-" + CString(timeStampOfNow()));
-    // The side files first: a copy of the database is complete once it has its own name.
-    copyIfThere(m_database + u"-wal", kept + u"-wal");
-    copyIfThere(m_database + u"-journal", kept + u"-journal");
-    copyIfThere(m_database, kept);
-    need(fileSystem().moveFile(draft(), pending()),
-         shownPath(draft()) + " cannot be renamed, so nothing was changed");
+    try
+    {
+        // The side files first: a copy of the database is complete once it has its own name.
+        copyIfThere(m_database + u"-wal", kept + u"-wal");
+        copyIfThere(m_database + u"-journal", kept + u"-journal");
+        copyIfThere(m_database, kept);
+        need(fileSystem().moveFile(draft(), pending()),
+             shownPath(draft()) + " cannot be renamed, so nothing was changed");
+    }
+    catch (const HostError&)
+    {
+        dropDraft();
+        throw;
+    }
     finish();
     return fileSystem().exists(kept) ? kept : CString();
 }

@@ -73,7 +73,7 @@ CString Snapshots::take()
     {
         throw HostError(error.code(),
                         "no snapshot of " + shownPath(m_database) +
-                            " can be taken, so nothing was changed: " + error.what());
+                            " can be taken: " + error.what());
     }
 }
 
