@@ -58,6 +58,24 @@ TEST(PlacedCommand, TellsWhatFoundItsMusicAndWhy)
     EXPECT_EQ(missing.err, "qo: 1 of 2 pictures and texts found their music\n");
 }
 
+TEST(PlacedCommand, WhatAScanPlacedByItsNameVotesInTheNextThatReadsIt)
+{
+    const QoCommand qo;
+    for (const char* name : {"1.mp3", "2.mp3", "3.mp3", "4.mp3"})
+        qo.addTrack("a/" + std::string(name), {"artist=Zebra", "album=Rain"});
+    qo.addSound("a/Rain front.jpg", "red.jpg");
+    qo.addSound("a/folder.jpg", "red.jpg");
+    const auto placed = [&qo](const std::vector<std::string>& words)
+    {
+        EXPECT_EQ(qo.run(words).code, 0);
+        return std::make_pair(rowOf(qo, "placed", qo.music("a/Rain front.jpg"))["placed"] == true,
+                              rowOf(qo, "placed", qo.music("a/folder.jpg"))["placed"] == true);
+    };
+    EXPECT_EQ(placed({"scan", qo.music()}), std::make_pair(true, false)) << "2 of 6 went without";
+    EXPECT_EQ(placed({"scan"}), std::make_pair(true, false)) << "nothing changed";
+    EXPECT_EQ(placed({"scan", "--deep"}), std::make_pair(true, true)) << "1 of 6 goes without";
+}
+
 TEST(UntaggedCommand, ListsMusicWithWhatIsMissing)
 {
     const QoCommand qo;
