@@ -17,7 +17,9 @@
 #include "core/store/HostStore.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <set>
 
 namespace qo::host
 {
@@ -46,6 +48,7 @@ std::string keptText(const SlicedScan::Report& slices, bool goesOn)
     const std::string count = std::to_string(slices.added + slices.changed);
     const std::string kept =
         !slices.hasSaved ? "no more files were read"
+        : count == "0"   ? "what had gone so far was taken out"
         : goesOn ? count + " more files were kept (" + std::to_string(slices.files) + " in all)"
                  : "the " + count + " files read so far were kept";
     return kept + ", and the next scan goes on from there";
@@ -114,6 +117,8 @@ void CollectionLoader::loadGuarded()
         keepSnapshot();
     m_session.scanHost().forget();
     m_session.scanHost().setReadAll(m_options.deep);
+    if (m_report.walked)
+        m_session.scanHost().setReadAgain(HostStore(Session::folder()).unreadFiles());
     const auto start = std::chrono::steady_clock::now();
     if (m_report.walked)
         scan(roots, walked, fresh, givenUp);
@@ -125,13 +130,14 @@ void CollectionLoader::loadGuarded()
         checkSaved();
     if (hasNews && m_isOwn)
     {
-        mark.end();
+        // What is not a rescan has analysed the names of new root folders alone.
+        m_options.rescan ? mark.end() : mark.endRoots();
         PendingTags::settle(m_session);
     }
     forgetRemovedRoots(roots);
     m_report.files = CQoCollection::m_ownCollection.getFileCount();
     if (!m_options.rescan && hasUnfinishedScan())
-        m_session.note("the first scan was interrupted: \"qo scan\" goes on with it");
+        m_session.note("the last scan was interrupted: \"qo scan\" goes on with it");
 }
 
 bool CollectionLoader::hasUnfinishedScan()
@@ -348,23 +354,31 @@ void CollectionLoader::takeIn(const CStringArray& walked,
     CQoCollection& collection = CQoCollection::m_ownCollection;
     const UnfinishedScan mark(Session::folder());
     const bool isMarked = m_isOwn && !fresh.IsEmpty();
-    // Only of fresh folders the next scan knows that names are still to be analysed.
-    const int slice = fresh.IsEmpty() ? static_cast<int>(changes.size()) : m_options.filesInSlice;
     if (isMarked)
         mark.begin(fresh);
     // An interrupted first scan goes on with the next scan, and not with the next start.
     if (m_isFirst)
         collection.setScanned();
-    SlicedScan scan(collection, m_session.scanHost(), m_progress, slice, fresh);
+    SlicedScan scan(collection,
+                    m_session.scanHost(),
+                    m_progress,
+                    m_options.filesInSlice,
+                    fresh,
+                    m_options.rescan ? mark.filesAtFirst() : CStringArray());
     SlicedScan::End end;
     end.foldersToAnalyze = walked;
     end.isWhole = m_options.rescan || m_isFirst;
-    if (isMarked)
-        end.beforeLast = [&] { mark.beginNames(fresh, storedInfo(m_database).modifiedTime); };
+    if (m_isOwn)
+    {
+        end.beforeLast = [&] { mark.beginNames(storedInfo(m_database).modifiedTime); };
+        end.beforeOther = [&](const CStringArray& files) { mark.addFiles(files); };
+    }
     const SlicedScan::Report slices = scan.read(changes, end);
     m_report.added = slices.added;
     m_report.changed = slices.changed;
     m_report.gone += slices.gone;
+    if (m_isOwn)
+        rememberUnread();
     checkSlices(slices, mark);
     m_report.vanished = scan.dropVanished([&presence] { return presence.areThere(); });
     m_report.added = std::max(0, m_report.added - m_report.vanished);
@@ -375,6 +389,25 @@ void CollectionLoader::takeIn(const CStringArray& walked,
         const RootFolders roots;
         readDatabase(roots.folders(), roots.kinds());
     }
+}
+
+/// Files that this user may not read now have records with the size and time of the disk, so a
+/// later scan would not look at them by itself.
+void CollectionLoader::rememberUnread() const
+{
+    const ScanHost& host = m_session.scanHost();
+    std::set<CString> unread = host.readAgain();
+    for (const CString& file : host.unreadFiles())
+        unread.insert(file);
+    CStringArray files;
+    for (const CString& file : unread)
+    {
+        const int error = fileSystem().mayRead(CQoUtils::getRealPath(file));
+        if (error != 0 && error != ENOENT && CQoCollection::m_ownCollection.getFileByPath(file))
+            files.Add(file);
+    }
+    if (!files.IsEmpty() || !host.readAgain().empty())
+        HostStore(Session::folder()).setUnreadFiles(files);
 }
 
 void CollectionLoader::checkSlices(const SlicedScan::Report& slices,

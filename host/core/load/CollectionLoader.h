@@ -61,7 +61,7 @@ public:
     /// was stopped; failed when the collection could not be loaded or saved.
     LoadReport load();
 
-    /// Whether the first scan of a root folder was interrupted: the next scan goes on with it.
+    /// Whether a scan was interrupted and kept what it had read: the next one goes on with it.
     static bool hasUnfinishedScan();
 
 private:
@@ -84,6 +84,7 @@ private:
                 const CStringArray& fresh,
                 const std::vector<DiskChange>& changes,
                 RootPresence& presence);
+    void rememberUnread() const;
     void checkSlices(const SlicedScan::Report& slices, const UnfinishedScan& mark) const;
     void checkSaved() const;
     void tell(const UnreadFiles& unread) const;

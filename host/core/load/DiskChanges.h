@@ -21,6 +21,8 @@ struct DiskChange
     CString newPath; ///< of a move
     bool isNew = false;
     std::optional<FileInfo> seen; ///< as the walk saw the file; none for one that has gone
+
+    const CString& lastPath() const { return newPath.IsEmpty() ? path : newPath; }
 };
 
 /// Compares the records of a collection with what a walk met. Records and files are gone through

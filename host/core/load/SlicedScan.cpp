@@ -127,7 +127,8 @@ SlicedScan::SlicedScan(CQoCollection& collection,
                        ScanHost& host,
                        ProgressReporter& progress,
                        int filesInSlice,
-                       const CStringArray& freshRoots)
+                       const CStringArray& freshRoots,
+                       const CStringArray& filesReadBefore)
     : m_collection(collection)
     , m_host(host)
     , m_progress(progress)
@@ -135,6 +136,8 @@ SlicedScan::SlicedScan(CQoCollection& collection,
 {
     for (const CString& root : freshRoots)
         m_freshRoots.push_back(pathKey(addBackslash(root)));
+    for (const CString& file : filesReadBefore)
+        m_read.insert(pathKey(file));
 }
 
 SlicedScan::Report SlicedScan::read(const std::vector<DiskChange>& changes, const End& end)
@@ -152,7 +155,7 @@ SlicedScan::Report SlicedScan::read(const std::vector<DiskChange>& changes, cons
         const std::size_t to = std::min(from + slice, changes.size());
         isLast = to == changes.size();
         report.isSaved =
-            isLast ? applyLast(changes, from, end, report) : applyOne(changes, from, to);
+            isLast ? applyLast(changes, from, end, report) : applyOne(changes, from, to, end);
         if (!report.isSaved)
             break;
         report.hasSaved = report.hasSaved || from < to;
@@ -173,8 +176,20 @@ SlicedScan::Report SlicedScan::read(const std::vector<DiskChange>& changes, cons
     return report;
 }
 
-bool SlicedScan::applyOne(const std::vector<DiskChange>& changes, std::size_t from, std::size_t to)
+bool SlicedScan::applyOne(const std::vector<DiskChange>& changes,
+                          std::size_t from,
+                          std::size_t to,
+                          const End& end)
 {
+    CStringArray files;
+    for (std::size_t i = from; i < to; ++i)
+    {
+        const CString& path = changes[i].lastPath();
+        if (changes[i].action != CQoFileChangeInfo::remove && !isBelowFresh(path))
+            files.Add(path);
+    }
+    if (end.beforeOther && !files.IsEmpty())
+        end.beforeOther(files);
     SliceProgress progress(m_progress);
     return apply(changes, from, to, {}, progress);
 }
@@ -189,7 +204,7 @@ bool SlicedScan::applyLast(const std::vector<DiskChange>& changes,
     if (end.isWhole)
         m_collection.setScanned();
     // Without a change all names are as they were found before.
-    const bool hasNews = !changes.empty() || !m_freshRoots.empty();
+    const bool hasNews = !changes.empty() || !m_freshRoots.empty() || !m_read.empty();
     LastProgress progress(m_progress, *this);
     const bool isSaved = apply(
         changes, from, changes.size(), hasNews ? end.foldersToAnalyze : CStringArray(), progress);
@@ -236,9 +251,8 @@ bool SlicedScan::apply(const std::vector<DiskChange>& changes,
                 change.path, CQoFileChangeInfo::ordinaryFile, CQoFileChangeInfo::setImportedIfNew);
         entry->m_keepEmptyDirs = true;
         entry->m_seen = change.seen;
-        const CString& path = change.newPath.IsEmpty() ? change.path : change.newPath;
-        if (change.action != CQoFileChangeInfo::remove && !isOfThisScan(path))
-            m_read.insert(pathKey(path));
+        if (change.action != CQoFileChangeInfo::remove && !isBelowFresh(change.lastPath()))
+            m_read.insert(pathKey(change.lastPath()));
     }
     m_collection.applyQoFileChanges(list, foldersToAnalyze, &progress);
     m_collection.releaseZombieObjects();

@@ -43,14 +43,18 @@ public:
         CStringArray foldersToAnalyze;    ///< below which names are analysed
         bool isWhole = false;             ///< the scan looked through all root folders
         std::function<void()> beforeLast; ///< called before the last slice begins
+        /// Called before each other slice begins, with those of its files that lie below no fresh
+        /// root folder.
+        std::function<void(const CStringArray& files)> beforeOther;
     };
 
-    /// Of the fresh root folders nothing was analysed yet.
+    /// Of the fresh root folders nothing was analysed yet, nor of the files, which lie elsewhere.
     SlicedScan(CQoCollection& collection,
                ScanHost& host,
                ProgressReporter& progress,
                int filesInSlice,
-               const CStringArray& freshRoots);
+               const CStringArray& freshRoots,
+               const CStringArray& filesReadBefore);
 
     /// Reads what is new or has changed; what has gone leaves. Names are analysed once, with the
     /// last slice, which is an empty one if nothing changed.
@@ -68,7 +72,10 @@ private:
                std::size_t to,
                const CStringArray& foldersToAnalyze,
                SliceProgress& progress);
-    bool applyOne(const std::vector<DiskChange>& changes, std::size_t from, std::size_t to);
+    bool applyOne(const std::vector<DiskChange>& changes,
+                  std::size_t from,
+                  std::size_t to,
+                  const End& end);
     bool applyLast(const std::vector<DiskChange>& changes,
                    std::size_t from,
                    const End& end,

@@ -42,7 +42,7 @@ void noteWhatWaits(const Session& session, const RootFolders& roots, const CStri
         session.note("files were moved by a command that was cut short: some stand here under "
                      "their former paths until the next command that changes something");
     if (CollectionLoader::hasUnfinishedScan())
-        session.note("the first scan was interrupted: \"qo scan\" goes on with it");
+        session.note("the last scan was interrupted: \"qo scan\" goes on with it");
     else if (haveRootsChanged(roots, database))
         session.note("the root folders have changed since the last scan: \"qo scan\" follows that");
 }

@@ -11,12 +11,21 @@ UnfinishedScan::UnfinishedScan(const CString& folder)
 
 void UnfinishedScan::begin(const CStringArray& roots) const
 {
-    HostStore(m_folder).setMark({roots, {}});
+    HostStore(m_folder).setMark({roots, {}, m_mark.files});
 }
 
-void UnfinishedScan::beginNames(const CStringArray& roots, const FILETIME& lastSave) const
+void UnfinishedScan::addFiles(const CStringArray& files) const
 {
-    HostStore(m_folder).setMark({roots, toTicks(lastSave)});
+    HostStore(m_folder).addReadFiles(files);
+}
+
+void UnfinishedScan::beginNames(const FILETIME& lastSave) const
+{
+    HostStore store(m_folder);
+    ScanMark mark = store.mark();
+    mark.lastSave = toTicks(lastSave);
+    if (!mark.isEmpty())
+        store.setMark(mark);
 }
 
 void UnfinishedScan::settle(const FILETIME& lastSave)
@@ -26,15 +35,23 @@ void UnfinishedScan::settle(const FILETIME& lastSave)
     const bool wereNamesSaved = *m_mark.lastSave != toTicks(lastSave);
     m_mark.lastSave.reset();
     if (!wereNamesSaved)
-        return begin(m_mark.roots);
+        return HostStore(m_folder).setMark(m_mark);
     end();
-    m_mark.roots.RemoveAll();
+    m_mark = {};
 }
 
 void UnfinishedScan::end() const
 {
     HostStore store(m_folder);
-    if (!store.mark().roots.IsEmpty())
+    if (!store.mark().isEmpty())
         store.setMark({});
+}
+
+void UnfinishedScan::endRoots() const
+{
+    HostStore store(m_folder);
+    const ScanMark mark = store.mark();
+    if (!mark.roots.IsEmpty())
+        store.setMark({{}, {}, mark.files});
 }
 } // namespace qo::host

@@ -8,7 +8,16 @@ namespace qo::host
 {
 bool ScanHost::mustRead(const QoFileDbItem& record, const FileInfo& seen)
 {
-    return m_readAll || isOtherFile(record, seen);
+    return m_readAll || isOtherFile(record, seen) ||
+           (m_readAgain.contains(record.path) &&
+            fileSystem().mayRead(CQoUtils::getRealPath(record.path)) == 0);
+}
+
+void ScanHost::setReadAgain(const CStringArray& files)
+{
+    m_readAgain.clear();
+    for (const CString& file : files)
+        m_readAgain.insert(file);
 }
 
 void ScanHost::failed(ETrouble trouble, const CString& path, const CString& cause)

@@ -2,7 +2,7 @@
 
 #include <QoKernel/Collection.h>
 
-#include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,9 +15,13 @@ class ScanHost final : public IQoScanHost
 public:
     /// Whether known files are read whatever their size and time.
     void setReadAll(bool readAll) { m_readAll = readAll; }
+    /// Files that could not be read before: each is read as soon as this user may read it.
+    void setReadAgain(const CStringArray& files);
+    const std::set<CString>& readAgain() const { return m_readAgain; }
 
     bool walksItself() override { return true; }
-    /// True for a file of another size or another write time, be it an older one.
+    /// True for a file of another size or another write time, be it an older one, and for one that
+    /// may be read at last.
     bool mustRead(const QoFileDbItem& record, const FileInfo& seen) override;
     void failed(ETrouble trouble, const CString& path, const CString& cause) override;
 
@@ -34,6 +38,7 @@ public:
 
 private:
     bool m_readAll = false;
+    std::set<CString> m_readAgain;
     std::string m_lastFailure;
     CStringArray m_unread;
     CStringArray m_twins;

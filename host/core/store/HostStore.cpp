@@ -132,30 +132,57 @@ void insertHeads(CSQLiteDB& db, const std::vector<StoredHead>& heads)
     }
 }
 
-void readMark(CSQLiteDB& db, ScanMark& mark)
+void readPlaces(CSQLiteDB& db, const char16_t* query, CStringArray& places, ScanMark& mark)
 {
-    CSQLiteStatement statement =
-        db.CompileStatement(u"SELECT MT_ROOT, MT_LAST_SAVE FROM MARK_T ORDER BY rowid");
+    CSQLiteStatement statement = db.CompileStatement(query);
     CSQLiteQueryResult row = statement.ExecuteQuery();
     for (; !row.Eof(); row.NextRow())
     {
-        mark.roots.Add(CString(row.textView(0)));
+        places.Add(CString(row.textView(0)));
         if (const std::int64_t lastSave = row.GetInt64Field(1, noSave); lastSave != noSave)
             mark.lastSave = lastSave;
     }
 }
 
-void replaceMark(CSQLiteDB& db, const ScanMark& mark)
+void readMark(CSQLiteDB& db, ScanMark& mark)
 {
-    db.Execute(u"DELETE FROM MARK_T");
-    CSQLiteStatement statement = db.CompileStatement(
-        u"INSERT OR IGNORE INTO MARK_T (MT_ROOT, MT_LAST_SAVE) VALUES (?1, ?2)");
-    statement.BindInt64(2, mark.lastSave.value_or(noSave));
-    for (const CString& root : mark.roots)
+    readPlaces(db, u"SELECT MT_ROOT, MT_LAST_SAVE FROM MARK_T ORDER BY rowid", mark.roots, mark);
+    readPlaces(db, u"SELECT RT_PATH, RT_LAST_SAVE FROM READ_T ORDER BY rowid", mark.files, mark);
+}
+
+void insertPlaces(CSQLiteDB& db,
+                  const char16_t* statementText,
+                  const CStringArray& places,
+                  const std::optional<std::int64_t>& lastSave)
+{
+    CSQLiteStatement statement = db.CompileStatement(statementText);
+    if (lastSave)
+        statement.BindInt64(2, *lastSave);
+    for (const CString& place : places)
     {
-        statement.BindText(1, root);
+        statement.BindText(1, place);
         statement.ExecuteDML();
     }
+}
+
+void insertReadFiles(CSQLiteDB& db, const CStringArray& files, std::int64_t lastSave)
+{
+    insertPlaces(db,
+                 u"INSERT OR IGNORE INTO READ_T (RT_PATH, RT_LAST_SAVE) VALUES (?1, ?2)",
+                 files,
+                 lastSave);
+}
+
+void replaceMark(CSQLiteDB& db, const ScanMark& mark)
+{
+    const std::int64_t lastSave = mark.lastSave.value_or(noSave);
+    db.Execute(u"DELETE FROM MARK_T");
+    db.Execute(u"DELETE FROM READ_T");
+    insertPlaces(db,
+                 u"INSERT OR IGNORE INTO MARK_T (MT_ROOT, MT_LAST_SAVE) VALUES (?1, ?2)",
+                 mark.roots,
+                 lastSave);
+    insertReadFiles(db, mark.files, lastSave);
 }
 
 // What FO_KIND may be.
@@ -491,6 +518,36 @@ ScanMark HostStore::mark() const
 void HostStore::setMark(const ScanMark& mark)
 {
     write([&mark](CSQLiteDB& db) { replaceMark(db, mark); });
+}
+
+void HostStore::addReadFiles(const CStringArray& files)
+{
+    write([&files](CSQLiteDB& db) { insertReadFiles(db, files, noSave); });
+}
+
+CStringArray HostStore::unreadFiles() const
+{
+    CStringArray files;
+    read(
+        [&files](CSQLiteDB& db)
+        {
+            CSQLiteStatement statement =
+                db.CompileStatement(u"SELECT UT_PATH FROM UNREAD_T ORDER BY rowid");
+            CSQLiteQueryResult row = statement.ExecuteQuery();
+            for (; !row.Eof(); row.NextRow())
+                files.Add(CString(row.textView(0)));
+        });
+    return files;
+}
+
+void HostStore::setUnreadFiles(const CStringArray& files)
+{
+    write(
+        [&files](CSQLiteDB& db)
+        {
+            db.Execute(u"DELETE FROM UNREAD_T");
+            insertPlaces(db, u"INSERT OR IGNORE INTO UNREAD_T (UT_PATH) VALUES (?1)", files, {});
+        });
 }
 
 std::vector<FarFolder> HostStore::folders() const

@@ -37,8 +37,13 @@ public:
                      const std::vector<StoredHead>& changed);
 
     ScanMark mark() const;
-    /// Without roots the mark is removed.
+    /// An empty one removes the mark.
     void setMark(const ScanMark& mark);
+    void addReadFiles(const CStringArray& files);
+
+    /// Files that the last scan was not allowed to read, in collection form.
+    CStringArray unreadFiles() const;
+    void setUnreadFiles(const CStringArray& files);
 
     /// As the last scan found them.
     std::vector<FarFolder> folders() const;

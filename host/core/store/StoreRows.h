@@ -34,12 +34,15 @@ struct StoredHead
     std::uint64_t digest = 0;
 };
 
-/// The root folders whose first scan has begun and not ended.
+/// What a scan has read, but whose names it has not analysed, since it was cut short.
 struct ScanMark
 {
-    CStringArray roots;
+    CStringArray roots; ///< root folders whose first scan has begun
     /// The time of the collection's last save (ticks) before its names were analysed; empty while
     /// files are still being read.
     std::optional<std::int64_t> lastSave;
+    CStringArray files; ///< single files below other root folders
+
+    bool isEmpty() const { return roots.IsEmpty() && files.IsEmpty(); }
 };
 } // namespace qo::host

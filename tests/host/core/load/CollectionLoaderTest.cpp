@@ -131,7 +131,15 @@ TEST(CollectionLoader, AScanWhoseNamesWereSavedIsOverWhateverItsMarkSays)
     FILETIME before = saved;
     --before.dwLowDateTime;
     const auto begin = [&](const FILETIME& time)
-    { here.run([&] { UnfinishedScan(Session::folder()).beginNames(roots, time); }); };
+    {
+        here.run(
+            [&]
+            {
+                const UnfinishedScan scan(Session::folder());
+                scan.begin(roots);
+                scan.beginNames(time);
+            });
+    };
 
     begin(before);
     EXPECT_TRUE(markOf(here).wasThere());
@@ -267,17 +275,19 @@ TEST(CollectionLoader, WhatCouldNotBeReadIsTold)
     here.addSound("music/a.mp3");
     here.dir.write("music/empty.mp3", "");
     here.addSound("music/closed/2.mp3");
+    here.addSound("music/locked.mp3");
     const OrdinaryUser user(here.dir.path());
     if (!user.isPossible)
         GTEST_SKIP() << "the folder cannot be given away";
     ASSERT_EQ(::chmod(here.dir.path("music/closed").c_str(), 0), 0);
+    ASSERT_EQ(::chmod(here.dir.path("music/locked.mp3").c_str(), 0), 0);
     here.load();
     EXPECT_EQ(here.notes,
               "the folder " + here.dir.path("music/closed") +
                   " could not be read: Permission denied; what could not be read of it is not in "
-                  "the collection\na file has tags that could not be read (\"qo info\" says "
+                  "the collection\n2 files have tags that could not be read (\"qo info\" says "
                   "why): " +
-                  here.dir.path("music/empty.mp3") +
+                  here.dir.path("music/empty.mp3") + ", " + here.dir.path("music/locked.mp3") +
                   "\na file was left out, as the collection knows another one by its name, upper "
                   "and lower case being the same: " +
                   here.dir.path("music/a.mp3") + "\n");
@@ -286,4 +296,13 @@ TEST(CollectionLoader, WhatCouldNotBeReadIsTold)
     EXPECT_TRUE(contains(here.notes, "music/closed could not be read")) << here.notes;
     EXPECT_FALSE(contains(here.notes, "empty.mp3")) << here.notes;
     ::chmod(here.dir.path("music/closed").c_str(), 0755);
+    LoadOptions scan;
+    scan.rescan = true;
+    for (const int changed : {0, 1, 0})
+    {
+        const LoadReport report =
+            here.run([&] { return loadCollection(*here.session, scan, *here.progress); });
+        EXPECT_EQ(report.changed, changed) << "is read once it may be read";
+        ::chmod(here.dir.path("music/locked.mp3").c_str(), 0644);
+    }
 }

@@ -5,6 +5,7 @@
 #include "core/roots/RootFolders.h"
 #include "core/session/ProgressReporter.h"
 #include "core/session/Session.h"
+#include "host/core/MessageOf.h"
 #include "support/TempDir.h"
 
 #include <QoKernel/Inside.h>
@@ -14,7 +15,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <random>
 
 using namespace qo::host;
@@ -34,8 +37,43 @@ public:
             for (const char* album : {"Red Sky", "blue", "Red"})
                 fillAlbum(artist, album);
         }
+        // Two artists until change().
+        fs::create_directories(dir.path("music/0"));
+        for (int i = 0; i < 9; ++i)
+            fs::copy_file(dir.path("base/" + std::to_string(i % 2) + ".mp3"),
+                          dir.path("music/0/" + std::to_string(i) + ".mp3"));
+        dir.write("music/0/cover.png", "a picture");
         dir.write("music/Ann.jpg", "a picture");
         dir.write("music/zz.txt", "words");
+    }
+
+    /// Some files get other tags or words, some go, and some come.
+    void change()
+    {
+        std::vector<fs::path> files;
+        for (const auto& entry : fs::recursive_directory_iterator(m_dir.path("music")))
+        {
+            if (entry.is_regular_file())
+                files.push_back(entry.path());
+        }
+        std::sort(files.begin(), files.end());
+        for (std::size_t i = 0; i < files.size(); ++i)
+        {
+            const std::string base = m_dir.path("base/" + std::to_string(i % 12) + ".mp3");
+            if (files[i].parent_path().filename() == "0" && files[i].extension() == ".mp3")
+                fs::copy_file(
+                    m_dir.path("base/0.mp3"), files[i], fs::copy_options::overwrite_existing);
+            else if (files[i].parent_path().filename() == "0")
+                std::ofstream(files[i], std::ios::app) << "more";
+            else if (i % 7 == 0)
+                fs::remove(files[i]);
+            else if (i % 7 < 5 && files[i].extension() == ".mp3")
+                fs::copy_file(base, files[i], fs::copy_options::overwrite_existing);
+            else if (i % 7 < 5)
+                std::ofstream(files[i], std::ios::app) << "more";
+            else if (i % 7 == 5)
+                fs::copy_file(base, files[i].string() + " new.mp3");
+        }
     }
 
 private:
@@ -153,7 +191,7 @@ protected:
         SlicedScan::End end;
         end.foldersToAnalyze = allRoots;
         const SlicedScan::Report report =
-            SlicedScan(collection, host, progress, files, fresh).read(changes, end);
+            SlicedScan(collection, host, progress, files, fresh, {}).read(changes, end);
         collection.setScanHost(nullptr);
         return report;
     }
@@ -166,6 +204,22 @@ protected:
         options.dataFolder = dir.path("session");
         Session session(options);
         session.kernel().run([&] { action(session, prepare(session)); });
+    }
+    /// Cancels a scan when it has read some files and is in a later slice. The sentence.
+    static std::string interrupt(Session& session, const LoadOptions& scan, int files)
+    {
+        int events = 0;
+        ProgressReporter* stop = nullptr;
+        ProgressReporter stopping(
+            [&](const ProgressEvent& event)
+            {
+                if (event.stage == IQoProgress::stageCheck && event.count > files && ++events > 1)
+                    stop->cancel();
+            },
+            [now = ProgressReporter::Clock::time_point()]() mutable
+            { return now += std::chrono::seconds(1); });
+        stop = &stopping;
+        return messageOf([&] { loadCollection(session, scan, stopping); }, ExitCode::interrupted);
     }
     LoadOptions prepare(Session& session)
     {
@@ -250,20 +304,7 @@ TEST_F(SlicedScanTest, InterruptedSessionKeepsItsSlicesAndGoesOn)
             int kept = 0;
             for (int round = 0; round < 3; ++round)
             {
-                int events = 0;
-                ProgressReporter* stop = nullptr;
-                ProgressReporter stopping(
-                    [&](const ProgressEvent& event)
-                    {
-                        // The second slice has begun, or a later one.
-                        if (event.stage == IQoProgress::stageCheck && event.count > 7 &&
-                            ++events > 1)
-                            stop->cancel();
-                    },
-                    [now = ProgressReporter::Clock::time_point()]() mutable
-                    { return now += std::chrono::seconds(1); });
-                stop = &stopping;
-                EXPECT_THROW(loadCollection(session, scan, stopping), HostError);
+                interrupt(session, scan, 7);
                 EXPECT_TRUE(CollectionLoader::hasUnfinishedScan());
                 const LoadReport report = loadCollection(session, {}, progress);
                 EXPECT_FALSE(report.walked);
@@ -274,6 +315,42 @@ TEST_F(SlicedScanTest, InterruptedSessionKeepsItsSlicesAndGoesOn)
             EXPECT_FALSE(CollectionLoader::hasUnfinishedScan());
             EXPECT_GT(report.added, 0);
             EXPECT_EQ(stateOf(CQoCollection::m_ownCollection), whole);
+        });
+}
+
+TEST_F(SlicedScanTest, InterruptedRescanKeepsItsSlicesAndEndsAsOneInOnePiece)
+{
+    inSession([&](Session& session, const LoadOptions& scan)
+              { loadCollection(session, scan, progress); });
+    fs::copy(dir.path("session"), dir.path("before"), fs::copy_options::recursive);
+    library.change();
+    std::vector<std::string> whole;
+    const auto reloaded = [&](Session& session)
+    {
+        loadCollection(session, {}, progress);
+        return stateOf(CQoCollection::m_ownCollection);
+    };
+    inSession(
+        [&](Session& session, const LoadOptions& scan)
+        {
+            const LoadReport report = loadCollection(session, scan, progress);
+            EXPECT_TRUE(report.added > 0 && report.changed > 20 && report.gone > 0);
+            whole = reloaded(session);
+        });
+    fs::remove_all(dir.path("session"));
+    fs::rename(dir.path("before"), dir.path("session"));
+    inSession(
+        [&](Session& session, LoadOptions scan)
+        {
+            scan.filesInSlice = 1;
+            const std::string kept = interrupt(session, scan, 40);
+            EXPECT_NE(kept.find("files read so far were kept"), kept.npos) << kept;
+            EXPECT_TRUE(CollectionLoader::hasUnfinishedScan());
+            EXPECT_NE(reloaded(session), whole);
+            const LoadReport report = loadCollection(session, scan, progress);
+            EXPECT_GT(report.changed, 0);
+            EXPECT_FALSE(CollectionLoader::hasUnfinishedScan());
+            EXPECT_EQ(reloaded(session), whole);
         });
 }
 
