@@ -44,7 +44,7 @@ int main(int argc, char** argv)
     return session.kernel().run(
         [&]
         {
-            host::loadCollection(session, {}, progress);
+            qo::host::loadCollection(session, {}, progress);
             QoFileDbItemArray files;
             CQoCollection::m_ownCollection.copyFiles(files);
             constexpr int rounds = 9;

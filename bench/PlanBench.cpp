@@ -61,7 +61,7 @@ int main(int argc, char** argv)
     return session.kernel().run(
         [&]
         {
-            host::loadCollection(session, {}, progress);
+            qo::host::loadCollection(session, {}, progress);
             QoFileDbItemArray records;
             CQoCollection::m_ownCollection.copyFiles(records);
             const CString rule = storeRule();
