@@ -1,5 +1,5 @@
 #include "KVTagLib/AudioFile.h"
-#include "KVTagLib/Id3v2Editor.h"
+#include "KVTagLib/id3/Id3v2Editor.h"
 #include "platform/FileSystem.h"
 
 #include <algorithm>

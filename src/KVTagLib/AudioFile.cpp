@@ -1,8 +1,8 @@
 #include "KVTagLib/AudioFile.h"
 
-#include "KVTagLib/AsfHeader.h"
 #include "KVTagLib/ByteStream.h"
-#include "KVTagLib/FrameBounds.h"
+#include "KVTagLib/asf/AsfHeader.h"
+#include "KVTagLib/id3/FrameBounds.h"
 #include "platform/Platform.h"
 
 #include <taglib/aifffile.h>

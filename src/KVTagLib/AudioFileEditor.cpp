@@ -1,12 +1,12 @@
 #include "KVTagLib/AudioFileEditor.h"
 
-#include "KVTagLib/AsfHeader.h"
 #include "KVTagLib/AudioFile.h"
-#include "KVTagLib/FlacEditor.h"
-#include "KVTagLib/Mp4Editor.h"
-#include "KVTagLib/RiffEditor.h"
 #include "KVTagLib/TagApply.h"
-#include "KVTagLib/XiphEditor.h"
+#include "KVTagLib/asf/AsfHeader.h"
+#include "KVTagLib/mp4/Mp4Editor.h"
+#include "KVTagLib/riff/RiffEditor.h"
+#include "KVTagLib/xiph/FlacEditor.h"
+#include "KVTagLib/xiph/XiphEditor.h"
 
 #include <taglib/apefile.h>
 #include <taglib/asffile.h>

@@ -1,7 +1,7 @@
 #include "KVTagLib/AudioRegion.h"
 
 #include "KVTagLib/AudioRegionReader.h"
-#include "KVTagLib/Id3v2Editor.h"
+#include "KVTagLib/id3/Id3v2Editor.h"
 
 #include <algorithm>
 

@@ -8,7 +8,7 @@ namespace KVTagLib
 {
 namespace
 {
-constexpr std::int64_t headBytes = 64 << 10;
+constexpr std::int64_t soundHeadBytes = 64 << 10;
 
 /// By content and not by extension, which may change with the name.
 AudioFormat formatOf(qo::IFile& file, const CString& path)
@@ -21,8 +21,8 @@ AudioFormat formatOf(qo::IFile& file, const CString& path)
 
 std::optional<std::string> digestOfFileHead(qo::IFile& file)
 {
-    AudioRegionReader reader(file, headBytes);
-    reader.add(0, headBytes);
+    AudioRegionReader reader(file, soundHeadBytes);
+    reader.add(0, soundHeadBytes);
     std::string digest = reader.digest();
     return reader.sound() ? std::optional(std::move(digest)) : std::nullopt;
 }
@@ -37,7 +37,7 @@ std::optional<std::uint64_t> digestOfSoundHead(const CString& path)
     const AudioFormat format = formatOf(*file, path);
     std::optional<std::string> digest;
     if (format != AudioFormat::unknown)
-        digest = digestOfSound(*file, format, headBytes);
+        digest = digestOfSound(*file, format, soundHeadBytes);
     if (!digest)
         digest = digestOfFileHead(*file);
     if (!digest)

@@ -1,6 +1,6 @@
-#include "KVTagLib/AsfHeader.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/TagValues.h"
+#include "KVTagLib/asf/AsfHeader.h"
 
 #include <taglib/apetag.h>
 #include <taglib/asfpicture.h>

@@ -1,8 +1,8 @@
-#include "KVTagLib/FlacEditor.h"
+#include "KVTagLib/xiph/FlacEditor.h"
 
-#include "KVTagLib/Id3v2Editor.h"
 #include "KVTagLib/TagApply.h"
-#include "KVTagLib/XiphEditor.h"
+#include "KVTagLib/id3/Id3v2Editor.h"
+#include "KVTagLib/xiph/XiphEditor.h"
 
 #include <taglib/tiostream.h>
 

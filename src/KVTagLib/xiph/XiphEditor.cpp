@@ -1,4 +1,4 @@
-#include "KVTagLib/XiphEditor.h"
+#include "KVTagLib/xiph/XiphEditor.h"
 
 #include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagText.h"

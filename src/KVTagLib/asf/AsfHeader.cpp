@@ -1,6 +1,6 @@
-#include "KVTagLib/AsfHeader.h"
+#include "KVTagLib/asf/AsfHeader.h"
 
-#include "KVTagLib/AsfCursor.h"
+#include "KVTagLib/asf/AsfCursor.h"
 
 #include <taglib/tfile.h>
 

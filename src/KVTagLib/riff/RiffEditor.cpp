@@ -1,6 +1,6 @@
-#include "KVTagLib/RiffEditor.h"
+#include "KVTagLib/riff/RiffEditor.h"
 
-#include "KVTagLib/Id3v2Editor.h"
+#include "KVTagLib/id3/Id3v2Editor.h"
 
 #include <taglib/rifffile.h>
 

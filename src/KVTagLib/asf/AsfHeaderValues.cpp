@@ -1,4 +1,4 @@
-#include "KVTagLib/AsfHeader.h"
+#include "KVTagLib/asf/AsfHeader.h"
 
 #include <algorithm>
 #include <functional>

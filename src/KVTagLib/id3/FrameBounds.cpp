@@ -1,6 +1,6 @@
-#include "KVTagLib/FrameBounds.h"
+#include "KVTagLib/id3/FrameBounds.h"
 
-#include "KVTagLib/Id3v2Editor.h"
+#include "KVTagLib/id3/Id3v2Editor.h"
 
 using namespace TagLib;
 

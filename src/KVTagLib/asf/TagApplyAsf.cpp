@@ -1,7 +1,7 @@
-#include "KVTagLib/AsfHeader.h"
 #include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagApply.h"
 #include "KVTagLib/TagText.h"
+#include "KVTagLib/asf/AsfHeader.h"
 
 #include <taglib/asfpicture.h>
 

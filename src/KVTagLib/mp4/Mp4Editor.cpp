@@ -1,4 +1,4 @@
-#include "KVTagLib/Mp4Editor.h"
+#include "KVTagLib/mp4/Mp4Editor.h"
 
 #include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagText.h"

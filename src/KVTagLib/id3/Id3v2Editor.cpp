@@ -1,4 +1,4 @@
-#include "KVTagLib/Id3v2Editor.h"
+#include "KVTagLib/id3/Id3v2Editor.h"
 
 #include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagText.h"

@@ -22,7 +22,7 @@ namespace KVTagLib
 {
 namespace
 {
-constexpr std::int64_t atomHeader = 8;
+constexpr std::int64_t atomHeaderBytes = 8;
 constexpr std::int64_t longAtomHeader = 16;
 constexpr std::size_t maxAtoms = 100'000;
 
@@ -37,9 +37,9 @@ struct Atom
 std::optional<Atom> atomAt(AudioRegionReader& file, std::int64_t at, std::int64_t end)
 {
     const ByteVector header = file.look(at, std::min(longAtomHeader, end - at));
-    if (header.size() < atomHeader)
+    if (header.size() < atomHeaderBytes)
         return {};
-    std::int64_t headerBytes = atomHeader;
+    std::int64_t headerBytes = atomHeaderBytes;
     std::int64_t length = header.toUInt(0U, true);
     if (length == 1 && header.size() == longAtomHeader)
     {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KVTagLib/AsfValue.h"
+#include "KVTagLib/asf/AsfValue.h"
 
 #include <taglib/tbytevector.h>
 #include <taglib/tstringlist.h>

@@ -1,4 +1,4 @@
-#include "KVTagLib/AsfValue.h"
+#include "KVTagLib/asf/AsfValue.h"
 
 #include <string>
 #include <string_view>

@@ -1,6 +1,6 @@
-#include "KVTagLib/Id3v2Editor.h"
 #include "KVTagLib/TagApply.h"
 #include "KVTagLib/TagText.h"
+#include "KVTagLib/id3/Id3v2Editor.h"
 #include "types/CharClass.h"
 
 #include <taglib/id3v1genres.h>
@@ -44,7 +44,7 @@ constexpr Id3v1Place id3v1Places[] = {
     {Field::album, 63, 30},
     {Field::year, 93, 4},
 };
-constexpr unsigned id3v1Bytes = 128;
+constexpr unsigned id3v1TagBytes = 128;
 constexpr unsigned id3v1ZeroAt = 125; ///< if this byte is zero the next one is the track number
 constexpr unsigned id3v1GenreAt = 127;
 /// The start of the file's ID3v2 tag, which may follow foreign bytes; -1 without one.
@@ -111,12 +111,12 @@ bool applyToId3v2(const TagChanges& changes, bool hasTag, IOStream& file)
 
 void applyToId3v1(const TagChanges& changes, IOStream& file)
 {
-    if (file.length() < static_cast<long>(id3v1Bytes))
+    if (file.length() < static_cast<long>(id3v1TagBytes))
         return;
-    const long start = file.length() - static_cast<long>(id3v1Bytes);
+    const long start = file.length() - static_cast<long>(id3v1TagBytes);
     file.seek(start, IOStream::Beginning);
-    ByteVector tag = file.readBlock(id3v1Bytes);
-    if (tag.size() != id3v1Bytes || !tag.startsWith("TAG"))
+    ByteVector tag = file.readBlock(id3v1TagBytes);
+    if (tag.size() != id3v1TagBytes || !tag.startsWith("TAG"))
         return;
     for (const Id3v1Place& place : id3v1Places)
     {
