@@ -1,6 +1,7 @@
 #include "KVTagLib/AudioFile.h"
 
 #include "KVTagLib/ByteStream.h"
+#include "KVTagLib/ape/ApeTag.h"
 #include "KVTagLib/asf/AsfHeader.h"
 #include "KVTagLib/id3/FrameBounds.h"
 #include "platform/Platform.h"
@@ -45,12 +46,24 @@ void collectIf(Tag* tag, TagValues& values)
         collect(*tag, values);
 }
 
+/// TagLib leaves out what it does not like in these tags. Of a damaged one everything before the
+/// damage is read.
+template <class SomeFile>
+void collectApe(SomeFile& file, TagValues& values)
+{
+    if (!file.hasAPETag())
+        return;
+    ApeTag tag;
+    tag.load(file);
+    collect(tag, values);
+}
+
 // Where a file has several tags, the one that can hold most is offered first.
 
 void collectFrom(MPEG::File& file, TagValues& values)
 {
     collectIf(file.hasID3v2Tag() ? file.ID3v2Tag() : nullptr, values);
-    collectIf(file.hasAPETag() ? file.APETag() : nullptr, values);
+    collectApe(file, values);
     collectIf(file.hasID3v1Tag() ? file.ID3v1Tag() : nullptr, values);
 }
 
@@ -91,7 +104,7 @@ requires requires(FileOfApeTag& file)
 }
 void collectFrom(FileOfApeTag& file, TagValues& values)
 {
-    collectIf(file.hasAPETag() ? file.APETag() : nullptr, values);
+    collectApe(file, values);
     collectIf(file.hasID3v1Tag() ? file.ID3v1Tag() : nullptr, values);
 }
 

@@ -1,8 +1,10 @@
 #include "KVTagLib/AudioFileEditor.h"
 
 #include "KVTagLib/AudioFile.h"
-#include "KVTagLib/TagApply.h"
+#include "KVTagLib/ape/ApeTag.h"
 #include "KVTagLib/asf/AsfHeader.h"
+#include "KVTagLib/id3/Id3v1Tag.h"
+#include "KVTagLib/id3/Id3v2Editor.h"
 #include "KVTagLib/mp4/Mp4Editor.h"
 #include "KVTagLib/riff/RiffEditor.h"
 #include "KVTagLib/xiph/FlacEditor.h"
@@ -45,19 +47,27 @@ void editXiph(XiphEditor& comment, const TagChanges& changes)
         comment.setPicture(comment.shownPicture(front), *changes.picture());
 }
 
-void editId3v1(FileStream& stream, const TagChanges& changes)
+/// Changes the APE tag of the file, or adds one. False if the tag cannot be taken apart, or has not
+/// all other items as before when it is read again.
+bool editApe(FileStream& stream, const TagChanges& changes)
 {
-    applyToId3v1(changes, stream);
-}
-
-bool editId3v2(FileStream& stream, bool hasTag, const TagChanges& changes)
-{
-    return applyToId3v2(changes, hasTag, stream);
+    ApeTag before;
+    if (!before.load(stream))
+        return false;
+    ApeTag tag = before;
+    tag.apply(changes);
+    const ApeTag::Place place = ApeTag::find(stream);
+    stream.insert(tag.render(),
+                  static_cast<unsigned long>(place.start),
+                  static_cast<unsigned long>(place.size));
+    ApeTag after;
+    return after.load(stream) && before.keptBy(after, changes);
 }
 
 bool editMpeg(FileStream& stream, const TagChanges& changes)
 {
     bool hasId3v2 = false;
+    bool hasApe = false;
     bool hasOther = false;
     {
         MPEG::File file(&stream, ID3v2::FrameFactory::instance(), withoutProperties);
@@ -66,18 +76,12 @@ bool editMpeg(FileStream& stream, const TagChanges& changes)
         hasId3v2 = file.hasID3v2Tag();
         // A new kind of tag is added only when those that are present cannot hold the values.
         hasOther = file.hasAPETag() || (file.hasID3v1Tag() && fitsId3v1(changes));
-        if (file.hasAPETag())
-        {
-            apply(changes, *file.APETag());
-            if (!file.save(MPEG::File::APE,
-                           TagLib::File::StripNone,
-                           ID3v2::v4,
-                           TagLib::File::DoNotDuplicate))
-                return false;
-        }
+        hasApe = file.hasAPETag();
     }
-    editId3v1(stream, changes);
-    return (!hasId3v2 && hasOther) || editId3v2(stream, hasId3v2, changes);
+    if (hasApe && !editApe(stream, changes))
+        return false;
+    applyToId3v1(changes, stream);
+    return (!hasId3v2 && hasOther) || applyToId3v2(changes, hasId3v2, stream);
 }
 
 /// Like MPEG without APE tags.
@@ -90,45 +94,24 @@ bool editTrueAudio(FileStream& stream, const TagChanges& changes)
         hasId3v2 = file.isValid() && file.hasID3v2Tag();
         hasOther = file.isValid() && file.hasID3v1Tag() && fitsId3v1(changes);
     }
-    editId3v1(stream, changes);
-    return (!hasId3v2 && hasOther) || editId3v2(stream, hasId3v2, changes);
-}
-
-/// The last bytes of the file if these are an ID3v1 tag, else nothing.
-ByteVector readId3v1(FileStream& stream)
-{
-    constexpr long id3v1Bytes = 128;
-    stream.seek(std::max(0L, stream.length() - id3v1Bytes));
-    const ByteVector bytes = stream.readBlock(id3v1Bytes);
-    return bytes.size() == id3v1Bytes && bytes.startsWith("TAG") ? bytes : ByteVector();
+    applyToId3v1(changes, stream);
+    return (!hasId3v2 && hasOther) || applyToId3v2(changes, hasId3v2, stream);
 }
 
 /// Monkey's Audio, WavPack and Musepack.
 template <class SomeFile>
 bool editWithApeTag(FileStream& stream, const TagChanges& changes)
 {
-    // TagLib cuts a long comment when it writes the ID3v1 tag at the end. So the tag's old bytes
-    // are put back after TagLib has closed the file, and the changes are patched into these.
-    const ByteVector id3v1 = readId3v1(stream);
+    bool hasOther = false;
     {
         SomeFile file(&stream, withoutProperties);
-        const bool onlyId3v1 = file.isValid() && file.hasID3v1Tag() && !file.hasAPETag();
         if (!file.isValid())
             return false;
-        if (!onlyId3v1 || !fitsId3v1(changes))
-        {
-            apply(changes, *file.APETag(true));
-            if (!file.save())
-                return false;
-        }
+        hasOther = file.hasID3v1Tag() && !file.hasAPETag() && fitsId3v1(changes);
     }
-    const bool rewritten = !id3v1.isEmpty() && !readId3v1(stream).isEmpty();
-    if (rewritten)
-    {
-        stream.seek(stream.length() - static_cast<long>(id3v1.size()));
-        stream.writeBlock(id3v1);
-    }
-    editId3v1(stream, changes);
+    if (!hasOther && !editApe(stream, changes))
+        return false;
+    applyToId3v1(changes, stream);
     return true;
 }
 

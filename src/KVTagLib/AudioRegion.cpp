@@ -1,6 +1,8 @@
 #include "KVTagLib/AudioRegion.h"
 
 #include "KVTagLib/AudioRegionReader.h"
+#include "KVTagLib/ape/ApeTag.h"
+#include "KVTagLib/id3/Id3v1Tag.h"
 #include "KVTagLib/id3/Id3v2Editor.h"
 
 #include <algorithm>
@@ -15,9 +17,7 @@ namespace KVTagLib
 {
 namespace
 {
-constexpr std::int64_t id3v1Bytes = 128;
-constexpr std::int64_t apeFooterBytes = 32;
-/// Foreign bytes before a tag or before the mark of a format are rare and few.
+/// Foreign bytes before the mark of a format are rare and few.
 constexpr std::int64_t searchBytes = 64 << 10;
 
 /// The position after the ID3v2 tags that start at that position; some files have several in a row.
@@ -32,46 +32,19 @@ std::int64_t behindId3v2(AudioRegionReader& file, std::int64_t at)
     }
 }
 
-/// The start of the file's first ID3v2 tag; 0 without one.
-std::int64_t findId3v2(AudioRegionReader& file)
+/// The last bytes of the file, or all that it has.
+ByteVector endOf(AudioRegionReader& file, unsigned bytes)
 {
-    const ByteVector head = file.look(0, searchBytes);
-    for (int at = head.find("ID3"); at >= 0; at = head.find("ID3", static_cast<unsigned>(at) + 1))
-    {
-        const unsigned start = static_cast<unsigned>(at);
-        if (Id3v2Editor::sizeOf(head.mid(start, Id3v2Editor::headerBytes)) > 0)
-            return at;
-    }
-    return 0;
-}
-
-/// The position before the ID3v1 tag, or the end of the file.
-std::int64_t aheadOfId3v1(AudioRegionReader& file)
-{
-    const std::int64_t start = file.size() - id3v1Bytes;
-    return file.look(start, 3) == "TAG" ? start : file.size();
-}
-
-/// The position before the APE tag that ends there; negative if the tag claims more than the file
-/// has.
-std::int64_t aheadOfApeTag(AudioRegionReader& file, std::int64_t end)
-{
-    const ByteVector footer = file.look(end - apeFooterBytes, apeFooterBytes);
-    if (!footer.startsWith("APETAGEX"))
-        return end;
-    constexpr unsigned sizeAt = 12;
-    constexpr unsigned flagsAt = 20;
-    constexpr unsigned hasHeader = 1U << 31;
-    const bool header = (footer.toUInt(flagsAt, false) & hasHeader) != 0;
-    return end - footer.toUInt(sizeAt, false) - (header ? apeFooterBytes : 0);
+    return file.look(std::max<std::int64_t>(0, file.size() - bytes), bytes);
 }
 
 /// Adds everything except the tags at both ends.
 bool addBetweenTags(AudioRegionReader& file)
 {
-    const std::int64_t tag = findId3v2(file);
+    const std::int64_t tag =
+        std::max(0, Id3v2Editor::find(file.look(0, Id3v2Editor::searchedBytes)));
     const std::int64_t start = behindId3v2(file, tag);
-    const std::int64_t end = aheadOfApeTag(file, aheadOfId3v1(file));
+    const std::int64_t end = ApeTag::find(endOf(file, ApeTag::tailBytes), file.size()).start;
     file.add(0, tag);
     file.add(start, end - start);
     return start <= end;
@@ -104,7 +77,7 @@ bool addFlacSound(AudioRegionReader& file)
         }
         at += blockHeader + length;
     }
-    const std::int64_t end = aheadOfId3v1(file);
+    const std::int64_t end = file.size() - id3v1SizeOf(endOf(file, id3v1TailBytes));
     file.add(at, end - at);
     return at <= end;
 }

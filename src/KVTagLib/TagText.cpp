@@ -1,6 +1,7 @@
 #include "KVTagLib/TagText.h"
 
 #include "types/CharClass.h"
+#include "types/Charset.h"
 #include "types/Utf.h"
 
 #include <taglib/id3v1genres.h>
@@ -62,6 +63,13 @@ CString textOf(const TagLib::String& text, int maxLength)
 TagLib::String tagTextOf(const CString& text)
 {
     return {qo::toUtf8(text), TagLib::String::UTF8};
+}
+
+TagLib::String textOfBytes(const TagLib::ByteVector& bytes)
+{
+    const std::string_view view(bytes.data(), bytes.size());
+    return qo::isUtf8(view) ? TagLib::String(bytes, TagLib::String::UTF8)
+                            : tagTextOf(qo::fromCharset(view, qo::charsetOf(view)));
 }
 
 bool isBlank(const CString& text)

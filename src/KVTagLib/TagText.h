@@ -14,6 +14,9 @@ constexpr int maxLyricsLength = 1 << 20;
 /// The text up to a zero; lone surrogates become U+FFFD, so that every text can be stored as UTF-8.
 CString textOf(const TagLib::String& text, int maxLength = maxTextLength);
 TagLib::String tagTextOf(const CString& text);
+/// The text of bytes that should be UTF-8. Other bytes are read as what they seem to be
+/// (types/Charset.h).
+TagLib::String textOfBytes(const TagLib::ByteVector& bytes);
 
 /// Whether there is nothing but white space in it.
 bool isBlank(const CString& text);

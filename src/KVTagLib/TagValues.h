@@ -11,10 +11,6 @@
 
 namespace TagLib
 {
-namespace APE
-{
-class Tag;
-}
 namespace FLAC
 {
 class Picture;
@@ -43,6 +39,7 @@ class Tag;
 
 namespace KVTagLib
 {
+class ApeTag;
 class AsfHeader;
 
 /// The texts that are read from and written into tags.
@@ -114,7 +111,7 @@ CString shownText(Field field, const CString& text);
 /// Each offers everything that one kind of tag holds.
 void collect(const TagLib::ID3v2::Tag& tag, TagValues& values);
 void collect(const TagLib::ID3v1::Tag& tag, TagValues& values);
-void collect(const TagLib::APE::Tag& tag, TagValues& values);
+void collect(const ApeTag& tag, TagValues& values);
 void collect(TagLib::Ogg::XiphComment& tag, TagValues& values);
 void collect(const TagLib::MP4::Tag& tag, TagValues& values);
 void collect(const AsfHeader& header, TagValues& values);

@@ -1,8 +1,8 @@
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/TagValues.h"
+#include "KVTagLib/ape/ApeTag.h"
 #include "KVTagLib/asf/AsfHeader.h"
 
-#include <taglib/apetag.h>
 #include <taglib/asfpicture.h>
 #include <taglib/attachedpictureframe.h>
 #include <taglib/flacpicture.h>
@@ -51,17 +51,6 @@ StringList firstOf(const Map& map, std::initializer_list<const char*> keys)
 String firstText(const StringList& texts)
 {
     return texts.isEmpty() ? String() : texts.front();
-}
-
-StringList itemTexts(const APE::Tag& tag, std::initializer_list<const char*> keys)
-{
-    for (const char* key : keys)
-    {
-        const auto it = tag.itemListMap().find(key);
-        if (it != tag.itemListMap().end() && it->second.type() == APE::Item::Text)
-            return it->second.toStringList();
-    }
-    return {};
 }
 
 StringList itemTexts(const MP4::Tag& tag, const char* key)
@@ -120,29 +109,16 @@ void collect(const ID3v1::Tag& tag, TagValues& values)
         values.offer(Field::year, String::number(static_cast<int>(tag.year())));
 }
 
-void collect(const APE::Tag& tag, TagValues& values)
+void collect(const ApeTag& tag, TagValues& values)
 {
-    values.offer(Field::artist, itemTexts(tag, {"ARTIST"}));
-    values.offer(Field::album, itemTexts(tag, {"ALBUM"}));
-    values.offer(Field::title, itemTexts(tag, {"TITLE"}));
-    values.offer(Field::genre, itemTexts(tag, {"GENRE"}));
-    values.offerTrack(firstText(itemTexts(tag, {"TRACK"})),
-                      firstText(itemTexts(tag, {"TRACKTOTAL", "TOTALTRACKS"})));
-    values.offer(Field::year, itemTexts(tag, {"YEAR", "DATE"}));
-    values.offer(Field::lyrics, itemTexts(tag, {"LYRICS", "UNSYNCEDLYRICS", "UNSYNCED LYRICS"}));
+    for (const Field field :
+         {Field::artist, Field::album, Field::title, Field::genre, Field::year, Field::lyrics})
+        values.offer(field, tag.texts(field));
+    values.offerTrack(firstText(tag.texts(Field::trackNumber)), tag.trackTotal());
     if (!values.wantsPictures())
         return;
-    for (const auto& [key, item] : tag.itemListMap())
-    {
-        // The binary value is a file name, a zero and the picture.
-        if (!key.startsWith("COVER ART") || item.type() != APE::Item::Binary)
-            continue;
-        const ByteVector data = item.binaryData();
-        const int zero = data.find('\0');
-        if (zero >= 0)
-            values.offerPicture(data.mid(static_cast<unsigned>(zero) + 1),
-                                key == "COVER ART (FRONT)");
-    }
+    for (const ApeTag::Picture& picture : tag.pictures())
+        values.offerPicture(picture.content, picture.frontCover);
 }
 
 void collect(Ogg::XiphComment& tag, TagValues& values)

@@ -16,6 +16,8 @@ class File;
 
 namespace KVTagLib
 {
+class TagChanges;
+
 /// The largest count or size that a field of 16 bits can hold.
 constexpr unsigned maxAsfWord = 0xFFFF;
 
@@ -126,4 +128,7 @@ private:
     std::size_t m_attributes = 0;  ///< in all objects, when it was loaded
     unsigned m_size = 0;           ///< in the file; 0: cannot be saved
 };
+
+/// Changes the values of the header; saving it is up to the caller.
+void apply(const TagChanges& changes, AsfHeader& header);
 } // namespace KVTagLib

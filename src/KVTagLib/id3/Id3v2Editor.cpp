@@ -94,6 +94,16 @@ unsigned Id3v2Editor::sizeOf(const ByteVector& header)
     return headerBytes + ID3v2::SynchData::toUInt(size) + (hasFooter ? headerBytes : 0);
 }
 
+int Id3v2Editor::find(const ByteVector& head)
+{
+    for (int at = head.find("ID3"); at >= 0; at = head.find("ID3", static_cast<unsigned>(at) + 1))
+    {
+        if (sizeOf(head.mid(static_cast<unsigned>(at), headerBytes)) > 0)
+            return at;
+    }
+    return -1;
+}
+
 bool Id3v2Editor::load(const ByteVector& tag)
 {
     m_loadedSize = sizeOf(tag);
@@ -412,5 +422,34 @@ unsigned long Id3v2Editor::compressedBytes() const
     for (const Frame& frame : m_frames)
         sum += m_version > 2 && isCompressed(m_version, frame.flags) ? frame.body.size() : 0;
     return sum;
+}
+
+bool applyToId3v2(const TagChanges& changes, bool hasTag, IOStream& file)
+{
+    Id3v2Editor editor;
+    unsigned long oldSize = 0;
+    long start = 0;
+    if (hasTag)
+    {
+        file.seek(0);
+        start = Id3v2Editor::find(file.readBlock(Id3v2Editor::searchedBytes));
+        if (start < 0)
+            return false;
+        file.seek(start);
+        oldSize = Id3v2Editor::sizeOf(file.readBlock(Id3v2Editor::headerBytes));
+        file.seek(start);
+        if (!editor.load(file.readBlock(oldSize)))
+            return false;
+    }
+    editor.apply(changes);
+    ByteVector tag;
+    if (!editor.render(tag))
+        return false;
+    // A tag without frames would break the standard.
+    if (tag.isEmpty())
+        file.removeBlock(static_cast<unsigned long>(start), oldSize);
+    else
+        file.insert(tag, static_cast<unsigned long>(start), oldSize);
+    return true;
 }
 } // namespace KVTagLib

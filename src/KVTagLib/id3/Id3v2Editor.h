@@ -3,6 +3,7 @@
 #include "KVTagLib/TagChanges.h"
 
 #include <taglib/tbytevector.h>
+#include <taglib/tiostream.h>
 #include <taglib/tstringlist.h>
 
 #include <vector>
@@ -30,6 +31,10 @@ public:
     /// valid tag header is there. headerBytes are enough.
     static unsigned sizeOf(const TagLib::ByteVector& header);
     static constexpr unsigned headerBytes = 10;
+    /// Where the first tag begins among the first bytes of a file; -1 without one. Foreign bytes
+    /// ahead of a tag are rare and few: searchedBytes are enough.
+    static int find(const TagLib::ByteVector& head);
+    static constexpr unsigned searchedBytes = 64 << 10;
 
     /// False if the tag cannot be taken apart without loss; the object must not be used then.
     bool load(const TagLib::ByteVector& tag);
@@ -69,4 +74,8 @@ private:
     char m_experimental = 0;
     std::vector<Frame> m_frames;
 };
+
+/// Changes the ID3v2 tag at the start of the file or, with hasTag false, adds one. False if it
+/// cannot be changed without loss.
+bool applyToId3v2(const TagChanges& changes, bool hasTag, TagLib::IOStream& file);
 } // namespace KVTagLib

@@ -1,6 +1,6 @@
 #include "KVTagLib/xiph/FlacEditor.h"
 
-#include "KVTagLib/TagApply.h"
+#include "KVTagLib/id3/Id3v1Tag.h"
 #include "KVTagLib/id3/Id3v2Editor.h"
 #include "KVTagLib/xiph/XiphEditor.h"
 

@@ -1,15 +1,11 @@
-#include "KVTagLib/TagApply.h"
+#include "KVTagLib/id3/Id3v1Tag.h"
+
 #include "KVTagLib/TagText.h"
-#include "KVTagLib/id3/Id3v2Editor.h"
 #include "types/CharClass.h"
 
 #include <taglib/id3v1genres.h>
 
 #include <algorithm>
-
-// Changes ID3 tags in a file: the ID3v2 tag at its start through Id3v2Editor, and the ID3v1 tag,
-// the last 128 bytes, by patching. ID3v1: "TAG", title 30, artist 30, album 30, year 4, comment 30
-// (whose last two bytes may be a zero and the track number), genre 1.
 
 using namespace TagLib;
 
@@ -18,8 +14,6 @@ namespace KVTagLib
 namespace
 {
 constexpr int unknownGenre = 255;
-/// Foreign bytes before a tag are rare and few.
-constexpr unsigned long searchForTag = 64 << 10;
 
 /// Writes a text into a field of fixed size, filled with zeros; a text that is not Latin-1 leaves
 /// it empty.
@@ -44,21 +38,8 @@ constexpr Id3v1Place id3v1Places[] = {
     {Field::album, 63, 30},
     {Field::year, 93, 4},
 };
-constexpr unsigned id3v1TagBytes = 128;
 constexpr unsigned id3v1ZeroAt = 125; ///< if this byte is zero the next one is the track number
 constexpr unsigned id3v1GenreAt = 127;
-/// The start of the file's ID3v2 tag, which may follow foreign bytes; -1 without one.
-long findId3v2(IOStream& file)
-{
-    file.seek(0, IOStream::Beginning);
-    const ByteVector head = file.readBlock(searchForTag);
-    for (int at = head.find("ID3"); at >= 0; at = head.find("ID3", at + 1))
-    {
-        if (Id3v2Editor::sizeOf(head.mid(at, Id3v2Editor::headerBytes)) > 0)
-            return at;
-    }
-    return -1;
-}
 
 /// The track number as a byte; 0 if it is no number or too large.
 int trackByte(const String& number)
@@ -81,43 +62,23 @@ int genreNumber(const TagChanges& changes)
 }
 } // namespace
 
-bool applyToId3v2(const TagChanges& changes, bool hasTag, IOStream& file)
+unsigned id3v1SizeOf(const ByteVector& tail)
 {
-    Id3v2Editor editor;
-    unsigned long oldSize = 0;
-    long start = 0;
-    if (hasTag)
-    {
-        start = findId3v2(file);
-        if (start < 0)
-            return false;
-        file.seek(start, IOStream::Beginning);
-        oldSize = Id3v2Editor::sizeOf(file.readBlock(Id3v2Editor::headerBytes));
-        file.seek(start, IOStream::Beginning);
-        if (!editor.load(file.readBlock(oldSize)))
-            return false;
-    }
-    editor.apply(changes);
-    ByteVector tag;
-    if (!editor.render(tag))
-        return false;
-    // A tag without frames would break the standard.
-    if (tag.isEmpty())
-        file.removeBlock(static_cast<unsigned long>(start), oldSize);
-    else
-        file.insert(tag, static_cast<unsigned long>(start), oldSize);
-    return true;
+    if (tail.size() < id3v1Bytes || !tail.mid(tail.size() - id3v1Bytes).startsWith("TAG"))
+        return 0;
+    const bool isApe =
+        tail.size() >= id3v1TailBytes && tail.mid(tail.size() - id3v1TailBytes).startsWith("APE");
+    return isApe ? 0 : id3v1Bytes;
 }
 
 void applyToId3v1(const TagChanges& changes, IOStream& file)
 {
-    if (file.length() < static_cast<long>(id3v1TagBytes))
+    file.seek(std::max(0L, file.length() - static_cast<long>(id3v1TailBytes)));
+    const ByteVector tail = file.readBlock(id3v1TailBytes);
+    if (id3v1SizeOf(tail) == 0)
         return;
-    const long start = file.length() - static_cast<long>(id3v1TagBytes);
-    file.seek(start, IOStream::Beginning);
-    ByteVector tag = file.readBlock(id3v1TagBytes);
-    if (tag.size() != id3v1TagBytes || !tag.startsWith("TAG"))
-        return;
+    ByteVector tag = tail.mid(tail.size() - id3v1Bytes);
+    const long start = file.length() - static_cast<long>(id3v1Bytes);
     for (const Id3v1Place& place : id3v1Places)
     {
         if (changes.has(place.field))

@@ -1,5 +1,5 @@
 #include "KVTagLib/PictureStore.h"
-#include "KVTagLib/TagApply.h"
+#include "KVTagLib/TagChanges.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/asf/AsfHeader.h"
 
