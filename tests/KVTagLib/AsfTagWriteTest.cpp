@@ -228,6 +228,21 @@ TEST_F(AsfTagWrite, NameWithFurtherZerosIsTheSameName)
     EXPECT_TRUE(hasLine(refereeOn(path), "WM/Genre=Rock")) << refereeOn(path);
 }
 
+TEST_F(AsfTagWrite, NamesInOtherCaseAreTheSameName)
+{
+    const std::string path = make(folder, R"(
+del f['WM/Genre']; f.save()
+add(attribute('TITLE', 'Old'), attribute('wm/genre', 'G1'), attribute('WM/GENRE', 'Gone'), attribute('wm/genre', 'G2'))
+)");
+    EXPECT_EQ(read(path).genre, "G1");
+    CTags change = title(u"New");
+    change.SetGenre(u"Rock");
+    EXPECT_EQ(write(path, change), "");
+    const std::string seen = refereeOn(path);
+    EXPECT_TRUE(hasLine(seen, "wm/genre=Rock|G2")) << seen;
+    EXPECT_EQ(seen.find("Old") + 1 + seen.find("Gone") + 1, 0U) << seen;
+}
+
 TEST_F(AsfTagWrite, LastOfTwoDescriptionsCounts)
 {
     const std::string path = make(folder, R"(

@@ -59,12 +59,15 @@ public:
     TagLib::String named(Named place) const;
     void setNamed(Named place, const TagLib::String& text);
 
-    /// All values of the name, of whatever type, in their order. Names are compared exactly.
+    /// All values of the name, of whatever type, in their order. Case counts only where a name
+    /// stands in several spellings: then the values of the one that is asked for, else of the
+    /// first.
     std::vector<AsfValue> values(const TagLib::String& name) const;
     /// The texts of those values that a reader shows; see isShown().
     TagLib::StringList texts(const TagLib::String& name) const;
     /// Sets the values of a name, index by index. An empty element, or a missing one at the end,
-    /// removes the old value; further elements are appended.
+    /// removes the old value; further elements are appended. Values of other spellings of the name
+    /// go: to other programs they would be the old ones.
     void setValues(const TagLib::String& name, const std::vector<std::optional<AsfValue>>& values);
 
 private:
@@ -113,6 +116,11 @@ private:
 
     bool loadObject(AsfCursor& cursor, bool isInner);
     bool loadExtension(const TagLib::ByteVector& content);
+    /// Calls work(place, name) for all attributes in the order of their values.
+    template <class Work>
+    void forAttributes(Work work) const;
+    /// The spelling of the name that counts, as its bytes.
+    TagLib::ByteVector spellingOf(const TagLib::String& name) const;
     std::vector<Place> placesOf(const TagLib::String& name) const;
     /// The last object of that kind; null if there is none.
     const Object* find(Kind kind) const;

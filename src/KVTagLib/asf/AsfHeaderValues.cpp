@@ -1,8 +1,8 @@
 #include "KVTagLib/asf/AsfHeader.h"
 
 #include <algorithm>
-#include <functional>
 #include <limits>
+#include <optional>
 
 // The values of a Windows Media header by name. setValues() replaces each value where it stands;
 // only what does not fit there moves, to the library, which takes values of any size.
@@ -41,22 +41,46 @@ void AsfHeader::setNamed(Named place, const String& text)
         findOrMake(Kind::description).texts[static_cast<std::size_t>(place)] = asfBytes(text);
 }
 
-std::vector<AsfHeader::Place> AsfHeader::placesOf(const String& name) const
+template <class Work>
+void AsfHeader::forAttributes(Work work) const
 {
-    std::vector<Place> places;
-    const ByteVector wanted = asfBytes(name);
     for (const Kind kind : withAttributes)
     {
         for (std::size_t i = 0; i < m_objects.size(); ++i)
         {
             const Object& object = m_objects[i];
             for (std::size_t j = 0; object.kind == kind && j < object.attributes.size(); ++j)
-            {
-                if (isSameAsfText(object.attributes[j].name, wanted))
-                    places.push_back({i, j});
-            }
+                work(Place{i, j}, object.attributes[j].name);
         }
     }
+}
+
+ByteVector AsfHeader::spellingOf(const String& name) const
+{
+    const ByteVector exact = asfBytes(name);
+    const String upper = name.upper();
+    std::optional<ByteVector> first;
+    bool isExactThere = false;
+    forAttributes(
+        [&](const Place&, const ByteVector& spelling)
+        {
+            isExactThere = isExactThere || isSameAsfText(spelling, exact);
+            if (!first && !isExactThere && asfText(spelling).upper() == upper)
+                first = spelling;
+        });
+    return isExactThere ? exact : first.value_or(exact);
+}
+
+std::vector<AsfHeader::Place> AsfHeader::placesOf(const String& name) const
+{
+    std::vector<Place> places;
+    const ByteVector spelling = spellingOf(name);
+    forAttributes(
+        [&](const Place& place, const ByteVector& other)
+        {
+            if (isSameAsfText(other, spelling))
+                places.push_back(place);
+        });
     return places;
 }
 
@@ -82,6 +106,7 @@ StringList AsfHeader::texts(const String& name) const
 void AsfHeader::setValues(const String& name, const std::vector<std::optional<AsfValue>>& values)
 {
     const std::vector<Place> places = placesOf(name);
+    const ByteVector spelling = spellingOf(name);
     const auto isKept = [&](std::size_t i) { return i < values.size() && values[i]; };
     bool fits = true;
     for (std::size_t i = 0; i < places.size() && fits; ++i)
@@ -99,13 +124,18 @@ void AsfHeader::setValues(const String& name, const std::vector<std::optional<As
         attribute.value = *values[i];
         isNew = false;
     }
+    const auto isGone = [&](const Attribute& attribute)
+    {
+        return attribute.isRemoved || (!isSameAsfText(attribute.name, spelling) &&
+                                       asfText(attribute.name).upper() == name.upper());
+    };
     for (Object& object : m_objects)
-        std::erase_if(object.attributes, std::mem_fn(&Attribute::isRemoved));
+        std::erase_if(object.attributes, isGone);
     std::vector<Attribute> added;
     for (std::size_t i = fits ? places.size() : 0; i < values.size(); ++i)
     {
         if (values[i])
-            added.push_back({asfBytes(name), *values[i]});
+            added.push_back({spelling, *values[i]});
     }
     add(added, isNew);
 }
