@@ -79,7 +79,7 @@ AudioFormat formatOfContent(std::string_view head)
         return oggCodec(head);
     // RIFF and IFF files name their content after their own size.
     const std::string_view kind = head.size() >= 12 ? head.substr(8, 4) : ""sv;
-    if (head.starts_with("RIFF"sv) && kind == "WAVE"sv)
+    if ((head.starts_with("RIFF"sv) || head.starts_with("RF64"sv)) && kind == "WAVE"sv)
         return AudioFormat::wav;
     if (head.starts_with("FORM"sv) && (kind == "AIFF"sv || kind == "AIFC"sv))
         return AudioFormat::aiff;

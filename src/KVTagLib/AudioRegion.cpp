@@ -98,9 +98,11 @@ bool addRiffSound(AudioRegionReader& file, bool bigEndian)
         const bool isInfo = upper == "LIST" && header.mid(chunkHeader) == "INFO";
         if (upper != "ID3 " && !isInfo)
         {
+            // A long file's header begins with the size of the file.
+            const std::int64_t skipped = name == "ds64" ? std::min<std::int64_t>(8, length) : 0;
             file.add(name);
             file.addNumber(length);
-            file.add(at + chunkHeader, length);
+            file.add(at + chunkHeader + skipped, length - skipped);
         }
         at += chunkHeader + length;
         found = found || (name == soundName && at <= file.size());

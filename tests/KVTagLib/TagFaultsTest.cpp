@@ -133,6 +133,24 @@ TEST(TagFaults, RecordingThatWasNeverClosedIsRefused)
         expectRefused(folder, name);
 }
 
+TEST(TagFaults, LongSizeOfAWavFollowsAWrite)
+{
+    const auto bytesOf = [](std::uint64_t size)
+    { return std::string(reinterpret_cast<const char*>(&size), sizeof size); };
+    const TempDir folder;
+    const std::string sound16 = contentOf(sound("sound.wav")).substr(12);
+    const std::string head = "RF64" + std::string(4, '\xff') + "WAVE";
+    const std::string sizes =
+        std::string("ds64\x1c\0\0\0", 8) + bytesOf(sound16.size() + 4 + 36) + std::string(20, '\0');
+    const std::string path = folder.write("x.wav", head + sizes + sound16);
+    EXPECT_EQ(write(path, title(u"Low Tide")), "");
+    EXPECT_EQ(read(path).title, "Low Tide");
+    EXPECT_TRUE(contentOf(path).starts_with(head + "ds64"));
+    EXPECT_EQ(contentOf(path).substr(20, 8), bytesOf(contentOf(path).size() - 8));
+    folder.write("y.wav", head + sound16);
+    expectRefused(folder, "y.wav");
+}
+
 TEST(TagFaults, DigestOfTheSoundSeesTheSoundAndNotTheTags)
 {
     const TempDir folder;

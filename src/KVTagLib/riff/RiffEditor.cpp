@@ -152,11 +152,46 @@ bool editId3v2(ChunkFile& file, unsigned index, bool aiff, const TagChanges& cha
         file.append(aiff ? "ID3 " : "id3 ", tag);
     return true;
 }
-} // namespace
 
-bool editRiff(FileStream& stream, AudioFormat format, const TagChanges& changes)
+/// RF64, for files over 4 GiB: the size in the header is all ones, and the true one stands as 64
+/// bits in the first chunk, "ds64". TagLib knows only the former.
+class LongSize
 {
-    const bool aiff = format == AudioFormat::aiff;
+public:
+    explicit LongSize(FileStream& stream) : m_stream(stream)
+    {
+        stream.seek(0);
+        const ByteVector head = stream.readBlock(longSizeAt);
+        m_isUsed = head.startsWith("RF64");
+        m_isKnown = head.mid(chunkAt, 4) == "ds64";
+        m_shortSize = head.mid(shortSizeAt, 4);
+    }
+    /// False if the size has no place.
+    bool isSound() const { return !m_isUsed || m_isKnown; }
+    void write()
+    {
+        if (!m_isUsed)
+            return;
+        m_stream.seek(shortSizeAt);
+        m_stream.writeBlock(m_shortSize);
+        m_stream.seek(longSizeAt);
+        m_stream.writeBlock(ByteVector::fromLongLong(m_stream.length() - chunkHeaderBytes, false));
+    }
+
+private:
+    static constexpr unsigned shortSizeAt = 4;
+    static constexpr unsigned chunkAt = 12;
+    static constexpr unsigned chunkHeaderBytes = 8;
+    static constexpr unsigned longSizeAt = chunkAt + chunkHeaderBytes;
+
+    FileStream& m_stream;
+    bool m_isUsed = false;
+    bool m_isKnown = false;
+    ByteVector m_shortSize;
+};
+
+bool editChunks(FileStream& stream, bool aiff, const TagChanges& changes)
+{
     stream.seek(0, IOStream::Beginning);
     ChunkFile file(stream, aiff);
     // The size of the sound in a recording that was not closed properly seems to exceed the file:
@@ -177,5 +212,15 @@ bool editRiff(FileStream& stream, AudioFormat format, const TagChanges& changes)
     const unsigned id3v2 = file.find("ID3 ", "ID3");
     return (info != notFound && id3v2 == notFound && !beyondInfo) ||
            editId3v2(file, id3v2, aiff, changes);
+}
+} // namespace
+
+bool editRiff(FileStream& stream, AudioFormat format, const TagChanges& changes)
+{
+    LongSize size(stream);
+    if (!size.isSound() || !editChunks(stream, format == AudioFormat::aiff, changes))
+        return false;
+    size.write();
+    return true;
 }
 } // namespace KVTagLib
