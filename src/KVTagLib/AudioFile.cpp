@@ -4,6 +4,7 @@
 #include "KVTagLib/ape/ApeTag.h"
 #include "KVTagLib/asf/AsfHeader.h"
 #include "KVTagLib/id3/FrameBounds.h"
+#include "KVTagLib/id3/ReadableFrames.h"
 #include "platform/Platform.h"
 
 #include <taglib/aifffile.h>
@@ -210,6 +211,21 @@ const FormatRow& rowOf(AudioFormat format)
     return formats[static_cast<int>(format)];
 }
 
+/// The ID3v2 tag at the start of the file; null without one.
+ID3v2::Tag* id3v2TagOf(TagLib::File& opened)
+{
+    const auto tagOf = [&opened]<class SomeFile>(SomeFile*) -> ID3v2::Tag*
+    {
+        auto* const file = dynamic_cast<SomeFile*>(&opened);
+        return file && file->hasID3v2Tag() ? file->ID3v2Tag() : nullptr;
+    };
+    if (ID3v2::Tag* const tag = tagOf(static_cast<MPEG::File*>(nullptr)))
+        return tag;
+    if (ID3v2::Tag* const tag = tagOf(static_cast<FLAC::File*>(nullptr)))
+        return tag;
+    return tagOf(static_cast<TrueAudio::File*>(nullptr));
+}
+
 /// TagLib accepts anything as MPEG audio, so there must be a frame or a tag.
 bool holdsSomething(TagLib::File& file, const AudioFileContent& content)
 {
@@ -237,6 +253,8 @@ bool parse(ByteStream& stream, AudioFormat expected, AudioFileContent& content)
     const std::unique_ptr<TagLib::File> file = row.open(stream, factory);
     if (!file->isValid())
         return false;
+    if (ID3v2::Tag* const tag = id3v2TagOf(*file))
+        readOn(*tag, factory, stream);
     row.read(*file, content);
     return holdsSomething(*file, content);
 }

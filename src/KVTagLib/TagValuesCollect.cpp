@@ -82,6 +82,8 @@ void collect(const ID3v2::Tag& tag, TagValues& values)
     values.offer(Field::trackNumber, frameTexts(tag, "TRCK"));
     // TagLib converts the year of older versions to this frame.
     values.offer(Field::year, frameTexts(tag, "TDRC"));
+    // Some writers leave it in tags of 2.4, where TagLib does not look for it.
+    values.offer(Field::year, frameTexts(tag, "TYER"));
     for (const ID3v2::Frame* frame : tag.frameList("USLT"))
     {
         if (const auto* lyrics = dynamic_cast<const ID3v2::UnsynchronizedLyricsFrame*>(frame))

@@ -178,4 +178,16 @@ inline std::string soundChecksum(const std::string& path)
 {
     return outputOf("ffmpeg -v quiet -i '" + path + "' -map 0:a -f md5 - 2>/dev/null");
 }
+
+/// A tag and a frame of ID3v2 of fewer than 128 bytes.
+inline std::string id3v2Tag(char version, char flags, const std::string& frames)
+{
+    return std::string("ID3") + version + '\0' + flags + std::string(3, '\0') +
+           static_cast<char>(frames.size()) + frames;
+}
+
+inline std::string id3v2Frame(const std::string& id, const std::string& body, char flag = 0)
+{
+    return id + std::string(3, '\0') + static_cast<char>(body.size()) + '\0' + flag + body;
+}
 } // namespace tagfiles

@@ -25,17 +25,6 @@ std::string id3v1Tag(const std::string& shownTitle)
     tag.replace(97, 30, "a comment of thirty characters");
     return tag;
 }
-
-std::string id3v2Tag(char version, char flags, const std::string& frames)
-{
-    return std::string("ID3") + version + '\0' + flags + std::string(3, '\0') +
-           static_cast<char>(frames.size()) + frames;
-}
-
-std::string id3v2Frame(const std::string& id, const std::string& body, char flag = 0)
-{
-    return id + std::string(3, '\0') + static_cast<char>(body.size()) + '\0' + flag + body;
-}
 } // namespace
 
 TEST(TagLoss, CommentsThatNobodyCanReadStayByteForByte)

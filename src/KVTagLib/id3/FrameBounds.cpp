@@ -2,12 +2,25 @@
 
 #include "KVTagLib/id3/Id3v2Editor.h"
 
+#include <taglib/id3v2synchdata.h>
+
 using namespace TagLib;
 
 namespace KVTagLib
 {
+ID3v2::Header plainHeader(int majorVersion, unsigned size)
+{
+    ByteVector bytes("ID3", 3);
+    bytes.append(ByteVector(1, static_cast<char>(majorVersion)));
+    bytes.append(ByteVector(2, 0));
+    bytes.append(ID3v2::SynchData::fromUInt(size));
+    return ID3v2::Header(bytes);
+}
+
 bool BoundedFrameFactory::updateFrame(FrameNames::Header* header) const
 {
+    m_seen += header->frameSize() + ID3v2::Frame::headerSize(header->version());
+    m_hasGroups = m_hasGroups || header->groupingIdentity();
     if (header->compression())
     {
         m_compressed += header->frameSize();

@@ -2,6 +2,7 @@
 
 #include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagText.h"
+#include "KVTagLib/id3/ReadableFrames.h"
 #include "types/Utf.h"
 
 #include <taglib/attachedpictureframe.h>
@@ -222,11 +223,7 @@ namespace
 template <class Kind>
 std::unique_ptr<Kind> viewOf(int version, const ByteVector& rendered)
 {
-    ByteVector bytes("ID3", 3);
-    bytes.append(ByteVector(1, static_cast<char>(version)));
-    bytes.append(ByteVector(2, 0));
-    bytes.append(ID3v2::SynchData::fromUInt(rendered.size()));
-    const ID3v2::Header header(bytes);
+    const ID3v2::Header header = plainHeader(version, rendered.size());
     std::unique_ptr<ID3v2::Frame> frame(
         ID3v2::FrameFactory::instance()->createFrame(rendered, &header));
     auto* kind = dynamic_cast<Kind*>(frame.get());
@@ -246,7 +243,7 @@ StringList Id3v2Editor::textsOf(const ByteVector& id) const
         const bool large = frame.body.size() > largeCompressedFrame;
         if (large && isCompressed(m_version, frame.flags))
             continue;
-        const auto view = viewOf<ID3v2::TextIdentificationFrame>(m_version, renderFrame(frame));
+        const auto view = viewOf<ID3v2::TextIdentificationFrame>(m_version, renderReadable(frame));
         if (view)
             texts.append(view->fieldList());
     }
@@ -298,10 +295,7 @@ void Id3v2Editor::setYear(const String& date)
     if (date.isEmpty())
         return;
     if (m_version == 4)
-    {
-        setTexts("TDRC", date);
-        return;
-    }
+        return setTexts("TDRC", date);
     // Before 2.4 the year and, as "DDMM", the day are frames of their own.
     const int dash = date.find("-");
     setTexts(idOf(Field::year), dash > 0 ? date.substr(0, dash) : date);
@@ -326,7 +320,7 @@ void Id3v2Editor::setLyrics(const TagChanges& changes)
     {
         if (it->id != id)
             continue;
-        const auto view = viewOf<ID3v2::UnsynchronizedLyricsFrame>(m_version, renderFrame(*it));
+        const auto view = viewOf<ID3v2::UnsynchronizedLyricsFrame>(m_version, renderReadable(*it));
         if (!view || isBlank(textOf(view->text(), maxLyricsLength)))
             continue;
         language = view->language().size() == 3 ? view->language() : language;
@@ -356,7 +350,7 @@ void Id3v2Editor::setPicture(const ByteVector& content)
     bool shownIsFront = false;
     for (auto it = m_frames.begin(); it != m_frames.end() && !shownIsFront; ++it)
     {
-        const auto view = it->id == id ? viewOf<View>(m_version, renderFrame(*it)) : nullptr;
+        const auto view = it->id == id ? viewOf<View>(m_version, renderReadable(*it)) : nullptr;
         if (!view || !pictureKindOf(view->picture()))
             continue;
         shownIsFront = view->type() == View::FrontCover;
@@ -414,6 +408,21 @@ bool Id3v2Editor::render(ByteVector& tag) const
     tag.append(ID3v2::SynchData::fromUInt(frames.size()));
     tag.append(frames);
     return true;
+}
+
+std::vector<ByteVector> Id3v2Editor::readableFrames() const
+{
+    std::vector<ByteVector> frames;
+    for (const Frame& frame : m_frames)
+        frames.push_back(renderReadable(frame));
+    return frames;
+}
+
+ByteVector Id3v2Editor::renderReadable(const Frame& frame) const
+{
+    Frame readable = frame;
+    readable.body = readableFrame(m_version, frame.id, readable.flags, frame.body);
+    return readable.body.isEmpty() ? ByteVector() : renderFrame(readable);
 }
 
 unsigned long Id3v2Editor::compressedBytes() const

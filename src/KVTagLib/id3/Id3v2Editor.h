@@ -38,6 +38,10 @@ public:
 
     /// False if the tag cannot be taken apart without loss; the object must not be used then.
     bool load(const TagLib::ByteVector& tag);
+    /// The frames as bytes that TagLib reads; see readableFrame(); empty for those that nobody can
+    /// read. After a load that failed the frames ahead of what was not understood.
+    std::vector<TagLib::ByteVector> readableFrames() const;
+    int majorVersion() const { return m_version; }
     void apply(const TagChanges& changes);
     /// Builds the tag: as large as the loaded one if the frames fit in, else with 1 KiB of room to
     /// grow; empty when there are no frames. False if it would be larger than the format allows.
@@ -66,6 +70,8 @@ private:
     void setPicture(const TagLib::ByteVector& content);
     void remove(const TagLib::ByteVector& id);
     TagLib::ByteVector renderFrame(const Frame& frame) const;
+    /// The same with a content that TagLib reads; empty for one that nobody can read.
+    TagLib::ByteVector renderReadable(const Frame& frame) const;
     /// The texts in one encoding with its terminator between them; sets the number of the encoding.
     TagLib::ByteVector encode(const TagLib::StringList& texts, char& encoding) const;
 
