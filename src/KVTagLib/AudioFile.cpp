@@ -5,6 +5,8 @@
 #include "KVTagLib/asf/AsfHeader.h"
 #include "KVTagLib/id3/FrameBounds.h"
 #include "KVTagLib/id3/ReadableFrames.h"
+#include "KVTagLib/mp4/Mp4PlayTime.h"
+#include "KVTagLib/riff/WavPlayTime.h"
 #include "platform/Platform.h"
 
 #include <taglib/aifffile.h>
@@ -256,6 +258,10 @@ bool parse(ByteStream& stream, AudioFormat expected, AudioFileContent& content)
     if (ID3v2::Tag* const tag = id3v2TagOf(*file))
         readOn(*tag, factory, stream);
     row.read(*file, content);
+    if (content.format == AudioFormat::mp4)
+        completeMp4(stream, content.properties);
+    else if (content.format == AudioFormat::wav)
+        completeWav(stream, content.properties);
     return holdsSomething(*file, content);
 }
 } // namespace

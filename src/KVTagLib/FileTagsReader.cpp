@@ -68,8 +68,9 @@ bool FileTagsReader::Read(CTags& tags, int maxPictures, int maxPictureSize)
     if (!readAudioFile(m_path, m_format, content, m_error))
         return false;
     fillTexts(content.values, tags);
-    // Without a sound frame TagLib gives zeros, which would look like a known play time.
-    if (content.properties.sampleRate > 0)
+    // Without a sound frame TagLib gives zeros, which would look like a known play time. A video
+    // without sound has a time alone.
+    if (content.properties.sampleRate > 0 || content.properties.milliseconds > 0)
     {
         tags.SetTime(content.properties.milliseconds);
         tags.SetBitrate(content.properties.bitrate);

@@ -1,4 +1,5 @@
 #include "KVTagLib/AudioRegionReader.h"
+#include "KVTagLib/mp4/Mp4Atoms.h"
 
 #include <algorithm>
 #include <optional>
@@ -22,35 +23,14 @@ namespace KVTagLib
 {
 namespace
 {
-constexpr std::int64_t atomHeaderBytes = 8;
-constexpr std::int64_t longAtomHeader = 16;
 constexpr std::size_t maxAtoms = 100'000;
 
-struct Atom
-{
-    ByteVector name;
-    std::int64_t start = 0; ///< after the header
-    std::int64_t end = 0;   ///< as far as the file reaches
-};
+using Atom = Mp4Atom;
 
 /// The atom at that position within the given end; nothing if its size cannot be right.
 std::optional<Atom> atomAt(AudioRegionReader& file, std::int64_t at, std::int64_t end)
 {
-    const ByteVector header = file.look(at, std::min(longAtomHeader, end - at));
-    if (header.size() < atomHeaderBytes)
-        return {};
-    std::int64_t headerBytes = atomHeaderBytes;
-    std::int64_t length = header.toUInt(0U, true);
-    if (length == 1 && header.size() == longAtomHeader)
-    {
-        length = header.toLongLong(8U, true);
-        headerBytes = longAtomHeader;
-    }
-    else if (length == 0)
-        length = end - at;
-    if (length < headerBytes)
-        return {};
-    return Atom{header.mid(4, 4), at + headerBytes, at + std::min(length, end - at)};
+    return atomOf(file.look(at, std::min<std::int64_t>(longAtomHeaderBytes, end - at)), at, end);
 }
 
 bool isPadding(const Atom& atom)

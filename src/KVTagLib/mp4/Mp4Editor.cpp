@@ -2,6 +2,7 @@
 
 #include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagText.h"
+#include "KVTagLib/mp4/Mp4Atoms.h"
 
 #include <taglib/mp4file.h>
 
@@ -18,7 +19,6 @@ namespace KVTagLib
 {
 namespace
 {
-constexpr unsigned atomHeader = 8;
 constexpr unsigned dataHeader = 16; ///< atom header, type and locale
 constexpr unsigned textType = 1;
 constexpr long maxItemBytes = 128L << 20;
@@ -34,27 +34,16 @@ std::optional<Place> findAtom(FileStream& file, const Place& within, const char*
 {
     long at = within.start;
     const long end = within.start + within.length;
-    while (at + long(atomHeader) <= end)
+    while (at + long(atomHeaderBytes) <= end)
     {
         file.seek(at, IOStream::Beginning);
-        const ByteVector header = file.readBlock(dataHeader);
-        if (header.size() < atomHeader)
+        const auto atom = atomOf(file.readBlock(longAtomHeaderBytes), at, end);
+        if (!atom || !atom->isWhole)
             return {};
-        long headerBytes = atomHeader;
-        long long length = header.toUInt(0U, true);
-        // A length of one announces a longer form, zero means up to the end.
-        if (length == 1 && header.size() == dataHeader)
-        {
-            length = header.toLongLong(8U, true);
-            headerBytes = dataHeader;
-        }
-        else if (length == 0)
-            length = end - at;
-        if (length < headerBytes || length > end - at)
-            return {};
-        if (header.mid(4, 4) == name)
-            return Place{at + headerBytes, static_cast<long>(length) - headerBytes};
-        at += static_cast<long>(length);
+        if (atom->name == name)
+            return Place{static_cast<long>(atom->start),
+                         static_cast<long>(atom->end - atom->start)};
+        at = static_cast<long>(atom->end);
     }
     return {};
 }
@@ -84,7 +73,7 @@ bool isFragmented(FileStream& file)
 
 ByteVector atom(const ByteVector& name, const ByteVector& content)
 {
-    ByteVector bytes = ByteVector::fromUInt(content.size() + atomHeader);
+    ByteVector bytes = ByteVector::fromUInt(content.size() + atomHeaderBytes);
     bytes.append(name);
     bytes.append(content);
     return bytes;
@@ -109,12 +98,13 @@ struct Item
 bool split(const ByteVector& bytes, std::vector<Item>& items)
 {
     unsigned at = 0;
-    while (at + atomHeader <= bytes.size())
+    while (at + atomHeaderBytes <= bytes.size())
     {
         const unsigned length = bytes.toUInt(at, true);
-        if (length < atomHeader || length > bytes.size() - at)
+        if (length < atomHeaderBytes || length > bytes.size() - at)
             return false;
-        items.push_back({bytes.mid(at + 4, 4), bytes.mid(at + atomHeader, length - atomHeader)});
+        items.push_back(
+            {bytes.mid(at + 4, 4), bytes.mid(at + atomHeaderBytes, length - atomHeaderBytes)});
         at += length;
     }
     return at == bytes.size();
@@ -137,7 +127,7 @@ public:
     {
         StringList texts;
         for (const ByteVector& value : values(name))
-            texts.append(String(value.mid(dataHeader - atomHeader), String::UTF8));
+            texts.append(String(value.mid(dataHeader - atomHeaderBytes), String::UTF8));
         return texts;
     }
 
@@ -153,7 +143,7 @@ public:
                 continue;
             for (const Item& part : parts)
             {
-                if (part.name == "data" && part.content.size() >= dataHeader - atomHeader)
+                if (part.name == "data" && part.content.size() >= dataHeader - atomHeaderBytes)
                     found.push_back(part.content);
             }
         }
@@ -261,7 +251,7 @@ bool makeRoom(FileStream& stream, unsigned size)
     for (const auto& [name, item] : old)
         tag.removeItem(name);
     // One text item of the right length takes the place of the whole list.
-    constexpr unsigned overhead = atomHeader + dataHeader;
+    constexpr unsigned overhead = atomHeaderBytes + dataHeader;
     if (size > overhead)
         tag.setItem("\251cmt", StringList(String(std::string(size - overhead, ' '))));
     return file.save();
