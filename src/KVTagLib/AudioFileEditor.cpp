@@ -75,7 +75,7 @@ bool editMpeg(FileStream& stream, const TagChanges& changes)
             return false;
         hasId3v2 = file.hasID3v2Tag();
         // A new kind of tag is added only when those that are present cannot hold the values.
-        hasOther = file.hasAPETag() || (file.hasID3v1Tag() && fitsId3v1(changes));
+        hasOther = file.hasAPETag() || (file.hasID3v1Tag() && fitsId3v1(changes, stream));
         hasApe = file.hasAPETag();
     }
     if (hasApe && !editApe(stream, changes))
@@ -92,7 +92,7 @@ bool editTrueAudio(FileStream& stream, const TagChanges& changes)
     {
         TrueAudio::File file(&stream, ID3v2::FrameFactory::instance(), withoutProperties);
         hasId3v2 = file.isValid() && file.hasID3v2Tag();
-        hasOther = file.isValid() && file.hasID3v1Tag() && fitsId3v1(changes);
+        hasOther = file.isValid() && file.hasID3v1Tag() && fitsId3v1(changes, stream);
     }
     applyToId3v1(changes, stream);
     return (!hasId3v2 && hasOther) || applyToId3v2(changes, hasId3v2, stream);
@@ -107,7 +107,7 @@ bool editWithApeTag(FileStream& stream, const TagChanges& changes)
         SomeFile file(&stream, withoutProperties);
         if (!file.isValid())
             return false;
-        hasOther = file.hasID3v1Tag() && !file.hasAPETag() && fitsId3v1(changes);
+        hasOther = file.hasID3v1Tag() && !file.hasAPETag() && fitsId3v1(changes, stream);
     }
     if (!hasOther && !editApe(stream, changes))
         return false;

@@ -11,6 +11,7 @@
 #include <taglib/infotag.h>
 #include <taglib/mp4tag.h>
 #include <taglib/textidentificationframe.h>
+#include <taglib/unknownframe.h>
 #include <taglib/unsynchronizedlyricsframe.h>
 #include <taglib/xiphcomment.h>
 
@@ -33,6 +34,21 @@ StringList frameTexts(const ID3v2::Tag& tag, const char* id)
             texts.append(text->fieldList());
     }
     return texts;
+}
+
+/// TagLib converts the year of older versions to TDRC. The day of 2.2, "0305" for the third of May,
+/// it leaves as it is: an encoding and four digits.
+StringList dateOf(const ID3v2::Tag& tag)
+{
+    constexpr unsigned dayBytes = 5;
+    const StringList dates = frameTexts(tag, "TDRC");
+    const ID3v2::FrameList& days = tag.frameList("TDA");
+    const auto* day =
+        days.size() == 1 ? dynamic_cast<const ID3v2::UnknownFrame*>(days.front()) : nullptr;
+    if (!day || day->data().size() != dayBytes || dates.size() != 1 || dates.front().size() != 4)
+        return dates;
+    const String digits(day->data().mid(1));
+    return {dates.front() + "-" + digits.substr(2, 2) + "-" + digits.substr(0, 2)};
 }
 
 /// The texts of the first key that has any.
@@ -80,8 +96,7 @@ void collect(const ID3v2::Tag& tag, TagValues& values)
     values.offer(Field::title, frameTexts(tag, "TIT2"));
     values.offer(Field::genre, frameTexts(tag, "TCON"));
     values.offer(Field::trackNumber, frameTexts(tag, "TRCK"));
-    // TagLib converts the year of older versions to this frame.
-    values.offer(Field::year, frameTexts(tag, "TDRC"));
+    values.offer(Field::year, dateOf(tag));
     // Some writers leave it in tags of 2.4, where TagLib does not look for it.
     values.offer(Field::year, frameTexts(tag, "TYER"));
     for (const ID3v2::Frame* frame : tag.frameList("USLT"))

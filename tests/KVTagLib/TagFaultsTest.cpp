@@ -133,6 +133,16 @@ TEST(TagFaults, RecordingThatWasNeverClosedIsRefused)
         expectRefused(folder, name);
 }
 
+TEST(TagFaults, EmptyTagOfAWavIsFilled)
+{
+    const TempDir folder;
+    std::string wav = contentOf(sound("sound.wav")) + std::string("ID3 \0\0\0\0", 8);
+    wav[4] = static_cast<char>(wav[4] + 8);
+    const std::string path = folder.write("x.wav", wav);
+    EXPECT_EQ(write(path, title(u"New")), "");
+    EXPECT_EQ(read(path).title, "New");
+}
+
 TEST(TagFaults, LongSizeOfAWavFollowsAWrite)
 {
     const auto bytesOf = [](std::uint64_t size)

@@ -158,6 +158,17 @@ TEST(TagsWriter, OldTagKindsStayAloneWhileTheyCanHoldTheValues)
     ASSERT_EQ(write(path, tagsOf(longer)), "");
     EXPECT_EQ(read(path), longer);
     EXPECT_EQ(contentOf(path).substr(contentOf(path).size() - 125, 31), std::string(30, 't') + "A");
+
+    // The comment covers the place of the track number, and a year is four digits.
+    for (const auto& [set, text] :
+         {std::pair{&CTags::SetTrackNumber, u"7"}, {&CTags::SetYear, u"abc"}})
+    {
+        folder.write("x.mp3", after);
+        ASSERT_EQ(write(path, only(set, text)), "");
+        EXPECT_TRUE(contentOf(path).starts_with("ID3"));
+        EXPECT_TRUE(read(path).track == "7" || read(path).year == "abc");
+        EXPECT_TRUE(contains(contentOf(path), "a comment of thirty characters"));
+    }
 }
 
 TEST(TagsWriter, OldestId3VersionStays)
@@ -178,6 +189,10 @@ TEST(TagsWriter, OldestId3VersionStays)
     EXPECT_EQ(after.substr(0, 4), "ID3\2");
     for (const char* kept : {"Someone", "unknown"})
         EXPECT_TRUE(contains(after, kept)) << kept;
+    // The day has a frame of its own.
+    ASSERT_EQ(write(path, only(&CTags::SetYear, u"2001-05-03")), "");
+    EXPECT_EQ(read(path).year, "2001");
+    EXPECT_TRUE(contains(contentOf(path), "0305"));
 }
 
 TEST(TagsWriter, SymbolicLinkStaysALink)

@@ -60,6 +60,19 @@ int genreNumber(const TagChanges& changes)
 {
     return ID3v1::genreIndex(tagTextOf(genreName(*changes.text(Field::genre))));
 }
+
+/// Its bytes; none if the file has no such tag.
+ByteVector id3v1TagOf(IOStream& file)
+{
+    file.seek(std::max(0L, file.length() - static_cast<long>(id3v1TailBytes)));
+    const ByteVector tail = file.readBlock(id3v1TailBytes);
+    return tail.mid(tail.size() - id3v1SizeOf(tail));
+}
+
+bool isYear(const CString& text)
+{
+    return std::ranges::all_of(text.view(), qo::isDigit) && qo::textToInt(text.view()) > 0;
+}
 } // namespace
 
 unsigned id3v1SizeOf(const ByteVector& tail)
@@ -73,11 +86,9 @@ unsigned id3v1SizeOf(const ByteVector& tail)
 
 void applyToId3v1(const TagChanges& changes, IOStream& file)
 {
-    file.seek(std::max(0L, file.length() - static_cast<long>(id3v1TailBytes)));
-    const ByteVector tail = file.readBlock(id3v1TailBytes);
-    if (id3v1SizeOf(tail) == 0)
+    ByteVector tag = id3v1TagOf(file);
+    if (tag.isEmpty())
         return;
-    ByteVector tag = tail.mid(tail.size() - id3v1Bytes);
     const long start = file.length() - static_cast<long>(id3v1Bytes);
     for (const Id3v1Place& place : id3v1Places)
     {
@@ -96,7 +107,7 @@ void applyToId3v1(const TagChanges& changes, IOStream& file)
     file.writeBlock(tag);
 }
 
-bool fitsId3v1(const TagChanges& changes)
+bool fitsId3v1(const TagChanges& changes, IOStream& file)
 {
     for (const Id3v1Place& place : id3v1Places)
     {
@@ -107,15 +118,19 @@ bool fitsId3v1(const TagChanges& changes)
         if (!plain || text.GetLength() > static_cast<int>(place.size))
             return false;
     }
+    const ByteVector tag = id3v1TagOf(file);
+    const bool hasRoom = tag.size() == id3v1Bytes && tag[id3v1ZeroAt] == 0;
     const bool genreFits = !changes.has(Field::genre) || changes.removes(Field::genre) ||
                            genreNumber(changes) != unknownGenre;
-    const bool trackFits = !changes.has(Field::trackNumber) ||
-                           changes.removes(Field::trackNumber) ||
-                           (changes.trackTotal().isEmpty() && isTrackByte(changes.trackNumber()));
+    const bool trackFits =
+        !changes.has(Field::trackNumber) || changes.removes(Field::trackNumber) ||
+        (changes.trackTotal().isEmpty() && isTrackByte(changes.trackNumber()) && hasRoom);
+    const bool yearFits = !changes.has(Field::year) || changes.removes(Field::year) ||
+                          isYear(*changes.text(Field::year));
     // It holds one text for each field.
     const bool artistsFit =
         !changes.has(Field::artist) || changes.changed(Field::artist, {}).size() < 2;
-    return genreFits && trackFits && artistsFit && !changes.has(Field::lyrics) &&
+    return genreFits && trackFits && yearFits && artistsFit && !changes.has(Field::lyrics) &&
            !changes.picture();
 }
 } // namespace KVTagLib

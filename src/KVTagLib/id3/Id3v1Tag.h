@@ -21,7 +21,7 @@ unsigned id3v1SizeOf(const TagLib::ByteVector& tail);
 /// (30 letters), which is no loss where a better tag stands beside it.
 void applyToId3v1(const TagChanges& changes, TagLib::IOStream& file);
 
-/// Whether an ID3v1 tag can hold the new values completely, so that it need not be accompanied by
-/// another one.
-bool fitsId3v1(const TagChanges& changes);
+/// Whether the file's ID3v1 tag can hold the new values completely, so that it need not be
+/// accompanied by another one. A comment of 30 letters takes the place of the track number.
+bool fitsId3v1(const TagChanges& changes, TagLib::IOStream& file);
 } // namespace KVTagLib

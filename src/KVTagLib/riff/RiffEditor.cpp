@@ -31,12 +31,12 @@ public:
     bool save() override { return false; }
 
     /// The first chunk with that name, without regard to case, whose content starts so.
-    unsigned find(const char* name, const char* start)
+    unsigned find(const char* name, const ByteVector& start = {})
     {
         for (unsigned i = 0; i < chunkCount(); ++i)
         {
             const String found(chunkName(i));
-            if (found.upper() == name && chunkData(i).startsWith(start))
+            if (found.upper() == name && (start.isEmpty() || chunkData(i).startsWith(start)))
                 return i;
         }
         return notFound;
@@ -140,7 +140,8 @@ private:
 bool editId3v2(ChunkFile& file, unsigned index, bool aiff, const TagChanges& changes)
 {
     Id3v2Editor editor;
-    if (index != notFound && !editor.load(file.content(index)))
+    const ByteVector old = index == notFound ? ByteVector() : file.content(index);
+    if (!old.isEmpty() && !editor.load(old))
         return false;
     editor.apply(changes);
     ByteVector tag;
@@ -209,7 +210,7 @@ bool editChunks(FileStream& stream, bool aiff, const TagChanges& changes)
         list.apply(changes);
         file.replace(info, list.render());
     }
-    const unsigned id3v2 = file.find("ID3 ", "ID3");
+    const unsigned id3v2 = file.find("ID3 ");
     return (info != notFound && id3v2 == notFound && !beyondInfo) ||
            editId3v2(file, id3v2, aiff, changes);
 }
