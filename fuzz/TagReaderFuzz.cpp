@@ -1,8 +1,12 @@
 #include "KVTagLib/AudioFile.h"
+#include "KVTagLib/TagChanges.h"
+#include "KVTagLib/Tags.h"
+#include "KVTagLib/ape/ApeTag.h"
 #include "KVTagLib/id3/Id3v2Editor.h"
 #include "platform/FileSystem.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 namespace
@@ -40,6 +44,31 @@ private:
     std::int64_t m_size;
     std::int64_t m_position = 0;
 };
+
+TagLib::ByteVector rendered(const KVTagLib::ApeTag& tag)
+{
+    return tag.render();
+}
+
+TagLib::ByteVector rendered(const KVTagLib::Id3v2Editor& tag)
+{
+    TagLib::ByteVector bytes;
+    return tag.render(bytes) ? bytes : TagLib::ByteVector();
+}
+
+/// A tag that can be taken apart can be changed, built and taken apart again.
+template <class Editor>
+void edit(const TagLib::ByteVector& bytes, const KVTagLib::TagChanges& changes)
+{
+    Editor tag;
+    if (!tag.load(bytes))
+        return;
+    tag.apply(changes);
+    const TagLib::ByteVector changed = rendered(tag);
+    Editor again;
+    if (!changed.isEmpty() && !again.load(changed))
+        std::abort();
+}
 } // namespace
 
 /// The first byte chooses the format that the file's name would claim, the rest is the file.
@@ -54,10 +83,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CString error;
     readAudioFile(std::make_unique<MemoryFile>(data + 1, size - 1), format, content, error);
 
-    Id3v2Editor tag;
-    TagLib::ByteVector bytes(reinterpret_cast<const char*>(data + 1),
-                             static_cast<unsigned>(size - 1));
-    if (tag.load(bytes))
-        tag.render(bytes);
+    CTags wanted;
+    wanted.SetTitle(u"Low Tide");
+    wanted.SetTrackNumber(u"3/12");
+    wanted.SetYear(u"2001-05-03");
+    const TagChanges changes(wanted, content.values);
+    const TagLib::ByteVector bytes(reinterpret_cast<const char*>(data + 1),
+                                   static_cast<unsigned>(size - 1));
+    edit<Id3v2Editor>(bytes, changes);
+    edit<ApeTag>(bytes, changes);
     return 0;
 }

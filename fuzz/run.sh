@@ -17,7 +17,7 @@ fuzz() {
     name=$(basename "$target")
     log=build/fuzz/$name.log
     mkdir -p "build/fuzz/corpus/$name"
-    if "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 -verbosity=0 \
+    if "$target" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=2048 -print_final_stats=1 -verbosity=0 \
         -artifact_prefix=build/fuzz/found/ "build/fuzz/corpus/$name" "fuzz/corpus/$name" >"$log" 2>&1; then
         echo "$name: $(sed -n 's/^stat::number_of_executed_units: *//p' "$log") inputs"
     else
