@@ -1,6 +1,7 @@
 #include "KVTagLib/AudioFile.h"
 
 #include "KVTagLib/ByteStream.h"
+#include "KVTagLib/TagText.h"
 #include "KVTagLib/ape/ApeTag.h"
 #include "KVTagLib/asf/AsfHeader.h"
 #include "KVTagLib/id3/FrameBounds.h"
@@ -27,6 +28,7 @@
 
 #include <exception>
 #include <limits>
+#include <mutex>
 #include <new>
 
 // One table row for each format says how its TagLib file is opened and read. collectFrom() offers
@@ -40,6 +42,24 @@ namespace KVTagLib
 namespace
 {
 constexpr unsigned headBytes = 64;
+
+// TagLib's class has no virtual destructor; nothing deletes one.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+/// INFO lists have texts of the machine that wrote them, which TagLib takes for UTF-8.
+class InfoTexts final : public RIFF::Info::StringHandler
+{
+public:
+    String parse(const ByteVector& bytes) const override { return textOfBytes(bytes); }
+};
+#pragma GCC diagnostic pop
+
+void prepareInfoTexts()
+{
+    static const InfoTexts texts;
+    static std::once_flag once;
+    std::call_once(once, [] { RIFF::Info::Tag::setStringHandler(&texts); });
+}
 
 /// For tags that a file may not have.
 template <class Tag>
@@ -251,6 +271,7 @@ bool parse(ByteStream& stream, AudioFormat expected, AudioFileContent& content)
     const FormatRow& row = rowOf(content.format);
     if (!row.open)
         return false;
+    prepareInfoTexts();
     BoundedFrameFactory factory;
     const std::unique_ptr<TagLib::File> file = row.open(stream, factory);
     if (!file->isValid())
