@@ -167,24 +167,6 @@ TEST_F(MovedFilesTest, TwoCandidatesAreNamedAndLeftAlone)
     EXPECT_EQ(offers(find()), "1.mp3?2 other.flac>x/other.flac");
 }
 
-TEST_F(MovedFilesTest, ManyFilesAlikeAreNotComparedEachWithEach)
-{
-    constexpr int count = 4000;
-    here.addSound("music/a/0.mp3");
-    for (int i = 1; i < count; ++i)
-        fs::create_hard_link(here.dir.path("music/a/0.mp3"),
-                             here.dir.path("music/a/" + std::to_string(i) + ".mp3"));
-    here.load();
-    storeHeads();
-    rename("music/a", "music/b");
-    here.load(false);
-    const auto start = std::chrono::steady_clock::now();
-    const MovedFiles found = find();
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
-    EXPECT_EQ(found.offers.size(), static_cast<std::size_t>(count));
-    EXPECT_TRUE(found.unclear.empty());
-}
-
 TEST_F(MovedFilesTest, HeadStaysWhenAFileIsTagged)
 {
     for (const std::string& sound : wordsOf("sound.mp3 sound.flac sound.ogg sound.opus sound.m4a "
