@@ -47,6 +47,14 @@ void learn(EditedFile& file, const StoredRecord& record)
     file.size = record.size;
     file.modified = record.modified;
 }
+/// Whether the record is another file's by now: one whose name differs in case alone took its place
+/// in the collection, which takes both names for one, when the file went.
+bool isTakenOver(const EditedFile& file, const StoredRecord& record)
+{
+    return file.path != record.path && file.path.CompareNoCase(record.path) == 0 &&
+           record.modified != 0 && file.size != EditedFile::unknownSize &&
+           file.size != record.size && file.modified != record.modified;
+}
 } // namespace
 
 PendingTags::PendingTags() : m_store(Session::folder())
@@ -94,9 +102,11 @@ void PendingTags::resolveById(const StoredRecords& records)
     for (Entry& entry : m_files)
     {
         const auto record = found.find(entry.file.id);
-        entry.isAway = record == found.end();
+        entry.isAway = record == found.end() || isTakenOver(entry.file, record->second);
         if (!entry.isAway)
             learn(entry.file, record->second);
+        else if (record != found.end())
+            entry.file.id.Empty();
     }
 }
 

@@ -132,6 +132,11 @@ TEST_F(PendingTagsTest, AreTakenUpByTheSameFileAgainAndByNoOther)
     here.load();
     move("music/3.mp3", "music/4.mp3");
     EXPECT_EQ(edits(), (List{"music/2.mp3=y", "music/4.mp3=x"}));
+    here.addSound("music/4.MP3", "sound.flac");
+    fs::remove(here.dir.path("music/4.mp3"));
+    here.load();
+    EXPECT_TRUE(here.records().contains("music/4.MP3"));
+    EXPECT_EQ(edits(), (List{"music/2.mp3=y", "music/4.mp3 away"})) << "a name in other case";
 }
 
 TEST_F(PendingTagsTest, OfFilesWithoutARecordWaitForIt)
