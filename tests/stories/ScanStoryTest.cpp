@@ -176,19 +176,6 @@ TEST(ScanStory, DatabaseOfAnotherVersionIsRefusedAndLeftAlone)
         qo.expect({command}, 1, "has version [9.9]");
     }
     EXPECT_EQ(qo.dir.read("data/Qorganizer/qodb"), before);
-}
-
-TEST(ScanStory, WhatIsNoDatabaseIsSetAsideOrRefused)
-{
-    const QoCommand qo;
-    qo.addSound("1.mp3");
-    qo.dir.write("data/Qorganizer/qodb", "this is no database, but somebody's diary");
-    qo.expectRefusals("scan", {{{qo.music()}, 0, "was no sound database: it was set aside as "}});
-    int kept = 0;
-    for (const auto& entry : fs::directory_iterator(qo.dir.path("data/Qorganizer")))
-        kept += entry.path().filename().string().starts_with("qodb.unreadable-") ? 1 : 0;
-    EXPECT_EQ(kept, 1);
-
     fs::remove_all(qo.dir.path("data"));
     qo.dir.makeFolder("data/Qorganizer/qodb");
     qo.expectRefusals("scan", {{{qo.music()}, 1, "is a folder; it was left alone"}});

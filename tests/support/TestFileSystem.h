@@ -13,45 +13,116 @@ class TestFileSystem : public qo::IFileSystem
 {
 public:
     using Hook = std::function<int(const std::string& call, const CString& path)>;
+    using Stop = std::function<bool()>;
 
-    explicit TestFileSystem(Hook before = {});
-    ~TestFileSystem() override;
+    explicit TestFileSystem(Hook before = {}) : m_before(std::move(before))
+    {
+        qo::setFileSystem(this);
+    }
+    ~TestFileSystem() override { qo::setFileSystem(nullptr); }
     TestFileSystem(const TestFileSystem&) = delete;
     TestFileSystem& operator=(const TestFileSystem&) = delete;
 
-    int info(const CString& path, qo::Spelling spelling, qo::FileInfo& info) override;
-    int list(const CString& folder, std::vector<qo::DirEntry>& entries) override;
-    std::unique_ptr<qo::IFile> open(const CString& path, qo::OpenMode mode, int& error) override;
-    int makeDirectory(const CString& path) override;
-    int makeDirectories(const CString& path) override;
-    int removeFile(const CString& path) override;
-    int removeDirectory(const CString& path) override;
-    int moveFile(const CString& from, const CString& to) override;
-    int moveFileNoReplace(const CString& from, const CString& to) override;
-    int copyFile(const CString& from, const CString& to) override;
+    std::unique_ptr<qo::IFile> open(const CString& path, qo::OpenMode mode, int& error) override
+    {
+        error = before("open", path);
+        return error != 0 ? nullptr : m_real.open(path, mode, error);
+    }
+    bool isLink(const CString& path) override
+    {
+        return before("isLink", path) == 0 && m_real.isLink(path);
+    }
+    int info(const CString& path, qo::Spelling spelling, qo::FileInfo& info) override
+    {
+        return pass("info", &qo::IFileSystem::info, path, spelling, info);
+    }
+    int list(const CString& folder, std::vector<qo::DirEntry>& entries) override
+    {
+        return pass("list", &qo::IFileSystem::list, folder, entries);
+    }
+    int makeDirectory(const CString& path) override
+    {
+        return pass("makeDirectory", &qo::IFileSystem::makeDirectory, path);
+    }
+    int makeDirectories(const CString& path) override
+    {
+        return pass("makeDirectories", &qo::IFileSystem::makeDirectories, path);
+    }
+    int removeFile(const CString& path) override
+    {
+        return pass("removeFile", &qo::IFileSystem::removeFile, path);
+    }
+    int removeDirectory(const CString& path) override
+    {
+        return pass("removeDirectory", &qo::IFileSystem::removeDirectory, path);
+    }
+    int moveFile(const CString& from, const CString& to) override
+    {
+        return pass("moveFile", &qo::IFileSystem::moveFile, from, to);
+    }
+    int moveFileNoReplace(const CString& from, const CString& to) override
+    {
+        return pass("moveFileNoReplace", &qo::IFileSystem::moveFileNoReplace, from, to);
+    }
+    int copyFile(const CString& from, const CString& to) override
+    {
+        return pass("copyFile", &qo::IFileSystem::copyFile, from, to);
+    }
     int replaceFile(const CString& path,
                     const void* data,
                     std::size_t size,
-                    qo::Durability durability) override;
-    int makeWritable(const CString& path) override;
-    bool isLink(const CString& path) override;
-    int look(const CString& path, qo::NameInfo& info) override;
-    int lookThrough(const CString& path, qo::NameInfo& info) override;
+                    qo::Durability durability) override
+    {
+        return pass("replaceFile", &qo::IFileSystem::replaceFile, path, data, size, durability);
+    }
+    int makeWritable(const CString& path) override
+    {
+        return pass("makeWritable", &qo::IFileSystem::makeWritable, path);
+    }
+    int look(const CString& path, qo::NameInfo& info) override
+    {
+        return pass("look", &qo::IFileSystem::look, path, info);
+    }
+    int lookThrough(const CString& path, qo::NameInfo& info) override
+    {
+        return pass("lookThrough", &qo::IFileSystem::lookThrough, path, info);
+    }
     int giveRights(const CString& folder,
                    std::uint32_t mode,
                    std::uint32_t owner,
-                   std::uint32_t group) override;
-    int mayChange(const CString& path) override;
-    int mayRemove(const CString& path) override;
-    int mayRead(const CString& path) override;
-    int
-    copyAsNew(const CString& from, const CString& to, const std::function<bool()>& stop) override;
-    int compareFiles(const CString& one,
-                     const CString& other,
-                     const std::function<bool()>& stop) override;
-    int sync(const CString& path) override;
-    int syncAll(const CString& folder) override;
-    int room(const CString& folder, std::uint64_t& bytes) override;
+                   std::uint32_t group) override
+    {
+        return pass("giveRights", &qo::IFileSystem::giveRights, folder, mode, owner, group);
+    }
+    int mayChange(const CString& path) override
+    {
+        return pass("mayChange", &qo::IFileSystem::mayChange, path);
+    }
+    int mayRemove(const CString& path) override
+    {
+        return pass("mayRemove", &qo::IFileSystem::mayRemove, path);
+    }
+    int mayRead(const CString& path) override
+    {
+        return pass("mayRead", &qo::IFileSystem::mayRead, path);
+    }
+    int copyAsNew(const CString& from, const CString& to, const Stop& stop) override
+    {
+        return pass("copyAsNew", &qo::IFileSystem::copyAsNew, from, to, stop);
+    }
+    int compareFiles(const CString& one, const CString& other, const Stop& stop) override
+    {
+        return pass("compareFiles", &qo::IFileSystem::compareFiles, one, other, stop);
+    }
+    int sync(const CString& path) override { return pass("sync", &qo::IFileSystem::sync, path); }
+    int syncAll(const CString& folder) override
+    {
+        return pass("syncAll", &qo::IFileSystem::syncAll, folder);
+    }
+    int room(const CString& folder, std::uint64_t& bytes) override
+    {
+        return pass("room", &qo::IFileSystem::room, folder, bytes);
+    }
 
 protected:
     qo::IFileSystem& real() { return m_real; }
@@ -60,6 +131,15 @@ private:
     int before(const char* call, const CString& path) const
     {
         return m_before ? m_before(call, path) : 0;
+    }
+    template <class... Parameters, class... Arguments>
+    int pass(const char* call,
+             int (qo::IFileSystem::*function)(const CString&, Parameters...),
+             const CString& path,
+             Arguments&&... arguments)
+    {
+        const int error = before(call, path);
+        return error != 0 ? error : (m_real.*function)(path, std::forward<Arguments>(arguments)...);
     }
 
     qo::IFileSystem& m_real = qo::fileSystem();

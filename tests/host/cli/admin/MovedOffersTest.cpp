@@ -3,19 +3,6 @@
 
 namespace fs = std::filesystem;
 
-TEST(MovedOffers, EqualFilesOfARenamedFolderKeepTheirRecords)
-{
-    const QoCommand qo;
-    qo.addSounds("b", 3);
-    ASSERT_EQ(qo.run({"scan", "--find-moved", qo.music()}).code, 0);
-    const auto before = qo.ids();
-    fs::rename(qo.music("b"), qo.music("c"));
-    const auto result = qo.run({"scan", "--find-moved", "--yes"});
-    EXPECT_TRUE(contains(result.out, "0 new, 0 changed, 0 gone, 3 moved"));
-    for (const char* name : {"0.mp3", "1.mp3", "2.mp3"})
-        EXPECT_EQ(qo.ids()[std::string("c/") + name], before.at(std::string("b/") + name));
-}
-
 TEST(MovedOffers, NoRecordGoesUnaskedBecauseItsFileIsUnclear)
 {
     const QoCommand qo;

@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <functional>
 #include <tuple>
 
@@ -178,9 +177,7 @@ TEST_F(FileMovesTest, FolderTakesAllItsRecordsAndNewFilesAlong)
     here.load();
     const auto before = here.records();
     here.addSound("music/Old/5/unknown.mp3", "sound.flac");
-    const auto start = std::chrono::steady_clock::now();
     move("music/Old", "music/old");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(900));
     const auto after = here.records();
     EXPECT_EQ(after.size(), 32U);
     EXPECT_EQ(after.at("music/old/3/23.mp3"), before.at("music/Old/3/23.mp3"));
