@@ -136,9 +136,9 @@ TEST(TagFaults, RecordingThatWasNeverClosedIsRefused)
 TEST(TagFaults, TextsOfAnInfoListKeepTheBytesOfTheirEncoding)
 {
     const TempDir folder;
-    const std::string list("LIST\x20\0\0\0INFOIART\x05\0\0\0K\xf6ln\0\0INAM\x04\0\0\0Old\0", 40);
+    const std::string list("LIST\x1e\0\0\0INFOIART\x05\0\0\0K\xf6ln\0\0INAM\x04\0\0\0Old\0", 38);
     std::string wav = contentOf(sound("sound.wav")) + list;
-    wav[4] = static_cast<char>(wav[4] + 40);
+    wav[4] = static_cast<char>(wav[4] + 38);
     const std::string path = folder.write("x.wav", wav);
     EXPECT_EQ(read(path), (Values{.artist = "K\u00F6ln", .title = "Old"}));
     EXPECT_EQ(write(path, title(u"New")), "");
