@@ -43,7 +43,7 @@ struct Names
 } // namespace
 
 /// Shows the many stages of the slices as one. What is being saved is saved to its end.
-class SlicedScan::SliceProgress : public IQoProgress
+class SlicedScan::SliceProgress final : public IQoProgress
 {
 public:
     explicit SliceProgress(ProgressReporter& whole) : m_whole(whole) {}
@@ -53,10 +53,6 @@ public:
         // The first time the files are read, the second time both trees are built.
         m_builds += stage == stageBuild ? 1 : 0;
         m_isSaving = stage == stageSave;
-        if (stage == stageBuild && m_builds == 2)
-            beforeBuild();
-        if (m_isSaving)
-            beforeSave();
     }
     void setCurrentItem(const char16_t* text, int kind) override
     {
@@ -70,10 +66,6 @@ public:
     }
     bool isCanceled() override { return !m_isSaving && m_whole.isCanceled(); }
 
-protected:
-    virtual void beforeBuild() {}
-    virtual void beforeSave() {}
-
 private:
     ProgressReporter& m_whole;
     int m_builds = 0;
@@ -83,24 +75,24 @@ private:
 /// The analysis of names spreads values over folders, and does not mark the records for the save
 /// that it changes by that. This one marks those that the scan has read, as a scan in one piece
 /// would save them.
-class SlicedScan::LastProgress final : public SliceProgress
+class SlicedScan::NamesOfThisScan final : public ScanHost::INames
 {
 public:
-    LastProgress(ProgressReporter& whole, const SlicedScan& scan)
-        : SliceProgress(whole), m_scan(scan)
+    explicit NamesOfThisScan(const SlicedScan& scan) : m_scan(scan)
     {
+        m_scan.m_host.setNames(this);
     }
+    ~NamesOfThisScan() override { m_scan.m_host.setNames(nullptr); }
+    NamesOfThisScan(const NamesOfThisScan&) = delete;
+    NamesOfThisScan& operator=(const NamesOfThisScan&) = delete;
 
     /// Whether a record changed whose place in the logical tree is the old one.
-    bool hasMoved() const { return m_hasMoved; }
+    bool haveMoved() const { return m_haveMoved; }
 
-private:
-    void beforeBuild() override
+    void beforeNames(const QoFileDbItemArray& records) override
     {
-        QoFileDbItemArray files;
-        m_scan.m_collection.copyFiles(files);
-        m_before.reserve(static_cast<std::size_t>(files.GetSize()));
-        for (const QoFileDbItemPtr& item : files)
+        m_before.reserve(static_cast<std::size_t>(records.GetSize()));
+        for (const QoFileDbItemPtr& item : records)
         {
             if (item->dbState == dbState::unchanged)
                 m_before.emplace_back(item);
@@ -112,15 +104,16 @@ private:
         {
             if (!names.haveChanged())
                 continue;
-            m_hasMoved = true;
+            m_haveMoved = true;
             if (names.item->dbState == dbState::unchanged && m_scan.isOfThisScan(names.item->path))
                 names.item->dbState = dbState::modified;
         }
     }
 
+private:
     const SlicedScan& m_scan;
     std::vector<Names> m_before;
-    bool m_hasMoved = false;
+    bool m_haveMoved = false;
 };
 
 SlicedScan::SlicedScan(CQoCollection& collection,
@@ -205,10 +198,11 @@ bool SlicedScan::applyLast(const std::vector<DiskChange>& changes,
         m_collection.setScanned();
     // Without a change all names are as they were found before.
     const bool hasNews = !changes.empty() || !m_freshRoots.empty() || !m_read.empty();
-    LastProgress progress(m_progress, *this);
+    SliceProgress progress(m_progress);
+    const NamesOfThisScan names(*this);
     const bool isSaved = apply(
         changes, from, changes.size(), hasNews ? end.foldersToAnalyze : CStringArray(), progress);
-    report.hasMoved = progress.hasMoved();
+    report.hasMoved = names.haveMoved();
     return isSaved;
 }
 

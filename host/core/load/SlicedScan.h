@@ -65,7 +65,7 @@ public:
 
 private:
     class SliceProgress;
-    class LastProgress;
+    class NamesOfThisScan;
 
     bool apply(const std::vector<DiskChange>& changes,
                std::size_t from,

@@ -20,6 +20,18 @@ void ScanHost::setReadAgain(const CStringArray& files)
         m_readAgain.insert(file);
 }
 
+void ScanHost::beforeNames(const QoFileDbItemArray& records)
+{
+    if (m_names)
+        m_names->beforeNames(records);
+}
+
+void ScanHost::beforeSave()
+{
+    if (m_names)
+        m_names->beforeSave();
+}
+
 void ScanHost::failed(ETrouble trouble, const CString& path, const CString& cause)
 {
     switch (trouble)

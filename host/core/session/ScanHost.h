@@ -25,6 +25,19 @@ public:
     bool mustRead(const QoFileDbItem& record, const FileInfo& seen) override;
     void failed(ETrouble trouble, const CString& path, const CString& cause) override;
 
+    /// Who follows what the analysis makes of the records.
+    class INames
+    {
+    public:
+        virtual ~INames() = default;
+        virtual void beforeNames(const QoFileDbItemArray& records) = 0;
+        virtual void beforeSave() = 0;
+    };
+    /// Not owned; null for nobody.
+    void setNames(INames* names) { m_names = names; }
+    void beforeNames(const QoFileDbItemArray& records) override;
+    void beforeSave() override;
+
     /// What follows is about the time since forget().
     void forget();
     /// Why the collection could not be loaded or saved last, as a clause; empty when it could.
@@ -38,6 +51,7 @@ public:
 
 private:
     bool m_readAll = false;
+    INames* m_names = nullptr;
     std::set<CString> m_readAgain;
     std::string m_lastFailure;
     CStringArray m_unread;

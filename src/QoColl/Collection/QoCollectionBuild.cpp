@@ -7,6 +7,7 @@
 #include "QoColl/Collection/FolderOfFile.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoFileUtils.h"
+#include "QoColl/Collection/QoScanHost.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Collection/RecordAhead.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
@@ -166,6 +167,7 @@ void CQoCollection::createColl(QoFileDbItemArray& files,
 {
     const std::uint32_t start = qo::systemClock().tickCount();
     log(level::flow, u"CQoCollection::createColl : start");
+    m_scanHost->beforeNames(m_fileDbItems);
     progress->setStage(IQoProgress::stageBuild);
     progress->setRange(IQoProgress::rangeKnown, buildPasses * files.GetSize());
     cleanupColl(files, progress);

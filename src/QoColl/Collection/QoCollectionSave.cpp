@@ -135,6 +135,7 @@ void CQoCollection::saveToDb(QoFileDbItemArray& files,
     if (progress->isCanceled())
         return;
     log(level::flow, u"CQoCollection::saveToDb start");
+    m_scanHost->beforeSave();
     progress->setStage(IQoProgress::stageSave);
     progress->setRange(IQoProgress::rangeKnown, files.GetSize());
     QoFileDbItemArray written;

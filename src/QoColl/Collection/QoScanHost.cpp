@@ -22,4 +22,8 @@ bool IQoScanHost::mustRead(const QoFileDbItem&, const qo::FileInfo&)
     return false;
 }
 
+void IQoScanHost::beforeNames(const QoFileDbItemArray&) {}
+
+void IQoScanHost::beforeSave() {}
+
 void IQoScanHost::failed(ETrouble, const CString&, const CString&) {}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QoColl/Db/Forward.h"
+#include "QoColl/Db/Records/QoFileDbItem.h"
 #include "platform/FolderLister.h"
 
 /// What a host decides while a collection looks at its files, and what it hears of. One object,
@@ -31,6 +32,11 @@ public:
     /// Whether a known file is read although its write time is not newer than the stored one, which
     /// is all that the collection itself goes by. This one says no.
     virtual bool mustRead(const QoFileDbItem& record, const qo::FileInfo& seen);
+    /// Called before the trees are built and names are analysed, with all records.
+    virtual void beforeNames(const QoFileDbItemArray& records);
+    /// Called before a save begins. The analysis spreads values over folders without marking the
+    /// records that it changes: those that shall be saved with them get dbState::modified here.
+    virtual void beforeSave();
     /// The cause is a text without a closing stop, such as "Permission denied".
     virtual void failed(ETrouble trouble, const CString& path, const CString& cause);
 };
