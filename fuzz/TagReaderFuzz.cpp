@@ -79,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     constexpr int formatCount = static_cast<int>(AudioFormat::trueAudio);
     const auto format = static_cast<AudioFormat>(1 + data[0] % formatCount);
-    AudioFileContent content(true);
+    AudioFileContent content(TagExtent::everything);
     CString error;
     readAudioFile(std::make_unique<MemoryFile>(data + 1, size - 1), format, content, error);
 

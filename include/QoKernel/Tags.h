@@ -3,6 +3,7 @@
 // Tags of music files: CMusicTagEx with values by source, and the tag library behind it.
 #include "KVTagLib/PictureTag.h"
 #include "KVTagLib/SoundHead.h"
+#include "KVTagLib/TagField.h"
 #include "KVTagLib/Tags.h"
 #include "KVTagLib/TagsReader.h"
 #include "KVTagLib/TagsReaderFactory.h"

@@ -22,7 +22,7 @@ struct AudioProperties
 /// The result of reading one file.
 struct AudioFileContent
 {
-    explicit AudioFileContent(bool withPictures) : values(withPictures) {}
+    explicit AudioFileContent(TagExtent extent) : values(extent) {}
 
     AudioFormat format = AudioFormat::unknown; ///< as found, whatever the extension says
     AudioProperties properties;

@@ -25,12 +25,16 @@ void fillTexts(const TagValues& values, CTags& tags)
 {
     if (values.has(Field::artist))
         tags.AddArtist(values.value(Field::artist), false);
-    for (const CString& artist : values.furtherArtists())
-        tags.AddArtist(artist, false);
     for (const auto& [field, setter] : setters)
     {
         if (values.has(field))
             (tags.*setter)(values.value(field));
+    }
+    for (int i = 0; i < fieldCount; ++i)
+    {
+        const auto field = static_cast<Field>(i);
+        for (const CString& value : values.further(field))
+            tags.AddFurther(field, value);
     }
 }
 
@@ -63,8 +67,7 @@ void extractPictures(const TagValues& values, int maxPictures, int maxPictureSiz
 bool FileTagsReader::Read(CTags& tags, int maxPictures, int maxPictureSize)
 {
     m_error.Empty();
-    const bool withPictures = !tags.GetPictureDir().IsEmpty() && maxPictures != 0;
-    AudioFileContent content(withPictures);
+    AudioFileContent content(tags.GetExtent());
     if (!readAudioFile(m_path, m_format, content, m_error))
         return false;
     fillTexts(content.values, tags);
@@ -75,7 +78,8 @@ bool FileTagsReader::Read(CTags& tags, int maxPictures, int maxPictureSize)
         tags.SetTime(content.properties.milliseconds);
         tags.SetBitrate(content.properties.bitrate);
     }
-    extractPictures(content.values, maxPictures, maxPictureSize, tags);
+    if (!tags.GetPictureDir().IsEmpty())
+        extractPictures(content.values, maxPictures, maxPictureSize, tags);
     return true;
 }
 } // namespace KVTagLib

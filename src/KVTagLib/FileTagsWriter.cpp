@@ -59,12 +59,13 @@ bool editCopy(qo::FileReplacement& copy, AudioFormat format, const TagChanges& c
 bool FileTagsWriter::Write(CTags& tags)
 {
     m_error.Empty();
+    m_hasChanged = false;
     qo::FileInfo info;
     if (const int error = qo::fileSystem().info(m_path, qo::Spelling::exact, info); error != 0)
         return fail(qo::errorText(error));
     // Reading may find the file under another spelling of its name, writing must not: info() above
     // has checked the exact name.
-    AudioFileContent before(true);
+    AudioFileContent before(TagExtent::everything);
     if (!readAudioFile(m_path, m_format, before, m_error))
         return false;
     const TagChanges changes(tags, before.values);
@@ -94,6 +95,7 @@ bool FileTagsWriter::Write(CTags& tags)
                 u"; the old content is kept as " + qo::fromSystemPath(replacement.leftBehind());
         return false;
     }
+    m_hasChanged = true;
     return true;
 }
 
@@ -102,7 +104,7 @@ bool FileTagsWriter::checkCopy(const CString& copy,
                                const AudioFileContent& before,
                                const TagChanges& changes)
 {
-    AudioFileContent after(true);
+    AudioFileContent after(TagExtent::everything);
     if (!readAudioFile(copy, before.format, after, m_error))
         return false;
     const auto oldSound = digestOf(m_path, before.format);

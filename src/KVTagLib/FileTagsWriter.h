@@ -19,6 +19,7 @@ public:
     FileTagsWriter(const CString& path, AudioFormat format) : m_path(path), m_format(format) {}
 
     bool Write(CTags& tags) override;
+    bool HasChanged() const override { return m_hasChanged; }
     CString GetError() const override { return m_error; }
 
 private:
@@ -30,5 +31,6 @@ private:
     CString m_path;
     AudioFormat m_format; ///< by the extension
     CString m_error;
+    bool m_hasChanged = false;
 };
 } // namespace KVTagLib

@@ -126,7 +126,7 @@ void TagChanges::compareArtists(const CTags& wanted, const TagValues& present)
             all.append(tagTextOf(artist));
     }
     TagLib::StringList old(tagTextOf(present.value(Field::artist)));
-    for (const CString& artist : present.furtherArtists())
+    for (const CString& artist : present.further(Field::artist))
         old.append(tagTextOf(artist));
     if (all == old || all.isEmpty())
         return;
@@ -191,7 +191,7 @@ TagLib::String TagChanges::trackTotal() const
 
 bool TagChanges::fulfilledBy(const TagValues& before, const TagValues& after) const
 {
-    // All fields are compared: a field that should not change must be as before.
+    // All fields are compared: one that should not change must be as before, with all its values.
     for (int i = 0; i < fieldCount; ++i)
     {
         const auto field = static_cast<Field>(i);
@@ -200,7 +200,7 @@ bool TagChanges::fulfilledBy(const TagValues& before, const TagValues& after) co
         const bool same = field == Field::trackNumber
                               ? sameTrack(wanted, found)
                               : comparable(field, wanted) == comparable(field, found);
-        if (!same)
+        if (!same || (!m_texts[i] && before.further(field) != after.further(field)))
             return false;
     }
     const std::optional<CString>& year = text(Field::year);

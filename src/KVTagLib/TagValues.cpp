@@ -3,17 +3,26 @@
 #include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagText.h"
 
+#include <limits>
+
 namespace KVTagLib
 {
 namespace
 {
 /// Limits for hostile files, which may have millions of either.
 constexpr std::size_t maxPictures = 64;
-constexpr std::size_t maxArtists = 64;
+constexpr std::size_t maxFurther = 64;
 
 int lengthLimit(Field field)
 {
     return field == Field::lyrics ? maxLyricsLength : maxTextLength;
+}
+
+CString shownForm(Field field, CString text)
+{
+    if (field == Field::genre)
+        return genreName(text.Trim());
+    return field == Field::year ? yearPart(text) : text;
 }
 } // namespace
 
@@ -27,48 +36,56 @@ const EmbeddedPicture* TagValues::chosenPicture() const
     return m_pictures.empty() ? nullptr : m_pictures.data();
 }
 
-bool TagValues::offerText(Field field, const TagLib::String& text)
+CString TagValues::wholeText(Field field, const TagLib::String& text) const
+{
+    const bool isCut = m_extent != TagExtent::everything;
+    return textOf(text, isCut ? lengthLimit(field) : std::numeric_limits<int>::max());
+}
+
+void TagValues::offerText(Field field, const TagLib::String& text)
 {
     if (has(field) || text.isEmpty())
-        return false;
-    const CString whole = textOf(text, lengthLimit(field));
-    const CString shown = shownText(field, whole);
+        return;
+    const CString whole = wholeText(field, text);
+    const CString shown = shownForm(field, whole);
     if (isBlank(shown))
-        return false;
+        return;
     if (field == Field::year)
         m_date = whole;
     m_values[static_cast<int>(field)] = shown;
-    return true;
 }
 
 void TagValues::offer(Field field, const TagLib::StringList& texts)
 {
     if (has(field))
         return;
+    std::vector<CString>& further = m_further[static_cast<int>(field)];
+    const std::size_t most = m_extent == TagExtent::everything ? texts.size() : maxFurther;
     for (const TagLib::String& text : texts)
     {
         if (!has(field))
             offerText(field, text);
-        else if (field != Field::artist || m_furtherArtists.size() >= maxArtists)
+        else if (further.size() >= most)
             return;
-        else if (const CString further = textOf(text); !isBlank(further))
-            m_furtherArtists.push_back(further);
+        else if (const CString shown = shownForm(field, wholeText(field, text)); !isBlank(shown))
+            further.push_back(shown);
     }
 }
 
-void TagValues::offerTrack(const TagLib::String& number, const TagLib::String& total)
+void TagValues::offerTrack(const TagLib::StringList& numbers, const TagLib::String& total)
 {
-    if (offerText(Field::trackNumber, number) && !total.isEmpty())
-    {
-        CString& shown = m_values[static_cast<int>(Field::trackNumber)];
+    if (has(Field::trackNumber))
+        return;
+    offer(Field::trackNumber, numbers);
+    CString& shown = m_values[static_cast<int>(Field::trackNumber)];
+    if (!shown.IsEmpty() && !total.isEmpty())
         shown = withTotal(shown, textOf(total));
-    }
 }
 
 void TagValues::offerPicture(const TagLib::ByteVector& content, bool frontCover)
 {
     const bool fits = content.size() <= maxPictureBytes && m_pictures.size() < maxPictures;
-    if (m_withPictures && fits && pictureKindOf(content))
+    if (wantsPictures() && fits && pictureKindOf(content))
         m_pictures.push_back({content, frontCover});
 }
 
@@ -76,9 +93,6 @@ CString shownText(Field field, const CString& text)
 {
     // Cut first, so that a text to be written and one that was read are cut in the same way and
     // compare equal.
-    CString shown = text.Left(lengthLimit(field));
-    if (field == Field::genre)
-        return genreName(shown.Trim());
-    return field == Field::year ? yearPart(shown) : shown;
+    return shownForm(field, text.Left(lengthLimit(field)));
 }
 } // namespace KVTagLib

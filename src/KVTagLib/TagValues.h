@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KVTagLib/TagField.h"
 #include "types/String.h"
 
 #include <taglib/tbytevector.h>
@@ -42,19 +43,6 @@ namespace KVTagLib
 class ApeTag;
 class AsfHeader;
 
-/// The texts that are read from and written into tags.
-enum class Field : std::uint8_t
-{
-    artist,
-    album,
-    title,
-    genre,
-    trackNumber,
-    year,
-    lyrics
-};
-constexpr int fieldCount = 7;
-
 /// A picture inside a tag.
 struct EmbeddedPicture
 {
@@ -70,39 +58,43 @@ struct EmbeddedPicture
 class TagValues
 {
 public:
-    explicit TagValues(bool withPictures) : m_withPictures(withPictures) {}
+    explicit TagValues(TagExtent extent) : m_extent(extent) {}
 
     bool has(Field field) const { return !value(field).IsEmpty(); }
     const CString& value(Field field) const { return m_values[static_cast<int>(field)]; }
     /// The complete date ("2001-05-03") of which value() gives the year.
     const CString& date() const { return m_date; }
-    /// The artists after the first one.
-    const std::vector<CString>& furtherArtists() const { return m_furtherArtists; }
+    /// The values of the field after the first one, as the same tag has them.
+    const std::vector<CString>& further(Field field) const
+    {
+        return m_further[static_cast<int>(field)];
+    }
     /// All usable pictures in the order of the file.
     const std::vector<EmbeddedPicture>& pictures() const { return m_pictures; }
     /// The picture that a reader shows: the first front cover, else the first picture; null without
     /// any.
     const EmbeddedPicture* chosenPicture() const;
-    bool wantsPictures() const { return m_withPictures; }
+    bool wantsPictures() const { return m_extent != TagExtent::texts; }
 
     /// Offers a text for a field. Blank texts are ignored. The text is converted to the form that
     /// is shown: a genre as a name, a date as a year.
     void offer(Field field, const TagLib::String& text) { offerText(field, text); }
-    /// Offers a list: its first text that is not blank counts; for artists all of them.
+    /// Offers a list: its first text that is not blank counts, and the others come after it.
     void offer(Field field, const TagLib::StringList& texts);
-    /// Offers a track number and a total from two fields.
-    void offerTrack(const TagLib::String& number, const TagLib::String& total);
+    /// Offers track numbers and a total from two fields.
+    void offerTrack(const TagLib::StringList& numbers, const TagLib::String& total);
     /// Ignores pictures that are too large or of no known kind.
     void offerPicture(const TagLib::ByteVector& content, bool frontCover);
 
 private:
-    bool offerText(Field field, const TagLib::String& text);
+    void offerText(Field field, const TagLib::String& text);
+    CString wholeText(Field field, const TagLib::String& text) const;
 
     std::array<CString, fieldCount> m_values;
     CString m_date;
-    std::vector<CString> m_furtherArtists;
+    std::array<std::vector<CString>, fieldCount> m_further;
     std::vector<EmbeddedPicture> m_pictures;
-    bool m_withPictures;
+    TagExtent m_extent;
 };
 
 /// The form in which a reader shows this text; a writer compares in this form.

@@ -99,11 +99,13 @@ void collect(const ID3v2::Tag& tag, TagValues& values)
     values.offer(Field::year, dateOf(tag));
     // Some writers leave it in tags of 2.4, where TagLib does not look for it.
     values.offer(Field::year, frameTexts(tag, "TYER"));
+    StringList lyrics;
     for (const ID3v2::Frame* frame : tag.frameList("USLT"))
     {
-        if (const auto* lyrics = dynamic_cast<const ID3v2::UnsynchronizedLyricsFrame*>(frame))
-            values.offer(Field::lyrics, lyrics->text());
+        if (const auto* text = dynamic_cast<const ID3v2::UnsynchronizedLyricsFrame*>(frame))
+            lyrics.append(text->text());
     }
+    values.offer(Field::lyrics, lyrics);
     if (!values.wantsPictures())
         return;
     for (const ID3v2::Frame* frame : tag.frameList("APIC"))
@@ -131,7 +133,7 @@ void collect(const ApeTag& tag, TagValues& values)
     for (const Field field :
          {Field::artist, Field::album, Field::title, Field::genre, Field::year, Field::lyrics})
         values.offer(field, tag.texts(field));
-    values.offerTrack(firstText(tag.texts(Field::trackNumber)), tag.trackTotal());
+    values.offerTrack(tag.texts(Field::trackNumber), tag.trackTotal());
     if (!values.wantsPictures())
         return;
     for (const ApeTag::Picture& picture : tag.pictures())
@@ -145,7 +147,7 @@ void collect(Ogg::XiphComment& tag, TagValues& values)
     values.offer(Field::album, firstOf(fields, {"ALBUM"}));
     values.offer(Field::title, firstOf(fields, {"TITLE"}));
     values.offer(Field::genre, firstOf(fields, {"GENRE"}));
-    values.offerTrack(firstText(firstOf(fields, {"TRACKNUMBER", "TRACKNUM"})),
+    values.offerTrack(firstOf(fields, {"TRACKNUMBER", "TRACKNUM"}),
                       firstText(firstOf(fields, {"TRACKTOTAL", "TOTALTRACKS"})));
     values.offer(Field::year, firstOf(fields, {"DATE", "YEAR"}));
     values.offer(Field::lyrics, firstOf(fields, {"LYRICS", "UNSYNCEDLYRICS", "UNSYNCED LYRICS"}));
@@ -185,8 +187,7 @@ void collect(const AsfHeader& header, TagValues& values)
     values.offer(Field::title, header.named(AsfHeader::Named::title));
     values.offer(Field::title, header.texts("Title"));
     values.offer(Field::genre, header.texts("WM/Genre"));
-    values.offerTrack(firstText(header.texts("WM/TrackNumber")),
-                      firstText(header.texts("TotalTracks")));
+    values.offerTrack(header.texts("WM/TrackNumber"), firstText(header.texts("TotalTracks")));
     values.offer(Field::year, header.texts("WM/Year"));
     values.offer(Field::lyrics, header.texts("WM/Lyrics"));
     if (!values.wantsPictures())

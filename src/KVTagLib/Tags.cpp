@@ -68,16 +68,39 @@ bool CTags::GetBitrate(int& bitrate) const
     return true;
 }
 
-bool CTags::get(EItem item, CString& text) const
+CStringArray CTags::GetValues(Field field) const
 {
+    if (field == Field::artist)
+        return m_artists;
+    CStringArray values;
+    CString first;
+    if (!get(field, first))
+        return values;
+    values = m_further[static_cast<int>(field)];
+    values.InsertAt(0, first);
+    return values;
+}
+
+void CTags::AddFurther(Field field, const CString& value)
+{
+    if (field == Field::artist)
+        m_artists.Add(value);
+    else
+        m_further[static_cast<int>(field)].Add(value);
+}
+
+bool CTags::get(Field field, CString& text) const
+{
+    const int item = static_cast<int>(field);
     if ((m_present & (1U << item)) == 0)
         return false;
     text = m_items[item];
     return true;
 }
 
-void CTags::set(EItem item, const CString& text)
+void CTags::set(Field field, const CString& text)
 {
+    const int item = static_cast<int>(field);
     m_items[item] = text;
     m_present = static_cast<std::uint8_t>(m_present | (1U << item));
 }

@@ -2,6 +2,7 @@
 
 #include "KVTagLib/Forward.h"
 #include "KVTagLib/PictureTag.h"
+#include "KVTagLib/TagField.h"
 #include "types/Array.h"
 #include "types/StringArray.h"
 
@@ -13,38 +14,53 @@ namespace KVTagLib
 /// which may be empty. A getter returns false and leaves its output unchanged for an absent item.
 /// Must not be used by several threads at once.
 ///
-/// A reader sets the items that the file has. A writer takes every item that is set as the wanted
-/// value ("" removes it) and leaves absent items as they are in the file.
+/// A reader sets the items that the file has, long texts cut (see TagExtent). A writer takes every
+/// item that is set as the wanted value ("" removes it) and leaves absent items as they are in the
+/// file.
 class QO_API CTags
 {
 public:
     CTags() = default;
     /// A reader that fills this object extracts embedded pictures as files into that folder, which
     /// must exist. Without a folder pictures are neither extracted nor listed.
-    explicit CTags(const CString& pictureDir) : m_pictureDir(pictureDir) {}
+    explicit CTags(const CString& pictureDir)
+        : m_extent(pictureDir.IsEmpty() ? TagExtent::texts : TagExtent::pictures)
+        , m_pictureDir(pictureDir)
+    {
+    }
+    /// The same with all that a reader finds, for people to look at: whole texts, and pictures of
+    /// any kind.
+    CTags(const CString& pictureDir, TagExtent extent) : m_extent(extent), m_pictureDir(pictureDir)
+    {
+    }
     ~CTags() = default;
 
     /// The first artist whose name is not empty; "" if all names are; false without any artist.
     bool GetFirstValidArtist(CString& artist) const;
-    bool GetAlbum(CString& album) const { return get(Album, album); }
-    bool GetTitle(CString& title) const { return get(Title, title); }
+    bool GetAlbum(CString& album) const { return get(Field::album, album); }
+    bool GetTitle(CString& title) const { return get(Field::title, title); }
     /// Always a name: numeric genres are translated by the reader.
-    bool GetGenre(CString& genre) const { return get(Genre, genre); }
+    bool GetGenre(CString& genre) const { return get(Field::genre, genre); }
     /// "3", or "3/12" when the file names a total.
-    bool GetTrackNumber(CString& number) const { return get(TrackNumber, number); }
+    bool GetTrackNumber(CString& number) const { return get(Field::trackNumber, number); }
     /// The year part of the date as the file has it: the part left of the first '-'.
-    bool GetYear(CString& year) const { return get(Year, year); }
-    bool GetLyrics(CString& lyrics) const { return get(Lyrics, lyrics); }
+    bool GetYear(CString& year) const { return get(Field::year, year); }
+    bool GetLyrics(CString& lyrics) const { return get(Field::lyrics, lyrics); }
     const CStringArray& GetArtists() const { return m_artists; }
+    /// All values of a field as a reader found them, in the order of the file, the one that the
+    /// getters above give first; empty for an absent field. Writers take artists alone from it.
+    CStringArray GetValues(Field field) const;
+    /// Appends a value to those of a field that is set.
+    void AddFurther(Field field, const CString& value);
 
     /// Appends the artist, or inserts it before the others.
     void AddArtist(const CString& artist, bool first);
-    void SetAlbum(const CString& album) { set(Album, album); }
-    void SetTitle(const CString& title) { set(Title, title); }
-    void SetGenre(const CString& genre) { set(Genre, genre); }
-    void SetTrackNumber(const CString& number) { set(TrackNumber, number); }
-    void SetYear(const CString& year) { set(Year, year); }
-    void SetLyrics(const CString& lyrics) { set(Lyrics, lyrics); }
+    void SetAlbum(const CString& album) { set(Field::album, album); }
+    void SetTitle(const CString& title) { set(Field::title, title); }
+    void SetGenre(const CString& genre) { set(Field::genre, genre); }
+    void SetTrackNumber(const CString& number) { set(Field::trackNumber, number); }
+    void SetYear(const CString& year) { set(Field::year, year); }
+    void SetLyrics(const CString& lyrics) { set(Field::lyrics, lyrics); }
 
     /// Attaches the picture that the file holds: JPEG, PNG, GIF, BMP or WebP of at most 32 MiB.
     /// False, and nothing attached, if the file is absent, unreadable or no such picture; an empty
@@ -64,29 +80,21 @@ public:
     void SetTime(int time) { m_time = time; }
     void SetBitrate(int bitrate) { m_bitrate = bitrate; }
 
+    TagExtent GetExtent() const { return m_extent; }
     const CString& GetPictureDir() const { return m_pictureDir; }
 
 private:
-    enum EItem
-    {
-        Album,
-        Title,
-        Genre,
-        TrackNumber,
-        Year,
-        Lyrics,
-        ItemCount
-    };
+    bool get(Field field, CString& text) const;
+    void set(Field field, const CString& text);
 
-    bool get(EItem item, CString& text) const;
-    void set(EItem item, const CString& text);
-
-    CString m_items[ItemCount];
-    std::uint8_t m_present = 0; ///< one bit for each item
+    CString m_items[fieldCount]; ///< all but the artist
+    std::uint8_t m_present = 0;  ///< one bit for each item
     CStringArray m_artists;
+    CStringArray m_further[fieldCount]; ///< values after the first; none of the artist
     CArray<CPictureTag> m_pictures;
     int m_time = -1;
     int m_bitrate = -1;
+    TagExtent m_extent = TagExtent::texts;
     CString m_pictureDir;
 };
 } // namespace KVTagLib

@@ -25,6 +25,10 @@ public:
     /// change.
     virtual bool Write(CTags& tags) = 0;
 
+    /// Whether the last Write() changed the file: false after a failure, and where the file said
+    /// already what it should.
+    virtual bool HasChanged() const = 0;
+
     /// One sentence about the last failure, without the path; "" after success.
     virtual CString GetError() const = 0;
 };

@@ -202,7 +202,7 @@ TEST(TagsReader, AFormatThatNothingOpensIsRefused)
 {
     const TempDir dir;
     dir.write("words", "no sound at all");
-    KVTagLib::AudioFileContent content(false);
+    KVTagLib::AudioFileContent content(KVTagLib::TagExtent::texts);
     CString error;
     EXPECT_FALSE(KVTagLib::readAudioFile(
         dir.collPath("words"), KVTagLib::AudioFormat::unknown, content, error));

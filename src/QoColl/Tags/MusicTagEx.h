@@ -131,8 +131,12 @@ public:
     /// Writes all current values into the file, which is made writable for this. Lyrics that the
     /// record did not have stay as they are in the file. The tag is clean afterwards. After a
     /// failure, such as a picture that cannot be loaded, it is unchanged, and cause says why.
-    bool writeTag(const char16_t* path, CString* cause = nullptr);
-    static bool writeTag(const char16_t* path, KVTagLib::CTags& tags, CString* cause = nullptr);
+    /// hasChanged gets whether the file was changed, or said all that already.
+    bool writeTag(const char16_t* path, CString* cause = nullptr, bool* hasChanged = nullptr);
+    static bool writeTag(const char16_t* path,
+                         KVTagLib::CTags& tags,
+                         CString* cause = nullptr,
+                         bool* hasChanged = nullptr);
     /// Reads the play time of the file again.
     void updateTime(const char16_t* path);
     /// By the extension of the path.

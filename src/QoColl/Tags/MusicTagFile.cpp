@@ -125,7 +125,7 @@ bool CMusicTagEx::readTag(const char16_t* path, CTags& tags, CString* cause)
     return read;
 }
 
-bool CMusicTagEx::writeTag(const char16_t* path, CString* cause)
+bool CMusicTagEx::writeTag(const char16_t* path, CString* cause, bool* hasChanged)
 {
     CTags tags;
     CString value;
@@ -156,7 +156,7 @@ bool CMusicTagEx::writeTag(const char16_t* path, CString* cause)
         tellWriteError(path, u"the picture " + value + u" cannot be loaded", cause);
         return false;
     }
-    if (!writeTag(path, tags, cause))
+    if (!writeTag(path, tags, cause, hasChanged))
         return false;
 
     for (EAttribType type : m_attribTypes)
@@ -170,7 +170,7 @@ bool CMusicTagEx::writeTag(const char16_t* path, CString* cause)
     return true;
 }
 
-bool CMusicTagEx::writeTag(const char16_t* path, CTags& tags, CString* cause)
+bool CMusicTagEx::writeTag(const char16_t* path, CTags& tags, CString* cause, bool* hasChanged)
 {
     qo::fileSystem().makeWritable(path);
     const std::unique_ptr<KVTagLib::ITagsWriter> writer(
@@ -181,6 +181,8 @@ bool CMusicTagEx::writeTag(const char16_t* path, CTags& tags, CString* cause)
         qo::orOutOfMemory(QO_HERE(u".\\QoColl\\MusicTagEx"), [&] { return writer->Write(tags); });
     if (!written)
         tellWriteError(path, writer->GetError(), cause);
+    if (hasChanged)
+        *hasChanged = writer->HasChanged();
     return written;
 }
 
