@@ -44,7 +44,7 @@ void printInfo(CommandLine& line, const std::string& typed)
     if (line.json)
     {
         Json object = recordJson(item, true);
-        object["tag"] = hasTag ? tagJson(tag) : Json();
+        object["tag"] = hasTag ? tagJson(tag, allValues(item.path)) : Json();
         if (!hasTag)
             object["tagError"] = cause;
         return line.out.line(dump(object));
@@ -53,7 +53,7 @@ void printInfo(CommandLine& line, const std::string& typed)
     line.out.line("\nin the collection");
     line.out.write(recordText(item));
     line.out.line("\nin the file");
-    line.out.write(hasTag ? tagTable(tag) : cause + "\n");
+    line.out.write(hasTag ? tagTable(tag, allValues(item.path)) : cause + "\n");
 }
 } // namespace
 

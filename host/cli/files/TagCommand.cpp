@@ -26,6 +26,20 @@ struct TagOptions
     bool away = false;
 };
 
+/// How the files of a write ended.
+struct WriteCounts
+{
+    std::size_t written = 0;
+    std::size_t same = 0; ///< said already what they should
+    std::size_t failed = 0;
+
+    std::string text() const
+    {
+        return countText(static_cast<std::int64_t>(written), "file") + " written" +
+               (same > 0 ? ", " + std::to_string(same) + " already so" : "");
+    }
+};
+
 /// What the tag commands work with, on the kernel's thread.
 struct TagWork
 {
@@ -90,14 +104,15 @@ ExitCode show(TagWork& work, const TagOptions& options)
     CMusicTagEx tag;
     readTag(path, tag);
     applyEdits(tag, work.pending.fields(path));
+    const KVTagLib::CTags all = allValues(path);
     if (!work.line.json)
     {
-        work.line.out.write(tagTable(tag));
+        work.line.out.write(tagTable(tag, all));
         return ExitCode::done;
     }
     Json object;
     putPath(object, "path", path);
-    object["fields"] = tagJson(tag);
+    object["fields"] = tagJson(tag, all);
     work.line.out.line(dump(object));
     return ExitCode::done;
 }
@@ -137,6 +152,7 @@ ExitCode set(TagWork& work, const TagOptions& options)
     const CString path = pathOf(work, options.file);
     CMusicTagEx tag;
     readTag(path, tag);
+    const KVTagLib::CTags all = allValues(path);
     for (const std::string& word : options.words)
     {
         const std::size_t equals = word.find('=');
@@ -145,10 +161,9 @@ ExitCode set(TagWork& work, const TagOptions& options)
         const std::string name = word.substr(0, equals);
         const host::FileField& field = findField(name);
         const std::string value = checkedValue(field, word.substr(equals + 1));
-        std::string own;
-        fieldValue(tag, field, CTagAttribValue::SV_Original, own);
+        const std::vector<std::string> own = fileValues(tag, all, field);
         // The file's own value again is no edit.
-        if (own == value)
+        if (value == (own.empty() ? "" : own.front()))
             work.pending.drop(path, name);
         else
             work.pending.set(path, name, value);
@@ -156,7 +171,7 @@ ExitCode set(TagWork& work, const TagOptions& options)
     if (!work.line.dryRun)
         work.pending.save();
     applyEdits(tag, work.pending.fields(path));
-    work.line.out.write(work.line.json ? dump(tagJson(tag)) + "\n" : tagTable(tag));
+    work.line.out.write(work.line.json ? dump(tagJson(tag, all)) + "\n" : tagTable(tag, all));
     return ExitCode::done;
 }
 
@@ -223,7 +238,7 @@ ExitCode revert(TagWork& work, const TagOptions& options)
     return ExitCode::done;
 }
 
-void writeOne(TagWork& work, const CString& path, ProgressReporter& progress)
+void writeOne(TagWork& work, const CString& path, ProgressReporter& progress, WriteCounts& counts)
 {
     CMusicTagEx tag;
     readTag(path, tag);
@@ -232,16 +247,18 @@ void writeOne(TagWork& work, const CString& path, ProgressReporter& progress)
     if (work.line.dryRun)
     {
         work.line.out.line(work.line.out.foreign(shown));
-        return work.line.out.write(tagTable(tag));
+        return work.line.out.write(tagTable(tag, allValues(path)));
     }
     CString cause;
-    if (!tag.writeTag(path, &cause))
+    bool hasChanged = false;
+    if (!tag.writeTag(path, &cause, &hasChanged))
         throw HostError(progress.isCanceled() ? ExitCode::interrupted : ExitCode::failed,
                         "the tag of " + shown +
                             " was not written, the file is as it was: " + host::plainWords(cause));
     work.pending.drop(path);
     work.pending.save();
-    work.line.note("written: " + shown);
+    ++(hasChanged ? counts.written : counts.same);
+    work.line.note((hasChanged ? "written: " : "already so, nothing to write: ") + shown);
 }
 
 std::vector<CString> pathsToWrite(const TagWork& work, const TagOptions& options)
@@ -258,7 +275,7 @@ std::vector<CString> pathsToWrite(const TagWork& work, const TagOptions& options
 
 /// Tells what an interruption left undone. Throws HostError.
 [[noreturn]] void
-stopWriting(const TagWork& work, std::span<const CString> left, std::size_t written)
+stopWriting(const TagWork& work, std::span<const CString> left, const WriteCounts& counts)
 {
     if (work.line.dryRun)
         throw HostError(ExitCode::interrupted,
@@ -267,9 +284,8 @@ stopWriting(const TagWork& work, std::span<const CString> left, std::size_t writ
     for (const CString& path : left)
         work.line.note("not written: " + host::shownPath(path));
     throw HostError(ExitCode::interrupted,
-                    "stopped: " + countText(static_cast<std::int64_t>(written), "file") +
-                        " written, and what was not keeps its edits: \"qo tag write --all\" "
-                        "goes on");
+                    "stopped: " + counts.text() +
+                        ", and what was not keeps its edits: \"qo tag write --all\" goes on");
 }
 
 ExitCode write(TagWork& work, const TagOptions& options)
@@ -282,15 +298,14 @@ ExitCode write(TagWork& work, const TagOptions& options)
     ProgressReporter progress({});
     const InterruptGuard guard(progress);
     const KVTagLib::WriteStop stop([&progress] { return progress.isCanceled(); });
-    std::size_t failed = 0;
+    WriteCounts counts;
     for (auto path = paths.begin(); path != paths.end(); ++path)
     {
-        const std::size_t written = static_cast<std::size_t>(path - paths.begin()) - failed;
         if (progress.isCanceled())
-            stopWriting(work, {path, paths.end()}, written);
+            stopWriting(work, {path, paths.end()}, counts);
         try
         {
-            writeOne(work, *path, progress);
+            writeOne(work, *path, progress, counts);
         }
         catch (const HostError& error)
         {
@@ -298,19 +313,21 @@ ExitCode write(TagWork& work, const TagOptions& options)
                 throw;
             CommandLine::complain(error.what());
             if (error.code() == ExitCode::interrupted)
-                stopWriting(work, {path, paths.end()}, written);
-            ++failed;
+                stopWriting(work, {path, paths.end()}, counts);
+            ++counts.failed;
         }
     }
-    if (!work.line.dryRun && failed < paths.size())
+    if (options.all && counts.same > 0)
+        work.line.note(counts.text());
+    if (counts.written > 0)
         work.line.note("\"qo scan\" takes the new values into the collection");
     if (const auto away = static_cast<std::int64_t>(work.pending.awayPaths().size());
         away > 0 && options.all)
         work.line.note(countText(away, "file") +
                        " with edits cannot be found: \"qo tag ls\" names what is away");
-    if (failed == 0)
+    if (counts.failed == 0)
         return ExitCode::done;
-    return failed < paths.size() ? ExitCode::partly : ExitCode::failed;
+    return counts.failed < paths.size() ? ExitCode::partly : ExitCode::failed;
 }
 
 using TagAction = ExitCode (*)(TagWork&, const TagOptions&);

@@ -57,14 +57,41 @@ void applyEdits(CMusicTagEx& tag, const host::PendingTags::Fields& edits)
     }
 }
 
-Json tagJson(const CMusicTagEx& tag)
+KVTagLib::CTags allValues(const CString& path)
+{
+    KVTagLib::CTags all(CString(), KVTagLib::TagExtent::everything);
+    CMusicTagEx::readTag(path, all);
+    return all;
+}
+
+std::vector<std::string>
+fileValues(const CMusicTagEx& tag, const KVTagLib::CTags& all, const FileField& field)
+{
+    // The attributes of texts are numbered from one in the order of the tag library's fields.
+    const int index = *field.attribute - CTagAttrib::AT_Artist;
+    std::vector<std::string> values;
+    if (index < KVTagLib::fieldCount)
+    {
+        for (CString value : all.GetValues(static_cast<KVTagLib::Field>(index)))
+            values.push_back(toUtf8(value.Trim()));
+    }
+    std::string value;
+    if (values.empty() && fieldValue(tag, field, original, value))
+        values.push_back(value);
+    return values;
+}
+
+Json tagJson(const CMusicTagEx& tag, const KVTagLib::CTags& all)
 {
     Json fields = Json::object();
     for (const FileField& field : host::tagFields())
     {
+        const std::vector<std::string> values = fileValues(tag, all, field);
         std::string value;
         Json entry = Json::object();
-        entry["file"] = fieldValue(tag, field, original, value) ? Json(value) : Json();
+        entry["file"] = values.empty() ? Json() : Json(values.front());
+        if (values.size() > 1)
+            entry["values"] = values;
         if (fieldValue(tag, field, edited, value))
             entry["edited"] = value;
         fields[field.name] = entry;
@@ -72,28 +99,38 @@ Json tagJson(const CMusicTagEx& tag)
     return fields;
 }
 
-std::string tagTable(const CMusicTagEx& tag)
+std::string tagTable(const CMusicTagEx& tag, const KVTagLib::CTags& all)
 {
-    std::vector<std::string> own;
-    std::vector<std::string> edits;
+    struct Row
+    {
+        std::string heading;
+        std::string own;
+        std::string edit = {};
+    };
+    std::vector<Row> rows;
     std::size_t width = 4;
     bool anyEdit = false;
     for (const FileField& field : host::tagFields())
     {
+        const std::size_t first = rows.size();
+        for (const std::string& own : fileValues(tag, all, field))
+            rows.push_back({rows.size() == first ? field.heading : "", cell(own)});
+        if (rows.size() == first)
+            rows.push_back({field.heading, ""});
         std::string value;
-        own.push_back(fieldValue(tag, field, original, value) ? cell(value) : "");
-        const bool isEdited = fieldValue(tag, field, edited, value);
-        edits.push_back(isEdited ? (value.empty() ? "(removed)" : cell(value)) : "");
-        anyEdit = anyEdit || isEdited;
-        width = std::max(width, std::min(textWidth(own.back()), widestValue));
+        if (fieldValue(tag, field, edited, value))
+            rows[first].edit = value.empty() ? "(removed)" : cell(value);
+        anyEdit = anyEdit || !rows[first].edit.empty();
+        for (std::size_t i = first; i < rows.size(); ++i)
+            width = std::max(width, std::min(textWidth(rows[i].own), widestValue));
     }
     std::string table;
     if (anyEdit)
         table = padded("", nameWidth) + padded("file", width) + "  edited, not yet written\n";
-    for (std::size_t i = 0; i < own.size(); ++i)
+    for (const auto& [heading, own, edit] : rows)
     {
-        std::string row = padded(host::tagFields()[i].heading, nameWidth);
-        row += edits[i].empty() ? own[i] : padded(own[i], width) + "  " + edits[i];
+        std::string row = padded(heading, nameWidth);
+        row += edit.empty() ? own : padded(own, width) + "  " + edit;
         row.erase(row.find_last_not_of(' ') + 1);
         table += row + "\n";
     }

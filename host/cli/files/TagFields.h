@@ -7,6 +7,7 @@
 #include <QoKernel/Tags.h>
 
 #include <string>
+#include <vector>
 
 namespace qo::cli
 {
@@ -20,8 +21,15 @@ bool fieldValue(const CMusicTagEx& tag,
 /// Gives the tag the pending values as edits.
 void applyEdits(CMusicTagEx& tag, const host::PendingTags::Fields& edits);
 
-/// The fields with the file's value and the edited one.
-Json tagJson(const CMusicTagEx& tag);
-/// The same as a table for people.
-std::string tagTable(const CMusicTagEx& tag);
+/// Every value of the file's tag, whole: a CMusicTagEx has one value a field, and cuts long ones as
+/// the collection does.
+KVTagLib::CTags allValues(const CString& path);
+/// The file's values of a field, the one that the tag has first; empty without any.
+std::vector<std::string>
+fileValues(const CMusicTagEx& tag, const KVTagLib::CTags& all, const host::FileField& field);
+
+/// The fields with the file's first value, all of several ("values"), and the edited one.
+Json tagJson(const CMusicTagEx& tag, const KVTagLib::CTags& all);
+/// The same as a table for people, each of several values on a line of its own.
+std::string tagTable(const CMusicTagEx& tag, const KVTagLib::CTags& all);
 } // namespace qo::cli

@@ -49,6 +49,40 @@ TEST(TagCommand, FilesOwnValueIsNoEdit)
     EXPECT_EQ(fields(qo, file)["album"]["edited"], "y");
 }
 
+TEST(TagCommand, AWriteThatChangesNothingSaysSoAndIsCountedApart)
+{
+    const QoCommand qo;
+    const std::string same = qo.addTrack("a.mp3", {"genre=Rock"});
+    const std::string other = qo.addSound("b.mp3");
+    const std::string before = qo.dir.read("music/a.mp3");
+    // The number of this genre in old tags.
+    ASSERT_EQ(qo.run({"tag", "set", same, "genre=(17)"}).code, 0);
+    qo.expect({"tag", "write", same}, 0, "already so, nothing to write: " + same);
+    EXPECT_EQ(qo.dir.read("music/a.mp3"), before);
+    ASSERT_EQ(qo.run({"tag", "set", same, "genre=17"}).code, 0);
+    ASSERT_EQ(qo.run({"tag", "set", other, "genre=Rock"}).code, 0);
+    qo.expect({"tag", "write", "--all", "--yes"}, 0, "1 file written, 1 already so");
+}
+
+TEST(TagCommand, ShowsEveryValueOfAFieldAndLongTextsWhole)
+{
+    const QoCommand qo;
+    const std::string frame("TPE1\0\0\0\x08\0\0\3Ann\0Bob", 18);
+    const std::string tag = std::string("ID3\4\0\0\0\0\0", 9) + char(18) + frame;
+    const std::string file = qo.addSound("a.mp3");
+    qo.dir.write("music/a.mp3", tag + qo.dir.read("music/a.mp3"));
+    const std::string longTitle = std::string(4096, 'a') + " end";
+    ASSERT_EQ(qo.run({"tag", "set", file, "title=" + longTitle}).code, 0);
+    ASSERT_EQ(qo.run({"tag", "write", file}).code, 0);
+    EXPECT_EQ(fields(qo, file)["title"], (nlohmann::json{{"file", longTitle}}));
+    EXPECT_EQ(fields(qo, file)["artist"],
+              (nlohmann::json{{"file", "Ann"}, {"values", {"Ann", "Bob"}}}));
+    ASSERT_EQ(qo.run({"tag", "set", file, "title=" + longTitle}).code, 0);
+    EXPECT_EQ(qo.run({"tag", "ls"}).out, "");
+    qo.expect({"tag", "show", file}, 0, "artist   Ann\n         Bob\n");
+    qo.expect({"tag", "show", file}, 0, longTitle);
+}
+
 TEST(TagCommand, WritingAllNeedsConsentAndGoesOnAfterAFailure)
 {
     const QoCommand qo;
