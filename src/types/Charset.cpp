@@ -1,8 +1,9 @@
 #include "types/Charset.h"
 
+#include "types/Utf.h"
+
 #include <unicode/ucnv.h>
 #include <unicode/ucsdet.h>
-#include <unicode/utf8.h>
 
 #include <algorithm>
 #include <memory>
@@ -29,19 +30,6 @@ bool isLikely(std::string_view name)
     return !name.starts_with("IBM") && !name.starts_with("UTF-");
 }
 } // namespace
-
-bool isUtf8(std::string_view bytes)
-{
-    const auto length = static_cast<std::int32_t>(bytes.size());
-    for (std::int32_t at = 0; at < length;)
-    {
-        UChar32 c = 0;
-        U8_NEXT(bytes.data(), at, length, c);
-        if (c < 0)
-            return false;
-    }
-    return true;
-}
 
 std::string charsetOf(std::string_view bytes)
 {

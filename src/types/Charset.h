@@ -16,7 +16,4 @@ QO_API std::string charsetOf(std::string_view bytes);
 /// The text of these bytes; "" if there is no encoding of that name. Bytes that the encoding does
 /// not know become U+FFFD.
 QO_API CString fromCharset(std::string_view bytes, const std::string& charset);
-
-/// Whether the bytes are valid UTF-8.
-QO_API bool isUtf8(std::string_view bytes);
 } // namespace qo

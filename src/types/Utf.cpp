@@ -1,6 +1,7 @@
 #include "types/Utf.h"
 
 #include <unicode/ustring.h>
+#include <unicode/utf8.h>
 
 #include <limits>
 #include <new>
@@ -39,6 +40,19 @@ CString fromUtf8(std::string_view text)
         return {small, length};
     result.ReleaseBuffer(length);
     return result;
+}
+
+bool isUtf8(std::string_view bytes)
+{
+    const std::int32_t length = checkedSize(bytes.size());
+    for (std::int32_t at = 0; at < length;)
+    {
+        UChar32 c = 0;
+        U8_NEXT(bytes.data(), at, length, c);
+        if (c < 0)
+            return false;
+    }
+    return true;
 }
 
 std::string toUtf8(std::u16string_view text)

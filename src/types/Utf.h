@@ -12,6 +12,9 @@ namespace qo
 /// Ill-formed sequences become U+FFFD.
 QO_API CString fromUtf8(std::string_view text);
 
+/// Whether the bytes are well-formed, so that fromUtf8() loses nothing.
+QO_API bool isUtf8(std::string_view bytes);
+
 /// Lone surrogates become U+FFFD.
 QO_API std::string toUtf8(std::u16string_view text);
 inline std::string toUtf8(const CString& text)

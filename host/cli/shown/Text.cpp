@@ -164,11 +164,6 @@ std::string oneLine(const CString& text)
     return toUtf8(line);
 }
 
-bool isUtf8(const std::string& bytes)
-{
-    return toUtf8(fromUtf8(bytes)) == bytes;
-}
-
 std::string fileUri(const std::string& path)
 {
     std::string uri = "file://";

@@ -29,7 +29,6 @@ std::string padded(std::string_view text, std::size_t width);
 /// A tag's text on one line: control characters become blanks.
 std::string oneLine(const CString& text);
 
-bool isUtf8(const std::string& bytes);
 /// "file:///a/b%20c": any name as plain ASCII.
 std::string fileUri(const std::string& path);
 } // namespace qo::cli
