@@ -31,5 +31,6 @@
 #include "types/List.h"
 #include "types/Map.h"
 #include "types/Normalize.h"
+#include "types/PercentEncoding.h"
 #include "types/StringArray.h"
 #include "types/Utf.h"

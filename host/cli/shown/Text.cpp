@@ -166,16 +166,6 @@ std::string oneLine(const CString& text)
 
 std::string fileUri(const std::string& path)
 {
-    std::string uri = "file://";
-    for (const char c : path)
-    {
-        const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                             (c >= '0' && c <= '9') || c == '/' || c == '-' || c == '.' ||
-                             c == '_' || c == '~';
-        char code[8];
-        std::snprintf(code, sizeof(code), "%%%02X", static_cast<unsigned char>(c));
-        uri += isPlain ? std::string(1, c) : std::string(code);
-    }
-    return uri;
+    return "file://" + percentEncoded(path, "/-._~");
 }
 } // namespace qo::cli

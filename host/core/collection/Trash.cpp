@@ -9,10 +9,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <memory>
 #include <string_view>
 
 namespace qo::host
@@ -77,22 +75,6 @@ bool isSharedTrash(const std::string& folder)
            (info.mode & sticky) != 0;
 }
 
-std::string percentEncoded(const std::string& path)
-{
-    static constexpr std::string_view plain = "-_.!~*'()/";
-    std::string text;
-    for (const char c : path)
-    {
-        const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                             (c >= '0' && c <= '9') || plain.find(c) != std::string_view::npos;
-        char escaped[4] = {c, 0, 0, 0};
-        if (!isPlain)
-            std::snprintf(escaped, sizeof(escaped), "%%%02X", static_cast<unsigned char>(c));
-        text += escaped;
-    }
-    return text;
-}
-
 std::string infoText(const std::string& path, const std::string& top)
 {
     const std::string original = top.empty() ? path : path.substr(top == "/" ? 1 : top.size() + 1);
@@ -101,7 +83,8 @@ std::string infoText(const std::string& path, const std::string& top)
     ::localtime_r(&now, &local);
     char date[32];
     std::strftime(date, sizeof(date), "%Y-%m-%dT%H:%M:%S", &local);
-    return "[Trash Info]\nPath=" + percentEncoded(original) + "\nDeletionDate=" + date + "\n";
+    return "[Trash Info]\nPath=" + percentEncoded(original, "-_.!~*'()/") +
+           "\nDeletionDate=" + date + "\n";
 }
 
 /// "song.mp3", "song.2.mp3", ...: cut so that the name of the note about it fits as well.

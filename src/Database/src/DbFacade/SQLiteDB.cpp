@@ -6,13 +6,13 @@
 #include "common/SimpleLogger.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "types/PercentEncoding.h"
 #include "types/Utf.h"
 
 #include <sqlite3.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -78,15 +78,7 @@ int openReadOnly(const CString& path, const std::string& systemPath, sqlite3*& d
 {
     if (!isEmptyOrAbsent(path + u"-wal"))
         return sqlite3_open_v2(systemPath.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
-    std::string uri = "file:";
-    for (const char c : systemPath)
-    {
-        char code[4];
-        const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                             (c >= '0' && c <= '9') || c == '/' || c == '.' || c == '-';
-        std::snprintf(code, sizeof(code), "%%%02X", static_cast<unsigned char>(c));
-        uri += isPlain ? std::string(1, c) : std::string(code);
-    }
+    const std::string uri = "file:" + qo::percentEncoded(systemPath, "/.-");
     const int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
     return sqlite3_open_v2((uri + "?immutable=1").c_str(), &db, flags, nullptr);
 }
