@@ -16,4 +16,6 @@ CString quotedName(CString name);
 std::int64_t numberOf(const CSQLiteDB& db, const CString& sql);
 /// The first field of each row.
 CStringArray textsOf(const CSQLiteDB& db, const CString& sql);
+/// The columns that a table of a collection should have and this one has not: all if it is absent.
+CStringArray missingColumns(const CSQLiteDB& db, const CString& table);
 } // namespace qo::host

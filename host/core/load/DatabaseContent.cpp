@@ -3,12 +3,10 @@
 #include "core/base/DatabaseError.h"
 #include "core/base/DatabaseQuery.h"
 #include "core/base/HostFiles.h"
-#include "core/load/DatabaseRepair.h"
 
 #include <QoKernel/Collection.h>
 #include <QoKernel/Inside.h>
 
-#include <algorithm>
 #include <memory>
 
 namespace qo::host
@@ -32,18 +30,12 @@ constexpr Check checks[] = {
 /// The columns that a load or a save would miss.
 void checkColumns(const CSQLiteDB& db, std::vector<std::string>& faults)
 {
-    for (const char16_t* const table : collectionTables)
+    CStringArray tables;
+    CQoCollDb::getTables(tables);
+    for (const CString& table : tables)
     {
-        const CStringArray found =
-            textsOf(db, u"SELECT name FROM pragma_table_info('" + CString(table) + u"')");
-        CStringArray columns;
-        CQoCollDb::getColumns(table, columns);
-        for (const CString& column : columns)
-        {
-            if (std::find(found.begin(), found.end(), column) == found.end())
-                faults.push_back("there is no column " + toUtf8(CString(table)) + "." +
-                                 toUtf8(column));
-        }
+        for (const CString& column : missingColumns(db, table))
+            faults.push_back("there is no column " + toUtf8(table) + "." + toUtf8(column));
     }
 }
 

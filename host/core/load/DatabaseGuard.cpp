@@ -12,7 +12,6 @@
 #include <QoKernel/Collection.h>
 #include <QoKernel/Inside.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <set>
@@ -24,24 +23,16 @@ namespace
 /// A writer is done within this time, or something holds the database for itself.
 constexpr int patience = 3000; ///< milliseconds
 
-bool has(const CStringArray& texts, const CString& text)
-{
-    return std::find(texts.begin(), texts.end(), text) != texts.end();
-}
-
 /// A missing column, or a row whose id no record can bear.
 std::string spoiltTable(const CSQLiteDB& db, const CString& table)
 {
-    const CStringArray found = textsOf(db, u"SELECT name FROM pragma_table_info('" + table + u"')");
-    if (found.IsEmpty())
-        return "the table " + toUtf8(table) + " is missing";
+    const CStringArray missing = missingColumns(db, table);
     CStringArray columns;
     CQoCollDb::getColumns(table, columns);
-    for (const CString& column : columns)
-    {
-        if (!has(found, column))
-            return "the column " + toUtf8(column) + " is missing";
-    }
+    if (missing.GetSize() == columns.GetSize())
+        return "the table " + toUtf8(table) + " is missing";
+    if (!missing.IsEmpty())
+        return "the column " + toUtf8(missing[0]) + " is missing";
     // Those of files are replaced without a repair. The ranges are looked up, not searched for.
     const CString& id = columns[0];
     const CString exists = u"EXISTS (SELECT 1 FROM " + table + u" WHERE " + id;
@@ -54,7 +45,9 @@ std::string spoiltTable(const CSQLiteDB& db, const CString& table)
 /// What nothing can be loaded without.
 std::string missingParts(const CSQLiteDB& db)
 {
-    for (const char16_t* const table : collectionTables)
+    CStringArray tables;
+    CQoCollDb::getTables(tables);
+    for (const CString& table : tables)
     {
         std::string spoilt = spoiltTable(db, table);
         if (!spoilt.empty())
@@ -76,9 +69,10 @@ std::string damagedPage(const CSQLiteDB& db)
 /// A table and its indexes have the same rows; a page that went astray takes them from one only.
 std::string differingCounts(const CSQLiteDB& db)
 {
-    for (const char16_t* const name : collectionTables)
+    CStringArray tables;
+    CQoCollDb::getTables(tables);
+    for (const CString& table : tables)
     {
-        const CString table(name);
         const CStringArray indexes =
             textsOf(db,
                     u"SELECT name FROM sqlite_master WHERE type = 'index' AND tbl_name = '" +

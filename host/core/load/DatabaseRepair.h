@@ -6,16 +6,6 @@
 
 namespace qo::host
 {
-/// The tables of a collection that hold what people have; the version stands in one of its own.
-constexpr const char16_t* collectionTables[] = {u"FILE_T",
-                                                u"SESSION_T",
-                                                u"PLAYLIST_T",
-                                                u"COLL_T",
-                                                u"AC_STREAM_T",
-                                                u"AC_STREAM_TRACK_T",
-                                                u"INPLACE_T",
-                                                u"SHARE_T"};
-
 /// Reads what can be read of a damaged collection into a new database, see Salvage. On the thread
 /// that calls the kernel.
 class DatabaseRepair

@@ -33,6 +33,8 @@ public:
     CQoCollDb& operator=(const CQoCollDb&) = delete;
 
     static const char16_t* currentVersion() noexcept; ///< of the schema that this version writes
+    /// The tables of that schema that hold what people have; the version stands in one of its own.
+    static void getTables(CStringArray& tables);
     /// The columns of a table of that schema, in order; none for another table.
     static void getColumns(const CString& table, CStringArray& columns);
     /// The stored version of an existing file. False if there is no file, it is not a database, or

@@ -28,7 +28,8 @@ constexpr int maxExaminations = 10;
 /// The files that SQLite keeps beside a database.
 constexpr const char16_t* sideFiles[] = {u"-wal", u"-shm", u"-journal"};
 
-constexpr const char16_t* tableNames[] = {u"VERSION_T",
+constexpr const char16_t* versionTable = u"VERSION_T";
+constexpr const char16_t* tableNames[] = {versionTable,
                                           u"FILE_T",
                                           u"SESSION_T",
                                           u"PLAYLIST_T",
@@ -92,6 +93,16 @@ CString runQuery(CSQLiteDB& db, const CString& sql)
 const char16_t* CQoCollDb::currentVersion() noexcept
 {
     return version;
+}
+
+void CQoCollDb::getTables(CStringArray& tables)
+{
+    tables.RemoveAll();
+    for (const char16_t* const name : tableNames)
+    {
+        if (name != versionTable)
+            tables.Add(name);
+    }
 }
 
 void CQoCollDb::getColumns(const CString& table, CStringArray& columns)
