@@ -10,7 +10,6 @@
 #include "core/roots/RootGuard.h"
 
 #include <algorithm>
-#include <memory>
 
 namespace qo::cli
 {

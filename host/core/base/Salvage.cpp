@@ -25,7 +25,6 @@ constexpr int failuresOfPage = 4000;
 /// Where the first page has what is needed here (file format of SQLite 3).
 constexpr std::size_t headerSize = 100;
 constexpr std::size_t pageSizeAt = 16;
-constexpr std::size_t writeVersionAt = 18;
 constexpr std::size_t freeListAt = 32;
 constexpr std::size_t encodingAt = 56;
 constexpr unsigned char leafOfTable = 0x0D;

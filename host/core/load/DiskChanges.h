@@ -52,9 +52,6 @@ private:
     takeOne(Found& next, const std::vector<FoundFile>& found, const CString& known);
     void addNew(const FoundFile& file);
     void addMet(const QoFileDbItemPtr& record, const FoundFile& file);
-    void addUnmet(const QoFileDbItemPtr& record);
-    /// Where the walk met the file of that path; null if it did not.
-    const FoundFile* meetingOf(const CString& path, const std::vector<FoundFile>& found);
     void settleUnmet(const std::vector<FoundFile>& found);
 
     ScanHost& m_host;

@@ -4,7 +4,6 @@
 #include "Database/src/DbFacade/SQLiteQueryResult.h"
 
 #include <limits>
-#include <memory>
 
 bool qo::isRowId(std::int64_t id) noexcept
 {

@@ -9,7 +9,6 @@
 #include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
 #include "common/MakeObject.h"
 
-#include <memory>
 #include <new>
 
 // One list of columns, from which the texts of all statements on file records are made. A new
