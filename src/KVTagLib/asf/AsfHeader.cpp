@@ -5,7 +5,6 @@
 #include <taglib/tfile.h>
 
 #include <algorithm>
-#include <limits>
 #include <string_view>
 
 // Takes a Windows Media header apart and puts it together again. An object is a GUID of 16 bytes,

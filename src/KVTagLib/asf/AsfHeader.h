@@ -119,9 +119,9 @@ private:
     /// Calls work(place, name) for all attributes in the order of their values.
     template <class Work>
     void forAttributes(Work work) const;
-    /// The spelling of the name that counts, as its bytes.
-    TagLib::ByteVector spellingOf(const TagLib::String& name) const;
-    std::vector<Place> placesOf(const TagLib::String& name) const;
+    /// The spelling of the name that counts.
+    TagLib::ByteVector spellingOf(const TagLib::ByteVector& name) const;
+    std::vector<Place> placesOf(const TagLib::ByteVector& spelling) const;
     /// The last object of that kind; null if there is none.
     const Object* find(Kind kind) const;
     Object& findOrMake(Kind kind);

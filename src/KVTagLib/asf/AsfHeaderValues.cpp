@@ -13,7 +13,6 @@ namespace KVTagLib
 {
 namespace
 {
-
 /// Whether the extended description, which knows neither streams nor languages, can hold the value.
 bool fitsExtended(const AsfValue& value)
 {
@@ -55,26 +54,23 @@ void AsfHeader::forAttributes(Work work) const
     }
 }
 
-ByteVector AsfHeader::spellingOf(const String& name) const
+ByteVector AsfHeader::spellingOf(const ByteVector& name) const
 {
-    const ByteVector exact = asfBytes(name);
-    const String upper = name.upper();
     std::optional<ByteVector> first;
     bool isExactThere = false;
     forAttributes(
         [&](const Place&, const ByteVector& spelling)
         {
-            isExactThere = isExactThere || isSameAsfText(spelling, exact);
-            if (!first && !isExactThere && asfText(spelling).upper() == upper)
+            isExactThere = isExactThere || isSameAsfText(spelling, name);
+            if (!first && isSameAsfName(spelling, name))
                 first = spelling;
         });
-    return isExactThere ? exact : first.value_or(exact);
+    return isExactThere ? name : first.value_or(name);
 }
 
-std::vector<AsfHeader::Place> AsfHeader::placesOf(const String& name) const
+std::vector<AsfHeader::Place> AsfHeader::placesOf(const ByteVector& spelling) const
 {
     std::vector<Place> places;
-    const ByteVector spelling = spellingOf(name);
     forAttributes(
         [&](const Place& place, const ByteVector& other)
         {
@@ -87,7 +83,7 @@ std::vector<AsfHeader::Place> AsfHeader::placesOf(const String& name) const
 std::vector<AsfValue> AsfHeader::values(const String& name) const
 {
     std::vector<AsfValue> list;
-    for (const auto& [object, attribute] : placesOf(name))
+    for (const auto& [object, attribute] : placesOf(spellingOf(asfBytes(name))))
         list.push_back(m_objects[object].attributes[attribute].value);
     return list;
 }
@@ -105,8 +101,8 @@ StringList AsfHeader::texts(const String& name) const
 
 void AsfHeader::setValues(const String& name, const std::vector<std::optional<AsfValue>>& values)
 {
-    const std::vector<Place> places = placesOf(name);
-    const ByteVector spelling = spellingOf(name);
+    const ByteVector spelling = spellingOf(asfBytes(name));
+    const std::vector<Place> places = placesOf(spelling);
     const auto isKept = [&](std::size_t i) { return i < values.size() && values[i]; };
     bool fits = true;
     for (std::size_t i = 0; i < places.size() && fits; ++i)
@@ -127,7 +123,7 @@ void AsfHeader::setValues(const String& name, const std::vector<std::optional<As
     const auto isGone = [&](const Attribute& attribute)
     {
         return attribute.isRemoved || (!isSameAsfText(attribute.name, spelling) &&
-                                       asfText(attribute.name).upper() == name.upper());
+                                       isSameAsfName(attribute.name, spelling));
     };
     for (Object& object : m_objects)
         std::erase_if(object.attributes, isGone);

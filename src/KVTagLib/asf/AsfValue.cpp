@@ -44,6 +44,24 @@ bool isSameAsfText(const ByteVector& a, const ByteVector& b)
     return unitsOf(a) == unitsOf(b);
 }
 
+bool isSameAsfName(const ByteVector& a, const ByteVector& b)
+{
+    // A capital letter and its small one differ in one bit of the first of their two bytes.
+    constexpr char caseBit = 0x20;
+    const std::string_view left = unitsOf(a);
+    const std::string_view right = unitsOf(b);
+    if (left.size() != right.size())
+        return false;
+    for (std::size_t i = 0; i < left.size(); ++i)
+    {
+        const char small = static_cast<char>(left[i] | caseBit);
+        const bool isLetter = i % 2 == 0 && left[i + 1] == 0 && small >= 'a' && small <= 'z';
+        if (left[i] != right[i] && (!isLetter || small != (right[i] | caseBit)))
+            return false;
+    }
+    return true;
+}
+
 bool isShown(const AsfValue& value)
 {
     return value.type == AsfValue::text || value.type == AsfValue::number ||

@@ -31,6 +31,8 @@ struct AsfValue
 TagLib::String asfText(const TagLib::ByteVector& bytes);
 TagLib::ByteVector asfBytes(const TagLib::String& text);
 bool isSameAsfText(const TagLib::ByteVector& a, const TagLib::ByteVector& b);
+/// Without regard to the case of Latin letters.
+bool isSameAsfName(const TagLib::ByteVector& a, const TagLib::ByteVector& b);
 
 /// Whether a reader shows it as a text: texts and numbers.
 bool isShown(const AsfValue& value);
