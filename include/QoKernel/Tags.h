@@ -2,7 +2,6 @@
 
 // Tags of music files: CMusicTagEx with values by source, and the tag library behind it.
 #include "KVTagLib/PictureTag.h"
-#include "KVTagLib/SoundHead.h"
 #include "KVTagLib/TagField.h"
 #include "KVTagLib/Tags.h"
 #include "KVTagLib/TagsReader.h"
@@ -11,6 +10,7 @@
 #include "KVTagLib/TagsWriterFactory.h"
 #include "KVTagLib/ValidExtensions.h"
 #include "KVTagLib/WriteStop.h"
+#include "KVTagLib/sound/SoundHead.h"
 #include "QoColl/Tags/MusicTagEx.h"
 #include "QoColl/Tags/SimpleMusicTag.h"
 #include "QoColl/Tags/TagAttrib.h"

@@ -2,11 +2,11 @@
 
 #include "KVTagLib/AudioFile.h"
 #include "KVTagLib/AudioFileEditor.h"
-#include "KVTagLib/AudioRegion.h"
 #include "KVTagLib/CopyStream.h"
 #include "KVTagLib/TagChanges.h"
 #include "KVTagLib/Tags.h"
 #include "KVTagLib/WriteStop.h"
+#include "KVTagLib/sound/AudioRegion.h"
 #include "platform/FileReplacement.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"

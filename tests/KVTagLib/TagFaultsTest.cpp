@@ -1,5 +1,5 @@
-#include "KVTagLib/AudioRegion.h"
 #include "KVTagLib/TagFiles.h"
+#include "KVTagLib/sound/AudioRegion.h"
 #include "platform/Platform.h"
 #include "support/Words.h"
 

@@ -1,5 +1,5 @@
-#include "KVTagLib/AudioRegionReader.h"
 #include "KVTagLib/mp4/Mp4Atoms.h"
+#include "KVTagLib/sound/AudioRegionReader.h"
 
 #include <algorithm>
 #include <optional>

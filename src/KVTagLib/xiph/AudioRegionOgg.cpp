@@ -1,4 +1,4 @@
-#include "KVTagLib/AudioRegionReader.h"
+#include "KVTagLib/sound/AudioRegionReader.h"
 
 #include <map>
 

@@ -1,9 +1,9 @@
-#include "KVTagLib/AudioRegion.h"
+#include "KVTagLib/sound/AudioRegion.h"
 
-#include "KVTagLib/AudioRegionReader.h"
 #include "KVTagLib/ape/ApeTag.h"
 #include "KVTagLib/id3/Id3v1Tag.h"
 #include "KVTagLib/id3/Id3v2Editor.h"
+#include "KVTagLib/sound/AudioRegionReader.h"
 
 #include <algorithm>
 

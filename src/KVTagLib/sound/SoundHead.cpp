@@ -1,7 +1,7 @@
-#include "KVTagLib/SoundHead.h"
+#include "KVTagLib/sound/SoundHead.h"
 
-#include "KVTagLib/AudioRegion.h"
-#include "KVTagLib/AudioRegionReader.h"
+#include "KVTagLib/sound/AudioRegion.h"
+#include "KVTagLib/sound/AudioRegionReader.h"
 #include "platform/Platform.h"
 
 namespace KVTagLib
