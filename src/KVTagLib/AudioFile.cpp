@@ -7,6 +7,7 @@
 #include "KVTagLib/id3/FrameBounds.h"
 #include "KVTagLib/id3/ReadableFrames.h"
 #include "KVTagLib/mp4/Mp4PlayTime.h"
+#include "KVTagLib/riff/RiffChunks.h"
 #include "KVTagLib/riff/WavPlayTime.h"
 #include "platform/Platform.h"
 
@@ -28,8 +29,8 @@
 
 #include <exception>
 #include <limits>
-#include <mutex>
 #include <new>
+#include <type_traits>
 
 // One table row for each format says how its TagLib file is opened and read. collectFrom() offers
 // the tags of an open file, best first; readOpened() adds the properties of the sound; parse()
@@ -50,16 +51,12 @@ constexpr unsigned headBytes = 64;
 class InfoTexts final : public RIFF::Info::StringHandler
 {
 public:
+    /// Lets TagLib ask this object.
+    InfoTexts() { RIFF::Info::Tag::setStringHandler(this); }
+
     String parse(const ByteVector& bytes) const override { return textOfBytes(bytes); }
 };
 #pragma GCC diagnostic pop
-
-void prepareInfoTexts()
-{
-    static const InfoTexts texts;
-    static std::once_flag once;
-    std::call_once(once, [] { RIFF::Info::Tag::setStringHandler(&texts); });
-}
 
 /// For tags that a file may not have.
 template <class Tag>
@@ -182,10 +179,6 @@ void readOpened<Ogg::FLAC::File>(TagLib::File& opened, AudioFileContent& content
     properties.bitrate = static_cast<int>(static_cast<double>(file.length()) * 8 / milliseconds);
 }
 
-/// How the file of a format is opened, and how it is read when open.
-using Opener = std::unique_ptr<TagLib::File> (*)(IOStream&, ID3v2::FrameFactory&);
-using Collector = void (*)(TagLib::File&, AudioFileContent&);
-
 template <class SomeFile>
 std::unique_ptr<TagLib::File> openPlain(IOStream& stream, ID3v2::FrameFactory&)
 {
@@ -198,55 +191,97 @@ std::unique_ptr<TagLib::File> openWithFrames(IOStream& stream, ID3v2::FrameFacto
     return std::make_unique<SomeFile>(&stream, &factory);
 }
 
+template <class SomeFile>
+constexpr bool isBigEndian = std::is_same_v<SomeFile, RIFF::AIFF::File>;
+
+/// Null if a tag asks for more work than a sound file would.
+template <class SomeFile>
+std::unique_ptr<TagLib::File> openChunks(IOStream& stream, ID3v2::FrameFactory&)
+{
+    static const InfoTexts texts;
+    return hasUnboundedFrames(stream, isBigEndian<SomeFile>) ? nullptr
+                                                             : std::make_unique<SomeFile>(&stream);
+}
+
+ID3v2::Tag* id3v2TagOf(RIFF::AIFF::File& file)
+{
+    return file.hasID3v2Tag() ? file.tag() : nullptr;
+}
+template <class SomeFile>
+ID3v2::Tag* id3v2TagOf(SomeFile& file)
+{
+    return file.hasID3v2Tag() ? file.ID3v2Tag() : nullptr;
+}
+
+template <class SomeFile>
+void readOnAtStart(TagLib::File& opened, const BoundedFrameFactory& factory, IOStream& stream)
+{
+    if (ID3v2::Tag* const tag = id3v2TagOf(static_cast<SomeFile&>(opened)))
+        readOn(*tag, factory, stream);
+}
+
+/// Here TagLib takes no factory that could say how far it came, so the tag is always read again.
+template <class SomeFile>
+void readOnInChunks(TagLib::File& opened, const BoundedFrameFactory&, IOStream& stream)
+{
+    ID3v2::Tag* const tag = id3v2TagOf(static_cast<SomeFile&>(opened));
+    if (!tag)
+        return;
+    const auto look = [&](const RiffChunk& chunk)
+    {
+        if (!chunk.isId3())
+            return true;
+        stream.seek(chunk.start);
+        readAgain(*tag, stream.readBlock(static_cast<unsigned long>(chunk.size)));
+        return false;
+    };
+    forEachRiffChunk(stream, isBigEndian<SomeFile>, look);
+}
+
+/// How the file of a format is opened, and how it is read when open. The last two may be null.
 struct FormatRow
 {
-    Opener open;
-    Collector read;
+    std::unique_ptr<TagLib::File> (*open)(IOStream&, ID3v2::FrameFactory&);
+    void (*read)(TagLib::File&, AudioFileContent&);
+    /// Completes what TagLib read of an ID3v2 tag.
+    void (*readOn)(TagLib::File&, const BoundedFrameFactory&, IOStream&);
+    /// Completes the properties of the sound.
+    void (*complete)(IOStream&, AudioProperties&);
 };
 
 template <class SomeFile>
-constexpr FormatRow plain{openPlain<SomeFile>, readOpened<SomeFile>};
+constexpr FormatRow plain{openPlain<SomeFile>, readOpened<SomeFile>, nullptr, nullptr};
 template <class SomeFile>
-constexpr FormatRow withFrames{openWithFrames<SomeFile>, readOpened<SomeFile>};
+constexpr FormatRow withFrames{
+    openWithFrames<SomeFile>, readOpened<SomeFile>, readOnAtStart<SomeFile>, nullptr};
+template <class SomeFile>
+constexpr FormatRow ofChunks{
+    openChunks<SomeFile>, readOpened<SomeFile>, readOnInChunks<SomeFile>, nullptr};
+
+constexpr FormatRow completed(FormatRow row, void (*complete)(IOStream&, AudioProperties&))
+{
+    row.complete = complete;
+    return row;
+}
 
 /// In the order of AudioFormat.
 constexpr FormatRow formats[] = {
-    {nullptr, nullptr},
+    {},
     withFrames<MPEG::File>,
     withFrames<FLAC::File>,
     plain<Ogg::Vorbis::File>,
     plain<Ogg::FLAC::File>,
     plain<Ogg::Speex::File>,
     plain<Ogg::Opus::File>,
-    plain<MP4::File>,
+    completed(plain<MP4::File>, completeMp4),
     plain<ASF::File>,
-    plain<RIFF::WAV::File>,
-    plain<RIFF::AIFF::File>,
+    completed(ofChunks<RIFF::WAV::File>, completeWav),
+    ofChunks<RIFF::AIFF::File>,
     plain<APE::File>,
     plain<WavPack::File>,
     plain<MPC::File>,
     withFrames<TrueAudio::File>,
 };
-
-const FormatRow& rowOf(AudioFormat format)
-{
-    return formats[static_cast<int>(format)];
-}
-
-/// The ID3v2 tag at the start of the file; null without one.
-ID3v2::Tag* id3v2TagOf(TagLib::File& opened)
-{
-    const auto tagOf = [&opened]<class SomeFile>(SomeFile*) -> ID3v2::Tag*
-    {
-        auto* const file = dynamic_cast<SomeFile*>(&opened);
-        return file && file->hasID3v2Tag() ? file->ID3v2Tag() : nullptr;
-    };
-    if (ID3v2::Tag* const tag = tagOf(static_cast<MPEG::File*>(nullptr)))
-        return tag;
-    if (ID3v2::Tag* const tag = tagOf(static_cast<FLAC::File*>(nullptr)))
-        return tag;
-    return tagOf(static_cast<TrueAudio::File*>(nullptr));
-}
 
 /// TagLib accepts anything as MPEG audio, so there must be a frame or a tag.
 bool holdsSomething(TagLib::File& file, const AudioFileContent& content)
@@ -265,24 +300,16 @@ bool parse(ByteStream& stream, AudioFormat expected, AudioFileContent& content)
     // These bytes are in the page that the parser reads first, so looking at them costs nothing.
     const AudioFormat found = formatOfContent({head.data(), head.size()});
     content.format = found != AudioFormat::unknown ? found : expected;
-    const bool aiff = content.format == AudioFormat::aiff;
-    if ((aiff || content.format == AudioFormat::wav) && hasUnboundedFrames(stream, aiff))
-        return false;
-    const FormatRow& row = rowOf(content.format);
-    if (!row.open)
-        return false;
-    prepareInfoTexts();
+    const FormatRow& row = formats[static_cast<int>(content.format)];
     BoundedFrameFactory factory;
-    const std::unique_ptr<TagLib::File> file = row.open(stream, factory);
-    if (!file->isValid())
+    const std::unique_ptr<TagLib::File> file = row.open ? row.open(stream, factory) : nullptr;
+    if (!file || !file->isValid())
         return false;
-    if (ID3v2::Tag* const tag = id3v2TagOf(*file))
-        readOn(*tag, factory, stream);
+    if (row.readOn)
+        row.readOn(*file, factory, stream);
     row.read(*file, content);
-    if (content.format == AudioFormat::mp4)
-        completeMp4(stream, content.properties);
-    else if (content.format == AudioFormat::wav)
-        completeWav(stream, content.properties);
+    if (row.complete)
+        row.complete(stream, content.properties);
     return holdsSomething(*file, content);
 }
 } // namespace

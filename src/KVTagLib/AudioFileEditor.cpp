@@ -22,8 +22,6 @@
 #include <taglib/vorbisfile.h>
 #include <taglib/wavpackfile.h>
 
-#include <algorithm>
-
 // Edits the tags of each format. Formats with a single kind of tag go to their editor; MPEG, True
 // Audio and the formats with APE tags may have several tags in one file, and all of these get the
 // change.
@@ -74,9 +72,9 @@ bool editMpeg(FileStream& stream, const TagChanges& changes)
         if (!file.isValid())
             return false;
         hasId3v2 = file.hasID3v2Tag();
-        // A new kind of tag is added only when those that are present cannot hold the values.
-        hasOther = file.hasAPETag() || (file.hasID3v1Tag() && fitsId3v1(changes, stream));
         hasApe = file.hasAPETag();
+        // A new kind of tag is added only when those that are present cannot hold the values.
+        hasOther = hasApe || (file.hasID3v1Tag() && fitsId3v1(changes, stream));
     }
     if (hasApe && !editApe(stream, changes))
         return false;

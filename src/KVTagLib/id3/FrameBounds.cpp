@@ -1,6 +1,7 @@
 #include "KVTagLib/id3/FrameBounds.h"
 
 #include "KVTagLib/id3/Id3v2Editor.h"
+#include "KVTagLib/riff/RiffChunks.h"
 
 #include <taglib/id3v2synchdata.h>
 
@@ -36,26 +37,19 @@ bool BoundedFrameFactory::updateFrame(FrameNames::Header* header) const
 
 bool hasUnboundedFrames(IOStream& stream, bool bigEndian)
 {
-    constexpr long formHeader = 12;
-    constexpr long chunkHeader = 8;
-    long at = formHeader;
     bool beyond = false;
-    while (!beyond && at + chunkHeader <= stream.length())
+    const auto look = [&](const RiffChunk& chunk)
     {
-        stream.seek(at, IOStream::Beginning);
-        const ByteVector header = stream.readBlock(chunkHeader);
-        if (header.size() < chunkHeader)
-            break;
-        const long size = header.toUInt(4U, bigEndian);
-        if (header.startsWith("ID3 ") || header.startsWith("id3 "))
-        {
-            Id3v2Editor tag;
-            beyond = tag.load(stream.readBlock(static_cast<unsigned long>(size))) &&
-                     tag.compressedBytes() > maxCompressedBytes;
-        }
-        at += chunkHeader + size + (size & 1);
-    }
-    stream.seek(0, IOStream::Beginning);
+        if (!chunk.isId3())
+            return true;
+        stream.seek(chunk.start);
+        Id3v2Editor tag;
+        beyond = tag.load(stream.readBlock(static_cast<unsigned long>(chunk.size))) &&
+                 tag.compressedBytes() > maxCompressedBytes;
+        return !beyond;
+    };
+    forEachRiffChunk(stream, bigEndian, look);
+    stream.seek(0);
     return beyond;
 }
 } // namespace KVTagLib

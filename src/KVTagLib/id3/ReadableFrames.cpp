@@ -5,17 +5,12 @@
 
 #include <taglib/textidentificationframe.h>
 
-#include <algorithm>
-
 using namespace TagLib;
 
 namespace KVTagLib
 {
 namespace
 {
-constexpr char utf16WithMark = 1;
-constexpr char lastEncoding = 3;
-constexpr char encodedIn24 = '\x02';
 
 bool isFlagged(const ByteVector& flags, char flag)
 {
@@ -115,9 +110,9 @@ readableFrame(int version, const ByteVector& id, ByteVector& flags, const ByteVe
     const bool isLyrics = id == "USLT" || id == "ULT";
     if (!isPlain || (!isText && !isLyrics) || content.isEmpty())
         return content;
-    if (content[0] < 0 || content[0] > lastEncoding)
+    if (content[0] < 0 || content[0] > String::UTF8)
         return {};
-    if (content[0] != utf16WithMark)
+    if (content[0] != String::UTF16)
         return content;
     if (isLyrics)
         return lyricsWithMarks(content);
@@ -132,21 +127,29 @@ void readOn(ID3v2::Tag& tag, const BoundedFrameFactory& factory, IOStream& strea
         return;
     stream.seek(0);
     const int start = Id3v2Editor::find(stream.readBlock(Id3v2Editor::searchedBytes));
+    if (start < 0)
+        return;
     stream.seek(start);
     const unsigned size = Id3v2Editor::sizeOf(stream.readBlock(Id3v2Editor::headerBytes));
     stream.seek(start);
+    readAgain(tag, stream.readBlock(size));
+}
+
+void readAgain(ID3v2::Tag& tag, const ByteVector& bytes)
+{
     Id3v2Editor editor;
-    (void)editor.load(stream.readBlock(size));
+    (void)editor.load(bytes);
     const std::vector<ByteVector> frames = editor.readableFrames();
-    if (start < 0 || frames.size() < tag.frameList().size())
+    if (frames.size() < tag.frameList().size())
         return;
     for (ID3v2::Frame* frame : ID3v2::FrameList(tag.frameList()))
         tag.removeFrame(frame);
-    const ID3v2::Header header = plainHeader(editor.majorVersion(), size);
+    const ID3v2::Header header = plainHeader(editor.majorVersion(), bytes.size());
     const BoundedFrameFactory bounded;
-    for (const ByteVector& bytes : frames)
+    for (const ByteVector& content : frames)
     {
-        ID3v2::Frame* const frame = bytes.isEmpty() ? nullptr : bounded.createFrame(bytes, &header);
+        ID3v2::Frame* const frame =
+            content.isEmpty() ? nullptr : bounded.createFrame(content, &header);
         if (frame)
             tag.addFrame(frame);
     }

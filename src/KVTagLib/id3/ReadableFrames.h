@@ -25,4 +25,6 @@ TagLib::ByteVector readableFrame(int version,
 /// factory. TagLib ends at the first frame that it does not like (an id with a blank, no content),
 /// and mistakes the size of extended headers.
 void readOn(TagLib::ID3v2::Tag& tag, const BoundedFrameFactory& factory, TagLib::IOStream& stream);
+/// Reads the frames of the tag in these bytes, unless TagLib has read more of them.
+void readAgain(TagLib::ID3v2::Tag& tag, const TagLib::ByteVector& bytes);
 } // namespace KVTagLib

@@ -96,7 +96,10 @@ private:
         if (atom.name == "mvhd")
             m_movie = timeIn(contentOf(atom));
         else if (atom.name == "trex")
-            m_timeOfSample[numberAt(contentOf(atom), 4)] = numberAt(contentOf(atom), 12);
+        {
+            const ByteVector content = contentOf(atom);
+            m_timeOfSample[numberAt(content, 4)] = numberAt(content, 12);
+        }
         else if (atom.name == "tfhd")
             readFragment(contentOf(atom));
         else if (atom.name == "trun")

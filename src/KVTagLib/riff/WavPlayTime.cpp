@@ -1,5 +1,7 @@
 #include "KVTagLib/riff/WavPlayTime.h"
 
+#include "KVTagLib/riff/RiffChunks.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -11,32 +13,31 @@ void completeWav(IOStream& file, AudioProperties& properties)
 {
     if (properties.milliseconds > 0)
         return;
-    constexpr long formHeader = 12;
-    constexpr long chunkHeader = 8;
-    constexpr unsigned formatBytes = 16;
     std::uint32_t bytesPerSecond = 0;
-    for (long at = formHeader; at + chunkHeader <= file.length();)
+    const auto look = [&](const RiffChunk& chunk)
     {
-        file.seek(at);
-        const ByteVector chunk = file.readBlock(chunkHeader + formatBytes);
-        const long size = chunk.toUInt(4U, false);
-        at += chunkHeader;
-        if (chunk.startsWith("fmt ") && chunk.size() == chunkHeader + formatBytes)
+        if (chunk.name == "fmt ")
         {
-            properties.channels = chunk.toShort(10U, false);
-            properties.sampleRate = static_cast<int>(chunk.toUInt(12U, false));
-            bytesPerSecond = chunk.toUInt(16U, false);
+            constexpr unsigned formatBytes = 16;
+            file.seek(chunk.start);
+            const ByteVector format = file.readBlock(formatBytes);
+            if (format.size() < formatBytes)
+                return false;
+            properties.channels = format.toShort(2U, false);
+            properties.sampleRate = static_cast<int>(format.toUInt(4U, false));
+            bytesPerSecond = format.toUInt(8U, false);
         }
-        const bool isOpen = size == 0 || size > file.length() - at;
-        if (chunk.startsWith("data") && isOpen && bytesPerSecond > 0)
-        {
-            const double time = 1000.0 * static_cast<double>(file.length() - at) / bytesPerSecond;
-            properties.milliseconds =
-                static_cast<int>(std::min<double>(time, std::numeric_limits<int>::max()));
-            properties.bitrate = static_cast<int>(bytesPerSecond / 125);
-            return;
-        }
-        at += size + (size & 1);
-    }
+        if (chunk.name != "data")
+            return true;
+        const long left = file.length() - chunk.start;
+        if ((chunk.size != 0 && chunk.size <= left) || bytesPerSecond == 0)
+            return false;
+        const double time = 1000.0 * static_cast<double>(left) / bytesPerSecond;
+        properties.milliseconds =
+            static_cast<int>(std::min<double>(time, std::numeric_limits<int>::max()));
+        properties.bitrate = static_cast<int>(bytesPerSecond / 125);
+        return false;
+    };
+    forEachRiffChunk(file, false, look);
 }
 } // namespace KVTagLib
