@@ -40,9 +40,8 @@ constexpr bool withoutProperties = false;
 void editXiph(XiphEditor& comment, const TagChanges& changes)
 {
     comment.apply(changes);
-    bool front = false;
     if (changes.picture())
-        comment.setPicture(comment.shownPicture(front), *changes.picture());
+        comment.setPicture(comment.frontCover(), *changes.picture());
 }
 
 /// Changes the APE tag of the file, or adds one. False if the tag cannot be taken apart, or has not

@@ -1,7 +1,9 @@
 #include "KVTagLib/FileTagsReader.h"
 
 #include "KVTagLib/AudioFile.h"
+#include "KVTagLib/PictureSize.h"
 #include "KVTagLib/PictureStore.h"
+#include "KVTagLib/TagText.h"
 #include "KVTagLib/Tags.h"
 
 namespace KVTagLib
@@ -50,9 +52,16 @@ void extractPictures(const TagValues& values, int maxPictures, int maxPictureSiz
         if (!countFits || !sizeFits)
             return;
         const CString path = storePicture(tags.GetPictureDir(), picture.content);
-        if (!path.IsEmpty())
-            tags.AddPicture(
-                CPictureTag(path, pictureKindOf(picture.content)->mimeType, picture.frontCover));
+        if (path.IsEmpty())
+            return;
+        const PictureSize size = pictureSizeOf(picture.content);
+        tags.AddPicture(CPictureTag(path,
+                                    anyKindOf(picture.content).mimeType,
+                                    PictureFacts{picture.type,
+                                                 textOf(picture.description),
+                                                 picture.content.size(),
+                                                 size.width,
+                                                 size.height}));
     };
     if (chosen)
         extract(*chosen);

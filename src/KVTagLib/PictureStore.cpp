@@ -58,11 +58,15 @@ const PictureKind* pictureKindOf(const TagLib::ByteVector& content)
     return nullptr;
 }
 
+const PictureKind& anyKindOf(const TagLib::ByteVector& content)
+{
+    static constexpr PictureKind unknown = {u".bin", u"application/octet-stream"};
+    const PictureKind* const kind = pictureKindOf(content);
+    return kind ? *kind : unknown;
+}
+
 CString storePicture(const CString& folder, const TagLib::ByteVector& content)
 {
-    const PictureKind* kind = pictureKindOf(content);
-    if (!kind || content.size() > maxPictureBytes)
-        return {};
     const CString name = digestName(content);
     if (name.IsEmpty())
         return {};
@@ -70,7 +74,7 @@ CString storePicture(const CString& folder, const TagLib::ByteVector& content)
     if (path.Right(1) != u"\\")
         path += u'\\';
     path += name;
-    path += kind->extension;
+    path += anyKindOf(content).extension;
 
     // The name depends on the content; the size detects a file that a power cut left empty.
     qo::FileInfo info;

@@ -18,10 +18,12 @@ struct PictureKind
 
 /// The kind of a picture by its first bytes; null if it is none of JPEG, PNG, GIF, WebP, BMP.
 const PictureKind* pictureKindOf(const TagLib::ByteVector& content);
+/// The same with a kind for any other content: ".bin".
+const PictureKind& anyKindOf(const TagLib::ByteVector& content);
 
-/// Writes the picture into the folder, under a name made from a digest of its content, unless it is
-/// there already. Gives the path of the file, or "" on failure. Files appear complete or not at
-/// all, and the same picture of many tracks is one file.
+/// Writes the picture, whatever its kind, into the folder, under a name made from a digest of its
+/// content, unless it is there already. Gives the path of the file, or "" on failure. Files appear
+/// complete or not at all, and the same picture of many tracks is one file.
 CString storePicture(const CString& folder, const TagLib::ByteVector& content);
 
 /// Loads a picture file; false if it cannot be read, is too large or of no known kind.

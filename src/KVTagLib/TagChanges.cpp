@@ -99,11 +99,24 @@ TagChanges::TagChanges(const CTags& wanted, const TagValues& present)
         if ((wanted.*getter)(text))
             compare(field, text, present);
     }
+    comparePictures(wanted, present);
+}
+
+void TagChanges::comparePictures(const CTags& wanted, const TagValues& present)
+{
+    CPictureTag picture;
+    if (!wanted.GetPicture(0, picture))
+    {
+        m_removal = wanted.GetPictureRemoval();
+        if (std::ranges::none_of(present.pictures(),
+                                 [this](const auto& each) { return removesPicture(each.type); }))
+            m_removal = PictureRemoval::none;
+        return;
+    }
     // An unchanged picture comes back as the path of its extracted file. If that file is gone, the
     // embedded picture must stay, so a picture that cannot be loaded changes nothing.
-    CPictureTag picture;
     TagLib::ByteVector content;
-    if (!wanted.GetPicture(0, picture) || !loadPicture(picture.GetFilePath(), content))
+    if (!loadPicture(picture.GetFilePath(), content))
         return;
     const EmbeddedPicture* chosen = present.chosenPicture();
     if (!chosen || chosen->content != content)
@@ -158,7 +171,8 @@ void TagChanges::compareTrack(const CString& wanted, const CString& present)
 
 bool TagChanges::empty() const
 {
-    return !m_picture && std::ranges::none_of(m_texts, [](const auto& text) { return !!text; });
+    return !m_picture && !removesPictures() &&
+           std::ranges::none_of(m_texts, [](const auto& text) { return !!text; });
 }
 
 TagLib::StringList TagChanges::changed(Field field, const TagLib::StringList& old) const
@@ -207,10 +221,27 @@ bool TagChanges::fulfilledBy(const TagValues& before, const TagValues& after) co
     const CString& date = year ? *year : before.date();
     if ((!year || isDate(date)) && comparableDate(date) != comparableDate(after.date()))
         return false;
-    const EmbeddedPicture* was = before.chosenPicture();
-    const EmbeddedPicture* is = after.chosenPicture();
-    if (m_picture)
-        return is && is->content == *m_picture;
-    return was ? is && is->content == was->content : !is;
+    return picturesFulfilledBy(before, after);
+}
+
+bool TagChanges::picturesFulfilledBy(const TagValues& before, const TagValues& after) const
+{
+    // Only a front cover is replaced; of every other picture the file must have the same bytes.
+    const auto kept = [](const TagValues& values, const auto& isNamed)
+    {
+        std::vector<TagLib::ByteVector> list;
+        for (const EmbeddedPicture& picture : values.pictures())
+        {
+            if (!isNamed(picture.type))
+                list.push_back(picture.content);
+        }
+        return list;
+    };
+    const auto isRemoved = [this](int type) { return removesPicture(type); };
+    if (!m_picture)
+        return kept(before, isRemoved) == kept(after, [](int) { return false; });
+    const auto isFront = [](int type) { return type == pictureType::frontCover; };
+    const EmbeddedPicture* const shown = after.chosenPicture();
+    return shown && shown->content == *m_picture && kept(before, isFront) == kept(after, isFront);
 }
 } // namespace KVTagLib

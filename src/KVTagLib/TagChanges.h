@@ -34,7 +34,15 @@ public:
     {
         return m_texts[static_cast<int>(field)];
     }
+    /// The picture that replaces the first front cover, or is added where there is none.
     const std::optional<TagLib::ByteVector>& picture() const { return m_picture; }
+    /// Whether a picture of that type is taken out.
+    bool removesPicture(int type) const
+    {
+        return m_removal == PictureRemoval::all ||
+               (m_removal == PictureRemoval::frontCovers && type == pictureType::frontCover);
+    }
+    bool removesPictures() const { return m_removal != PictureRemoval::none; }
 
     /// The list of values of a field after the change: the value that readers show is replaced and
     /// the others stay. Several wanted artists replace all. An empty list removes the field.
@@ -53,11 +61,14 @@ public:
 private:
     void compareArtists(const CTags& wanted, const TagValues& present);
     void compare(Field field, const CString& wanted, const TagValues& present);
+    void comparePictures(const CTags& wanted, const TagValues& present);
+    bool picturesFulfilledBy(const TagValues& before, const TagValues& after) const;
     void compareTrack(const CString& wanted, const CString& present);
 
     std::array<std::optional<CString>, fieldCount> m_texts;
     bool m_removesTrackTotal = false;
     std::optional<TagLib::ByteVector> m_picture;
+    PictureRemoval m_removal = PictureRemoval::none;
     TagLib::StringList m_allArtists; ///< filled when more than one artist is wanted
 };
 } // namespace KVTagLib

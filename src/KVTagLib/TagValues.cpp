@@ -28,12 +28,15 @@ CString shownForm(Field field, CString text)
 
 const EmbeddedPicture* TagValues::chosenPicture() const
 {
+    const EmbeddedPicture* first = nullptr;
     for (const EmbeddedPicture& picture : m_pictures)
     {
-        if (picture.frontCover)
+        if (picture.isShown && picture.type == pictureType::frontCover)
             return &picture;
+        if (picture.isShown && !first)
+            first = &picture;
     }
-    return m_pictures.empty() ? nullptr : m_pictures.data();
+    return first;
 }
 
 CString TagValues::wholeText(Field field, const TagLib::String& text) const
@@ -82,11 +85,15 @@ void TagValues::offerTrack(const TagLib::StringList& numbers, const TagLib::Stri
         shown = withTotal(shown, textOf(total));
 }
 
-void TagValues::offerPicture(const TagLib::ByteVector& content, bool frontCover)
+void TagValues::offerPicture(const TagLib::ByteVector& content,
+                             int type,
+                             const TagLib::String& description)
 {
-    const bool fits = content.size() <= maxPictureBytes && m_pictures.size() < maxPictures;
-    if (wantsPictures() && fits && pictureKindOf(content))
-        m_pictures.push_back({content, frontCover});
+    if (!wantsPictures())
+        return;
+    const bool isShown = content.size() <= maxPictureBytes && pictureKindOf(content);
+    if (m_extent == TagExtent::everything || (isShown && m_pictures.size() < maxPictures))
+        m_pictures.push_back({content, type, description, isShown});
 }
 
 CString shownText(Field field, const CString& text)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KVTagLib/PictureTag.h"
 #include "KVTagLib/TagField.h"
 #include "types/String.h"
 
@@ -47,7 +48,9 @@ class AsfHeader;
 struct EmbeddedPicture
 {
     TagLib::ByteVector content;
-    bool frontCover;
+    int type; ///< see pictureType
+    TagLib::String description;
+    bool isShown; ///< of a known kind and not too large
 };
 
 /// What the tags of one file say together. Tags are offered best first, and the first text for a
@@ -69,7 +72,7 @@ public:
     {
         return m_further[static_cast<int>(field)];
     }
-    /// All usable pictures in the order of the file.
+    /// All pictures in the order of the file; unless everything is read, those that can be shown.
     const std::vector<EmbeddedPicture>& pictures() const { return m_pictures; }
     /// The picture that a reader shows: the first front cover, else the first picture; null without
     /// any.
@@ -83,8 +86,9 @@ public:
     void offer(Field field, const TagLib::StringList& texts);
     /// Offers track numbers and a total from two fields.
     void offerTrack(const TagLib::StringList& numbers, const TagLib::String& total);
-    /// Ignores pictures that are too large or of no known kind.
-    void offerPicture(const TagLib::ByteVector& content, bool frontCover);
+    void offerPicture(const TagLib::ByteVector& content,
+                      int type,
+                      const TagLib::String& description = TagLib::String());
 
 private:
     void offerText(Field field, const TagLib::String& text);

@@ -111,8 +111,7 @@ void collect(const ID3v2::Tag& tag, TagValues& values)
     for (const ID3v2::Frame* frame : tag.frameList("APIC"))
     {
         if (const auto* picture = dynamic_cast<const ID3v2::AttachedPictureFrame*>(frame))
-            values.offerPicture(picture->picture(),
-                                picture->type() == ID3v2::AttachedPictureFrame::FrontCover);
+            values.offerPicture(picture->picture(), picture->type(), picture->description());
     }
 }
 
@@ -137,7 +136,7 @@ void collect(const ApeTag& tag, TagValues& values)
     if (!values.wantsPictures())
         return;
     for (const ApeTag::Picture& picture : tag.pictures())
-        values.offerPicture(picture.content, picture.frontCover);
+        values.offerPicture(picture.content, picture.type);
 }
 
 void collect(Ogg::XiphComment& tag, TagValues& values)
@@ -169,9 +168,13 @@ void collect(const MP4::Tag& tag, TagValues& values)
     const auto covers = tag.itemMap().find("covr");
     if (!values.wantsPictures() || covers == tag.itemMap().end())
         return;
-    // The format has no kinds of pictures; the first is the cover by custom.
+    // The format has no types of pictures; the first is the cover by custom.
+    int type = pictureType::frontCover;
     for (const MP4::CoverArt& cover : covers->second.toCoverArtList())
-        values.offerPicture(cover.data(), true);
+    {
+        values.offerPicture(cover.data(), type);
+        type = pictureType::none;
+    }
 }
 
 void collect(const AsfHeader& header, TagValues& values)
@@ -196,7 +199,7 @@ void collect(const AsfHeader& header, TagValues& values)
     {
         const ASF::Picture picture = pictureOf(value);
         if (picture.isValid())
-            values.offerPicture(picture.picture(), picture.type() == ASF::Picture::FrontCover);
+            values.offerPicture(picture.picture(), picture.type(), picture.description());
     }
 }
 
@@ -214,6 +217,6 @@ void collect(const RIFF::Info::Tag& tag, TagValues& values)
 
 void collect(const FLAC::Picture& picture, TagValues& values)
 {
-    values.offerPicture(picture.data(), picture.type() == FLAC::Picture::FrontCover);
+    values.offerPicture(picture.data(), picture.type(), picture.description());
 }
 } // namespace KVTagLib

@@ -67,6 +67,10 @@ public:
     /// path thus attaches nothing, and a writer leaves the file's pictures alone.
     bool AddPicture(const CString& path);
     void AddPicture(const CPictureTag& picture) { m_pictures.Add(picture); }
+    /// For a writer: which pictures to take out. Where a picture is attached it replaces the first
+    /// front cover, and this does not count.
+    void RemovePictures(PictureRemoval removal) { m_removal = removal; }
+    PictureRemoval GetPictureRemoval() const { return m_removal; }
     int GetPictureCount() const { return m_pictures.GetSize(); }
     /// False for an index out of range. A front cover comes first.
     bool GetPicture(int index, CPictureTag& picture) const;
@@ -92,6 +96,7 @@ private:
     CStringArray m_artists;
     CStringArray m_further[fieldCount]; ///< values after the first; none of the artist
     CArray<CPictureTag> m_pictures;
+    PictureRemoval m_removal = PictureRemoval::none;
     int m_time = -1;
     int m_bitrate = -1;
     TagExtent m_extent = TagExtent::texts;

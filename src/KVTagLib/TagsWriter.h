@@ -15,9 +15,9 @@ public:
     /// file already has in this form stays untouched, with all that belongs to it: further artists,
     /// the month and day of a date, the total of a track number. In a list of artists or genres the
     /// one that a reader gives is replaced; several wanted artists replace them all. A track
-    /// number without a total keeps the file's total. An empty text removes the item. The picture
-    /// that a reader gives first is replaced if its content differs. When nothing differs the
-    /// file is not touched.
+    /// number without a total keeps the file's total. An empty text removes the item. A picture
+    /// replaces the first front cover, or is added as one, unless a reader gives that very picture
+    /// first. When nothing differs the file is not touched.
     ///
     /// The work is done on a copy that is read again and compared before it takes the file's
     /// place, so a failure leaves the file as it was. Throws nothing but std::bad_alloc. On false

@@ -11,12 +11,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
+#include <vector>
 
 /// What the tests of this folder share: base sounds, reading, writing and the referees.
 namespace tagfiles
@@ -166,6 +169,25 @@ inline std::string refereeOn(const std::string& path)
 {
     return outputOf("/usr/bin/python3 '" QO_SOURCE_DIR "/tests/KVTagLib/referee.py' '" + path +
                     "' 2>&1");
+}
+
+inline std::vector<std::string> sortedLines(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+/// What of the first list the second one lacks.
+inline std::vector<std::string> difference(const std::vector<std::string>& a,
+                                           const std::vector<std::string>& b)
+{
+    std::vector<std::string> result;
+    std::set_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(result));
+    return result;
 }
 
 inline bool hasLine(const std::string& lines, const std::string& line)

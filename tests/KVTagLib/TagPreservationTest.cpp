@@ -1,8 +1,5 @@
 #include "KVTagLib/TagFiles.h"
 
-#include <algorithm>
-#include <sstream>
-
 using namespace tagfiles;
 using KVTagLib::CTags;
 
@@ -117,24 +114,6 @@ CTags track(const char16_t* text)
 CTags cover()
 {
     return withPicture({}, "green.jpg");
-}
-
-std::vector<std::string> sortedLines(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    std::sort(lines.begin(), lines.end());
-    return lines;
-}
-
-std::vector<std::string> difference(const std::vector<std::string>& a,
-                                    const std::vector<std::string>& b)
-{
-    std::vector<std::string> result;
-    std::set_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(result));
-    return result;
 }
 
 std::vector<PreservedCase> id3Cases()

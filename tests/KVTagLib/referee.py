@@ -4,11 +4,14 @@ Values of a list are joined by "|", pictures appear as "<type> <mime> <size>". T
 "format=...". ID3 frames are shown as they stand, "version=" tells the version of the tag.
 """
 
+import base64
+import struct
 import sys
 
 import mutagen
 from mutagen.aiff import AIFF
 from mutagen.apev2 import APEv2, APENoHeaderError
+from mutagen.flac import Picture
 from mutagen.id3 import ID3, ID3NoHeaderError
 from mutagen.wave import WAVE
 
@@ -81,7 +84,13 @@ def main(path):
             elif kind == 2:
                 show(key, value)
             elif key.lower() == "metadata_block_picture":
-                print("%s=%d" % (key, len(value)))
+                for entry in value:
+                    show_picture(Picture(base64.b64decode(entry)))
+            elif key == "WM/Picture":
+                for picture in value:
+                    # A type and the size of what follows stand ahead of it.
+                    kind, size = struct.unpack_from("<BI", picture.value)
+                    print("picture=%d %d" % (kind, size))
             else:
                 show(key, [v for v in value])
     for picture in getattr(file, "pictures", []):

@@ -53,6 +53,29 @@ bool isSame(const ByteVector& key, const char* name)
 }
 
 constexpr auto frontCoverKey = "Cover Art (Front)";
+/// By pictureType.
+constexpr const char* pictureKeys[] = {"Cover Art (Other)",
+                                       "Cover Art (Icon)",
+                                       "Cover Art (Other Icon)",
+                                       frontCoverKey,
+                                       "Cover Art (Back)",
+                                       "Cover Art (Leaflet)",
+                                       "Cover Art (Media)",
+                                       "Cover Art (Lead Artist)",
+                                       "Cover Art (Artist)",
+                                       "Cover Art (Conductor)",
+                                       "Cover Art (Band)",
+                                       "Cover Art (Composer)",
+                                       "Cover Art (Lyricist)",
+                                       "Cover Art (Recording Location)",
+                                       "Cover Art (During Recording)",
+                                       "Cover Art (During Performance)",
+                                       "Cover Art (Video Capture)",
+                                       "Cover Art (Fish)",
+                                       "Cover Art (Illustration)",
+                                       "Cover Art (Band Logotype)",
+                                       "Cover Art (Publisher Logotype)"};
+static_assert(std::size(pictureKeys) == pictureType::count);
 constexpr std::initializer_list<const char*> totalKeys = {"TRACKTOTAL", "TOTALTRACKS"};
 } // namespace
 
@@ -87,6 +110,14 @@ bool ApeTag::Item::isPicture() const
     constexpr unsigned length = 9;
     return (flags & kindOfItem) == binaryItem && isSame(key.mid(0, length), start) &&
            value.find('\0') >= 0;
+}
+
+int ApeTag::Item::pictureType() const
+{
+    const auto* const found =
+        std::ranges::find_if(pictureKeys, [this](const char* name) { return isSame(key, name); });
+    return found == std::end(pictureKeys) ? pictureType::other
+                                          : static_cast<int>(found - pictureKeys);
 }
 
 bool ApeTag::Item::isFrontCover() const
@@ -185,7 +216,7 @@ std::vector<ApeTag::Picture> ApeTag::pictures() const
         // The value is a file name, a zero and the picture.
         if (item.isPicture())
             pictures.push_back({item.value.mid(static_cast<unsigned>(item.value.find('\0')) + 1),
-                                item.isFrontCover()});
+                                item.pictureType()});
     }
     return pictures;
 }
@@ -246,12 +277,10 @@ void ApeTag::setTrack(const TagChanges& changes, const ApeKeys& keys)
     set(*keys.keys.begin(), number.isEmpty() ? StringList() : number);
 }
 
-const ApeTag::Item* ApeTag::shownPicture() const
+const ApeTag::Item* ApeTag::frontCover() const
 {
     const auto front = std::ranges::find_if(m_items, &Item::isFrontCover);
-    const auto shown =
-        front != m_items.end() ? front : std::ranges::find_if(m_items, &Item::isPicture);
-    return shown == m_items.end() ? nullptr : &*shown;
+    return front == m_items.end() ? nullptr : &*front;
 }
 
 void ApeTag::setPicture(const ByteVector& content)
@@ -259,8 +288,8 @@ void ApeTag::setPicture(const ByteVector& content)
     ByteVector value = qo::toUtf8(u"cover" + CString(pictureKindOf(content)->extension)).c_str();
     value.append(ByteVector(1, 0));
     value.append(content);
-    if (const Item* shown = shownPicture())
-        m_items[static_cast<std::size_t>(shown - m_items.data())].value = value;
+    if (const Item* front = frontCover())
+        m_items[static_cast<std::size_t>(front - m_items.data())].value = value;
     else
         m_items.push_back({frontCoverKey, binaryItem, value});
 }
@@ -278,6 +307,10 @@ void ApeTag::apply(const TagChanges& changes)
     }
     if (changes.picture())
         setPicture(*changes.picture());
+    if (changes.removesPictures())
+        std::erase_if(m_items,
+                      [&](const Item& item)
+                      { return item.isPicture() && changes.removesPicture(item.pictureType()); });
 }
 
 std::vector<ApeTag::Item> ApeTag::itemsBeside(const TagChanges& changes) const
@@ -287,13 +320,15 @@ std::vector<ApeTag::Item> ApeTag::itemsBeside(const TagChanges& changes) const
         const auto isOne = [&item](const char* key) { return item.isText(key); };
         if (changes.has(Field::trackNumber) && std::ranges::any_of(totalKeys, isOne))
             return true;
+        if (item.isPicture() && changes.removesPicture(item.pictureType()))
+            return true;
         return std::ranges::any_of(allKeys,
                                    [&](const ApeKeys& keys) {
                                        return changes.has(keys.field) &&
                                               std::ranges::any_of(keys.keys, isOne);
                                    });
     };
-    const Item* const picture = changes.picture() ? shownPicture() : nullptr;
+    const Item* const picture = changes.picture() ? frontCover() : nullptr;
     std::vector<Item> items;
     for (const Item& item : m_items)
     {

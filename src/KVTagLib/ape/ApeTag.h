@@ -61,7 +61,7 @@ public:
     struct Picture
     {
         TagLib::ByteVector content;
-        bool frontCover;
+        int type; ///< see pictureType
     };
     std::vector<Picture> pictures() const;
 
@@ -81,6 +81,8 @@ private:
 
         bool isText(const char* name) const;
         bool isPicture() const;
+        /// See pictureType, by the key.
+        int pictureType() const;
         bool isFrontCover() const;
         bool operator==(const Item& other) const
         {
@@ -105,9 +107,8 @@ private:
     void set(const char* key, const TagLib::StringList& texts);
     void setTrack(const TagChanges& changes, const ApeKeys& keys);
     void setPicture(const TagLib::ByteVector& content);
-    /// The item with the picture that a reader shows: the first front cover, else the first one;
-    /// null without any.
-    const Item* shownPicture() const;
+    /// The first front cover; null without any.
+    const Item* frontCover() const;
     std::vector<Item> itemsBeside(const TagChanges& changes) const;
 
     std::vector<Item> m_items;

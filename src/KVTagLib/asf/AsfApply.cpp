@@ -40,30 +40,33 @@ void setAsf(AsfHeader& header, const String& name, const StringList& texts)
     header.setValues(name, values);
 }
 
-/// Replaces the picture that a reader shows, in its place; the others stay.
-void setAsfPicture(const ByteVector& content, AsfHeader& header)
+/// Replaces the first front cover, in its place, or adds one; or removes pictures.
+void setAsfPictures(const TagChanges& changes, AsfHeader& header)
 {
-    std::vector<AsfValue> values = header.values("WM/Picture");
-    auto shown = values.end();
+    const std::vector<AsfValue> old = header.values("WM/Picture");
+    std::vector<std::optional<AsfValue>> values(old.begin(), old.end());
+    auto front = values.end();
     for (auto value = values.begin(); value != values.end(); ++value)
     {
-        const ASF::Picture picture = pictureOf(*value);
-        if (!picture.isValid() || !pictureKindOf(picture.picture()))
-            continue;
-        const bool front = picture.type() == ASF::Picture::FrontCover;
-        if (front || shown == values.end())
-            shown = value;
-        if (front)
-            break;
+        const ASF::Picture picture = pictureOf(**value);
+        const int type = picture.isValid() ? picture.type() : pictureType::none;
+        if (changes.removesPicture(type))
+            value->reset();
+        else if (type == pictureType::frontCover && front == values.end())
+            front = value;
     }
-    ASF::Picture picture;
-    picture.setType(ASF::Picture::FrontCover);
-    picture.setMimeType(tagTextOf(pictureKindOf(content)->mimeType));
-    picture.setPicture(content);
-    if (shown == values.end())
-        shown = values.insert(values.end(), {.type = AsfValue::binary});
-    shown->bytes = picture.render();
-    header.setValues("WM/Picture", {values.begin(), values.end()});
+    if (changes.picture())
+    {
+        const ByteVector& content = *changes.picture();
+        ASF::Picture picture;
+        picture.setType(ASF::Picture::FrontCover);
+        picture.setMimeType(tagTextOf(pictureKindOf(content)->mimeType));
+        picture.setPicture(content);
+        if (front == values.end())
+            front = values.insert(values.end(), AsfValue{.type = AsfValue::binary});
+        (*front)->bytes = picture.render();
+    }
+    header.setValues("WM/Picture", values);
 }
 
 /// Title and artist stand in the plain description, with room for one text each. Some writers
@@ -115,7 +118,7 @@ void apply(const TagChanges& changes, AsfHeader& header)
         if (apart && (!total.isEmpty() || changes.removesTrackTotal()))
             setAsf(header, "TotalTracks", total.isEmpty() ? StringList() : total);
     }
-    if (changes.picture())
-        setAsfPicture(*changes.picture(), header);
+    if (changes.picture() || changes.removesPictures())
+        setAsfPictures(changes, header);
 }
 } // namespace KVTagLib

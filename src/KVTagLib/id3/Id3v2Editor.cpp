@@ -215,6 +215,10 @@ void Id3v2Editor::apply(const TagChanges& changes)
         setLyrics(changes);
     if (changes.picture())
         setPicture(*changes.picture());
+    if (changes.removesPictures())
+        std::erase_if(m_frames,
+                      [&](const Frame& frame)
+                      { return isPicture(frame) && changes.removesPicture(pictureTypeOf(frame)); });
 }
 
 namespace
@@ -342,22 +346,26 @@ void Id3v2Editor::setLyrics(const TagChanges& changes)
     m_frames.insert(place, frame);
 }
 
+bool Id3v2Editor::isPicture(const Frame& frame) const
+{
+    return frame.id == (m_version == 2 ? "PIC" : "APIC");
+}
+
+int Id3v2Editor::pictureTypeOf(const Frame& frame) const
+{
+    const auto view = isPicture(frame)
+                          ? viewOf<ID3v2::AttachedPictureFrame>(m_version, renderReadable(frame))
+                          : nullptr;
+    return view ? view->type() : pictureType::none;
+}
+
 void Id3v2Editor::setPicture(const ByteVector& content)
 {
     const ByteVector id = m_version == 2 ? "PIC" : "APIC";
-    using View = ID3v2::AttachedPictureFrame;
-    auto shown = m_frames.end();
-    bool shownIsFront = false;
-    for (auto it = m_frames.begin(); it != m_frames.end() && !shownIsFront; ++it)
-    {
-        const auto view = it->id == id ? viewOf<View>(m_version, renderReadable(*it)) : nullptr;
-        if (!view || !pictureKindOf(view->picture()))
-            continue;
-        shownIsFront = view->type() == View::FrontCover;
-        if (shownIsFront || shown == m_frames.end())
-            shown = it;
-    }
-    const auto place = shown == m_frames.end() ? m_frames.begin() : m_frames.erase(shown);
+    const auto front = std::ranges::find_if(
+        m_frames,
+        [this](const Frame& frame) { return pictureTypeOf(frame) == pictureType::frontCover; });
+    const auto place = front == m_frames.end() ? m_frames.begin() : m_frames.erase(front);
     Frame frame{id, ByteVector(2, 0), ByteVector(1, latin1)};
     const PictureKind& kind = *pictureKindOf(content);
     if (m_version == 2)
@@ -367,7 +375,7 @@ void Id3v2Editor::setPicture(const ByteVector& content)
         frame.body.append(qo::toUtf8(CString(kind.mimeType)).c_str());
         frame.body.append(ByteVector(1, 0));
     }
-    frame.body.append(ByteVector(1, View::FrontCover));
+    frame.body.append(ByteVector(1, pictureType::frontCover));
     frame.body.append(ByteVector(1, 0)); // no description
     frame.body.append(content);
     m_frames.insert(place, frame);

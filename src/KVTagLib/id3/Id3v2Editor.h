@@ -67,6 +67,9 @@ private:
     void setTexts(const TagLib::ByteVector& id, const TagLib::StringList& texts);
     void setYear(const TagLib::String& date);
     void setLyrics(const TagChanges& changes);
+    bool isPicture(const Frame& frame) const;
+    /// See pictureType; none for a frame that is no picture or cannot be read.
+    int pictureTypeOf(const Frame& frame) const;
     void setPicture(const TagLib::ByteVector& content);
     void remove(const TagLib::ByteVector& id);
     TagLib::ByteVector renderFrame(const Frame& frame) const;

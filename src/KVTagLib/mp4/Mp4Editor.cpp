@@ -226,15 +226,16 @@ unsigned coverType(const ByteVector& picture)
     return extension == u".jpg" ? 13 : extension == u".gif" ? 12 : extension == u".bmp" ? 27 : 14;
 }
 
-/// Replaces the first cover and keeps the others.
-void applyPicture(const TagChanges& changes, ItemList& list)
+/// Replaces or removes the first cover and keeps the others, or removes all.
+void applyPictures(const TagChanges& changes, ItemList& list)
 {
-    if (!changes.picture())
+    if (!changes.picture() && !changes.removesPictures())
         return;
-    const ByteVector& picture = *changes.picture();
-    ByteVector content = dataAtom(coverType(picture), picture);
+    ByteVector content;
+    if (changes.picture())
+        content = dataAtom(coverType(*changes.picture()), *changes.picture());
     const std::vector<ByteVector> old = list.values("covr");
-    for (std::size_t i = 1; i < old.size(); ++i)
+    for (std::size_t i = 1; i < old.size() && !changes.removesPicture(pictureType::none); ++i)
         content.append(atom("data", old[i]));
     list.set("covr", content);
 }
@@ -274,7 +275,7 @@ bool editMp4(FileStream& file, const TagChanges& changes)
     }
     applyTexts(changes, list);
     applyTrack(changes, list);
-    applyPicture(changes, list);
+    applyPictures(changes, list);
     const ByteVector bytes = list.render();
     if (!makeRoom(file, bytes.size()))
         return false;

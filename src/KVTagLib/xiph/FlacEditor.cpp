@@ -100,32 +100,26 @@ bool FlacBlocks::apply(const TagChanges& changes)
     if (changes.picture())
         applyPicture(*changes.picture(), xiph);
     m_blocks[static_cast<std::size_t>(place)].content = xiph.render();
+    std::erase_if(m_blocks,
+                  [&](const Block& block) {
+                      return block.type == picture &&
+                             changes.removesPicture(pictureTypeOf(block.content));
+                  });
     return true;
 }
 
-/// Replaces the picture that a reader shows: the first front cover, else the first picture, with
-/// picture blocks before pictures in the comment.
+/// Replaces the first front cover, with picture blocks before pictures in the comment.
 void FlacBlocks::applyPicture(const ByteVector& content, XiphEditor& xiph)
 {
-    Block* shown = nullptr;
-    bool shownIsFront = false;
-    for (Block& block : m_blocks)
-    {
-        bool front = false;
-        if (block.type != picture || !isShownPicture(block.content, front))
-            continue;
-        if (!shown || (front && !shownIsFront))
-        {
-            shown = &block;
-            shownIsFront = front;
-        }
-    }
-    bool inComment = false;
-    const int entry = xiph.shownPicture(inComment);
-    if (entry >= 0 && (!shown || (inComment && !shownIsFront)))
+    const auto front = std::ranges::find_if(
+        m_blocks,
+        [](const Block& block) {
+            return block.type == picture && pictureTypeOf(block.content) == pictureType::frontCover;
+        });
+    if (front != m_blocks.end())
+        front->content = changedPicture(front->content, content);
+    else if (const int entry = xiph.frontCover(); entry >= 0)
         xiph.setPicture(entry, content);
-    else if (shown)
-        shown->content = changedPicture(shown->content, content);
     else
         m_blocks.push_back({picture, changedPicture({}, content)});
 }

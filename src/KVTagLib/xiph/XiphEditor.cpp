@@ -228,21 +228,27 @@ void XiphEditor::apply(const TagChanges& changes)
         set(changes, Field::lyrics, {"LYRICS", "UNSYNCEDLYRICS", "UNSYNCED LYRICS"});
     if (changes.has(Field::trackNumber))
         setTrack(changes);
+    if (changes.removesPictures())
+        removePictures(changes);
 }
 
-int XiphEditor::shownPicture(bool& front) const
+int XiphEditor::frontCover() const
 {
-    int shown = -1;
     for (const std::size_t index : entriesOf({pictureBlock, bareImage}))
     {
-        if (!isShownPicture(blockOf(m_entries[index]), front))
-            continue;
-        if (front)
+        if (pictureTypeOf(blockOf(m_entries[index])) == pictureType::frontCover)
             return static_cast<int>(index);
-        shown = shown < 0 ? static_cast<int>(index) : shown;
     }
-    front = false;
-    return shown;
+    return -1;
+}
+
+void XiphEditor::removePictures(const TagChanges& changes)
+{
+    std::vector<std::size_t> entries = entriesOf({pictureBlock, bareImage});
+    std::erase_if(entries,
+                  [&](std::size_t index)
+                  { return !changes.removesPicture(pictureTypeOf(blockOf(m_entries[index]))); });
+    remove(entries);
 }
 
 void XiphEditor::setPicture(int index, const ByteVector& content)
@@ -271,13 +277,9 @@ ByteVector changedPicture(const ByteVector& old, const ByteVector& content)
     return picture.render();
 }
 
-bool isShownPicture(const ByteVector& block, bool& front)
+int pictureTypeOf(const ByteVector& block)
 {
     FLAC::Picture picture;
-    front = false;
-    if (block.isEmpty() || !picture.parse(block) || !pictureKindOf(picture.data()))
-        return false;
-    front = picture.type() == FLAC::Picture::FrontCover;
-    return true;
+    return !block.isEmpty() && picture.parse(block) ? picture.type() : pictureType::none;
 }
 } // namespace KVTagLib

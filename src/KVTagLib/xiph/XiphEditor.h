@@ -22,14 +22,13 @@ class XiphEditor
 public:
     /// False if the comment cannot be taken apart; the object must not be used then.
     bool load(const TagLib::ByteVector& comment);
-    /// Changes the texts; a picture is changed by setPicture().
+    /// Changes the texts and removes pictures; one is added by setPicture().
     void apply(const TagChanges& changes);
     /// The bytes of the comment, with whatever followed the entries in the loaded one.
     TagLib::ByteVector render() const;
 
-    /// The index of the entry with the picture that a reader shows, and whether that is a front
-    /// cover; -1 without a picture.
-    int shownPicture(bool& front) const;
+    /// The index of the entry with the first front cover; -1 without one.
+    int frontCover() const;
     /// Replaces the picture of that entry, or adds an entry for -1.
     void setPicture(int index, const TagLib::ByteVector& content);
 
@@ -48,6 +47,7 @@ private:
     /// Sets one text under each of the names that are present; true if none is.
     bool setExisting(Names names, const TagLib::String& text);
     void setTrack(const TagChanges& changes);
+    void removePictures(const TagChanges& changes);
 
     TagLib::ByteVector m_vendor;
     std::vector<TagLib::ByteVector> m_entries; ///< "NAME=text"
@@ -56,6 +56,6 @@ private:
 
 /// A FLAC picture block with this content and, unless it is empty, the description of an old block.
 TagLib::ByteVector changedPicture(const TagLib::ByteVector& old, const TagLib::ByteVector& content);
-/// Whether a reader shows this picture block; sets whether it is a front cover.
-bool isShownPicture(const TagLib::ByteVector& block, bool& front);
+/// The type of the picture in a block, see pictureType; none if it cannot be read.
+int pictureTypeOf(const TagLib::ByteVector& block);
 } // namespace KVTagLib
