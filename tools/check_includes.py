@@ -38,6 +38,7 @@ HOST_ORDER = (
     {"cli"},
     {"cli/files"},
     {"cli/music"},
+    {"cli/tags"},
     {"cli/rules", "cli/admin"},
 )
 # Folders that do not know each other, whatever their ranks.

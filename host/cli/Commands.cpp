@@ -16,6 +16,7 @@ namespace qo::cli
     ROW(files, "tree", setUpTree, "Show the folders of the collection")                            \
     ROW(files, "info", setUpInfo, "Show all that is known of a file")                              \
     ROW(files, "tag", setUpTag, "Look at and edit the tags of a file")                             \
+    ROW(files, "cover", setUpCover, "Show, extract, set and remove the pictures in tags")          \
     ROW(files, "mv", setUpMove, "Move or rename files and folders, on the disk as well")           \
     ROW(files, "rm", setUpRemove, "Put files and folders of the collection into the trash")        \
     ROW(files, "add", setUpAdd, "Take new files into the collection, or copy others there first")  \

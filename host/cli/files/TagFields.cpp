@@ -1,10 +1,12 @@
 #include "cli/files/TagFields.h"
 
+#include "cli/CommandLine.h"
 #include "cli/shown/Output.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace qo::cli
 {
@@ -40,6 +42,48 @@ bool fieldValue(const CMusicTagEx& tag,
     value = field.kind == host::FieldKind::path && !text.IsEmpty() ? host::shownPath(text)
                                                                    : toUtf8(text);
     return true;
+}
+
+void checkMusicFile(const CString& path)
+{
+    const std::string shown = host::shownPath(path);
+    FileInfo info;
+    if (const int error = fileSystem().info(path, Spelling::exact, info))
+        throw HostError(error == ENOENT || error == ENOTDIR ? ExitCode::notFound : ExitCode::failed,
+                        shown + " cannot be read: " + host::errorWords(error));
+    if (info.kind != FileKind::regular)
+        throw HostError(ExitCode::failed, shown + " is no regular file");
+    if (!CMusicTagEx::fileSupportsTags(path))
+        throw HostError(ExitCode::failed, shown + " is no kind of file that has a tag");
+}
+
+void readFileTag(const CString& path, CMusicTagEx& tag)
+{
+    checkMusicFile(path);
+    CString cause;
+    if (!tag.readTag(path, &cause))
+        throw HostError(ExitCode::failed,
+                        "the tag of " + host::shownPath(path) +
+                            " cannot be read: " + host::plainWords(cause));
+}
+
+std::string checkedPicture(const std::string& typed)
+{
+    const std::string path = host::absolutePath(typed);
+    FileInfo info;
+    const int error = fileSystem().info(fromSystemPath(path), Spelling::exact, info);
+    if (error != 0 || info.kind != FileKind::regular)
+        throw HostError(ExitCode::notFound,
+                        "the picture " + typed + " cannot be read: " +
+                            (error ? host::errorWords(error) : "it is no regular file"));
+    if (!isUtf8(path))
+        throw HostError(ExitCode::usage, "the name of a picture must be UTF-8");
+    if (!KVTagLib::CTags().AddPicture(fromSystemPath(path)))
+        throw HostError(ExitCode::failed,
+                        "the picture " + typed +
+                            " cannot be used: it must be readable, at most 32 MiB, and a JPEG, "
+                            "PNG, GIF, BMP or WebP picture");
+    return path;
 }
 
 void applyEdits(CMusicTagEx& tag, const host::PendingTags::Fields& edits)

@@ -18,6 +18,14 @@ bool fieldValue(const CMusicTagEx& tag,
                 CTagAttrib::ESrcValueType source,
                 std::string& value);
 
+/// Throws HostError unless it is a file of a format with tags.
+void checkMusicFile(const CString& path);
+/// Reads the tag of such a file. Throws HostError.
+void readFileTag(const CString& path, CMusicTagEx& tag);
+/// The absolute path of a picture that was typed. Throws HostError unless it is one that can stand
+/// in a tag.
+std::string checkedPicture(const std::string& typed);
+
 /// Gives the tag the pending values as edits.
 void applyEdits(CMusicTagEx& tag, const host::PendingTags::Fields& edits);
 

@@ -17,11 +17,7 @@ void setUpMusic(CommandLine& line, CLI::App& command, std::function<void(const M
                        session->kernel().run([&] { run(*options); });
                        return ExitCode::done;
                    });
-    MusicFilter& filter = options->filter;
-    addOptional(
-        command, "--artist", filter.artist, "Only tracks by this artist; \"\": without one");
-    addOptional(command, "--album", filter.album, "Only tracks on albums of this name");
-    addOptional(command, "--genre", filter.genre, "Only tracks of this genre");
+    addFilter(command, options->filter);
     command.add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");
 }
 

@@ -1,5 +1,6 @@
 #include "cli/music/MusicFilter.h"
 
+#include "cli/CommandLine.h"
 #include "cli/shown/ClosestName.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostError.h"
@@ -89,7 +90,7 @@ std::vector<const CLTTrack*> MusicFilter::tracks() const
         if (byArtist && onAlbum && ofGenre)
             found.push_back(track.get());
     }
-    if (!found.empty() || !(artist || album || genre))
+    if (!found.empty() || !isSet())
         return found;
     if (wantedArtist.isMissing())
         wantedArtist.complain("artist", CLTManager::getArtists());
@@ -98,6 +99,14 @@ std::vector<const CLTTrack*> MusicFilter::tracks() const
     if (wantedGenre.isMissing())
         wantedGenre.complain("genre", CLTManager::getGenres());
     throw host::HostError(host::ExitCode::notFound, "no track has all of these names");
+}
+
+void addFilter(CLI::App& command, MusicFilter& filter)
+{
+    addOptional(
+        command, "--artist", filter.artist, "Only tracks by this artist; \"\": without one");
+    addOptional(command, "--album", filter.album, "Only tracks on albums of this name");
+    addOptional(command, "--genre", filter.genre, "Only tracks of this genre");
 }
 
 void MusicSum::add(const CLTTrack& track)

@@ -6,6 +6,11 @@
 #include <string>
 #include <vector>
 
+namespace CLI
+{
+class App;
+}
+
 namespace qo::cli
 {
 /// Which tracks a command is about: those of the artist, album and genre that were typed. Names are
@@ -17,10 +22,14 @@ struct MusicFilter
     std::optional<std::string> album;
     std::optional<std::string> genre;
 
+    bool isSet() const { return artist || album || genre; }
     /// Those with a file, in the collection's order. Throws HostError when a name was typed that no
     /// track has, or no track has all of them together. On the kernel's thread.
     std::vector<const CLTTrack*> tracks() const;
 };
+
+/// Gives the command the options --artist, --album and --genre.
+void addFilter(CLI::App& command, MusicFilter& filter);
 
 /// Without a name, or not there at all.
 inline bool isUnnamed(const CLTObject* object)

@@ -1,3 +1,4 @@
+#include "cli/files/FileRecord.h"
 #include "cli/music/MusicCommand.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"

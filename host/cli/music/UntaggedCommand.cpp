@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/KernelCommand.h"
+#include "cli/files/FileRecord.h"
 #include "cli/files/FoundFiles.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"

@@ -96,7 +96,7 @@ QoFileDbItemArray PlanSelection::records() const
         conditions.emplace_back();
     for (const std::string& path : paths)
         addBelow(path, conditions.back());
-    if (filter.artist || filter.album || filter.genre)
+    if (filter.isSet())
         conditions.push_back(chosenRecords(filter, all));
     QoFileDbItemArray chosen;
     for (const QoFileDbItemPtr& item : all)

@@ -1,14 +1,12 @@
 #include "cli/CommandLine.h"
-#include "cli/Interrupt.h"
 #include "cli/KernelCommand.h"
 #include "cli/files/FileRecord.h"
 #include "cli/files/TagFields.h"
 #include "cli/shown/Text.h"
+#include "cli/tags/ChosenMusic.h"
+#include "cli/tags/TagWriting.h"
 #include "core/base/HostFiles.h"
 #include "core/collection/PendingTags.h"
-
-#include <cerrno>
-#include <span>
 
 namespace qo::cli
 {
@@ -24,20 +22,6 @@ struct TagOptions
     std::vector<std::string> words; ///< "field=value" or field names
     bool all = false;
     bool away = false;
-};
-
-/// How the files of a write ended.
-struct WriteCounts
-{
-    std::size_t written = 0;
-    std::size_t same = 0; ///< said already what they should
-    std::size_t failed = 0;
-
-    std::string text() const
-    {
-        return countText(static_cast<std::int64_t>(written), "file") + " written" +
-               (same > 0 ? ", " + std::to_string(same) + " already so" : "");
-    }
 };
 
 /// What the tag commands work with, on the kernel's thread.
@@ -69,40 +53,16 @@ const host::FileField& findField(const std::string& name)
                     "\"" + name + "\" is no field of a tag; there are " + allFieldNames());
 }
 
-/// The spelling of the file under which edits wait, or else the typed one.
 CString pathOf(const TagWork& work, const std::string& typed)
 {
-    const std::vector<CString> forms = spellings(typed);
-    for (const CString& form : forms)
-    {
-        if (work.pending.isEdited(form))
-            return form;
-    }
-    return forms.front();
-}
-
-void readTag(const CString& path, CMusicTagEx& tag)
-{
-    const std::string shown = host::shownPath(path);
-    FileInfo info;
-    if (const int error = fileSystem().info(path, Spelling::exact, info))
-        throw HostError(error == ENOENT || error == ENOTDIR ? ExitCode::notFound : ExitCode::failed,
-                        shown + " cannot be read: " + host::errorWords(error));
-    if (info.kind != FileKind::regular)
-        throw HostError(ExitCode::failed, shown + " is no regular file");
-    if (!CMusicTagEx::fileSupportsTags(path))
-        throw HostError(ExitCode::failed, shown + " is no kind of file that has a tag");
-    CString cause;
-    if (!tag.readTag(path, &cause))
-        throw HostError(ExitCode::failed,
-                        "the tag of " + shown + " cannot be read: " + host::plainWords(cause));
+    return editedPath(work.pending, typed);
 }
 
 ExitCode show(TagWork& work, const TagOptions& options)
 {
     const CString path = pathOf(work, options.file);
     CMusicTagEx tag;
-    readTag(path, tag);
+    readFileTag(path, tag);
     applyEdits(tag, work.pending.fields(path));
     const KVTagLib::CTags all = allValues(path);
     if (!work.line.json)
@@ -129,29 +89,16 @@ std::string checkedValue(const host::FileField& field, const std::string& value)
     }
     if (value.empty())
         throw HostError(ExitCode::usage,
-                        "a picture can be replaced but not removed: name a picture file");
-    const std::string path = host::absolutePath(value);
-    FileInfo info;
-    const int error = fileSystem().info(fromSystemPath(path), Spelling::exact, info);
-    if (error != 0 || info.kind != FileKind::regular)
-        throw HostError(ExitCode::notFound,
-                        "the picture " + value + " cannot be read: " +
-                            (error ? host::errorWords(error) : "it is no regular file"));
-    if (!isUtf8(path))
-        throw HostError(ExitCode::usage, "the name of a picture must be UTF-8");
-    if (!KVTagLib::CTags().AddPicture(fromSystemPath(path)))
-        throw HostError(ExitCode::failed,
-                        "the picture " + value +
-                            " cannot be used: it must be readable, at most 32 MiB, and a JPEG, "
-                            "PNG, GIF, BMP or WebP picture");
-    return path;
+                        "a picture can be replaced but not removed: name a picture file, or see "
+                        "\"qo cover remove\"");
+    return checkedPicture(value);
 }
 
 ExitCode set(TagWork& work, const TagOptions& options)
 {
     const CString path = pathOf(work, options.file);
     CMusicTagEx tag;
-    readTag(path, tag);
+    readFileTag(path, tag);
     const KVTagLib::CTags all = allValues(path);
     for (const std::string& word : options.words)
     {
@@ -238,27 +185,25 @@ ExitCode revert(TagWork& work, const TagOptions& options)
     return ExitCode::done;
 }
 
-void writeOne(TagWork& work, const CString& path, ProgressReporter& progress, WriteCounts& counts)
+TagWritten writeOne(TagWork& work, const CString& path, ProgressReporter& progress)
 {
     CMusicTagEx tag;
-    readTag(path, tag);
+    readFileTag(path, tag);
     applyEdits(tag, work.pending.fields(path));
-    const std::string shown = host::shownPath(path);
     if (work.line.dryRun)
     {
-        work.line.out.line(work.line.out.foreign(shown));
-        return work.line.out.write(tagTable(tag, allValues(path)));
+        work.line.out.line(work.line.out.foreign(host::shownPath(path)));
+        work.line.out.write(tagTable(tag, allValues(path)));
+        return TagWritten::shown;
     }
     CString cause;
     bool hasChanged = false;
-    if (!tag.writeTag(path, &cause, &hasChanged))
-        throw HostError(progress.isCanceled() ? ExitCode::interrupted : ExitCode::failed,
-                        "the tag of " + shown +
-                            " was not written, the file is as it was: " + host::plainWords(cause));
+    const bool isWritten = tag.writeTag(path, &cause, &hasChanged);
+    const TagWritten written =
+        tagWritten(path, isWritten, hasChanged, cause, progress.isCanceled());
     work.pending.drop(path);
     work.pending.save();
-    ++(hasChanged ? counts.written : counts.same);
-    work.line.note((hasChanged ? "written: " : "already so, nothing to write: ") + shown);
+    return written;
 }
 
 std::vector<CString> pathsToWrite(const TagWork& work, const TagOptions& options)
@@ -273,21 +218,6 @@ std::vector<CString> pathsToWrite(const TagWork& work, const TagOptions& options
     return {path};
 }
 
-/// Tells what an interruption left undone. Throws HostError.
-[[noreturn]] void
-stopWriting(const TagWork& work, std::span<const CString> left, const WriteCounts& counts)
-{
-    if (work.line.dryRun)
-        throw HostError(ExitCode::interrupted,
-                        "stopped: " + countText(static_cast<std::int64_t>(left.size()), "file") +
-                            " not shown; a dry run writes nothing");
-    for (const CString& path : left)
-        work.line.note("not written: " + host::shownPath(path));
-    throw HostError(ExitCode::interrupted,
-                    "stopped: " + counts.text() +
-                        ", and what was not keeps its edits: \"qo tag write --all\" goes on");
-}
-
 ExitCode write(TagWork& work, const TagOptions& options)
 {
     const std::vector<CString> paths = pathsToWrite(work, options);
@@ -295,39 +225,15 @@ ExitCode write(TagWork& work, const TagOptions& options)
         confirm(work.line,
                 "The tags of " + countText(static_cast<std::int64_t>(paths.size()), "file") +
                     " will be written.");
-    ProgressReporter progress({});
-    const InterruptGuard guard(progress);
-    const KVTagLib::WriteStop stop([&progress] { return progress.isCanceled(); });
-    WriteCounts counts;
-    for (auto path = paths.begin(); path != paths.end(); ++path)
-    {
-        if (progress.isCanceled())
-            stopWriting(work, {path, paths.end()}, counts);
-        try
-        {
-            writeOne(work, *path, progress, counts);
-        }
-        catch (const HostError& error)
-        {
-            if (!options.all)
-                throw;
-            CommandLine::complain(error.what());
-            if (error.code() == ExitCode::interrupted)
-                stopWriting(work, {path, paths.end()}, counts);
-            ++counts.failed;
-        }
-    }
-    if (options.all && counts.same > 0)
-        work.line.note(counts.text());
-    if (counts.written > 0)
-        work.line.note("\"qo scan\" takes the new values into the collection");
+    TagWriting writing(
+        work.line, paths, ", and what was not keeps its edits: \"qo tag write --all\" goes on");
+    const ExitCode code = writing.run([&work](const CString& path, ProgressReporter& progress)
+                                      { return writeOne(work, path, progress); });
     if (const auto away = static_cast<std::int64_t>(work.pending.awayPaths().size());
         away > 0 && options.all)
         work.line.note(countText(away, "file") +
                        " with edits cannot be found: \"qo tag ls\" names what is away");
-    if (counts.failed == 0)
-        return ExitCode::done;
-    return counts.failed < paths.size() ? ExitCode::partly : ExitCode::failed;
+    return code;
 }
 
 using TagAction = ExitCode (*)(TagWork&, const TagOptions&);

@@ -1,0 +1,77 @@
+#include "cli/tags/TagWriting.h"
+
+#include "cli/Interrupt.h"
+#include "cli/shown/Text.h"
+#include "core/base/HostFiles.h"
+
+namespace qo::cli
+{
+TagWritten tagWritten(
+    const CString& path, bool isWritten, bool hasChanged, const CString& cause, bool isStopped)
+{
+    if (!isWritten)
+        throw HostError(isStopped ? ExitCode::interrupted : ExitCode::failed,
+                        "the tag of " + host::shownPath(path) +
+                            " was not written, the file is as it was: " + host::plainWords(cause));
+    return hasChanged ? TagWritten::changed : TagWritten::same;
+}
+
+void TagWriting::note(const CString& path, TagWritten written)
+{
+    if (written == TagWritten::shown)
+        return;
+    const bool hasChanged = written == TagWritten::changed;
+    ++(hasChanged ? m_changed : m_same);
+    m_line.note((hasChanged ? "written: " : "already so, nothing to write: ") +
+                host::shownPath(path));
+}
+
+std::string TagWriting::countsText() const
+{
+    return countText(static_cast<std::int64_t>(m_changed), "file") + " written" +
+           (m_same > 0 ? ", " + std::to_string(m_same) + " already so" : "");
+}
+
+void TagWriting::stop(std::span<const CString> left) const
+{
+    if (m_line.dryRun)
+        throw HostError(ExitCode::interrupted,
+                        "stopped: " + countText(static_cast<std::int64_t>(left.size()), "file") +
+                            " not shown; a dry run writes nothing");
+    for (const CString& path : left)
+        m_line.note("not written: " + host::shownPath(path));
+    throw HostError(ExitCode::interrupted, "stopped: " + countsText() + m_goesOn);
+}
+
+ExitCode TagWriting::run(const Write& write)
+{
+    host::ProgressReporter progress({});
+    const InterruptGuard guard(progress);
+    const KVTagLib::WriteStop stopOfWrite([&progress] { return progress.isCanceled(); });
+    for (std::size_t i = 0; i < m_paths.size(); ++i)
+    {
+        if (progress.isCanceled())
+            stop(m_paths.subspan(i));
+        try
+        {
+            note(m_paths[i], write(m_paths[i], progress));
+        }
+        catch (const HostError& error)
+        {
+            if (m_paths.size() == 1)
+                throw;
+            CommandLine::complain(error.what());
+            if (error.code() == ExitCode::interrupted)
+                stop(m_paths.subspan(i));
+            ++m_failed;
+        }
+    }
+    if (m_paths.size() > 1 && m_same > 0)
+        m_line.note(countsText());
+    if (m_changed > 0)
+        m_line.note("\"qo scan\" takes the new values into the collection");
+    if (m_failed == 0)
+        return ExitCode::done;
+    return m_failed < m_paths.size() ? ExitCode::partly : ExitCode::failed;
+}
+} // namespace qo::cli
