@@ -2,8 +2,11 @@
 
 // The collection (CQoCollection), what a host changes in it, and its database (CQoCollDb).
 #include "Database/src/DbFacade/SQLiteException.h"
+#include "QoColl/Collection/FakeCollSubset.h"
 #include "QoColl/Collection/FileFinder.h"
 #include "QoColl/Collection/FolderOfFile.h"
+#include "QoColl/Collection/QoCheckHelper.h"
+#include "QoColl/Collection/QoCollSubset.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoFileChangeInfoList.h"
 #include "QoColl/Collection/QoFileUtils.h"

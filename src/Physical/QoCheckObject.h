@@ -30,7 +30,12 @@ public:
 
     ECheckObjectType getObjectType() const noexcept { return m_objectType; }
 
+    /// Whether any object was ever checked. As long as none was, nobody needs to look for marks.
+    static bool wasAnyChecked() noexcept { return s_wasAnyChecked; }
+
 private:
+    static bool s_wasAnyChecked;
+
     ECheckState m_checkState = CQoCheckState::CS_NotChecked;
     ECheckObjectType m_objectType;
 };

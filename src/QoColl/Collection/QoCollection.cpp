@@ -3,6 +3,7 @@
 #include "Logical/LTManager.h"
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
+#include "QoColl/Collection/QoCollSubset.h"
 #include "QoColl/Collection/QoScanHost.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Collection/RecordAhead.h"
@@ -41,7 +42,7 @@ CQoCollection::~CQoCollection()
 {
     // Parents and children hold each other, so the tree must be released explicitly. Nothing is
     // logged here, since the host's logger may be gone.
-    releaseZombieObjects();
+    releaseZombies();
     CQoUtils::releaseHDDirs(m_rootDirs);
 }
 
@@ -59,6 +60,7 @@ void CQoCollection::cleanUpGlobal()
     log(qo::level::flow, u"CQoCollection::cleanUpGlobal clear foreign collection");
     m_foreignCollection.clear(false);
     log(qo::level::flow, u"clearSubsets");
+    CQoCollSubset::clearSubsets();
     log(qo::level::flow, u"CLTManager::cleanUp");
     CLTManager::cleanUp(true);
     log(qo::level::flow, u"CQoCollection::cleanUpGlobal end");
@@ -231,14 +233,18 @@ bool CQoCollection::isFilePathInCollection(const CQoCollPath& path) const
 void CQoCollection::clear(bool cleanLogical)
 {
     qo::log(qo::level::flow, u"CQoCollection::clear start");
-    releaseZombieObjects();
+    m_marks.clear();
+    releaseZombies();
     CQoUtils::releaseHDDirs(m_rootDirs);
     m_rootDirs.clear();
     m_pathsInfoMap.RemoveAll();
     m_fileDbItems.RemoveAll();
     clearFileDbItemsMaps();
     if (cleanLogical)
+    {
         CLTManager::cleanUp(false);
+        CQoCollSubset::refreshSubsets();
+    }
     qo::log(qo::level::flow, u"CQoCollection::clear end");
 }
 
@@ -247,7 +253,21 @@ void CQoCollection::clearCollection(IQoProgress*)
     clear(true);
 }
 
+/// What a zombie was linked to changes with its release, and with that what the pictures and texts
+/// there belong to.
 void CQoCollection::releaseZombieObjects()
+{
+    if (!CQoCollSubset::isFollowing())
+        return releaseZombies();
+    CPtrListT<CHDFile> files = m_zombieFiles;
+    for (const auto& dir : m_zombieDirs)
+        dir->getAllFiles(files);
+    const CPtrListT<CLTObject> owners = CQoCollSubset::companionOwners(files);
+    releaseZombies();
+    CQoCollSubset::recountCompanions(owners);
+}
+
+void CQoCollection::releaseZombies()
 {
     for (const auto& dir : m_zombieDirs)
         CQoUtils::releaseHDDir(dir);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QoColl/Collection/Forward.h"
+#include "QoColl/Collection/MarkUpkeep.h"
 #include "QoColl/Collection/PathsById.h"
 #include "QoColl/Collection/QoFileChangeInfo.h"
 #include "QoColl/Db/Records/CollInfoDbItem.h"
@@ -171,6 +172,7 @@ protected:
     /// Releases all objects and records; with cleanLogical also the logical objects that nothing
     /// uses then. Must come after the last use of any handle by the caller: zombies are freed too.
     void clear(bool cleanLogical);
+    void releaseZombies();
     /// load() without its handling of exceptions; false or an exception after a failure.
     bool loadFromDb(const CStringArray& rootDirs,
                     const CQoPathsInfoMap& pathsInfo,
@@ -305,6 +307,8 @@ protected:
                             const QoFileDbItemArray& files,
                             IQoProgress* progress);
     void createLTObjects(const QoFileDbItemArray& files, IQoProgress* progress);
+    /// Lets check marks and subsets follow with the files that were built.
+    void followBuilt(const QoFileDbItemArray& files);
     /// Whether names are analysed: in the own collection, and in a foreign one on a disk, a
     /// portable device or a physical plug-in, if it has one root folder.
     bool canDetectLogicalStuff() const;
@@ -322,6 +326,7 @@ private:
     CQoPathsInfoMap m_pathsInfoMap;
     CPtrListT<CHDDirectory> m_zombieDirs;
     CPtrListT<CHDFile> m_zombieFiles;
+    qo::MarkUpkeep m_marks;
     bool m_loadedSuccesfully = false; ///< of load(); a change sets it, a canceled one clears it
     IQoScanHost* m_scanHost;          ///< never null
 };

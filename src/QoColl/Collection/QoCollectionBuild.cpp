@@ -5,6 +5,7 @@
 #include "Physical/HDPictureFile.h"
 #include "Physical/HDTextFile.h"
 #include "QoColl/Collection/FolderOfFile.h"
+#include "QoColl/Collection/QoCollSubset.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoFileUtils.h"
 #include "QoColl/Collection/QoScanHost.h"
@@ -137,6 +138,8 @@ boost::shared_ptr<CHDDirectory> CQoCollection::findCreateDir(const CQoCollPath& 
     if (const auto known = getDir(path))
         return known;
     boost::shared_ptr<CHDDirectory> dir = CHDDirectory::createDir(path, CHDDirectory::NullDir);
+    if (asRootDir)
+        CQoCollSubset::stopFollowing(); // files may get another root folder
     for (int i = 0; i < m_rootDirs.GetSize(); ++i)
     {
         // A root folder below the new one becomes its sub-folder.
@@ -176,9 +179,33 @@ void CQoCollection::createColl(QoFileDbItemArray& files,
     detectLogicalStuff(dirsToAnalyze, files, progress);
     createLTObjects(files, progress);
     progress->setRange(IQoProgress::rangeUnknown, 0);
+    followBuilt(files);
     log(level::timing,
         u"CQoCollection::createColl : end (took %d millis)",
         qo::systemClock().tickCount() - start);
+}
+
+/// Subsets in use follow with these files; others are forgotten. Only the two collections of the
+/// program are in subsets.
+void CQoCollection::followBuilt(const QoFileDbItemArray& files)
+{
+    const bool isShown = this == &m_ownCollection || this == &m_foreignCollection;
+    const bool inSubsets = isShown && CQoCollSubset::isFollowing();
+    CPtrListT<CHDFile> built;
+    if (inSubsets || CQoCheckObject::wasAnyChecked())
+    {
+        for (const QoFileDbItemPtr& item : files)
+        {
+            const bool isGone = item->dbState == qo::dbState::deleted;
+            if (const auto file = isGone ? CQoUtils::File() : getFileByPath(item->path))
+                built.add(file);
+        }
+    }
+    m_marks.join(built);
+    if (inSubsets)
+        CQoCollSubset::refreshSubsets(built);
+    else
+        CQoCollSubset::refreshSubsets();
 }
 
 void CQoCollection::cleanupColl(QoFileDbItemArray& files, IQoProgress* progress)
@@ -295,6 +322,8 @@ void CQoCollection::removeFileFromColl(const CString& path, bool removeEmptyDirs
         return;
     // The record may change or vanish; whoever holds the file shall see its tag as it was.
     file->keepTag();
+    CQoCollSubset::removeFile(file);
+    m_marks.leave(file);
     m_zombieFiles.add(file);
     boost::shared_ptr<CHDDirectory> dir = file->getParentDir();
     // The file keeps its parent, so that a zombie still knows where it was.

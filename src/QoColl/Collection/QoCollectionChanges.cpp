@@ -1,6 +1,7 @@
 #include "Logical/LTManager.h"
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
+#include "QoColl/Collection/QoCollSubset.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoFileChangeInfoList.h"
 #include "QoColl/Collection/QoScanHost.h"
@@ -287,6 +288,7 @@ void CQoCollection::dropRootDirs(const qo::CollPathArray& dirs)
         u"CQoCollection::setRootDirs : delete data from dirs : %s",
         qo::joinPaths(dirs));
     markDeletedFilesFromDirs(dirs);
+    CQoCollSubset::stopFollowing();
     for (const CQoCollPath& path : dirs)
     {
         if (const boost::shared_ptr<CHDDirectory> root = getRootDir(path))

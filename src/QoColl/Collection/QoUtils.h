@@ -32,6 +32,8 @@ public:
     static int getFileReviewedType(const File& file);
     static int getFileImportedType(const File& file);
     static int getFilePurchasedType(const File& file);
+    /// Whether the mask has the file's bit of any group.
+    static bool isFileVisible(const File& file, int mask);
     static bool existVisibleFiles(const Files& files, int mask);
     /// An object without files is visible only if all types are shown.
     static bool isObjectVisible(const CheckObject& object, const ShowFilterInfo& filter);
@@ -76,7 +78,8 @@ public:
     static CString getArtistFromFileName(const CString& name);
     /// Whether the titles in the records are equal without regard to case.
     static bool isSimilarFile(const File& a, const File& b);
-    /// Whether the foreign collection has music of that title by the same artist; file may be null.
+    /// Whether the foreign collection has music of that title by the same artist, and the current
+    /// subset any file of that artist; file may be null.
     static bool existSimilarFileInForeignCollection(const File& file);
 
     /// The directory itself, or the directory of the file; null for a file outside of a tree.

@@ -3,6 +3,7 @@
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
 #include "QoColl/Collection/LinkedFiles.h"
+#include "QoColl/Collection/QoCollSubset.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
@@ -46,24 +47,6 @@ private:
     std::optional<Type> m_type;
     const CHDDirectory* m_lastDir = nullptr;
 };
-
-/// Whether the mask shows the file: any group whose bit is in the mask does.
-bool isShown(const CQoUtils::File& file, int mask)
-{
-    using Group = int (*)(const CQoUtils::File&);
-    constexpr Group groups[] = {CQoUtils::getFileAudioVideoType,
-                                CQoUtils::getFileVelmoraMyMusicType,
-                                CQoUtils::getFileIsMusicType,
-                                CQoUtils::getFileReviewedType,
-                                CQoUtils::getFileImportedType,
-                                CQoUtils::getFilePurchasedType};
-    for (const Group group : groups)
-    {
-        if (group(file) & mask)
-            return true;
-    }
-    return false;
-}
 } // namespace
 
 CQoUtils::CQoCollectionMap CQoUtils::m_collectionMap;
@@ -122,11 +105,28 @@ CQoUtils::File CQoUtils::searchFileInAllCollections(const CString& velmoraId)
     return file ? file : CQoCollection::m_foreignCollection.getFileByVelmoraID(velmoraId);
 }
 
+bool CQoUtils::isFileVisible(const File& file, int mask)
+{
+    using Group = int (*)(const File&);
+    constexpr Group groups[] = {getFileAudioVideoType,
+                                getFileVelmoraMyMusicType,
+                                getFileIsMusicType,
+                                getFileReviewedType,
+                                getFileImportedType,
+                                getFilePurchasedType};
+    for (const Group group : groups)
+    {
+        if (group(file) & mask)
+            return true;
+    }
+    return false;
+}
+
 bool CQoUtils::existVisibleFiles(const Files& files, int mask)
 {
     for (const File& file : files)
     {
-        if (isShown(file, mask))
+        if (isFileVisible(file, mask))
             return true;
     }
     return false;
@@ -137,7 +137,8 @@ bool CQoUtils::isObjectVisible(const CheckObject& object, const ShowFilterInfo& 
     if (filter.m_showTypes != ShowFilterInfo::showAll)
     {
         // The visit reaches its end only if all files are hidden, or if there are none.
-        const auto isHidden = [&](const File& file) { return !isShown(file, filter.m_showTypes); };
+        const auto isHidden = [&](const File& file)
+        { return !isFileVisible(file, filter.m_showTypes); };
         if (qo::visitLinkedFiles(object, isHidden))
             return false;
     }
@@ -160,6 +161,11 @@ bool CQoUtils::existSimilarFileInForeignCollection(const File& file)
         return false;
     const Artist artist = CLTManager::findLTArtist(file->getDbItem()->artist);
     if (!artist)
+        return false;
+    int inOwn = 0;
+    int inForeign = 0;
+    CQoCollSubset::getCrtSubset().getArtistFileCount(artist, inOwn, inForeign);
+    if (inOwn + inForeign == 0)
         return false;
     // The title is compared first: it is cheaper and excludes most files.
     const auto isNoSuchFile = [&](const File& other)

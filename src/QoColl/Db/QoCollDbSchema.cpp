@@ -10,6 +10,7 @@
 #include "common/ProfileTimer.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "types/StringArray.h"
 
 #include <cerrno>
 #include <memory>
