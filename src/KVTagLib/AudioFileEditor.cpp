@@ -1,6 +1,7 @@
 #include "KVTagLib/AudioFileEditor.h"
 
 #include "KVTagLib/AudioFile.h"
+#include "KVTagLib/TagRefusal.h"
 #include "KVTagLib/ape/ApeTag.h"
 #include "KVTagLib/asf/AsfHeader.h"
 #include "KVTagLib/id3/Id3v1Tag.h"
@@ -36,6 +37,7 @@ namespace KVTagLib
 namespace
 {
 constexpr bool withoutProperties = false;
+constexpr const char16_t* comments = u"its comment";
 
 void editXiph(XiphEditor& comment, const TagChanges& changes)
 {
@@ -44,13 +46,19 @@ void editXiph(XiphEditor& comment, const TagChanges& changes)
         comment.setPicture(comment.frontCover(), *changes.picture());
 }
 
-/// Changes the APE tag of the file, or adds one. False if the tag cannot be taken apart, or has not
-/// all other items as before when it is read again.
-bool editApe(FileStream& stream, const TagChanges& changes)
+[[noreturn]] void refuseDamage(const char16_t* what)
 {
+    throw TagRefusal(what + CString(u" is damaged") + copyAdvice);
+}
+
+/// Changes the APE tag of the file, or adds one. All other items must be as before when it is read
+/// again.
+void editApe(FileStream& stream, const TagChanges& changes)
+{
+    constexpr const char16_t* name = u"its APE tag";
     ApeTag before;
     if (!before.load(stream))
-        return false;
+        refuseDamage(name);
     ApeTag tag = before;
     tag.apply(changes);
     const ApeTag::Place place = ApeTag::find(stream);
@@ -58,31 +66,31 @@ bool editApe(FileStream& stream, const TagChanges& changes)
                   static_cast<unsigned long>(place.start),
                   static_cast<unsigned long>(place.size));
     ApeTag after;
-    return after.load(stream) && before.keptBy(after, changes);
+    if (!after.load(stream) || !before.keptBy(after, changes))
+        refuseDamage(name);
 }
 
-bool editMpeg(FileStream& stream, const TagChanges& changes)
+void editMpeg(FileStream& stream, const TagChanges& changes)
 {
     bool hasId3v2 = false;
     bool hasApe = false;
     bool hasOther = false;
     {
         MPEG::File file(&stream, ID3v2::FrameFactory::instance(), withoutProperties);
-        if (!file.isValid())
-            return false;
         hasId3v2 = file.hasID3v2Tag();
         hasApe = file.hasAPETag();
         // A new kind of tag is added only when those that are present cannot hold the values.
         hasOther = hasApe || (file.hasID3v1Tag() && fitsId3v1(changes, stream));
     }
-    if (hasApe && !editApe(stream, changes))
-        return false;
+    if (hasApe)
+        editApe(stream, changes);
     applyToId3v1(changes, stream);
-    return (!hasId3v2 && hasOther) || applyToId3v2(changes, hasId3v2, stream);
+    if (hasId3v2 || !hasOther)
+        applyToId3v2(changes, hasId3v2, stream);
 }
 
 /// Like MPEG without APE tags.
-bool editTrueAudio(FileStream& stream, const TagChanges& changes)
+void editTrueAudio(FileStream& stream, const TagChanges& changes)
 {
     bool hasId3v2 = false;
     bool hasOther = false;
@@ -92,84 +100,87 @@ bool editTrueAudio(FileStream& stream, const TagChanges& changes)
         hasOther = file.isValid() && file.hasID3v1Tag() && fitsId3v1(changes, stream);
     }
     applyToId3v1(changes, stream);
-    return (!hasId3v2 && hasOther) || applyToId3v2(changes, hasId3v2, stream);
+    if (hasId3v2 || !hasOther)
+        applyToId3v2(changes, hasId3v2, stream);
 }
 
 /// Monkey's Audio, WavPack and Musepack.
 template <class SomeFile>
-bool editWithApeTag(FileStream& stream, const TagChanges& changes)
+void editWithApeTag(FileStream& stream, const TagChanges& changes)
 {
     bool hasOther = false;
     {
         SomeFile file(&stream, withoutProperties);
         if (!file.isValid())
-            return false;
+            refuseDamage(u"the file");
         hasOther = file.hasID3v1Tag() && !file.hasAPETag() && fitsId3v1(changes, stream);
     }
-    if (!hasOther && !editApe(stream, changes))
-        return false;
+    if (!hasOther)
+        editApe(stream, changes);
     applyToId3v1(changes, stream);
-    return true;
 }
 
 /// The packet with the comment is changed as bytes: TagLib writes only the entries that it can
 /// read. The prefix marks the packet of the codec.
 template <class SomeFile>
-bool editOgg(FileStream& stream, const ByteVector& prefix, const TagChanges& changes)
+void editOgg(FileStream& stream, const ByteVector& prefix, const TagChanges& changes)
 {
     SomeFile file(&stream, withoutProperties);
     if (!file.isValid() || !file.tag())
-        return false;
+        refuseDamage(comments);
     const ByteVector packet = file.packet(1);
     XiphEditor comment;
     if (packet.mid(0, prefix.size()) != prefix || !comment.load(packet.mid(prefix.size())))
-        return false;
+        refuseDamage(comments);
     editXiph(comment, changes);
     ByteVector changed = prefix;
     changed.append(comment.render());
     file.setPacket(1, changed);
-    return file.Ogg::File::save();
+    if (!file.Ogg::File::save())
+        refuseDamage(u"the file");
 }
 
 /// Here the packet is a FLAC block: a byte for its type, whose highest bit marks the last block,
 /// and three bytes for its size. TagLib does not set that bit again.
-bool editOggFlac(FileStream& stream, const TagChanges& changes)
+void editOggFlac(FileStream& stream, const TagChanges& changes)
 {
     constexpr unsigned blockHeader = 4;
     constexpr char lastBlock = '\x80';
     constexpr char commentBlock = 4;
     Ogg::FLAC::File file(&stream, withoutProperties);
     if (!file.isValid() || !file.tag())
-        return false;
+        refuseDamage(comments);
     const ByteVector old = file.packet(1);
     XiphEditor comment;
     if (old.size() < blockHeader || (old[0] & ~lastBlock) != commentBlock ||
         !comment.load(old.mid(blockHeader)))
-        return false;
+        refuseDamage(comments);
     editXiph(comment, changes);
     const ByteVector changed = comment.render();
     if (changed.size() >= 1U << 24)
-        return false;
+        throw TagRefusal(u"its comment would be larger than 16 MiB, which FLAC cannot hold");
     ByteVector packet(1, old[0]);
     packet.append(ByteVector::fromUInt(changed.size()).mid(1));
     packet.append(changed);
     file.setPacket(1, packet);
-    return file.Ogg::File::save();
+    if (!file.Ogg::File::save())
+        refuseDamage(u"the file");
 }
 
 /// The whole tag is in the header, which is read, changed and written as a piece.
-bool editAsf(FileStream& stream, const TagChanges& changes)
+void editAsf(FileStream& stream, const TagChanges& changes)
 {
     ASF::File file(&stream, withoutProperties);
     AsfHeader header;
     if (!file.isValid() || !header.load(file))
-        return false;
+        refuseDamage(u"its header");
     apply(changes, header);
-    return header.save(file);
+    if (!header.save(file))
+        throw TagRefusal(u"its header cannot hold values of that size");
 }
 } // namespace
 
-bool editAudioFile(FileStream& stream, AudioFormat format, const TagChanges& changes)
+void editAudioFile(FileStream& stream, AudioFormat format, const TagChanges& changes)
 {
     switch (format)
     {
@@ -203,6 +214,5 @@ bool editAudioFile(FileStream& stream, AudioFormat format, const TagChanges& cha
     case AudioFormat::unknown:
         break;
     }
-    return false;
 }
 } // namespace KVTagLib

@@ -4,6 +4,7 @@
 #include "KVTagLib/AudioFileEditor.h"
 #include "KVTagLib/CopyStream.h"
 #include "KVTagLib/TagChanges.h"
+#include "KVTagLib/TagRefusal.h"
 #include "KVTagLib/Tags.h"
 #include "KVTagLib/WriteStop.h"
 #include "KVTagLib/sound/AudioRegion.h"
@@ -38,20 +39,25 @@ std::optional<std::string> digestOf(const CString& path, AudioFormat format)
     return file ? digestOfSound(*file, format) : std::nullopt;
 }
 
-/// An exception comes from TagLib when a damaged file states an impossible size, and from the copy
-/// when the write shall stop. A lack of memory goes on to the caller.
-bool editCopy(qo::FileReplacement& copy, AudioFormat format, const TagChanges& changes)
+/// Says what is in the way; "" for a copy that was changed. A lack of memory goes on to the caller.
+CString editCopy(qo::FileReplacement& copy, AudioFormat format, const TagChanges& changes)
 {
     try
     {
         CopyStream stream(copy);
-        return editAudioFile(stream, format, changes);
+        editAudioFile(stream, format, changes);
+        return {};
+    }
+    catch (const TagRefusal& refusal)
+    {
+        return refusal.cause();
     }
     catch (const std::exception& exception)
     {
         if (isLackOfMemory(exception))
             throw;
-        return false;
+        // TagLib met an impossible size, or the copy could not be written or shall stop.
+        return CString(u"the file is damaged") + copyAdvice;
     }
 }
 } // namespace
@@ -75,13 +81,12 @@ bool FileTagsWriter::Write(CTags& tags)
     qo::FileReplacement replacement(m_path);
     if (const int error = replacement.prepare(&WriteStop::isAsked); error != 0)
         return fail(WriteStop::isAsked() ? u"it was stopped" : qo::errorText(error));
-    const bool edited = !WriteStop::isAsked() && editCopy(replacement, before.format, changes);
+    m_error = WriteStop::isAsked() ? CString(u"it was stopped")
+                                   : editCopy(replacement, before.format, changes);
     if (const int error = replacement.copyError(); error != 0)
         return fail(qo::errorText(error));
-    if (!edited)
-        m_error = u"the tag cannot be changed without loss";
     const bool good =
-        edited && checkCopy(qo::fromSystemPath(replacement.copyPath()), before, changes);
+        m_error.IsEmpty() && checkCopy(qo::fromSystemPath(replacement.copyPath()), before, changes);
     // A stop also makes other steps fail; it is the cause to report.
     if (WriteStop::isAsked())
         return fail(u"it was stopped");
@@ -111,7 +116,7 @@ bool FileTagsWriter::checkCopy(const CString& copy,
     const auto newSound = digestOf(copy, before.format);
     if (after.format != before.format || !sameSound(before.properties, after.properties) ||
         !oldSound || oldSound != newSound)
-        return fail(u"the sound would be damaged");
+        return fail(CString(u"the sound could not be kept as it is") + copyAdvice);
     return changes.fulfilledBy(before.values, after.values) ||
            fail(u"the tag of this file cannot hold the new values");
 }

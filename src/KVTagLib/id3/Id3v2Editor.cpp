@@ -1,6 +1,7 @@
 #include "KVTagLib/id3/Id3v2Editor.h"
 
 #include "KVTagLib/PictureStore.h"
+#include "KVTagLib/TagRefusal.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/id3/ReadableFrames.h"
 #include "types/Utf.h"
@@ -78,6 +79,22 @@ String::Type typeOf(char encoding)
     return encoding == utf8 ? String::UTF8 : encoding == latin1 ? String::Latin1 : String::UTF16;
 }
 
+/// Whether a frame that is whole stands somewhere in these bytes.
+bool holdsFrame(const ByteVector& bytes, int version)
+{
+    const unsigned idBytes = version == 2 ? 3 : 4;
+    const unsigned header = version == 2 ? 6 : 10;
+    for (unsigned at = 0; at + header < bytes.size(); ++at)
+    {
+        if (bytes[at] < 'A' || !isFrameId(bytes.mid(at, idBytes)))
+            continue;
+        const unsigned size = bytes.mid(at + idBytes, idBytes).toUInt(true);
+        if (size > 0 && size <= bytes.size() - at - header)
+            return true;
+    }
+    return false;
+}
+
 bool isCompressed(int version, const ByteVector& flags)
 {
     return version == 3 ? has(flags[1], '\x80') : version == 4 && has(flags[1], '\x08');
@@ -128,8 +145,7 @@ bool Id3v2Editor::load(const ByteVector& tag)
     }
     else if (m_version == 2 && has(flags, extendedHeader))
         return false; // compressed, in a way that was never defined
-    // Some writers of 2.4 store plain sizes where sizes of 7 bits a byte belong.
-    if (!parseFrames(data, m_version == 3) && (m_version != 4 || !parseFrames(data, true)))
+    if (!parseFrames(data))
         return false;
     // In 2.4 the flag in the tag's header says that all frames are encoded. New frames are not, so
     // each old one gets the flag for itself.
@@ -142,7 +158,25 @@ bool Id3v2Editor::load(const ByteVector& tag)
     return true;
 }
 
-bool Id3v2Editor::parseFrames(const ByteVector& data, bool plainSizes)
+bool Id3v2Editor::parseFrames(const ByteVector& data)
+{
+    m_stray = parseFrames(data, m_version == 3);
+    // Some writers of 2.4 store plain sizes where sizes of 7 bits a byte belong.
+    if (m_version == 4 && !m_stray.isEmpty())
+    {
+        const std::vector<Frame> frames = std::move(m_frames);
+        const ByteVector stray = m_stray;
+        m_stray = parseFrames(data, true);
+        if (!m_stray.isEmpty() && frames.size() >= m_frames.size())
+        {
+            m_frames = frames;
+            m_stray = stray;
+        }
+    }
+    return !holdsFrame(m_stray, m_version);
+}
+
+ByteVector Id3v2Editor::parseFrames(const ByteVector& data, bool plainSizes)
 {
     m_frames.clear();
     const unsigned idBytes = m_version == 2 ? 3 : 4;
@@ -153,20 +187,21 @@ bool Id3v2Editor::parseFrames(const ByteVector& data, bool plainSizes)
         frame.id = data.mid(at, idBytes);
         const ByteVector sizeField = data.mid(at + idBytes, idBytes);
         if (!isFrameId(frame.id) || (m_version == 4 && !plainSizes && !isSynchSafe(sizeField)))
-            return false;
+            break;
         const unsigned size = m_version == 4 && !plainSizes ? ID3v2::SynchData::toUInt(sizeField)
                                                             : sizeField.toUInt(true);
+        if (size > data.size() - at - frameHeaderBytes())
+            break;
         if (m_version > 2)
             frame.flags = data.mid(at + 8, 2);
         at += frameHeaderBytes();
-        if (size > data.size() - at)
-            return false;
         frame.body = data.mid(at, size);
         at += size;
         m_frames.push_back(frame);
     }
-    // Only padding may follow: anything else is a frame that was not understood.
-    return std::all_of(data.begin() + at, data.end(), [](char c) { return c == 0; });
+    while (at < data.size() && data[at] == 0)
+        ++at;
+    return data.mid(at);
 }
 
 const char* Id3v2Editor::idOf(Field field) const
@@ -404,11 +439,16 @@ bool Id3v2Editor::render(ByteVector& tag) const
             return false;
         frames.append(renderFrame(frame));
     }
-    if (frames.isEmpty() || frames.size() + headerBytes + roomToGrow >= maxTagBytes)
-        return frames.isEmpty();
-    // A tag of the same size leaves the sound where it is in the file.
-    const unsigned needed = frames.size() + headerBytes;
-    frames.resize((needed <= m_loadedSize ? m_loadedSize : needed + roomToGrow) - headerBytes, 0);
+    const unsigned content = frames.size() + m_stray.size();
+    if (content == 0 || content + 2 * roomToGrow >= maxTagBytes)
+        return content == 0;
+    // A tag of the same size leaves the sound where it is in the file. A reader ends at padding, so
+    // it does not come to stray bytes at the end.
+    const unsigned padding = m_stray.isEmpty() ? 0 : frameHeaderBytes();
+    const unsigned needed = headerBytes + frames.size() + padding + m_stray.size();
+    const unsigned size = needed <= m_loadedSize ? m_loadedSize : needed + roomToGrow;
+    frames.resize(size - headerBytes - m_stray.size(), 0);
+    frames.append(m_stray);
     tag = ByteVector("ID3", 3);
     tag.append(ByteVector(1, static_cast<char>(m_version)));
     tag.append(ByteVector(1, 0));
@@ -441,32 +481,36 @@ unsigned long Id3v2Editor::compressedBytes() const
     return sum;
 }
 
-bool applyToId3v2(const TagChanges& changes, bool hasTag, IOStream& file)
+ByteVector Id3v2Editor::changed(const ByteVector& old, const TagChanges& changes)
 {
+    ByteVector tag;
     Id3v2Editor editor;
-    unsigned long oldSize = 0;
+    if (!old.isEmpty() && !editor.load(old))
+        throw TagRefusal(CString(u"its ID3v2 tag is damaged") + copyAdvice);
+    editor.apply(changes);
+    if (!editor.render(tag))
+        throw TagRefusal(u"its ID3v2 tag would be larger than its version allows");
+    return tag;
+}
+
+void applyToId3v2(const TagChanges& changes, bool hasTag, IOStream& file)
+{
     long start = 0;
+    ByteVector old;
     if (hasTag)
     {
         file.seek(0);
-        start = Id3v2Editor::find(file.readBlock(Id3v2Editor::searchedBytes));
-        if (start < 0)
-            return false;
+        start = std::max(0, Id3v2Editor::find(file.readBlock(Id3v2Editor::searchedBytes)));
         file.seek(start);
-        oldSize = Id3v2Editor::sizeOf(file.readBlock(Id3v2Editor::headerBytes));
+        const unsigned size = Id3v2Editor::sizeOf(file.readBlock(Id3v2Editor::headerBytes));
         file.seek(start);
-        if (!editor.load(file.readBlock(oldSize)))
-            return false;
+        old = file.readBlock(std::max(size, Id3v2Editor::headerBytes));
     }
-    editor.apply(changes);
-    ByteVector tag;
-    if (!editor.render(tag))
-        return false;
+    const ByteVector tag = Id3v2Editor::changed(old, changes);
     // A tag without frames would break the standard.
     if (tag.isEmpty())
-        file.removeBlock(static_cast<unsigned long>(start), oldSize);
+        file.removeBlock(static_cast<unsigned long>(start), old.size());
     else
-        file.insert(tag, static_cast<unsigned long>(start), oldSize);
-    return true;
+        file.insert(tag, static_cast<unsigned long>(start), old.size());
 }
 } // namespace KVTagLib

@@ -36,7 +36,8 @@ public:
     static int find(const TagLib::ByteVector& head);
     static constexpr unsigned searchedBytes = 64 << 10;
 
-    /// False if the tag cannot be taken apart without loss; the object must not be used then.
+    /// False if the tag cannot be taken apart without loss; the object must not be used then. Bytes
+    /// after the frames that hold none are kept.
     bool load(const TagLib::ByteVector& tag);
     /// The frames as bytes that TagLib reads; see readableFrame(); empty for those that nobody can
     /// read. After a load that failed the frames ahead of what was not understood.
@@ -46,6 +47,9 @@ public:
     /// Builds the tag: as large as the loaded one if the frames fit in, else with 1 KiB of room to
     /// grow; empty when there are no frames. False if it would be larger than the format allows.
     bool render(TagLib::ByteVector& tag) const;
+
+    /// The changed tag for an old one, which may be empty. Throws TagRefusal.
+    static TagLib::ByteVector changed(const TagLib::ByteVector& old, const TagChanges& changes);
 
     /// The number of bytes in compressed frames.
     unsigned long compressedBytes() const;
@@ -58,9 +62,11 @@ private:
         TagLib::ByteVector body;
     };
 
+    /// False if there are frames after bytes that are not one.
+    bool parseFrames(const TagLib::ByteVector& data);
     /// Some writers of version 2.4 store plain sizes where seven bits a byte are required:
-    /// plainSizes reads these. False if the bytes are not frames and padding in that reading.
-    bool parseFrames(const TagLib::ByteVector& data, bool plainSizes);
+    /// plainSizes reads these. Gives what follows the frames and their padding.
+    TagLib::ByteVector parseFrames(const TagLib::ByteVector& data, bool plainSizes);
     unsigned frameHeaderBytes() const { return m_version == 2 ? 6 : 10; }
     const char* idOf(Field field) const;
     TagLib::StringList textsOf(const TagLib::ByteVector& id) const;
@@ -82,9 +88,10 @@ private:
     unsigned m_loadedSize = 0;
     char m_experimental = 0;
     std::vector<Frame> m_frames;
+    TagLib::ByteVector m_stray; ///< after the frames and their padding
 };
 
-/// Changes the ID3v2 tag at the start of the file or, with hasTag false, adds one. False if it
-/// cannot be changed without loss.
-bool applyToId3v2(const TagChanges& changes, bool hasTag, TagLib::IOStream& file);
+/// Changes the ID3v2 tag at the start of the file or, with hasTag false, adds one. Throws
+/// TagRefusal if it cannot be changed without loss.
+void applyToId3v2(const TagChanges& changes, bool hasTag, TagLib::IOStream& file);
 } // namespace KVTagLib

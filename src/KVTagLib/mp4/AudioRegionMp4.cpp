@@ -15,7 +15,8 @@
 //
 // Counted are all atoms but padding (free, skip) and the user data of the movie (udta). The tables
 // stco and co64 hold positions of sound from the start of the file. A growing tag changes these, so
-// they are counted as positions inside the atom that they point into.
+// they are counted as positions inside the atom that they point into. Those of fragments (moof) and
+// of their index (mfra) are treated alike.
 
 using TagLib::ByteVector;
 
@@ -56,11 +57,7 @@ public:
         }
         for (const Atom& atom : m_atoms)
         {
-            m_file.add(atom.name);
-            if (atom.name == "moov")
-                addParts(atom);
-            else
-                m_file.add(atom.start, atom.end - atom.start);
+            addPart(atom);
         }
         return true;
     }
@@ -82,32 +79,35 @@ private:
 
     void addPart(const Atom& part)
     {
-        constexpr const char* containers[] = {"trak", "mdia", "minf", "stbl"};
         m_file.add(part.name);
-        const bool isContainer = std::any_of(std::begin(containers),
-                                             std::end(containers),
-                                             [&](const char* name) { return part.name == name; });
-        if (isContainer)
-            addParts(part);
-        else if (part.name == "stco" || part.name == "co64")
-            addPositions(part, part.name == "stco" ? 4 : 8);
+        if (holdsPositions(part.name))
+            return addParts(part);
+        const std::int64_t size = part.end - part.start;
+        const ByteVector head = m_file.look(part.start, Mp4Positions::headBytes);
+        const std::optional<Mp4Positions> positions = positionsIn(part.name, head, size);
+        if (positions)
+            addPositions(part, *positions);
         else
-            m_file.add(part.start, part.end - part.start);
+            m_file.add(part.start, size);
     }
 
     /// Positions of the sound count from the start of the file, which a growing tag changes. What
     /// must stay equal is the position inside the atom with the sound.
-    void addPositions(const Atom& table, std::int64_t width)
+    void addPositions(const Atom& table, const Mp4Positions& positions)
     {
-        constexpr std::int64_t tableHeader = 8;
-        m_file.add(table.start, std::min(tableHeader, table.end - table.start));
-        for (std::int64_t at = table.start + tableHeader; at + width <= table.end; at += width)
+        std::int64_t done = table.start;
+        for (std::int64_t i = 0; i < positions.count; ++i)
         {
-            const ByteVector bytes = m_file.look(at, width);
-            if (bytes.size() < width)
+            const std::int64_t at = table.start + positions.at + i * positions.step;
+            const ByteVector bytes = m_file.look(at, positions.width);
+            if (bytes.size() < positions.width)
                 return;
-            addPosition(width == 4 ? std::int64_t(bytes.toUInt(true)) : bytes.toLongLong(true));
+            m_file.add(done, at - done);
+            addPosition(positions.width == 4 ? std::int64_t(bytes.toUInt(true))
+                                             : bytes.toLongLong(true));
+            done = at + positions.width;
         }
+        m_file.add(done, table.end - done);
     }
 
     void addPosition(std::int64_t position)

@@ -1,17 +1,16 @@
 #include "KVTagLib/mp4/Mp4Editor.h"
 
 #include "KVTagLib/PictureStore.h"
+#include "KVTagLib/TagRefusal.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/mp4/Mp4Atoms.h"
-
-#include <taglib/mp4file.h>
+#include "KVTagLib/mp4/Mp4Room.h"
 
 #include <optional>
 #include <string_view>
 #include <vector>
 
-// findItemList() and split() read the list of items, ItemList changes it, makeRoom() lets TagLib
-// adjust the file to its new size, and editMp4() runs these steps.
+// ItemList changes the list of tags, editItemList() finds room for it in the file.
 
 using namespace TagLib;
 
@@ -21,63 +20,6 @@ namespace
 {
 constexpr unsigned dataHeader = 16; ///< atom header, type and locale
 constexpr unsigned textType = 1;
-constexpr long maxItemBytes = 128L << 20;
-
-struct Place
-{
-    long start = 0; ///< after the header
-    long length = 0;
-};
-
-/// Finds the named atom among those in that place, and gives the place of its content.
-std::optional<Place> findAtom(FileStream& file, const Place& within, const char* name)
-{
-    long at = within.start;
-    const long end = within.start + within.length;
-    while (at + long(atomHeaderBytes) <= end)
-    {
-        file.seek(at, IOStream::Beginning);
-        const auto atom = atomOf(file.readBlock(longAtomHeaderBytes), at, end);
-        if (!atom || !atom->isWhole)
-            return {};
-        if (atom->name == name)
-            return Place{static_cast<long>(atom->start),
-                         static_cast<long>(atom->end - atom->start)};
-        at = static_cast<long>(atom->end);
-    }
-    return {};
-}
-
-std::optional<Place> findItemList(FileStream& file)
-{
-    std::optional<Place> place = Place{0, file.length()};
-    for (const char* name : {"moov", "udta", "meta"})
-    {
-        place = findAtom(file, *place, name);
-        if (!place)
-            return {};
-    }
-    // The content of "meta" starts with version and flags, which some writers leave out.
-    file.seek(place->start + 4, IOStream::Beginning);
-    const long skip = file.readBlock(4) == "hdlr" ? 0 : 4;
-    return findAtom(file, {place->start + skip, place->length - skip}, "ilst");
-}
-
-/// Whether the sound is in fragments, whose positions TagLib does not adjust.
-bool isFragmented(FileStream& file)
-{
-    const Place whole{0, file.length()};
-    const std::optional<Place> movie = findAtom(file, whole, "moov");
-    return findAtom(file, whole, "moof") || (movie && findAtom(file, *movie, "mvex"));
-}
-
-ByteVector atom(const ByteVector& name, const ByteVector& content)
-{
-    ByteVector bytes = ByteVector::fromUInt(content.size() + atomHeaderBytes);
-    bytes.append(name);
-    bytes.append(content);
-    return bytes;
-}
 
 /// The atom of one value: type, locale and the value.
 ByteVector dataAtom(unsigned type, const ByteVector& value)
@@ -85,43 +27,20 @@ ByteVector dataAtom(unsigned type, const ByteVector& value)
     ByteVector content = ByteVector::fromUInt(type);
     content.append(ByteVector(4, 0));
     content.append(value);
-    return atom("data", content);
-}
-
-struct Item
-{
-    ByteVector name;
-    ByteVector content; ///< its atoms
-};
-
-/// Splits bytes into atoms; false if they are not a row of atoms.
-bool split(const ByteVector& bytes, std::vector<Item>& items)
-{
-    unsigned at = 0;
-    while (at + atomHeaderBytes <= bytes.size())
-    {
-        const unsigned length = bytes.toUInt(at, true);
-        if (length < atomHeaderBytes || length > bytes.size() - at)
-            return false;
-        items.push_back(
-            {bytes.mid(at + 4, 4), bytes.mid(at + atomHeaderBytes, length - atomHeaderBytes)});
-        at += length;
-    }
-    return at == bytes.size();
+    return Mp4Item{"data", content}.render();
 }
 
 class ItemList
 {
 public:
-    bool load(const ByteVector& bytes) { return split(bytes, m_items); }
-
-    ByteVector render() const
+    bool load(const ByteVector& bytes)
     {
-        ByteVector bytes;
-        for (const Item& item : m_items)
-            bytes.append(atom(item.name, item.content));
-        return bytes;
+        const std::optional<Mp4Row> row = Mp4Row::of(bytes);
+        m_row = row.value_or(Mp4Row());
+        return row.has_value();
     }
+
+    ByteVector render() const { return m_row.render(); }
 
     StringList texts(const ByteVector& name) const
     {
@@ -136,12 +55,11 @@ public:
     std::vector<ByteVector> values(const ByteVector& name) const
     {
         std::vector<ByteVector> found;
-        for (const Item& item : m_items)
+        for (const Mp4Item& item : m_row.items)
         {
-            std::vector<Item> parts;
-            if (item.name != name || !split(item.content, parts))
+            if (item.name != name)
                 continue;
-            for (const Item& part : parts)
+            for (const Mp4Item& part : Mp4Row::of(item.content).value_or(Mp4Row()).items)
             {
                 if (part.name == "data" && part.content.size() >= dataHeader - atomHeaderBytes)
                     found.push_back(part.content);
@@ -155,8 +73,8 @@ public:
     void set(const ByteVector& name, const ByteVector& content)
     {
         bool placed = content.isEmpty();
-        std::vector<Item> items;
-        for (const Item& item : m_items)
+        std::vector<Mp4Item> items;
+        for (const Mp4Item& item : m_row.items)
         {
             if (item.name != name)
                 items.push_back(item);
@@ -168,11 +86,11 @@ public:
         }
         if (!placed)
             items.push_back({name, content});
-        m_items = std::move(items);
+        m_row.items = std::move(items);
     }
 
 private:
-    std::vector<Item> m_items;
+    Mp4Row m_row;
 };
 
 /// Texts are items whose names begin with the copyright sign; a genre may also be a number in
@@ -236,57 +154,23 @@ void applyPictures(const TagChanges& changes, ItemList& list)
         content = dataAtom(coverType(*changes.picture()), *changes.picture());
     const std::vector<ByteVector> old = list.values("covr");
     for (std::size_t i = 1; i < old.size() && !changes.removesPicture(pictureType::none); ++i)
-        content.append(atom("data", old[i]));
+        content.append(Mp4Item{"data", old[i]}.render());
     list.set("covr", content);
-}
-
-/// Lets TagLib write an item list of exactly that size, and adjust all sizes and positions in the
-/// file to it.
-bool makeRoom(FileStream& stream, unsigned size)
-{
-    MP4::File file(&stream, false);
-    if (!file.isValid() || !file.tag())
-        return false;
-    MP4::Tag& tag = *file.tag();
-    const MP4::ItemMap old = tag.itemMap();
-    for (const auto& [name, item] : old)
-        tag.removeItem(name);
-    // One text item of the right length takes the place of the whole list.
-    constexpr unsigned overhead = atomHeaderBytes + dataHeader;
-    if (size > overhead)
-        tag.setItem("\251cmt", StringList(String(std::string(size - overhead, ' '))));
-    return file.save();
 }
 } // namespace
 
-bool editMp4(FileStream& file, const TagChanges& changes)
+void editMp4(FileStream& file, const TagChanges& changes)
 {
-    if (isFragmented(file))
-        return false;
-    ItemList list;
-    const std::optional<Place> old = findItemList(file);
-    if (old && old->length > maxItemBytes)
-        return false;
-    if (old)
+    const auto edit = [&](const ByteVector& old)
     {
-        file.seek(old->start, IOStream::Beginning);
-        if (!list.load(file.readBlock(static_cast<unsigned long>(old->length))))
-            return false;
-    }
-    applyTexts(changes, list);
-    applyTrack(changes, list);
-    applyPictures(changes, list);
-    const ByteVector bytes = list.render();
-    if (!makeRoom(file, bytes.size()))
-        return false;
-    if (bytes.isEmpty())
-        return true;
-    // The list that TagLib wrote must be exactly as large as the one that replaces it now.
-    const std::optional<Place> place = findItemList(file);
-    if (!place || place->length != static_cast<long>(bytes.size()))
-        return false;
-    file.seek(place->start, IOStream::Beginning);
-    file.writeBlock(bytes);
-    return true;
+        ItemList list;
+        if (!list.load(old))
+            throw TagRefusal(CString(u"the sizes in its list of tags are wrong") + copyAdvice);
+        applyTexts(changes, list);
+        applyTrack(changes, list);
+        applyPictures(changes, list);
+        return list.render();
+    };
+    editItemList(file, edit);
 }
 } // namespace KVTagLib

@@ -4,6 +4,11 @@ using namespace TagLib;
 
 namespace KVTagLib
 {
+bool hasOpenSizes(const ByteVector& head)
+{
+    return head.startsWith("RIFF") && RiffChunk::isOpenSize(long(head.toUInt(4U, false)));
+}
+
 void forEachRiffChunk(IOStream& stream,
                       bool bigEndian,
                       const std::function<bool(const RiffChunk&)>& work)

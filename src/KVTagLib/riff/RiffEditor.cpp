@@ -1,9 +1,12 @@
 #include "KVTagLib/riff/RiffEditor.h"
 
+#include "KVTagLib/TagRefusal.h"
 #include "KVTagLib/id3/Id3v2Editor.h"
+#include "KVTagLib/riff/RiffChunks.h"
 
 #include <taglib/rifffile.h>
 
+#include <limits>
 #include <vector>
 
 // ChunkFile gives access to the chunks, InfoList changes the INFO texts of WAV, editId3v2() the
@@ -137,21 +140,14 @@ private:
 };
 
 /// Changes the ID3v2 chunk with that index; makes a chunk for notFound.
-bool editId3v2(ChunkFile& file, unsigned index, bool aiff, const TagChanges& changes)
+void editId3v2(ChunkFile& file, unsigned index, bool aiff, const TagChanges& changes)
 {
-    Id3v2Editor editor;
     const ByteVector old = index == notFound ? ByteVector() : file.content(index);
-    if (!old.isEmpty() && !editor.load(old))
-        return false;
-    editor.apply(changes);
-    ByteVector tag;
-    if (!editor.render(tag))
-        return false;
+    const ByteVector tag = Id3v2Editor::changed(old, changes);
     if (index != notFound)
         file.replace(index, tag);
     else if (!tag.isEmpty())
         file.append(aiff ? "ID3 " : "id3 ", tag);
-    return true;
 }
 
 /// RF64, for files over 4 GiB: the size in the header is all ones, and the true one stands as 64
@@ -167,8 +163,7 @@ public:
         m_isKnown = head.mid(chunkAt, 4) == "ds64";
         m_shortSize = head.mid(shortSizeAt, 4);
     }
-    /// False if the size has no place.
-    bool isSound() const { return !m_isUsed || m_isKnown; }
+    bool isSound() const { return !m_isUsed || m_isKnown; } ///< false: the size has no place
     void write()
     {
         if (!m_isUsed)
@@ -191,14 +186,35 @@ private:
     ByteVector m_shortSize;
 };
 
-bool editChunks(FileStream& stream, bool aiff, const TagChanges& changes)
+/// Who writes into a pipe cannot come back to write the sizes at the start. The sound then goes on
+/// to the end of the file.
+void closeOpenSizes(FileStream& stream)
+{
+    stream.seek(0);
+    if (!hasOpenSizes(stream.readBlock(RiffChunk::headerBytes)))
+        return;
+    const auto close = [&](const RiffChunk& chunk)
+    {
+        if (!chunk.isOpenSound())
+            return chunk.name != "data";
+        const long size = stream.length() - chunk.start;
+        if (stream.length() > std::numeric_limits<std::uint32_t>::max())
+            throw TagRefusal(CString(u"it is longer than 4 GiB") + copyAdvice);
+        stream.seek(chunk.start - 4);
+        stream.writeBlock(ByteVector::fromUInt(static_cast<unsigned>(size), false));
+        return false;
+    };
+    forEachRiffChunk(stream, false, close);
+}
+
+void editChunks(FileStream& stream, bool aiff, const TagChanges& changes)
 {
     stream.seek(0, IOStream::Beginning);
     ChunkFile file(stream, aiff);
     // The size of the sound in a recording that was not closed properly seems to exceed the file:
     // TagLib then does not list that chunk, and would overwrite it.
     if (!file.isValid() || !file.has(aiff ? "SSND" : "data"))
-        return false;
+        throw TagRefusal(CString(u"it is shorter than its header says") + copyAdvice);
     const unsigned info = aiff ? notFound : file.find("LIST", "INFO");
     // INFO cannot hold these.
     const bool beyondInfo = changes.picture() || changes.has(Field::lyrics);
@@ -206,22 +222,23 @@ bool editChunks(FileStream& stream, bool aiff, const TagChanges& changes)
     {
         InfoList list;
         if (!list.load(file.content(info)))
-            return false;
+            throw TagRefusal(CString(u"its INFO list is damaged") + copyAdvice);
         list.apply(changes);
         file.replace(info, list.render());
     }
     const unsigned id3v2 = file.find("ID3 ");
-    return (info != notFound && id3v2 == notFound && !beyondInfo) ||
-           editId3v2(file, id3v2, aiff, changes);
+    if (info == notFound || id3v2 != notFound || beyondInfo)
+        editId3v2(file, id3v2, aiff, changes);
 }
 } // namespace
 
-bool editRiff(FileStream& stream, AudioFormat format, const TagChanges& changes)
+void editRiff(FileStream& stream, AudioFormat format, const TagChanges& changes)
 {
     LongSize size(stream);
-    if (!size.isSound() || !editChunks(stream, format == AudioFormat::aiff, changes))
-        return false;
+    if (!size.isSound())
+        throw TagRefusal(CString(u"its \"ds64\" chunk with the size is missing") + copyAdvice);
+    closeOpenSizes(stream);
+    editChunks(stream, format == AudioFormat::aiff, changes);
     size.write();
-    return true;
 }
 } // namespace KVTagLib

@@ -32,7 +32,7 @@ void completeWav(IOStream& file, AudioProperties& properties)
         const long left = file.length() - chunk.start;
         if ((chunk.size != 0 && chunk.size <= left) || bytesPerSecond == 0)
             return false;
-        const double time = 1000.0 * static_cast<double>(left) / bytesPerSecond;
+        const double time = 1000.0 * static_cast<double>(left) / bytesPerSecond + 0.5;
         properties.milliseconds =
             static_cast<int>(std::min<double>(time, std::numeric_limits<int>::max()));
         properties.bitrate = static_cast<int>(bytesPerSecond / 125);

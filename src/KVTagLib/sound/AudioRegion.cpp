@@ -3,6 +3,7 @@
 #include "KVTagLib/ape/ApeTag.h"
 #include "KVTagLib/id3/Id3v1Tag.h"
 #include "KVTagLib/id3/Id3v2Editor.h"
+#include "KVTagLib/riff/RiffChunks.h"
 #include "KVTagLib/sound/AudioRegionReader.h"
 
 #include <algorithm>
@@ -87,13 +88,16 @@ bool addRiffSound(AudioRegionReader& file, bool bigEndian)
 {
     constexpr std::int64_t chunkHeader = 8;
     const ByteVector soundName = bigEndian ? "SSND" : "data";
+    const bool isOpen = hasOpenSizes(file.look(0, chunkHeader));
     bool found = false;
     std::int64_t at = 12;
     while (at + chunkHeader <= file.size() && file.sound())
     {
         const ByteVector header = file.look(at, chunkHeader + 4);
         const ByteVector name = header.mid(0, 4);
-        const std::int64_t length = header.toUInt(4, bigEndian);
+        std::int64_t length = header.toUInt(4, bigEndian);
+        if (isOpen && name == soundName && RiffChunk::isOpenSize(length))
+            length = file.size() - at - chunkHeader;
         const TagLib::String upper = TagLib::String(name).upper();
         const bool isInfo = upper == "LIST" && header.mid(chunkHeader) == "INFO";
         if (upper != "ID3 " && !isInfo)

@@ -1,5 +1,6 @@
 #include "KVTagLib/xiph/FlacEditor.h"
 
+#include "KVTagLib/TagRefusal.h"
 #include "KVTagLib/id3/Id3v1Tag.h"
 #include "KVTagLib/id3/Id3v2Editor.h"
 #include "KVTagLib/xiph/XiphEditor.h"
@@ -154,20 +155,25 @@ bool FlacBlocks::store(IOStream& file) const
 }
 } // namespace
 
-bool editFlac(IOStream& file, const TagChanges& changes)
+void editFlac(IOStream& file, const TagChanges& changes)
 {
     file.seek(0);
     const ByteVector head = file.readBlock(Id3v2Editor::headerBytes);
     const unsigned id3v2Bytes = Id3v2Editor::sizeOf(head);
     if (head.startsWith("ID3") && id3v2Bytes == 0)
-        return false;
+        throw TagRefusal(CString(u"its ID3v2 tag is damaged") + copyAdvice);
     file.seek(static_cast<long>(id3v2Bytes));
     const int magic = file.readBlock(searchForMagic).find("fLaC");
     FlacBlocks blocks;
     if (magic < 0 || !blocks.load(file, static_cast<long>(id3v2Bytes + magicBytes) + magic) ||
-        !blocks.apply(changes) || !blocks.store(file))
-        return false;
+        !blocks.apply(changes))
+        throw TagRefusal(CString(u"its comment is damaged, or a block before the sound") +
+                         copyAdvice);
+    if (!blocks.store(file))
+        throw TagRefusal(u"its comment or a picture would be larger than 16 MiB, which FLAC "
+                         u"cannot hold");
     applyToId3v1(changes, file);
-    return id3v2Bytes == 0 || applyToId3v2(changes, true, file);
+    if (id3v2Bytes > 0)
+        applyToId3v2(changes, true, file);
 }
 } // namespace KVTagLib

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "types/String.h"
+
+#include <exception>
+
+namespace KVTagLib
+{
+/// Thrown by an editor for a file that it cannot change without loss.
+class TagRefusal final : public std::exception
+{
+public:
+    /// What is in the way: "its APE tag is damaged".
+    explicit TagRefusal(const CString& cause) : m_cause(cause) {}
+
+    const CString& cause() const { return m_cause; }
+    const char* what() const noexcept override { return "the tag cannot be changed"; }
+
+private:
+    CString m_cause;
+};
+
+/// What the user can do about most damages: another program writes the container anew.
+constexpr const char16_t* copyAdvice =
+    u"; a copy made with \"ffmpeg -i OLD -map_metadata 0 -c copy NEW\" can be changed";
+} // namespace KVTagLib
