@@ -7,8 +7,10 @@
 #include "KVTagLib/id3/FrameBounds.h"
 #include "KVTagLib/id3/ReadableFrames.h"
 #include "KVTagLib/mp4/Mp4PlayTime.h"
+#include "KVTagLib/mpeg/LayerOne.h"
 #include "KVTagLib/riff/RiffChunks.h"
 #include "KVTagLib/riff/WavPlayTime.h"
+#include "KVTagLib/xiph/Rescue.h"
 #include "platform/Platform.h"
 
 #include <taglib/aifffile.h>
@@ -238,7 +240,7 @@ void readOnInChunks(TagLib::File& opened, const BoundedFrameFactory&, IOStream& 
     forEachRiffChunk(stream, isBigEndian<SomeFile>, look);
 }
 
-/// How the file of a format is opened, and how it is read when open. The last two may be null.
+/// How the file of a format is opened, and how it is read when open. The last three may be null.
 struct FormatRow
 {
     std::unique_ptr<TagLib::File> (*open)(IOStream&, ID3v2::FrameFactory&);
@@ -247,16 +249,18 @@ struct FormatRow
     void (*readOn)(TagLib::File&, const BoundedFrameFactory&, IOStream&);
     /// Completes the properties of the sound.
     void (*complete)(IOStream&, AudioProperties&);
+    /// Reads what there is of a file that TagLib does not open.
+    bool (*rescue)(IOStream&, AudioFileContent&);
 };
 
 template <class SomeFile>
-constexpr FormatRow plain{openPlain<SomeFile>, readOpened<SomeFile>, nullptr, nullptr};
+constexpr FormatRow plain{openPlain<SomeFile>, readOpened<SomeFile>, nullptr, nullptr, nullptr};
 template <class SomeFile>
 constexpr FormatRow withFrames{
-    openWithFrames<SomeFile>, readOpened<SomeFile>, readOnAtStart<SomeFile>, nullptr};
+    openWithFrames<SomeFile>, readOpened<SomeFile>, readOnAtStart<SomeFile>, nullptr, nullptr};
 template <class SomeFile>
 constexpr FormatRow ofChunks{
-    openChunks<SomeFile>, readOpened<SomeFile>, readOnInChunks<SomeFile>, nullptr};
+    openChunks<SomeFile>, readOpened<SomeFile>, readOnInChunks<SomeFile>, nullptr, nullptr};
 
 constexpr FormatRow completed(FormatRow row, void (*complete)(IOStream&, AudioProperties&))
 {
@@ -264,15 +268,21 @@ constexpr FormatRow completed(FormatRow row, void (*complete)(IOStream&, AudioPr
     return row;
 }
 
+constexpr FormatRow rescued(FormatRow row, bool (*rescue)(IOStream&, AudioFileContent&))
+{
+    row.rescue = rescue;
+    return row;
+}
+
 /// In the order of AudioFormat.
 constexpr FormatRow formats[] = {
     {},
-    withFrames<MPEG::File>,
-    withFrames<FLAC::File>,
-    plain<Ogg::Vorbis::File>,
-    plain<Ogg::FLAC::File>,
-    plain<Ogg::Speex::File>,
-    plain<Ogg::Opus::File>,
+    completed(withFrames<MPEG::File>, completeMpeg),
+    rescued(withFrames<FLAC::File>, rescueFlac),
+    rescued(plain<Ogg::Vorbis::File>, rescueOgg),
+    rescued(plain<Ogg::FLAC::File>, rescueOgg),
+    rescued(plain<Ogg::Speex::File>, rescueOgg),
+    rescued(plain<Ogg::Opus::File>, rescueOgg),
     completed(plain<MP4::File>, completeMp4),
     plain<ASF::File>,
     completed(ofChunks<RIFF::WAV::File>, completeWav),
@@ -304,7 +314,7 @@ bool parse(ByteStream& stream, AudioFormat expected, AudioFileContent& content)
     BoundedFrameFactory factory;
     const std::unique_ptr<TagLib::File> file = row.open ? row.open(stream, factory) : nullptr;
     if (!file || !file->isValid())
-        return false;
+        return file && row.rescue && row.rescue(stream, content);
     if (row.readOn)
         row.readOn(*file, factory, stream);
     row.read(*file, content);

@@ -27,7 +27,11 @@ struct AudioFileContent
     AudioFormat format = AudioFormat::unknown; ///< as found, whatever the extension says
     AudioProperties properties;
     TagValues values;
+    CString obstacle = {}; ///< why the file can be read but not written; "" for most
 };
+
+/// By the stream info block of FLAC, in a file of so many bytes.
+AudioProperties flacProperties(const TagLib::ByteVector& streamInfo, long bytes);
 
 /// Whether an allocation failed, and not for a size that no memory could hold.
 bool isLackOfMemory(const std::exception& exception);

@@ -17,21 +17,21 @@ struct Extension
 
 /// Frequent extensions first, since the list is searched from its start.
 constexpr Extension extensions[] = {
-    {u"mp3"sv, AudioFormat::mpeg},      {u"flac"sv, AudioFormat::flac},
-    {u"m4a"sv, AudioFormat::mp4},       {u"ogg"sv, AudioFormat::vorbis},
-    {u"opus"sv, AudioFormat::opus},     {u"wma"sv, AudioFormat::asf},
-    {u"wav"sv, AudioFormat::wav},       {u"mp2"sv, AudioFormat::mpeg},
-    {u"m4b"sv, AudioFormat::mp4},       {u"m4p"sv, AudioFormat::mp4},
-    {u"m4r"sv, AudioFormat::mp4},       {u"mp4"sv, AudioFormat::mp4},
-    {u"m4v"sv, AudioFormat::mp4},       {u"3gp"sv, AudioFormat::mp4},
-    {u"3g2"sv, AudioFormat::mp4},       {u"aax"sv, AudioFormat::mp4},
-    {u"oga"sv, AudioFormat::vorbis},    {u"spx"sv, AudioFormat::speex},
-    {u"asf"sv, AudioFormat::asf},       {u"wmv"sv, AudioFormat::asf},
-    {u"aiff"sv, AudioFormat::aiff},     {u"aif"sv, AudioFormat::aiff},
-    {u"aifc"sv, AudioFormat::aiff},     {u"ape"sv, AudioFormat::ape},
-    {u"wv"sv, AudioFormat::wavPack},    {u"mpc"sv, AudioFormat::musepack},
-    {u"mp+"sv, AudioFormat::musepack},  {u"mpp"sv, AudioFormat::musepack},
-    {u"tta"sv, AudioFormat::trueAudio},
+    {u"mp3"sv, AudioFormat::mpeg},     {u"flac"sv, AudioFormat::flac},
+    {u"m4a"sv, AudioFormat::mp4},      {u"ogg"sv, AudioFormat::vorbis},
+    {u"opus"sv, AudioFormat::opus},    {u"wma"sv, AudioFormat::asf},
+    {u"wav"sv, AudioFormat::wav},      {u"mp2"sv, AudioFormat::mpeg},
+    {u"mp1"sv, AudioFormat::mpeg},     {u"m4b"sv, AudioFormat::mp4},
+    {u"m4p"sv, AudioFormat::mp4},      {u"m4r"sv, AudioFormat::mp4},
+    {u"mp4"sv, AudioFormat::mp4},      {u"m4v"sv, AudioFormat::mp4},
+    {u"3gp"sv, AudioFormat::mp4},      {u"3g2"sv, AudioFormat::mp4},
+    {u"aax"sv, AudioFormat::mp4},      {u"oga"sv, AudioFormat::vorbis},
+    {u"spx"sv, AudioFormat::speex},    {u"asf"sv, AudioFormat::asf},
+    {u"wmv"sv, AudioFormat::asf},      {u"aiff"sv, AudioFormat::aiff},
+    {u"aif"sv, AudioFormat::aiff},     {u"aifc"sv, AudioFormat::aiff},
+    {u"ape"sv, AudioFormat::ape},      {u"wv"sv, AudioFormat::wavPack},
+    {u"mpc"sv, AudioFormat::musepack}, {u"mp+"sv, AudioFormat::musepack},
+    {u"mpp"sv, AudioFormat::musepack}, {u"tta"sv, AudioFormat::trueAudio},
 };
 
 /// The codec of an Ogg stream is named at the start of its first packet.

@@ -77,6 +77,8 @@ bool FileTagsWriter::Write(CTags& tags)
     const TagChanges changes(tags, before.values);
     if (changes.empty())
         return true;
+    if (!before.obstacle.IsEmpty())
+        return fail(before.obstacle);
 
     qo::FileReplacement replacement(m_path);
     if (const int error = replacement.prepare(&WriteStop::isAsked); error != 0)

@@ -44,3 +44,64 @@ TEST(OddContainers, AreWrittenAndTheirSoundStaysAsItWas)
         EXPECT_EQ(soundChecksum(path), before);
     }
 }
+
+TEST(OddContainers, AreReadAsFarAsTheyGoAndNotWritten)
+{
+    if (!haveDecoder())
+        GTEST_SKIP() << "no ffmpeg";
+    const TempDir folder;
+    const auto film = [&](const char* name, const char* codec)
+    {
+        std::string command = "ffmpeg -v quiet -f lavfi -i color=size=16x16:duration=1 -i '" +
+                              sound("sound.wav") + "' -c:v libtheora -c:a ";
+        command += codec + std::string(" -metadata:s:a title=Film -metadata:s:a artist=Ann ");
+        outputOf(command + "'" + folder.path(name) + "' 2>&1");
+        return contentOf(folder.path(name));
+    };
+    EXPECT_EQ(write(copySound(folder, "sound.flac"), tagsOf({.artist = "Ann", .title = "Film"})),
+              "");
+    std::string flac = folder.read("sound.flac");
+    flac[flac.find("fLaC") + 4 + 38] = '\x7f'; // the type of the block after the stream info
+    const std::string damaged = folder.read("sound.flac").substr(0, flac.rfind("Film") + 5);
+    struct Row
+    {
+        const char* name;
+        std::string content;
+        Values values;
+        int milliseconds;
+        const char* reason;
+    };
+    const Values both{.artist = "Ann", .title = "Film"};
+    const Row rows[] = {
+        {"a.ogg", film("a.ogg", "libvorbis"), both, 300, "several streams"},
+        {"b.ogg", film("b.ogg", "libopus"), both, 300, "several streams"},
+        {"c.ogg", film("c.ogg", "flac -strict -2"), both, 300, "several streams"},
+        {"d.flac", flac, {}, 300, "or a block before the sound"},
+        {"e.flac", damaged, both, 300, "block before its sound is damaged"},
+    };
+    for (const auto& [name, content, values, milliseconds, reason] : rows)
+    {
+        SCOPED_TRACE(name);
+        const std::string path = folder.write(name, content);
+        EXPECT_EQ(read(path), values);
+        EXPECT_NEAR(millisecondsOf(path), milliseconds, 200);
+        EXPECT_NE(write(path, title(u"New")).find(reason), std::string::npos);
+        EXPECT_TRUE(contentOf(path) == content);
+    }
+}
+
+TEST(OddContainers, LayerOneIsReadAndWritten)
+{
+    // A frame of layer 1 without a checksum: 384 kbit/s, 48 kHz, 384 bytes, 8 ms.
+    const std::string frame = std::string("\xff\xff\xc4\x00", 4) + std::string(380, '\0');
+    std::string content;
+    for (int i = 0; i < 50; ++i)
+        content += frame;
+    const TempDir folder;
+    const std::string path = folder.write("a.mp1", content);
+    EXPECT_EQ(read(path), Values{});
+    EXPECT_EQ(millisecondsOf(path), 400);
+    EXPECT_EQ(write(path, title(u"New")), "");
+    EXPECT_EQ(read(path).title, "New");
+    EXPECT_EQ(millisecondsOf(path), 400);
+}

@@ -2,17 +2,6 @@
 
 using namespace tagfiles;
 
-namespace
-{
-int millisecondsOf(const std::string& path)
-{
-    KVTagLib::CTags tags;
-    EXPECT_TRUE(readInto(path, tags)) << path;
-    int time = 0;
-    return tags.GetTime(time) ? time : 0;
-}
-} // namespace
-
 TEST(PlayTime, IsKnownOfWhatTagLibDoesNotMeasure)
 {
     if (!haveDecoder())

@@ -96,6 +96,15 @@ inline Values read(const std::string& path)
     return valuesOf(tags);
 }
 
+/// The play time; 0 if it is not known.
+inline int millisecondsOf(const std::string& path)
+{
+    KVTagLib::CTags tags;
+    EXPECT_TRUE(readInto(path, tags)) << path;
+    int time = 0;
+    return tags.GetTime(time) ? time : 0;
+}
+
 inline KVTagLib::CTags tagsOf(const Values& values)
 {
     KVTagLib::CTags tags;
