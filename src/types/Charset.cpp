@@ -31,20 +31,31 @@ bool isLikely(std::string_view name)
 }
 } // namespace
 
-std::string charsetOf(std::string_view bytes)
+std::vector<std::pair<std::string, int>> charsetsOf(std::string_view bytes)
 {
-    if (isUtf8(bytes))
-        return "UTF-8";
+    std::vector<std::pair<std::string, int>> list;
     UErrorCode error = U_ZERO_ERROR;
     const std::unique_ptr<UCharsetDetector, Close> detector(ucsdet_open(&error));
     ucsdet_setText(detector.get(),
                    bytes.data(),
                    static_cast<std::int32_t>(std::min(bytes.size(), mostBytesLookedAt)),
                    &error);
-    const UCharsetMatch* const match = ucsdet_detect(detector.get(), &error);
-    if (U_FAILURE(error) || !match || ucsdet_getConfidence(match, &error) < sureFrom)
+    std::int32_t count = 0;
+    const UCharsetMatch** const matches = ucsdet_detectAll(detector.get(), &count, &error);
+    for (std::int32_t i = 0; U_SUCCESS(error) && i < count; ++i)
+        list.emplace_back(ucsdet_getName(matches[i], &error),
+                          ucsdet_getConfidence(matches[i], &error));
+    return list;
+}
+
+std::string charsetOf(std::string_view bytes)
+{
+    if (isUtf8(bytes))
+        return "UTF-8";
+    const auto found = charsetsOf(bytes);
+    if (found.empty() || found.front().second < sureFrom)
         return whenInDoubt;
-    const std::string name = ucsdet_getName(match, &error);
+    const std::string& name = found.front().first;
     // The bytes 0x80 to 0x9F are controls in the one and letters in the other, which people have.
     return name == "ISO-8859-1" || !isLikely(name) ? whenInDoubt : name;
 }
