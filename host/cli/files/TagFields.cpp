@@ -28,6 +28,14 @@ std::string cell(std::string text)
         text = text.substr(0, text.find('\n')) + " … (" + std::to_string(lines) + " lines)";
     return harmless(text);
 }
+
+void throwUnlessRead(const CString& path, bool isRead, const CString& cause)
+{
+    if (!isRead)
+        throw HostError(ExitCode::failed,
+                        "the tag of " + host::shownPath(path) +
+                            " cannot be read: " + host::plainWords(cause));
+}
 } // namespace
 
 bool fieldValue(const CMusicTagEx& tag,
@@ -61,10 +69,14 @@ void readFileTag(const CString& path, CMusicTagEx& tag)
 {
     checkMusicFile(path);
     CString cause;
-    if (!tag.readTag(path, &cause))
-        throw HostError(ExitCode::failed,
-                        "the tag of " + host::shownPath(path) +
-                            " cannot be read: " + host::plainWords(cause));
+    throwUnlessRead(path, tag.readTag(path, &cause), cause);
+}
+
+void readFileTag(const CString& path, KVTagLib::CTags& tags)
+{
+    checkMusicFile(path);
+    CString cause;
+    throwUnlessRead(path, CMusicTagEx::readTag(path, tags, &cause), cause);
 }
 
 std::string checkedPicture(const std::string& typed)
@@ -101,6 +113,15 @@ void applyEdits(CMusicTagEx& tag, const host::PendingTags::Fields& edits)
     }
 }
 
+std::optional<KVTagLib::Field> fieldInTag(const FileField& field)
+{
+    // The attributes of texts are numbered from one in the order of the tag library's fields.
+    const int index = *field.attribute - CTagAttrib::AT_Artist;
+    if (index >= KVTagLib::fieldCount)
+        return {};
+    return static_cast<KVTagLib::Field>(index);
+}
+
 KVTagLib::CTags allValues(const CString& path)
 {
     KVTagLib::CTags all(CString(), KVTagLib::TagExtent::everything);
@@ -111,12 +132,10 @@ KVTagLib::CTags allValues(const CString& path)
 std::vector<std::string>
 fileValues(const CMusicTagEx& tag, const KVTagLib::CTags& all, const FileField& field)
 {
-    // The attributes of texts are numbered from one in the order of the tag library's fields.
-    const int index = *field.attribute - CTagAttrib::AT_Artist;
     std::vector<std::string> values;
-    if (index < KVTagLib::fieldCount)
+    if (const auto inTag = fieldInTag(field))
     {
-        for (CString value : all.GetValues(static_cast<KVTagLib::Field>(index)))
+        for (CString value : all.GetValues(*inTag))
             values.push_back(toUtf8(value.Trim()));
     }
     std::string value;

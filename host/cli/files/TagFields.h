@@ -6,6 +6,7 @@
 
 #include <QoKernel/Tags.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,7 @@ bool fieldValue(const CMusicTagEx& tag,
 void checkMusicFile(const CString& path);
 /// Reads the tag of such a file. Throws HostError.
 void readFileTag(const CString& path, CMusicTagEx& tag);
+void readFileTag(const CString& path, KVTagLib::CTags& tags);
 /// The absolute path of a picture that was typed. Throws HostError unless it is one that can stand
 /// in a tag.
 std::string checkedPicture(const std::string& typed);
@@ -29,6 +31,8 @@ std::string checkedPicture(const std::string& typed);
 /// Gives the tag the pending values as edits.
 void applyEdits(CMusicTagEx& tag, const host::PendingTags::Fields& edits);
 
+/// The field of the tag library; nothing for a picture.
+std::optional<KVTagLib::Field> fieldInTag(const host::FileField& field);
 /// Every value of the file's tag, whole: a CMusicTagEx has one value a field, and cuts long ones as
 /// the collection does.
 KVTagLib::CTags allValues(const CString& path);

@@ -1,6 +1,5 @@
 #include "cli/tags/ChosenMusic.h"
 
-#include "cli/KernelCommand.h"
 #include "cli/files/FoundFiles.h"
 #include "core/base/HostFiles.h"
 
@@ -49,25 +48,8 @@ std::vector<CString> musicAt(const std::string& typed, const host::PendingTags& 
     }
     return paths;
 }
-} // namespace
 
-void addChoice(CLI::App& command, MusicChoice& choice)
-{
-    addArguments(command, "PATH", choice.paths, "Music files, and folders of the collection");
-    addFilter(command, choice.filter);
-}
-
-CString editedPath(const host::PendingTags& pending, const std::string& typed)
-{
-    const std::vector<CString> forms = spellings(typed);
-    for (const CString& form : forms)
-    {
-        if (pending.isEdited(form))
-            return form;
-    }
-    return forms.front();
-}
-
+/// Loads the collection if the choice needs it.
 void prepareChoice(CommandLine& line, host::Session& session, const MusicChoice& choice)
 {
     if (choice.paths.empty() && !choice.filter.isSet())
@@ -97,5 +79,38 @@ std::vector<CString> chosenMusic(const MusicChoice& choice, const host::PendingT
     if (chosen.empty())
         throw HostError(ExitCode::notFound, "there is no such music in " + choice.paths.front());
     return chosen;
+}
+} // namespace
+
+void addChoice(CLI::App& command, MusicChoice& choice)
+{
+    addArguments(command, "PATH", choice.paths, "Music files, and folders of the collection");
+    addFilter(command, choice.filter);
+}
+
+CString editedPath(const host::PendingTags& pending, const std::string& typed)
+{
+    const std::vector<CString> forms = spellings(typed);
+    for (const CString& form : forms)
+    {
+        if (pending.isEdited(form))
+            return form;
+    }
+    return forms.front();
+}
+
+ExitCode
+withChosenMusic(CommandLine& line, KernelUse use, const MusicChoice& choice, const MusicWork& work)
+{
+    const auto session = openKernel(line, use);
+    prepareChoice(line, *session, choice);
+    return session->kernel().run(
+        [&]
+        {
+            if (use == KernelUse::hold)
+                session->prepareStore();
+            host::PendingTags pending;
+            return work(chosenMusic(choice, pending), pending);
+        });
 }
 } // namespace qo::cli

@@ -1,4 +1,3 @@
-#include "cli/KernelCommand.h"
 #include "cli/files/FileRecord.h"
 #include "cli/files/TagFields.h"
 #include "cli/shown/Listing.h"
@@ -15,7 +14,6 @@ namespace qo::cli
 namespace
 {
 using host::PendingTags;
-using host::Session;
 using KVTagLib::CPictureTag;
 using KVTagLib::PictureFacts;
 
@@ -33,7 +31,7 @@ struct CoverWork
 {
     CommandLine& line;
     const CoverOptions& options;
-    std::vector<CString> paths;
+    const std::vector<CString>& paths;
     PendingTags& pending;
 };
 
@@ -69,40 +67,11 @@ const char* typeName(int type)
 /// All pictures of the file's tags, extracted into the folder of covers.
 CArray<CPictureTag> picturesOf(const CString& path)
 {
-    checkMusicFile(path);
     KVTagLib::CTags tags(CQoPaths::getPictureTempDir(), KVTagLib::TagExtent::everything);
-    CString cause;
-    if (!CMusicTagEx::readTag(path, tags, &cause))
-        throw HostError(ExitCode::failed,
-                        "the tag of " + host::shownPath(path) +
-                            " cannot be read: " + host::plainWords(cause));
+    readFileTag(path, tags);
     CArray<CPictureTag> pictures;
     tags.GetPictures(pictures);
     return pictures;
-}
-
-/// Does the work for each and goes on after a failure, unless there is one alone.
-template <class List, class Work>
-ExitCode forEachOf(const List& list, Work work)
-{
-    std::size_t failed = 0;
-    for (const auto& each : list)
-    {
-        try
-        {
-            work(each);
-        }
-        catch (const HostError& error)
-        {
-            if (list.size() == 1)
-                throw;
-            CommandLine::complain(error.what());
-            ++failed;
-        }
-    }
-    if (failed == 0)
-        return ExitCode::done;
-    return failed < list.size() ? ExitCode::partly : ExitCode::failed;
 }
 
 void listPicture(CoverWork& work, Listing& listing, const CString& path, const CPictureTag& picture)
@@ -310,18 +279,14 @@ void setUpCover(CommandLine& line, CLI::App& command)
             help,
             [&line, options, use, run]
             {
-                const auto session = openKernel(line, use);
-                prepareChoice(line, *session, options->choice);
-                return session->kernel().run(
-                    [&]
-                    {
-                        if (use == KernelUse::hold)
-                            session->prepareStore();
-                        PendingTags pending;
-                        CoverWork work{
-                            line, *options, chosenMusic(options->choice, pending), pending};
-                        return run(work);
-                    });
+                return withChosenMusic(line,
+                                       use,
+                                       options->choice,
+                                       [&](const std::vector<CString>& paths, PendingTags& pending)
+                                       {
+                                           CoverWork work{line, *options, paths, pending};
+                                           return run(work);
+                                       });
             });
         addChoice(*app, options->choice);
         return app;

@@ -4,6 +4,7 @@
 #include "cli/files/TagFields.h"
 #include "cli/shown/Text.h"
 #include "cli/tags/ChosenMusic.h"
+#include "cli/tags/EncodingCommand.h"
 #include "cli/tags/TagWriting.h"
 #include "core/base/HostFiles.h"
 #include "core/collection/PendingTags.h"
@@ -294,6 +295,10 @@ void setUpTag(CommandLine& line, CLI::App& command)
         add("revert", "Drop edits that were not written", KernelUse::hold, revert);
     addArguments(*revertApp, "FIELD", options->words, "Only these fields");
     revertApp->add_flag("--away", options->away, "All files that cannot be found");
+
+    setUpEncoding(line,
+                  *command.add_subcommand(
+                      "encoding", "Edit texts that were written in another encoding than Latin-1"));
 
     CLI::App* const writeApp =
         add("write", "Write the edits into the file", KernelUse::hold, write);

@@ -65,9 +65,11 @@ TEST(CoverCommand, SaysWhatIsWrong)
     const QoCommand qo;
     const std::string picture = QO_TEST_DATA "/sounds/red.jpg";
     const std::string file = qo.addSound("1.mp3");
-    const std::string whole = qo.dir.read("music/1.mp3");
+    // An APE tag that claims five items and has none.
     const std::string odd = qo.dir.write(
-        "music/odd.mp3", std::string("ID3\3\0\0\0\0\0\x14 not a frame of sound", 30) + whole);
+        "music/odd.mp3",
+        qo.dir.read("music/1.mp3") +
+            std::string("APETAGEX\xd0\x07\0\0\x20\0\0\0\5\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 32));
     const std::vector<QoCommand::Refusal> cases = {
         {{"show"}, 2, "name files or folders"},
         {{"show", qo.music("none.mp3")}, 4, "is not in the collection"},
