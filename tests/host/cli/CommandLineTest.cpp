@@ -46,7 +46,7 @@ TEST(CommandLine, CommandsExplainThemselves)
     EXPECT_TRUE(contains(qo.run({"ls", "--help"}).out, "--long"));
     const std::string completion = qo.run({"completion", "bash"}).out;
     EXPECT_TRUE(contains(completion, "complete -F _qo qo"));
-    EXPECT_TRUE(contains(completion, "'tag ') words=\"show set ls revert write\""));
+    EXPECT_TRUE(contains(completion, "'tag ') words=\"show set ls revert encoding write\""));
 }
 
 TEST(CommandLine, ReadmeListsTheCommandsAsTheHelpDoes)
