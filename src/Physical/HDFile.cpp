@@ -186,11 +186,13 @@ bool CHDFile::isOneOfExt(const char16_t* ext, const char16_t* const* table, int 
 bool CHDFile::isPictureFile(const CString& ext)
 {
     static constexpr const char16_t* extensions[] = {u"jpg", u"gif", u"bmp", u"png"};
-    return isOneOfExt(ext, extensions, static_cast<int>(std::size(extensions)));
+    return isOneOfExt(ext, extensions, static_cast<int>(std::size(extensions))) ||
+           CQoUtils::getFurtherExtKind(ext) == CQoUtils::EK_Picture;
 }
 
 bool CHDFile::isTextFile(const CString& ext)
 {
     static constexpr const char16_t* extensions[] = {u"txt", u"pdf"};
-    return isOneOfExt(ext, extensions, static_cast<int>(std::size(extensions)));
+    return isOneOfExt(ext, extensions, static_cast<int>(std::size(extensions))) ||
+           CQoUtils::getFurtherExtKind(ext) == CQoUtils::EK_Text;
 }

@@ -126,6 +126,8 @@ void checkValue(const std::string& key, const std::string& value)
 {
     if (key.starts_with("MusicCollectionDir"))
         throw HostError(ExitCode::usage, key + " is kept by \"qo roots\"; use that");
+    if (key == toUtf8(CString(host::FileKinds::setting)))
+        return static_cast<void>(host::FileKinds(value));
     const std::vector<std::string> levels = {
         "none", "error", "warning", "info", "debug", "detail", "verbose"};
     std::string lower = value;

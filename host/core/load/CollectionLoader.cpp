@@ -118,7 +118,12 @@ void CollectionLoader::loadGuarded()
     m_session.scanHost().forget();
     m_session.scanHost().setReadAll(m_options.deep);
     if (m_report.walked)
-        m_session.scanHost().setReadAgain(HostStore(Session::folder()).unreadFiles());
+    {
+        const HostStore store(Session::folder());
+        m_session.scanHost().setReadAgain(store.unreadFiles());
+        m_session.scanHost().setReadExts(
+            m_session.fileKinds().changedFrom(FileKinds(toUtf8(store.fileKinds()))));
+    }
     const auto start = std::chrono::steady_clock::now();
     if (m_report.walked)
         scan(roots, walked, fresh, givenUp);
@@ -134,10 +139,22 @@ void CollectionLoader::loadGuarded()
         m_options.rescan ? mark.end() : mark.endRoots();
         PendingTags::settle(m_session);
     }
+    if (m_options.rescan && m_isOwn)
+        rememberFileKinds();
     forgetRemovedRoots(roots);
     m_report.files = CQoCollection::m_ownCollection.getFileCount();
     if (!m_options.rescan && hasUnfinishedScan())
         m_session.note("the last scan was interrupted: \"qo scan\" goes on with it");
+}
+
+/// All files were read by them now.
+void CollectionLoader::rememberFileKinds() const
+{
+    HostStore store(Session::folder());
+    const CString kinds = fromUtf8(m_session.fileKinds().text());
+    if (kinds != store.fileKinds())
+        store.setFileKinds(kinds);
+    m_session.scanHost().setReadExts({});
 }
 
 bool CollectionLoader::hasUnfinishedScan()

@@ -84,6 +84,7 @@ private:
                 const CStringArray& fresh,
                 const std::vector<DiskChange>& changes,
                 RootPresence& presence);
+    void rememberFileKinds() const;
     void rememberUnread() const;
     void checkSlices(const SlicedScan::Report& slices, const UnfinishedScan& mark) const;
     void checkSaved() const;

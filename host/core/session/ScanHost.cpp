@@ -8,9 +8,23 @@ namespace qo::host
 {
 bool ScanHost::mustRead(const QoFileDbItem& record, const FileInfo& seen)
 {
+    if (isOfOtherKind(record))
+    {
+        ++m_ofOtherKind;
+        return true;
+    }
     return m_readAll || isOtherFile(record, seen) ||
            (m_readAgain.contains(record.path) &&
             fileSystem().mayRead(CQoUtils::getRealPath(record.path)) == 0);
+}
+
+bool ScanHost::isOfOtherKind(const QoFileDbItem& record) const
+{
+    if (m_readExts.empty())
+        return false;
+    CString ext = fileExtOf(record.path);
+    ext.MakeLower();
+    return m_readExts.contains(toUtf8(ext));
 }
 
 void ScanHost::setReadAgain(const CStringArray& files)
@@ -56,6 +70,7 @@ void ScanHost::forget()
     m_lastFailure.clear();
     m_unread.RemoveAll();
     m_twins.RemoveAll();
+    m_ofOtherKind = 0;
 }
 
 void ScanHost::forgetFile(const CString& path)
@@ -79,6 +94,11 @@ std::vector<std::string> ScanHost::fileRemarks() const
             "lower case being the same",
             "files were left out, as the collection knows others by their names, upper and "
             "lower case being the same")};
+    if (m_ofOtherKind > 0)
+        sentences.push_back(std::to_string(m_ofOtherKind) +
+                            (m_ofOtherKind == 1 ? " file was" : " files were") +
+                            " read again, as the setting FileKinds makes something else of them "
+                            "than at the last scan");
     std::erase_if(sentences, [](const std::string& sentence) { return sentence.empty(); });
     return sentences;
 }

@@ -18,6 +18,8 @@ public:
     /// Files that could not be read before: each is read as soon as this user may read it.
     void setReadAgain(const CStringArray& files);
     const std::set<CString>& readAgain() const { return m_readAgain; }
+    /// Extensions in small letters: their files are read, as they count as something else now.
+    void setReadExts(const std::set<std::string>& exts) { m_readExts = exts; }
 
     bool walksItself() override { return true; }
     /// True for a file of another size or another write time, be it an older one, and for one that
@@ -50,9 +52,13 @@ public:
     std::vector<std::string> fileRemarks() const;
 
 private:
+    bool isOfOtherKind(const QoFileDbItem& record) const;
+
     bool m_readAll = false;
     INames* m_names = nullptr;
     std::set<CString> m_readAgain;
+    std::set<std::string> m_readExts;
+    int m_ofOtherKind = 0;
     std::string m_lastFailure;
     CStringArray m_unread;
     CStringArray m_twins;

@@ -66,9 +66,23 @@ void Session::startKernel()
     initQoKernel(m_settings.get(), m_module.get());
     CQoCollection::initGlobal();
     CQoCollection::m_ownCollection.setScanHost(&m_scanHost);
-    m_ignoredNames = m_settings->addKey(m_settings->addSection(KVConfig::ordinarySection, u"Scan"),
-                                        u"IgnoredNames",
-                                        IgnoreRules::defaultNames);
+    KVConfig::Section* const section = m_settings->addSection(KVConfig::ordinarySection, u"Scan");
+    m_ignoredNames = m_settings->addKey(section, u"IgnoredNames", IgnoreRules::defaultNames);
+    m_fileKinds = m_settings->addKey(section, FileKinds::setting, FileKinds::defaultList);
+    fileKinds().apply();
+}
+
+FileKinds Session::fileKinds() const
+{
+    try
+    {
+        return FileKinds(toUtf8(m_settings->getValue(m_fileKinds)));
+    }
+    catch (const HostError& error)
+    {
+        note(std::string("the setting FileKinds is not used: ") + error.what());
+        return FileKinds(toUtf8(CString(FileKinds::defaultList)));
+    }
 }
 
 CString Session::ignoredNames() const

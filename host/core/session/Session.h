@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/session/FileKinds.h"
 #include "core/session/InstanceLock.h"
 #include "core/session/KernelThread.h"
 #include "core/session/KeyValueConfig.h"
@@ -45,6 +46,8 @@ public:
     ScanHost& scanHost() { return m_scanHost; }
     /// Likewise: the names that a scan leaves out, as IgnoreRules take them.
     CString ignoredNames() const;
+    /// Likewise: which further extensions count as music and pictures. The kernel goes by them.
+    FileKinds fileKinds() const;
     void saveSettings();
     void note(const std::string& sentence) const;
 
@@ -71,6 +74,7 @@ private:
     std::unique_ptr<KeyValueConfig> m_settings;
     ScanHost m_scanHost;
     KVConfig::Key* m_ignoredNames = nullptr;
+    KVConfig::Key* m_fileKinds = nullptr;
     KernelThread m_kernel;
 };
 } // namespace qo::host

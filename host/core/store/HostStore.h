@@ -50,6 +50,10 @@ public:
     /// Replaces all rows.
     void setFolders(const std::vector<FarFolder>& folders);
 
+    /// By which extensions the last scan knew music and pictures, as FileKinds writes them.
+    CString fileKinds() const;
+    void setFileKinds(const CString& kinds);
+
 private:
     using Work = std::function<void(CSQLiteDB&)>;
 

@@ -10,7 +10,7 @@ namespace qo::host::storeSchema
 {
 namespace
 {
-constexpr int currentVersion = 1;
+constexpr int currentVersion = 2;
 
 constexpr const char16_t* statements[] = {
     u"CREATE TABLE IF NOT EXISTS EDIT_T (ET_ID TEXT NOT NULL, ET_FIELD TEXT NOT NULL, "
@@ -27,6 +27,7 @@ constexpr const char16_t* statements[] = {
     u"CREATE TABLE IF NOT EXISTS UNREAD_T (UT_PATH TEXT PRIMARY KEY)",
     u"CREATE TABLE IF NOT EXISTS FOLDER_T (FO_PATH TEXT PRIMARY KEY, FO_DEVICE INTEGER NOT NULL, "
     u"FO_KIND INTEGER NOT NULL)",
+    u"CREATE TABLE IF NOT EXISTS FACT_T (FA_NAME TEXT PRIMARY KEY, FA_VALUE TEXT NOT NULL)",
     u"CREATE TABLE IF NOT EXISTS OLD_FILE_T (OF_NAME TEXT PRIMARY KEY, OF_STATE TEXT NOT NULL)"};
 
 int versionOf(CSQLiteDB& db)
@@ -58,6 +59,11 @@ void make(CSQLiteDB& db)
 
 bool isMade(CSQLiteDB& db)
 {
-    return versionOf(db) == currentVersion;
+    return versionOf(db) > 0;
+}
+
+bool hasFacts(CSQLiteDB& db)
+{
+    return versionOf(db) > 1;
 }
 } // namespace qo::host::storeSchema

@@ -10,4 +10,6 @@ namespace qo::host::storeSchema
 void make(CSQLiteDB& db);
 /// Whether the tables are there to be read; false for a store that is only being made.
 bool isMade(CSQLiteDB& db);
+/// Whether it has the table FACT_T, which came with its second version.
+bool hasFacts(CSQLiteDB& db);
 } // namespace qo::host::storeSchema

@@ -260,6 +260,7 @@ protected:
     void markDeletedFilesFromDirs(const qo::CollPathArray& dirs);
     /// Sets the flags music, audio and video by extension and by the type of the root folder.
     void setMusicAndVideoFlags(const QoFileDbItemPtr& item) const;
+    void followFurtherExt(const QoFileDbItemPtr& item) const;
     void setImported(const QoFileDbItemPtr& item,
                      CQoFileChangeInfo::ESetImportedAction action) const;
     /// The type of the root folder above the path; audioIsMusic without one.

@@ -348,6 +348,7 @@ bool CQoCollection::checkDiskFilePhysicalChanges(QoFileDbItemPtr& item,
             u"CQoCollection::checkDiskFilePhysicalChanges : file modified : %s",
             item->path);
         item->dbState = dbState::modified;
+        followFurtherExt(item);
     }
     if (readTag)
     {
@@ -436,6 +437,19 @@ void CQoCollection::setMusicAndVideoFlags(const QoFileDbItemPtr& item) const
     if (isMedia)
         item->flags = (item->flags & ~qo::fileFlag::mediaMask) |
                       (isVideo ? qo::fileFlag::video : qo::fileFlag::audio);
+}
+
+/// A host may have added the extension since the record was made, or have taken it back.
+void CQoCollection::followFurtherExt(const QoFileDbItemPtr& item) const
+{
+    const CString ext = qo::fileExtOf(item->path);
+    const bool isMedia = CQoUtils::isMusicExt(ext);
+    const bool wasMedia = (item->flags & qo::fileFlag::mediaMask) != 0;
+    const bool isKnown = isMedia && CQoUtils::getFurtherExtKind(ext) == CQoUtils::EK_Other;
+    if (isMedia == wasMedia || isKnown)
+        return;
+    item->flags &= ~qo::fileFlag::mediaMask;
+    setMusicAndVideoFlags(item);
 }
 
 void CQoCollection::setImported(const QoFileDbItemPtr& item,

@@ -45,6 +45,14 @@ public:
     static bool isMusicFilePath(const CString& path);
     static bool isPictureFile(const CString& ext);
     static bool isTextFile(const CString& ext);
+    /// Extensions that count as music, pictures or texts beside those that the kernel knows, which
+    /// are looked up first; for each extension (without dot) its kind. Replaces those of an earlier
+    /// call; none at first. To be called before anything is loaded, and while no other thread is
+    /// in the kernel. A record that was made before has its kind adjusted when its file is read
+    /// again, which IQoScanHost::mustRead() can bring about.
+    static void setFurtherExts(const CStringArray& exts, const CArray<EExtKind>& kinds);
+    /// What was set for the extension; EK_Other without.
+    static EExtKind getFurtherExtKind(const CString& ext);
 
     // For lists of files. Music files are those of class CHDMusicFile; real files are on a disk,
     // which may be that of a device. The get... functions append.

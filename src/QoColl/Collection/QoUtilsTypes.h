@@ -32,6 +32,16 @@ public:
         CT_SearchResults = 4
     };
 
+    /// What an extension stands for.
+    enum EExtKind : std::uint8_t
+    {
+        EK_Other,
+        EK_Audio,
+        EK_Video,
+        EK_Picture,
+        EK_Text
+    };
+
     class CQoCollectionMap : public CMap<std::uint32_t, ECollectionType>
     {
     };

@@ -58,6 +58,42 @@ TEST(ScanCommand, FolderWithinARootAddsNoRootAndOneThatDiffersInCaseAloneIsRefus
     EXPECT_EQ(qo.paths().size(), 1U);
 }
 
+TEST(ScanCommand, FilesOfAKindThatIsAddedBecomeMusicAndPicturesAndKeepTheirIds)
+{
+    const QoCommand qo;
+    qo.addSound("a/1.mp3");
+    qo.addTrack("a/2.opus", {"artist=Ann", "title=Low"}, "sound.opus");
+    qo.addSound("a/Ann - Low.jpeg", "red.jpg");
+    const char* const setting = "FileKinds";
+    ASSERT_EQ(qo.run({"config", "set", setting, ""}).code, 0);
+    qo.scan();
+    const auto flags = [&qo]
+    {
+        std::vector<int> list;
+        for (const auto& record : qo.run({"ls", "--json"}).json())
+            list.push_back(record["flags"]);
+        return list;
+    };
+    constexpr int audio = 1 + 8;
+    constexpr int other = 16;
+    const auto ids = qo.ids();
+    EXPECT_EQ(flags(), (std::vector<int>{audio, other, other}));
+    EXPECT_EQ(qo.run({"tracks", "--json"}).json().size(), 1U);
+
+    EXPECT_EQ(qo.run({"config", "set", setting, "sound: opus"}).code, 2);
+    ASSERT_EQ(qo.run({"config", "set", setting, "audio: .OPUS; picture: jpeg"}).code, 0);
+    EXPECT_EQ(counts(qo, {"--dry-run"}), "0 new, 2 changed, 0 gone");
+    EXPECT_EQ(counts(qo, {}), "0 new, 2 changed, 0 gone");
+    EXPECT_EQ(counts(qo, {}), "0 new, 0 changed, 0 gone");
+    EXPECT_EQ(qo.ids(), ids);
+    EXPECT_EQ(flags(), (std::vector<int>{audio, audio, other}));
+    EXPECT_EQ(qo.run({"tracks", "--json"}).json().size(), 2U);
+
+    ASSERT_EQ(qo.run({"config", "set", setting, ""}).code, 0);
+    EXPECT_EQ(counts(qo, {}), "0 new, 2 changed, 0 gone");
+    EXPECT_EQ(flags(), (std::vector<int>{audio, other, other}));
+}
+
 TEST(ScanCommand, DryRunChangesNothing)
 {
     const QoCommand qo;

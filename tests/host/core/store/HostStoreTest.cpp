@@ -230,7 +230,7 @@ TEST(HostStore, OneOfANewerProgramIsLeftAlone)
     {
         CSQLiteDB db(dir.collPath("host.db"));
         db.Open();
-        db.Execute(u"PRAGMA user_version = 2");
+        db.Execute(u"PRAGMA user_version = 99");
     }
     const std::string before = dir.read("host.db");
     EXPECT_TRUE(contains(messageOf([&] { store.prepare(); }), "newer version"));
