@@ -1,8 +1,10 @@
 #include "KVTagLib/AudioFile.h"
+#include "KVTagLib/ByteStream.h"
 #include "KVTagLib/TagChanges.h"
 #include "KVTagLib/Tags.h"
 #include "KVTagLib/ape/ApeTag.h"
 #include "KVTagLib/id3/Id3v2Editor.h"
+#include "KVTagLib/layout/FormatLayouts.h"
 #include "platform/FileSystem.h"
 
 #include <algorithm>
@@ -82,6 +84,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     AudioFileContent content(TagExtent::everything);
     CString error;
     readAudioFile(std::make_unique<MemoryFile>(data + 1, size - 1), format, content, error);
+
+    ByteStream stream(std::make_unique<MemoryFile>(data + 1, size - 1));
+    FileParts parts;
+    addParts(stream, format, parts);
 
     CTags wanted;
     wanted.SetTitle(u"Low Tide");

@@ -1,6 +1,7 @@
 #pragma once
 
 // Tags of music files: CMusicTagEx with values by source, and the tag library behind it.
+#include "KVTagLib/FilePart.h"
 #include "KVTagLib/PictureTag.h"
 #include "KVTagLib/TagField.h"
 #include "KVTagLib/Tags.h"

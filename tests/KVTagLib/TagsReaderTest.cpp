@@ -1,4 +1,5 @@
 #include "KVTagLib/AudioFile.h"
+#include "KVTagLib/FilePart.h"
 #include "KVTagLib/TagFiles.h"
 #include "KVTagLib/ValidExtensions.h"
 
@@ -227,6 +228,14 @@ TEST(TagsReader, CutAndTwistedFilesNeitherCrashNorHang)
             folder.write(row.file, bytes);
             CTags tags(covers.collPath());
             readInto(path, tags);
+            std::vector<KVTagLib::FilePart> parts;
+            CString error;
+            if (!KVTagLib::readFileParts(qo::fromSystemPath(path), parts, error))
+                return;
+            std::int64_t sum = 0;
+            for (const KVTagLib::FilePart& part : parts)
+                sum += part.depth == 0 ? part.size : 0;
+            EXPECT_EQ(sum, static_cast<std::int64_t>(bytes.size()));
         };
         for (std::size_t size = 0; size < whole.size(); size += 1 + whole.size() / 40)
             look(whole.substr(0, size));

@@ -11,6 +11,7 @@
 namespace KVTagLib
 {
 struct ApeKeys;
+class FileParts;
 
 /// An APE tag (of Monkey's Audio, WavPack, Musepack and some MP3), taken apart into items that keep
 /// their bytes. TagLib drops items that it cannot read when it writes such a tag: texts that are
@@ -65,6 +66,8 @@ public:
     };
     std::vector<Picture> pictures() const;
 
+    /// Adds every item of the tag, which has so many bytes; see FilePart.
+    void addParts(int depth, std::int64_t size, FileParts& parts) const;
     void apply(const TagChanges& changes);
     /// The bytes of the tag; empty without items.
     TagLib::ByteVector render() const;

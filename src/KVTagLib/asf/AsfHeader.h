@@ -16,6 +16,7 @@ class File;
 
 namespace KVTagLib
 {
+class FileParts;
 class TagChanges;
 
 /// The largest count or size that a field of 16 bits can hold.
@@ -54,6 +55,11 @@ public:
     /// an object cannot hold what was set. The file size that the header states is adjusted if it
     /// was right.
     bool save(TagLib::File& file);
+
+    /// Adds every object and attribute; see FilePart.
+    void addParts(int depth, FileParts& parts) const;
+    /// What people call the object that begins with these bytes.
+    static TagLib::String nameOf(const TagLib::ByteVector& guid);
 
     /// The text of the plain description; of several descriptions that of the last one.
     TagLib::String named(Named place) const;
@@ -128,6 +134,7 @@ private:
     /// Appends values of one name. isNew: there are no other values of this name, so the first may
     /// go to the extended description.
     void add(std::vector<Attribute> attributes, bool isNew);
+    std::int64_t extensionSize(const Object& extension) const;
     bool setFileSize(long long old, long long size);
 
     std::vector<Object> m_objects; ///< in the order of the file

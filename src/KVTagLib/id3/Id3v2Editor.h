@@ -10,6 +10,8 @@
 
 namespace KVTagLib
 {
+class FileParts;
+
 /// An ID3v2 tag, taken apart into frames that keep their bytes. TagLib reads these tags well, but
 /// when it writes one it drops or converts frames that its version of the standard does not know.
 /// So a changed tag is built here from the old frames, byte for byte, and the few new ones. The
@@ -42,6 +44,8 @@ public:
     /// The frames as bytes that TagLib reads; see readableFrame(); empty for those that nobody can
     /// read. After a load that failed the frames ahead of what was not understood.
     std::vector<TagLib::ByteVector> readableFrames() const;
+    /// Adds every frame of the loaded tag; see FilePart.
+    void addParts(int depth, FileParts& parts) const;
     int majorVersion() const { return m_version; }
     void apply(const TagChanges& changes);
     /// Builds the tag: as large as the loaded one if the frames fit in, else with 1 KiB of room to

@@ -15,7 +15,7 @@ constexpr unsigned magicBytes = 4;
 constexpr unsigned maxBlockBytes = (1U << 24) - 1;
 constexpr unsigned long maxBytes = 256UL << 20; ///< limit for all blocks: a sound file has less
 constexpr unsigned long searchForMagic = 64 << 10;
-constexpr unsigned newPadding = 4096;
+constexpr unsigned newFlacPadding = 4096;
 constexpr char lastFlag = '\x80';
 } // namespace
 
@@ -77,7 +77,7 @@ bool FlacBlocks::store(IOStream& file) const
         const unsigned long room = m_size - std::min<unsigned long>(m_size, bytes.size());
         const bool fits = room >= blockHeaderBytes && room - blockHeaderBytes <= maxBlockBytes;
         add(FlacBlock::padding,
-            ByteVector(fits ? static_cast<unsigned>(room) - blockHeaderBytes : newPadding, 0));
+            ByteVector(fits ? static_cast<unsigned>(room) - blockHeaderBytes : newFlacPadding, 0));
     }
     bytes[static_cast<int>(lastHeader)] =
         static_cast<char>(bytes[static_cast<int>(lastHeader)] | lastFlag);

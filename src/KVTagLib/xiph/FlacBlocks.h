@@ -7,6 +7,8 @@
 
 namespace KVTagLib
 {
+class FileParts;
+
 struct FlacBlock
 {
     enum Type : char
@@ -32,6 +34,12 @@ public:
     /// Writes the blocks in the place of those that were loaded. While the padding is large enough
     /// the sound is not moved. False if a block is too large.
     bool store(TagLib::IOStream& file) const;
+
+    /// Adds every block, all padding together at the end, which is not known of damaged blocks; see
+    /// FilePart. Gives the bytes of what was added.
+    long addParts(bool isWhole, FileParts& parts) const;
+    /// Where the first block begins.
+    long start() const { return m_start; }
 
     std::vector<FlacBlock> blocks; ///< without the padding
 

@@ -201,4 +201,13 @@ bool rescueOgg(IOStream& file, AudioFileContent& content)
                                      u"\"ffmpeg -i OLD -vn -c copy NEW\" can be changed");
     return true;
 }
+
+OggHead oggHeadOf(IOStream& file)
+{
+    const std::optional<OggStream> stream = firstSound(file);
+    if (!stream || stream->packets.size() < 2)
+        return {
+            stream && !stream->packets.empty() ? stream->packets.front() : ByteVector(), {}, {}};
+    return {stream->packets.front(), stream->packets.back(), commentIn(*stream)};
+}
 } // namespace KVTagLib

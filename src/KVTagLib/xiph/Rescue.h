@@ -1,5 +1,6 @@
 #pragma once
 
+#include <taglib/tbytevector.h>
 #include <taglib/tiostream.h>
 
 namespace KVTagLib
@@ -13,4 +14,13 @@ struct AudioFileContent;
 bool rescueFlac(TagLib::IOStream& file, AudioFileContent& content);
 /// The first stream of sound in an Ogg file with several streams, such as a film.
 bool rescueOgg(TagLib::IOStream& file, AudioFileContent& content);
+
+/// The first two packets of the first stream of sound in an Ogg file; empty where there are none.
+struct OggHead
+{
+    TagLib::ByteVector first;
+    TagLib::ByteVector second;
+    TagLib::ByteVector comment; ///< the second one without what the codec puts ahead of it
+};
+OggHead oggHeadOf(TagLib::IOStream& file);
 } // namespace KVTagLib

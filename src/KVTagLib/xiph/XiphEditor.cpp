@@ -40,10 +40,9 @@ ByteVector valueOf(const ByteVector& entry)
 {
     return entry.mid(static_cast<unsigned>(entry.find('=')) + 1);
 }
+} // namespace
 
-/// The FLAC picture block of an entry: decoded, or built around a bare image; empty if the entry
-/// has no picture.
-ByteVector blockOf(const ByteVector& entry)
+ByteVector XiphEditor::blockOf(const ByteVector& entry)
 {
     if (hasName(entry, pictureBlock))
         return ByteVector::fromBase64(valueOf(entry));
@@ -53,7 +52,6 @@ ByteVector blockOf(const ByteVector& entry)
     picture.setData(ByteVector::fromBase64(valueOf(entry)));
     return picture.render();
 }
-} // namespace
 
 bool XiphEditor::load(const ByteVector& comment)
 {

@@ -9,6 +9,8 @@
 
 namespace KVTagLib
 {
+class FileParts;
+
 /// A Vorbis comment (the tag of FLAC, Ogg Vorbis, Opus and Speex), taken apart into entries that
 /// keep their bytes. TagLib drops entries that it cannot read when it writes a comment, and sorts
 /// the others; here the entries that do not change stay as they are.
@@ -27,12 +29,19 @@ public:
     /// The bytes of the comment, with whatever followed the entries in the loaded one.
     TagLib::ByteVector render() const;
 
+    /// Adds every entry; see FilePart.
+    void addParts(int depth, FileParts& parts) const;
+
     /// The index of the entry with the first front cover; -1 without one.
     int frontCover() const;
     /// Replaces the picture of that entry, or adds an entry for -1.
     void setPicture(int index, const TagLib::ByteVector& content);
 
 private:
+    /// The FLAC picture block of an entry: decoded, or built around a bare image; empty if the
+    /// entry has no picture.
+    static TagLib::ByteVector blockOf(const TagLib::ByteVector& entry);
+
     using Names = std::initializer_list<const char*>;
 
     std::vector<std::size_t> entriesOf(Names names) const;
