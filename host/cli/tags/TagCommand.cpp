@@ -2,6 +2,7 @@
 #include "cli/KernelCommand.h"
 #include "cli/files/FileRecord.h"
 #include "cli/files/TagFields.h"
+#include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "cli/tags/ChosenMusic.h"
 #include "cli/tags/EncodingCommand.h"
@@ -22,6 +23,7 @@ struct TagOptions
     std::string file;
     std::vector<std::string> words; ///< "field=value" or field names
     bool all = false;
+    bool parts = false;
     bool away = false;
 };
 
@@ -59,9 +61,44 @@ CString pathOf(const TagWork& work, const std::string& typed)
     return editedPath(work.pending, typed);
 }
 
+/// Every part of the file: its name, indented by what it stands in, its size and its text.
+ExitCode showParts(TagWork& work, const CString& path)
+{
+    checkMusicFile(path);
+    std::vector<KVTagLib::FilePart> parts;
+    CString cause;
+    if (!KVTagLib::readFileParts(path, parts, cause))
+        throw HostError(ExitCode::failed,
+                        host::shownPath(path) + " cannot be read: " + host::plainWords(cause));
+    Listing listing(work.line, false, {"depth", "name", "size", "text"}, {{40}, {0, true}, {}});
+    for (const KVTagLib::FilePart& part : parts)
+    {
+        if (listing.isClosed())
+            break;
+        if (listing.isForPeople())
+        {
+            listing.addCells({std::string(2 * static_cast<std::size_t>(part.depth), ' ') +
+                                  harmless(oneLine(part.name)),
+                              std::to_string(part.size),
+                              harmless(oneLine(part.text))});
+            continue;
+        }
+        Json record;
+        record["depth"] = part.depth;
+        record["name"] = toUtf8(part.name);
+        record["size"] = part.size;
+        record["text"] = toUtf8(part.text);
+        listing.addRecord(record);
+    }
+    listing.finish();
+    return ExitCode::done;
+}
+
 ExitCode show(TagWork& work, const TagOptions& options)
 {
     const CString path = pathOf(work, options.file);
+    if (options.parts)
+        return showParts(work, path);
     CMusicTagEx tag;
     readFileTag(path, tag);
     applyEdits(tag, work.pending.fields(path));
@@ -280,9 +317,10 @@ void setUpTag(CommandLine& line, CLI::App& command)
         return app;
     };
 
-    add("show", "The file's values and the edited ones side by side", KernelUse::look, show)
-        ->get_option("FILE")
-        ->required();
+    CLI::App* const showApp =
+        add("show", "The file's values and the edited ones side by side", KernelUse::look, show);
+    showApp->get_option("FILE")->required();
+    showApp->add_flag("--all", options->parts, "Instead, every frame, item, atom and chunk");
 
     CLI::App* const setApp =
         add("set", "Edit values; they wait until \"write\"", KernelUse::hold, set);

@@ -81,6 +81,10 @@ TEST(TagCommand, ShowsEveryValueOfAFieldAndLongTextsWhole)
     EXPECT_EQ(qo.run({"tag", "ls"}).out, "");
     qo.expect({"tag", "show", file}, 0, "artist   Ann\n         Bob\n");
     qo.expect({"tag", "show", file}, 0, longTitle);
+    qo.expect({"tag", "show", "--all", file}, 0, "  TPE1                  18  Ann Bob\n");
+    const auto parts = qo.run({"tag", "show", "--all", "--json", file}).json();
+    EXPECT_EQ(parts.front()["name"], "ID3v2.4 tag");
+    EXPECT_EQ(parts.back()["name"], "sound");
 }
 
 TEST(TagCommand, WritingAllNeedsConsentAndGoesOnAfterAFailure)
@@ -139,6 +143,7 @@ TEST(TagCommand, SaysWhatIsWrong)
         {{"set", qo.music(), "artist=x"}, 1, "is no regular file"},
         {{"show", qo.dir.write("music/a.txt", "x")}, 1, "is no kind of file that has a tag"},
         {{"show", broken}, 1, "cannot be read: "},
+        {{"show", "--all", qo.music("2.mp3")}, 4, "No such file or directory"},
         {{"revert", file}, 4, "nothing is edited there"},
         {{"revert"}, 2, "name a file"}};
     qo.expectRefusals("tag", cases);
