@@ -1,3 +1,4 @@
+#include "cli/Interrupt.h"
 #include "cli/files/FileRecord.h"
 #include "cli/files/TagFields.h"
 #include "cli/shown/Listing.h"
@@ -212,9 +213,17 @@ ExitCode extractCovers(CoverWork& work)
                    fromUtf8(std::to_string(i)) + end;
         return free;
     };
+    // A signal waits until the file that is being written is whole.
+    host::ProgressReporter progress({});
+    const InterruptGuard guard(progress);
     const ExitCode written = forEachOf(
         list,
-        [&](const Extract& each) { extractTo(work, each, isFolder ? freeName(each) : target); });
+        [&](const Extract& each)
+        {
+            if (progress.isCanceled())
+                throw HostError(ExitCode::interrupted, "stopped; the same command goes on");
+            extractTo(work, each, isFolder ? freeName(each) : target);
+        });
     return written == ExitCode::done || read == ExitCode::done ? std::max(read, written)
                                                                : ExitCode::partly;
 }
