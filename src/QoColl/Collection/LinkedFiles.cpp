@@ -126,8 +126,8 @@ bool visitBelow(const CHDDirectory& start, const FileVisitor& visit)
     return true;
 }
 
-/// Whether the file has the object of the cell. A cell without a name fits every file without that
-/// name.
+/// Whether the file has the object of the cell. A cell without a name fits every file with an
+/// unknown object, but none without any: a picture has no genre, and so no unknown one either.
 template <class X>
 bool fits(const CHDFile& file,
           CLTObjectType::EType type,
@@ -138,7 +138,7 @@ bool fits(const CHDFile& file,
         return true;
     const boost::shared_ptr<CLTObject> own = file.getLTAssoc(type);
     if (!cell || cell->isUnknown())
-        return !own || own->isUnknown();
+        return own && own->isUnknown();
     return own == cell;
 }
 } // namespace

@@ -10,11 +10,12 @@ namespace qo
 {
 void MarkUpkeep::leave(const QoUtilsTypes::File& file)
 {
-    if (!CQoCheckObject::wasAnyChecked())
-        return;
-    if (file->isChecked())
-        m_checked.insert(file->getDbItem().get());
-    touch(file);
+    if (CQoCheckObject::wasAnyChecked())
+    {
+        if (file->isChecked())
+            m_checked.insert(file->getDbItem().get());
+        touch(file);
+    }
     file->setCheckState(CQoCheckState::CS_None);
 }
 
@@ -31,6 +32,14 @@ void MarkUpkeep::join(const QoUtilsTypes::Files& files)
     CQoCheckHelper::updateDirsCheckState(m_dirs, m_objects);
     CQoCheckHelper::updateLTAssocsCheckState(m_objects);
     clear();
+}
+
+void MarkUpkeep::leaveAll(const QoUtilsTypes::Dir& root)
+{
+    if (CQoCheckObject::wasAnyChecked())
+        CQoCheckHelper::setSubItemsCheckState(root, CQoCheckState::CS_None, m_objects);
+    else
+        CQoCheckHelper::setObjectsCheckState(root, CQoCheckState::CS_None);
 }
 
 void MarkUpkeep::clear()

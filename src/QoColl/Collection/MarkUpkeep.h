@@ -17,6 +17,8 @@ public:
     /// To be called before the file leaves its directory. It gets no state at all, since it stays
     /// linked to its logical objects until it is released.
     void leave(const QoUtilsTypes::File& file);
+    /// The same for a root directory with all its files.
+    void leaveAll(const QoUtilsTypes::Dir& root);
     /// To be called when the files are linked to their logical objects. Ends what leave() began.
     void join(const QoUtilsTypes::Files& files);
     void clear();

@@ -54,6 +54,13 @@ private:
     const CLTObject* m_last[typeCount] = {}; ///< per type
 };
 
+/// Whether the file has left its collection; it is linked to its logical objects until it is
+/// released.
+bool hasLeft(const CHDFile& file)
+{
+    return file.getCheckState() == CQoCheckState::CS_None;
+}
+
 State orNotChecked(State state)
 {
     return state == CQoCheckState::CS_None ? CQoCheckState::CS_NotChecked : state;
@@ -125,6 +132,36 @@ State CQoCheckHelper::getCombinedCheckState(State a, State b)
     return b == CQoCheckState::CS_None ? a : CQoCheckState::CS_Mixed;
 }
 
+void CQoCheckHelper::setCheckState(const CPtrListT<CQoCheckObject>& objects, State state)
+{
+    LTObjects touched;
+    AssocList assocs(touched);
+    CPtrListT<CQoCheckObject> physical;
+    const auto setFile = [&](const File& file)
+    {
+        if (hasLeft(*file))
+            return true;
+        file->setCheckState(state);
+        assocs.addAssocsOf(*file);
+        physical.add(file);
+        return true;
+    };
+    for (const auto& object : objects)
+    {
+        if (const auto dir = boost::dynamic_pointer_cast<CHDDirectory>(object))
+        {
+            setStateOfAll(dir, state, &assocs);
+            physical.add(dir);
+            continue;
+        }
+        // A logical object without files gets its state as well.
+        object->setCheckState(state);
+        qo::visitLinkedFiles(object, setFile);
+    }
+    updateParentDirsCheckState(physical, touched);
+    updateLTAssocsCheckState(touched);
+}
+
 void CQoCheckHelper::updateLTCheckState(const LTObject& object)
 {
     if (!object)
@@ -173,6 +210,8 @@ void CQoCheckHelper::setSubItemsCheckState(const LTObject& object, State state, 
     qo::visitLinkedFiles(object,
                          [&](const File& file)
                          {
+                             if (hasLeft(*file))
+                                 return true;
                              file->setCheckState(state);
                              list.addAssocsOf(*file);
                              return true;

@@ -6,7 +6,7 @@
 class CQoCollection;
 
 /// Keeps the check marks of both trees in step. The marks of files are what counts; those of
-/// directories and logical objects follow from them. To set a mark, the host goes this way:
+/// directories and logical objects follow from them. setCheckState() sets a mark, in these steps:
 ///
 ///   1. setSubItemsCheckState() gives the state to the files and collects the artists, albums,
 ///      genres, tracks, lyrics and pictures that they belong to;
@@ -28,6 +28,10 @@ public:
 
     /// The state that stands for both; CS_None gives way to the other one.
     static ECheckState getCombinedCheckState(ECheckState a, ECheckState b);
+
+    /// The whole way for objects of any kind: gives them and what is below them the state, and
+    /// corrects everything that this touches.
+    static void setCheckState(const CPtrListT<CQoCheckObject>& objects, ECheckState state);
 
     /// From the files that are linked to it; "not checked" without files. Null is ignored.
     static void updateLTCheckState(const LTObject& object);

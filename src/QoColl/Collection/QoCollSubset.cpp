@@ -263,6 +263,12 @@ void CQoCollSubset::getFileCount(int& own, int& foreign) const
     foreign = m_foreignFileCount;
 }
 
+bool CQoCollSubset::hasForeignFile(const File& file) const
+{
+    const int index = indexOf<CHDFile>(m_files, file.get());
+    return index != -1 && m_assocs[index].isForeign;
+}
+
 void CQoCollSubset::visitFiles(const Parents& parents,
                                const std::function<bool(const File&)>& visit) const
 {
@@ -290,6 +296,17 @@ std::vector<CQoCollSubset::Artist> CQoCollSubset::getArtistsOf(const Genre& genr
                     artists.push_back(memberOf(m_artists, key.artist));
             });
     return artists;
+}
+
+std::vector<std::pair<CQoCollSubset::Genre, CQoCollSubset::Artist>>
+CQoCollSubset::getGenreArtists() const
+{
+    std::vector<std::pair<Genre, Artist>> pairs;
+    forKeys(m_genreArtistCounts,
+            [&](const GenreArtistInfo& key) {
+                pairs.emplace_back(memberOf(m_genres, key.genre), memberOf(m_artists, key.artist));
+            });
+    return pairs;
 }
 
 std::vector<CQoCollSubset::Album> CQoCollSubset::getAlbumsOf(const Parents& parents) const

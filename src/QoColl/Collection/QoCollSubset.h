@@ -6,6 +6,7 @@
 #include "types/CriticalSection.h"
 
 #include <functional>
+#include <utility>
 #include <vector>
 
 namespace qo
@@ -61,6 +62,13 @@ public:
         int m_ownCount = 0;
         int m_foreignCount = 0;
     };
+    /// Albums and tracks, and the years of the albums.
+    struct LTOwners
+    {
+        CPtrListT<CLTObject> objects;
+        std::vector<int> years; ///< by index; 0 for a track
+    };
+
     /// Empty. A text subset chooses by names, another one by ShowFilterInfo. The maps start with
     /// that many buckets unless it is 0.
     explicit CQoCollSubset(bool isTextSubset, unsigned hashSize = 0);
@@ -95,6 +103,8 @@ public:
     /// The files below the directory.
     void getDirFileCount(const Dir& dir, int& own, int& foreign) const;
     void getFileCount(int& own, int& foreign) const;
+    /// Whether the file is in the subset and of the foreign collection.
+    bool hasForeignFile(const File& file) const;
 
     // All in the subset, sorted by address, which has no meaning for a user. Unknown objects are
     // among them.
@@ -110,6 +120,8 @@ public:
     /// The artists that files of the genre have; null for the unknown ones. genre null means the
     /// group of the unknown ones.
     std::vector<Artist> getArtistsOf(const Genre& genre) const;
+    /// The same for all genres at once: each pair of genre and artist that some file has.
+    std::vector<std::pair<Genre, Artist>> getGenreArtists() const;
     /// The albums that files of the genre and of the artist have, as far as these are set in
     /// parents; null for the unknown ones.
     std::vector<Album> getAlbumsOf(const Parents& parents) const;
@@ -136,10 +148,10 @@ public:
     static void removeFile(const File& file);
     /// To be called before more changes than single files: forgets all subsets.
     static void stopFollowing();
-    /// The albums and tracks of files that are about to be released or have changed. The links of
-    /// pictures and lyrics hang on these; recountCompanions() corrects what changed.
-    static CPtrListT<CLTObject> companionOwners(const Files& files);
-    static void recountCompanions(const CPtrListT<CLTObject>& owners);
+    /// To be called with files that are about to be released, and afterwards with the result. The
+    /// links of pictures and texts, and the years of albums, hang on what is released with a file.
+    static LTOwners ownersOf(const Files& files);
+    static void recountAfterRelease(const LTOwners& before);
 
     /// Which files left and joined the collections since the last call, for views that follow.
     /// False if that is not known, after which views must be built anew; both lists are empty then.
@@ -229,6 +241,8 @@ private:
     static void leaveSubsets(const File& file);
     static void joinSubsets(const File& file);
     static void noteChange(const File& file, bool isAdded);
+    /// Counts the pictures and texts of albums and tracks again where their objects changed.
+    static void recountCompanions(const CPtrListT<CLTObject>& owners);
 
     static CQoCollSubset m_emptySubset;
     static CQoCollSubset m_fullSubset;

@@ -63,6 +63,12 @@ void addOwners(const CQoUtils::File& file, CPtrListT<CLTObject>& owners)
         owners.addUnique(track);
 }
 
+int yearOf(const boost::shared_ptr<CLTObject>& object)
+{
+    const auto album = boost::dynamic_pointer_cast<CLTAlbum>(object);
+    return album ? CQoUtils::getAlbumYear(album) : 0;
+}
+
 template <class X>
 void addFilesOf(const X& object, CQoUtils::Files& files)
 {
@@ -327,19 +333,37 @@ void CQoCollSubset::joinSubsets(const File& file)
     if (m_showSubset.m_isBuilt && kept().showBase->hasFile(file))
         m_showSubset.checkAddFiles(files);
     noteChange(file, true);
+    // A file that is not shown may bring the year by which its album is ordered.
+    const auto album = boost::static_pointer_cast<CLTAlbum>(file->getLTAssoc(CLTObjectType::Album));
+    if (m_pCrtSubset && !m_pCrtSubset->hasFile(file) && m_pCrtSubset->hasAlbum(album) &&
+        yearOf(album) != 0)
+        kept().areChangesKnown = false;
 }
 
-CPtrListT<CLTObject> CQoCollSubset::companionOwners(const Files& files)
+CQoCollSubset::LTOwners CQoCollSubset::ownersOf(const Files& files)
 {
-    CPtrListT<CLTObject> owners;
+    LTOwners owners;
     for (const File& file : files)
-        addOwners(file, owners);
+        addOwners(file, owners.objects);
+    for (const auto& owner : owners.objects)
+        owners.years.push_back(yearOf(owner));
     return owners;
+}
+
+void CQoCollSubset::recountAfterRelease(const LTOwners& before)
+{
+    const qo::Guard guard(m_cs);
+    recountCompanions(before.objects);
+    // Views are ordered by years, and cannot find the album whose year has changed.
+    for (int i = 0; i < before.objects.GetSize(); ++i)
+    {
+        if (yearOf(before.objects[i]) != before.years[i])
+            kept().areChangesKnown = false;
+    }
 }
 
 void CQoCollSubset::recountCompanions(const CPtrListT<CLTObject>& owners)
 {
-    const qo::Guard guard(m_cs);
     if (!isFollowing())
         return;
     for (const auto& owner : owners)

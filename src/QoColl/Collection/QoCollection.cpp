@@ -262,9 +262,9 @@ void CQoCollection::releaseZombieObjects()
     CPtrListT<CHDFile> files = m_zombieFiles;
     for (const auto& dir : m_zombieDirs)
         dir->getAllFiles(files);
-    const CPtrListT<CLTObject> owners = CQoCollSubset::companionOwners(files);
+    const CQoCollSubset::LTOwners owners = CQoCollSubset::ownersOf(files);
     releaseZombies();
-    CQoCollSubset::recountCompanions(owners);
+    CQoCollSubset::recountAfterRelease(owners);
 }
 
 void CQoCollection::releaseZombies()

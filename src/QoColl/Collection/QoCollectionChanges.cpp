@@ -293,6 +293,7 @@ void CQoCollection::dropRootDirs(const qo::CollPathArray& dirs)
     {
         if (const boost::shared_ptr<CHDDirectory> root = getRootDir(path))
         {
+            m_marks.leaveAll(root);
             m_rootDirs.remove(root);
             m_zombieDirs.add(root);
         }

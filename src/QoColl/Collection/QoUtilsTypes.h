@@ -79,7 +79,7 @@ public:
     };
 
     /// What a view has selected above the object in question. A flag says whether its cell is set;
-    /// a set cell without an object, or with an unknown one, means "without such a name".
+    /// a set cell without an object, or with an unknown one, means all unknown ones.
     struct ParentItemsInfo
     {
         bool m_hasGenre = false;

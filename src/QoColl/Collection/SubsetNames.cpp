@@ -1,6 +1,8 @@
 #include "QoColl/Collection/SubsetNames.h"
 
-#include "Logical/LTObject.h"
+#include "Logical/LTAlbum.h"
+#include "Logical/LTArtist.h"
+#include "Logical/LTGenre.h"
 #include "Logical/LTTrack.h"
 #include "Physical/HDMusicFile.h"
 #include "types/CharClass.h"

@@ -3,6 +3,7 @@
 #include "Logical/LTAlbum.h"
 #include "Logical/LTArtist.h"
 #include "Logical/LTTrack.h"
+#include "support/Print.h"
 #include "support/SampleCollections.h"
 
 #include <filesystem>
@@ -69,7 +70,8 @@ protected:
                 }
                 if (object)
                 {
-                    ASSERT_EQ(object->getCheckState(), stateOf(linked)) << type;
+                    ASSERT_EQ(int{object->getCheckState()}, int{stateOf(linked)})
+                        << int{type} << " " << qo::toUtf8(file->getPath());
                 }
             }
         }
