@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/Interrupt.h"
+#include "cli/shown/ClosestName.h"
 #include "core/session/Heap.h"
 
 #include <QoKernel/Collection.h>
@@ -8,6 +9,7 @@
 #include <csignal>
 #include <iostream>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -40,14 +42,18 @@ std::string parseFailure(const CLI::App& app, const CLI::ParseError& error)
     const auto known = last->get_subcommands([](const CLI::App*) { return true; });
     if (known.empty() || (!typed.empty() && error.get_name() != "RequiredError"))
         return error.what();
+    std::vector<std::string> names;
+    for (const CLI::App* const each : known)
+        names.push_back(each->get_name());
     if (!last->remaining().empty() && !last->remaining().front().starts_with('-'))
-        return "there is no command \"" + typed + last->remaining().front() + "\"";
+        return "there is no command \"" + typed + last->remaining().front() + "\"" +
+               qo::cli::suggestionFor(last->remaining().front(), names);
     if (typed.empty())
         return error.what();
-    std::string names;
-    for (const CLI::App* const each : known)
-        names += (names.empty() ? " " : ", ") + each->get_name();
-    return "\"" + typed.substr(0, typed.size() - 1) + "\" goes with one of" + names;
+    std::string list;
+    for (const std::string& name : names)
+        list += (list.empty() ? " " : ", ") + name;
+    return "\"" + typed.substr(0, typed.size() - 1) + "\" goes with one of" + list;
 }
 
 /// Ends as programs do whose reader has closed the pipe.

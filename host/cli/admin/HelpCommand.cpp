@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/files/FileRecord.h"
+#include "cli/shown/ClosestName.h"
 
 #include <QoKernel/Collection.h>
 #include <QoKernel/Kernel.h>
@@ -33,8 +34,14 @@ ExitCode help(CommandLine& line, const std::vector<std::string>& names)
                                                    { return sub->get_name() == name; });
         const CLI::App* const sub = subs.empty() ? nullptr : subs.front();
         if (!sub)
+        {
+            std::vector<std::string> known;
+            for (const CLI::App* const each : command->get_subcommands({}))
+                known.push_back(each->get_name());
             throw HostError(ExitCode::usage,
-                            "there is no command \"" + name + "\"; \"qo help\" lists them");
+                            "there is no command \"" + name + "\"" + suggestionFor(name, known) +
+                                "; \"qo help\" lists them");
+        }
         command = sub;
         path += " " + name;
     }

@@ -58,4 +58,13 @@ void ClosestName::look(const CString& name)
     m_bestCost = cost;
     m_best = name;
 }
+
+std::string suggestionFor(const std::string& typed, const std::vector<std::string>& names)
+{
+    ClosestName closest(fromUtf8(typed));
+    for (const std::string& name : names)
+        closest.look(fromUtf8(name));
+    return closest.best().IsEmpty() ? std::string()
+                                    : "; did you mean \"" + toUtf8(closest.best()) + "\"?";
+}
 } // namespace qo::cli

@@ -2,6 +2,9 @@
 
 #include <QoKernel/Kernel.h>
 
+#include <string>
+#include <vector>
+
 namespace qo::cli
 {
 /// Finds the name that somebody may have meant: one that holds what was typed, or else one that a
@@ -20,4 +23,7 @@ private:
     CString m_best;
     std::size_t m_bestCost;
 };
+
+/// "; did you mean \"albums\"?" for "album", from the names that there are; "" if none is near.
+std::string suggestionFor(const std::string& typed, const std::vector<std::string>& names);
 } // namespace qo::cli
