@@ -1,11 +1,14 @@
 #include "cli/CommandLine.h"
 #include "cli/KernelCommand.h"
 #include "cli/files/FileRecord.h"
+#include "cli/shown/ClosestName.h"
 #include "core/base/HostFiles.h"
+#include "core/session/SettingValues.h"
 
-#include <algorithm>
 #include <cctype>
+#include <functional>
 #include <optional>
+#include <vector>
 
 namespace qo::cli
 {
@@ -65,8 +68,14 @@ KeyValueConfig::Entry findOrThrow(Session& session, const std::string& name)
 {
     const auto entry = find(session, name);
     if (!entry)
+    {
+        std::vector<std::string> names;
+        for (const KeyValueConfig::Entry& each : session.settings().entries())
+            names.push_back(toUtf8(each.key));
         throw HostError(ExitCode::notFound,
-                        "there is no setting \"" + name + "\"; \"qo config ls\" lists them");
+                        "there is no setting \"" + name + "\"" + suggestionFor(name, names) +
+                            "; \"qo config ls\" lists them");
+    }
     return *entry;
 }
 
@@ -121,45 +130,59 @@ ExitCode list(CommandLine& line)
     return ExitCode::done;
 }
 
-/// Refuses values that the kernel would silently take for something else.
-void checkValue(const std::string& key, const std::string& value)
+KVConfig::Key* keyOf(Session& session, const KeyValueConfig::Entry& entry)
 {
-    if (key.starts_with("MusicCollectionDir"))
-        throw HostError(ExitCode::usage, key + " is kept by \"qo roots\"; use that");
-    if (key == toUtf8(CString(host::FileKinds::setting)))
-        return static_cast<void>(host::FileKinds(value));
-    const std::vector<std::string> levels = {
-        "none", "error", "warning", "info", "debug", "detail", "verbose"};
-    std::string lower = value;
-    std::transform(
-        lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
-    if (key == "TraceLevel" && std::find(levels.begin(), levels.end(), lower) == levels.end())
-        throw HostError(
-            ExitCode::usage,
-            "\"" + value +
-                "\" is no level; there are None, Error, Warning, Info, Debug, Detail and Verbose");
+    KeyValueConfig& settings = session.settings();
+    return settings.addKey(settings.addSection(KVConfig::ordinarySection, entry.section),
+                           entry.key,
+                           entry.defaultValue);
 }
 
-ExitCode set(CommandLine& line, const ConfigOptions& options)
+/// Changes one setting and says what it is now.
+ExitCode change(
+    CommandLine& line,
+    const std::string& name,
+    const std::function<void(KeyValueConfig&, const KeyValueConfig::Entry&, KVConfig::Key*)>& work)
 {
-    checkValue(options.key, options.value);
     const auto session = openKernel(line, KernelUse::hold);
     const std::string value = session->kernel().run(
         [&]
         {
-            const KeyValueConfig::Entry entry = findOrThrow(*session, options.key);
-            KeyValueConfig& settings = session->settings();
-            KVConfig::Section* const section =
-                settings.addSection(KVConfig::ordinarySection, entry.section);
-            KVConfig::Key* const key =
-                settings.addKey(section, entry.key, entry.isStored ? u"" : entry.value.GetString());
-            settings.setValue(key, storedValue(options.key, options.value));
-            return isSecretKey(options.key) ? "********"
-                                            : shownValue(options.key, settings.getValue(key));
+            const KeyValueConfig::Entry entry = findOrThrow(*session, name);
+            KVConfig::Key* const key = keyOf(*session, entry);
+            work(session->settings(), entry, key);
+            return isSecretKey(name) ? "********"
+                                     : shownValue(name, session->settings().getValue(key));
         });
     session->saveSettings();
-    line.note((line.dryRun ? "would set " : "") + options.key + " = " + value);
+    line.note((line.dryRun ? "would set " : "") + name + " = " + value);
     return ExitCode::done;
+}
+
+ExitCode set(CommandLine& line, const ConfigOptions& options)
+{
+    const auto work = [&](KeyValueConfig& settings, const auto& entry, KVConfig::Key* key)
+    {
+        const std::string checked =
+            host::checkedSetting(options.key, toUtf8(entry.defaultValue), options.value);
+        settings.setValue(key, storedValue(options.key, checked));
+    };
+    return change(line, options.key, work);
+}
+
+/// Statistics stay at home also by default.
+ExitCode unset(CommandLine& line, const ConfigOptions& options)
+{
+    if (options.key.starts_with("MusicCollectionDir"))
+        throw HostError(ExitCode::usage, options.key + " is kept by \"qo roots\"; use that");
+    const auto work = [&](KeyValueConfig& settings, const auto&, KVConfig::Key* key)
+    {
+        if (options.key == "SendUsageStatistics")
+            settings.setValue(key, u"0");
+        else
+            settings.unset(key);
+    };
+    return change(line, options.key, work);
 }
 } // namespace
 
@@ -178,5 +201,10 @@ void setUpConfig(CommandLine& line, CLI::App& command)
     addArgument(*setApp, "KEY", options->key, "Its name")->required();
     addArgument(*setApp, "VALUE", options->value, "Its new value; folders as ordinary paths")
         ->required();
+    CLI::App* const unsetApp = line.addCommand(command,
+                                               "unset",
+                                               "Let one have its default again",
+                                               [&line, options] { return unset(line, *options); });
+    addArgument(*unsetApp, "KEY", options->key, "Its name")->required();
 }
 } // namespace qo::cli

@@ -213,6 +213,13 @@ void KeyValueConfig::setValue(Key* key, const CString& value)
     m_isDirty = true;
 }
 
+void KeyValueConfig::unset(Key* key)
+{
+    m_isDirty = m_isDirty || key->isStored;
+    key->isStored = false;
+    key->value.Empty();
+}
+
 bool KeyValueConfig::isStored(const char16_t* sectionName, const char16_t* keyName) const
 {
     const Section* const found = findSection(sectionName);
@@ -226,7 +233,8 @@ std::vector<KeyValueConfig::Entry> KeyValueConfig::entries() const
     for (const auto& section : m_sections)
     {
         for (const auto& key : section->keys)
-            list.push_back({section->name, key->name, getValue(key.get()), key->isStored});
+            list.push_back(
+                {section->name, key->name, getValue(key.get()), key->defaultValue, key->isStored});
     }
     return list;
 }
@@ -239,9 +247,9 @@ std::string KeyValueConfig::toText() const
         std::string lines;
         for (const auto& key : section->keys)
         {
+            lines += key->remarks;
             if (key->isStored)
-                lines += key->remarks + escapeSetting(key->name) + "=" + escapeSetting(key->value) +
-                         "\n";
+                lines += escapeSetting(key->name) + "=" + escapeSetting(key->value) + "\n";
         }
         text += section->remarks;
         if (!lines.empty())

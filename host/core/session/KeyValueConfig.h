@@ -23,6 +23,7 @@ public:
         CString section;
         CString key;
         CString value;
+        CString defaultValue;
         bool isStored = false; ///< false: the declared default stands
     };
 
@@ -36,6 +37,9 @@ public:
     Key* addKey(Section* section, const char16_t* name, const char16_t* defaultValue) override;
     CString getValue(const Key* key) const override;
     void setValue(Key* key, const CString& value) override;
+
+    /// Back to the default; the file has it no more.
+    void unset(Key* key);
 
     /// Whether the file or a call gave a value of its own.
     bool isStored(const char16_t* section, const char16_t* key) const;

@@ -12,6 +12,8 @@ TEST(CommandLine, FailuresHaveTheirExitCodeAndOneSentence)
     const std::vector<QoCommand::Refusal> cases = {
         {{}, 2, "Usage: qo"},
         {{"sing"}, 2, "there is no command \"sing\""},
+        {{"scna"}, 2, "did you mean \"scan\"?"},
+        {{"help", "albus"}, 2, "did you mean \"albums\"?"},
         {{"ls", "--sing"}, 2, "--sing"},
         {{"scan"}, 2, "there is no folder to scan yet"},
         {{"scan", "/nowhere"}, 4, "/nowhere cannot be used: No such file or directory"},
@@ -20,7 +22,12 @@ TEST(CommandLine, FailuresHaveTheirExitCodeAndOneSentence)
         {{"info", "/nowhere"}, 4, "is not in the collection"},
         {{"tree", "/nowhere"}, 4, "is no folder of the collection"},
         {{"config", "get", "Nothing"}, 4, "there is no setting \"Nothing\""},
-        {{"config", "set", "TraceLevel", "Loud"}, 2, "is no level"},
+        {{"config", "get", "Tracelevel"}, 4, "did you mean \"TraceLevel\"?"},
+        {{"config", "set", "TraceLevel", "Loud"}, 2, "there are None, Error"},
+        {{"config", "set", "SendUsageStatistics", "maybe"}, 2, "it is on (1, yes) or off (0, no)"},
+        {{"config", "set", "MaxFilesBurn", "many"}, 2, "it is a whole number"},
+        {{"config", "set", "UnrelMaxPercent", "101"}, 2, "0 to 100"},
+        {{"config", "set", "Language", "English"}, 2, "two letters"},
         {{"config", "set", "MusicCollectionDirsCount", "7"}, 2, "is kept by \"qo roots\""},
         {{"roots", "add", "--type", "jazz", "/"}, 2, "jazz"},
         {{"roots", "add", "/"}, 7, "/ holds folders of the system"},
@@ -92,6 +99,11 @@ TEST(ConfigCommand, FoldersAreOrdinaryPathsAndPasswordsStayHidden)
     EXPECT_TRUE(contains(all, "MaxFilesSavePictures = 50  (default)"));
     EXPECT_EQ(qo.run({"config", "set", "--dry-run", "Language", "de"}).code, 0);
     EXPECT_EQ(qo.run({"config", "get", "Language"}).out, "en\n");
+    EXPECT_EQ(qo.run({"config", "set", "UseImportRule", "no"}).code, 0);
+    EXPECT_EQ(qo.run({"config", "get", "UseImportRule"}).out, "0\n");
+    EXPECT_EQ(qo.run({"config", "unset", "UseImportRule"}).code, 0);
+    EXPECT_EQ(qo.run({"config", "get", "UseImportRule"}).out, "1\n");
+    EXPECT_FALSE(contains(qo.dir.read("data/settings"), "UseImportRule"));
 }
 
 TEST(LogCommand, ShowsTheLastRunDownToALevelAndNothingStopsWhereThereCanBeNone)
