@@ -12,8 +12,8 @@
 #include "KVTagLib/xiph/Rescue.h"
 #include "KVTagLib/xiph/XiphEditor.h"
 
-#include <taglib/asffile.h>
 #include <taglib/tbytevectorstream.h>
+#include <taglib/tfile.h>
 
 #include <algorithm>
 #include <string_view>
@@ -212,9 +212,19 @@ void addMp4(IOStream& file, FileParts& parts)
     Mp4Walk(file, parts).add(0, file.length(), 0, false);
 }
 
+/// The stream as AsfHeader takes it, without TagLib's own reading of the header.
+class AsfStream final : public File
+{
+public:
+    explicit AsfStream(IOStream& stream) : File(&stream) {}
+    Tag* tag() const override { return nullptr; }
+    TagLib::AudioProperties* audioProperties() const override { return nullptr; }
+    bool save() override { return false; }
+};
+
 void addAsf(IOStream& file, FileParts& parts)
 {
-    ASF::File opened(&file, false);
+    AsfStream opened(file);
     AsfHeader header;
     const bool isWhole = header.load(opened);
     for (long at = 0; at < file.length() && !parts.isFull();)

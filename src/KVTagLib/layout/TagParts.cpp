@@ -17,6 +17,20 @@ using namespace TagLib;
 
 namespace KVTagLib
 {
+namespace
+{
+/// The text at the start of bytes that may be long and anything, several texts with a slash between
+/// them.
+String startOfText(const ByteVector& bytes)
+{
+    unsigned end = 256;
+    // Not within a sign of UTF-8.
+    while (end > 0 && end < bytes.size() && (bytes[static_cast<int>(end)] & 0xC0) == 0x80)
+        --end;
+    return textOfBytes(bytes.mid(0, end)).split(String(std::string(1, '\0'))).toString(" / ");
+}
+} // namespace
+
 void Id3v2Editor::addParts(int depth, FileParts& parts) const
 {
     const BoundedFrameFactory bounded;
@@ -45,12 +59,7 @@ void ApeTag::addParts(int depth, std::int64_t size, FileParts& parts) const
         const std::int64_t bytes = itemOverhead + item.key.size() + item.value.size();
         size -= bytes;
         const bool isText = (item.flags & 6) == 0;
-        parts.add(depth,
-                  nameOfBytes(item.key),
-                  bytes,
-                  isText
-                      ? textOfBytes(item.value).split(String(std::string(1, '\0'))).toString(" / ")
-                      : String());
+        parts.add(depth, nameOfBytes(item.key), bytes, isText ? startOfText(item.value) : String());
     }
     parts.addRest(depth, "header and footer", size);
 }
@@ -68,7 +77,7 @@ void XiphEditor::addParts(int depth, FileParts& parts) const
         parts.add(depth,
                   nameOfBytes(entry.mid(0, nameBytes)),
                   lengthBytes + entry.size(),
-                  isPicture ? String() : textOfBytes(entry.mid(nameBytes + (equals < 0 ? 0 : 1))));
+                  isPicture ? String() : startOfText(entry.mid(nameBytes + (equals < 0 ? 0 : 1))));
     }
     parts.addRest(depth, "rest", m_rest.size());
 }
