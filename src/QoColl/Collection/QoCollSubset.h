@@ -225,6 +225,7 @@ private:
     static qo::FileAssocs linksOf(const File& file);
     /// Fills an empty subset with files in ascending order of their addresses.
     void fill(const std::vector<qo::SubsetFile>& files);
+    Files filesWithout(const std::vector<qo::SubsetFile>& others) const;
     /// Whether the file is counted under other objects than it has now.
     bool needsRecount(const File& file) const;
     template <class Key>

@@ -256,9 +256,35 @@ void CQoCollSubset::fillText()
     if (!names.isBuilt())
         names.build(m_fullSubset.m_files, m_fullSubset.m_assocs);
     const std::vector<qo::SubsetFile> files = names.match(s_filterText, s_filterType);
-    m_textSubset.clear();
+    // While a word is typed, most files of a wide filter mostly stay: then only the others leave.
+    const CString& former = m_textSubset.m_filterText;
+    const bool continues = m_textSubset.m_isBuilt && m_textSubset.m_filterType == s_filterType &&
+                           !former.IsEmpty() && s_filterText.view().starts_with(former.view());
+    constexpr std::size_t parts = 8;
+    const auto count = static_cast<std::size_t>(m_textSubset.m_files.GetSize());
+    if (!continues || count - files.size() > count / parts)
+    {
+        m_textSubset.clear();
+        m_textSubset.fill(files);
+    }
+    else
+        m_textSubset.addRemoveFiles(m_textSubset.filesWithout(files), false);
     m_textSubset.setFilterText(s_filterText, s_filterType);
-    m_textSubset.fill(files);
+}
+
+/// The files of the subset that are not among these, which are sorted by address as well.
+CQoCollSubset::Files CQoCollSubset::filesWithout(const std::vector<qo::SubsetFile>& others) const
+{
+    Files files;
+    auto other = others.begin();
+    for (const File& file : m_files)
+    {
+        if (other != others.end() && *other->file == file)
+            ++other;
+        else
+            files.add(file);
+    }
+    return files;
 }
 
 void CQoCollSubset::fillShow(const CQoCollSubset& base)
