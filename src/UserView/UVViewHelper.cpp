@@ -115,7 +115,7 @@ void CUVViewHelper::getLeftViewItems(EViewType type,
     case leftGenreArtists:
     case leftGenres:
     {
-        const int flags = type == leftGenreArtists ? 1 | withArtists : 1;
+        const int flags = type == leftGenreArtists ? withGenres | withArtists : withGenres;
         if (add)
             getNewGenreItems(subset, flags, items, *add);
         else
@@ -173,7 +173,7 @@ void CUVViewHelper::getMiddleViewItems(CUVViewItem* leftItem,
     Parents parents;
     CUVUtils::getParentItemsInfoCheckParent(leftItem, parents);
     if (middleType == middleArtists)
-        addArtists(subset, parents, 2 | withAlbums, items, add);
+        addArtists(subset, parents, withArtists | withAlbums, items, add);
     else if (middleType == middleAlbums)
         addAlbums(subset, parents, withAlbums, items, add);
     else if (middleType == middleDirs && parents.m_dir && add)

@@ -48,6 +48,7 @@ public:
     /// How deep the get...Items functions go.
     enum EFlags : int
     {
+        withGenres = 1, ///< without effect
         withArtists = 2,
         withAlbums = 4,
         withFiles = 8

@@ -57,7 +57,7 @@ void addArtistLevel(const View::Subset& subset,
 {
     if (addKnown(std::move(artists), ItemType::Artist, items))
         View::addOtherItem(ItemType::OtherArtists, items);
-    if ((flags & View::withAlbums) == 0 || (flags & View::withFiles) == 0)
+    if ((flags & View::withAlbums) == 0)
         return;
     for (CUVViewItem* item : items)
         View::getAlbumItems(subset, withItem(parents, *item), flags, item->getSubItems());
@@ -236,7 +236,7 @@ void CUVViewHelper::getNewArtistItems(int flags, Items& items, AddFileInfo& info
     if (!item)
         return;
     info.m_item = item;
-    if ((flags & withAlbums) != 0 && (flags & withFiles) != 0)
+    if ((flags & withAlbums) != 0)
         getNewAlbumItems(flags, item->getSubItems(), info);
 }
 

@@ -234,7 +234,7 @@ TEST_F(UVViewHelper, ThreePanesShowASelectionFromLeftToRight)
               "Pop 1+1 { ABBA 1+1 }, Rock 1+0 { ABBA 1+0 }, [unknown] 2+0 { [unknown] 2+0 }");
     select(u"Pop");
     EXPECT_EQ(panes.middleType, View::middleArtists);
-    EXPECT_EQ(textOf(panes.middle), "ABBA 1+1");
+    EXPECT_EQ(textOf(panes.middle), "ABBA 1+1 { Gold 1+0, [unknown] 0+1 }");
     EXPECT_EQ(textOf(panes.right),
               "ABBA 1+1 { Gold 1+0 { 1.mp3 1+0 }, [unknown] 0+1 { 5.mp3 0+1 } }");
     select(u"ABBA", u"Gold"); // the artist below Pop
