@@ -23,7 +23,7 @@ TEST(CoverCommand, PicturesOfFoldersAndAlbumsAreSetExtractedOnceAndRemoved)
         fs::copy_file(QO_TEST_DATA "/sounds/" + std::string(name), data + name);
     const std::string one = qo.addTrack("a/1.flac", {"album=One", "artist=x"}, "sound.flac");
     const std::string two = qo.addTrack("a/2.m4a", {"album=One", "artist=x"}, "sound.m4a");
-    const std::string other = qo.addTrack("a/3.wma", {"album=Two", "artist=x"}, "sound.wma");
+    const std::string other = qo.addTrack("a/b/1.wma", {"album=Two", "artist=x"}, "sound.wma");
     ASSERT_EQ(qo.scan().code, 0);
     const std::vector<std::string> set{
         "cover", "set", "--album", "One", "--image", data + "red.jpg"};
@@ -46,7 +46,7 @@ TEST(CoverCommand, PicturesOfFoldersAndAlbumsAreSetExtractedOnceAndRemoved)
     qo.dir.makeFolder("covers");
     qo.expect({"cover", "extract", qo.music("a"), "--to", qo.dir.path("covers")}, 0, "extracted: ");
     EXPECT_EQ(qo.dir.read("covers/1 - front cover.jpg"), qo.dir.read("red.jpg"));
-    EXPECT_EQ(qo.dir.read("covers/3 - front cover.jpg"), qo.dir.read("green.jpg"));
+    EXPECT_EQ(qo.dir.read("covers/1 - front cover 2.jpg"), qo.dir.read("green.jpg"));
     EXPECT_FALSE(fs::exists(qo.dir.path("covers/2 - front cover.jpg")));
     const std::string taken = qo.dir.write("covers/1 - front cover.jpg", "mine");
     qo.expect({"cover", "extract", qo.music("a"), "--to", qo.dir.path("covers")},
