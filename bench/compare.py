@@ -131,6 +131,7 @@ class Bench:
         self.data = os.path.join(self.data_of_runs, str(number))
         self.files = self.floor("F1 walk and stat", "floor_walk", self.music)
         self.floor("F2 read tags", "floor_tags", self.music)
+        self.floor("reading of tags", "bench_tags", self.music)
         self.qo("first scan", self.data, "scan", self.music)
         self.qo("rescan without change", self.data, "scan")
         database = self.database(self.data)
@@ -248,6 +249,7 @@ def judgements(bench):
     tags_and_rows = lambda: median("F2 read tags") + median("F3 insert rows")
     yield bench.rounds, lambda: [
         ratio_row("first scan against F2 + F3", median("first scan"), tags_and_rows(), 1.6, 1.25),
+        ratio_row("reading of tags against F2", median("reading of tags"), median("F2 read tags"), 1.15, 1.05),
         ratio_row("rescan without change against F1", median("rescan without change"), median("F1 walk and stat"), 4, 2.5),
         ratio_row("load against F4", median("load"), median("F4 read rows"), 4, 2)]
     yield bench.layouts, lambda: [ratio_row(name + " against the load", median(name), median("load"), 2, 1.2)
