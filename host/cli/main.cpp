@@ -43,6 +43,7 @@ std::string parseFailure(const CLI::App& app, const CLI::ParseError& error)
     if (known.empty() || (!typed.empty() && error.get_name() != "RequiredError"))
         return error.what();
     std::vector<std::string> names;
+    names.reserve(known.size());
     for (const CLI::App* const each : known)
         names.push_back(each->get_name());
     if (!last->remaining().empty() && !last->remaining().front().starts_with('-'))

@@ -42,7 +42,8 @@ void CQoChangedTagFilesInfo::addMusicFile(const MusicFile& file)
 
 void CQoChangedTagFilesInfo::removeMusicFile(const MusicFile& file)
 {
-    const MusicFile kept = file; // may be a reference to the handle in the list
+    MusicFile kept; // as file may be a reference to the handle in the list
+    kept = file;
     if (m_musicFiles.remove(kept))
         addRemoveFile(kept, false);
 }

@@ -109,7 +109,7 @@ Trash::Trash(std::string homeTrash) : m_homeTrash(std::move(homeTrash)) {}
 std::string Trash::ofThisUser()
 {
     // An entry that is no absolute path does not count.
-    const char* const data = std::getenv("XDG_DATA_HOME");
+    const char* const data = std::getenv("XDG_DATA_HOME"); // NOLINT(concurrency-mt-unsafe)
     if (data && data[0] == '/')
         return std::string(data) + "/Trash";
     return toSystemPath(specialFolders().home()) + "/.local/share/Trash";

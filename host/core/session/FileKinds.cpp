@@ -2,6 +2,8 @@
 
 #include "core/base/HostError.h"
 
+#include <QoKernel/Kernel.h>
+
 #include <algorithm>
 #include <sstream>
 #include <string_view>

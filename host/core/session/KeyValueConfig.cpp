@@ -109,7 +109,7 @@ void KeyValueConfig::parse(const std::string& text)
     Section* current = nullptr;
     std::size_t at = text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
     bool isWhole = !std::string_view(text).substr(at).starts_with(firstLine);
-    for (std::size_t end = at; at < text.size(); at = end + 1)
+    for (std::size_t end = 0; at < text.size(); at = end + 1)
     {
         end = std::min(text.find('\n', at), text.size());
         const std::string_view line = std::string_view(text).substr(at, end - at);

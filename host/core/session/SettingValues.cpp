@@ -3,6 +3,8 @@
 #include "core/base/HostError.h"
 #include "core/session/FileKinds.h"
 
+#include <QoKernel/Kernel.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>

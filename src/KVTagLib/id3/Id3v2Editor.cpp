@@ -86,7 +86,7 @@ bool holdsFrame(const ByteVector& bytes, int version)
     const unsigned header = version == 2 ? 6 : 10;
     for (unsigned at = 0; at + header < bytes.size(); ++at)
     {
-        if (bytes[at] < 'A' || !isFrameId(bytes.mid(at, idBytes)))
+        if (bytes.data()[at] < 'A' || !isFrameId(bytes.mid(at, idBytes)))
             continue;
         const unsigned size = bytes.mid(at + idBytes, idBytes).toUInt(true);
         if (size > 0 && size <= bytes.size() - at - header)
@@ -127,9 +127,9 @@ bool Id3v2Editor::load(const ByteVector& tag)
     m_loadedSize = sizeOf(tag);
     if (m_loadedSize == 0 || tag.size() < m_loadedSize)
         return false;
-    m_version = tag[3];
+    m_version = static_cast<unsigned char>(tag[3]);
     const char flags = tag[flagsAt];
-    m_experimental = flags & experimental;
+    m_experimental = static_cast<char>(flags & experimental);
     ByteVector data = tag.mid(headerBytes, ID3v2::SynchData::toUInt(tag.mid(sizeAt, 4)));
     // Versions 2.2 and 2.3 encode the tag as a whole against bytes that look like a sound frame
     // (unsynchronisation); 2.4 does so for single frames, and those keep their bytes.
@@ -164,7 +164,8 @@ bool Id3v2Editor::parseFrames(const ByteVector& data)
     // Some writers of 2.4 store plain sizes where sizes of 7 bits a byte belong.
     if (m_version == 4 && !m_stray.isEmpty())
     {
-        const std::vector<Frame> frames = std::move(m_frames);
+        std::vector<Frame> frames;
+        frames.swap(m_frames);
         const ByteVector stray = m_stray;
         m_stray = parseFrames(data, true);
         if (!m_stray.isEmpty() && frames.size() >= m_frames.size())
@@ -181,7 +182,7 @@ ByteVector Id3v2Editor::parseFrames(const ByteVector& data, bool plainSizes)
     m_frames.clear();
     const unsigned idBytes = m_version == 2 ? 3 : 4;
     unsigned at = 0;
-    while (at + frameHeaderBytes() <= data.size() && data[at] != 0)
+    while (at + frameHeaderBytes() <= data.size() && data.data()[at] != 0)
     {
         Frame frame;
         frame.id = data.mid(at, idBytes);
@@ -199,7 +200,7 @@ ByteVector Id3v2Editor::parseFrames(const ByteVector& data, bool plainSizes)
         at += size;
         m_frames.push_back(frame);
     }
-    while (at < data.size() && data[at] == 0)
+    while (at < data.size() && data.data()[at] == 0)
         ++at;
     return data.mid(at);
 }

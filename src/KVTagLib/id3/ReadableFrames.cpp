@@ -22,10 +22,10 @@ int lettersOf(const ByteVector& text, unsigned high, unsigned low)
 {
     constexpr char16_t endOfLatin = 0x250;
     int letters = 0;
-    for (unsigned at = 0; at + 1 < text.size(); at += 2)
+    for (const char* at = text.data(); text.data() + text.size() - at > 1; at += 2)
     {
-        const auto unit = static_cast<char16_t>(static_cast<unsigned char>(text[at + high]) << 8 |
-                                                static_cast<unsigned char>(text[at + low]));
+        const auto unit = static_cast<char16_t>(static_cast<unsigned char>(at[high]) << 8 |
+                                                static_cast<unsigned char>(at[low]));
         letters += qo::isLetter(unit) ? (unit < endOfLatin ? 2 : 1) : 0;
     }
     return letters;
@@ -51,7 +51,7 @@ ByteVector lyricsWithMarks(const ByteVector& body)
 {
     constexpr unsigned textAt = 4;
     unsigned end = textAt;
-    while (end + 1 < body.size() && (body[end] != 0 || body[end + 1] != 0))
+    while (end + 1 < body.size() && (body.data()[end] != 0 || body.data()[end + 1] != 0))
         end += 2;
     ByteVector marked = body.mid(0, textAt);
     marked.append(withMark(body.mid(textAt, end - textAt)));

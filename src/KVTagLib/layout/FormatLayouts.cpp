@@ -165,7 +165,7 @@ void addRiffList(IOStream& file, const RiffChunk& list, FileParts& parts)
     const auto add = [&](const RiffChunk& chunk)
     {
         ByteVector text = contentOf(stream, chunk);
-        while (!text.isEmpty() && text[text.size() - 1] == 0)
+        while (!text.isEmpty() && text.data()[text.size() - 1] == 0)
             text.resize(text.size() - 1);
         parts.add(1, nameOfBytes(chunk.name), chunk.size + 8, textOfBytes(text));
         return !parts.isFull();

@@ -90,7 +90,7 @@ long FlacBlocks::addParts(bool isWhole, FileParts& parts) const
     long added = 0;
     for (const FlacBlock& block : blocks)
     {
-        const auto type = static_cast<std::size_t>(block.type);
+        const auto type = static_cast<unsigned char>(block.type);
         const long size = blockHeader + block.content.size();
         added += size;
         parts.add(0,

@@ -58,7 +58,7 @@ private:
         at += pageHeader + segments.size();
         for (unsigned i = 0; i < segments.size(); ++i)
         {
-            const int length = static_cast<unsigned char>(segments[i]);
+            const int length = static_cast<unsigned char>(segments.data()[i]);
             const bool isComment = stream.first && stream.packet == commentPacket;
             hasComment = hasComment || isComment;
             if (!isComment)

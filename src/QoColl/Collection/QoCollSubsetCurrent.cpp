@@ -233,7 +233,8 @@ void CQoCollSubset::ensureFull()
     std::vector<qo::SubsetFile> files;
     const CQoCollection& own = CQoCollection::m_ownCollection;
     const CQoCollection& foreign = CQoCollection::m_foreignCollection;
-    files.reserve(static_cast<std::size_t>(own.getFileCount() + foreign.getFileCount()));
+    files.reserve(static_cast<std::size_t>(own.getFileCount()) +
+                  static_cast<std::size_t>(foreign.getFileCount()));
     addDirsToSubsets(own.getRootDirs(), files);
     addDirsToSubsets(foreign.getRootDirs(), files);
     std::vector<std::pair<const CHDFile*, int>> order;

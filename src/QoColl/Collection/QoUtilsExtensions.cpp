@@ -2,6 +2,7 @@
 #include "QoColl/Collection/QoUtils.h"
 #include "common/FilePathParts.h"
 #include "types/CharClass.h"
+#include "types/StringArray.h"
 
 #include <algorithm>
 #include <array>

@@ -73,7 +73,7 @@ std::vector<char> SubsetNames::Pool::matchAll(std::u16string_view pattern) const
     if (pattern.size() == 1)
     {
         for (int i = 0; i < count(); ++i)
-            found[i] = matches(i, pattern);
+            found[i] = matches(i, pattern) ? 1 : 0;
         return found;
     }
     int index = 0;
