@@ -3,7 +3,9 @@
 #include <QoKernel/Kernel.h>
 #include <QoKernel/Tags.h>
 
+#include <filesystem>
 #include <memory>
+#include <string>
 
 /// Walks a folder, stats every file and reads the tags of all that have some, as a scan does: what
 /// floor_tags does with TagLib alone.
@@ -21,6 +23,9 @@ int main(int argc, char** argv)
         if (reader && reader->Read(tags, -1, -1) && tags.GetTitle(title))
             sum += title.GetLength();
     };
-    bench::measure([&] { return bench::walk(argv[1], read); });
-    return sum == 1;
+    const std::string folder = std::filesystem::absolute(argv[1]).string();
+    bench::measure([&] { return bench::walk(folder, read); });
+    if (sum == 0)
+        bench::fail("no file with a title is in", argv[1]);
+    return 0;
 }
