@@ -1,7 +1,6 @@
 #pragma once
 
 // Tags of music files: CMusicTagEx with values by source, and the tag library behind it.
-#include "KVTagLib/FilePart.h"
 #include "KVTagLib/PictureTag.h"
 #include "KVTagLib/TagField.h"
 #include "KVTagLib/Tags.h"
@@ -11,6 +10,7 @@
 #include "KVTagLib/TagsWriterFactory.h"
 #include "KVTagLib/ValidExtensions.h"
 #include "KVTagLib/WriteStop.h"
+#include "KVTagLib/layout/FilePart.h"
 #include "KVTagLib/sound/SoundHead.h"
 #include "QoColl/Tags/MusicTagEx.h"
 #include "QoColl/Tags/SimpleMusicTag.h"

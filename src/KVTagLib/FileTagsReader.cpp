@@ -1,10 +1,10 @@
 #include "KVTagLib/FileTagsReader.h"
 
 #include "KVTagLib/AudioFile.h"
-#include "KVTagLib/PictureSize.h"
-#include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/Tags.h"
+#include "KVTagLib/pictures/PictureSize.h"
+#include "KVTagLib/pictures/PictureStore.h"
 
 namespace KVTagLib
 {

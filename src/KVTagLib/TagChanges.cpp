@@ -1,8 +1,8 @@
 #include "KVTagLib/TagChanges.h"
 
-#include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/Tags.h"
+#include "KVTagLib/pictures/PictureStore.h"
 #include "types/CharClass.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "KVTagLib/TagValues.h"
 
-#include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagText.h"
+#include "KVTagLib/pictures/PictureStore.h"
 
 #include <limits>
 

@@ -1,6 +1,6 @@
 #include "KVTagLib/Tags.h"
 
-#include "KVTagLib/PictureStore.h"
+#include "KVTagLib/pictures/PictureStore.h"
 
 namespace KVTagLib
 {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Physical/HDMusicFile.h"
-#include "QoColl/Collection/QoCollSubset.h"
+#include "QoColl/Collection/subsets/QoCollSubset.h"
 #include "UserView/Forward.h"
 
 /// The music files whose tags have changes that are not written yet, so that a view can tell which

@@ -2,7 +2,7 @@
 
 #include "Logical/Forward.h"
 #include "Physical/Forward.h"
-#include "QoColl/Collection/QoCollSubset.h"
+#include "QoColl/Collection/subsets/QoCollSubset.h"
 #include "UserView/UVViewItemList.h"
 
 #include <boost/shared_ptr.hpp>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Logical/LTObjectType.h"
-#include "QoColl/Collection/QoCollSubset.h"
 #include "QoColl/Collection/QoUtils.h"
+#include "QoColl/Collection/subsets/QoCollSubset.h"
 #include "QoColl/Tags/Forward.h"
 #include "UserView/Forward.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "QoColl/Collection/QoCollSubset.h"
 #include "QoColl/Collection/QoUtils.h"
+#include "QoColl/Collection/subsets/QoCollSubset.h"
 #include "UserView/Forward.h"
 #include "UserView/UVAddFileInfo.h"
 #include "UserView/UVViewItem.h"

@@ -3,7 +3,7 @@
 #include "Logical/LTGenre.h"
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
-#include "QoColl/Collection/QoCheckHelper.h"
+#include "QoColl/Collection/subsets/QoCheckHelper.h"
 #include "UserView/UVUtils.h"
 #include "UserView/UVViewHelper.h"
 

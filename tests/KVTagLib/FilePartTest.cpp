@@ -1,4 +1,4 @@
-#include "KVTagLib/FilePart.h"
+#include "KVTagLib/layout/FilePart.h"
 
 #include "KVTagLib/TagFiles.h"
 

@@ -1,5 +1,5 @@
-#include "KVTagLib/PictureSize.h"
 #include "KVTagLib/TagFiles.h"
+#include "KVTagLib/pictures/PictureSize.h"
 
 using namespace tagfiles;
 using KVTagLib::CTags;

@@ -1,7 +1,7 @@
 #include "KVTagLib/AudioFile.h"
-#include "KVTagLib/FilePart.h"
 #include "KVTagLib/TagFiles.h"
 #include "KVTagLib/ValidExtensions.h"
+#include "KVTagLib/layout/FilePart.h"
 
 #include <sys/stat.h>
 

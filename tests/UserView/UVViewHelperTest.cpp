@@ -2,7 +2,7 @@
 
 #include "Logical/LTArtist.h"
 #include "Logical/LTGenre.h"
-#include "QoColl/Collection/QoCheckHelper.h"
+#include "QoColl/Collection/subsets/QoCheckHelper.h"
 #include "UserView/QoChangedTagFilesInfo.h"
 #include "UserView/UVUtils.h"
 #include "UserView/UVViewItemInfo.h"

@@ -1,8 +1,8 @@
 #include "KVTagLib/ape/ApeTag.h"
 
-#include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/id3/Id3v1Tag.h"
+#include "KVTagLib/pictures/PictureStore.h"
 #include "types/CharClass.h"
 #include "types/Utf.h"
 

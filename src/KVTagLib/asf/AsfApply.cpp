@@ -1,7 +1,7 @@
-#include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagChanges.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/asf/AsfHeader.h"
+#include "KVTagLib/pictures/PictureStore.h"
 
 #include <taglib/asfpicture.h>
 

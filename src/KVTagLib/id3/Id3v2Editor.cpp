@@ -1,9 +1,9 @@
 #include "KVTagLib/id3/Id3v2Editor.h"
 
-#include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagRefusal.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/id3/ReadableFrames.h"
+#include "KVTagLib/pictures/PictureStore.h"
 #include "types/Utf.h"
 
 #include <taglib/attachedpictureframe.h>

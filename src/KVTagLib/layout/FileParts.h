@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KVTagLib/FilePart.h"
+#include "KVTagLib/layout/FilePart.h"
 
 #include <taglib/tbytevector.h>
 #include <taglib/tstring.h>

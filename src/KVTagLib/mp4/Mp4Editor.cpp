@@ -1,10 +1,10 @@
 #include "KVTagLib/mp4/Mp4Editor.h"
 
-#include "KVTagLib/PictureStore.h"
 #include "KVTagLib/TagRefusal.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/mp4/Mp4Atoms.h"
 #include "KVTagLib/mp4/Mp4Room.h"
+#include "KVTagLib/pictures/PictureStore.h"
 
 #include <optional>
 #include <string_view>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "QoColl/Collection/Forward.h"
-#include "QoColl/Collection/MarkUpkeep.h"
 #include "QoColl/Collection/PathsById.h"
 #include "QoColl/Collection/QoFileChangeInfo.h"
+#include "QoColl/Collection/subsets/MarkUpkeep.h"
 #include "QoColl/Db/Records/CollInfoDbItem.h"
 #include "common/CollPath.h"
 #include "common/PathsInfoMap.h"

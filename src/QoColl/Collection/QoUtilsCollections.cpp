@@ -3,9 +3,9 @@
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
 #include "QoColl/Collection/LinkedFiles.h"
-#include "QoColl/Collection/QoCollSubset.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoUtils.h"
+#include "QoColl/Collection/subsets/QoCollSubset.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 
 #include <optional>

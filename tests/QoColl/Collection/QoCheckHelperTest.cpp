@@ -1,4 +1,4 @@
-#include "QoColl/Collection/QoCheckHelper.h"
+#include "QoColl/Collection/subsets/QoCheckHelper.h"
 
 #include "Logical/LTAlbum.h"
 #include "Logical/LTArtist.h"

@@ -1,10 +1,10 @@
-#include "QoColl/Collection/QoCollSubset.h"
+#include "QoColl/Collection/subsets/QoCollSubset.h"
 
 #include "Logical/LTAlbum.h"
 #include "Logical/LTArtist.h"
 #include "Logical/LTGenre.h"
-#include "QoColl/Collection/FakeCollSubset.h"
-#include "QoColl/Collection/QoCheckHelper.h"
+#include "QoColl/Collection/subsets/FakeCollSubset.h"
+#include "QoColl/Collection/subsets/QoCheckHelper.h"
 #include "support/LogCapture.h"
 #include "support/Print.h"
 #include "support/SampleCollections.h"

@@ -1,9 +1,9 @@
-#include "QoColl/Collection/MarkUpkeep.h"
+#include "QoColl/Collection/subsets/MarkUpkeep.h"
 
 #include "Logical/LTObject.h"
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
-#include "QoColl/Collection/QoCheckHelper.h"
+#include "QoColl/Collection/subsets/QoCheckHelper.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 
 namespace qo

@@ -1,4 +1,4 @@
-#include "KVTagLib/PictureStore.h"
+#include "KVTagLib/pictures/PictureStore.h"
 
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"

@@ -1,4 +1,4 @@
-#include "KVTagLib/PictureSize.h"
+#include "KVTagLib/pictures/PictureSize.h"
 
 // Where the formats have their size:
 //   PNG   after the mark of 8 bytes the chunk IHDR: width and height in 4 bytes each

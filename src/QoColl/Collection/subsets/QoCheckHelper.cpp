@@ -1,4 +1,4 @@
-#include "QoColl/Collection/QoCheckHelper.h"
+#include "QoColl/Collection/subsets/QoCheckHelper.h"
 
 #include "Analyze/BottomUp.h"
 #include "Logical/LTObject.h"

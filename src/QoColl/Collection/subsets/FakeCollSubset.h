@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QoColl/Collection/QoCollSubset.h"
+#include "QoColl/Collection/subsets/QoCollSubset.h"
 
 /// Answers "has" for a view that shows no subset, such as search results: everything is in it.
 class QO_API CFakeCollSubset final : public CQoCollSubset

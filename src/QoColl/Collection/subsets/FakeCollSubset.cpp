@@ -1,4 +1,4 @@
-#include "QoColl/Collection/FakeCollSubset.h"
+#include "QoColl/Collection/subsets/FakeCollSubset.h"
 
 #include "Physical/QoCheckObject.h"
 

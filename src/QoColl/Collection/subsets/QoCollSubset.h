@@ -1,7 +1,7 @@
 #pragma once
 
 #include "QoColl/Collection/QoUtils.h"
-#include "QoColl/Collection/SubsetKeys.h"
+#include "QoColl/Collection/subsets/SubsetKeys.h"
 #include "common/QoSortedPtrList.h"
 #include "types/CriticalSection.h"
 

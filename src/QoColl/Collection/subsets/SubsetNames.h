@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Logical/LTObjectType.h"
-#include "QoColl/Collection/QoCollSubset.h"
-#include "QoColl/Collection/SubsetKeys.h"
+#include "QoColl/Collection/subsets/QoCollSubset.h"
+#include "QoColl/Collection/subsets/SubsetKeys.h"
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-#include "QoColl/Collection/SubsetNames.h"
+#include "QoColl/Collection/subsets/SubsetNames.h"
 
 #include "Logical/LTAlbum.h"
 #include "Logical/LTArtist.h"

@@ -6,9 +6,9 @@
 #include "Physical/HDMusicFile.h"
 #include "Physical/HDPictureFile.h"
 #include "Physical/HDTextFile.h"
-#include "QoColl/Collection/QoCollSubset.h"
 #include "QoColl/Collection/QoCollection.h"
-#include "QoColl/Collection/SubsetNames.h"
+#include "QoColl/Collection/subsets/QoCollSubset.h"
+#include "QoColl/Collection/subsets/SubsetNames.h"
 #include "common/Log.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "Logical/LTGenre.h"
 #include "Logical/LTTrack.h"
 #include "Physical/HDFile.h"
-#include "QoColl/Collection/QoCollSubset.h"
+#include "QoColl/Collection/subsets/QoCollSubset.h"
 #include "types/StringArray.h"
 
 // Which files a subset chooses, one by one. SubsetNames gives the same answers for all files at

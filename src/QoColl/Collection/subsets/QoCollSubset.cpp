@@ -1,4 +1,4 @@
-#include "QoColl/Collection/QoCollSubset.h"
+#include "QoColl/Collection/subsets/QoCollSubset.h"
 
 #include "Logical/LTAlbum.h"
 #include "Logical/LTArtist.h"
