@@ -399,3 +399,8 @@ CString operator+(const CString& a, char16_t b)
     result.Preallocate(a.GetLength() + 1);
     return result.append(a.view()) += b;
 }
+
+CString operator+(char16_t a, const CString& b)
+{
+    return CString(a) + b;
+}

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <compare>
+#include <concepts>
 #include <cstdint>
 #include <functional>
 #include <string_view>
@@ -160,6 +161,10 @@ QO_API CString operator+(const CString& a, const CString& b);
 QO_API CString operator+(const CString& a, const char16_t* b);
 QO_API CString operator+(const char16_t* a, const CString& b);
 QO_API CString operator+(const CString& a, char16_t b);
+QO_API CString operator+(char16_t a, const CString& b);
+/// Would move the pointer to the characters of the text.
+template <std::integral Number>
+CString operator+(Number a, const CString& b) = delete;
 
 inline bool operator==(const CString& a, const CString& b) noexcept
 {

@@ -169,6 +169,7 @@ TEST(String, NullAndOutOfRangeArgumentsAreHarmless)
     EXPECT_EQ(text.Delete(-1, 99), 0);
     EXPECT_EQ(CString(u'x', -3), u"");
     EXPECT_EQ(CString(u"abc", -1), u"");
+    EXPECT_EQ(u'.' + CString(u"abc"), u".abc");
 }
 
 TEST(String, TrimTakesWhiteSpaceOfAnyScriptFromTheEndsOnly)

@@ -207,7 +207,7 @@ ExitCode extractCovers(CoverWork& work)
     {
         const CString name = nameIn(target, each);
         CString free = name;
-        const CString end = u"." + fileExtOf(name);
+        const CString end = u'.' + fileExtOf(name);
         for (int i = 2; !taken.insert(free).second; ++i)
             free = name.Left(name.GetLength() - end.GetLength()) + u' ' +
                    fromUtf8(std::to_string(i)) + end;
