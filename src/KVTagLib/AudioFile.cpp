@@ -44,8 +44,6 @@ namespace KVTagLib
 {
 namespace
 {
-constexpr unsigned headBytes = 64;
-
 // TagLib's class has no virtual destructor; nothing deletes one.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
@@ -305,11 +303,7 @@ bool holdsSomething(TagLib::File& file, const AudioFileContent& content)
 
 bool parse(ByteStream& stream, AudioFormat expected, AudioFileContent& content)
 {
-    const ByteVector head = stream.readBlock(headBytes);
-    stream.seek(0, IOStream::Beginning);
-    // These bytes are in the page that the parser reads first, so looking at them costs nothing.
-    const AudioFormat found = formatOfContent({head.data(), head.size()});
-    content.format = found != AudioFormat::unknown ? found : expected;
+    content.format = formatOf(stream, expected);
     const FormatRow& row = formats[static_cast<int>(content.format)];
     BoundedFrameFactory factory;
     const std::unique_ptr<TagLib::File> file = row.open ? row.open(stream, factory) : nullptr;
@@ -330,33 +324,25 @@ bool isLackOfMemory(const std::exception& exception)
            !dynamic_cast<const std::bad_array_new_length*>(&exception);
 }
 
-bool readAudioFile(const CString& path,
-                   AudioFormat expected,
-                   AudioFileContent& content,
-                   CString& error)
+bool parseFile(const CString& path, const FileParser& parser, CString& error)
 {
     int number = 0;
     auto file = qo::fileSystem().open(path, qo::OpenMode::read, number);
     if (file)
-        return readAudioFile(std::move(file), expected, content, error);
+        return parseFile(std::move(file), parser, error);
     error = qo::errorText(number);
     return false;
 }
 
-bool readAudioFile(std::unique_ptr<qo::IFile> file,
-                   AudioFormat expected,
-                   AudioFileContent& content,
-                   CString& error)
+bool parseFile(std::unique_ptr<qo::IFile> file, const FileParser& parser, CString& error)
 {
     try
     {
         ByteStream stream(std::move(file));
-        const bool sound = stream.length() > 0 && parse(stream, expected, content);
-        if (sound && !stream.exhausted())
+        const char16_t* const cause = parser(stream);
+        if (!cause && !stream.exhausted())
             return true;
-        error = stream.length() == 0 ? u"the file is empty"
-                : sound              ? u"the file asks for more work than a sound file would"
-                                     : u"the file is damaged or of another format";
+        error = cause ? cause : u"the file asks for more work than a sound file would";
     }
     catch (const std::exception& exception)
     {
@@ -367,5 +353,45 @@ bool readAudioFile(std::unique_ptr<qo::IFile> file,
         error = u"the file is damaged";
     }
     return false;
+}
+
+AudioFormat formatOf(ByteStream& stream, AudioFormat expected)
+{
+    constexpr unsigned headBytes = 64;
+    // These bytes are in the page that a parser reads first, so looking at them costs nothing.
+    const ByteVector head = stream.readBlock(headBytes);
+    stream.seek(0, IOStream::Beginning);
+    const AudioFormat found = formatOfContent({head.data(), head.size()});
+    return found != AudioFormat::unknown ? found : expected;
+}
+
+namespace
+{
+FileParser parserInto(AudioFileContent& content, AudioFormat expected)
+{
+    return [&content, expected](ByteStream& stream) -> const char16_t*
+    {
+        if (stream.length() == 0)
+            return u"the file is empty";
+        return parse(stream, expected, content) ? nullptr
+                                                : u"the file is damaged or of another format";
+    };
+}
+} // namespace
+
+bool readAudioFile(const CString& path,
+                   AudioFormat expected,
+                   AudioFileContent& content,
+                   CString& error)
+{
+    return parseFile(path, parserInto(content, expected), error);
+}
+
+bool readAudioFile(std::unique_ptr<qo::IFile> file,
+                   AudioFormat expected,
+                   AudioFileContent& content,
+                   CString& error)
+{
+    return parseFile(std::move(file), parserInto(content, expected), error);
 }
 } // namespace KVTagLib

@@ -48,7 +48,7 @@ void editXiph(XiphEditor& comment, const TagChanges& changes)
 
 [[noreturn]] void refuseDamage(const char16_t* what)
 {
-    throw TagRefusal(what + CString(u" is damaged") + copyAdvice);
+    throw TagRefusal(withCopyAdvice(what + CString(u" is damaged")));
 }
 
 /// Changes the APE tag of the file, or adds one. All other items must be as before when it is read

@@ -57,7 +57,7 @@ CString editCopy(qo::FileReplacement& copy, AudioFormat format, const TagChanges
         if (isLackOfMemory(exception))
             throw;
         // TagLib met an impossible size, or the copy could not be written or shall stop.
-        return CString(u"the file is damaged") + copyAdvice;
+        return withCopyAdvice(u"the file is damaged");
     }
 }
 } // namespace
@@ -118,7 +118,7 @@ bool FileTagsWriter::checkCopy(const CString& copy,
     const auto newSound = digestOf(copy, before.format);
     if (after.format != before.format || !sameSound(before.properties, after.properties) ||
         !oldSound || oldSound != newSound)
-        return fail(CString(u"the sound could not be kept as it is") + copyAdvice);
+        return fail(withCopyAdvice(u"the sound could not be kept as it is"));
     return changes.fulfilledBy(before.values, after.values) ||
            fail(u"the tag of this file cannot hold the new values");
 }

@@ -20,7 +20,11 @@ private:
     CString m_cause;
 };
 
-/// What the user can do about most damages: another program writes the container anew.
-constexpr const char16_t* copyAdvice =
-    u"; a copy made with \"ffmpeg -i OLD -map_metadata 0 -c copy NEW\" can be changed";
+/// The cause with what the user can do about most damages: another program writes the container
+/// anew.
+inline CString withCopyAdvice(const CString& cause)
+{
+    return cause +
+           u"; a copy made with \"ffmpeg -i OLD -map_metadata 0 -c copy NEW\" can be changed";
+}
 } // namespace KVTagLib

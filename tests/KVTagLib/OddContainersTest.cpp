@@ -63,6 +63,11 @@ TEST(OddContainers, AreReadAsFarAsTheyGoAndNotWritten)
     std::string flac = folder.read("sound.flac");
     flac[flac.find("fLaC") + 4 + 38] = '\x7f'; // the type of the block after the stream info
     const std::string damaged = folder.read("sound.flac").substr(0, flac.rfind("Film") + 5);
+    // The last MiB is searched for the last page: here the mark of one stands at its second byte.
+    constexpr std::size_t searched = 1U << 20;
+    const std::string start = film("a.ogg", "libvorbis").substr(0, 6000);
+    const std::string noEnd =
+        start + std::string(searched, 'x') + "xOggS" + std::string(searched - 5, 'x');
     struct Row
     {
         const char* name;
@@ -76,6 +81,7 @@ TEST(OddContainers, AreReadAsFarAsTheyGoAndNotWritten)
         {"a.ogg", film("a.ogg", "libvorbis"), both, 300, "several streams"},
         {"b.ogg", film("b.ogg", "libopus"), both, 300, "several streams"},
         {"c.ogg", film("c.ogg", "flac -strict -2"), both, 300, "several streams"},
+        {"f.ogg", noEnd, both, 0, "several streams"},
         {"d.flac", flac, {}, 300, "or a block before the sound"},
         {"e.flac", damaged, both, 300, "block before its sound is damaged"},
     };

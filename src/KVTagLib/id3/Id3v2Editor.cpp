@@ -79,22 +79,6 @@ String::Type typeOf(char encoding)
     return encoding == utf8 ? String::UTF8 : encoding == latin1 ? String::Latin1 : String::UTF16;
 }
 
-/// Whether a frame that is whole stands somewhere in these bytes.
-bool holdsFrame(const ByteVector& bytes, int version)
-{
-    const unsigned idBytes = version == 2 ? 3 : 4;
-    const unsigned header = version == 2 ? 6 : 10;
-    for (unsigned at = 0; at + header < bytes.size(); ++at)
-    {
-        if (bytes.data()[at] < 'A' || !isFrameId(bytes.mid(at, idBytes)))
-            continue;
-        const unsigned size = bytes.mid(at + idBytes, idBytes).toUInt(true);
-        if (size > 0 && size <= bytes.size() - at - header)
-            return true;
-    }
-    return false;
-}
-
 bool isCompressed(int version, const ByteVector& flags)
 {
     return version == 3 ? has(flags[1], '\x80') : version == 4 && has(flags[1], '\x08');
@@ -174,19 +158,31 @@ bool Id3v2Editor::parseFrames(const ByteVector& data)
             m_stray = stray;
         }
     }
-    return !holdsFrame(m_stray, m_version);
+    return !holdsFrame(m_stray);
+}
+
+bool Id3v2Editor::holdsFrame(const ByteVector& bytes) const
+{
+    for (unsigned at = 0; at + frameHeaderBytes() < bytes.size(); ++at)
+    {
+        if (bytes.data()[at] < 'A' || !isFrameId(bytes.mid(at, idBytes())))
+            continue;
+        const unsigned size = bytes.mid(at + idBytes(), idBytes()).toUInt(true);
+        if (size > 0 && size <= bytes.size() - at - frameHeaderBytes())
+            return true;
+    }
+    return false;
 }
 
 ByteVector Id3v2Editor::parseFrames(const ByteVector& data, bool plainSizes)
 {
     m_frames.clear();
-    const unsigned idBytes = m_version == 2 ? 3 : 4;
     unsigned at = 0;
     while (at + frameHeaderBytes() <= data.size() && data.data()[at] != 0)
     {
         Frame frame;
-        frame.id = data.mid(at, idBytes);
-        const ByteVector sizeField = data.mid(at + idBytes, idBytes);
+        frame.id = data.mid(at, idBytes());
+        const ByteVector sizeField = data.mid(at + idBytes(), idBytes());
         if (!isFrameId(frame.id) || (m_version == 4 && !plainSizes && !isSynchSafe(sizeField)))
             break;
         const unsigned size = m_version == 4 && !plainSizes ? ID3v2::SynchData::toUInt(sizeField)
@@ -487,7 +483,7 @@ ByteVector Id3v2Editor::changed(const ByteVector& old, const TagChanges& changes
     ByteVector tag;
     Id3v2Editor editor;
     if (!old.isEmpty() && !editor.load(old))
-        throw TagRefusal(CString(u"its ID3v2 tag is damaged") + copyAdvice);
+        throw TagRefusal(withCopyAdvice(u"its ID3v2 tag is damaged"));
     editor.apply(changes);
     if (!editor.render(tag))
         throw TagRefusal(u"its ID3v2 tag would be larger than its version allows");

@@ -71,6 +71,9 @@ private:
     /// Some writers of version 2.4 store plain sizes where seven bits a byte are required:
     /// plainSizes reads these. Gives what follows the frames and their padding.
     TagLib::ByteVector parseFrames(const TagLib::ByteVector& data, bool plainSizes);
+    /// Whether a frame that is whole stands somewhere in these bytes.
+    bool holdsFrame(const TagLib::ByteVector& bytes) const;
+    unsigned idBytes() const { return m_version == 2 ? 3 : 4; }
     unsigned frameHeaderBytes() const { return m_version == 2 ? 6 : 10; }
     const char* idOf(Field field) const;
     TagLib::StringList textsOf(const TagLib::ByteVector& id) const;

@@ -165,7 +165,7 @@ void editMp4(FileStream& file, const TagChanges& changes)
     {
         ItemList list;
         if (!list.load(old))
-            throw TagRefusal(CString(u"the sizes in its list of tags are wrong") + copyAdvice);
+            throw TagRefusal(withCopyAdvice(u"the sizes in its list of tags are wrong"));
         applyTexts(changes, list);
         applyTrack(changes, list);
         applyPictures(changes, list);

@@ -22,7 +22,7 @@ constexpr const char* pathToList[] = {"udta", "meta", "ilst"};
 
 [[noreturn]] void refuseSizes()
 {
-    throw TagRefusal(CString(u"the sizes of its MP4 atoms are wrong") + copyAdvice);
+    throw TagRefusal(withCopyAdvice(u"the sizes of its MP4 atoms are wrong"));
 }
 
 ByteVector zeros(unsigned count)
@@ -132,7 +132,7 @@ private:
             if (position < m_from)
                 continue;
             if (isShort && position + m_by > std::numeric_limits<std::uint32_t>::max())
-                throw TagRefusal(CString(u"its sound would lie beyond 4 GiB") + copyAdvice);
+                throw TagRefusal(withCopyAdvice(u"its sound would lie beyond 4 GiB"));
             const ByteVector changed =
                 isShort ? ByteVector::fromUInt(static_cast<unsigned>(position + m_by))
                         : ByteVector::fromLongLong(position + m_by);
@@ -201,7 +201,7 @@ void editItemList(FileStream& file, const ItemListEdit& edit)
         // The index of a stream counts from itself.
         if (std::any_of(
                 atoms.begin(), movie, [](const Mp4Atom& atom) { return atom.name == "sidx"; }))
-            throw TagRefusal(CString(u"its index stands ahead of its movie header") + copyAdvice);
+            throw TagRefusal(withCopyAdvice(u"its index stands ahead of its movie header"));
         PositionShift shift(movie->end, grown);
         shift.apply("moov", changed.content);
         shiftFragments(file, atoms, shift);

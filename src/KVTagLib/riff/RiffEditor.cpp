@@ -199,7 +199,7 @@ void closeOpenSizes(FileStream& stream)
             return chunk.name != "data";
         const long size = stream.length() - chunk.start;
         if (stream.length() > std::numeric_limits<std::uint32_t>::max())
-            throw TagRefusal(CString(u"it is longer than 4 GiB") + copyAdvice);
+            throw TagRefusal(withCopyAdvice(u"it is longer than 4 GiB"));
         stream.seek(chunk.start - 4);
         stream.writeBlock(ByteVector::fromUInt(static_cast<unsigned>(size), false));
         return false;
@@ -214,7 +214,7 @@ void editChunks(FileStream& stream, bool aiff, const TagChanges& changes)
     // The size of the sound in a recording that was not closed properly seems to exceed the file:
     // TagLib then does not list that chunk, and would overwrite it.
     if (!file.isValid() || !file.has(aiff ? "SSND" : "data"))
-        throw TagRefusal(CString(u"it is shorter than its header says") + copyAdvice);
+        throw TagRefusal(withCopyAdvice(u"it is shorter than its header says"));
     const unsigned info = aiff ? notFound : file.find("LIST", "INFO");
     // INFO cannot hold these.
     const bool beyondInfo = changes.picture() || changes.has(Field::lyrics);
@@ -222,7 +222,7 @@ void editChunks(FileStream& stream, bool aiff, const TagChanges& changes)
     {
         InfoList list;
         if (!list.load(file.content(info)))
-            throw TagRefusal(CString(u"its INFO list is damaged") + copyAdvice);
+            throw TagRefusal(withCopyAdvice(u"its INFO list is damaged"));
         list.apply(changes);
         file.replace(info, list.render());
     }
@@ -236,7 +236,7 @@ void editRiff(FileStream& stream, AudioFormat format, const TagChanges& changes)
 {
     LongSize size(stream);
     if (!size.isSound())
-        throw TagRefusal(CString(u"its \"ds64\" chunk with the size is missing") + copyAdvice);
+        throw TagRefusal(withCopyAdvice(u"its \"ds64\" chunk with the size is missing"));
     closeOpenSizes(stream);
     editChunks(stream, format == AudioFormat::aiff, changes);
     size.write();

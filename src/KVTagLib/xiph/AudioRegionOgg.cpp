@@ -1,4 +1,5 @@
 #include "KVTagLib/sound/AudioRegionReader.h"
+#include "KVTagLib/xiph/OggPage.h"
 
 #include <map>
 
@@ -13,7 +14,6 @@ namespace KVTagLib
 {
 namespace
 {
-constexpr std::int64_t pageHeader = 27;
 constexpr std::int64_t commentPacket = 1;
 constexpr std::size_t maxStreams = 1000;
 
@@ -28,11 +28,11 @@ public:
         std::int64_t at = 0;
         while (at < m_file.size() && m_file.sound() && !m_file.isFull())
         {
-            const ByteVector header = m_file.look(at, pageHeader);
-            if (header.size() < pageHeader || !header.startsWith("OggS"))
+            const auto header = OggPageHeader::of(m_file.look(at, OggPageHeader::bytes));
+            if (!header)
                 break;
-            const int segments = static_cast<unsigned char>(header[26]);
-            at = addPage(header, m_file.look(at + pageHeader, segments), at);
+            at += OggPageHeader::bytes;
+            at = addPage(*header, m_file.look(at, header->segments), at);
             if (m_streams.size() > maxStreams)
                 return false;
         }
@@ -48,14 +48,13 @@ private:
         std::int64_t page = -1;
     };
 
-    /// Adds one page; returns where the next one starts.
-    std::int64_t addPage(const ByteVector& header, const ByteVector& segments, std::int64_t at)
+    /// Adds what follows the header of one page; returns where the next one starts.
+    std::int64_t addPage(const OggPageHeader& header, const ByteVector& segments, std::int64_t at)
     {
-        const unsigned serial = header.toUInt(14U, false);
         const bool first = m_streams.empty();
-        Stream& stream = m_streams.try_emplace(serial, Stream{first}).first->second;
+        Stream& stream = m_streams.try_emplace(header.serial, Stream{first}).first->second;
         bool hasComment = false;
-        at += pageHeader + segments.size();
+        at += segments.size();
         for (unsigned i = 0; i < segments.size(); ++i)
         {
             const int length = static_cast<unsigned char>(segments.data()[i]);
@@ -68,24 +67,22 @@ private:
                 continue;
             m_file.addNumber(++stream.packet);
         }
-        const std::int64_t number = header.toUInt(18U, false);
         if (!hasComment)
-            addPlace(header, serial, number - stream.page);
-        stream.page = number;
+            addPlace(header, header.number - stream.page);
+        stream.page = header.number;
         return at;
     }
 
     /// Adds what a player seeks by: the time at the end of the page, whether the page starts or
     /// ends its stream, and the step in page numbers. Pages of headers have no time and may be cut
     /// differently.
-    void addPlace(const ByteVector& header, unsigned serial, std::int64_t step)
+    void addPlace(const OggPageHeader& header, std::int64_t step)
     {
-        const std::int64_t time = header.toLongLong(6U, false);
-        if (time <= 0)
+        if (header.time <= 0)
             return;
-        m_file.addNumber(serial);
-        m_file.addNumber(time);
-        m_file.addNumber(header[5]);
+        m_file.addNumber(header.serial);
+        m_file.addNumber(header.time);
+        m_file.addNumber(header.flags);
         m_file.addNumber(step);
     }
 

@@ -71,11 +71,10 @@ void editFlac(IOStream& file, const TagChanges& changes)
     const ByteVector head = file.readBlock(Id3v2Editor::headerBytes);
     const bool hasId3v2 = head.startsWith("ID3");
     if (hasId3v2 && Id3v2Editor::sizeOf(head) == 0)
-        throw TagRefusal(CString(u"its ID3v2 tag is damaged") + copyAdvice);
+        throw TagRefusal(withCopyAdvice(u"its ID3v2 tag is damaged"));
     FlacBlocks flac;
     if (!flac.load(file) || !applyToBlocks(changes, flac.blocks))
-        throw TagRefusal(CString(u"its comment is damaged, or a block before the sound") +
-                         copyAdvice);
+        throw TagRefusal(withCopyAdvice(u"its comment is damaged, or a block before the sound"));
     if (!flac.store(file))
         throw TagRefusal(u"its comment or a picture would be larger than 16 MiB, which FLAC "
                          u"cannot hold");

@@ -1,4 +1,3 @@
-#include "KVTagLib/AudioFile.h"
 #include "KVTagLib/TagRefusal.h"
 #include "KVTagLib/xiph/FlacBlocks.h"
 #include "KVTagLib/xiph/Rescue.h"
@@ -29,7 +28,7 @@ bool rescueFlac(IOStream& file, AudioFileContent& content)
         else if (block.type == FlacBlock::picture && content.values.wantsPictures())
             collect(FLAC::Picture(block.content), content.values);
     }
-    content.obstacle = CString(u"a block before its sound is damaged") + copyAdvice;
+    content.obstacle = withCopyAdvice(u"a block before its sound is damaged");
     return !flac.blocks.empty();
 }
 

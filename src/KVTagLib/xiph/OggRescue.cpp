@@ -1,5 +1,5 @@
-#include "KVTagLib/AudioFile.h"
 #include "KVTagLib/TagRefusal.h"
+#include "KVTagLib/xiph/OggPage.h"
 #include "KVTagLib/xiph/Rescue.h"
 
 #include <taglib/xiphcomment.h>
@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 // Pages of several streams alternate, each with the number of its stream. All streams begin before
@@ -19,32 +20,23 @@ namespace KVTagLib
 {
 namespace
 {
-constexpr unsigned oggHeaderBytes = 27;
 constexpr long mostBytesOfHeaders = 64L << 20;
 constexpr long searchedForLastPage = 1L << 20;
 
 struct OggPage
 {
-    unsigned serial = 0;
-    bool isFirst = false; ///< of its stream
-    bool isGoingOn = false;
-    long long time = 0;
-    ByteVector segments;
-    ByteVector content;
+    OggPageHeader header;
+    ByteVector segments = {};
+    ByteVector content = {};
 };
 
 std::optional<OggPage> pageAt(IOStream& file, long at)
 {
     file.seek(at);
-    const ByteVector header = file.readBlock(oggHeaderBytes);
-    if (header.size() < oggHeaderBytes || !header.startsWith("OggS"))
+    const auto header = OggPageHeader::of(file.readBlock(OggPageHeader::bytes));
+    if (!header)
         return {};
-    OggPage page{header.toUInt(14U, false),
-                 (header[5] & 2) != 0,
-                 (header[5] & 1) != 0,
-                 header.toLongLong(6U, false),
-                 file.readBlock(static_cast<unsigned char>(header[26])),
-                 {}};
+    OggPage page{*header, file.readBlock(header->segments)};
     unsigned size = 0;
     for (const char segment : page.segments)
         size += static_cast<unsigned char>(segment);
@@ -97,14 +89,14 @@ std::optional<OggStream> firstSound(IOStream& file)
         const auto page = pageAt(file, at);
         if (!page)
             break;
-        const AudioFormat format =
-            !stream && page->isFirst ? soundOn(file, at) : AudioFormat::unknown;
-        streams += page->isFirst ? 1 : 0;
+        const bool isFirst = page->header.isFirstOfStream();
+        const AudioFormat format = !stream && isFirst ? soundOn(file, at) : AudioFormat::unknown;
+        streams += isFirst ? 1 : 0;
         if (format != AudioFormat::unknown)
-            stream = OggStream{format, page->serial};
-        if (stream && page->serial == stream->serial && !addPackets(*page, *stream, isOpen))
+            stream = OggStream{format, page->header.serial};
+        if (stream && page->header.serial == stream->serial && !addPackets(*page, *stream, isOpen))
             break;
-        at += long(oggHeaderBytes + page->segments.size() + page->content.size());
+        at += long(OggPageHeader::bytes + page->segments.size() + page->content.size());
     }
     if (stream)
         stream->isAlone = streams == 1;
@@ -114,16 +106,18 @@ std::optional<OggStream> firstSound(IOStream& file)
 /// The number of samples up to the last page of the stream; 0 if that is not found.
 long long samplesIn(IOStream& file, unsigned serial)
 {
-    const long start = std::max(0L, file.length() - searchedForLastPage);
-    file.seek(start);
+    file.seek(std::max(0L, file.length() - searchedForLastPage));
     const ByteVector end = file.readBlock(searchedForLastPage);
-    for (int at = end.rfind("OggS"); at >= 0;
-         at = at > 0 ? end.rfind("OggS", unsigned(at) - 1) : -1)
+    const std::string_view bytes(end.data(), end.size());
+    for (std::size_t after = bytes.size(); after > 0;)
     {
-        const ByteVector header = end.mid(static_cast<unsigned>(at), oggHeaderBytes);
-        if (header.size() == oggHeaderBytes && header.toUInt(14U, false) == serial &&
-            header.toLongLong(6U, false) > 0)
-            return header.toLongLong(6U, false);
+        after = bytes.rfind("OggS", after - 1);
+        if (after == bytes.npos)
+            break;
+        const auto header =
+            OggPageHeader::of(end.mid(static_cast<unsigned>(after), OggPageHeader::bytes));
+        if (header && header->serial == serial && header->time > 0)
+            return header->time;
     }
     return 0;
 }
@@ -196,7 +190,7 @@ bool rescueOgg(IOStream& file, AudioFileContent& content)
         collect(comment, content.values);
     }
     content.obstacle = stream->isAlone
-                           ? CString(u"its first packets are damaged") + copyAdvice
+                           ? withCopyAdvice(u"its first packets are damaged")
                            : CString(u"it holds several streams; a copy of its sound made with "
                                      u"\"ffmpeg -i OLD -vn -c copy NEW\" can be changed");
     return true;

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "KVTagLib/AudioFile.h"
+
 #include <taglib/tbytevector.h>
 #include <taglib/tiostream.h>
 
 namespace KVTagLib
 {
-struct AudioFileContent;
-
 // For files that TagLib does not open: these read what there is, and say in the content why such a
 // file cannot be written. False if there is nothing.
 
@@ -14,6 +14,9 @@ struct AudioFileContent;
 bool rescueFlac(TagLib::IOStream& file, AudioFileContent& content);
 /// The first stream of sound in an Ogg file with several streams, such as a film.
 bool rescueOgg(TagLib::IOStream& file, AudioFileContent& content);
+
+/// By the stream info block of FLAC, in a file of so many bytes.
+AudioProperties flacProperties(const TagLib::ByteVector& streamInfo, long bytes);
 
 /// The first two packets of the first stream of sound in an Ogg file; empty where there are none.
 struct OggHead
