@@ -68,15 +68,17 @@ void Session::startKernel()
     CQoCollection::m_ownCollection.setScanHost(&m_scanHost);
     KVConfig::Section* const section = m_settings->addSection(KVConfig::ordinarySection, u"Scan");
     m_ignoredNames = m_settings->addKey(section, u"IgnoredNames", IgnoreRules::defaultNames);
-    m_fileKinds = m_settings->addKey(section, FileKinds::setting, FileKinds::defaultList);
-    fileKinds().apply();
+    m_fileKinds = storedFileKinds(section);
+    m_fileKinds.apply();
 }
 
-FileKinds Session::fileKinds() const
+FileKinds Session::storedFileKinds(KVConfig::Section* section) const
 {
+    const KVConfig::Key* const key =
+        m_settings->addKey(section, FileKinds::setting, FileKinds::defaultList);
     try
     {
-        return FileKinds(toUtf8(m_settings->getValue(m_fileKinds)));
+        return FileKinds(toUtf8(m_settings->getValue(key)));
     }
     catch (const HostError& error)
     {

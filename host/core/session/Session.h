@@ -47,7 +47,7 @@ public:
     /// Likewise: the names that a scan leaves out, as IgnoreRules take them.
     CString ignoredNames() const;
     /// Likewise: which further extensions count as music and pictures. The kernel goes by them.
-    FileKinds fileKinds() const;
+    const FileKinds& fileKinds() const { return m_fileKinds; }
     void saveSettings();
     void note(const std::string& sentence) const;
 
@@ -67,6 +67,7 @@ private:
     void openDataFolder() const;
     void restoreLostRoots();
     void startKernel();
+    FileKinds storedFileKinds(KVConfig::Section* section) const;
 
     Options m_options;
     std::unique_ptr<CKVModule> m_module;
@@ -74,7 +75,7 @@ private:
     std::unique_ptr<KeyValueConfig> m_settings;
     ScanHost m_scanHost;
     KVConfig::Key* m_ignoredNames = nullptr;
-    KVConfig::Key* m_fileKinds = nullptr;
+    FileKinds m_fileKinds;
     KernelThread m_kernel;
 };
 } // namespace qo::host
