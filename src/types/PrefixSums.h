@@ -11,7 +11,7 @@ namespace qo
 /// and changes a size, in O(log n).
 ///
 ///   Sizes 3, 1, 4, 2: the tree holds 3, 3+1, 4, 3+1+4+2. find(5) goes past the first two parts (4
-///   elements) and stops before the third: part 2, position 1 in it.
+///   elements) and gives the third, with position 1 in it.
 class PrefixSums
 {
 public:

@@ -103,7 +103,7 @@ std::u16string inSmallLetters(std::u16string_view ext)
 std::optional<MediaKind> kindOfExt(const CString& ext)
 {
     const std::optional<MediaKind> known = kindInTable(ext.view());
-    if (known || furtherExts().empty())
+    if (known)
         return known;
     switch (CQoUtils::getFurtherExtKind(ext))
     {
