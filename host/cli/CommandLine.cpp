@@ -1,5 +1,7 @@
 #include "cli/CommandLine.h"
 
+#include "cli/help/HelpPages.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -40,12 +42,10 @@ CommandLine::CommandLine() : app("Keeps a collection of your music and its tags.
 {
     app.fallthrough();
     app.require_subcommand(0, 1);
-    app.footer("The options above go with every command; paths are ordinary paths.\n"
-               "Exit codes: 0 done, 1 failed, 2 wrong usage, 3 a root folder is away "
-               "or no\n"
-               "longer in the settings, 4 not found, 5 busy, 6 done in part, 7 not done without "
-               "--yes,\n"
-               "130 interrupted.");
+    // Every command that is added inherits the formatter.
+    app.formatter(helpFormatter());
+    app.set_help_flag("-h,--help", "Explain the command");
+    app.set_version_flag("-V,--version", versionText, "The version of this program");
     addArgument(app, "--data", dataFolder, "Keep everything below DIR instead of your data folder")
         ->type_name("DIR");
     app.add_flag("--json", json, "One JSON object a line");

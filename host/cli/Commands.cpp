@@ -12,32 +12,32 @@ namespace qo::cli
     ROW(collection, "watch", setUpWatch, "Take in changes of the root folders as they happen")     \
     ROW(collection, "roots", setUpRoots, "The folders that the collection is made of")             \
     ROW(collection, "status", setUpStatus, "Where things are and how they stand")                  \
-    ROW(files, "ls", setUpList, "List the files of the collection")                                \
-    ROW(files, "tree", setUpTree, "Show the folders of the collection")                            \
-    ROW(files, "info", setUpInfo, "Show all that is known of a file")                              \
-    ROW(files, "tag", setUpTag, "Look at and edit the tags of a file")                             \
-    ROW(files, "cover", setUpCover, "Show, extract, set and remove the pictures in tags")          \
-    ROW(files, "mv", setUpMove, "Move or rename files and folders, on the disk as well")           \
-    ROW(files, "rm", setUpRemove, "Put files and folders of the collection into the trash")        \
-    ROW(files, "add", setUpAdd, "Take new files into the collection, or copy others there first")  \
-    ROW(files, "undo", setUpUndo, "Take back what the last mv, rm, add or plan did")               \
-    ROW(files, "runs", setUpRuns, "List what mv, rm, add and plans did, or the files of one")      \
-    ROW(music, "artists", setUpArtists, "List the artists with their albums, tracks and years")    \
-    ROW(music, "genres", setUpGenres, "List the genres with their tracks and artists")             \
-    ROW(music, "albums", setUpAlbums, "List the albums with their years and tracks")               \
-    ROW(music, "tracks", setUpTracks, "List the tracks, album by album")                           \
-    ROW(music, "lyrics", setUpLyrics, "Show the lyrics of a track, from its tag and from texts")   \
-    ROW(music, "placed", setUpPlaced, "List pictures and texts with the music that they found")    \
-    ROW(music, "untagged", setUpUntagged, "List the music files without an artist or a title")     \
-    ROW(music, "dup", setUpDuplicates, "List equal tracks, and files that begin alike")            \
+    ROW(looking, "ls", setUpList, "List the files of the collection")                              \
+    ROW(looking, "tree", setUpTree, "Show the folders of the collection")                          \
+    ROW(looking, "info", setUpInfo, "Show all that is known of a file")                            \
+    ROW(looking, "artists", setUpArtists, "List the artists with their albums, tracks and years")  \
+    ROW(looking, "genres", setUpGenres, "List the genres with their tracks and artists")           \
+    ROW(looking, "albums", setUpAlbums, "List the albums with their years and tracks")             \
+    ROW(looking, "tracks", setUpTracks, "List the tracks, album by album")                         \
+    ROW(looking, "lyrics", setUpLyrics, "Show the lyrics of a track, from its tag and from texts") \
+    ROW(looking, "placed", setUpPlaced, "List pictures and texts with the music that they found")  \
+    ROW(looking, "untagged", setUpUntagged, "List the music files without an artist or a title")   \
+    ROW(looking, "dup", setUpDuplicates, "List equal tracks, and files that begin alike")          \
+    ROW(tags, "tag", setUpTag, "Look at and edit the tags of a file")                              \
+    ROW(tags, "cover", setUpCover, "Show, extract, set and remove the pictures in tags")           \
     ROW(sorting, "rule", setUpRule, "The rules by which files are sorted and named")               \
     ROW(sorting, "reorg", setUpReorg, "Sort and name the files of the collection by a rule")       \
+    ROW(sorting, "mv", setUpMove, "Move or rename files and folders, on the disk as well")         \
+    ROW(sorting, "rm", setUpRemove, "Put files and folders of the collection into the trash")      \
+    ROW(sorting, "add", setUpAdd, "Take in new files, or copy others there first")                 \
+    ROW(sorting, "undo", setUpUndo, "Take back what the last mv, rm, add or plan did")             \
+    ROW(sorting, "runs", setUpRuns, "List what mv, rm, add and plans did, or the files of one")    \
     ROW(upkeep, "config", setUpConfig, "The settings")                                             \
     ROW(upkeep, "log", setUpLog, "Show the log of the last run")                                   \
     ROW(upkeep, "db", setUpDatabase, "The collection's database")                                  \
     ROW(upkeep, "version", setUpVersion, "Which version this is")                                  \
-    ROW(upkeep, "help", setUpHelp, "Explain a command")                                            \
-    ROW(upkeep, "completion", setUpCompletion, "Completion for a shell")
+    ROW(upkeep, "help", setUpHelp, "Explain a command or an idea")                                 \
+    ROW(upkeep, "completion", setUpCompletion, "Complete commands and names in a shell")
 
 #define QO_DECLARE(group, name, setUp, description)                                                \
     void setUp(CommandLine& line, CLI::App& command);
@@ -47,10 +47,10 @@ QO_COMMANDS(QO_DECLARE)
 void addCommands(CommandLine& line)
 {
     constexpr const char* collection = "Collection";
-    constexpr const char* files = "Files";
-    constexpr const char* music = "Music";
+    constexpr const char* looking = "Looking";
+    constexpr const char* tags = "Tags";
     constexpr const char* sorting = "Sorting";
-    constexpr const char* upkeep = "Settings and upkeep";
+    constexpr const char* upkeep = "Upkeep";
     struct Row
     {
         const char* group;

@@ -1,6 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/Interrupt.h"
-#include "cli/shown/ClosestName.h"
+#include "cli/help/ParseFailure.h"
 #include "core/session/Heap.h"
 
 #include <QoKernel/Collection.h>
@@ -8,8 +8,6 @@
 
 #include <csignal>
 #include <iostream>
-#include <string>
-#include <vector>
 
 namespace
 {
@@ -27,34 +25,6 @@ int run(CommandLine& line)
     const ExitCode code = line.action();
     line.out.flush();
     return static_cast<int>(code);
-}
-
-/// What was wrong with the command line, in a sentence.
-std::string parseFailure(const CLI::App& app, const CLI::ParseError& error)
-{
-    const CLI::App* last = &app;
-    std::string typed;
-    while (!last->get_subcommands().empty())
-    {
-        last = last->get_subcommands().front();
-        typed += last->get_name() + " ";
-    }
-    const auto known = last->get_subcommands([](const CLI::App*) { return true; });
-    if (known.empty() || (!typed.empty() && error.get_name() != "RequiredError"))
-        return error.what();
-    std::vector<std::string> names;
-    names.reserve(known.size());
-    for (const CLI::App* const each : known)
-        names.push_back(each->get_name());
-    if (!last->remaining().empty() && !last->remaining().front().starts_with('-'))
-        return "there is no command \"" + typed + last->remaining().front() + "\"" +
-               qo::cli::suggestionFor(last->remaining().front(), names);
-    if (typed.empty())
-        return error.what();
-    std::string list;
-    for (const std::string& name : names)
-        list += (list.empty() ? " " : ", ") + name;
-    return "\"" + typed.substr(0, typed.size() - 1) + "\" goes with one of" + list;
 }
 
 /// Ends as programs do whose reader has closed the pipe.
@@ -77,8 +47,7 @@ int parseAndRun(CommandLine& line, int argc, char** argv)
     {
         if (error.get_exit_code() == 0)
             return line.app.exit(error);
-        CommandLine::complain(parseFailure(line.app, error) +
-                              "\nsee \"qo help\" or \"qo COMMAND --help\"");
+        CommandLine::complain(qo::cli::parseFailure(line.app, error));
         return static_cast<int>(ExitCode::usage);
     }
     catch (const HostError& error)

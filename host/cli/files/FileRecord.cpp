@@ -159,9 +159,4 @@ std::string flagsText(unsigned flags)
     }
     return text.empty() ? "none" : text;
 }
-
-std::string dump(const Json& object)
-{
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
 } // namespace qo::cli

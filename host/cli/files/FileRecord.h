@@ -8,6 +8,7 @@
 
 namespace qo::cli
 {
+using host::dump;
 using host::Json;
 
 class Output;
@@ -32,6 +33,4 @@ std::string recordText(const QoFileDbItem& item);
 
 /// The names of the flags that are set: "audio, music"; "none" without any.
 std::string flagsText(unsigned flags);
-/// One line of JSON for any text: bytes that are no UTF-8 become U+FFFD.
-std::string dump(const Json& object);
 } // namespace qo::cli

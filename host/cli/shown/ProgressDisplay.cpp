@@ -2,8 +2,8 @@
 
 #include "cli/shown/Output.h"
 #include "cli/shown/Text.h"
+#include "cli/shown/Window.h"
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -32,13 +32,6 @@ const char* stageName(int stage)
     default:
         return "working";
     }
-}
-
-std::size_t terminalWidth()
-{
-    winsize size{};
-    const bool known = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    return known ? size.ws_col : 80;
 }
 
 bool isCapableTerminal()
@@ -109,7 +102,7 @@ void ProgressDisplay::draw(const host::ProgressEvent& event)
     text += progressText(event);
     if (!event.item.empty())
         text += "  " + harmless(event.item.substr(event.item.rfind('/') + 1));
-    put("\r" + cutToWidth(text, terminalWidth() - 1) + "\x1b[K");
+    put("\r" + cutToWidth(text, windowOf(STDERR_FILENO).columns - 1) + "\x1b[K");
     m_isDrawn = true;
 }
 } // namespace qo::cli

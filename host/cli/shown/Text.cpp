@@ -1,5 +1,6 @@
 #include "cli/shown/Text.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
@@ -151,6 +152,31 @@ std::string padded(std::string_view text, std::size_t width)
     std::string result = cutToWidth(text, width);
     result.append(width - textWidth(result), ' ');
     return result;
+}
+
+std::string
+wrapped(const std::string& start, std::string_view words, std::size_t indent, std::size_t columns)
+{
+    std::string text = start;
+    std::size_t used = textWidth(start);
+    bool isFirst = true;
+    while (!words.empty())
+    {
+        const std::size_t end = std::min(words.find(' '), words.size());
+        const std::string_view word = words.substr(0, end);
+        words.remove_prefix(std::min(end + 1, words.size()));
+        const std::size_t width = textWidth(word);
+        if (!isFirst && used + 1 + width > columns)
+        {
+            text += "\n" + std::string(indent, ' ');
+            used = indent;
+            isFirst = true;
+        }
+        text += (isFirst ? "" : " ") + std::string(word);
+        used += width + (isFirst ? 0 : 1);
+        isFirst = false;
+    }
+    return text + "\n";
 }
 
 std::string oneLine(const CString& text)

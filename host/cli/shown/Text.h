@@ -26,6 +26,10 @@ std::size_t textWidth(std::string_view text);
 std::string cutToWidth(std::string_view text, std::size_t width);
 /// Filled with blanks, or cut, to exactly that many columns.
 std::string padded(std::string_view text, std::size_t width);
+/// Words after a start, in lines of at most that many columns; every line but the first one begins
+/// with the indent. Ends with a line break. A word is never broken, not even one that is too wide.
+std::string
+wrapped(const std::string& start, std::string_view words, std::size_t indent, std::size_t columns);
 /// A tag's text on one line: control characters become blanks.
 std::string oneLine(const CString& text);
 

@@ -2,6 +2,7 @@
 #include "cli/KernelCommand.h"
 #include "cli/files/FileRecord.h"
 #include "cli/files/TagFields.h"
+#include "cli/shown/ClosestName.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "cli/tags/ChosenMusic.h"
@@ -52,8 +53,13 @@ const host::FileField& findField(const std::string& name)
 {
     if (const host::FileField* const field = host::findTagField(name))
         return *field;
+    std::vector<std::string> names;
+    for (const host::FileField& field : host::tagFields())
+        names.emplace_back(field.name);
+    const std::string suggestion = suggestionFor(name, names);
     throw HostError(ExitCode::usage,
-                    "\"" + name + "\" is no field of a tag; there are " + allFieldNames());
+                    "\"" + name + "\" is no field of a tag" +
+                        (suggestion.empty() ? "; there are " + allFieldNames() : suggestion));
 }
 
 CString pathOf(const TagWork& work, const std::string& typed)

@@ -45,7 +45,7 @@ namespace movetext
 {
 std::string line(const Json& object)
 {
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    return dump(object) + "\n";
 }
 
 Json parse(std::string_view line)

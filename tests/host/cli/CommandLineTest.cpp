@@ -47,13 +47,8 @@ TEST(CommandLine, FailuresHaveTheirExitCodeAndOneSentence)
 TEST(CommandLine, CommandsExplainThemselves)
 {
     const QoCommand qo;
-    EXPECT_EQ(qo.run({"version"}).out.substr(0, 3), "qo ");
-    EXPECT_TRUE(contains(qo.run({"help"}).out, "scan"));
     EXPECT_TRUE(contains(qo.run({"help", "tag", "set"}).out, "Usage: qo tag set"));
-    EXPECT_TRUE(contains(qo.run({"ls", "--help"}).out, "--long"));
-    const std::string completion = qo.run({"completion", "bash"}).out;
-    EXPECT_TRUE(contains(completion, "complete -F _qo qo"));
-    EXPECT_TRUE(contains(completion, "'tag ') words=\"show set ls revert encoding write\""));
+    EXPECT_EQ(qo.run({"tag", "set", "--help"}).out, qo.run({"help", "tag", "set"}).out);
 }
 
 TEST(CommandLine, ReadmeListsTheCommandsAsTheHelpDoes)
@@ -61,7 +56,7 @@ TEST(CommandLine, ReadmeListsTheCommandsAsTheHelpDoes)
     const std::string help = QoCommand().run({"help"}).out;
     const std::size_t start = help.find("Collection:\n");
     ASSERT_NE(start, std::string::npos);
-    const std::string list = help.substr(start, help.find("\nThe options above") - start);
+    const std::string list = help.substr(start, help.find("\nIdeas:") - start);
     const auto narrow = [](const std::string& text)
     { return std::regex_replace(text, std::regex(" {2,}"), "  "); };
     EXPECT_EQ(narrow(docExample("../README.md", "commands")), narrow(list));

@@ -1,59 +1,14 @@
 #include "cli/CommandLine.h"
-#include "cli/files/FileRecord.h"
-#include "cli/shown/ClosestName.h"
-
-#include <QoKernel/Collection.h>
-#include <QoKernel/Kernel.h>
+#include "cli/help/CommandTree.h"
 
 namespace qo::cli
 {
 namespace
 {
-ExitCode version(CommandLine& line)
-{
-    const std::string schema = toUtf8(CString(CQoCollDb::currentVersion()));
-    if (line.json)
-    {
-        Json object;
-        object["qo"] = QO_VERSION;
-        object["database"] = schema;
-        line.out.line(dump(object));
-    }
-    else
-        line.out.line("qo " QO_VERSION ", database version " + schema);
-    return ExitCode::done;
-}
-
-ExitCode help(CommandLine& line, const std::vector<std::string>& names)
-{
-    const CLI::App* command = &line.app;
-    std::string path = "qo";
-    for (const std::string& name : names)
-    {
-        const auto subs = command->get_subcommands([&name](const CLI::App* sub)
-                                                   { return sub->get_name() == name; });
-        const CLI::App* const sub = subs.empty() ? nullptr : subs.front();
-        if (!sub)
-        {
-            std::vector<std::string> known;
-            for (const CLI::App* const each : command->get_subcommands({}))
-                known.push_back(each->get_name());
-            throw HostError(ExitCode::usage,
-                            "there is no command \"" + name + "\"" + suggestionFor(name, known) +
-                                "; \"qo help\" lists them");
-        }
-        command = sub;
-        path += " " + name;
-    }
-    // App::help() would explain the command that was chosen, which is "help".
-    line.out.write(command->get_formatter()->make_help(command, path, CLI::AppFormatMode::Normal));
-    return ExitCode::done;
-}
-
 std::string commandWords(const CLI::App& app)
 {
     std::string words;
-    for (const CLI::App* sub : app.get_subcommands({}))
+    for (const CLI::App* sub : commandsOf(app))
         words += (words.empty() ? "" : " ") + sub->get_name();
     return words;
 }
@@ -82,13 +37,13 @@ std::string bashCompletion(const CLI::App& app)
         "    done\n    case \"$command $sub\" in\n";
     text += "        ' ') words=\"" + commandWords(app) + "\" ;;\n";
     std::string options;
-    for (const CLI::App* command : app.get_subcommands({}))
+    for (const CLI::App* command : commandsOf(app))
     {
         const std::string subs = commandWords(*command);
         if (!subs.empty())
             text += "        '" + command->get_name() + " ') words=\"" + subs + "\" ;;\n";
         std::string own = optionWords(*command);
-        for (const CLI::App* sub : command->get_subcommands({}))
+        for (const CLI::App* sub : commandsOf(*command))
             own += " " + optionWords(*sub);
         options += "        " + command->get_name() + ") words=\"" + own + " " + optionWords(app) +
                    "\" ;;\n";
@@ -104,18 +59,6 @@ std::string bashCompletion(const CLI::App& app)
     return text;
 }
 } // namespace
-
-void setUpVersion(CommandLine& line, CLI::App& command)
-{
-    line.setAction(command, [&line] { return version(line); });
-}
-
-void setUpHelp(CommandLine& line, CLI::App& command)
-{
-    auto names = std::make_shared<std::vector<std::string>>();
-    line.setAction(command, [&line, names] { return help(line, *names); });
-    addArguments(command, "COMMAND", *names, "The command, with its sub-command");
-}
 
 void setUpCompletion(CommandLine& line, CLI::App& command)
 {

@@ -1,0 +1,280 @@
+#include "cli/help/CommandTexts.h"
+
+#include <algorithm>
+
+namespace qo::cli
+{
+namespace
+{
+// A row for every command and sub-command, in the order of the help.
+// clang-format off
+const std::vector<CommandText> texts = {
+{"scan", {
+    {"qo scan ~/Music", "Take in a folder; it is a root folder of the collection from now on"},
+    {"qo scan", "Take in what changed in all root folders"},
+    {"qo scan --find-moved", "Let files that other programs moved keep their records"}},
+    "A scan reads the tags of new and changed files alone. One that is interrupted keeps what it has "
+    "read, and the next one goes on from there.\n\n"
+    "When a root folder is away, as a disk that is not plugged in, nothing is changed."},
+{"load", {
+    {"qo load", "Read the collection from its database"},
+    {"qo load --memory --json", "The time and the memory that this takes, for a program"}}},
+{"watch", {
+    {"qo watch", "Take in changes until Ctrl-C"},
+    {"qo watch --settle 30 --every 60", "Wait half a minute after the last change of a file"}}},
+{"roots", {
+    {"qo roots", "List the root folders"},
+    {"qo roots add ~/Downloads", "Make a folder a root folder; \"qo scan\" then reads it"}}},
+{"roots ls", {
+    {"qo roots ls", "List the root folders and what counts as music in them"},
+    {"qo roots ls --json", "The same for a program"}}},
+{"roots add", {
+    {"qo roots add ~/Downloads", "Make a folder a root folder; \"qo scan\" then reads it"},
+    {"qo roots add --type all ~/Music", "Let videos of this root folder count as music, too"}}},
+{"roots rm", {
+    {"qo roots rm ~/Music --yes", "Take a root folder out; its files stay on the disk"},
+    {"qo roots rm ~/Music --dry-run", "Show what that would do"}}},
+{"status", {
+    {"qo status", "Where the collection is, how large it is, and what waits"},
+    {"qo status --json", "The same for a program"}}},
+{"ls", {
+    {"qo ls", "Every file of the collection"},
+    {"qo ls \"Music/Hidden Machine\"", "Those of one folder"},
+    {"qo ls --json", "Everything that is known of each, an object a line"}}},
+{"tree", {
+    {"qo tree", "Folders and files, drawn"},
+    {"qo tree --folders --depth 2", "Two levels of folders"}}},
+{"info", {
+    {"qo info \"Music/Hidden Machine/Stranger/01 - Letter.mp3\"", "Everything about one file"},
+    {"qo info --json Music/Kino/Album/01.mp3", "The same for a program"}}},
+{"tag", {
+    {"qo tag show Music/Kino/Album/01.mp3", "Look at the tag of a file"},
+    {"qo tag set Music/Kino/Album/01.mp3 year=1988", "Edit it; nothing is written yet"},
+    {"qo tag write --all --yes", "Write all edits into the files"}},
+    "An edit waits beside the file until it is written, and follows the file wherever it moves."},
+{"tag show", {
+    {"qo tag show Music/Kino/Album/01.mp3", "The values in the file and the edited ones"},
+    {"qo tag show --all Music/Kino/Album/01.mp3", "Each frame, item, atom or chunk with its size"}}},
+{"tag set", {
+    {"qo tag set Music/Kino/Album/01.mp3 year=1988 genre=Rock", "Edit two fields"},
+    {"qo tag set Music/Kino/Album/01.mp3 \"title=Blood Type\"", "A value with blanks"},
+    {"qo tag set Music/Kino/Album/01.mp3 lyrics=", "Take a field out of the tag"}}},
+{"tag ls", {
+    {"qo tag ls", "The files whose edits are not written"},
+    {"qo tag ls --json", "The same for a program"}}},
+{"tag revert", {
+    {"qo tag revert \"Music/Iron Circus/Heart/01 - Heart.mp3\"", "Drop all edits of a file"},
+    {"qo tag revert \"Music/Iron Circus/Heart/01 - Heart.mp3\" year", "Drop the edit of one field"}}},
+{"tag encoding", {
+    {"qo tag encoding Music/Kino", "Find garbled texts and edit them"},
+    {"qo tag encoding --dry-run Music", "Only show what they would be"},
+    {"qo tag encoding --from windows-1251 Music/Kino", "Name the encoding yourself"}},
+    "Old tags often have Cyrillic, Greek, Chinese, Japanese or Korean texts that are shown as "
+    "accented letters. The encoding is found album by album."},
+{"tag write", {
+    {"qo tag write --all --yes", "Write every edit into its file"},
+    {"qo tag write \"Music/Iron Circus/Heart/01 - Heart.mp3\"", "Write those of one file"}},
+    "A file is written through a checked copy that then takes its place."},
+{"cover", {
+    {"qo cover show Music/Kino", "The pictures in the tags of a folder"},
+    {"qo cover set Music/Kino --image Pictures/front.jpg --yes", "Give them one"}},
+    "Pictures are written at once; they do not wait as edits do."},
+{"cover show", {
+    {"qo cover show --album Stranger", "The pictures of an album"},
+    {"qo cover show Music/Kino/Album/01.mp3", "Those of a file"}}},
+{"cover extract", {
+    {"qo cover extract --album Heart --to Pictures", "Each picture of an album, into a folder"},
+    {"qo cover extract Music --to Pictures --dry-run", "Show which ones there are"}}},
+{"cover set", {
+    {"qo cover set --album Stranger --image Pictures/front.jpg --yes", "A front cover for an album"},
+    {"qo cover set Music/Kino --image Pictures/front.jpg --dry-run", "Show which files would change"}}},
+{"cover remove", {
+    {"qo cover remove --album Stranger --yes", "Take the front cover out"},
+    {"qo cover remove Music/Kino --all --yes", "Take every picture out"}}},
+{"mv", {
+    {"qo mv \"Music/Iron Circus\" Music/Circus", "Rename a folder"},
+    {"qo mv Music/Kino/Album/01.mp3 Music/Circus.mp3", "Move and rename a file"},
+    {"qo mv --dry-run Music/Kino \"Music/Iron Circus\"", "Show what a move would do"}},
+    "Files keep their records and ids. Nothing is overwritten, and \"qo undo\" takes it back."},
+{"rm", {
+    {"qo rm Music/Kino/Album/01.mp3", "Put a file into the trash of the desktop"},
+    {"qo rm --dry-run Music/Kino", "Show what would go"}}},
+{"add", {
+    {"qo add Downloads/new.mp3 --to Music", "Copy a file into the collection"},
+    {"qo add Downloads/new.mp3 --to Music --move", "Move it there"}}},
+{"undo", {
+    {"qo undo", "Take back the last run"},
+    {"qo undo --dry-run", "Show what would go back"},
+    {"qo undo 20261121-211035", "Take back a certain run of \"qo runs\"", 4}}},
+{"runs", {
+    {"qo runs", "What was moved, added, thrown away and undone"},
+    {"qo runs --long", "The same with tabs between the columns"}}},
+{"artists", {
+    {"qo artists", "All artists"},
+    {"qo artists --genre Rock", "Those of a genre"},
+    {"qo artists --json", "The same as objects, one a line"}}},
+{"genres", {
+    {"qo genres", "All genres"},
+    {"qo genres --artist \"Hidden Machine\"", "Those of an artist"}}},
+{"albums", {
+    {"qo albums --artist \"Hidden Machine\"", "The albums of an artist"},
+    {"qo albums --genre Rock", "Those of a genre"}}},
+{"tracks", {
+    {"qo tracks --album Stranger", "The tracks of an album"},
+    {"qo tracks --long", "Every field, with tabs between them"}}},
+{"lyrics", {
+    {"qo lyrics \"Music/Hidden Machine/Stranger/01 - Letter.mp3\"", "The words of a track"},
+    {"qo lyrics --json \"Music/Hidden Machine/Stranger/01 - Letter.mp3\"", "With where they stand"}}},
+{"placed", {
+    {"qo placed", "Which music the covers and texts belong to, and why"},
+    {"qo placed --missing", "Those that found none"}},
+    "See \"qo help names\" for how they find it."},
+{"untagged", {
+    {"qo untagged", "Music without an artist or a title"},
+    {"qo untagged Music/Kino", "In one folder"}}},
+{"dup", {
+    {"qo dup", "What is there twice"},
+    {"qo dup --tracks", "Tracks with the same artist, album, title, number and year"}}},
+{"rule", {
+    {"qo rule", "List the rules"},
+    {"qo rule show \"By artist\"", "Draw one"}},
+    "See \"qo help rules\" for what a rule is."},
+{"rule ls", {
+    {"qo rule ls", "List the rules with their priorities"},
+    {"qo rule ls --json", "The same for a program"}}},
+{"rule show", {
+    {"qo rule show artist-track", "Draw a built-in rule"},
+    {"qo rule show \"By artist\" --json", "A rule of yours, for a program"}}},
+{"rule check", {
+    {"qo rule check \"By artist\"", "Look at a rule that is kept"},
+    {"qo rule check Downloads/broken.xml", "Say what is wrong with a rule file", 1}}},
+{"rule test", {
+    {"qo rule test \"By artist\" Music/Kino/Album/01.mp3", "Where this file would go"},
+    {"qo rule test artist-track Music", "Where a built-in rule wants everything"}}},
+{"rule new", {
+    {"qo rule new Simple --folder \"{artist.name}\" --music \"{track.name}\"",
+     "A folder for each artist, and files named by their titles"},
+    {"qo rule new Few --folder \"{artist.name}\" --artist-limit 3 --less-folder Mixed",
+     "Artists with fewer than three tracks share a folder"}}},
+{"rule copy", {
+    {"qo rule copy artist-track Mine", "A rule of your own, like the built-in one"},
+    {"qo rule copy \"By artist\" Second --prio 10", "With a priority of its own"}}},
+{"rule rm", {
+    {"qo rule rm \"By artist\"", "Throw a rule away; its file goes to the trash"},
+    {"qo rule rm artist-track", "Built-in rules stay", 7}}},
+{"reorg", {
+    {"qo reorg plan --rule artist-track", "Show what would move, and keep that as a plan"},
+    {"qo reorg apply --last", "Carry it out"},
+    {"qo undo", "Take it back"}},
+    "A plan changes nothing. Carrying it out does what the plan shows, and nothing else."},
+{"reorg plan", {
+    {"qo reorg plan --rule \"By artist\"", "What a rule would do with the whole collection"},
+    {"qo reorg plan --rule artist-track --artist \"Hidden Machine\"", "With the music of one artist"},
+    {"qo reorg plan --rule artist-track --json", "The same for a program"}}},
+{"reorg apply", {
+    {"qo reorg apply --last", "Carry out the youngest plan"},
+    {"qo reorg apply --last --dry-run", "Only check that it could be carried out"}}},
+{"reorg undo", {
+    {"qo reorg undo", "Take back the last run"},
+    {"qo reorg undo 20261121-211035", "Take back a certain run of \"qo runs\"", 4}}},
+{"reorg log", {
+    {"qo reorg log", "The runs there were"},
+    {"qo reorg log --json", "The same for a program"}}},
+{"reorg forget", {
+    {"qo reorg forget 20261121-211035", "Set a run aside whose disk will not come back", 4},
+    {"qo reorg forget 20261121-211035 --dry-run", "Show what that would do", 4}}},
+{"config", {
+    {"qo config", "All settings"},
+    {"qo config set TraceLevel Info", "Change one"},
+    {"qo config unset TraceLevel", "Go back to its default"}},
+    "qo-settings(5) describes them."},
+{"config ls", {
+    {"qo config ls", "All settings, and which have their defaults"},
+    {"qo config ls --json", "The same for a program"}}},
+{"config get", {
+    {"qo config get IgnoredNames", "The names that no scan takes in"},
+    {"qo config get FileKinds", "The further extensions that are taken in"}}},
+{"config set", {
+    {"qo config set TraceLevel Debug", "Write a log of the next runs"},
+    {"qo config set UnrelMaxPercent 30", "Let folders agree on an artist more easily"}}},
+{"config unset", {
+    {"qo config unset UnrelMaxPercent", "Go back to the default"},
+    {"qo config unset IgnoredNames --dry-run", "Show what that would do"}}},
+{"log", {
+    {"qo log", "What the last run wrote"},
+    {"qo log --all --level warning", "Warnings and errors of all runs that are kept"}},
+    "A log is written when the setting TraceLevel is not None."},
+{"db", {
+    {"qo db check", "Look for damage"},
+    {"qo db snapshots", "List the copies that were kept"}}},
+{"db check", {
+    {"qo db check", "Look for damage and contradictions"},
+    {"qo db check --json", "The same for a program"}}},
+{"db dump", {
+    {"qo db dump > collection.sql", "Everything as text"},
+    {"qo db dump | sqlite3 copy.db", "A copy for other programs"}}},
+{"db repair", {
+    {"qo db repair", "Save what can be read; a sound database stays as it is"},
+    {"qo db repair --dry-run", "Say what that would do"}}},
+{"db snapshots", {
+    {"qo db snapshots", "The copies that were kept, with their times"},
+    {"qo db snapshots --json", "The same for a program"}}},
+{"db restore", {
+    {"qo db restore --dry-run", "Show which snapshot would take the place of the database"},
+    {"qo db restore", "Go back to the newest one"}}},
+{"version", {
+    {"qo version", "The version of the program and of its database"},
+    {"qo version --json", "The same for a program"}}},
+{"help", {
+    {"qo help tag set", "Explain a command"},
+    {"qo help rules", "Explain an idea"}}},
+{"completion", {
+    {"source <(qo completion bash)", "Complete in this bash"},
+    {"echo 'source <(qo completion bash)' >> ~/.bashrc", "Complete in every bash"}}},
+{"completion bash", {
+    {"source <(qo completion bash)", "Complete in this shell"},
+    {"echo 'source <(qo completion bash)' >> ~/.bashrc", "Complete in every bash"}}},
+};
+// clang-format on
+} // namespace
+
+const CommandText& textOf(std::string_view command)
+{
+    static const CommandText none;
+    const auto found = std::ranges::find(texts, command, &CommandText::command);
+    return found == texts.end() ? none : *found;
+}
+
+const std::vector<Example>& firstSteps()
+{
+    static const std::vector<Example> steps = {
+        {"qo scan ~/Music", "Take in your music, later what changed"},
+        {"qo artists", "See who is there, then \"qo albums\""},
+        {"qo reorg plan --rule artist-track", "How a rule would sort it; nothing moves yet"}};
+    return steps;
+}
+
+const Topic* findTopic(std::string_view name)
+{
+    const auto found = std::ranges::find(topics(), name, &Topic::name);
+    return found == topics().end() ? nullptr : &*found;
+}
+
+const char* const exitCodesText = R"(0 :: done
+
+1 :: failed
+
+2 :: the command line is wrong
+
+3 :: a root folder is away, or no longer in the settings
+
+4 :: there is no such file, rule, setting, ...
+
+5 :: another process is changing the collection
+
+6 :: done in part
+
+7 :: not done without --yes, or never done
+
+130 :: interrupted)";
+} // namespace qo::cli
