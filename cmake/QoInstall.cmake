@@ -9,7 +9,7 @@ include(\"${PROJECT_SOURCE_DIR}/cmake/InstallHeaders.cmake\")")
 install(EXPORT QoKernelTargets NAMESPACE QoKernel:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QoKernel)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/QoKernelConfig.cmake.in ${CMAKE_CURRENT_BINARY_DIR}/QoKernelConfig.cmake
                               INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QoKernel)
-write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/QoKernelConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/QoKernelConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/QoKernelConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/QoKernelConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QoKernel)
 
