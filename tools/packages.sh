@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that are missing, and only those.
-#   tools/packages.sh build|tests|checks|bench|fuzz...
+#   tools/packages.sh build|tests|checks|bench|fuzz|packaging...
 set -euo pipefail
 
 build=(g++ cmake ninja-build pkg-config libboost-dev libicu-dev libsqlite3-dev libtag1-dev libtinyxml-dev libssl-dev
@@ -9,6 +9,7 @@ tests=(libgtest-dev locales python3-mutagen kid3-cli ffmpeg sqlite3 attr)
 checks=(clang-format-14 clang-tidy-14 codespell git)
 bench=(libbenchmark-dev time)
 fuzz=(clang)
+packaging=(debhelper dpkg-dev fakeroot lintian abigail-tools binutils mmdebstrap systemd xz-utils)
 
 # What a name on the command line stands for.
 wanted=()
@@ -19,7 +20,8 @@ for set in "$@"; do
     checks) wanted+=("${checks[@]}") ;;
     bench) wanted+=("${bench[@]}") ;;
     fuzz) wanted+=("${fuzz[@]}") ;;
-    *) echo "packages.sh: there is no set \"$set\" (build, tests, checks, bench, fuzz)" >&2; exit 2 ;;
+    packaging) wanted+=("${packaging[@]}") ;;
+    *) echo "packages.sh: there is no set \"$set\" (build, tests, checks, bench, fuzz, packaging)" >&2; exit 2 ;;
     esac
 done
 
