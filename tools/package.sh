@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes the Debian packages qo, libqokernel0 and libqokernel-dev of the tree as it stands, and has lintian look
-# at them.
+# Makes the Debian packages qo, libqokernel0 and libqokernel-dev of the tree as it stands, and has lintian and the ABI
+# check look at them.
 #   tools/package.sh [FOLDER]     where the packages go; build/packages if none is named
 # debhelper makes them rather than CPack: it brings the compressed documents, stripped files, checksums and dependencies
 # of the libraries that lintian asks for, and packaging/debian says only what is special here. The version is that of
@@ -50,3 +50,4 @@ mkdir -p "$out"
 rm -f "$out"/{qo,libqokernel0,libqokernel-dev}_*.deb
 mv "$work"/*.deb "$out"
 ls "$out"/*.deb
+tools/check_abi.sh
