@@ -3,7 +3,6 @@
 #include "cli/Interrupt.h"
 #include "cli/shown/ProgressDisplay.h"
 #include "cli/shown/Text.h"
-#include "core/base/HostFiles.h"
 #include "core/load/StoredLoad.h"
 #include "core/roots/RootFolders.h"
 
@@ -88,25 +87,5 @@ host::LoadReport loadForReading(const CommandLine& line, Session& session)
         line.note("the root folders have changed: " + countText(report.added, "file") + " came, " +
                   std::to_string(report.gone) + " left");
     return report;
-}
-
-std::vector<CString> spellings(const std::string& typed)
-{
-    const std::string lexical = host::absolutePath(typed);
-    std::vector<CString> list{fromSystemPath(lexical)};
-    const auto add = [&list](const std::string& path)
-    {
-        const CString form = fromSystemPath(path);
-        if (std::find(list.begin(), list.end(), form) == list.end())
-            list.push_back(form);
-    };
-    const std::size_t slash = lexical.rfind('/');
-    const std::string folder = host::resolvedPath(lexical.substr(0, slash + 1));
-    if (!folder.empty())
-        add(folder + "/" + lexical.substr(slash + 1));
-    const std::string real = host::resolvedPath(lexical);
-    if (!real.empty())
-        add(real);
-    return list;
 }
 } // namespace qo::cli

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "core/base/HostFiles.h"
 #include "core/load/CollectionLoader.h"
 #include "core/session/Session.h"
 
@@ -10,6 +11,8 @@
 
 namespace qo::cli
 {
+using host::spellings;
+
 /// What a command needs of the kernel.
 enum class KernelUse
 {
@@ -25,8 +28,4 @@ host::LoadReport
 loadCollection(const CommandLine& line, host::Session& session, const host::LoadOptions& options);
 /// What the database has, for a session that looks; the plain start for one that holds.
 host::LoadReport loadForReading(const CommandLine& line, host::Session& session);
-
-/// The collection forms that a typed path may have, the likeliest first: as it is spelled, with
-/// the links of its folder followed, with its own followed.
-std::vector<CString> spellings(const std::string& typed);
 } // namespace qo::cli

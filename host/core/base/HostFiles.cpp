@@ -118,6 +118,25 @@ std::string resolvedPath(const std::string& path)
     return real ? real.get() : std::string();
 }
 
+std::vector<CString> spellings(const std::string& typed)
+{
+    const std::string lexical = absolutePath(typed);
+    std::vector<CString> list{fromSystemPath(lexical)};
+    const auto add = [&list](const std::string& path)
+    {
+        const CString form = fromSystemPath(path);
+        if (std::find(list.begin(), list.end(), form) == list.end())
+            list.push_back(form);
+    };
+    const std::size_t slash = lexical.rfind('/');
+    const std::string folder = resolvedPath(lexical.substr(0, slash + 1));
+    if (!folder.empty())
+        add(folder + "/" + lexical.substr(slash + 1));
+    const std::string real = resolvedPath(lexical);
+    if (!real.empty())
+        add(real);
+    return list;
+}
 std::string existingFolder(const std::string& typed)
 {
     absolutePath(typed);

@@ -3,6 +3,7 @@
 #include <QoKernel/Kernel.h>
 
 #include <string>
+#include <vector>
 
 /// Small helpers for files and paths that all parts of the host share.
 namespace qo::host
@@ -34,6 +35,9 @@ std::string absolutePath(const std::string& typed);
 /// The path with all links resolved; "" with the cause in errno when there is nothing.
 std::string resolvedPath(const std::string& path);
 
+/// The collection forms that a typed path may have, the likeliest first: as it is spelled, with
+/// the links of its folder followed, with its own followed.
+std::vector<CString> spellings(const std::string& typed);
 /// absolutePath() for an existing folder, with links resolved; throws HostError when it is no
 /// folder.
 std::string existingFolder(const std::string& typed);

@@ -45,11 +45,20 @@ public:
         add([task] { (*task)(); });
         return result;
     }
-    /// Hands in the task and waits. Not from a task.
+    /// Hands in the task and waits. A task that calls it has the function run at once.
     template <class Function>
     auto run(Function function)
     {
-        return post(std::move(function)).get();
+        if (std::this_thread::get_id() != m_thread.get_id())
+            return post(std::move(function)).get();
+        try
+        {
+            return function();
+        }
+        catch (...)
+        {
+            rethrowAsHostError();
+        }
     }
 
     /// Throws the exception of this moment again; one that travels as a pointer as HostError. A
