@@ -1,6 +1,6 @@
 #include "cli/music/PlacedFile.h"
 
-#include "cli/music/MusicFilter.h"
+#include "cli/music/MusicSum.h"
 #include "cli/shown/Text.h"
 
 #include <utility>
@@ -70,45 +70,7 @@ Json voteJson(const FolderVote& vote)
 PlacedFile::PlacedFile(Placement placement, const std::vector<FolderVote>& votes)
     : m_placement(std::move(placement)), m_votes(votes)
 {
-    const CHDFile& file = *m_placement.file;
-    if (file.getFileType() == CHDFile::FT_Picture)
-        findOwner(static_cast<const CHDPictureFile&>(file));
-    else if (file.getFileType() == CHDFile::FT_Text)
-        findOwner(static_cast<const CHDTextFile&>(file));
-}
-
-/// The owner is what the file is linked to. A file whose path comes before all its music has no
-/// link after a load; its owner is then looked for by the names in its record.
-void PlacedFile::findOwner(const CHDPictureFile& file)
-{
-    SimpleMusicTag tag;
-    file.getSimpleTag(tag);
-    int position = 0;
-    boost::shared_ptr<CLTObject> album = file.getLTAssoc(CLTObjectType::Album);
-    if (!album)
-        album = CLTManager::findLTAlbum(tag, position);
-    boost::shared_ptr<CLTObject> artist = file.getLTAssoc(CLTObjectType::Artist);
-    if (!artist)
-        artist = CLTManager::findLTArtist(tag, position);
-    m_owner = {nameOf(artist.get()), nameOf(album.get()), {}};
-    m_isPlaced = album || artist;
-}
-
-void PlacedFile::findOwner(const CHDTextFile& file)
-{
-    SimpleMusicTag tag;
-    file.getSimpleTag(tag);
-    int position = 0;
-    const boost::shared_ptr<CLTLyrics>& lyrics = file.getLyrics();
-    const auto track = lyrics ? lyrics->getTrack() : CLTManager::findLTTrack(tag, position);
-    auto album = lyrics ? lyrics->getAlbum() : CLTManager::findLTAlbum(tag, position);
-    if (track)
-        album = track->getAlbum();
-    m_isPlaced = track || album;
-    if (m_isPlaced)
-        m_owner = {nameOf((track ? track->getArtist() : album->getArtist()).get()),
-                   nameOf(album.get()),
-                   nameOf(track.get())};
+    m_owner = host::ownerOf(*m_placement.file).value_or(host::FileOwner());
 }
 
 std::string PlacedFile::ownerText() const

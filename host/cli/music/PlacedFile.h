@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/files/FileRecord.h"
+#include "core/collection/FileOwner.h"
 
 #include <QoKernel/Analysis.h>
 #include <QoKernel/Collection.h>
@@ -20,9 +21,7 @@ public:
     PlacedFile(Placement placement, const std::vector<FolderVote>& votes);
 
     const CString& path() const { return m_placement.file->getPath(); }
-    /// Whether it belongs to an artist, album or track of the collection. The names in its record
-    /// are not enough: what they name may be gone.
-    bool isPlaced() const { return m_isPlaced; }
+    bool isPlaced() const { return m_owner.isPlaced; }
     /// "Artist / Album / Title", as far as there are.
     std::string ownerText() const;
     /// Why it belongs there, or why to nothing.
@@ -30,15 +29,6 @@ public:
     Json record() const;
 
 private:
-    struct Owner
-    {
-        CString artist;
-        CString album;
-        CString title;
-    };
-
-    void findOwner(const CHDPictureFile& file);
-    void findOwner(const CHDTextFile& file);
     const char* by() const;
     std::string nameReason() const;
     std::string strayReason() const;
@@ -47,8 +37,7 @@ private:
     const FolderVote* voteFor(CLTObjectType::EType type) const;
 
     Placement m_placement;
-    Owner m_owner;
-    bool m_isPlaced = false;
+    host::FileOwner m_owner;
     const std::vector<FolderVote>& m_votes;
 };
 } // namespace qo::cli

@@ -55,6 +55,12 @@ FieldValue rootInTree(const QoFileDbItem& item)
     const auto root = file ? CQoUtils::getRootDir(file) : nullptr;
     return root ? root->getPath().toString() : CString();
 }
+
+const FileField* fieldIn(const std::vector<FileField>& fields, std::string_view name)
+{
+    const auto found = std::ranges::find(fields, name, &FileField::name);
+    return found == fields.end() ? nullptr : &*found;
+}
 } // namespace
 
 const std::vector<FileField>& fileFields()
@@ -107,12 +113,13 @@ const std::vector<FileField>& tagFields()
     return fields;
 }
 
+const FileField* findFileField(std::string_view name)
+{
+    return fieldIn(fileFields(), name);
+}
+
 const FileField* findTagField(std::string_view name)
 {
-    const std::vector<FileField>& fields = tagFields();
-    const auto found = std::find_if(fields.begin(),
-                                    fields.end(),
-                                    [name](const FileField& field) { return field.name == name; });
-    return found == fields.end() ? nullptr : &*found;
+    return fieldIn(tagFields(), name);
 }
 } // namespace qo::host

@@ -50,6 +50,8 @@ struct FileField
 
 /// Every field, in the order in which lists and people get them.
 const std::vector<FileField>& fileFields();
+/// The one with that name, or null.
+const FileField* findFileField(std::string_view name);
 /// Those that a tag has.
 const std::vector<FileField>& tagFields();
 /// The field of a tag with that name, or null.
