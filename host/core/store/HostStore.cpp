@@ -430,8 +430,10 @@ bool HostStore::isSound() const
             readMark(db, mark);
             readFolders(db, folders);
             (void)numberOf(db, u"SELECT count(*) FROM HEAD_T NOT INDEXED");
-            if (storeSchema::hasFacts(db))
+            if (storeSchema::has(db, storeSchema::facts))
                 (void)numberOf(db, u"SELECT count(*) FROM FACT_T NOT INDEXED");
+            if (storeSchema::has(db, storeSchema::marks))
+                (void)numberOf(db, u"SELECT count(*) FROM CHECKED_T NOT INDEXED");
         }
         return true;
     }
@@ -525,60 +527,6 @@ void HostStore::setMark(const ScanMark& mark)
 void HostStore::addReadFiles(const CStringArray& files)
 {
     write([&files](CSQLiteDB& db) { insertReadFiles(db, files, noSave); });
-}
-
-CStringArray HostStore::unreadFiles() const
-{
-    CStringArray files;
-    read(
-        [&files](CSQLiteDB& db)
-        {
-            CSQLiteStatement statement =
-                db.CompileStatement(u"SELECT UT_PATH FROM UNREAD_T ORDER BY rowid");
-            CSQLiteQueryResult row = statement.ExecuteQuery();
-            for (; !row.Eof(); row.NextRow())
-                files.Add(CString(row.textView(0)));
-        });
-    return files;
-}
-
-void HostStore::setUnreadFiles(const CStringArray& files)
-{
-    write(
-        [&files](CSQLiteDB& db)
-        {
-            db.Execute(u"DELETE FROM UNREAD_T");
-            insertPlaces(db, u"INSERT OR IGNORE INTO UNREAD_T (UT_PATH) VALUES (?1)", files, {});
-        });
-}
-
-CString HostStore::fileKinds() const
-{
-    CString kinds;
-    read(
-        [&kinds](CSQLiteDB& db)
-        {
-            if (!storeSchema::hasFacts(db))
-                return;
-            CSQLiteStatement statement =
-                db.CompileStatement(u"SELECT FA_VALUE FROM FACT_T WHERE FA_NAME = 'file kinds'");
-            const CSQLiteQueryResult row = statement.ExecuteQuery();
-            if (!row.Eof())
-                kinds = CString(row.textView(0));
-        });
-    return kinds;
-}
-
-void HostStore::setFileKinds(const CString& kinds)
-{
-    write(
-        [&kinds](CSQLiteDB& db)
-        {
-            CSQLiteStatement statement = db.CompileStatement(
-                u"INSERT OR REPLACE INTO FACT_T (FA_NAME, FA_VALUE) VALUES ('file kinds', ?1)");
-            statement.BindText(1, kinds);
-            statement.ExecuteDML();
-        });
 }
 
 std::vector<FarFolder> HostStore::folders() const

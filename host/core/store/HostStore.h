@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 class CSQLiteDB;
@@ -53,6 +54,12 @@ public:
     /// By which extensions the last scan knew music and pictures, as FileKinds writes them.
     CString fileKinds() const;
     void setFileKinds(const CString& kinds);
+
+    /// The lasting ids of the files that have a check mark. Ids of files that are gone stay, since
+    /// an undo may bring the file back.
+    std::unordered_set<CString> checkedFiles() const;
+    void changeChecked(const std::vector<CString>& gone, const std::vector<CString>& added);
+    void clearChecked();
 
 private:
     using Work = std::function<void(CSQLiteDB&)>;

@@ -10,7 +10,7 @@ namespace qo::host::storeSchema
 {
 namespace
 {
-constexpr int currentVersion = 2;
+constexpr int currentVersion = marks;
 
 constexpr const char16_t* statements[] = {
     u"CREATE TABLE IF NOT EXISTS EDIT_T (ET_ID TEXT NOT NULL, ET_FIELD TEXT NOT NULL, "
@@ -28,6 +28,7 @@ constexpr const char16_t* statements[] = {
     u"CREATE TABLE IF NOT EXISTS FOLDER_T (FO_PATH TEXT PRIMARY KEY, FO_DEVICE INTEGER NOT NULL, "
     u"FO_KIND INTEGER NOT NULL)",
     u"CREATE TABLE IF NOT EXISTS FACT_T (FA_NAME TEXT PRIMARY KEY, FA_VALUE TEXT NOT NULL)",
+    u"CREATE TABLE IF NOT EXISTS CHECKED_T (CT_ID TEXT PRIMARY KEY)",
     u"CREATE TABLE IF NOT EXISTS OLD_FILE_T (OF_NAME TEXT PRIMARY KEY, OF_STATE TEXT NOT NULL)"};
 
 int versionOf(CSQLiteDB& db)
@@ -62,8 +63,8 @@ bool isMade(CSQLiteDB& db)
     return versionOf(db) > 0;
 }
 
-bool hasFacts(CSQLiteDB& db)
+bool has(CSQLiteDB& db, int version)
 {
-    return versionOf(db) > 1;
+    return versionOf(db) >= version;
 }
 } // namespace qo::host::storeSchema

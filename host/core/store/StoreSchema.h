@@ -10,6 +10,8 @@ namespace qo::host::storeSchema
 void make(CSQLiteDB& db);
 /// Whether the tables are there to be read; false for a store that is only being made.
 bool isMade(CSQLiteDB& db);
-/// Whether it has the table FACT_T, which came with its second version.
-bool hasFacts(CSQLiteDB& db);
+/// The versions with which tables came: FACT_T, CHECKED_T.
+constexpr int facts = 2;
+constexpr int marks = 3;
+bool has(CSQLiteDB& db, int version);
 } // namespace qo::host::storeSchema

@@ -1,0 +1,112 @@
+#include "core/store/HostStore.h"
+#include "core/store/StoreSchema.h"
+
+#include <QoKernel/Inside.h>
+
+// The plain lists of the store: one column, one table each.
+
+namespace qo::host
+{
+namespace
+{
+/// Calls take with each text of the first column.
+template <class Take>
+void readTexts(CSQLiteDB& db, const char16_t* query, Take take)
+{
+    CSQLiteStatement statement = db.CompileStatement(query);
+    CSQLiteQueryResult row = statement.ExecuteQuery();
+    for (; !row.Eof(); row.NextRow())
+        take(CString(row.textView(0)));
+}
+
+/// Runs the statement with each text in turn.
+template <class Texts>
+void forEachText(CSQLiteDB& db, const char16_t* text, const Texts& values)
+{
+    CSQLiteStatement statement = db.CompileStatement(text);
+    for (const CString& value : values)
+    {
+        statement.BindText(1, value);
+        statement.ExecuteDML();
+    }
+}
+} // namespace
+
+CStringArray HostStore::unreadFiles() const
+{
+    CStringArray files;
+    read(
+        [&files](CSQLiteDB& db)
+        {
+            readTexts(db,
+                      u"SELECT UT_PATH FROM UNREAD_T ORDER BY rowid",
+                      [&files](const CString& path) { files.Add(path); });
+        });
+    return files;
+}
+
+void HostStore::setUnreadFiles(const CStringArray& files)
+{
+    write(
+        [&files](CSQLiteDB& db)
+        {
+            db.Execute(u"DELETE FROM UNREAD_T");
+            forEachText(db, u"INSERT OR IGNORE INTO UNREAD_T (UT_PATH) VALUES (?1)", files);
+        });
+}
+
+CString HostStore::fileKinds() const
+{
+    CString kinds;
+    read(
+        [&kinds](CSQLiteDB& db)
+        {
+            if (storeSchema::has(db, storeSchema::facts))
+                readTexts(db,
+                          u"SELECT FA_VALUE FROM FACT_T WHERE FA_NAME = 'file kinds'",
+                          [&kinds](const CString& value) { kinds = value; });
+        });
+    return kinds;
+}
+
+void HostStore::setFileKinds(const CString& kinds)
+{
+    write(
+        [&kinds](CSQLiteDB& db)
+        {
+            forEachText(
+                db,
+                u"INSERT OR REPLACE INTO FACT_T (FA_NAME, FA_VALUE) VALUES ('file kinds', ?1)",
+                std::vector<CString>{kinds});
+        });
+}
+
+std::unordered_set<CString> HostStore::checkedFiles() const
+{
+    std::unordered_set<CString> ids;
+    read(
+        [&ids](CSQLiteDB& db)
+        {
+            if (storeSchema::has(db, storeSchema::marks))
+                readTexts(db,
+                          u"SELECT CT_ID FROM CHECKED_T",
+                          [&ids](const CString& id) { ids.insert(id); });
+        });
+    return ids;
+}
+
+void HostStore::changeChecked(const std::vector<CString>& gone, const std::vector<CString>& added)
+{
+    write(
+        [&](CSQLiteDB& db)
+        {
+            forEachText(db, u"DELETE FROM CHECKED_T WHERE CT_ID = ?1", gone);
+            forEachText(db, u"INSERT OR IGNORE INTO CHECKED_T (CT_ID) VALUES (?1)", added);
+        });
+}
+
+void HostStore::clearChecked()
+{
+    write([](CSQLiteDB& db) { db.Execute(u"DELETE FROM CHECKED_T"); });
+}
+} // namespace qo::host
