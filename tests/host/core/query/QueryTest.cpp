@@ -1,0 +1,281 @@
+#include "core/query/Query.h"
+
+#include "core/query/FoldedText.h"
+#include "core/query/QueryRange.h"
+#include "core/query/RecordOrder.h"
+#include "host/core/LoadedCollection.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+using namespace qo::host;
+
+namespace
+{
+constexpr const char* sound = "sound.mp3";
+
+struct Tagged
+{
+    const char* name;
+    std::map<std::string, std::string> fields;
+};
+
+/// Ten files of which each query below finds some.
+const std::vector<Tagged> library = {
+    {"a/01.mp3", {{"artist", "Björk"}, {"title", "Live Wire"}, {"year", "1969"}, {"track", "1/9"}}},
+    {"a/02.mp3", {{"artist", "BJORK"}, {"title", "Second"}, {"year", "1970"}, {"track", "2"}}},
+    {"a/03.mp3", {{"artist", "The Straße"}, {"title", "It’s (live)"}, {"genre", "Jazz"}}},
+    {"b/04.mp3",
+     {{"artist", "Łódź"}, {"album", "Best, of"}, {"title", "A:B"}, {"genre", "Acid Jazz"}}},
+    {"b/05.mp3", {{"title", "Alone"}, {"year", "1969-07-21"}, {"track", "12"}}},
+    {"b/06.flac", {{"artist", "Ванда"}, {"title", "ノート"}}},
+};
+
+class QueryTest : public testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        setenv("TZ", "UTC", 1);
+        tzset();
+        collection = new LoadedCollection;
+        for (const Tagged& each : library)
+            collection->addSound("music/" + std::string(each.name),
+                                 std::string(each.name).ends_with("flac") ? "sound.flac" : sound);
+        collection->dir.write("music/b/notes.txt", "x");
+        collection->load();
+        collection->run(
+            []
+            {
+                for (const Tagged& each : library)
+                {
+                    const auto item = recordOf(each.name);
+                    for (const auto& [name, value] : each.fields)
+                        memberOf(*item, name) = qo::fromUtf8(value);
+                }
+            });
+    }
+    static void TearDownTestSuite()
+    {
+        delete collection;
+        collection = nullptr;
+    }
+
+    static QoFileDbItemPtr recordOf(const std::string& name)
+    {
+        const auto file =
+            CQoCollection::m_ownCollection.getFileByPath(collection->dir.collPath("music/" + name));
+        return file->getDbItem();
+    }
+    static CString& memberOf(QoFileDbItem& item, const std::string& name)
+    {
+        return name == "artist"  ? item.artist
+               : name == "album" ? item.album
+               : name == "title" ? item.title
+               : name == "genre" ? item.genre
+               : name == "year"  ? item.year
+                                 : item.trackNumber;
+    }
+    /// The numbers of the files that it finds: "1 2".
+    static std::string found(const QueryRequest& request, const std::string& order = {})
+    {
+        return collection->run(
+            [&]
+            {
+                QoFileDbItemArray files = Query(request).files();
+                RecordOrder(order).sort(files);
+                std::string text;
+                for (const QoFileDbItemPtr& item : files)
+                {
+                    const std::string name =
+                        qo::toUtf8(item->path).substr(qo::toUtf8(item->path).rfind('\\') + 1);
+                    text += (text.empty() ? "" : " ") +
+                            (name[0] == '0' ? name.substr(1, 1) : name.substr(0, 1));
+                }
+                return text;
+            });
+    }
+
+    static LoadedCollection* collection;
+};
+
+LoadedCollection* QueryTest::collection = nullptr;
+
+std::string foldedUtf8(const std::string& text)
+{
+    return qo::toUtf8(folded(qo::fromUtf8(text).view()));
+}
+} // namespace
+
+TEST(FoldedText, EvensOutCaseAccentsAndFormsOfLetters)
+{
+    const std::pair<const char*, const char*> rows[] = {{"BJÖRK", "bjork"},
+                                                        {"Bjo\u0308rk", "bjork"},
+                                                        {"Straße", "strasse"},
+                                                        {"Łódź Ærø", "lodz aero"},
+                                                        {"Ёлка Й", "елка и"},
+                                                        {"Ωμέγα ς", "ωμεγα σ"},
+                                                        {"It’s “it” – …", "it's \"it\" - ..."},
+                                                        {"ﬁ Ⅷ １２", "fi viii 12"},
+                                                        {"Ｉİı", "iii"},
+                                                        {"हिन्दी", "हिन्दी"},
+                                                        {"🎵x", "🎵x"}};
+    for (const auto& [text, expected] : rows)
+        EXPECT_EQ(foldedUtf8(text), expected) << text;
+    // Voiced sounds are letters of their own, however they are written.
+    EXPECT_NE(foldedUtf8("が"), foldedUtf8("か"));
+    EXPECT_EQ(foldedUtf8("が"), foldedUtf8("か\u3099"));
+}
+
+TEST_F(QueryTest, WordsFindWhatTheySay)
+{
+    const std::string b = collection->dir.path("music/b");
+    const std::pair<std::vector<std::string>, const char*> rows[] = {
+        {{}, "1 2 3 4 5 6 n"},
+        {{"bjork"}, "1 2"},
+        {{"BJÖRK", "second"}, "2"},
+        {{"bjork second"}, "2"},
+        {{"strasse"}, "3"},
+        {{"live"}, "1 3"},
+        {{"it's"}, "3"},
+        {{"вАНДА"}, "6"},
+        {{"1969"}, "1 5"},
+        {{"music/b"}, "4 5 6 n"},
+        {{"title:live"}, "1 3"},
+        {{"title:live", "^artist:bjork"}, "3"},
+        {{"^live", "kind:music"}, "2 4 5 6"},
+        {{"genre:jazz"}, "3 4"},
+        {{"genre:\"acid jazz\""}, "4"},
+        {{"genre:jazz ^genre:acid"}, "3"},
+        {{"\"a:b\""}, "4"},
+        {{"album:\"best, of\""}, "4"},
+        {{"artist:bjork", ",", "genre:acid"}, "1 2 4"},
+        {{"artist:bjork year:1970, genre:acid"}, "2 4"},
+        {{"artist:", "kind:music"}, "5"},
+        {{"year:1969"}, "1 5"},
+        {{"year:..1969"}, "1 5"},
+        {{"year:1970.."}, "2"},
+        {{"year:", "kind:music"}, "3 4 6"},
+        {{"track:1"}, "1"},
+        {{"track:2..20"}, "2 5"},
+        {{"format:FLAC"}, "6"},
+        {{"name:notes"}, "n"},
+        {{"kind:text"}, "n"},
+        {{"path:/b/0"}, "4 5 6"},
+        {{"artist::^b.?[oö]rk$"}, "1 2"},
+        {{"::^Second$"}, "2"},
+        {{"untagged:"}, "5"},
+        {{"untagged:no", "kind:music"}, "1 2 3 4 6"},
+        {{"unplaced:"}, "n"},
+        {{"length:0:00"}, "1 2 3 4 5 6"},
+        {{"size:1K..", "^size:1G.."}, "1 2 3 4 5 6"},
+        {{"added:-1d..", "bjork"}, "1 2"},
+        {{"changed:..-1d"}, ""},
+        {{b}, "4 5 6 n"},
+        {{b, "artist:vanda", ",", "format:txt"}, "n"},
+        {{b + "/0*"}, "4 5 6"},
+        {{collection->dir.path("music/*/0[12]*")}, "1 2"},
+        {{"^" + b}, "1 2 3"},
+        {{b + "/04.mp3", b + "/05.mp3"}, "4 5"}};
+    for (const auto& [words, expected] : rows)
+        EXPECT_EQ(found({words}), expected) << testing::PrintToString(words);
+    EXPECT_EQ(found({{}, false, "bjÖrk"}), "1") << "names of options are exact but for case";
+    EXPECT_EQ(found({{}, false, ""}), "5") << "only music";
+    EXPECT_EQ(found({{"1970"}, false, {}, {}, ""}), "2");
+}
+
+TEST_F(QueryTest, OrdersKeepWhatIsEqualAndPutWhatIsMissingLast)
+{
+    const QueryRequest music{{"kind:music"}};
+    const std::pair<const char*, const char*> rows[] = {{"", "1 2 3 4 5 6"},
+                                                        {"year", "1 5 2 3 4 6"},
+                                                        {"year-", "2 1 5 3 4 6"},
+                                                        {"track", "1 2 5 3 4 6"},
+                                                        {"artist,year-", "2 1 4 3 6 5"},
+                                                        {"year,track-", "5 1 2 3 4 6"},
+                                                        {"name-", "6 5 4 3 2 1"}};
+    for (const auto& [order, expected] : rows)
+        EXPECT_EQ(found(music, order), expected) << order;
+}
+
+TEST_F(QueryTest, WhatCannotBeReadSaysWhereItWentWrong)
+{
+    const std::pair<std::vector<std::string>, const char*> rows[] = {
+        {{"singer:x"}, "\"singer\" is no field of a query; there are artist, album, title"},
+        {{"re:mix"}, "put it in quotes"},
+        {{"year:19x0"}, "in \"year:19x0\", \"19x0\" cannot be read"},
+        {{"bjork year:..x"}, "\"x\" cannot be read"},
+        {{"length:3:99"}, "\"3:99\" cannot be read; write 3:51"},
+        {{"size:10X.."}, "write 10M.."},
+        {{"added:2024-02-30"}, "cannot be read"},
+        {{"added:-7q.."}, "cannot be read"},
+        {{"year:1970..1960"}, "the range ends before it begins"},
+        {{"artist:\"x"}, "the quote before \"x\" is not closed"},
+        {{"title::(["}, "the regular expression cannot be read at character"},
+        {{"year::19", "size::1"}, "has no text for a regular expression"},
+        {{"marked:1"}, "there is nothing to compare"},
+        {{"kind:song"}, "there is no such kind"},
+        {{",", "x"}, "nothing before a comma"},
+        {{"x", ","}, "nothing after the last comma"},
+        {{""}, "an empty text names nothing"},
+        {{"   "}, "an empty text names nothing"},
+        {{"\xff"}, "is not UTF-8"}};
+    for (const auto& [words, part] : rows)
+    {
+        const std::string message =
+            collection->messageOf([&, &words = words] { Query query({words}); }, ExitCode::usage);
+        EXPECT_NE(message.find(part), std::string::npos) << message;
+    }
+    EXPECT_NE(collection->messageOf([] { Query query({{"/nowhere/x"}}); }, ExitCode::notFound)
+                  .find("/nowhere/x is not there"),
+              std::string::npos);
+    // A hostile expression ends instead of running for hours.
+    collection->run([] { recordOf("b/05.mp3")->title = CString(u'a', 5000); });
+    EXPECT_NE(collection
+                  ->messageOf([] { (void)Query({{"title::(a|a)*(a|a)*(a|a)*(a|a)*b"}}).files(); },
+                              ExitCode::failed)
+                  .find("takes too long on"),
+              std::string::npos);
+    collection->run([] { recordOf("b/05.mp3")->title = u"Alone"; });
+}
+
+TEST(QueryRange, SingleValuesStandForAllThatIsWrittenSo)
+{
+    setenv("TZ", "UTC", 1);
+    tzset();
+    constexpr std::int64_t second = 10'000'000;
+    const auto at = [](std::int64_t unixSeconds)
+    { return qo::toTicks(qo::fromUnixTime(unixSeconds, 0)); };
+    constexpr std::int64_t may2024 = 1714521600;
+    constexpr std::int64_t june2024 = 1717200000;
+    const std::int64_t now = at(june2024);
+    struct Row
+    {
+        QueryKind kind;
+        const char* text;
+        std::int64_t first;
+        std::int64_t last;
+    };
+    const std::int64_t none = QueryRange().first;
+    const std::int64_t all = QueryRange().last;
+    const Row rows[] = {{QueryKind::length, "3:51", 231000, 231999},
+                        {QueryKind::length, "..1:00:00", none, 3600999},
+                        {QueryKind::length, "90..", 90000, all},
+                        {QueryKind::size, "10M", 10 << 20, (11 << 20) - 1},
+                        {QueryKind::size, "..1.5K", none, 1536},
+                        {QueryKind::size, "2KiB..3kb", 2048, 3072},
+                        {QueryKind::number, "1960..1969", 1960, 1969},
+                        {QueryKind::time, "2024-05", at(may2024), at(june2024) - 1},
+                        {QueryKind::time, "..2024-05-31", none, at(june2024) - 1},
+                        {QueryKind::time, "2024-05-31T23:59", at(june2024 - 60), at(june2024) - 1},
+                        {QueryKind::time, "-1d", now - 86400 * second, now},
+                        {QueryKind::time, "-1m..-1d", at(may2024), now - 86400 * second},
+                        {QueryKind::time, "..-2w", none, now - 14 * 86400 * second}};
+    for (const Row& row : rows)
+    {
+        const QueryRange range = parseRange(row.kind, row.text, row.text, now);
+        EXPECT_EQ(range.first, row.first) << row.text;
+        EXPECT_EQ(range.last, row.last) << row.text;
+    }
+}
