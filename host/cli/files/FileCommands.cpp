@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 #include "cli/Interrupt.h"
 #include "cli/KernelCommand.h"
+#include "cli/files/FileChoice.h"
 #include "cli/files/FileRecord.h"
 #include "cli/shown/ProgressDisplay.h"
 #include "cli/shown/Text.h"
@@ -30,6 +31,7 @@ using host::Session;
 struct FileOptions
 {
     std::vector<std::string> paths;
+    bool isMarked = false;
     std::string target; ///< "" when none was given
     bool move = false;
 };
@@ -37,21 +39,11 @@ struct FileOptions
 /// The spelling under which the collection has it, or else one under which the disk has it.
 CString placeOf(const std::string& typed)
 {
-    const CQoCollection& collection = CQoCollection::m_ownCollection;
+    if (const auto path = host::pathInCollection(typed))
+        return *path;
     const std::vector<CString> forms = spellings(typed);
-    for (const CString& form : forms)
-    {
-        const auto dir = collection.getDir(form);
-        const QoFileDbItemPtr record = CollectionChanges::recordOf(form);
-        if ((record && record->path == form) || (dir && dir->getPath().toString() == form))
-            return form;
-    }
-    for (const CString& form : forms)
-    {
-        if (host::nameExists(form))
-            return form;
-    }
-    return forms.front();
+    const auto found = std::ranges::find_if(forms, host::nameExists);
+    return found == forms.end() ? forms.front() : *found;
 }
 
 /// The same of what moves or goes: a link itself, and not what it leads to.
@@ -89,6 +81,21 @@ bool namesFolder(const std::string& typed)
     return typed.ends_with('/') || typed.ends_with("/.") || typed.ends_with("/..");
 }
 
+/// Whether there is something of that name, or can only have been meant.
+bool hasName(const std::string& typed)
+{
+    return !typed.empty() &&
+           (host::nameExists(sourceOf(typed)) ||
+            (typed.find('/') != typed.npos && typed.find_first_of("*?[\":") == typed.npos));
+}
+
+/// What a command moves or removes, as system paths.
+struct Sources
+{
+    std::vector<std::string> paths;
+    bool isFound = false; ///< by a query, and not by name
+};
+
 /// What the three commands share: a loaded collection, and one run of all that the paths ask for.
 /// What cannot be done of it does not keep the rest from being done.
 class FileWork
@@ -102,6 +109,33 @@ public:
 
     Session& session() { return *m_session; }
     CommandLine& line() { return m_line; }
+
+    /// What somebody means by these words: what has such a name, or else the files that they find.
+    Sources sourcesOf(const std::vector<std::string>& words, bool isMarked)
+    {
+        return m_session->kernel().run(
+            [&]
+            {
+                // A word beside names is a name with a slip of the pen, unless it can only be part
+                // of a query.
+                const auto isQuery = [](const std::string& typed)
+                { return !hasName(typed) && typed.find_first_of(":^,\"*?[") != typed.npos; };
+                Sources sources;
+                if (!isMarked && std::ranges::any_of(words, hasName) &&
+                    std::ranges::none_of(words, isQuery))
+                {
+                    sources.paths = words;
+                    return sources;
+                }
+                sources.isFound = true;
+                FileChoice choice;
+                choice.request.words = words;
+                choice.request.isMarked = isMarked;
+                for (const QoFileDbItemPtr& item : chosenFiles(choice))
+                    sources.paths.push_back(toSystemPath(item->path));
+                return sources;
+            });
+    }
 
     /// What is to take something in has to be there.
     void needFolder(const std::string& typed)
@@ -253,44 +287,60 @@ void needSource(const CString& path)
         throw HostError(ExitCode::notFound, host::shownPath(path) + " is not there");
 }
 
-ExitCode moveFiles(CommandLine& line, const FileOptions& options)
+std::int64_t filesOf(const FileMoves& moves)
 {
-    std::vector<std::string> sources = options.paths;
-    if (sources.size() < 2)
-        throw HostError(ExitCode::usage, "name what is to be moved, and after it where to");
-    const std::string typedTarget = sources.back();
-    sources.pop_back();
-    FileWork work(line, "mv");
-    if (sources.size() > 1 || namesFolder(typedTarget))
-        work.needFolder(typedTarget);
-    return work.run(sources,
-                    "moved",
-                    [&](FileMoves& moves, const std::string& typed)
-                    { moves.move(sourceOf(typed), targetOf(typedTarget)); });
+    std::int64_t files = 0;
+    for (const FileMoves::Request& request : moves.requests())
+        files += request.files;
+    return files;
 }
 
-/// Asks about what is more than one file; it can be taken out of the trash again.
-void confirmRemoval(const CommandLine& line, const FileMoves& moves)
+ExitCode moveFiles(CommandLine& line, const FileOptions& options)
 {
-    int files = 0;
-    bool isFolder = false;
-    for (const FileMoves::Request& request : moves.requests())
-    {
-        files += request.files;
-        isFolder = isFolder || fileSystem().isDirectory(request.from);
-    }
-    if (isFolder || moves.requests().size() > 1)
-        confirm(line, countText(files, "file") + " of the collection will go to the trash.");
+    std::vector<std::string> words = options.paths;
+    if (words.size() + (options.isMarked ? 1 : 0) < 2)
+        throw HostError(ExitCode::usage, "name what is to be moved, and after it where to");
+    const std::string typedTarget = words.back();
+    words.pop_back();
+    FileWork work(line, "mv");
+    const Sources sources = work.sourcesOf(words, options.isMarked);
+    if (words.size() > 1 || sources.isFound || namesFolder(typedTarget))
+        work.needFolder(typedTarget);
+    return work.run(
+        sources.paths,
+        "moved",
+        [&](FileMoves& moves, const std::string& typed)
+        { moves.move(sourceOf(typed), targetOf(typedTarget)); },
+        [&](const FileMoves& moves)
+        {
+            if (sources.isFound)
+                confirm(line, countText(filesOf(moves), "file") + " will be moved.");
+        });
+}
+
+/// Asks about what is more than one file, or was not named but found; it can be taken out of the
+/// trash again.
+void confirmRemoval(const CommandLine& line, const FileMoves& moves, bool isFound)
+{
+    const bool isFolder = std::ranges::any_of(moves.requests(),
+                                              [](const FileMoves::Request& request)
+                                              { return fileSystem().isDirectory(request.from); });
+    if (isFolder || isFound || moves.requests().size() > 1)
+        confirm(line,
+                countText(filesOf(moves), "file") + " of the collection will go to the trash.");
 }
 
 ExitCode removeFiles(CommandLine& line, const FileOptions& options)
 {
+    if (options.paths.empty() && !options.isMarked)
+        throw HostError(ExitCode::usage, "name what is to go, or find it with a query");
     FileWork work(line, "rm");
+    const Sources sources = work.sourcesOf(options.paths, options.isMarked);
     return work.run(
-        options.paths,
+        sources.paths,
         "put into the trash",
         [](FileMoves& moves, const std::string& typed) { moves.remove(sourceOf(typed)); },
-        [&line](const FileMoves& moves) { confirmRemoval(line, moves); });
+        [&](const FileMoves& moves) { confirmRemoval(line, moves, sources.isFound); });
 }
 
 /// Whether a scan would find nothing to do there.
@@ -361,16 +411,20 @@ void setUpMove(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<FileOptions>();
     line.setAction(command, [&line, options] { return moveFiles(line, *options); });
-    addArguments(
-        command, "PATH", options->paths, "What to move, and after it the new path or a folder")
+    addArguments(command,
+                 "PATH",
+                 options->paths,
+                 "What to move, by paths or a query, and after it the new path or a folder")
         ->required();
+    command.add_flag("--marked", options->isMarked, "Files with a check mark");
 }
 
 void setUpRemove(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<FileOptions>();
     line.setAction(command, [&line, options] { return removeFiles(line, *options); });
-    addArguments(command, "PATH", options->paths, "Files and folders")->required();
+    addArguments(command, "PATH", options->paths, "Files and folders, or a query");
+    command.add_flag("--marked", options->isMarked, "Files with a check mark");
 }
 
 void setUpAdd(CommandLine& line, CLI::App& command)

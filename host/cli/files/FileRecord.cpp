@@ -38,6 +38,15 @@ std::string valueCell(const FileField& field, const host::FieldValue& value)
     return oneLine(text);
 }
 
+/// As it stands in a line of one's own format: short, and the same for every reader.
+std::string shortText(const FileField& field, const host::FieldValue& value)
+{
+    const std::int64_t* const number = std::get_if<std::int64_t>(&value);
+    if (number && field.kind == FieldKind::duration)
+        return *number > 0 ? durationText(*number) : "";
+    return harmless(valueCell(field, value));
+}
+
 std::string numberText(FieldKind kind, std::int64_t number)
 {
     switch (kind)
@@ -101,6 +110,11 @@ Json recordJson(const QoFileDbItem& item, bool withTree)
     Json object;
     putFields(object, item, withTree);
     return object;
+}
+
+std::string fieldText(const FileField& field, const QoFileDbItem& item)
+{
+    return shortText(field, field.read(item));
 }
 
 std::string recordHeader()

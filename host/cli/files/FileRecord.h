@@ -6,6 +6,11 @@
 
 #include <string>
 
+namespace qo::host
+{
+struct FileField;
+}
+
 namespace qo::cli
 {
 using host::dump;
@@ -23,6 +28,8 @@ void putPath(Json& object, const std::string& name, const CString& path);
 /// Times are UTC or null, the duration milliseconds, the bitrate kbit/s. The fields of the tree are
 /// searched for and left out unless asked for.
 Json recordJson(const QoFileDbItem& item, bool withTree = false);
+/// One field on one line: lengths as "3:51", all other numbers and times as in JSON.
+std::string fieldText(const host::FileField& field, const QoFileDbItem& item);
 /// The names of recordRow's columns.
 std::string recordHeader();
 /// The values of recordJson() without the tree, with tabs between them; paths as Output::foreign()

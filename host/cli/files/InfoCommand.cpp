@@ -1,7 +1,7 @@
 #include "cli/CommandLine.h"
 #include "cli/KernelCommand.h"
+#include "cli/files/FileChoice.h"
 #include "cli/files/FileRecord.h"
-#include "cli/files/FoundFiles.h"
 #include "cli/files/TagFields.h"
 #include "core/base/HostFiles.h"
 
@@ -31,13 +31,8 @@ bool readOwnTag(const CString& path, CMusicTagEx& tag, std::string& cause)
     return isRead;
 }
 
-void printInfo(CommandLine& line, const std::string& typed)
+void printInfo(CommandLine& line, const QoFileDbItem& item)
 {
-    const FoundFiles found(typed);
-    if (found.files().GetSize() != 1 || found.files()[0]->path != found.path())
-        throw HostError(ExitCode::usage,
-                        typed + " is a folder; \"qo ls\" and \"qo tree\" show what is in it");
-    const QoFileDbItem& item = *found.files()[0];
     CMusicTagEx tag;
     std::string cause;
     const bool hasTag = readOwnTag(item.path, tag, cause);
@@ -55,19 +50,34 @@ void printInfo(CommandLine& line, const std::string& typed)
     line.out.line("\nin the file");
     line.out.write(hasTag ? tagTable(tag, allValues(item.path)) : cause + "\n");
 }
+
+void printInfos(CommandLine& line, const FileChoice& choice)
+{
+    bool isFirst = true;
+    for (const QoFileDbItemPtr& item :
+         chosenSingleFiles(choice, "\"qo ls\" and \"qo tree\" show what is in it"))
+    {
+        if (line.out.isClosed())
+            return;
+        if (!isFirst && !line.json)
+            line.out.line("");
+        isFirst = false;
+        printInfo(line, *item);
+    }
+}
 } // namespace
 
 void setUpInfo(CommandLine& line, CLI::App& command)
 {
-    auto file = std::make_shared<std::string>();
+    auto choice = std::make_shared<FileChoice>();
     line.setAction(command,
-                   [&line, file]
+                   [&line, choice]
                    {
                        const auto session = openKernel(line, KernelUse::look);
                        loadForReading(line, *session);
-                       session->kernel().run([&] { printInfo(line, *file); });
+                       session->kernel().run([&] { printInfos(line, *choice); });
                        return ExitCode::done;
                    });
-    addArgument(command, "FILE", *file, "A file of the collection")->required();
+    addQuery(command, *choice)->required();
 }
 } // namespace qo::cli

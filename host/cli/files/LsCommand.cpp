@@ -1,7 +1,8 @@
 #include "cli/CommandLine.h"
 #include "cli/KernelCommand.h"
+#include "cli/files/FileChoice.h"
 #include "cli/files/FileRecord.h"
-#include "cli/files/FoundFiles.h"
+#include "cli/files/LineFormat.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
 
@@ -11,8 +12,10 @@ namespace
 {
 struct ListOptions
 {
-    std::string path;
+    FileChoice choice;
     bool isLong = false;
+    bool withNul = false; ///< instead of a line break
+    std::optional<std::string> format;
 };
 
 std::string describe(const QoFileDbItem& item)
@@ -28,30 +31,59 @@ std::string describe(const QoFileDbItem& item)
            padded(name, nameWidth) + "  ";
 }
 
-void printRecord(CommandLine& line, const ListOptions& options, const QoFileDbItem& item)
+/// A path alone for another program: raw where a NUL ends it, else without line breaks.
+std::string plainPath(const ListOptions& options, const QoFileDbItem& item)
 {
-    if (line.json)
-        return line.out.line(dump(recordJson(item)));
-    if (options.isLong)
-        return line.out.line(recordRow(line.out, item));
-    line.out.line(describe(item) + line.out.foreign(host::shownPath(item.path)));
+    const std::string path = host::shownPath(item.path);
+    return options.withNul ? path : harmless(path);
 }
+
+class FileLister
+{
+public:
+    FileLister(CommandLine& line, const ListOptions& options) : m_line(line), m_options(options)
+    {
+        if (options.format)
+            m_format.emplace(*options.format);
+    }
+
+    void print(const QoFileDbItem& item)
+    {
+        if (m_line.json)
+            return m_line.out.line(dump(recordJson(item)));
+        if (m_options.isLong)
+            return m_line.out.line(recordRow(m_line.out, item));
+        std::string text = m_format ? m_format->lineOf(item)
+                           : m_options.withNul || !m_line.out.isTerminal()
+                               ? plainPath(m_options, item)
+                               : describe(item) + m_line.out.foreign(host::shownPath(item.path));
+        if (!m_options.withNul)
+            return m_line.out.line(text);
+        text += '\0';
+        m_line.out.write(text);
+    }
+
+private:
+    CommandLine& m_line;
+    const ListOptions& m_options;
+    std::optional<LineFormat> m_format;
+};
 
 ExitCode list(CommandLine& line, const ListOptions& options)
 {
+    FileLister lister(line, options);
     const auto session = openKernel(line, KernelUse::look);
     loadForReading(line, *session);
     session->kernel().run(
         [&]
         {
-            const FoundFiles found(options.path);
             if (options.isLong && !line.json)
                 line.out.line(recordHeader());
-            for (const QoFileDbItemPtr& item : found.files())
+            for (const QoFileDbItemPtr& item : chosenFiles(options.choice))
             {
                 if (line.out.isClosed())
                     return;
-                printRecord(line, options, *item);
+                lister.print(*item);
             }
         });
     return ExitCode::done;
@@ -62,7 +94,18 @@ void setUpList(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<ListOptions>();
     line.setAction(command, [&line, options] { return list(line, *options); });
-    addArgument(command, "PATH", options->path, "Only this file or folder");
-    command.add_flag("-l,--long", options->isLong, "Every field, with tabs between them");
+    addQuery(command, options->choice);
+    addNames(command, options->choice);
+    addOrder(command, options->choice);
+    CLI::Option* const isLong =
+        command.add_flag("-l,--long", options->isLong, "Every field, with tabs between them");
+    command.add_flag("-0,--null", options->withNul, "End each path with a NUL, for xargs -0")
+        ->excludes(isLong);
+    addOptional(command,
+                "--format",
+                options->format,
+                "A line of your own: '{artist:30} {title}', see docs/fields.md")
+        ->type_name("TEXT")
+        ->excludes(isLong);
 }
 } // namespace qo::cli

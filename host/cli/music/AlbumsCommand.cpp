@@ -32,15 +32,15 @@ std::u16string folded(CString name)
 class AlbumRows
 {
 public:
-    void add(const CLTTrack& track)
+    void add(const TrackFile& file)
     {
-        const boost::shared_ptr<CLTAlbum>& album = track.getAlbum();
+        const boost::shared_ptr<CLTAlbum>& album = file.track->getAlbum();
         if (!album)
             return;
         const auto [at, isNew] = m_indexes.emplace(album.get(), m_rows.size());
         if (isNew)
             at->second = rowFor(album);
-        m_rows[at->second].sum.add(track);
+        m_rows[at->second].sum.add(*file.track, *file.file);
     }
     std::vector<AlbumRow> sorted()
     {
@@ -145,17 +145,46 @@ void addRow(CommandLine& line, Listing& listing, const AlbumRow& row, const CStr
     listing.addRecord(record);
 }
 
+/// In the order that was typed, and no more than the limit.
+void arrange(std::vector<AlbumRow>& albums, const FileChoice& choice)
+{
+    const auto order =
+        host::TypedOrder::parse(choice.order, {"artist", "album", "year", "tracks", "length"});
+    const auto yearOf = [](const AlbumRow& row) -> host::TypedOrder::Value
+    {
+        if (row.sum.firstYear == 0)
+            return {};
+        return std::int64_t(row.sum.firstYear);
+    };
+    host::sortRows(albums,
+                   order,
+                   [&](const AlbumRow& row)
+                   {
+                       std::vector<host::TypedOrder::Value> values;
+                       for (const auto& key : order.keys)
+                           values.push_back(key.index == 0   ? host::textValue(nameOf(row.artist))
+                                            : key.index == 1 ? host::textValue(row.name())
+                                            : key.index == 2 ? yearOf(row)
+                                            : key.index == 3 ? std::int64_t(row.sum.tracks)
+                                                             : row.sum.duration);
+                       return values;
+                   });
+    applyLimit(albums, choice);
+}
+
 void listAlbums(CommandLine& line, const MusicOptions& options)
 {
     AlbumRows rows;
-    for (const CLTTrack* track : options.filter.tracks())
-        rows.add(*track);
+    for (const TrackFile& file : chosenTracks(options))
+        rows.add(file);
     Listing listing(line,
                     options.isLong,
                     {"artist", "album", "yearFrom", "yearTo", "tracks", "duration", "cover"},
                     {{30}, {40}, {}, {0, true}, {0, true}, {}});
     Covers covers;
-    for (const AlbumRow& row : rows.sorted())
+    std::vector<AlbumRow> albums = rows.sorted();
+    arrange(albums, options.choice);
+    for (const AlbumRow& row : albums)
     {
         if (listing.isClosed())
             return;

@@ -1,8 +1,9 @@
 #include "cli/CommandLine.h"
 #include "cli/Interrupt.h"
 #include "cli/KernelCommand.h"
+#include "cli/files/FileChoice.h"
 #include "cli/files/FileRecord.h"
-#include "cli/music/MusicFilter.h"
+#include "cli/music/MusicSum.h"
 #include "cli/shown/ProgressDisplay.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <map>
+#include <unordered_set>
 
 namespace qo::cli
 {
@@ -20,6 +22,7 @@ namespace
 {
 struct DuplicatesOptions
 {
+    FileChoice choice;   ///< of each group one file must be among these
     bool tracks = false; ///< with both false: both
     bool files = false;
 };
@@ -121,6 +124,21 @@ std::vector<EqualFiles> equalFiles(const CommandLine& line)
     return groups;
 }
 
+/// Leaves the groups with a file that was chosen.
+void keepChosen(std::vector<EqualFiles>& groups, const FileChoice& choice)
+{
+    std::unordered_set<const QoFileDbItem*> chosen;
+    for (const QoFileDbItemPtr& item : chosenFiles(choice))
+        chosen.insert(item.get());
+    std::erase_if(groups,
+                  [&chosen](const EqualFiles& group)
+                  {
+                      return std::ranges::none_of(group.files,
+                                                  [&chosen](const QoFileDbItemPtr& item)
+                                                  { return chosen.contains(item.get()); });
+                  });
+}
+
 void print(CommandLine& line, const EqualFiles& group)
 {
     if (line.json)
@@ -160,6 +178,8 @@ ExitCode listDuplicates(CommandLine& line, const DuplicatesOptions& options)
                 for (EqualFiles& group : equalFiles(line))
                     groups.push_back(std::move(group));
             }
+            if (options.choice.isSet())
+                keepChosen(groups, options.choice);
             for (const EqualFiles& group : groups)
             {
                 if (line.out.isClosed())
@@ -177,6 +197,8 @@ void setUpDuplicates(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<DuplicatesOptions>();
     line.setAction(command, [&line, options] { return listDuplicates(line, *options); });
+    addQuery(command, options->choice);
+    addNames(command, options->choice);
     command.add_flag("--tracks", options->tracks, "Only equal tracks");
     command.add_flag("--files", options->files, "Only files that begin alike");
 }

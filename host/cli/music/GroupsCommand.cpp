@@ -22,19 +22,20 @@ struct MusicGroup
 /// The groups by name. All unnamed ones are one group, since nothing distinguishes them.
 template <class GetObject, class GetOther>
 std::vector<MusicGroup>
-groupsOf(const std::vector<const CLTTrack*>& tracks, GetObject getObject, GetOther getOther)
+groupsOf(const std::vector<TrackFile>& files, GetObject getObject, GetOther getOther)
 {
     std::vector<MusicGroup> groups;
     std::unordered_map<const CLTObject*, std::size_t> indexes;
-    for (const CLTTrack* track : tracks)
+    for (const TrackFile& each : files)
     {
+        const CLTTrack* const track = each.track;
         const CLTObject* const object = getObject(*track);
         const CLTObject* const key = isUnnamed(object) ? nullptr : object;
         const auto [at, isNew] = indexes.emplace(key, groups.size());
         if (isNew)
             groups.push_back({key, {}, {}});
         MusicGroup& group = groups[at->second];
-        group.sum.add(*track);
+        group.sum.add(*track, *each.file);
         if (const CLTObject* const other = getOther(*track); !isUnnamed(other))
             group.others.insert(other);
     }
@@ -46,6 +47,25 @@ groupsOf(const std::vector<const CLTTrack*>& tracks, GetObject getObject, GetOth
     return groups;
 }
 
+/// In the order that was typed, and no more than the limit.
+void arrange(std::vector<MusicGroup>& groups, const FileChoice& choice, const char* others)
+{
+    const auto order = host::TypedOrder::parse(choice.order, {"name", others, "tracks", "length"});
+    host::sortRows(groups,
+                   order,
+                   [&order](const MusicGroup& group)
+                   {
+                       std::vector<host::TypedOrder::Value> values;
+                       for (const auto& key : order.keys)
+                           values.push_back(key.index == 0   ? host::textValue(nameOf(group.object))
+                                            : key.index == 1 ? std::int64_t(group.others.size())
+                                            : key.index == 2 ? std::int64_t(group.sum.tracks)
+                                                             : group.sum.duration);
+                       return values;
+                   });
+    applyLimit(groups, choice);
+}
+
 const CLTObject* artistOf(const CLTTrack& track)
 {
     return track.getArtist().get();
@@ -53,9 +73,10 @@ const CLTObject* artistOf(const CLTTrack& track)
 
 void listArtists(CommandLine& line, const MusicOptions& options)
 {
-    const auto groups = groupsOf(options.filter.tracks(),
-                                 artistOf,
-                                 [](const CLTTrack& track) { return track.getAlbum().get(); });
+    auto groups = groupsOf(chosenTracks(options),
+                           artistOf,
+                           [](const CLTTrack& track) { return track.getAlbum().get(); });
+    arrange(groups, options.choice, "albums");
     Listing listing(line,
                     options.isLong,
                     {"name", "albums", "tracks", "duration", "yearFrom", "yearTo"},
@@ -87,10 +108,11 @@ void listArtists(CommandLine& line, const MusicOptions& options)
 
 void listGenres(CommandLine& line, const MusicOptions& options)
 {
-    const auto groups = groupsOf(
-        options.filter.tracks(),
+    auto groups = groupsOf(
+        chosenTracks(options),
         [](const CLTTrack& track) -> const CLTObject* { return track.getGenre().get(); },
         artistOf);
+    arrange(groups, options.choice, "artists");
     Listing listing(line,
                     options.isLong,
                     {"name", "tracks", "artists", "duration"},

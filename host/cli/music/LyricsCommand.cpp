@@ -1,7 +1,7 @@
 #include "cli/CommandLine.h"
 #include "cli/KernelCommand.h"
+#include "cli/files/FileChoice.h"
 #include "cli/files/FileRecord.h"
-#include "cli/files/FoundFiles.h"
 #include "cli/music/LyricsText.h"
 #include "core/base/HostFiles.h"
 
@@ -139,33 +139,39 @@ void print(CommandLine& line, const Lyrics& lyrics, bool withHeading)
     line.out.line(shownLyrics(lyrics.text, line.out.isTerminal()));
 }
 
-void printLyrics(CommandLine& line, const std::string& typed)
+void printLyrics(CommandLine& line, const FileChoice& choice)
 {
-    const FoundFiles found(typed);
-    if (found.files().GetSize() != 1 || found.files()[0]->path != found.path())
-        throw HostError(ExitCode::usage, typed + " is a folder; name one file of it");
-    LyricsOfTrack lyrics(found.files()[0]);
-    const std::vector<Lyrics> all = lyrics.find();
-    for (const std::string& problem : lyrics.problems())
-        line.note(problem);
-    if (all.empty())
-        throw HostError(ExitCode::notFound, "there are no lyrics for " + typed);
-    for (const Lyrics& each : all)
-        print(line, each, all.size() > 1);
+    const QoFileDbItemArray files = chosenSingleFiles(choice, "name one file of it");
+    bool any = false;
+    for (const QoFileDbItemPtr& item : files)
+    {
+        LyricsOfTrack lyrics(item);
+        const std::vector<Lyrics> all = lyrics.find();
+        for (const std::string& problem : lyrics.problems())
+            line.note(problem);
+        any = any || !all.empty();
+        for (const Lyrics& each : all)
+            print(line, each, files.GetSize() > 1 || all.size() > 1);
+    }
+    if (!any)
+        throw HostError(ExitCode::notFound,
+                        "there are no lyrics for " + (files.GetSize() == 1
+                                                          ? host::shownPath(files[0]->path)
+                                                          : std::string("any of these files")));
 }
 } // namespace
 
 void setUpLyrics(CommandLine& line, CLI::App& command)
 {
-    auto file = std::make_shared<std::string>();
+    auto choice = std::make_shared<FileChoice>();
     line.setAction(command,
-                   [&line, file]
+                   [&line, choice]
                    {
                        const auto session = openKernel(line, KernelUse::look);
                        loadForReading(line, *session);
-                       session->kernel().run([&] { printLyrics(line, *file); });
+                       session->kernel().run([&] { printLyrics(line, *choice); });
                        return ExitCode::done;
                    });
-    addArgument(command, "FILE", *file, "A file of the collection")->required();
+    addQuery(command, *choice)->required();
 }
 } // namespace qo::cli

@@ -2,6 +2,8 @@
 
 #include "cli/KernelCommand.h"
 
+#include <QoKernel/Physical.h>
+
 #include <utility>
 
 namespace qo::cli
@@ -17,8 +19,27 @@ void setUpMusic(CommandLine& line, CLI::App& command, std::function<void(const M
                        session->kernel().run([&] { run(*options); });
                        return ExitCode::done;
                    });
-    addFilter(command, options->filter);
+    addQuery(command, options->choice);
+    addNames(command, options->choice);
+    addOrder(command, options->choice);
     command.add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");
+}
+
+std::vector<TrackFile> chosenTracks(const MusicOptions& options)
+{
+    host::Query query(options.choice.request);
+    std::vector<TrackFile> found;
+    for (const auto& track : CLTManager::getTracks())
+    {
+        for (const auto& file : track->getMusicFiles())
+        {
+            if (query.fits(*file->getDbItem()))
+                found.push_back({track.get(), file.get()});
+        }
+    }
+    if (found.empty() && options.choice.isSet() && !query.isFoldersOnly())
+        complainOfNothing(options.choice);
+    return found;
 }
 
 void putYears(Json& record, const MusicSum& sum)

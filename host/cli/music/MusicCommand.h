@@ -1,7 +1,8 @@
 #pragma once
 
 #include "cli/CommandLine.h"
-#include "cli/music/MusicFilter.h"
+#include "cli/files/FileChoice.h"
+#include "cli/music/MusicSum.h"
 #include "cli/shown/Listing.h"
 
 #include <functional>
@@ -12,12 +13,23 @@ namespace qo::cli
 /// What the commands that show the music as music have in common.
 struct MusicOptions
 {
-    MusicFilter filter;
+    FileChoice choice;
     bool isLong = false;
 };
 
-/// Gives the command the options of the filter and --long. run is called on the kernel's thread
-/// with the collection loaded.
+/// A file of a track.
+struct TrackFile
+{
+    const CLTTrack* track;
+    const CHDMusicFile* file;
+};
+
+/// The chosen files with their tracks, in the collection's order of tracks, whatever order was
+/// typed. Throws HostError where none fits. On the kernel's thread.
+std::vector<TrackFile> chosenTracks(const MusicOptions& options);
+
+/// Gives the command a query, the options of names, order and limit, and --long. run is called on
+/// the kernel's thread with the collection loaded.
 void setUpMusic(CommandLine& line, CLI::App& command, std::function<void(const MusicOptions&)> run);
 
 /// Puts the years of the sum into the record: "yearFrom" and "yearTo", null when no track has a

@@ -1,6 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/KernelCommand.h"
-#include "cli/files/FoundFiles.h"
+#include "cli/files/FileChoice.h"
 #include "cli/music/PlacedFile.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
@@ -14,7 +14,7 @@ namespace
 {
 struct PlacedOptions
 {
-    std::string path;
+    FileChoice choice;
     bool missingOnly = false;
     bool isLong = false;
 };
@@ -25,9 +25,9 @@ class FilesByFolder
 public:
     using Dir = boost::shared_ptr<CHDDirectory>;
 
-    explicit FilesByFolder(const FoundFiles& found)
+    explicit FilesByFolder(const QoFileDbItemArray& found)
     {
-        for (const QoFileDbItemPtr& item : found.files())
+        for (const QoFileDbItemPtr& item : found)
         {
             const auto file = CQoCollection::m_ownCollection.getFileByPath(item->path);
             if (!file || !file->getParentDir() ||
@@ -87,7 +87,7 @@ void addRow(CommandLine& line, Listing& listing, const PlacedFile& placed)
 
 void listPlaced(CommandLine& line, const PlacedOptions& options)
 {
-    const FilesByFolder files{FoundFiles(options.path)};
+    const FilesByFolder files(chosenFiles(options.choice));
     Listing listing(line,
                     options.isLong,
                     {"path", "type", "placed", "artist", "album", "title", "by", "reason"},
@@ -125,7 +125,7 @@ void setUpPlaced(CommandLine& line, CLI::App& command)
                        session->kernel().run([&] { listPlaced(line, *options); });
                        return ExitCode::done;
                    });
-    addArgument(command, "PATH", options->path, "Only this file or folder");
+    addQuery(command, options->choice);
     command.add_flag("--missing", options->missingOnly, "Only those that found nothing");
     command.add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");
 }

@@ -19,8 +19,10 @@ int compareNames(const CLTObject* a, const CLTObject* b)
 
 /// The order of tracks on their albums. The collection's comparison of numbers is not used, because
 /// a missing number equals all others there, and that is no order.
-bool comesBefore(const CLTTrack* a, const CLTTrack* b)
+bool comesBefore(const TrackFile& fileA, const TrackFile& fileB)
 {
+    const CLTTrack* const a = fileA.track;
+    const CLTTrack* const b = fileB.track;
     if (const int order = compareNames(a->getArtist().get(), b->getArtist().get()))
         return order < 0;
     if (const int order = compareNames(a->getAlbum().get(), b->getAlbum().get()))
@@ -31,14 +33,14 @@ bool comesBefore(const CLTTrack* a, const CLTTrack* b)
         return numberA < numberB;
     if (const int order = compareNames(a, b))
         return order < 0;
-    return CQoUtils::comparePaths(a->getMusicFiles()[0]->getPath(),
-                                  b->getMusicFiles()[0]->getPath()) < 0;
+    return CQoUtils::comparePaths(fileA.file->getPath(), fileB.file->getPath()) < 0;
 }
 
-void addRow(CommandLine& line, Listing& listing, const CLTTrack& track, const CHDMusicFile& file)
+void addRow(CommandLine& line, Listing& listing, const TrackFile& file)
 {
-    const int duration = file.getDbItem()->duration;
-    const std::string path = host::shownPath(file.getPath());
+    const CLTTrack& track = *file.track;
+    const int duration = file.file->getDbItem()->duration;
+    const std::string path = host::shownPath(file.file->getPath());
     const auto shown = [&line](const CLTObject* object)
     { return line.out.foreign(displayName(object)); };
     if (listing.isForPeople())
@@ -65,20 +67,23 @@ void addRow(CommandLine& line, Listing& listing, const CLTTrack& track, const CH
 
 void listTracks(CommandLine& line, const MusicOptions& options)
 {
-    std::vector<const CLTTrack*> tracks = options.filter.tracks();
-    std::stable_sort(tracks.begin(), tracks.end(), comesBefore);
+    host::RecordOrder order(options.choice.order);
+    std::vector<TrackFile> files = chosenTracks(options);
+    std::stable_sort(files.begin(), files.end(), comesBefore);
+    host::sortRows(files,
+                   order.order(),
+                   [&order](const TrackFile& file)
+                   { return order.valuesOf(*file.file->getDbItem()); });
+    applyLimit(files, options.choice);
     Listing listing(line,
                     options.isLong,
                     {"track", "title", "artist", "album", "year", "genre", "duration", "path"},
                     {{8, true}, {40}, {30}, {30}, {10}, {16}, {0, true}, {}});
-    for (const CLTTrack* track : tracks)
+    for (const TrackFile& file : files)
     {
-        for (const auto& file : track->getMusicFiles())
-        {
-            if (listing.isClosed())
-                return;
-            addRow(line, listing, *track, *file);
-        }
+        if (listing.isClosed())
+            return;
+        addRow(line, listing, file);
     }
     listing.finish();
 }

@@ -1,8 +1,6 @@
-#include "cli/CommandLine.h"
-#include "cli/KernelCommand.h"
+#include "cli/files/FileChoice.h"
 #include "cli/files/FileRecord.h"
-#include "cli/files/FoundFiles.h"
-#include "cli/shown/Listing.h"
+#include "cli/music/MusicCommand.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
 
@@ -10,12 +8,6 @@ namespace qo::cli
 {
 namespace
 {
-struct UntaggedOptions
-{
-    std::string path;
-    bool isLong = false;
-};
-
 std::vector<std::string> missingFields(const QoFileDbItem& item)
 {
     std::vector<std::string> missing;
@@ -23,8 +15,7 @@ std::vector<std::string> missingFields(const QoFileDbItem& item)
         missing.emplace_back("artist");
     if (item.title.IsEmpty())
         missing.emplace_back("title");
-    // Shown only beside another missing field, since many tracks have no album.
-    if (!missing.empty() && item.album.IsEmpty())
+    if (item.album.IsEmpty())
         missing.emplace_back("album");
     return missing;
 }
@@ -32,8 +23,6 @@ std::vector<std::string> missingFields(const QoFileDbItem& item)
 void addRow(CommandLine& line, Listing& listing, const QoFileDbItem& item)
 {
     const std::vector<std::string> missing = missingFields(item);
-    if (missing.empty())
-        return;
     CString artist;
     CString title;
     CQoUtils::getArtistTitleFromFileName(item.path, artist, title);
@@ -56,39 +45,26 @@ void addRow(CommandLine& line, Listing& listing, const QoFileDbItem& item)
     listing.addRecord(record, path);
 }
 
-ExitCode listUntagged(CommandLine& line, const UntaggedOptions& options)
+void listUntagged(CommandLine& line, const MusicOptions& options)
 {
-    const auto session = openKernel(line, KernelUse::look);
-    loadForReading(line, *session);
-    session->kernel().run(
-        [&]
-        {
-            Listing listing(
-                line,
-                options.isLong,
-                {"path", "missing", "artist", "title", "album", "artistByName", "titleByName"},
-                {{}, {}});
-            const FoundFiles found(options.path);
-            for (const QoFileDbItemPtr& item : found.files())
-            {
-                if (listing.isClosed())
-                    return;
-                if (CQoUtils::isMusicFilePath(item->path))
-                    addRow(line, listing, *item);
-            }
-            listing.finish();
-        });
-    return ExitCode::done;
+    Listing listing(line,
+                    options.isLong,
+                    {"path", "missing", "artist", "title", "album", "artistByName", "titleByName"},
+                    {{}, {}});
+    for (const QoFileDbItemPtr& item : chosenFiles(options.choice))
+    {
+        if (listing.isClosed())
+            return;
+        if (host::isUntagged(*item))
+            addRow(line, listing, *item);
+    }
+    listing.finish();
 }
 } // namespace
 
 void setUpUntagged(CommandLine& line, CLI::App& command)
 {
-    auto options = std::make_shared<UntaggedOptions>();
-    line.setAction(command, [&line, options] { return listUntagged(line, *options); });
-    addArgument(command, "PATH", options->path, "Only this file or folder");
-    command.add_flag("-l,--long",
-                     options->isLong,
-                     "Every field, also what the file's name tells, with tabs between them");
+    setUpMusic(
+        line, command, [&line](const MusicOptions& options) { listUntagged(line, options); });
 }
 } // namespace qo::cli

@@ -1,10 +1,10 @@
 #include "cli/rules/PlanSelection.h"
 
-#include "cli/files/FoundFiles.h"
 #include "core/base/HostError.h"
 
 #include <QoKernel/Physical.h>
 
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -13,13 +13,6 @@ namespace qo::cli
 namespace
 {
 using Records = std::unordered_set<const QoFileDbItem*>;
-
-void addBelow(const std::string& typed, Records& records)
-{
-    const FoundFiles found(typed);
-    for (const QoFileDbItemPtr& item : found.files())
-        records.insert(item.get());
-}
 
 /// What a name is looked up by, without regard to case.
 std::u16string keyOf(CString name)
@@ -62,17 +55,10 @@ private:
     std::unordered_map<std::u16string, bool> m_byAlbum; ///< under "" all of the folder
 };
 
-/// The files of the chosen tracks, and the pictures and texts beside them that belong to nothing
-/// else.
-Records chosenRecords(const MusicFilter& filter, const QoFileDbItemArray& all)
+/// The pictures and texts beside the chosen music that belong to nothing else.
+void addCompanions(Records& chosen, const QoFileDbItemArray& all)
 {
-    Records music;
-    for (const CLTTrack* track : filter.tracks())
-    {
-        for (const auto& file : track->getMusicFiles())
-            music.insert(file->getDbItem().get());
-    }
-    Records records = music;
+    const Records music = chosen;
     std::unordered_map<const CHDDirectory*, FolderMusic> folders;
     for (const QoFileDbItemPtr& item : all)
     {
@@ -80,36 +66,36 @@ Records chosenRecords(const MusicFilter& filter, const QoFileDbItemArray& all)
         const CHDDirectory* const folder = file ? file->getParentDir().get() : nullptr;
         if (folder && file->getFileType() != CHDFile::FT_Music &&
             folders.try_emplace(folder, *folder, music).first->second.holds(*file))
-            records.insert(item.get());
+            chosen.insert(item.get());
     }
-    return records;
 }
 } // namespace
 
 QoFileDbItemArray PlanSelection::records() const
 {
-    const QoFileDbItemArray all = FoundFiles(std::string()).files();
-    std::vector<Records> conditions;
-    if (!root.empty())
-        addBelow(root, conditions.emplace_back());
-    if (!paths.empty())
-        conditions.emplace_back();
-    for (const std::string& path : paths)
-        addBelow(path, conditions.back());
-    if (filter.isSet())
-        conditions.push_back(chosenRecords(filter, all));
-    QoFileDbItemArray chosen;
+    QoFileDbItemArray all;
+    CQoCollection::m_ownCollection.copyFiles(all);
+    host::Query query(choice.request);
+    Records chosen;
     for (const QoFileDbItemPtr& item : all)
     {
-        bool isMeant = true;
-        for (const Records& condition : conditions)
-            isMeant = isMeant && condition.contains(item.get());
-        if (isMeant)
-            chosen.Add(item);
+        if (query.fits(*item))
+            chosen.insert(item.get());
     }
-    if (chosen.IsEmpty() && !conditions.empty())
-        throw host::HostError(host::ExitCode::notFound,
-                              "no file of the collection is meant by all of that together");
-    return chosen;
+    // What a path names is meant as it is.
+    if (!query.isPathsOnly())
+        addCompanions(chosen, all);
+    std::optional<host::PathSelection> below;
+    if (!root.empty() && !(below = host::PathSelection::of(root)))
+        throw host::HostError(host::ExitCode::notFound, root + " is not in the collection");
+    QoFileDbItemArray records;
+    for (const QoFileDbItemPtr& item : all)
+    {
+        if (chosen.contains(item.get()) && (!below || below->holds(item->path)))
+            records.Add(item);
+    }
+    if (records.IsEmpty() && (choice.isSet() || below))
+        complainOfNothing(choice);
+    return records;
 }
 } // namespace qo::cli

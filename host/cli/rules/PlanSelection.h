@@ -1,21 +1,19 @@
 #pragma once
 
-#include "cli/music/MusicFilter.h"
+#include "cli/files/FileChoice.h"
 
 #include <QoKernel/Collection.h>
 
 #include <string>
-#include <vector>
 
 namespace qo::cli
 {
-/// Which files of the collection a plan is about: those that all options agree on.
+/// Which files of the collection a plan is about: those that a query chooses, with the pictures and
+/// texts that lie beside chosen music and belong to nothing else.
 struct PlanSelection
 {
-    std::string root;               ///< those below it; "" for all
-    std::vector<std::string> paths; ///< those at or below one of them; none for all
-    /// Tracks, with the pictures and texts that lie beside them and belong to nothing else.
-    MusicFilter filter;
+    std::string root; ///< only what lies below it; "" for all
+    FileChoice choice;
 
     /// In the collection's order. Throws HostError when nothing is left. On the kernel's thread.
     QoFileDbItemArray records() const;

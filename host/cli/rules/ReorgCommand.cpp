@@ -106,13 +106,11 @@ void setUpReorg(CommandLine& line, CLI::App& command)
         ->type_name("DIR");
     addArgument(*planApp, "--to", options->target, "Sort into this folder of the collection")
         ->type_name("DIR");
-    addOptional(*planApp, "--artist", selection.filter.artist, "Only music of this artist");
-    addOptional(*planApp, "--album", selection.filter.album, "Only albums of this name");
-    addOptional(*planApp, "--genre", selection.filter.genre, "Only music of this genre");
+    addNames(*planApp, selection.choice);
     addArgument(*planApp, "--output", options->output, "Write a copy of the plan to this file")
         ->type_name("FILE");
     planApp->add_flag("--all", options->all, "Show the files that stay, too");
-    addArguments(*planApp, "PATH", selection.paths, "Only these files and folders");
+    addQuery(*planApp, selection.choice);
     addReorgRunCommands(line, command);
 }
 } // namespace qo::cli

@@ -1,6 +1,6 @@
 #include "cli/rules/RuleCommand.h"
 
-#include "cli/files/FoundFiles.h"
+#include "cli/files/FileChoice.h"
 #include "cli/rules/RulePicture.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
@@ -20,7 +20,7 @@ using host::RuleWalk;
 struct RuleOptions
 {
     std::string rule;
-    std::vector<std::string> files;
+    FileChoice choice;
     bool isLong = false;
 };
 
@@ -153,18 +153,14 @@ void testFiles(CommandLine& line, const RuleOptions& options)
     const RuleStore store;
     const NamedRule named = findRule(store, options.rule);
     RuleWalk walk(*named.rule);
-    for (const std::string& typed : options.files)
+    for (const QoFileDbItemPtr& item : chosenFiles(options.choice))
     {
-        const FoundFiles found(typed);
-        for (const QoFileDbItemPtr& item : found.files())
-        {
-            const auto file = CQoCollection::m_ownCollection.getFileByPath(item->path);
-            if (!file || line.out.isClosed())
-                continue;
-            const CString root = CQoUtils::getRootDir(file)->getPath().toString();
-            const RuleWalk::Answer answer = walk.answerFor(file, root);
-            putAnswer(line, item->path, placeOf(answer, root), answer);
-        }
+        const auto file = CQoCollection::m_ownCollection.getFileByPath(item->path);
+        if (!file || line.out.isClosed())
+            continue;
+        const CString root = CQoUtils::getRootDir(file)->getPath().toString();
+        const RuleWalk::Answer answer = walk.answerFor(file, root);
+        putAnswer(line, item->path, placeOf(answer, root), answer);
     }
 }
 
@@ -286,7 +282,7 @@ void setUpRule(CommandLine& line, CLI::App& command)
     for (CLI::App* each : {show, check, test})
         addArgument(*each, "RULE", options->rule, "A rule by name or id, or a rule file")
             ->required();
-    addArguments(*test, "FILE", options->files, "Files and folders of the collection")->required();
+    addQuery(*test, options->choice)->required();
     addRuleEditCommands(line, command);
 }
 } // namespace qo::cli

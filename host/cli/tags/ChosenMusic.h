@@ -1,36 +1,32 @@
 #pragma once
 
 #include "cli/KernelCommand.h"
-#include "cli/music/MusicFilter.h"
+#include "cli/files/FileChoice.h"
 #include "core/collection/PendingTags.h"
 
 #include <functional>
 
 namespace qo::cli
 {
-/// Which music files a command is about: files, which need not be in the collection, the music in
-/// folders of the collection, and with names only those of the tracks that have them.
-struct MusicChoice
-{
-    std::vector<std::string> paths;
-    MusicFilter filter;
-};
-
-/// Gives the command the arguments PATH and the options of the filter.
-void addChoice(CLI::App& command, MusicChoice& choice);
-
 /// The spelling of the file under which edits wait, or else the typed one.
 CString editedPath(const host::PendingTags& pending, const std::string& typed);
+
+/// Loads the collection if the choice needs it; whether it did. On any thread.
+bool prepareChoice(CommandLine& line, host::Session& session, const FileChoice& choice);
+/// Of a choice that is prepared. On the kernel's thread.
+std::vector<CString> chosenMusic(const FileChoice& choice, const host::PendingTags& pending);
 
 /// What a command does with the chosen files.
 using MusicWork =
     std::function<ExitCode(const std::vector<CString>& paths, host::PendingTags& pending)>;
 
-/// Starts the kernel, loads the collection if the choice needs it, and calls the work on the
-/// kernel's thread with the chosen files: each once, in the order of the paths and of the
-/// collection. Throws HostError where nothing was chosen, or a path has nothing.
+/// Starts the kernel and calls the work on its thread with the chosen music files. Where files
+/// alone were typed, these need not be in the collection; otherwise it is loaded, and all music
+/// that fits is meant, in its order. Throws HostError where nothing was chosen, or nothing fits.
 ExitCode
-withChosenMusic(CommandLine& line, KernelUse use, const MusicChoice& choice, const MusicWork& work);
+withChosenMusic(CommandLine& line, KernelUse use, const FileChoice& choice, const MusicWork& work);
+/// The choice of a command that works on music, of which none may be left out.
+void addMusic(CLI::App& command, FileChoice& choice);
 
 /// Calls the work for each of the list and goes on after a HostError, unless there is one alone.
 template <class List, class Work>

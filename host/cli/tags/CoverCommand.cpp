@@ -20,7 +20,7 @@ using KVTagLib::PictureFacts;
 
 struct CoverOptions
 {
-    MusicChoice choice;
+    FileChoice choice;
     std::string target; ///< of extract
     std::string image;  ///< of set
     bool isLong = false;
@@ -297,7 +297,7 @@ void setUpCover(CommandLine& line, CLI::App& command)
                                            return run(work);
                                        });
             });
-        addChoice(*app, options->choice);
+        addMusic(*app, options->choice);
         return app;
     };
     add("show", "The pictures of each file", KernelUse::look, showCovers)

@@ -21,7 +21,7 @@ using host::PendingTags;
 
 struct EncodingOptions
 {
-    MusicChoice choice;
+    FileChoice choice;
     std::string charset; ///< "" to find it out
     bool isLong = false;
 };
@@ -215,7 +215,7 @@ void setUpEncoding(CommandLine& line, CLI::App& command)
                            [&](const std::vector<CString>& paths, PendingTags& pending)
                            { return rereadTexts(line, *options, paths, pending); });
                    });
-    addChoice(command, options->choice);
+    addMusic(command, options->choice);
     addArgument(command, "--from", options->charset, "The encoding that the texts were written in")
         ->type_name("CHARSET");
     command.add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");

@@ -2,14 +2,19 @@
 #include "cli/KernelCommand.h"
 #include "cli/files/FileRecord.h"
 #include "cli/files/TagFields.h"
-#include "cli/shown/ClosestName.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "cli/tags/ChosenMusic.h"
 #include "cli/tags/EncodingCommand.h"
+#include "cli/tags/TagWords.h"
 #include "cli/tags/TagWriting.h"
 #include "core/base/HostFiles.h"
+#include "core/collection/CollectionChanges.h"
 #include "core/collection/PendingTags.h"
+#include "core/roots/RootFolders.h"
+#include "core/watch/FolderChanges.h"
+
+#include <algorithm>
 
 namespace qo::cli
 {
@@ -21,8 +26,8 @@ using host::Session;
 
 struct TagOptions
 {
-    std::string file;
-    std::vector<std::string> words; ///< "field=value" or field names
+    std::vector<std::string> words; ///< a query, with values or fields among it
+    bool isMarked = false;
     bool all = false;
     bool parts = false;
     bool away = false;
@@ -39,36 +44,22 @@ struct TagWork
     CommandLine& line;
     Session& session;
     PendingTags pending;
+    bool isLoaded = false; ///< the collection
 };
 
-std::string allFieldNames()
+/// The music that was chosen; files alone need not be in the collection.
+std::vector<CString>
+chosenPaths(TagWork& work, const TagOptions& options, const std::vector<std::string>& words)
 {
-    std::string names;
-    for (const host::FileField& field : host::tagFields())
-        names += (names.empty() ? "" : ", ") + std::string(field.name);
-    return names;
-}
-
-const host::FileField& findField(const std::string& name)
-{
-    if (const host::FileField* const field = host::findTagField(name))
-        return *field;
-    std::vector<std::string> names;
-    for (const host::FileField& field : host::tagFields())
-        names.emplace_back(field.name);
-    const std::string suggestion = suggestionFor(name, names);
-    throw HostError(ExitCode::usage,
-                    "\"" + name + "\" is no field of a tag" +
-                        (suggestion.empty() ? "; there are " + allFieldNames() : suggestion));
-}
-
-CString pathOf(const TagWork& work, const std::string& typed)
-{
-    return editedPath(work.pending, typed);
+    FileChoice choice;
+    choice.request.words = words;
+    choice.request.isMarked = options.isMarked;
+    work.isLoaded = prepareChoice(work.line, work.session, choice) || work.isLoaded;
+    return chosenMusic(choice, work.pending);
 }
 
 /// Every part of the file: its name, indented by what it stands in, its size and its text.
-ExitCode showParts(TagWork& work, const CString& path)
+void showParts(TagWork& work, const CString& path)
 {
     checkMusicFile(path);
     std::vector<KVTagLib::FilePart> parts;
@@ -97,73 +88,138 @@ ExitCode showParts(TagWork& work, const CString& path)
         listing.addRecord(record);
     }
     listing.finish();
-    return ExitCode::done;
 }
 
-ExitCode show(TagWork& work, const TagOptions& options)
+/// The values of the file and the edited ones.
+void showTag(TagWork& work, const CString& path, bool withPath)
 {
-    const CString path = pathOf(work, options.file);
-    if (options.parts)
-        return showParts(work, path);
     CMusicTagEx tag;
     readFileTag(path, tag);
     applyEdits(tag, work.pending.fields(path));
     const KVTagLib::CTags all = allValues(path);
     if (!work.line.json)
     {
-        work.line.out.write(tagTable(tag, all));
-        return ExitCode::done;
+        if (withPath)
+            work.line.out.line(work.line.out.foreign(host::shownPath(path)));
+        return work.line.out.write(tagTable(tag, all));
     }
     Json object;
     putPath(object, "path", path);
     object["fields"] = tagJson(tag, all);
     work.line.out.line(dump(object));
-    return ExitCode::done;
 }
 
-/// A picture is kept as the absolute path of a file that is there.
-std::string checkedValue(const host::FileField& field, const std::string& value)
+ExitCode show(TagWork& work, const TagOptions& options)
 {
-    if (field.kind != host::FieldKind::path)
+    const std::vector<CString> paths = chosenPaths(work, options, options.words);
+    bool isFirst = true;
+    return forEachOf(paths,
+                     [&](const CString& path)
+                     {
+                         if (!isFirst && !work.line.json)
+                             work.line.out.line("");
+                         isFirst = false;
+                         if (!options.parts)
+                             return showTag(work, path, paths.size() > 1);
+                         if (paths.size() > 1 && !work.line.json)
+                             work.line.out.line(work.line.out.foreign(host::shownPath(path)));
+                         showParts(work, path);
+                     });
+}
+
+/// The values that change in one file.
+struct TagEdit
+{
+    struct Change
     {
-        if (!isUtf8(value))
-            throw HostError(ExitCode::usage,
-                            std::string("the value of ") + field.name + " is not UTF-8");
-        return value;
+        const host::FileField* field;
+        std::string before;
+        std::string after;
+        bool isOwn; ///< the file's own value again, which is no edit
+    };
+    CString path;
+    std::vector<Change> changes;
+};
+
+TagEdit editOf(const TagWork& work, const CString& path, const TagWords& words)
+{
+    CMusicTagEx tag;
+    readFileTag(path, tag);
+    const KVTagLib::CTags all = allValues(path);
+    const PendingTags::Fields pending = work.pending.fields(path);
+    TagEdit edit{path, {}};
+    for (const TagWords::Value& value : words.values)
+    {
+        const std::vector<std::string> own = fileValues(tag, all, *value.field);
+        const std::string first = own.empty() ? std::string() : own.front();
+        const auto edited = pending.find(value.field->name);
+        const std::string before = edited == pending.end() ? first : edited->second;
+        if (before != value.value)
+            edit.changes.push_back({value.field, before, value.value, value.value == first});
     }
-    if (value.empty())
-        throw HostError(ExitCode::usage,
-                        "a picture can be replaced but not removed: name a picture file, or see "
-                        "\"qo cover remove\"");
-    return checkedPicture(value);
+    return edit;
+}
+
+/// One line a change.
+void showEdit(TagWork& work, const TagEdit& edit)
+{
+    const auto shown = [](const std::string& value)
+    { return value.empty() ? std::string("(none)") : harmless(oneLine(fromUtf8(value))); };
+    std::string text = work.line.out.foreign(host::shownPath(edit.path));
+    for (const TagEdit::Change& change : edit.changes)
+        text += std::string("\n  ") + change.field->heading + ": " + shown(change.before) + " -> " +
+                shown(change.after);
+    work.line.out.line(text);
+}
+
+void keepEdit(TagWork& work, const TagEdit& edit)
+{
+    for (const TagEdit::Change& change : edit.changes)
+    {
+        if (change.isOwn)
+            work.pending.drop(edit.path, change.field->name);
+        else
+            work.pending.set(edit.path, change.field->name, change.after);
+    }
 }
 
 ExitCode set(TagWork& work, const TagOptions& options)
 {
-    const CString path = pathOf(work, options.file);
-    CMusicTagEx tag;
-    readFileTag(path, tag);
-    const KVTagLib::CTags all = allValues(path);
-    for (const std::string& word : options.words)
+    constexpr std::size_t mostUnasked = 10;
+    const TagWords words = TagWords::ofSet(options.words);
+    const std::vector<CString> paths = chosenPaths(work, options, words.query);
+    std::vector<TagEdit> edits;
+    const ExitCode code = forEachOf(paths,
+                                    [&](const CString& path)
+                                    {
+                                        TagEdit edit = editOf(work, path, words);
+                                        if (!edit.changes.empty() || paths.size() == 1)
+                                            edits.push_back(std::move(edit));
+                                    });
+    if (paths.size() > 1 && !work.line.json)
     {
-        const std::size_t equals = word.find('=');
-        if (equals == std::string::npos)
-            throw HostError(ExitCode::usage, "\"" + word + "\" is not of the form field=value");
-        const std::string name = word.substr(0, equals);
-        const host::FileField& field = findField(name);
-        const std::string value = checkedValue(field, word.substr(equals + 1));
-        const std::vector<std::string> own = fileValues(tag, all, field);
-        // The file's own value again is no edit.
-        if (value == (own.empty() ? "" : own.front()))
-            work.pending.drop(path, name);
-        else
-            work.pending.set(path, name, value);
+        for (const TagEdit& edit : edits)
+            showEdit(work, edit);
+        work.line.out.flush();
     }
+    if (edits.size() > mostUnasked && !work.line.dryRun)
+        confirm(work.line,
+                countText(static_cast<std::int64_t>(edits.size()), "file") + " will be edited.");
+    for (const TagEdit& edit : edits)
+        keepEdit(work, edit);
     if (!work.line.dryRun)
         work.pending.save();
-    applyEdits(tag, work.pending.fields(path));
-    work.line.out.write(work.line.json ? dump(tagJson(tag, all)) + "\n" : tagTable(tag, all));
-    return ExitCode::done;
+    if (paths.size() == 1 || work.line.json)
+    {
+        for (const TagEdit& edit : edits)
+            showTag(work, edit.path, false);
+    }
+    if (paths.size() > 1)
+        work.line.note(std::string(work.line.dryRun ? "would edit " : "edited ") +
+                       countText(static_cast<std::int64_t>(edits.size()), "file") + " of " +
+                       std::to_string(paths.size()) +
+                       (edits.empty() || work.line.dryRun ? "" : "; \"qo tag write\" writes them"));
+    return code;
 }
 
 /// The files with edits, those that are away with a remark.
@@ -186,44 +242,82 @@ ExitCode listEdits(TagWork& work, const TagOptions&)
     return ExitCode::done;
 }
 
-/// The files whose edits go.
-std::vector<CString> dropEdits(TagWork& work, const TagOptions& options)
+/// Whether there are edits for what was typed, be the file there or away.
+bool hasEdits(const TagWork& work, const std::string& typed)
 {
-    PendingTags& pending = work.pending;
-    if (options.away)
+    const std::vector<CString> away = work.pending.awayPaths();
+    return work.pending.isEdited(editedPath(work.pending, typed)) ||
+           std::ranges::any_of(spellings(typed),
+                               [&away](const CString& form)
+                               { return std::ranges::find(away, form) != away.end(); });
+}
+
+/// Of what was chosen the files with edits. Names of files are taken as they are.
+std::vector<CString>
+editedPaths(TagWork& work, const TagOptions& options, const std::vector<std::string>& words)
+{
+    std::vector<CString> paths;
+    const bool areNames =
+        !options.isMarked &&
+        std::ranges::all_of(words,
+                            [&work](const std::string& typed) { return hasEdits(work, typed); });
+    if (areNames)
     {
-        const std::vector<CString> paths = pending.awayPaths();
-        if (paths.empty())
-            throw HostError(ExitCode::notFound, "no file with edits is away");
-        for (const CString& path : paths)
-            pending.dropAway(path);
+        for (const std::string& typed : words)
+            paths.push_back(editedPath(work.pending, typed));
         return paths;
     }
-    if (options.file.empty())
-        throw HostError(ExitCode::usage, "name a file, or all files that are away with --away");
-    const CString path = pathOf(work, options.file);
-    bool any = options.words.empty() && pending.drop(path);
-    if (options.words.empty() && !any)
+    for (const CString& path : chosenPaths(work, options, words))
     {
-        for (const CString& form : spellings(options.file))
-            any = pending.dropAway(form) || any;
+        if (work.pending.isEdited(path))
+            paths.push_back(path);
     }
-    for (const std::string& name : options.words)
-    {
-        findField(name);
-        any = pending.drop(path, name) || any;
-    }
-    if (!any)
-        throw HostError(ExitCode::notFound, "nothing is edited there: " + host::shownPath(path));
-    return {path};
+    if (paths.empty())
+        throw HostError(ExitCode::notFound,
+                        "nothing is edited there: " + (words.size() == 1 ? words[0]
+                                                                         : "\"qo tag ls\" lists "
+                                                                           "what is"));
+    return paths;
+}
+
+/// Drops these fields, or all, of one file. Whether there was anything.
+bool dropEdits(TagWork& work, const CString& path, const std::vector<TagWords::Value>& fields)
+{
+    bool any = false;
+    for (const TagWords::Value& value : fields)
+        any = work.pending.drop(path, value.field->name) || any;
+    if (fields.empty())
+        any = work.pending.drop(path) || work.pending.dropAway(path);
+    return any;
 }
 
 ExitCode revert(TagWork& work, const TagOptions& options)
 {
-    const std::vector<CString> paths = dropEdits(work, options);
+    const TagWords words = TagWords::ofRevert(options.words);
+    std::vector<CString> paths;
+    if (options.away)
+        paths = work.pending.awayPaths();
+    else if (words.query.empty() && !options.isMarked)
+        throw HostError(ExitCode::usage,
+                        "name a file, find files with a query, or take all that are away with "
+                        "--away");
+    else
+        paths = editedPaths(work, options, words.query);
+    std::vector<CString> dropped;
+    for (const CString& path : paths)
+    {
+        if (dropEdits(work, path, words.values))
+            dropped.push_back(path);
+    }
+    if (dropped.empty())
+        throw HostError(ExitCode::notFound,
+                        options.away ? "no file with edits is away"
+                        : paths.size() > 1
+                            ? "nothing is edited there"
+                            : "nothing is edited there: " + host::shownPath(paths.front()));
     if (!work.line.dryRun)
         work.pending.save();
-    for (const CString& path : paths)
+    for (const CString& path : dropped)
         work.line.note((work.line.dryRun ? "would drop the edits of " : "dropped the edits of ") +
                        host::shownPath(path));
     return ExitCode::done;
@@ -250,29 +344,68 @@ TagWritten writeOne(TagWork& work, const CString& path, ProgressReporter& progre
     return written;
 }
 
-std::vector<CString> pathsToWrite(const TagWork& work, const TagOptions& options)
+std::vector<CString> pathsToWrite(TagWork& work, const TagOptions& options)
 {
     if (options.all)
         return work.pending.paths();
-    if (options.file.empty())
-        throw HostError(ExitCode::usage, "name a file, or all of them with --all");
-    const CString path = pathOf(work, options.file);
-    if (!work.pending.isEdited(path))
-        throw HostError(ExitCode::notFound, "nothing is edited there: " + host::shownPath(path));
-    return {path};
+    if (options.words.empty() && !options.isMarked)
+        throw HostError(ExitCode::usage,
+                        "name a file, find files with a query, or write all of them with --all");
+    return editedPaths(work, options, options.words);
+}
+
+/// The collection learns what was written at once, not at the next scan.
+void takeIn(TagWork& work, const std::vector<CString>& written)
+{
+    using Kind = host::FolderEvent::Kind;
+    std::vector<host::FolderEvent> events;
+    const host::RootFolders roots;
+    for (const CString& path : written)
+    {
+        if (std::ranges::any_of(roots.folders(),
+                                [&path](const CString& root)
+                                { return path.view().starts_with(addBackslash(root).view()); }))
+            events.push_back({Kind::added, toSystemPath(path), {}, {}});
+    }
+    if (events.empty())
+        return;
+    try
+    {
+        if (!work.isLoaded)
+            loadForReading(work.line, work.session);
+        std::erase_if(events,
+                      [](const host::FolderEvent& event)
+                      { return !host::CollectionChanges::recordOf(fromSystemPath(event.path)); });
+        host::ProgressReporter progress({});
+        host::FolderChanges(work.session).apply(events, progress);
+    }
+    catch (const HostError& error)
+    {
+        work.line.note(std::string("the collection will take the new tags in at the next scan: ") +
+                       error.what());
+    }
 }
 
 ExitCode write(TagWork& work, const TagOptions& options)
 {
+    constexpr std::size_t mostUnasked = 10;
     const std::vector<CString> paths = pathsToWrite(work, options);
-    if (options.all && !paths.empty() && !work.line.dryRun)
+    if ((paths.size() > mostUnasked || (options.all && !paths.empty())) && !work.line.dryRun)
         confirm(work.line,
                 "The tags of " + countText(static_cast<std::int64_t>(paths.size()), "file") +
                     " will be written.");
     TagWriting writing(
         work.line, paths, ", and what was not keeps its edits: \"qo tag write --all\" goes on");
-    const ExitCode code = writing.run([&work](const CString& path, ProgressReporter& progress)
-                                      { return writeOne(work, path, progress); });
+    std::vector<CString> written;
+    const ExitCode code = writing.run(
+        [&](const CString& path, ProgressReporter& progress)
+        {
+            const TagWritten how = writeOne(work, path, progress);
+            if (how == TagWritten::changed)
+                written.push_back(path);
+            return how;
+        });
+    takeIn(work, written);
     if (const auto away = static_cast<std::int64_t>(work.pending.awayPaths().size());
         away > 0 && options.all)
         work.line.note(countText(away, "file") +
@@ -314,30 +447,29 @@ void setUpTag(CommandLine& line, CLI::App& command)
 {
     command.require_subcommand(1);
     const auto options = std::make_shared<TagOptions>();
-    const auto add =
-        [&](const char* name, const char* help, KernelUse use, TagAction run, bool withFile = true)
+    const auto add = [&](const char* name, const char* help, KernelUse use, TagAction run)
+    { return addTagCommand(line, command, options, name, help, use, run); };
+    const auto addWords = [&](CLI::App& app, const char* name, const char* help)
     {
-        CLI::App* const app = addTagCommand(line, command, options, name, help, use, run);
-        if (withFile)
-            addArgument(*app, "FILE", options->file, "A music file");
-        return app;
+        app.add_flag("--marked", options->isMarked, "Only files with a check mark");
+        return addArguments(app, name, options->words, help);
     };
 
     CLI::App* const showApp =
         add("show", "The file's values and the edited ones side by side", KernelUse::look, show);
-    showApp->get_option("FILE")->required();
+    addWords(*showApp, "QUERY", "Music files, or words that find them");
     showApp->add_flag("--all", options->parts, "Instead, every frame, item, atom and chunk");
 
     CLI::App* const setApp =
         add("set", "Edit values; they wait until \"write\"", KernelUse::hold, set);
-    setApp->get_option("FILE")->required();
-    addArguments(*setApp, "FIELD=VALUE", options->words, "Fields: " + allFieldNames())->required();
+    addWords(*setApp, "WORD", "FIELD=VALUE, and music files or words that find them");
+    setApp->footer("Fields: " + tagFieldNames());
 
-    add("ls", "The files with edits that are not written", KernelUse::look, listEdits, false);
+    add("ls", "The files with edits that are not written", KernelUse::look, listEdits);
 
     CLI::App* const revertApp =
         add("revert", "Drop edits that were not written", KernelUse::hold, revert);
-    addArguments(*revertApp, "FIELD", options->words, "Only these fields");
+    addWords(*revertApp, "WORD", "Music files or words that find them, and fields if not all");
     revertApp->add_flag("--away", options->away, "All files that cannot be found");
 
     setUpEncoding(line,
@@ -346,6 +478,7 @@ void setUpTag(CommandLine& line, CLI::App& command)
 
     CLI::App* const writeApp =
         add("write", "Write the edits into the file", KernelUse::hold, write);
+    addWords(*writeApp, "QUERY", "Music files, or words that find them");
     writeApp->add_flag("--all", options->all, "Every file with edits");
 }
 } // namespace qo::cli

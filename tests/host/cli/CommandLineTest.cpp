@@ -19,7 +19,7 @@ TEST(CommandLine, FailuresHaveTheirExitCodeAndOneSentence)
         {{"scan", "/nowhere"}, 4, "/nowhere cannot be used: No such file or directory"},
         {{"scan", "/dev/null"}, 1, "/dev/null is not a folder"},
         {{"scan", ""}, 2, "an empty path names nothing"},
-        {{"info", "/nowhere"}, 4, "is not in the collection"},
+        {{"info", "/nowhere"}, 4, "/nowhere is not there"},
         {{"tree", "/nowhere"}, 4, "is no folder of the collection"},
         {{"config", "get", "Nothing"}, 4, "there is no setting \"Nothing\""},
         {{"config", "get", "Tracelevel"}, 4, "did you mean \"TraceLevel\"?"},
@@ -38,7 +38,7 @@ TEST(CommandLine, FailuresHaveTheirExitCodeAndOneSentence)
         {{"add", "--move", "/x"}, 2, "--move requires --to"},
         {{"watch"}, 2, "there is no folder to watch yet"},
         {{"watch", "--every", "0"}, 2, "--every"},
-        {{"lyrics", "/nowhere"}, 4, "is not in the collection"},
+        {{"lyrics", "/nowhere"}, 4, "/nowhere is not there"},
         {{"artists", "--artist", "x"}, 4, "there is no artist \"x\""},
         {{"help", "sing"}, 2, "there is no command \"sing\""}};
     qo.expectRefusals("", cases);

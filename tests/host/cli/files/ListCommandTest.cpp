@@ -39,13 +39,17 @@ TEST(ListCommand, EveryNameSurvivesTheRoundTrip)
         listed.push_back(record.contains("pathUri") ? decodeUri(record["pathUri"])
                                                     : record["path"].get<std::string>());
     EXPECT_EQ(listed.size(), names.size());
+    const std::string raw = '\0' + qo.run({"ls", "-0"}).out;
+    // Without a NUL at its end no name breaks its line.
     const std::string plain = qo.run({"ls"}).out;
+    EXPECT_EQ(std::count(plain.begin(), plain.end(), '\n'), long(names.size()));
+    EXPECT_TRUE(contains(plain, "line\\x0afeed.mp3\n"));
     for (const std::string& name : names)
     {
         const std::string path = qo.music(name);
         EXPECT_EQ(std::count(listed.begin(), listed.end(), path), 1)
             << testing::PrintToString(name);
-        EXPECT_TRUE(contains(plain, path + "\n")) << testing::PrintToString(name);
+        EXPECT_TRUE(contains(raw, '\0' + path + '\0')) << testing::PrintToString(name);
         EXPECT_EQ(qo.run({"info", path}).code, 0) << testing::PrintToString(name);
     }
 }

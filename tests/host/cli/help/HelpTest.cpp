@@ -89,7 +89,7 @@ TEST(Help, WhatIsWrongWithACommandLineIsNamedInItsOrder)
     const std::vector<QoCommand::Refusal> cases = {
         {{"rule", "copy"}, 2, "RULE is missing: qo rule copy [OPTIONS] RULE NAME"},
         {{"rule", "copy", "x"}, 2, "NAME is missing"},
-        {{"tag", "set"}, 2, "FILE is missing: qo tag set FILE FIELD=VALUE..."},
+        {{"tag", "set"}, 2, "say what to set, as"},
         {{"ls", "--josn"}, 2, "there is no option \"--josn\"; did you mean \"--json\"?"},
         {{"tag", "set", "--qiet", "x"}, 2, "did you mean \"--quiet\"?"},
         {{"tag", "set", file, "titel=y"}, 2, "did you mean \"title\"?"},

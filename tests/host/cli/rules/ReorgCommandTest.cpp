@@ -268,7 +268,7 @@ TEST(ReorgCommand, RefusalsHaveTheirExitCodeAndSentence)
         {{"plan"}, 2, "name a rule with --rule; there are artist-track, velmora-artist-track"},
         {{"plan", "--rule", "x"}, 4, "there is no rule \"x\""},
         {{"plan", "--rule", "artist-track", "--to", "/nowhere"}, 4, "is in no root folder"},
-        {{"plan", "--rule", "artist-track", "/nowhere"}, 4, "/nowhere is not in the collection"},
+        {{"plan", "--rule", "artist-track", "/nowhere"}, 4, "/nowhere is not there"},
         {{"plan", "--rule", "artist-track", "--artist", "x"}, 4, "there is no artist \"x\""},
         {{"apply"}, 2, "name a plan, or take the youngest with --last"},
         {{"apply", "--last"}, 4, "there is no plan yet"},

@@ -200,7 +200,7 @@ TEST(RuleCommand, RefusalsHaveTheirExitCodeAndSentence)
         {{"new", "x", "--less-folder", "y"}, 2, "--less-folder needs"},
         {{"new", "x", "--from", file, "--folder", "y"}, 2, "excludes"},
         {{"new", "x", "--from", "/nowhere.xml"}, 4, "/nowhere.xml cannot be read"},
-        {{"test", "a", "/nowhere"}, 4, "/nowhere is not in the collection"}};
+        {{"test", "a", "/nowhere"}, 4, "/nowhere is not there"}};
     qo.expectRefusals("rule", cases);
     EXPECT_EQ(ids(qo).size(), 4U);
 }

@@ -72,9 +72,9 @@ TEST(CoverCommand, SaysWhatIsWrong)
             std::string("APETAGEX\xd0\x07\0\0\x20\0\0\0\5\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 32));
     const std::vector<QoCommand::Refusal> cases = {
         {{"show"}, 2, "name files or folders"},
-        {{"show", qo.music("none.mp3")}, 4, "is not in the collection"},
+        {{"show", qo.music("none.mp3")}, 4, "none.mp3 is not there"},
         {{"show", qo.dir.write("music/a.txt", "x")}, 1, "is no kind of file that has a tag"},
-        {{"set", file}, 2, "--image is required"},
+        {{"set", file}, 2, "--image is missing"},
         {{"set", file, "--image", file}, 1, "cannot be used: it must be"},
         {{"set", odd, "--image", picture}, 1, "the tag of " + odd + " was not written"},
         {{"extract", file, "--to", qo.dir.path()}, 4, "there is no picture to extract"},

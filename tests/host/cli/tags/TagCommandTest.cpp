@@ -134,16 +134,19 @@ TEST(TagCommand, SaysWhatIsWrong)
     const std::string file = qo.addSound("1.mp3");
     const std::string broken = qo.dir.write("music/broken.flac", "not a flac file");
     const std::vector<QoCommand::Refusal> cases = {
-        {{"set", file, "artist"}, 2, "is not of the form field=value"},
+        {{"set", file, "artist"}, 2, "say what to set, as \"genre=Jazz\""},
         {{"set", file, "singer=x"}, 2, "is no field of a tag"},
+        {{"set", file, "titel=x"}, 2, "did you mean \"title\"?"},
+        {{"set", file, "track=abc"}, 2, "is no track number; write 3 or 3/12"},
+        {{"set", file, "year=99999"}, 2, "is no year"},
         {{"set", file, "artist=\xff"}, 2, "is not UTF-8"},
         {{"set", file, "picture=/nowhere.jpg"}, 4, "No such file or directory"},
         {{"set", file, "picture=" + broken}, 1, "cannot be used: it must be"},
-        {{"set", qo.music("2.mp3"), "artist=x"}, 4, "No such file or directory"},
-        {{"set", qo.music(), "artist=x"}, 1, "is no regular file"},
+        {{"set", qo.music("2.mp3"), "artist=x"}, 4, "2.mp3 is not there"},
+        {{"set", qo.music(), "artist=x"}, 4, "is not in the collection"},
         {{"show", qo.dir.write("music/a.txt", "x")}, 1, "is no kind of file that has a tag"},
         {{"show", broken}, 1, "cannot be read: "},
-        {{"show", "--all", qo.music("2.mp3")}, 4, "No such file or directory"},
+        {{"show", "--all", qo.music("2.mp3")}, 4, "2.mp3 is not there"},
         {{"revert", file}, 4, "nothing is edited there"},
         {{"revert"}, 2, "name a file"}};
     qo.expectRefusals("tag", cases);

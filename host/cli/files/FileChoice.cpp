@@ -1,0 +1,111 @@
+#include "cli/files/FileChoice.h"
+
+#include "cli/shown/ClosestName.h"
+
+#include <QoKernel/Collection.h>
+#include <QoKernel/Logical.h>
+
+#include <algorithm>
+
+namespace qo::cli
+{
+namespace
+{
+/// Refuses a name that no music has.
+template <class List>
+void checkName(const char* kind,
+               const std::optional<std::string>& typed,
+               CString QoFileDbItem::*member,
+               const List& all)
+{
+    if (!typed)
+        return;
+    const CString name = fromUtf8(*typed);
+    QoFileDbItemArray records;
+    CQoCollection::m_ownCollection.copyFiles(records);
+    if (std::any_of(records.begin(),
+                    records.end(),
+                    [&](const QoFileDbItemPtr& item)
+                    {
+                        return CQoUtils::isMusicFilePath(item->path) &&
+                               compareNoCase(((*item).*member).view(), name.view()) == 0;
+                    }))
+        return;
+    std::string text = name.IsEmpty() ? std::string("every track has an ") + kind
+                                      : std::string("there is no ") + kind + " \"" + *typed + "\"";
+    ClosestName closest(name);
+    for (const auto& each : all)
+        closest.look(each->getName());
+    if (!closest.best().IsEmpty())
+        text += "; the closest is \"" + toUtf8(closest.best()) + "\"";
+    throw HostError(ExitCode::notFound, text);
+}
+} // namespace
+
+CLI::Option* addQuery(CLI::App& command, FileChoice& choice)
+{
+    command.add_flag("--marked", choice.request.isMarked, "Only files with a check mark");
+    return addArguments(command,
+                        "QUERY",
+                        choice.request.words,
+                        "Words, FIELD:TEXT, paths and patterns: see \"qo help queries\"");
+}
+
+void addNames(CLI::App& command, FileChoice& choice)
+{
+    addOptional(command,
+                "--artist",
+                choice.request.artist,
+                "Only music of exactly this artist; \"\": without one");
+    addOptional(command, "--album", choice.request.album, "Only albums of exactly this name");
+    addOptional(command, "--genre", choice.request.genre, "Only music of exactly this genre");
+}
+
+void addOrder(CLI::App& command, FileChoice& choice)
+{
+    addArgument(command, "--sort", choice.order, "Sort by these, each with + or -: year-,album")
+        ->type_name("FIELD,...");
+    command.add_option("--limit", choice.limit, "At most so many")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber);
+}
+
+QoFileDbItemArray chosenFiles(const FileChoice& choice)
+{
+    host::RecordOrder order(choice.order);
+    host::Query query(choice.request);
+    QoFileDbItemArray files = query.files();
+    if (files.IsEmpty() && choice.isSet() && !query.isFoldersOnly())
+        complainOfNothing(choice);
+    order.sort(files);
+    if (choice.limit >= 0 && files.GetSize() > choice.limit)
+        files.SetSize(choice.limit);
+    return files;
+}
+
+QoFileDbItemArray chosenSingleFiles(const FileChoice& choice, const char* advice)
+{
+    const std::vector<std::string>& words = choice.request.words;
+    const auto path = words.size() == 1 ? host::pathInCollection(words[0]) : std::nullopt;
+    if (path && CQoCollection::m_ownCollection.getDir(*path))
+        throw HostError(ExitCode::usage, words[0] + " is a folder; " + advice);
+    return chosenFiles(choice);
+}
+
+void complainOfNothing(const FileChoice& choice)
+{
+    const host::QueryRequest& request = choice.request;
+    checkName("artist", request.artist, &QoFileDbItem::artist, CLTManager::getArtists());
+    checkName("album", request.album, &QoFileDbItem::album, CLTManager::getAlbums());
+    checkName("genre", request.genre, &QoFileDbItem::genre, CLTManager::getGenres());
+    std::string typed;
+    for (const std::string& word : request.words)
+        typed += (typed.empty() ? "" : " ") + word;
+    const std::string subject = request.isMarked ? "no marked file" : "no file of the collection";
+    if (!typed.empty())
+        throw HostError(ExitCode::notFound, subject + " fits \"" + typed + "\"");
+    throw HostError(ExitCode::notFound,
+                    request.hasNames() ? "no track has all of these names"
+                                       : "no file of the collection has a check mark");
+}
+} // namespace qo::cli
