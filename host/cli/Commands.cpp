@@ -37,7 +37,8 @@ namespace qo::cli
     ROW(upkeep, "db", setUpDatabase, "The collection's database")                                  \
     ROW(upkeep, "version", setUpVersion, "Which version this is")                                  \
     ROW(upkeep, "help", setUpHelp, "Explain a command or an idea")                                 \
-    ROW(upkeep, "completion", setUpCompletion, "Complete commands and names in a shell")
+    ROW(upkeep, "completion", setUpCompletion, "Complete commands and names in a shell")           \
+    ROW(hidden, "complete", setUpComplete, "What may stand at the cursor")
 
 #define QO_DECLARE(group, name, setUp, description)                                                \
     void setUp(CommandLine& line, CLI::App& command);
@@ -51,6 +52,7 @@ void addCommands(CommandLine& line)
     constexpr const char* tags = "Tags";
     constexpr const char* sorting = "Sorting";
     constexpr const char* upkeep = "Upkeep";
+    constexpr const char* hidden = ""; // not in the help
     struct Row
     {
         const char* group;

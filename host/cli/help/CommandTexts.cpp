@@ -230,10 +230,17 @@ const std::vector<CommandText> texts = {
     {"qo help rules", "Explain an idea"}}},
 {"completion", {
     {"source <(qo completion bash)", "Complete in this bash"},
-    {"echo 'source <(qo completion bash)' >> ~/.bashrc", "Complete in every bash"}}},
+    {"qo completion fish > ~/.config/fish/completions/qo.fish", "Complete in every fish"}},
+    "An installed package completes without this."},
 {"completion bash", {
     {"source <(qo completion bash)", "Complete in this shell"},
     {"echo 'source <(qo completion bash)' >> ~/.bashrc", "Complete in every bash"}}},
+{"completion zsh", {
+    {"qo completion zsh > ~/.zfunc/_qo", "Complete where ~/.zfunc is in $fpath, ahead of compinit"},
+    {"qo completion zsh > _qo", "The same file, to be moved to where your functions are"}}},
+{"completion fish", {
+    {"qo completion fish > ~/.config/fish/completions/qo.fish", "Complete in every fish"},
+    {"qo completion fish | head -n 3", "Look at it first"}}},
 };
 // clang-format on
 } // namespace

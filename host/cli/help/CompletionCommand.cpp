@@ -1,75 +1,89 @@
 #include "cli/CommandLine.h"
-#include "cli/help/CommandTree.h"
 
 namespace qo::cli
 {
 namespace
 {
-std::string commandWords(const CLI::App& app)
-{
-    std::string words;
-    for (const CLI::App* sub : commandsOf(app))
-        words += (words.empty() ? "" : " ") + sub->get_name();
-    return words;
-}
+// Each function asks "qo complete" what may stand at the cursor. Records end with a zero byte, the
+// one character that no name can hold; the first of them says what the others are. Nothing that it
+// prints is run or expanded: the shells get it as values.
 
-std::string optionWords(const CLI::App& app)
+constexpr const char* bashScript = R"(# Completion of qo for bash.
+_qo()
 {
-    std::string words;
-    for (const CLI::Option* option : app.get_options())
-    {
-        for (const std::string& name : option->get_lnames())
-            words += (words.empty() ? "--" : " --") + name;
-    }
-    return words;
+    local -a found
+    mapfile -d '' -t found < <(command qo complete bash -- "$COMP_WORDBREAKS" "${COMP_LINE:0:COMP_POINT}" 2>/dev/null)
+    COMPREPLY=("${found[@]:1}")
+    case ${found[0]-} in
+        more) compopt -o nospace ;;
+        files) compopt -o default ;;
+        folders) compopt -o dirnames ;;
+    esac
 }
+complete -F _qo qo
+)";
 
-/// A bash function that completes commands, sub-commands and options, and otherwise files.
-std::string bashCompletion(const CLI::App& app)
+constexpr const char* zshScript = R"(#compdef qo
+# Completion of qo for zsh.
+_qo()
 {
-    std::string text =
-        "_qo()\n{\n    local current=\"${COMP_WORDS[COMP_CWORD]}\" words=\"\" command=\"\" "
-        "sub=\"\" word i\n"
-        "    for ((i = 1; i < COMP_CWORD; i++)); do\n        word=\"${COMP_WORDS[i]}\"\n"
-        "        if [[ $word == --data ]]; then ((i++)); continue; fi\n"
-        "        [[ $word == -* ]] && continue\n"
-        "        if [[ -z $command ]]; then command=$word; elif [[ -z $sub ]]; then sub=$word; fi\n"
-        "    done\n    case \"$command $sub\" in\n";
-    text += "        ' ') words=\"" + commandWords(app) + "\" ;;\n";
-    std::string options;
-    for (const CLI::App* command : commandsOf(app))
-    {
-        const std::string subs = commandWords(*command);
-        if (!subs.empty())
-            text += "        '" + command->get_name() + " ') words=\"" + subs + "\" ;;\n";
-        std::string own = optionWords(*command);
-        for (const CLI::App* sub : commandsOf(*command))
-            own += " " + optionWords(*sub);
-        options += "        " + command->get_name() + ") words=\"" + own + " " + optionWords(app) +
-                   "\" ;;\n";
-    }
-    text += "        'help '*) words=\"" + commandWords(app) + "\" ;;\n    esac\n";
-    text += "    if [[ $current == -* ]]; then\n        case \"$command\" in\n" + options +
-            "        *) words=\"" + optionWords(app) + "\" ;;\n        esac\n    fi\n";
-    text += "    COMPREPLY=()\n    [[ -n $words ]] && COMPREPLY=($(compgen -W \"$words\" -- "
-            "\"$current\"))\n"
-            "    [[ -z $words || ( ${#COMPREPLY[@]} -eq 0 && $current != -* ) ]] && compopt -o "
-            "default 2>/dev/null\n"
-            "    return 0\n}\ncomplete -F _qo qo\n";
-    return text;
+    local -a found words_found shown space
+    local kind word text
+    found=("${(@0)$(command qo complete zsh -- "${(@Q)words[2,CURRENT-1]}" "${(Q)PREFIX}" 2>/dev/null)}")
+    kind=$found[1]
+    shift found
+    for word text in "${(@)found}"; do
+        [[ -n $text ]] && words_found+=("$word") && shown+=("$text")
+    done
+    case $kind in
+        files) _files ;;
+        folders) _files -/ ;;
+        more) space=(-S '') ;&
+        words) compadd -l "${(@)space}" -d shown -a words_found ;;
+    esac
 }
+if [[ $zsh_eval_context[-1] == loadautofunc ]]; then
+    _qo "$@"
+else
+    compdef _qo qo
+fi
+)";
+
+constexpr const char* fishScript = R"(# Completion of qo for fish.
+function __qo_complete
+    set -l words (commandline -opc)
+    set -e words[1]
+    set -l found (command qo complete fish -- $words (commandline -ct) 2>/dev/null | string split0)
+    switch "$found[1]"
+        case files
+            __fish_complete_path (commandline -ct)
+        case folders
+            __fish_complete_directories (commandline -ct)
+        case '*'
+            set -e found[1]
+            string join0 -- $found | string split0
+    end
+end
+complete -c qo -f -a '(__qo_complete)'
+)";
 } // namespace
 
 void setUpCompletion(CommandLine& line, CLI::App& command)
 {
     command.require_subcommand(1);
-    line.addCommand(command,
-                    "bash",
-                    "For bash: source <(qo completion bash)",
-                    [&line]
-                    {
-                        line.out.write(bashCompletion(line.app));
-                        return ExitCode::done;
-                    });
+    const auto addShell = [&](const char* name, const char* description, const char* script)
+    {
+        line.addCommand(command,
+                        name,
+                        description,
+                        [&line, script]
+                        {
+                            line.out.write(script);
+                            return ExitCode::done;
+                        });
+    };
+    addShell("bash", "The function for bash", bashScript);
+    addShell("zsh", "The function for zsh", zshScript);
+    addShell("fish", "The function for fish", fishScript);
 }
 } // namespace qo::cli

@@ -31,7 +31,7 @@ constexpr std::string_view switches[] = {"HideUnlicensedStations",
                                          "AppGuiLeftButtonsVisible"};
 constexpr std::string_view percentages[] = {"UnrelMaxPercent", "DiskSpaceMinPerc"};
 constexpr std::string_view levels[] = {
-    "none", "error", "warning", "info", "debug", "detail", "verbose"};
+    "None", "Error", "Warning", "Info", "Debug", "Detail", "Verbose"};
 
 template <class List>
 bool has(const List& list, std::string_view text)
@@ -82,7 +82,9 @@ checkedSetting(const std::string& key, const std::string& defaultValue, const st
         static_cast<void>(FileKinds(value));
     if (has(switches, key))
         return checkedSwitch(key, value);
-    if (key == "TraceLevel" && !has(levels, inSmallLetters(value)))
+    const auto isValue = [&value](std::string_view level)
+    { return inSmallLetters(std::string(level)) == inSmallLetters(value); };
+    if (key == "TraceLevel" && std::ranges::none_of(levels, isValue))
         refuse(key, value, "there are None, Error, Warning, Info, Debug, Detail and Verbose");
     if (isNumber(defaultValue) && !isNumber(value))
         refuse(key, value, "it is a whole number, such as " + defaultValue);
@@ -92,5 +94,14 @@ checkedSetting(const std::string& key, const std::string& defaultValue, const st
     if (key == "Language" && !isLanguage)
         refuse(key, value, "it is a code of two letters, such as en or de");
     return value;
+}
+
+std::vector<std::string> settingChoices(const std::string& key)
+{
+    if (key == "TraceLevel")
+        return {std::begin(levels), std::end(levels)};
+    if (has(switches, key))
+        return {"yes", "no"};
+    return {};
 }
 } // namespace qo::host

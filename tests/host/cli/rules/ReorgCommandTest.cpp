@@ -264,7 +264,7 @@ TEST(ReorgCommand, RefusalsHaveTheirExitCodeAndSentence)
     qo.addSound("1.mp3");
     ASSERT_EQ(qo.scan().code, 0);
     const std::vector<QoCommand::Refusal> cases = {
-        {{}, 2, "\"reorg\" goes with one of plan, apply, undo, log, forget"},
+        {{}, 2, "\"qo reorg\" goes with one of plan, apply, undo, log, forget"},
         {{"plan"}, 2, "name a rule with --rule; there are artist-track, velmora-artist-track"},
         {{"plan", "--rule", "x"}, 4, "there is no rule \"x\""},
         {{"plan", "--rule", "artist-track", "--to", "/nowhere"}, 4, "is in no root folder"},

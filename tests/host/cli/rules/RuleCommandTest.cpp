@@ -198,7 +198,7 @@ TEST(RuleCommand, RefusalsHaveTheirExitCodeAndSentence)
         {{"new", "x", "--default", "mood=x"}, 2, "{mood} is no attribute"},
         {{"new", "x", "--default", "mood"}, 2, "is not of the form attribute=text"},
         {{"new", "x", "--less-folder", "y"}, 2, "--less-folder needs"},
-        {{"new", "x", "--from", file, "--folder", "y"}, 2, "excludes"},
+        {{"new", "x", "--from", file, "--folder", "y"}, 2, "do not go together"},
         {{"new", "x", "--from", "/nowhere.xml"}, 4, "/nowhere.xml cannot be read"},
         {{"test", "a", "/nowhere"}, 4, "/nowhere is not there"}};
     qo.expectRefusals("rule", cases);
