@@ -6,12 +6,14 @@
 #include "core/collection/FileFields.h"
 #include "core/load/Snapshots.h"
 #include "core/load/StoredNames.h"
+#include "core/query/QueryField.h"
 #include "core/roots/RootFolders.h"
 #include "core/rules/RuleStore.h"
 #include "core/session/Session.h"
 #include "core/session/SettingValues.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <functional>
 
 namespace qo::cli
@@ -92,9 +94,11 @@ enum class Values
     settingValues, ///< of the setting that is named before
     fields,
     fieldValues, ///< "year=1999"
+    editWords,   ///< words of a query, and such values after them
     roots,
     snapshots,
-    helpWords
+    helpWords,
+    queryWords ///< "artist:abba"
 };
 
 /// The option or argument of a command, or of any command with "*".
@@ -112,6 +116,10 @@ constexpr ValueRow valueRows[] = {{"*", "--artist", Values::artists},
                                   {"*", "KEY", Values::settings},
                                   {"config set", "VALUE", Values::settingValues},
                                   {"*", "FIELD", Values::fields},
+                                  {"*", "QUERY", Values::queryWords},
+                                  {"mv", "PATH", Values::queryWords},
+                                  {"rm", "PATH", Values::queryWords},
+                                  {"tag set", "WORD", Values::editWords},
                                   {"*", "FIELD=VALUE", Values::fieldValues},
                                   {"roots rm", "DIR", Values::roots},
                                   {"*", "SNAPSHOT", Values::snapshots},
@@ -190,7 +198,7 @@ private:
     host::Session m_session;
 };
 
-Words fieldNames()
+Words tagFieldNames()
 {
     Words names;
     for (const host::FileField& field : host::tagFields())
@@ -210,27 +218,100 @@ void addCommandWords(Candidates& found, const CLI::App& parent)
         found.words.push_back({command->get_name(), command->get_description()});
 }
 
+host::NameKind kindOf(const std::string& field)
+{
+    return field == "artist"  ? host::NameKind::artist
+           : field == "album" ? host::NameKind::album
+                              : host::NameKind::genre;
+}
+
 void addFieldValues(Candidates& found,
                     const CommandLine& line,
                     const Cursor& cursor,
                     const std::string& current)
 {
-    using host::NameKind;
     const std::size_t equals = current.find('=');
     const std::string field = current.substr(0, equals);
     if (equals == std::string::npos)
     {
-        found.goesOn = true;
-        for (const std::string& name : fieldNames())
-            found.words.push_back({name + "="});
+        for (const std::string& name : tagFieldNames())
+            found.words.push_back({name + "=", {}, true});
     }
     else if (field == "artist" || field == "album" || field == "genre")
-        addAll(found,
-               CandidateNames(line, cursor)
-                   .names(field == "artist"  ? NameKind::artist
-                          : field == "album" ? NameKind::album
-                                             : NameKind::genre),
-               field + "=");
+        addAll(found, CandidateNames(line, cursor).names(kindOf(field)), field + "=");
+}
+
+/// The end of a word of a query that begins with the typed text: what follows the typed part of the
+/// name, in quotes where it needs them. Example: for artist:Bl it is ue" Ridge".
+std::string queryEnd(std::string_view typed, const std::string& name)
+{
+    std::string value;
+    bool isOpen = false;
+    for (std::size_t i = 0; i < typed.size(); ++i)
+    {
+        const bool isEscaped = typed.substr(i, 2) == "\\\"";
+        if (typed[i] == '"')
+            isOpen = !isOpen;
+        else
+            value += isEscaped ? typed[++i] : typed[i];
+    }
+    if (!name.starts_with(value))
+        return {};
+    std::string end;
+    const std::string rest = name.substr(value.size());
+    const std::size_t special = isOpen ? 0 : std::min(rest.find_first_of(" ,\""), rest.size());
+    end = rest.substr(0, special);
+    end += isOpen || special == rest.size() ? "" : "\"";
+    for (const char c : rest.substr(special))
+        end += c == '"' ? std::string("\\\"") : std::string(1, c);
+    return end + (isOpen || special < rest.size() ? "\"" : "");
+}
+
+/// The files that begin with a path as it was typed. For words of a query, which may be paths: a
+/// shell adds files of its own only where there are no words.
+void addFiles(Candidates& found, const std::string& typed)
+{
+    const std::size_t slash = typed.rfind('/') + 1;
+    const std::string folder = typed.substr(0, slash);
+    const std::string start = typed.substr(slash);
+    std::error_code error;
+    for (std::filesystem::directory_iterator entries(folder.empty() ? "." : folder, error), end;
+         !error && entries != end;
+         entries.increment(error))
+    {
+        const std::string name = entries->path().filename();
+        std::error_code unknown;
+        const bool isFolder = entries->is_directory(unknown);
+        if (name.starts_with(start) && (!name.starts_with('.') || start.starts_with('.')))
+            found.words.push_back({folder + name + (isFolder ? "/" : ""), {}, isFolder});
+    }
+}
+
+void addQueryWords(Candidates& found,
+                   const CommandLine& line,
+                   const Cursor& cursor,
+                   const std::string& current)
+{
+    const std::string start = current.starts_with('^') ? "^" : "";
+    const std::size_t colon = current.find(':');
+    if (colon == std::string::npos)
+    {
+        for (const host::QueryFieldInfo& field : host::queryFields())
+            found.words.push_back({start + field.name + ":", field.meaning, true});
+        return addFiles(found, current);
+    }
+    const std::string field = current.substr(start.size(), colon - start.size());
+    Words names;
+    if (field == "artist" || field == "album" || field == "genre")
+        names = CandidateNames(line, cursor).names(kindOf(field));
+    else if (field == "kind")
+        names = {"music", "video", "picture", "text", "other"};
+    for (const std::string& name : names)
+    {
+        const std::string end = queryEnd(std::string_view(current).substr(colon + 1), name);
+        if (!end.empty())
+            found.words.push_back({current + end});
+    }
 }
 
 void addHelpWords(Candidates& found, const CommandLine& line, const Cursor& cursor)
@@ -269,8 +350,13 @@ void addValues(Candidates& found,
     case Values::settingValues:
         return addAll(found, host::settingChoices(cursor.arguments.front()));
     case Values::fields:
-        return addAll(found, fieldNames());
+        return addAll(found, tagFieldNames());
     case Values::fieldValues:
+        return addFieldValues(found, line, cursor, current);
+    case Values::editWords:
+        // Which files comes first, and what they get after it.
+        if (cursor.arguments.empty() || current.find(':') < current.find('='))
+            return addQueryWords(found, line, cursor, current);
         return addFieldValues(found, line, cursor, current);
     case Values::roots:
         return addAll(found, CandidateNames(line, cursor).roots());
@@ -278,6 +364,8 @@ void addValues(Candidates& found,
         return addAll(found, CandidateNames(line, cursor).snapshots());
     case Values::helpWords:
         return addHelpWords(found, line, cursor);
+    case Values::queryWords:
+        return addQueryWords(found, line, cursor, current);
     }
 }
 
@@ -301,8 +389,8 @@ Candidates valuesOf(const CLI::Option& option,
         addValues(found, row->values, line, cursor, current);
     if (facts.value == "DIR")
         found.files = Candidates::Files::folders;
-    else if (facts.value == "FILE" || facts.value == "PATH" || facts.value == "RULE" ||
-             facts.value == "PLAN")
+    else if (facts.value == "QUERY" || facts.value == "FILE" || facts.value == "PATH" ||
+             facts.value == "RULE" || facts.value == "PLAN")
         found.files = Candidates::Files::any;
     return found;
 }

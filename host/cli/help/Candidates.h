@@ -20,9 +20,9 @@ struct Candidates
     {
         std::string text;
         std::string meaning = {};
+        bool goesOn = false; ///< a beginning, as "year=" or a folder
     };
     std::vector<Word> words;
-    bool goesOn = false; ///< the words are beginnings, as "year="
     Files files = Files::none;
 };
 

@@ -13,7 +13,9 @@ std::string directiveOf(const Candidates& found)
 {
     if (found.words.empty() && found.files != Candidates::Files::none)
         return found.files == Candidates::Files::folders ? "folders" : "files";
-    return found.goesOn ? "more" : "words";
+    const bool isMore =
+        !found.words.empty() && std::ranges::all_of(found.words, &Candidates::Word::goesOn);
+    return isMore ? "more" : "words";
 }
 
 void putRecord(CommandLine& line, const std::string& text)

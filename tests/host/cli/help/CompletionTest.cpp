@@ -159,6 +159,10 @@ TEST_P(Completion, GivesTheRightWordAndRunsNothing)
                  {"qo cover show --album G\t", "Gold"},
                  {"qo roots rm " QO_TEST_TEMP "\t", qo.music()},
                  {"qo info cho\t", "chosen file.mp3"},
+                 {"qo ls artis\tG\t", "artist:G\" Żółta Ärzte 東京\""},
+                 {"qo ls kind:pic\t", "kind:picture"},
+                 {"qo ls ^alb\tGol\t", "^album:Gold"},
+                 {"qo db restore --dry\t", "--dry-run"},
                  {"qo albums --artist none\t", "none"}};
     for (const auto& c : cases)
         ASSERT_EQ(lastWord(c.typed), c.word) << c.typed;
