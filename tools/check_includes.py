@@ -35,6 +35,7 @@ HOST_ORDER = (
     {"core/load"},
     {"core/moved"},
     {"core/watch"},
+    {"core/view"},
     {"cli/shown"},
     {"cli"},
     {"cli/files"},

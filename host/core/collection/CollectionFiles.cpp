@@ -1,5 +1,6 @@
 #include "core/collection/CollectionFiles.h"
 
+#include "core/collection/CollectionListener.h"
 #include "core/roots/RootLister.h"
 
 #include <QoKernel/Logical.h>
@@ -53,7 +54,10 @@ bool hasUnsaved(const CQoCollection& collection)
 
 void forgetGone(CQoCollection& collection)
 {
+    // What left is found by its links, which are cut afterwards; that may move others.
+    CollectionListener::tellAll();
     collection.releaseZombieObjects();
     CLTManager::cleanUp(false);
+    CollectionListener::tellAll();
 }
 } // namespace qo::host
