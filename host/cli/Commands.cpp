@@ -23,6 +23,10 @@ namespace qo::cli
     ROW(looking, "placed", setUpPlaced, "List pictures and texts with the music that they found")  \
     ROW(looking, "untagged", setUpUntagged, "List the music files without an artist or a title")   \
     ROW(looking, "dup", setUpDuplicates, "List equal tracks, and files that begin alike")          \
+    ROW(looking, "view", setUpView, "Show the collection in three panes")                          \
+    ROW(looking, "mark", setUpMark, "Give files a check mark")                                     \
+    ROW(looking, "unmark", setUpUnmark, "Take check marks off files")                              \
+    ROW(looking, "marked", setUpMarked, "Say how many files have a check mark")                    \
     ROW(tags, "tag", setUpTag, "Look at and edit the tags of a file")                              \
     ROW(tags, "cover", setUpCover, "Show, extract, set and remove the pictures in tags")           \
     ROW(sorting, "rule", setUpRule, "The rules by which files are sorted and named")               \

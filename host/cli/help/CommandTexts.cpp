@@ -39,7 +39,7 @@ const std::vector<CommandText> texts = {
     {"qo status --json", "The same for a program"}}},
 {"ls", {
     {"qo ls", "Every file of the collection"},
-    {"qo ls \"Music/Hidden Machine\"", "Those of one folder"},
+    {"qo ls hidden year:1980.. --sort year-", "Those with a word, of certain years"},
     {"qo ls --json", "Everything that is known of each, an object a line"}}},
 {"tree", {
     {"qo tree", "Folders and files, drawn"},
@@ -55,9 +55,25 @@ const std::vector<CommandText> texts = {
 {"tag show", {
     {"qo tag show Music/Kino/Album/01.mp3", "The values in the file and the edited ones"},
     {"qo tag show --all Music/Kino/Album/01.mp3", "Each frame, item, atom or chunk with its size"}}},
+{"view", {
+    {"qo view --left genres --select Rock", "The artists and albums of a genre"},
+    {"qo view --select \"Hidden Machine\" --middle Stranger", "The files of an album"}},
+    "The left pane decides what the middle one shows, and both what the right one shows. Numbers are "
+    "files, and marks are [x] for all of them and [-] for some."},
+{"mark", {
+    {"qo mark artist:hidden year:..1990", "Mark what a query finds"},
+    {"qo mark --all", "Mark everything"}},
+    "Marks last until they are taken off, and follow files that move. With --marked every command "
+    "that takes files works on them: mark, look, plan, apply."},
+{"unmark", {
+    {"qo unmark --all", "Take all marks off"},
+    {"qo unmark kind:picture", "Those of pictures"}}},
+{"marked", {
+    {"qo marked", "How many files are marked, and their size"},
+    {"qo ls --marked", "Which ones", 4}}},
 {"tag set", {
     {"qo tag set Music/Kino/Album/01.mp3 year=1988 genre=Rock", "Edit two fields"},
-    {"qo tag set Music/Kino/Album/01.mp3 \"title=Blood Type\"", "A value with blanks"},
+    {"qo tag set genre=Rock artist:kino --yes", "Edit all that a query finds"},
     {"qo tag set Music/Kino/Album/01.mp3 lyrics=", "Take a field out of the tag"}}},
 {"tag ls", {
     {"qo tag ls", "The files whose edits are not written"},
@@ -120,7 +136,7 @@ const std::vector<CommandText> texts = {
     {"qo albums --artist \"Hidden Machine\"", "The albums of an artist"},
     {"qo albums --genre Rock", "Those of a genre"}}},
 {"tracks", {
-    {"qo tracks --album Stranger", "The tracks of an album"},
+    {"qo tracks artist:hidden ^genre:jazz", "The tracks that a query finds"},
     {"qo tracks --long", "Every field, with tabs between them"}}},
 {"lyrics", {
     {"qo lyrics \"Music/Hidden Machine/Stranger/01 - Letter.mp3\"", "The words of a track"},

@@ -138,12 +138,51 @@ UnrelMaxPercent says how many.
 A name that does not exist is answered with the one that is closest. A file can be named by any
 path that leads to it, also through links.
 )";
+
+constexpr const char* queriesText =
+    R"(Every command that takes files takes a query: words, of which
+all must fit.
+
+live :: "live" in the title, artist, album, genre, year or path
+
+artist:bea :: "bea" in that field; likewise album, title, genre, path, name, kind and format
+
+year:1960..1969 :: a range; likewise track, length (3:00..), bitrate (..128) and size (10M..)
+
+added:-7d.. :: since seven days ago (h, d, w, m, y); changed:2024-05 is a month
+
+title::^the :: a regular expression
+
+artist: :: without an artist
+
+^genre:jazz :: not so
+
+genre:jazz, genre:blues :: one or the other
+
+"a b" :: with the blank; in a shell in quotes of its own: '"a b"'
+
+Music/Live, 'Music/*/01*' :: files at or below a path, or by a pattern as in a shell
+
+marked: edited: untagged: unplaced: missing: :: files with a check mark, with edits that wait,
+music without artist or title, pictures and texts without music, files that are gone
+
+Case and accents do not matter: "bjork" finds "Björk". A word that is the name of a file or folder
+here is that path, unless it stands in quotes.
+
+# Examples
+
+    qo tracks "artist:bea year:1960..1969 ^genre:live" --sort year,album,track
+    qo tag set genre=Jazz path:Jazz added:-7d
+    qo ls untagged: size:1M..
+    qo mark 'format:flac, bitrate:320..'
+)";
 } // namespace
 
 const std::vector<Topic>& topics()
 {
     static const std::vector<Topic> list = {
         {"rules", "how files are sorted and named", rulesText, rulesMore},
+        {"queries", "how files are found", queriesText},
         {"names", "when names are the same, and whose a cover is", namesText}};
     return list;
 }

@@ -15,7 +15,8 @@ std::vector<nlohmann::json> commands()
 TEST(Help, EveryPageFitsEightyColumnsAndEndsInTwoOrThreeExamples)
 {
     const QoCommand qo;
-    std::vector<std::vector<std::string>> pages = {{"help", "rules"}, {"help", "names"}};
+    std::vector<std::vector<std::string>> pages = {
+        {"help", "rules"}, {"help", "names"}, {"help", "queries"}};
     for (const auto& command : commands())
     {
         std::vector<std::string> words = wordsOf(command["command"]);

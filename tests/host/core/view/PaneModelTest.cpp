@@ -113,7 +113,9 @@ private:
                 set(tag, CTagAttrib::AT_Artist, artists[index % 4]);
                 set(tag, CTagAttrib::AT_Album, albums[index % 3]);
                 set(tag, CTagAttrib::AT_Genre, genres[index / 3]);
-                set(tag, CTagAttrib::AT_Year, u"197" + CString(static_cast<char16_t>(u'0' + index)));
+                set(tag,
+                    CTagAttrib::AT_Year,
+                    u"197" + CString(static_cast<char16_t>(u'0' + index)));
                 ASSERT_TRUE(tag.writeTag(path));
             });
     }
