@@ -42,7 +42,8 @@ namespace qo::cli
     ROW(upkeep, "version", setUpVersion, "Which version this is")                                  \
     ROW(upkeep, "help", setUpHelp, "Explain a command or an idea")                                 \
     ROW(upkeep, "completion", setUpCompletion, "Complete commands and names in a shell")           \
-    ROW(hidden, "complete", setUpComplete, "What may stand at the cursor")
+    ROW(hidden, "complete", setUpComplete, "What may stand at the cursor")                         \
+    ROW(hidden, "man", setUpManual, "Write the man pages")
 
 #define QO_DECLARE(group, name, setUp, description)                                                \
     void setUp(CommandLine& line, CLI::App& command);

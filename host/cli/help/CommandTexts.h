@@ -27,18 +27,32 @@ const CommandText& textOf(std::string_view command);
 /// What a new user needs first: calls and what they do, each within 80 columns.
 const std::vector<Example>& firstSteps();
 
-/// An idea that several commands share: "qo help NAME" shows it, and qo-NAME(5) with more.
+/// An idea that several commands share: "qo help NAME" shows it, and a man page qo-NAME.
 struct Topic
 {
     const char* name;
     const char* title;
     const char* text;      ///< in the form of parseDocument()
-    const char* more = ""; ///< what the man page has beside it; without it there is no man page
+    const char* more = ""; ///< what the man page has beside it
+
+    /// Of the man page: 5 for one that describes a file, else 7.
+    const char* section() const { return *more ? "5" : "7"; }
 };
 
 const std::vector<Topic>& topics();
 const Topic* findTopic(std::string_view name);
 
-/// The exit codes as "0 :: done".
+/// What a setting does that the command goes by.
+struct SettingText
+{
+    std::string_view key;
+    const char* meaning;
+};
+const std::vector<SettingText>& settingTexts();
+
+// For the man pages and the help, in the form of parseDocument().
 extern const char* const exitCodesText;
+extern const char* const environmentText;
+extern const char* const filesText;
+extern const char* const settingsFileText;
 } // namespace qo::cli

@@ -164,6 +164,8 @@ std::string roffText(std::string_view text)
             safe += "\\(ha";
         else if (c == '~')
             safe += "\\(ti";
+        else if (c == ';')
+            safe += ";\\:"; // a list without blanks may be broken here
         else
             safe += c;
     }
@@ -171,13 +173,22 @@ std::string roffText(std::string_view text)
     return (safe.starts_with('.') ? "\\&" : "") + safe;
 }
 
-std::string toRoff(const Document& document)
+std::string roffSection(const std::string& title)
+{
+    std::string capital = title;
+    for (char& c : capital)
+        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    return ".SH " + roffArgument(title.starts_with("qo ") ? title : capital) + "\n";
+}
+
+std::string toRoff(const Document& document, RoffHeadings headings)
 {
     std::string roff;
     for (const Block& block : document)
     {
         if (block.kind == heading)
-            roff += ".SH " + roffArgument(block.text) + "\n";
+            roff += headings == RoffHeadings::sections ? roffSection(block.text)
+                                                       : ".SS " + roffArgument(block.text) + "\n";
         else if (block.kind == paragraph)
             roff += ".PP\n" + roffText(block.text) + "\n";
         else if (block.kind == bullet)

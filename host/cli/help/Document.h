@@ -32,8 +32,16 @@ void append(Document& document, Document more);
 
 /// For a terminal of that many columns. Nothing of it is wider, apart from verbatim lines.
 std::string toText(const Document& document, std::size_t columns);
-/// The body of a man page.
-std::string toRoff(const Document& document);
+/// A part of a man page. Headings are sections, or ones within a section.
+enum class RoffHeadings
+{
+    sections,
+    subsections
+};
+std::string toRoff(const Document& document, RoffHeadings headings);
+/// A heading of a section, which by the custom of man pages has capital letters, unless it is a
+/// command.
+std::string roffSection(const std::string& title);
 /// A text as roff takes it within a line: backslashes, dashes and control lines are plain text.
 std::string roffText(std::string_view text);
 } // namespace qo::cli

@@ -164,10 +164,16 @@ Document commandList(const CLI::App& parent)
     return document;
 }
 
-Document commandDocument(const CLI::App& command)
+Document commandText(const CLI::App& command)
 {
     Document document{{paragraph, command.get_description() + "."}};
     append(document, parseDocument(textOf(commandKey(command)).explanation));
+    return document;
+}
+
+Document commandOptions(const CLI::App& command)
+{
+    Document document;
     const auto addOptions = [&](const char* title, const std::vector<const CLI::Option*>& options)
     {
         if (options.empty())
@@ -196,7 +202,9 @@ std::string commandPage(const CLI::App& command, std::size_t columns)
     const CLI::App* program = &command;
     while (program->get_parent())
         program = program->get_parent();
-    return usageText(command, columns) + "\n" + toText(commandDocument(command), columns) + "\n" +
+    Document content = commandText(command);
+    append(content, commandOptions(command));
+    return usageText(command, columns) + "\n" + toText(content, columns) + "\n" +
            wrapped("", "Options of every command: " + commonOptions(*program), 2, columns) +
            examplesText(textOf(commandKey(command)), columns);
 }
@@ -205,7 +213,7 @@ std::string topicPage(const Topic& topic, std::size_t columns)
 {
     std::string text = toText(parseDocument(topic.text), columns);
     if (*topic.more)
-        text += std::string("\nqo-") + topic.name + "(5) has more.\n";
+        text += std::string("\nqo-") + topic.name + "(" + topic.section() + ") has more.\n";
     return text;
 }
 

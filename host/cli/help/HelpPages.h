@@ -19,8 +19,10 @@ std::string topicPage(const Topic& topic, std::size_t columns);
 
 /// The commands with a sentence each, under the headings of their groups.
 Document commandList(const CLI::App& parent);
-/// What the command page has after its usage, without a word on the options of all commands.
-Document commandDocument(const CLI::App& command);
+/// What a command does.
+Document commandText(const CLI::App& command);
+/// Its arguments, its own options and its sub-commands, each under a heading.
+Document commandOptions(const CLI::App& command);
 Document optionDocument(const std::vector<const CLI::Option*>& options);
 
 /// How many columns a page of text may use: on a wide terminal lines stay short enough to read.

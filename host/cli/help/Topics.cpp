@@ -178,6 +178,56 @@ here is that path, unless it stands in quotes.
 )";
 } // namespace
 
+const char* const environmentText =
+    R"(HOME :: where the music folder and the folders below are looked for
+
+XDG_DATA_HOME, XDG_STATE_HOME, XDG_CACHE_HOME :: where the collection, the logs, and covers
+and other files that can be made again are kept; "--data" puts all of them below one folder)";
+
+const char* const filesText =
+    R"(~/.local/share/Velmora/settings :: the settings
+
+~/.local/share/Velmora/Qorganizer/qodb :: the database of the collection; its copies lie
+beside it in the folder snapshots
+
+~/.local/share/Velmora/Qorganizer/*.xml :: the rules)";
+
+const char* const settingsFileText =
+    R"("qo config" lists the settings, "qo config set" changes one and checks its value, and "qo
+config unset" lets it have its default again. They stand in the text file "settings" of the
+data folder, which is UTF-8:
+
+    [Scan]
+    IgnoredNames=.*;*.part
+
+In names and values \n, \r, \t, \=, \\, \s (a blank at an end) and \uXXXX stand for what a
+line cannot hold. Lines that begin with "#" and unknown settings stay as they are.)";
+
+const std::vector<SettingText>& settingTexts()
+{
+    static const std::vector<SettingText> texts = {
+        {"IgnoredNames",
+         "names and patterns that no scan takes in, separated by \";\". A file .qoignore in a "
+         "folder "
+         "has more of them for that folder and all below it, in the form of .gitignore"},
+        {"FileKinds",
+         "further extensions that are audio, video and pictures, as \"audio: opus ape; picture: "
+         "webp\". The next scan reads files of extensions that came"},
+        {"UnrelMaxPercent",
+         "how many of the files and folders of a folder, in percent, may go without a value on "
+         "which "
+         "the others agree, so that it becomes that of all. 0 to 100"},
+        {"MusicCollectionDirsCount",
+         "the number of root folders. It and the settings MusicCollectionDir0, "
+         "MusicCollectionDirType0 and so on are kept by \"qo roots\""},
+        {"TraceLevel",
+         "what is logged: None, Error, Warning, Info, Debug, Detail or Verbose. \"qo log\" shows "
+         "it"},
+        {"TempFolder", "where files are kept for a while that are made anew when they are missing"},
+        {"SendUsageStatistics", "whether statistics may be sent; qo sends none"}};
+    return texts;
+}
+
 const std::vector<Topic>& topics()
 {
     static const std::vector<Topic> list = {
