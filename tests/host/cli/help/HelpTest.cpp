@@ -1,7 +1,10 @@
 #include "host/cli/QoCommand.h"
+#include "host/cli/help/PtyShell.h"
 #include "host/cli/help/SampleHome.h"
+#include "support/Contains.h"
 #include "support/Words.h"
 
+#include <algorithm>
 #include <regex>
 
 namespace
@@ -33,6 +36,29 @@ TEST(Help, EveryPageFitsEightyColumnsAndEndsInTwoOrThreeExamples)
         EXPECT_EQ(page.code, 0) << page.err;
         std::smatch line;
         EXPECT_FALSE(std::regex_search(page.out, line, wide)) << line.str();
+    }
+}
+
+TEST(Help, CommandsAreListedOnOneScreenWithSentencesWhereThereIsRoom)
+{
+    const QoCommand qo;
+    const struct
+    {
+        unsigned short columns;
+        unsigned short rows;
+        const char* text;
+    } windows[] = {{80, 24, "  Tags        tag cover"}, {80, 200, "  tag    Look at and edit"}};
+    for (const auto& window : windows)
+    {
+        PtyShell shell({QO_COMMAND, "help"},
+                       {"HOME=" + qo.dir.path("home"), "LC_ALL=C.UTF-8"},
+                       window.columns,
+                       window.rows);
+        const std::string page = shell.readTo("");
+        EXPECT_TRUE(contains(page, window.text));
+        EXPECT_TRUE(contains(page, "qo scan ~/Music"));
+        EXPECT_LT(std::ranges::count(page, '\n'), window.rows);
+        EXPECT_FALSE(std::regex_search(page, std::regex("[^\n]{82,}"))) << page;
     }
 }
 

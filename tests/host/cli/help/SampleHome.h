@@ -38,16 +38,21 @@ public:
             cd Music
             machine="artist=Hidden Machine"
             track "Hidden Machine/Stranger/01 - Letter.mp3" "$machine" album=Stranger \
-                title=Letter track=1/2 year=1989 genre=Rock "lyrics=Dear friend"
+                title=Letter track=1/4 year=1989 genre=Rock "lyrics=Dear friend"
             track "Hidden Machine/Stranger/02 - Rain.mp3" "$machine" album=Stranger \
-                title=Rain track=2/2 year=1989 genre=Rock
+                title=Rain track=2/4 year=1989 genre=Rock
+            track "Hidden Machine/Stranger/03 - Winter.mp3" "$machine" album=Stranger \
+                title=Winter track=3/4 year=1989 genre=Rock
+            track "Hidden Machine/Stranger/04 - Tonight.mp3" "$machine" album=Stranger \
+                title=Tonight track=4/4 year=1989 genre=Rock
             track "Iron Circus/Heart/01 - Heart.mp3" "artist=Iron Circus" album=Heart \
                 title=Heart track=1 year=2014 genre=Jazz
-            track Kino/Album/01.mp3 artist=Kino album=Album "title=Ãðóïïà êðîâè"
+            track Kino/Album/01.mp3 artist=Kino "album=Ãðóïïà êðîâè" "title=Çâåçäà ïî èìåíè Ñîëíöå"
             cd ..
             cp $sounds/sound.mp3 Downloads/new.mp3
             printf '\xff\xd8\xff\xe0\0\20JFIF\0\1\1\0\0\1\0\1\0\0\xff\xd9' > Pictures/front.jpg
             cp Pictures/front.jpg "Music/Hidden Machine/Stranger/cover.jpg"
+            echo "My heart" > "Music/Iron Circus/Heart/01 - Heart.txt"
             echo "<broken>" > Downloads/broken.xml)");
         EXPECT_EQ(made.code, 0) << made.err;
     }
@@ -83,9 +88,7 @@ public:
         run0("cd /; rm -rf '" + home + "'; cp -a '" + dir.path("kept") + "' '" + home + "'");
     }
 
-    TempDir dir;
-
-private:
+    /// What a person sees: paths of the home folder are those of /home/ann.
     std::string shown(std::string text) const
     {
         const std::string folder = dir.path();
@@ -93,4 +96,6 @@ private:
             text.erase(at, folder.size());
         return text;
     }
+
+    TempDir dir;
 };
