@@ -29,12 +29,27 @@ std::vector<TrackFile> chosenTracks(const MusicOptions& options)
 {
     host::Query query(options.choice.request);
     std::vector<TrackFile> found;
-    for (const auto& track : CLTManager::getTracks())
+    // Neighbours in the tree share folder, artist and album, which a query makes use of, and lie
+    // near each other in memory.
+    std::vector<const CHDDirectory*> waiting;
+    const auto addDirs = [&waiting](const auto& dirs)
     {
-        for (const auto& file : track->getMusicFiles())
+        for (int i = dirs.GetSize() - 1; i >= 0; --i)
+            waiting.push_back(dirs[i].get());
+    };
+    addDirs(CQoCollection::m_ownCollection.getRootDirs());
+    while (!waiting.empty())
+    {
+        const CHDDirectory* const dir = waiting.back();
+        waiting.pop_back();
+        addDirs(dir->getSubDirs());
+        for (const auto& file : dir->getFiles())
         {
-            if (query.fits(*file->getDbItem()))
-                found.push_back({track.get(), file.get()});
+            if (file->getFileType() != CHDFile::FT_Music)
+                continue;
+            const auto& music = static_cast<const CHDMusicFile&>(*file);
+            if (music.getTrack() && query.fits(*music.getDbItem()))
+                found.push_back({music.getTrack().get(), &music});
         }
     }
     if (found.empty() && options.choice.isSet() && !query.isFoldersOnly())

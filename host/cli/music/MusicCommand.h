@@ -24,8 +24,8 @@ struct TrackFile
     const CHDMusicFile* file;
 };
 
-/// The chosen files with their tracks, in the collection's order of tracks, whatever order was
-/// typed. Throws HostError where none fits. On the kernel's thread.
+/// The chosen files with their tracks, folder by folder, whatever order was typed. Throws HostError
+/// where none fits. On the kernel's thread.
 std::vector<TrackFile> chosenTracks(const MusicOptions& options);
 
 /// Gives the command a query, the options of names, order and limit, and --long. run is called on

@@ -77,12 +77,25 @@ std::u16string_view QueryRecord::folderText()
     if (folder != m_folder)
     {
         m_folder = folder;
-        m_folderText = fromUtf8(shownPath(CString(folder))).view();
-        if (!m_folderText.ends_with(u'/'))
-            m_folderText += u'/';
-        m_foldedFolder = folded(m_folderText);
+        setFolderText();
+        m_foldedFolder.clear();
+        appendFolded(m_folderText, m_foldedFolder);
     }
     return m_folderText;
+}
+
+/// The system's drive is the usual one: what it takes to ask for others would be felt.
+void QueryRecord::setFolderText()
+{
+    if (m_folder.starts_with(u"C:\\"))
+    {
+        m_folderText.assign(m_folder, 2);
+        std::ranges::replace(m_folderText, u'\\', u'/');
+        return;
+    }
+    m_folderText = fromUtf8(shownPath(CString(m_folder))).view();
+    if (!m_folderText.ends_with(u'/'))
+        m_folderText += u'/';
 }
 
 std::u16string_view QueryRecord::text(QueryField field)
@@ -123,8 +136,10 @@ std::u16string_view QueryRecord::foldedText(QueryField field)
             text.folded = m_foldedFolder;
             appendFolded(nameText(), text.folded);
         }
-        else if (const std::u16string_view raw = this->text(field); raw != text.raw)
+        else if (const std::u16string_view raw = this->text(field);
+                 !tagText(field) || raw.data() != text.raw.data() || raw.size() != text.raw.size())
         {
+            // Records of one artist share the text, so that most need not be folded again.
             text.raw = raw;
             text.folded.clear();
             appendFolded(raw, text.folded);

@@ -63,13 +63,14 @@ private:
 
     struct Text
     {
-        std::u16string raw;
+        std::u16string_view raw; ///< of the record that was folded last
         std::u16string folded;
         bool isKnown = false; ///< of the present record
     };
 
     const CString* tagText(QueryField field) const;
     std::u16string_view folderText();
+    void setFolderText();
     std::u16string_view nameText() const;
 
     QueryFacts& m_facts;
