@@ -88,14 +88,15 @@ ExitCode
 withChosenMusic(CommandLine& line, KernelUse use, const FileChoice& choice, const MusicWork& work)
 {
     const auto session = openKernel(line, use);
-    prepareChoice(line, *session, choice);
+    const bool isLoaded = prepareChoice(line, *session, choice);
     return session->kernel().run(
         [&]
         {
             if (use == KernelUse::hold)
                 session->prepareStore();
-            host::PendingTags pending;
-            return work(chosenMusic(choice, pending), pending);
+            ChosenMusic chosen{*session, isLoaded, {}, {}};
+            chosen.paths = chosenMusic(choice, chosen.pending);
+            return work(chosen);
         });
 }
 } // namespace qo::cli

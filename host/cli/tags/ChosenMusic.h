@@ -16,9 +16,15 @@ bool prepareChoice(CommandLine& line, host::Session& session, const FileChoice& 
 /// Of a choice that is prepared. On the kernel's thread.
 std::vector<CString> chosenMusic(const FileChoice& choice, const host::PendingTags& pending);
 
-/// What a command does with the chosen files.
-using MusicWork =
-    std::function<ExitCode(const std::vector<CString>& paths, host::PendingTags& pending)>;
+/// What a command works with.
+struct ChosenMusic
+{
+    host::Session& session;
+    bool isLoaded; ///< the collection
+    std::vector<CString> paths;
+    host::PendingTags pending;
+};
+using MusicWork = std::function<ExitCode(ChosenMusic& chosen)>;
 
 /// Starts the kernel and calls the work on its thread with the chosen music files. Where files
 /// alone were typed, these need not be in the collection; otherwise it is loaded, and all music

@@ -32,8 +32,9 @@ struct CoverWork
 {
     CommandLine& line;
     const CoverOptions& options;
-    const std::vector<CString>& paths;
-    PendingTags& pending;
+    ChosenMusic& chosen;
+    const std::vector<CString>& paths = chosen.paths;
+    PendingTags& pending = chosen.pending;
 };
 
 const char* typeName(int type)
@@ -236,7 +237,7 @@ ExitCode changeCovers(CoverWork& work, const KVTagLib::CTags& wanted, const std:
                 "The " + deed + " of " +
                     countText(static_cast<std::int64_t>(work.paths.size()), "file") + ".");
     TagWriting writing(work.line, work.paths, "; the same command goes on");
-    return writing.run(
+    const ExitCode code = writing.run(
         [&](const CString& path, host::ProgressReporter& progress)
         {
             checkMusicFile(path);
@@ -254,6 +255,8 @@ ExitCode changeCovers(CoverWork& work, const KVTagLib::CTags& wanted, const std:
             const bool isWritten = CMusicTagEx::writeTag(path, tags, &cause, &hasChanged);
             return tagWritten(path, isWritten, hasChanged, cause, progress.isCanceled());
         });
+    writing.takeIn(work.chosen.session, work.chosen.isLoaded);
+    return code;
 }
 
 ExitCode setCovers(CoverWork& work)
@@ -282,21 +285,21 @@ void setUpCover(CommandLine& line, CLI::App& command)
     const auto add =
         [&](const char* name, const char* help, KernelUse use, ExitCode (*run)(CoverWork&))
     {
-        CLI::App* const app = line.addCommand(
-            command,
-            name,
-            help,
-            [&line, options, use, run]
-            {
-                return withChosenMusic(line,
-                                       use,
-                                       options->choice,
-                                       [&](const std::vector<CString>& paths, PendingTags& pending)
-                                       {
-                                           CoverWork work{line, *options, paths, pending};
-                                           return run(work);
-                                       });
-            });
+        CLI::App* const app =
+            line.addCommand(command,
+                            name,
+                            help,
+                            [&line, options, use, run]
+                            {
+                                return withChosenMusic(line,
+                                                       use,
+                                                       options->choice,
+                                                       [&](ChosenMusic& chosen)
+                                                       {
+                                                           CoverWork work{line, *options, chosen};
+                                                           return run(work);
+                                                       });
+                            });
         addMusic(*app, options->choice);
         return app;
     };

@@ -212,8 +212,8 @@ void setUpEncoding(CommandLine& line, CLI::App& command)
                            line,
                            KernelUse::hold,
                            options->choice,
-                           [&](const std::vector<CString>& paths, PendingTags& pending)
-                           { return rereadTexts(line, *options, paths, pending); });
+                           [&](ChosenMusic& chosen)
+                           { return rereadTexts(line, *options, chosen.paths, chosen.pending); });
                    });
     addMusic(command, options->choice);
     addArgument(command, "--from", options->charset, "The encoding that the texts were written in")

@@ -9,10 +9,7 @@
 #include "cli/tags/TagWords.h"
 #include "cli/tags/TagWriting.h"
 #include "core/base/HostFiles.h"
-#include "core/collection/CollectionChanges.h"
 #include "core/collection/PendingTags.h"
-#include "core/roots/RootFolders.h"
-#include "core/watch/FolderChanges.h"
 
 #include <algorithm>
 
@@ -354,38 +351,6 @@ std::vector<CString> pathsToWrite(TagWork& work, const TagOptions& options)
     return editedPaths(work, options, options.words);
 }
 
-/// The collection learns what was written at once, not at the next scan.
-void takeIn(TagWork& work, const std::vector<CString>& written)
-{
-    using Kind = host::FolderEvent::Kind;
-    std::vector<host::FolderEvent> events;
-    const host::RootFolders roots;
-    for (const CString& path : written)
-    {
-        if (std::ranges::any_of(roots.folders(),
-                                [&path](const CString& root)
-                                { return path.view().starts_with(addBackslash(root).view()); }))
-            events.push_back({Kind::added, toSystemPath(path), {}, {}});
-    }
-    if (events.empty())
-        return;
-    try
-    {
-        if (!work.isLoaded)
-            loadForReading(work.line, work.session);
-        std::erase_if(events,
-                      [](const host::FolderEvent& event)
-                      { return !host::CollectionChanges::recordOf(fromSystemPath(event.path)); });
-        host::ProgressReporter progress({});
-        host::FolderChanges(work.session).apply(events, progress);
-    }
-    catch (const HostError& error)
-    {
-        work.line.note(std::string("the collection will take the new tags in at the next scan: ") +
-                       error.what());
-    }
-}
-
 ExitCode write(TagWork& work, const TagOptions& options)
 {
     constexpr std::size_t mostUnasked = 10;
@@ -396,16 +361,9 @@ ExitCode write(TagWork& work, const TagOptions& options)
                     " will be written.");
     TagWriting writing(
         work.line, paths, ", and what was not keeps its edits: \"qo tag write --all\" goes on");
-    std::vector<CString> written;
-    const ExitCode code = writing.run(
-        [&](const CString& path, ProgressReporter& progress)
-        {
-            const TagWritten how = writeOne(work, path, progress);
-            if (how == TagWritten::changed)
-                written.push_back(path);
-            return how;
-        });
-    takeIn(work, written);
+    const ExitCode code = writing.run([&work](const CString& path, ProgressReporter& progress)
+                                      { return writeOne(work, path, progress); });
+    writing.takeIn(work.session, work.isLoaded);
     if (const auto away = static_cast<std::int64_t>(work.pending.awayPaths().size());
         away > 0 && options.all)
         work.line.note(countText(away, "file") +

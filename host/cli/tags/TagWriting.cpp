@@ -1,8 +1,14 @@
 #include "cli/tags/TagWriting.h"
 
 #include "cli/Interrupt.h"
+#include "cli/KernelCommand.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
+#include "core/collection/CollectionChanges.h"
+#include "core/roots/RootFolders.h"
+#include "core/watch/FolderChanges.h"
+
+#include <algorithm>
 
 namespace qo::cli
 {
@@ -22,6 +28,7 @@ void TagWriting::note(const CString& path, TagWritten written)
         return;
     const bool hasChanged = written == TagWritten::changed;
     ++(hasChanged ? m_changed : m_same);
+    m_done.push_back(path);
     m_line.note((hasChanged ? "written: " : "already so, nothing to write: ") +
                 host::shownPath(path));
 }
@@ -68,10 +75,39 @@ ExitCode TagWriting::run(const Write& write)
     }
     if (m_paths.size() > 1 && m_same > 0)
         m_line.note(countsText());
-    if (m_changed > 0)
-        m_line.note("\"qo scan\" takes the new values into the collection");
     if (m_failed == 0)
         return ExitCode::done;
     return m_failed < m_paths.size() ? ExitCode::partly : ExitCode::failed;
+}
+
+void TagWriting::takeIn(host::Session& session, bool isLoaded)
+{
+    using Kind = host::FolderEvent::Kind;
+    std::vector<host::FolderEvent> events;
+    const host::RootFolders roots;
+    for (const CString& path : m_done)
+    {
+        if (std::ranges::any_of(roots.folders(),
+                                [&path](const CString& root)
+                                { return path.view().starts_with(addBackslash(root).view()); }))
+            events.push_back({Kind::added, toSystemPath(path), {}, {}});
+    }
+    if (events.empty())
+        return;
+    try
+    {
+        if (!isLoaded)
+            loadForReading(m_line, session);
+        std::erase_if(events,
+                      [](const host::FolderEvent& event)
+                      { return !host::CollectionChanges::recordOf(fromSystemPath(event.path)); });
+        host::ProgressReporter progress({});
+        host::FolderChanges(session).apply(events, progress);
+    }
+    catch (const HostError& error)
+    {
+        m_line.note(std::string("the collection takes the new tags in at the next scan: ") +
+                    error.what());
+    }
 }
 } // namespace qo::cli

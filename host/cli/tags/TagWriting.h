@@ -7,6 +7,12 @@
 
 #include <functional>
 #include <span>
+#include <vector>
+
+namespace qo::host
+{
+class Session;
+}
 
 namespace qo::cli
 {
@@ -39,6 +45,9 @@ public:
     }
 
     ExitCode run(const Write& write);
+    /// The collection learns what was written at once, and not at the next scan. Loads it if that
+    /// has not been done. A failure is noted.
+    void takeIn(host::Session& session, bool isLoaded);
 
 private:
     void note(const CString& path, TagWritten written);
@@ -48,6 +57,7 @@ private:
     CommandLine& m_line;
     std::span<const CString> m_paths;
     std::string m_goesOn;
+    std::vector<CString> m_done; ///< what has its values by now
     std::size_t m_changed = 0;
     std::size_t m_same = 0;
     std::size_t m_failed = 0;
