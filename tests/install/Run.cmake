@@ -39,6 +39,14 @@ endfunction()
 
 run("installing" ${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
 
+foreach(page IN ITEMS man/man1/qo.1 man/man5/qo-rules.5 bash-completion/completions/qo zsh/vendor-completions/_qo
+             fish/vendor_completions.d/qo.fish)
+  file(SIZE ${prefix}/share/${page} size)
+  if(size EQUAL 0)
+    message(FATAL_ERROR "share/${page} is empty")
+  endif()
+endforeach()
+
 run("configuring by find_package" ${CMAKE_COMMAND} -S ${HOST} -B ${WORK}/package -DCMAKE_PREFIX_PATH=${prefix}
     -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_CXX_FLAGS=${flags})
 run("building by find_package" ${CMAKE_COMMAND} --build ${WORK}/package)

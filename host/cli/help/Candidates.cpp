@@ -242,7 +242,7 @@ void addFieldValues(Candidates& found,
 }
 
 /// The end of a word of a query that begins with the typed text: what follows the typed part of the
-/// name, in quotes where it needs them. Example: for artist:Bl it is ue" Ridge".
+/// name, in quotes where it needs them. Example: for artist:Iron it may be " Circus".
 std::string queryEnd(std::string_view typed, const std::string& name)
 {
     std::string value;

@@ -44,6 +44,14 @@ public:
         return words.substr(words.rfind('\0') + 1);
     }
 
+    /// What it shows while a line is typed that is not sent, up to a text.
+    std::string shownFor(const std::string& typed, const std::string& end)
+    {
+        m_shell->readTo("READY> ");
+        m_shell->type(typed);
+        return m_shell->readTo(end);
+    }
+
 private:
     const QoCommand& m_qo;
     std::optional<PtyShell> m_shell;
@@ -123,6 +131,10 @@ protected:
         m_shell.emplace(qo, shell.words, shell.rc);
     }
     std::string lastWord(const std::string& typed) { return m_shell->lastWord(typed); }
+    std::string shownFor(const std::string& typed, const std::string& end)
+    {
+        return m_shell->shownFor(typed, end);
+    }
 
     QoCommand qo;
 
@@ -168,6 +180,13 @@ TEST_P(Completion, GivesTheRightWordAndRunsNothing)
         ASSERT_EQ(lastWord(c.typed), c.word) << c.typed;
     for (const auto& entry : fs::recursive_directory_iterator(qo.dir.path()))
         EXPECT_NE(entry.path().filename(), "pwned");
+}
+
+TEST_P(Completion, ListsNamesWithoutSendingTheirControlCharacters)
+{
+    const std::string shown = shownFor("qo artists --artist \t\t", "東京");
+    EXPECT_NE(shown.find("31mred"), std::string::npos) << shown;
+    EXPECT_EQ(shown.find("\x1b[31mred"), std::string::npos) << shown;
 }
 
 INSTANTIATE_TEST_SUITE_P(Shells,
