@@ -9,6 +9,7 @@
 #include "core/query/QueryField.h"
 #include "core/roots/RootFolders.h"
 #include "core/rules/RuleStore.h"
+#include "core/runs/RunFiles.h"
 #include "core/session/Session.h"
 #include "core/session/SettingValues.h"
 
@@ -97,6 +98,9 @@ enum class Values
     editWords,   ///< words of a query, and such values after them
     roots,
     snapshots,
+    runs,
+    plans,
+    sortFields,
     helpWords,
     queryWords ///< "artist:abba"
 };
@@ -123,6 +127,9 @@ constexpr ValueRow valueRows[] = {{"*", "--artist", Values::artists},
                                   {"*", "FIELD=VALUE", Values::fieldValues},
                                   {"roots rm", "DIR", Values::roots},
                                   {"*", "SNAPSHOT", Values::snapshots},
+                                  {"*", "ID", Values::runs},
+                                  {"*", "PLAN", Values::plans},
+                                  {"*", "--sort", Values::sortFields},
                                   {"help", "COMMAND", Values::helpWords}};
 
 /// What only an open session knows.
@@ -174,6 +181,19 @@ public:
             [] { return paths(host::Snapshots(host::Session::databasePath()).list(), true); });
     }
 
+    /// The runs whose files have that end, or the one of a run that can go on.
+    Words runs(const char* end)
+    {
+        return m_session.kernel().run(
+            [end]
+            {
+                Words list = host::runfiles::idsOf(end);
+                const Words running = host::runfiles::idsOf(host::runfiles::runningEnd);
+                list.insert(list.end(), running.begin(), running.end());
+                return list;
+            });
+    }
+
 private:
     static host::Session::Options optionsFor(const CommandLine& line, const Cursor& cursor)
     {
@@ -203,6 +223,17 @@ Words tagFieldNames()
     Words names;
     for (const host::FileField& field : host::tagFields())
         names.emplace_back(field.name);
+    return names;
+}
+
+Words sortFieldNames()
+{
+    Words names;
+    for (const host::QueryFieldInfo& field : host::queryFields())
+    {
+        if (field.kind != host::QueryKind::flag)
+            names.emplace_back(field.name);
+    }
     return names;
 }
 
@@ -362,6 +393,12 @@ void addValues(Candidates& found,
         return addAll(found, CandidateNames(line, cursor).roots());
     case Values::snapshots:
         return addAll(found, CandidateNames(line, cursor).snapshots());
+    case Values::runs:
+        return addAll(found, CandidateNames(line, cursor).runs(host::runfiles::finishedEnd));
+    case Values::plans:
+        return addAll(found, CandidateNames(line, cursor).runs(host::runfiles::planEnd));
+    case Values::sortFields:
+        return addAll(found, sortFieldNames());
     case Values::helpWords:
         return addHelpWords(found, line, cursor);
     case Values::queryWords:

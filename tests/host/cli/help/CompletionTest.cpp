@@ -154,6 +154,9 @@ TEST_P(Completion, GivesTheRightWordAndRunsNothing)
         ASSERT_EQ(lastWord("qo tag set x artist=" + first + "\t"), "artist=" + name);
         ASSERT_EQ(lastWord("qo artists --artist=" + first + "\t"), "--artist=" + name);
     }
+    const std::string file = qo.music("0.mp3");
+    ASSERT_EQ(qo.run({"mv", file, qo.music("moved.mp3")}).code, 0);
+    const std::string run = qo.run({"runs", "--json"}).json().at(0)["run"];
     const struct
     {
         const char* typed;
@@ -167,6 +170,8 @@ TEST_P(Completion, GivesTheRightWordAndRunsNothing)
                  {"qo config set TraceLevel W\t", "Warning"},
                  {"qo log --level ve\t", "verbose"},
                  {"qo rule show velm\t", "velmora-artist-track"},
+                 {"qo ls --sort yea\t", "year"},
+                 {"qo undo 2\t", run},
                  {"qo help nam\t", "names"},
                  {"qo cover show --album G\t", "Gold"},
                  {"qo roots rm " QO_TEST_TEMP "\t", qo.music()},
