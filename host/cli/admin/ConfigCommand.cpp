@@ -1,7 +1,7 @@
 #include "cli/CommandLine.h"
 #include "cli/KernelCommand.h"
 #include "cli/files/FileRecord.h"
-#include "cli/shown/ClosestName.h"
+#include "core/base/ClosestName.h"
 #include "core/base/HostFiles.h"
 #include "core/session/SettingValues.h"
 
@@ -73,7 +73,7 @@ KeyValueConfig::Entry findOrThrow(Session& session, const std::string& name)
         for (const KeyValueConfig::Entry& each : session.settings().entries())
             names.push_back(toUtf8(each.key));
         throw HostError(ExitCode::notFound,
-                        "there is no setting \"" + name + "\"" + suggestionFor(name, names) +
+                        "there is no setting \"" + name + "\"" + host::suggestionFor(name, names) +
                             "; \"qo config ls\" lists them");
     }
     return *entry;

@@ -1,6 +1,6 @@
 #include "cli/files/FileChoice.h"
 
-#include "cli/shown/ClosestName.h"
+#include "core/base/ClosestName.h"
 
 #include <QoKernel/Collection.h>
 #include <QoKernel/Logical.h>
@@ -33,7 +33,7 @@ void checkName(const char* kind,
         return;
     std::string text = name.IsEmpty() ? std::string("every track has an ") + kind
                                       : std::string("there is no ") + kind + " \"" + *typed + "\"";
-    ClosestName closest(name);
+    host::ClosestName closest(name);
     for (const auto& each : all)
         closest.look(each->getName());
     if (!closest.best().IsEmpty())

@@ -1,8 +1,8 @@
 #include "cli/files/LineFormat.h"
 
 #include "cli/files/FileRecord.h"
-#include "cli/shown/ClosestName.h"
 #include "cli/shown/Text.h"
+#include "core/base/ClosestName.h"
 #include "core/base/HostError.h"
 #include "core/collection/FileFields.h"
 
@@ -67,13 +67,7 @@ void LineFormat::addField(const std::string& typed, Part& part)
     const std::string name = typed.substr(0, colon);
     part.field = host::findFileField(name);
     if (!part.field || part.field->source == host::FieldSource::tag)
-    {
-        std::string list;
-        for (const std::string& each : fieldNames())
-            list += (list.empty() ? "; there are " : ", ") + each;
-        const std::string suggestion = suggestionFor(name, fieldNames());
-        refuse("there is no field \"" + name + "\"" + (suggestion.empty() ? list : suggestion));
-    }
+        refuse("there is no field \"" + name + "\"" + host::suggestionOrList(name, fieldNames()));
     if (colon != std::string::npos)
     {
         std::string_view width = std::string_view(typed).substr(colon + 1);

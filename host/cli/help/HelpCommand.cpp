@@ -1,7 +1,7 @@
 #include "cli/CommandLine.h"
 #include "cli/help/CommandTree.h"
 #include "cli/help/HelpPages.h"
-#include "cli/shown/ClosestName.h"
+#include "core/base/ClosestName.h"
 #include "core/base/Json.h"
 
 #include <QoKernel/Collection.h>
@@ -40,7 +40,7 @@ ExitCode version(CommandLine& line)
         for (const Topic& topic : topics())
             known.emplace_back(topic.name);
     }
-    const std::string suggestion = suggestionFor(name, known);
+    const std::string suggestion = host::suggestionFor(name, known);
     throw HostError(ExitCode::usage,
                     "there is no command \"" + name + "\"" +
                         (suggestion.empty() ? "; \"qo help\" lists them" : suggestion));

@@ -1,7 +1,7 @@
 #include "cli/help/ParseFailure.h"
 
 #include "cli/help/CommandTree.h"
-#include "cli/shown/ClosestName.h"
+#include "core/base/ClosestName.h"
 
 #include <algorithm>
 
@@ -53,7 +53,7 @@ std::string unknownOption(const CLI::App& last, const std::string& typed)
     const std::string name = typed.substr(0, typed.find('='));
     // A single letter is near to every other one.
     return "there is no option " + quoted(name) +
-           (name.starts_with("--") ? suggestionFor(name, names) : "");
+           (name.starts_with("--") ? host::suggestionFor(name, names) : "");
 }
 
 std::string extraWord(const CLI::App& last, const std::string& word)
@@ -63,7 +63,7 @@ std::string extraWord(const CLI::App& last, const std::string& word)
         return quoted(word) + " is one argument too many: " + usageOf(last);
     const std::string key = commandKey(last);
     return "there is no command " + quoted(key + (key.empty() ? "" : " ") + word) +
-           suggestionFor(word, names);
+           host::suggestionFor(word, names);
 }
 
 /// The option or argument whose name the parser's own sentence has before or after a mark.
@@ -82,7 +82,8 @@ std::string wrongValue(const CLI::Option& option, const std::string& name)
     const std::string range = rangeText(option);
     std::string wanted = "it is a number" + (range.empty() ? "" : ", " + range);
     if (!facts.choices.empty())
-        wanted = "it is one of " + joined(facts.choices) + suggestionFor(value, facts.choices);
+        wanted =
+            "it is one of " + joined(facts.choices) + host::suggestionFor(value, facts.choices);
     return name + " cannot be " + quoted(value) + ": " + wanted;
 }
 

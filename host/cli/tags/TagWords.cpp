@@ -1,7 +1,7 @@
 #include "cli/tags/TagWords.h"
 
 #include "cli/files/TagFields.h"
-#include "cli/shown/ClosestName.h"
+#include "core/base/ClosestName.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 
@@ -33,10 +33,8 @@ const FileField& fieldOf(const std::string& name)
     std::vector<std::string> names;
     for (const FileField& field : host::tagFields())
         names.emplace_back(field.name);
-    const std::string suggestion = suggestionFor(name, names);
     throw HostError(ExitCode::usage,
-                    "\"" + name + "\" is no field of a tag" +
-                        (suggestion.empty() ? "; there are " + tagFieldNames() : suggestion));
+                    "\"" + name + "\" is no field of a tag" + host::suggestionOrList(name, names));
 }
 
 /// Players sort by years and track numbers, so that a slip of the finger does not go in.

@@ -45,11 +45,11 @@ const QueryFieldInfo* findQueryField(const std::string& name)
     return found == fields.end() ? nullptr : &*found;
 }
 
-std::string queryFieldNames()
+std::vector<std::string> queryFieldNames()
 {
-    std::string names;
+    std::vector<std::string> names;
     for (const QueryFieldInfo& field : queryFields())
-        names += (names.empty() ? "" : ", ") + std::string(field.name);
+        names.emplace_back(field.name);
     return names;
 }
 } // namespace qo::host

@@ -2,6 +2,7 @@
 
 #include <span>
 #include <string>
+#include <vector>
 
 namespace qo::host
 {
@@ -56,6 +57,5 @@ std::span<const QueryFieldInfo> queryFields();
 const QueryFieldInfo& infoOf(QueryField field);
 /// Null for a name that no field has.
 const QueryFieldInfo* findQueryField(const std::string& name);
-/// "artist, album, title ...".
-std::string queryFieldNames();
+std::vector<std::string> queryFieldNames();
 } // namespace qo::host

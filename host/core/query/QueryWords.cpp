@@ -1,5 +1,6 @@
 #include "core/query/QueryWords.h"
 
+#include "core/base/ClosestName.h"
 #include "core/base/HostError.h"
 
 #include <algorithm>
@@ -47,12 +48,7 @@ private:
             const std::string name = m_text.substr(m_at, colon - m_at);
             const QueryFieldInfo* const info = findQueryField(name);
             if (!info && !name.empty())
-                throw HostError(ExitCode::usage,
-                                "\"" + name + "\" is no field of a query; there are " +
-                                    queryFieldNames() +
-                                    "; to look for a text with a colon, put "
-                                    "it in quotes: '\"" +
-                                    wholeWord() + "\"'");
+                refuseField(name);
             if (info)
                 word.field = info->field;
             word.isRegex = m_text.compare(colon, 2, "::") == 0;
@@ -60,6 +56,16 @@ private:
         }
         word.isQuoted = m_at < m_text.size() && m_text[m_at] == '"';
         readValue(word);
+    }
+
+    [[noreturn]] void refuseField(const std::string& name) const
+    {
+        const std::string word =
+            m_text.substr(m_at, std::min(m_text.find(' ', m_at), m_text.size()) - m_at);
+        throw HostError(ExitCode::usage,
+                        "\"" + name + "\" is no field of a query" +
+                            suggestionOrList(name, queryFieldNames()) +
+                            "; a text with a colon goes in quotes: '\"" + word + "\"'");
     }
 
     /// Where the colon after a field's name stands. ":x" is a value without a field.
@@ -70,11 +76,6 @@ private:
             ++at;
         const bool isColon = at < m_text.size() && m_text[at] == ':';
         return isColon && (at > m_at || m_text.compare(at, 2, "::") == 0) ? at : std::string::npos;
-    }
-
-    std::string wholeWord() const
-    {
-        return m_text.substr(m_at, std::min(m_text.find(' ', m_at), m_text.size()) - m_at);
     }
 
     void readValue(QueryWord& word)

@@ -1,5 +1,6 @@
 #include "core/query/RecordOrder.h"
 
+#include "core/base/ClosestName.h"
 #include "core/base/HostError.h"
 #include "core/query/FoldedText.h"
 
@@ -37,13 +38,9 @@ TypedOrder TypedOrder::parse(const std::string& typed, const std::vector<std::st
             name.pop_back();
         const auto found = std::ranges::find(names, name);
         if (found == names.end())
-        {
-            std::string list;
-            for (const std::string& each : names)
-                list += (list.empty() ? "" : ", ") + each;
             throw HostError(ExitCode::usage,
-                            "\"" + name + "\" is nothing to sort by; there are " + list);
-        }
+                            "\"" + name + "\" is nothing to sort by" +
+                                suggestionOrList(name, names));
         order.keys.push_back({static_cast<std::size_t>(found - names.begin()), isDescending});
     }
     return order;

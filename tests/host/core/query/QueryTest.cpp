@@ -188,7 +188,8 @@ TEST_F(QueryTest, OrdersKeepWhatIsEqualAndPutWhatIsMissingLast)
 TEST_F(QueryTest, WhatCannotBeReadSaysWhereItWentWrong)
 {
     const std::pair<std::vector<std::string>, const char*> rows[] = {
-        {{"singer:x"}, "\"singer\" is no field of a query; there are artist, album, title"},
+        {{"xyzzyq:x"}, "\"xyzzyq\" is no field of a query; there are artist, album, title"},
+        {{"artst:x"}, "did you mean \"artist\"?"},
         {{"re:mix"}, "put it in quotes"},
         {{"year:19x0"}, "in \"year:19x0\", \"19x0\" cannot be read"},
         {{"bjork year:..x"}, "\"x\" cannot be read"},

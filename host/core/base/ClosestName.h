@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace qo::cli
+namespace qo::host
 {
 /// Finds the name that somebody may have meant: one that holds what was typed, or else one that a
 /// few letters make of it.
@@ -26,4 +26,6 @@ private:
 
 /// "; did you mean \"albums\"?" for "album", from the names that there are; "" if none is near.
 std::string suggestionFor(const std::string& typed, const std::vector<std::string>& names);
-} // namespace qo::cli
+/// The same, or "; there are a, b, c" if none is near.
+std::string suggestionOrList(const std::string& typed, const std::vector<std::string>& names);
+} // namespace qo::host

@@ -1,14 +1,14 @@
-#include "cli/shown/ClosestName.h"
+#include "core/base/ClosestName.h"
 
 #include <algorithm>
 #include <numeric>
 #include <vector>
 
-namespace qo::cli
+namespace qo::host
 {
 namespace
 {
-CString folded(CString text)
+CString lowered(CString text)
 {
     text.MakeLower();
     return text;
@@ -40,7 +40,7 @@ std::size_t distance(std::u16string_view a, std::u16string_view b, std::size_t l
 } // namespace
 
 ClosestName::ClosestName(const CString& typed)
-    : m_typed(folded(typed))
+    : m_typed(lowered(typed))
     // Half of the letters may differ, or the name is another one.
     , m_bestCost(static_cast<std::size_t>(typed.GetLength()) / 2 + 1)
 {
@@ -50,7 +50,7 @@ void ClosestName::look(const CString& name)
 {
     if (name.IsEmpty() || m_typed.IsEmpty() || m_bestCost == 0)
         return;
-    const CString lower = folded(name);
+    const CString lower = lowered(name);
     const bool holdsTyped = lower.view().find(m_typed.view()) != std::u16string_view::npos;
     const std::size_t cost = holdsTyped ? 0 : distance(m_typed.view(), lower.view(), m_bestCost);
     if (cost >= m_bestCost)
@@ -67,4 +67,14 @@ std::string suggestionFor(const std::string& typed, const std::vector<std::strin
     return closest.best().IsEmpty() ? std::string()
                                     : "; did you mean \"" + toUtf8(closest.best()) + "\"?";
 }
-} // namespace qo::cli
+
+std::string suggestionOrList(const std::string& typed, const std::vector<std::string>& names)
+{
+    std::string text = suggestionFor(typed, names);
+    if (!text.empty())
+        return text;
+    for (const std::string& name : names)
+        text += (text.empty() ? "; there are " : ", ") + name;
+    return text;
+}
+} // namespace qo::host
