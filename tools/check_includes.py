@@ -128,8 +128,9 @@ def check_host_include(path, quoted, target, exists):
         if not own:
             return f'a host includes <QoKernel/...> and its own headers, not "{target}"'
         return check_order(HOST_ORDER, path, own[0])
-    if target.startswith("unicode/") and path.startswith("core/query/"):
-        return None  # searching folds texts and takes regular expressions, which the library does not
+    # Searching folds texts and takes regular expressions, and settings know languages: the library does neither.
+    if target.startswith("unicode/") and path.startswith(("core/query/", "core/session/SettingValues")):
+        return None
     if re.fullmatch(r"sqlite3\.h|taglib/.*|unicode/.*", target):
         return f"a host reaches <{target}> through the library"
     if target == "QoKernel/Inside.h" and not path.startswith("core/") and path not in INSIDERS:

@@ -62,10 +62,11 @@ private:
     {
         const std::string word =
             m_text.substr(m_at, std::min(m_text.find(' ', m_at), m_text.size()) - m_at);
+        const std::string suggestion = suggestionOrList(name, queryFieldNames());
         throw HostError(ExitCode::usage,
-                        "\"" + name + "\" is no field of a query" +
-                            suggestionOrList(name, queryFieldNames()) +
-                            "; a text with a colon goes in quotes: '\"" + word + "\"'");
+                        "\"" + name + "\" is no field of a query" + suggestion +
+                            (suggestion.ends_with('?') ? " A" : "; a") +
+                            " text with a colon goes in quotes: '\"" + word + "\"'");
     }
 
     /// Where the colon after a field's name stands. ":x" is a value without a field.

@@ -5,6 +5,8 @@
 
 #include <QoKernel/Kernel.h>
 
+#include <unicode/uloc.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -14,6 +16,18 @@ namespace qo::host
 {
 namespace
 {
+bool isLanguage(const std::string& code)
+{
+    if (code.size() != 2)
+        return false;
+    for (const char* const* each = uloc_getISOLanguages(); *each; ++each)
+    {
+        if (code == *each)
+            return true;
+    }
+    return false;
+}
+
 constexpr std::string_view switches[] = {"HideUnlicensedStations",
                                          "AutomatedRestartInProgress",
                                          "ForceNetbook",
@@ -90,9 +104,8 @@ checkedSetting(const std::string& key, const std::string& defaultValue, const st
         refuse(key, value, "it is a whole number, such as " + defaultValue);
     if (has(percentages, key) && (std::stoi(value) < 0 || std::stoi(value) > 100))
         refuse(key, value, "it is a percentage, 0 to 100");
-    const bool isLanguage = value.size() == 2 && inSmallLetters(value) == value;
-    if (key == "Language" && !isLanguage)
-        refuse(key, value, "it is a code of two letters, such as en or de");
+    if (key == "Language" && !isLanguage(value))
+        refuse(key, value, "it is a language's code of two letters, such as en or de");
     return value;
 }
 

@@ -28,6 +28,7 @@ TEST(CommandLine, FailuresHaveTheirExitCodeAndOneSentence)
         {{"config", "set", "MaxFilesBurn", "many"}, 2, "it is a whole number"},
         {{"config", "set", "UnrelMaxPercent", "101"}, 2, "0 to 100"},
         {{"config", "set", "Language", "English"}, 2, "two letters"},
+        {{"config", "set", "Language", "xx"}, 2, "two letters"},
         {{"config", "set", "MusicCollectionDirsCount", "7"}, 2, "is kept by \"qo roots\""},
         {{"roots", "add", "--type", "jazz", "/"}, 2, "jazz"},
         {{"roots", "add", "/"}, 7, "/ holds folders of the system"},

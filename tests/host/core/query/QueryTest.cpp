@@ -190,7 +190,7 @@ TEST_F(QueryTest, WhatCannotBeReadSaysWhereItWentWrong)
     const std::pair<std::vector<std::string>, const char*> rows[] = {
         {{"xyzzyq:x"}, "\"xyzzyq\" is no field of a query; there are artist, album, title"},
         {{"artst:x"}, "did you mean \"artist\"?"},
-        {{"re:mix"}, "put it in quotes"},
+        {{"re:mix"}, "goes in quotes"},
         {{"year:19x0"}, "in \"year:19x0\", \"19x0\" cannot be read"},
         {{"bjork year:..x"}, "\"x\" cannot be read"},
         {{"length:3:99"}, "\"3:99\" cannot be read; write 3:51"},
