@@ -6,7 +6,7 @@
 #include "core/base/HostFiles.h"
 
 #include <algorithm>
-#include <regex>
+#include <string_view>
 
 namespace qo::cli
 {
@@ -37,18 +37,45 @@ const FileField& fieldOf(const std::string& name)
                     "\"" + name + "\" is no field of a tag" + host::suggestionOrList(name, names));
 }
 
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+/// The beginning of "1969-07-21T20:17:40", up to one of its parts.
+bool isDate(std::string_view value)
+{
+    constexpr std::string_view form = "0000-00-00T00:00:00";
+    constexpr std::size_t lengths[] = {4, 7, 10, 13, 16, 19};
+    return std::ranges::find(lengths, value.size()) != std::end(lengths) &&
+           std::ranges::equal(value,
+                              form.substr(0, value.size()),
+                              [](char c, char wanted) {
+                                  return wanted == '0' ? isDigit(c)
+                                                       : c == wanted || (wanted == 'T' && c == ' ');
+                              });
+}
+
+/// "3" or "3/12".
+bool isTrackNumber(std::string_view value)
+{
+    const auto isNumber = [](std::string_view text)
+    { return !text.empty() && text.size() <= 4 && std::ranges::all_of(text, isDigit); };
+    const std::size_t slash = value.find('/');
+    return isNumber(value.substr(0, slash)) &&
+           (slash == value.npos || isNumber(value.substr(slash + 1)));
+}
+
 /// Players sort by years and track numbers, so that a slip of the finger does not go in.
 void checkForm(const FileField& field, const std::string& value)
 {
-    static const std::regex year("[0-9]{4}(-[0-9]{2}(-[0-9]{2}([T ][0-9]{2}(:[0-9]{2}){0,2})?)?)?");
-    static const std::regex track("[0-9]{1,4}(/[0-9]{1,4})?");
     const std::string name = field.name;
     if (value.empty())
         return;
-    if (name == "year" && !std::regex_match(value, year))
+    if (name == "year" && !isDate(value))
         throw HostError(ExitCode::usage,
                         "\"" + value + "\" is no year; write 1969, 1969-07 or 1969-07-21");
-    if (name == "track" && !std::regex_match(value, track))
+    if (name == "track" && !isTrackNumber(value))
         throw HostError(ExitCode::usage, "\"" + value + "\" is no track number; write 3 or 3/12");
 }
 
