@@ -24,6 +24,28 @@ std::string unmask(std::string text)
 {
     return looksLikeList(text) && text[0] == mask ? text.substr(1) : text;
 }
+
+void chooseColorsByName(const std::string& name)
+{
+    chooseColors(name == "always"  ? ColorMode::always
+                 : name == "never" ? ColorMode::never
+                                   : ColorMode::automatic);
+}
+
+/// Each line of the sentences after the program's name, which has the colour.
+void say(Style style, const std::string& sentences)
+{
+    const std::string program = painted(STDERR_FILENO, style, "qo:") + " ";
+    std::string text;
+    std::size_t start = 0;
+    while (start <= sentences.size())
+    {
+        const std::size_t end = std::min(sentences.find('\n', start), sentences.size());
+        text += program + harmless(sentences.substr(start, end - start)) + "\n";
+        start = end + 1;
+    }
+    std::cerr << text << std::flush;
+}
 } // namespace
 
 std::vector<std::string> parseable(int argc, char** argv)
@@ -52,6 +74,10 @@ CommandLine::CommandLine() : app("Keeps a collection of your music and its tags.
     app.add_flag("--dry-run", dryRun, "Show what would be done, change nothing");
     app.add_flag("-y,--yes", yes, "Do not ask");
     app.add_flag("-q,--quiet", quiet, "No progress and no notes");
+    app.add_flag("--no-pager", noPager, "Show long lists without a pager");
+    app.add_option_function<std::string>("--color", chooseColorsByName, "When to use colours")
+        ->check(CLI::IsMember({"auto", "always", "never"}))
+        ->trigger_on_parse();
 }
 
 void CommandLine::setAction(CLI::App& command, std::function<ExitCode()> run)
@@ -59,6 +85,17 @@ void CommandLine::setAction(CLI::App& command, std::function<ExitCode()> run)
     // The parser calls the sub-command first and then the group that it stands in, as for
     // "qo roots add": the first action counts.
     command.callback([this, run = std::move(run)] { action = action ? action : run; });
+}
+
+void CommandLine::setListAction(CLI::App& command, std::function<ExitCode()> run)
+{
+    setAction(command,
+              [this, run = std::move(run)]
+              {
+                  if (!json && !noPager)
+                      out.usePager();
+                  return run();
+              });
 }
 
 CLI::App* CommandLine::addCommand(CLI::App& parent,
@@ -75,22 +112,12 @@ CLI::App* CommandLine::addCommand(CLI::App& parent,
 void CommandLine::note(const std::string& sentence) const
 {
     if (!quiet)
-        complain(sentence);
+        say(Style::warning, sentence);
 }
 
 void CommandLine::complain(const std::string& sentence)
 {
-    const bool isTerminal = ::isatty(STDERR_FILENO) == 1;
-    std::string text;
-    std::size_t start = 0;
-    while (start <= sentence.size())
-    {
-        const std::size_t end = std::min(sentence.find('\n', start), sentence.size());
-        const std::string part = sentence.substr(start, end - start);
-        text += "qo: " + (isTerminal ? harmless(part) : part) + "\n";
-        start = end + 1;
-    }
-    std::cerr << text << std::flush;
+    say(Style::error, sentence);
 }
 
 CLI::Option* addArgument(CLI::App& command,

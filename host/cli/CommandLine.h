@@ -28,6 +28,7 @@ struct CommandLine
     bool dryRun = false;
     bool yes = false;
     bool quiet = false;
+    bool noPager = false;
     Output out;
     std::function<ExitCode()> action;
 
@@ -39,6 +40,9 @@ struct CommandLine
                          const std::string& name,
                          const std::string& description,
                          std::function<ExitCode()> run);
+
+    /// The same for a command that lists: what is longer than the window goes to a pager.
+    void setListAction(CLI::App& command, std::function<ExitCode()> run);
 
     /// Writes sentences to standard error, with the program's name before each line. Notes are left
     /// out with --quiet.

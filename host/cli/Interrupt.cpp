@@ -1,5 +1,6 @@
 #include "cli/Interrupt.h"
 
+#include "cli/shown/Pager.h"
 #include "core/watch/FolderWatch.h"
 
 #include <csignal>
@@ -26,6 +27,9 @@ void onEndSignal(int signal)
             watch->stop();
         return;
     }
+    // A program that ended before its pager would leave two readers at one keyboard.
+    if (signal == SIGINT && Pager::isShowing())
+        return;
     std::signal(signal, SIG_DFL);
     std::raise(signal);
 }

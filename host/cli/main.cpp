@@ -52,12 +52,14 @@ int parseAndRun(CommandLine& line, int argc, char** argv)
     }
     catch (const HostError& error)
     {
+        line.out.end();
         CommandLine::complain(error.what());
         return error.code() == ExitCode::interrupted ? qo::cli::interruptExitCode()
                                                      : static_cast<int>(error.code());
     }
     catch (const std::exception& error)
     {
+        line.out.end();
         CommandLine::complain(error.what());
         return static_cast<int>(ExitCode::failed);
     }
@@ -74,7 +76,7 @@ int main(int argc, char** argv)
     {
         CommandLine line;
         code = parseAndRun(line, argc, argv);
-        nobodyReads = line.out.isClosed();
+        nobodyReads = line.out.isBrokenPipe();
     }
     if (nobodyReads && code == 0)
         endByBrokenPipe();

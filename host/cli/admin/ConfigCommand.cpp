@@ -97,7 +97,7 @@ ExitCode get(CommandLine& line, const ConfigOptions& options)
         {
             const KeyValueConfig::Entry entry = findOrThrow(*session, options.key);
             const std::string value = shownValue(options.key, entry.value);
-            line.out.line(line.json ? dump(entryJson(entry, value)) : line.out.foreign(value));
+            line.out.line(line.json ? dump(entryJson(entry, value)) : harmless(value));
         });
     return ExitCode::done;
 }

@@ -48,7 +48,7 @@ ExitCode check(CommandLine& line)
                 line.out.line(dump(object));
                 return code;
             }
-            line.out.line(line.out.foreign(host::shownPath(path)) +
+            line.out.line(harmless(host::shownPath(path)) +
                           (found.faults.empty() ? ": all is well" : ""));
             for (const std::string& fault : found.faults)
                 line.out.line("fault: " + fault);

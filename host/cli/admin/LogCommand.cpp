@@ -35,7 +35,8 @@ public:
                 continue;
             const std::string file = host::shownPath(reader.file());
             if (!m_line.json && m_lastFile != file)
-                m_line.out.line((m_lastFile.empty() ? "==> " : "\n==> ") + file + " <==");
+                m_line.out.line((m_lastFile.empty() ? "" : "\n") +
+                                Output::styled(Style::heading, "==> " + harmless(file) + " <=="));
             m_lastFile = file;
             for (const std::string& text : lines)
                 printLine(file, text);
@@ -46,7 +47,7 @@ private:
     void printLine(const std::string& file, const std::string& text)
     {
         if (!m_line.json)
-            return m_line.out.line(m_line.out.foreign(text));
+            return m_line.out.line(harmless(text));
         Json object;
         putPath(object, "file", file);
         object["level"] = levelOfLine(fromUtf8(text));
@@ -86,6 +87,8 @@ ExitCode log(CommandLine& line, const LogOptions& options)
     if (readers.empty())
         line.note("there is no log in " + host::shownPath(folder) +
                   "; \"qo config set TraceLevel Debug\" has the next commands write one");
+    if (options.follow)
+        line.out.flush(); // What comes later does not wait in a pager.
     LogPrinter printer(line, levelFromName(fromUtf8(options.level)));
     printer.print(readers);
     while (options.follow && !line.out.isClosed())
@@ -102,7 +105,7 @@ ExitCode log(CommandLine& line, const LogOptions& options)
 void setUpLog(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<LogOptions>();
-    line.setAction(command, [&line, options] { return log(line, *options); });
+    line.setListAction(command, [&line, options] { return log(line, *options); });
     command.add_option("--level", options->level, "Leave out what is less grave")
         ->check(CLI::IsMember({"error", "warning", "info", "debug", "detail", "verbose"},
                               CLI::ignore_case))

@@ -32,8 +32,8 @@ auto runWithProgress(const CommandLine& line, Session& session, Function functio
 void printOffer(CommandLine& line, const host::MoveOffer& offer)
 {
     if (!line.json)
-        return line.out.line(line.out.foreign(host::shownPath(offer.from)) + " -> " +
-                             line.out.foreign(host::shownPath(offer.to)));
+        return line.out.line(harmless(host::shownPath(offer.from)) + " -> " +
+                             harmless(host::shownPath(offer.to)));
     Json object;
     putPath(object, "from", offer.from);
     putPath(object, "to", offer.to);

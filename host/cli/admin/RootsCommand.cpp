@@ -83,8 +83,7 @@ ExitCode listRoots(CommandLine& line)
                     line.out.line(dump(object));
                 }
                 else
-                    line.out.line(padded(kind, 5) + "  " +
-                                  line.out.foreign(host::shownPath(folder)) +
+                    line.out.line(padded(kind, 5) + "  " + harmless(host::shownPath(folder)) +
                                   (cause.empty() ? "" : "  (away: " + cause + ")"));
             }
             if (roots.folders().IsEmpty())

@@ -223,12 +223,10 @@ private:
             putPath(object, "path", event.path);
             if (!event.newPath.empty())
                 putPath(object, "to", event.newPath);
-            m_line.out.line(m_line.json
-                                ? dump(object)
-                                : std::string(name) + "  " + m_line.out.foreign(event.path) +
-                                      (event.newPath.empty()
-                                           ? ""
-                                           : " -> " + m_line.out.foreign(event.newPath)));
+            m_line.out.line(
+                m_line.json ? dump(object)
+                            : std::string(name) + "  " + harmless(event.path) +
+                                  (event.newPath.empty() ? "" : " -> " + harmless(event.newPath)));
         }
         m_line.out.flush();
     }

@@ -128,7 +128,7 @@ std::string recordHeader()
     return header;
 }
 
-std::string recordRow(const Output& out, const QoFileDbItem& item)
+std::string recordRow(const QoFileDbItem& item)
 {
     std::string row;
     bool isFirst = true;
@@ -139,7 +139,7 @@ std::string recordRow(const Output& out, const QoFileDbItem& item)
         row += isFirst ? "" : "\t";
         isFirst = false;
         const std::string cell = valueCell(field, field.read(item));
-        row += field.kind == FieldKind::path ? out.foreign(cell) : cell;
+        row += field.kind == FieldKind::path ? harmless(cell) : cell;
     }
     return row;
 }

@@ -16,8 +16,6 @@ namespace qo::cli
 using host::dump;
 using host::Json;
 
-class Output;
-
 /// Puts a system path under the name. One that is no UTF-8 is shown with U+FFFD, and nameUri has
 /// its exact bytes as a file URI.
 void putPath(Json& object, const std::string& name, const std::string& path);
@@ -32,9 +30,9 @@ Json recordJson(const QoFileDbItem& item, bool withTree = false);
 std::string fieldText(const host::FileField& field, const QoFileDbItem& item);
 /// The names of recordRow's columns.
 std::string recordHeader();
-/// The values of recordJson() without the tree, with tabs between them; paths as Output::foreign()
-/// gives them.
-std::string recordRow(const Output& out, const QoFileDbItem& item);
+/// The values of recordJson() without the tree, with tabs between them; paths without
+/// control characters.
+std::string recordRow(const QoFileDbItem& item);
 /// Each field but the path on a line of its own, for people.
 std::string recordText(const QoFileDbItem& item);
 

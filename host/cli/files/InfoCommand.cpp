@@ -44,10 +44,10 @@ void printInfo(CommandLine& line, const QoFileDbItem& item)
             object["tagError"] = cause;
         return line.out.line(dump(object));
     }
-    line.out.line(line.out.foreign(host::shownPath(item.path)));
-    line.out.line("\nin the collection");
+    line.out.line(harmless(host::shownPath(item.path)));
+    line.out.line("\n" + Output::styled(Style::heading, "in the collection"));
     line.out.write(recordText(item));
-    line.out.line("\nin the file");
+    line.out.line("\n" + Output::styled(Style::heading, "in the file"));
     line.out.write(hasTag ? tagTable(tag, allValues(item.path)) : cause + "\n");
 }
 
@@ -70,14 +70,14 @@ void printInfos(CommandLine& line, const FileChoice& choice)
 void setUpInfo(CommandLine& line, CLI::App& command)
 {
     auto choice = std::make_shared<FileChoice>();
-    line.setAction(command,
-                   [&line, choice]
-                   {
-                       const auto session = openKernel(line, KernelUse::look);
-                       loadForReading(line, *session);
-                       session->kernel().run([&] { printInfos(line, *choice); });
-                       return ExitCode::done;
-                   });
+    line.setListAction(command,
+                       [&line, choice]
+                       {
+                           const auto session = openKernel(line, KernelUse::look);
+                           loadForReading(line, *session);
+                           session->kernel().run([&] { printInfos(line, *choice); });
+                           return ExitCode::done;
+                       });
     addQuery(command, *choice)->required();
 }
 } // namespace qo::cli

@@ -3,6 +3,7 @@
 #include "cli/files/FileChoice.h"
 #include "cli/files/FileRecord.h"
 #include "cli/files/LineFormat.h"
+#include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
 
@@ -18,17 +19,12 @@ struct ListOptions
     std::optional<std::string> format;
 };
 
-std::string describe(const QoFileDbItem& item)
+/// "artist - title", or the one that there is.
+std::string nameOf(const QoFileDbItem& item)
 {
-    constexpr std::size_t nameWidth = 40;
     const std::string artist = oneLine(item.artist);
     const std::string title = oneLine(item.title);
-    std::string name = artist.empty() || title.empty() ? artist + title : artist + " - " + title;
-    if (textWidth(name) > nameWidth)
-        name = cutToWidth(name, nameWidth - 1) + "…";
-    const std::string time = item.duration > 0 ? durationText(item.duration) : "";
-    return std::string(time.size() < 7 ? 7 - time.size() : 0, ' ') + time + "  " +
-           padded(name, nameWidth) + "  ";
+    return artist.empty() || title.empty() ? artist + title : artist + " - " + title;
 }
 
 /// A path alone for another program: raw where a NUL ends it, else without line breaks.
@@ -41,8 +37,15 @@ std::string plainPath(const ListOptions& options, const QoFileDbItem& item)
 class FileLister
 {
 public:
-    FileLister(CommandLine& line, const ListOptions& options) : m_line(line), m_options(options)
+    FileLister(CommandLine& line, const ListOptions& options)
+        : m_line(line)
+        , m_options(options)
+        , m_table(line,
+                  false,
+                  {},
+                  {Listing::Column::number, Listing::Column::text, Listing::Column::path})
     {
+        m_table.writeAtOnce();
         if (options.format)
             m_format.emplace(*options.format);
     }
@@ -52,11 +55,12 @@ public:
         if (m_line.json)
             return m_line.out.line(dump(recordJson(item)));
         if (m_options.isLong)
-            return m_line.out.line(recordRow(m_line.out, item));
-        std::string text = m_format ? m_format->lineOf(item)
-                           : m_options.withNul || !m_line.out.isTerminal()
-                               ? plainPath(m_options, item)
-                               : describe(item) + m_line.out.foreign(host::shownPath(item.path));
+            return m_line.out.line(recordRow(item));
+        if (!m_format && !m_options.withNul && m_line.out.isTerminal())
+            return m_table.addCells({item.duration > 0 ? durationText(item.duration) : "",
+                                     nameOf(item),
+                                     plainPath(m_options, item)});
+        std::string text = m_format ? m_format->lineOf(item) : plainPath(m_options, item);
         if (!m_options.withNul)
             return m_line.out.line(text);
         text += '\0';
@@ -66,6 +70,7 @@ public:
 private:
     CommandLine& m_line;
     const ListOptions& m_options;
+    Listing m_table;
     std::optional<LineFormat> m_format;
 };
 
@@ -93,7 +98,7 @@ ExitCode list(CommandLine& line, const ListOptions& options)
 void setUpList(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<ListOptions>();
-    line.setAction(command, [&line, options] { return list(line, *options); });
+    line.setListAction(command, [&line, options] { return list(line, *options); });
     addQuery(command, options->choice);
     addNames(command, options->choice);
     addOrder(command, options->choice);

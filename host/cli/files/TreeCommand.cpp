@@ -33,8 +33,7 @@ public:
 
     void print(const Dir& top)
     {
-        m_line.out.line(m_line.out.foreign(host::shownPath(top->getPath().toString())) +
-                        countOf(top));
+        printName(host::shownPath(top->getPath().toString()), countOf(top));
         m_open.push_back({top, 0});
         while (!m_open.empty() && !m_line.out.isClosed())
             printNext();
@@ -58,6 +57,11 @@ private:
                (m_options.foldersOnly ? 0 : dir->getFiles().GetSize());
     }
 
+    void printName(const std::string& name, const std::string& count, const std::string& lines = {})
+    {
+        m_line.out.line(lines + m_line.out.fitted(name, textWidth(lines) + count.size()) + count);
+    }
+
     void printNext()
     {
         Level& level = m_open.back();
@@ -70,11 +74,10 @@ private:
         text += level.next < entriesOf(level.dir) ? "├── " : "└── ";
         const int folders = level.dir->getSubDirs().GetSize();
         if (index >= folders)
-            return m_line.out.line(text + m_line.out.foreign(lastNameOf(
-                                              level.dir->getFiles()[index - folders]->getPath())));
+            return printName(
+                lastNameOf(level.dir->getFiles()[index - folders]->getPath()), "", text);
         const Dir sub = level.dir->getSubDirs()[index];
-        m_line.out.line(text + m_line.out.foreign(lastNameOf(sub->getPath().toString())) +
-                        countOf(sub));
+        printName(lastNameOf(sub->getPath().toString()), countOf(sub), text);
         if (m_options.depth == 0 || static_cast<int>(m_open.size()) < m_options.depth)
             m_open.push_back({sub, 0});
     }
@@ -143,7 +146,7 @@ ExitCode tree(CommandLine& line, const TreeOptions& options)
 void setUpTree(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<TreeOptions>();
-    line.setAction(command, [&line, options] { return tree(line, *options); });
+    line.setListAction(command, [&line, options] { return tree(line, *options); });
     addArgument(command, "PATH", options->path, "Only this folder");
     command.add_flag("-d,--folders", options->foldersOnly, "Folders only");
     command.add_option("--depth", options->depth, "That many levels")

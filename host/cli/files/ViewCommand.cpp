@@ -174,6 +174,17 @@ Json itemJson(const CUVViewItem& item)
     return object;
 }
 
+/// How many files stand below an item; "" for a file.
+std::string countOf(const CUVViewItem& item)
+{
+    if (item.isFile())
+        return {};
+    return "  (" + std::to_string(item.getOwnFileCount()) +
+           (item.getForeignFileCount() > 0
+                ? " own, " + std::to_string(item.getForeignFileCount()) + " foreign)"
+                : ")");
+}
+
 /// One pane as lines: mark, indented name with year or number, and how many files.
 void printItems(CommandLine& line,
                 const CUVViewItemList& items,
@@ -184,19 +195,18 @@ void printItems(CommandLine& line,
     {
         if (line.out.isClosed())
             return;
-        const char* const mark = item->getCheckState() == CQoCheckState::CS_Checked ? "[x] "
-                                 : item->getCheckState() == CQoCheckState::CS_Mixed ? "[-] "
-                                                                                    : "[ ] ";
+        const auto state = item->getCheckState();
+        const std::string mark = state == CQoCheckState::CS_Checked ? "[x]"
+                                 : state == CQoCheckState::CS_Mixed ? "[-]"
+                                                                    : "[ ]";
+        const std::string start = std::string(item == selected ? "> " : "  ") +
+                                  std::string(static_cast<std::size_t>(2 * depth), ' ');
         const std::string place = oneLine(placeOf(*item));
-        std::string text = std::string(item == selected ? "> " : "  ") +
-                           std::string(static_cast<std::size_t>(2 * depth), ' ') + mark +
-                           (place.empty() ? "" : place + "  ") + nameOf(*item);
-        if (!item->isFile())
-            text += "  (" + std::to_string(item->getOwnFileCount()) +
-                    (item->getForeignFileCount() > 0
-                         ? " own, " + std::to_string(item->getForeignFileCount()) + " foreign)"
-                         : ")");
-        line.out.line(line.out.foreign(text));
+        const std::string ahead = place.empty() ? " " : " " + place + "  ";
+        const std::string count = countOf(*item);
+        const std::size_t taken = start.size() + mark.size() + textWidth(ahead) + textWidth(count);
+        line.out.line(start + (mark == "[ ]" ? mark : Output::styled(Style::mark, mark)) + ahead +
+                      line.out.fitted(nameOf(*item), taken) + count);
         printItems(line, item->getSubItems(), selected, depth + 1);
     }
 }
@@ -237,7 +247,7 @@ void print(CommandLine& line, const PaneModel& panes)
     {
         if (pane.items.IsEmpty())
             continue;
-        line.out.line((isFirst ? "" : "\n") + std::string(pane.name));
+        line.out.line((isFirst ? "" : "\n") + Output::styled(Style::heading, pane.name));
         isFirst = false;
         printItems(line, pane.items, pane.selected);
     }
@@ -265,14 +275,14 @@ void view(CommandLine& line, const ViewOptions& options)
 void setUpView(CommandLine& line, CLI::App& command)
 {
     const auto options = std::make_shared<ViewOptions>();
-    line.setAction(command,
-                   [&line, options]
-                   {
-                       const auto session = openKernel(line, KernelUse::look);
-                       loadForReading(line, *session);
-                       session->kernel().run([&] { view(line, *options); });
-                       return ExitCode::done;
-                   });
+    line.setListAction(command,
+                       [&line, options]
+                       {
+                           const auto session = openKernel(line, KernelUse::look);
+                           loadForReading(line, *session);
+                           session->kernel().run([&] { view(line, *options); });
+                           return ExitCode::done;
+                       });
     addArgument(command, "--left", options->left, "The left pane: " + namesOf(leftViews))
         ->type_name("PANE");
     addArgument(command, "--select", options->select, "What is selected there, as \"Pop/ABBA\"")

@@ -117,7 +117,7 @@ void setUpVersion(CommandLine& line, CLI::App& command)
 void setUpHelp(CommandLine& line, CLI::App& command)
 {
     auto names = std::make_shared<std::vector<std::string>>();
-    line.setAction(command, [&line, names] { return help(line, *names); });
+    line.setListAction(command, [&line, names] { return help(line, *names); });
     addArguments(command, "COMMAND", *names, "The command, with its sub-command; or an idea");
 }
 } // namespace qo::cli

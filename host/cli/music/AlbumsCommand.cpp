@@ -126,11 +126,11 @@ private:
     std::unordered_map<std::u16string, CString> m_pictures;
 };
 
-void addRow(CommandLine& line, Listing& listing, const AlbumRow& row, const CString& cover)
+void addRow(Listing& listing, const AlbumRow& row, const CString& cover)
 {
     if (listing.isForPeople())
-        return listing.addCells({line.out.foreign(displayName(row.artist)),
-                                 line.out.foreign(displayName(row.albums.front().get())),
+        return listing.addCells({displayName(row.artist),
+                                 displayName(row.albums.front().get()),
                                  row.sum.years(),
                                  countText(row.sum.tracks, "track"),
                                  durationText(row.sum.duration),
@@ -180,7 +180,12 @@ void listAlbums(CommandLine& line, const MusicOptions& options)
     Listing listing(line,
                     options.isLong,
                     {"artist", "album", "yearFrom", "yearTo", "tracks", "duration", "cover"},
-                    {{30}, {40}, {}, {0, true}, {0, true}, {}});
+                    {Listing::Column::text,
+                     Listing::Column::text,
+                     Listing::Column::number,
+                     Listing::Column::number,
+                     Listing::Column::number,
+                     Listing::Column::name});
     Covers covers;
     std::vector<AlbumRow> albums = rows.sorted();
     arrange(albums, options.choice);
@@ -188,7 +193,7 @@ void listAlbums(CommandLine& line, const MusicOptions& options)
     {
         if (listing.isClosed())
             return;
-        addRow(line, listing, row, covers.coverOf(row));
+        addRow(listing, row, covers.coverOf(row));
     }
     listing.finish();
 }

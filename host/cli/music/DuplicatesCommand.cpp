@@ -151,14 +151,15 @@ void print(CommandLine& line, const EqualFiles& group)
             object["files"].push_back(recordJson(*item));
         return line.out.line(dump(object));
     }
-    line.out.line((group.kind == trackKind ? "same track: " : "same size and beginning: ") +
-                  line.out.foreign(group.name));
+    const std::string kind = group.kind == trackKind ? "same track: " : "same size and beginning: ";
+    line.out.line(Output::styled(Style::heading, kind + harmless(group.name)));
     for (const QoFileDbItemPtr& item : group.files)
     {
         const std::string bitrate =
             item->bitrate > 0 ? std::to_string(item->bitrate) + " kbit/s" : "";
-        line.out.line("  " + padded(sizeText(item->size), 10) + "  " + padded(bitrate, 11) + "  " +
-                      line.out.foreign(host::shownPath(item->path)));
+        const std::string facts =
+            "  " + padded(sizeText(item->size), 10) + "  " + padded(bitrate, 11) + "  ";
+        line.out.line(facts + line.out.fitted(host::shownPath(item->path), textWidth(facts)));
     }
 }
 
@@ -196,7 +197,7 @@ ExitCode listDuplicates(CommandLine& line, const DuplicatesOptions& options)
 void setUpDuplicates(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<DuplicatesOptions>();
-    line.setAction(command, [&line, options] { return listDuplicates(line, *options); });
+    line.setListAction(command, [&line, options] { return listDuplicates(line, *options); });
     addQuery(command, options->choice);
     addNames(command, options->choice);
     command.add_flag("--tracks", options->tracks, "Only equal tracks");

@@ -9,8 +9,6 @@ namespace qo::cli
 {
 namespace
 {
-constexpr std::size_t artistWidth = 40;
-
 /// An artist or a genre with the sum of its tracks.
 struct MusicGroup
 {
@@ -80,7 +78,11 @@ void listArtists(CommandLine& line, const MusicOptions& options)
     Listing listing(line,
                     options.isLong,
                     {"name", "albums", "tracks", "duration", "yearFrom", "yearTo"},
-                    {{artistWidth}, {0, true}, {0, true}, {0, true}, {}});
+                    {Listing::Column::text,
+                     Listing::Column::number,
+                     Listing::Column::number,
+                     Listing::Column::number,
+                     Listing::Column::number});
     for (const MusicGroup& group : groups)
     {
         if (listing.isClosed())
@@ -88,7 +90,7 @@ void listArtists(CommandLine& line, const MusicOptions& options)
         const auto albums = static_cast<std::int64_t>(group.others.size());
         if (listing.isForPeople())
         {
-            listing.addCells({line.out.foreign(displayName(group.object)),
+            listing.addCells({displayName(group.object),
                               countText(albums, "album"),
                               countText(group.sum.tracks, "track"),
                               durationText(group.sum.duration),
@@ -116,7 +118,10 @@ void listGenres(CommandLine& line, const MusicOptions& options)
     Listing listing(line,
                     options.isLong,
                     {"name", "tracks", "artists", "duration"},
-                    {{artistWidth}, {0, true}, {0, true}, {0, true}});
+                    {Listing::Column::text,
+                     Listing::Column::number,
+                     Listing::Column::number,
+                     Listing::Column::number});
     for (const MusicGroup& group : groups)
     {
         if (listing.isClosed())
@@ -124,7 +129,7 @@ void listGenres(CommandLine& line, const MusicOptions& options)
         const auto artists = static_cast<std::int64_t>(group.others.size());
         if (listing.isForPeople())
         {
-            listing.addCells({line.out.foreign(displayName(group.object)),
+            listing.addCells({displayName(group.object),
                               countText(group.sum.tracks, "track"),
                               countText(artists, "artist"),
                               durationText(group.sum.duration)});

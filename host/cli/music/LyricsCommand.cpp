@@ -135,8 +135,8 @@ void print(CommandLine& line, const Lyrics& lyrics, bool withHeading)
         return line.out.line(dump(object));
     }
     if (withHeading)
-        line.out.line(std::string("--- ") + lyrics.source + ": " + line.out.foreign(lyrics.path));
-    line.out.line(shownLyrics(lyrics.text, line.out.isTerminal()));
+        line.out.line(std::string("--- ") + lyrics.source + ": " + harmless(lyrics.path));
+    line.out.line(shownLyrics(lyrics.text));
 }
 
 void printLyrics(CommandLine& line, const FileChoice& choice)

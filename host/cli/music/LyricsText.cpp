@@ -53,14 +53,14 @@ std::string readLyricsFile(const CString& path, CString& text)
     return {};
 }
 
-std::string shownLyrics(const CString& lyrics, bool forTerminal)
+std::string shownLyrics(const CString& lyrics)
 {
     const std::string text = toUtf8(lyrics);
     std::string shown;
     std::string part;
     const auto endLine = [&]
     {
-        shown += (forTerminal ? harmless(part) : part) + "\n";
+        shown += harmless(part) + "\n";
         part.clear();
     };
     for (std::size_t i = 0; i < text.size(); ++i)
@@ -71,7 +71,7 @@ std::string shownLyrics(const CString& lyrics, bool forTerminal)
         if (isReturn || text[i] == '\n')
             endLine();
         else
-            part += text[i] == '\t' && forTerminal ? ' ' : text[i];
+            part += text[i] == '\t' ? ' ' : text[i];
     }
     if (!part.empty())
         endLine();

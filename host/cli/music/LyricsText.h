@@ -11,5 +11,5 @@ namespace qo::cli
 std::string readLyricsFile(const CString& path, CString& text);
 
 /// The text with line feeds as line ends and, for a terminal, without control characters.
-std::string shownLyrics(const CString& lyrics, bool forTerminal);
+std::string shownLyrics(const CString& lyrics);
 } // namespace qo::cli

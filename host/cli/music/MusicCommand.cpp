@@ -11,14 +11,14 @@ namespace qo::cli
 void setUpMusic(CommandLine& line, CLI::App& command, std::function<void(const MusicOptions&)> run)
 {
     auto options = std::make_shared<MusicOptions>();
-    line.setAction(command,
-                   [&line, options, run = std::move(run)]
-                   {
-                       const auto session = openKernel(line, KernelUse::look);
-                       loadForReading(line, *session);
-                       session->kernel().run([&] { run(*options); });
-                       return ExitCode::done;
-                   });
+    line.setListAction(command,
+                       [&line, options, run = std::move(run)]
+                       {
+                           const auto session = openKernel(line, KernelUse::look);
+                           loadForReading(line, *session);
+                           session->kernel().run([&] { run(*options); });
+                           return ExitCode::done;
+                       });
     addQuery(command, options->choice);
     addNames(command, options->choice);
     addOrder(command, options->choice);

@@ -75,13 +75,12 @@ std::vector<PlacedFile> lookInto(const FilesByFolder::Folder& folder,
     return placed;
 }
 
-void addRow(CommandLine& line, Listing& listing, const PlacedFile& placed)
+void addRow(Listing& listing, const PlacedFile& placed)
 {
     const std::string path = host::shownPath(placed.path());
     if (listing.isForPeople())
-        return listing.addCells({line.out.foreign(path),
-                                 line.out.foreign(placed.isPlaced() ? placed.ownerText() : "-"),
-                                 line.out.foreign("(" + placed.reason() + ")")});
+        return listing.addCells(
+            {path, placed.isPlaced() ? placed.ownerText() : "-", "(" + placed.reason() + ")"});
     listing.addRecord(placed.record(), path);
 }
 
@@ -91,7 +90,7 @@ void listPlaced(CommandLine& line, const PlacedOptions& options)
     Listing listing(line,
                     options.isLong,
                     {"path", "type", "placed", "artist", "album", "title", "by", "reason"},
-                    {{}, {}, {}});
+                    {Listing::Column::path, Listing::Column::text, Listing::Column::text});
     std::int64_t all = 0;
     std::int64_t count = 0;
     for (const FilesByFolder::Folder& folder : files.folders())
@@ -104,7 +103,7 @@ void listPlaced(CommandLine& line, const PlacedOptions& options)
             ++all;
             count += placed.isPlaced() ? 1 : 0;
             if (!placed.isPlaced() || !options.missingOnly)
-                addRow(line, listing, placed);
+                addRow(listing, placed);
         }
     }
     listing.finish();
@@ -117,14 +116,14 @@ void listPlaced(CommandLine& line, const PlacedOptions& options)
 void setUpPlaced(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<PlacedOptions>();
-    line.setAction(command,
-                   [&line, options]
-                   {
-                       const auto session = openKernel(line, KernelUse::look);
-                       loadForReading(line, *session);
-                       session->kernel().run([&] { listPlaced(line, *options); });
-                       return ExitCode::done;
-                   });
+    line.setListAction(command,
+                       [&line, options]
+                       {
+                           const auto session = openKernel(line, KernelUse::look);
+                           loadForReading(line, *session);
+                           session->kernel().run([&] { listPlaced(line, *options); });
+                           return ExitCode::done;
+                       });
     addQuery(command, options->choice);
     command.add_flag("--missing", options->missingOnly, "Only those that found nothing");
     command.add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");

@@ -36,23 +36,21 @@ bool comesBefore(const TrackFile& fileA, const TrackFile& fileB)
     return CQoUtils::comparePaths(fileA.file->getPath(), fileB.file->getPath()) < 0;
 }
 
-void addRow(CommandLine& line, Listing& listing, const TrackFile& file)
+void addRow(Listing& listing, const TrackFile& file)
 {
     const CLTTrack& track = *file.track;
     const int duration = file.file->getDbItem()->duration;
     const std::string path = host::shownPath(file.file->getPath());
-    const auto shown = [&line](const CLTObject* object)
-    { return line.out.foreign(displayName(object)); };
     if (listing.isForPeople())
         return listing.addCells(
-            {line.out.foreign(oneLine(track.getTrackNumber())),
-             shown(&track),
-             shown(track.getArtist().get()),
-             shown(track.getAlbum().get()),
-             line.out.foreign(oneLine(track.getYear())),
-             isUnnamed(track.getGenre().get()) ? "" : shown(track.getGenre().get()),
+            {oneLine(track.getTrackNumber()),
+             displayName(&track),
+             displayName(track.getArtist().get()),
+             displayName(track.getAlbum().get()),
+             oneLine(track.getYear()),
+             isUnnamed(track.getGenre().get()) ? "" : displayName(track.getGenre().get()),
              duration > 0 ? durationText(duration) : "",
-             line.out.foreign(path)});
+             path});
     Json record;
     record["track"] = toUtf8(track.getTrackNumber());
     record["title"] = toUtf8(track.getName());
@@ -78,12 +76,19 @@ void listTracks(CommandLine& line, const MusicOptions& options)
     Listing listing(line,
                     options.isLong,
                     {"track", "title", "artist", "album", "year", "genre", "duration", "path"},
-                    {{8, true}, {40}, {30}, {30}, {10}, {16}, {0, true}, {}});
+                    {Listing::Column::number,
+                     Listing::Column::text,
+                     Listing::Column::text,
+                     Listing::Column::text,
+                     Listing::Column::number,
+                     Listing::Column::text,
+                     Listing::Column::number,
+                     Listing::Column::path});
     for (const TrackFile& file : files)
     {
         if (listing.isClosed())
             return;
-        addRow(line, listing, file);
+        addRow(listing, file);
     }
     listing.finish();
 }

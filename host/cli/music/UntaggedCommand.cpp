@@ -20,7 +20,7 @@ std::vector<std::string> missingFields(const QoFileDbItem& item)
     return missing;
 }
 
-void addRow(CommandLine& line, Listing& listing, const QoFileDbItem& item)
+void addRow(Listing& listing, const QoFileDbItem& item)
 {
     const std::vector<std::string> missing = missingFields(item);
     CString artist;
@@ -32,7 +32,7 @@ void addRow(CommandLine& line, Listing& listing, const QoFileDbItem& item)
         std::string text;
         for (const std::string& each : missing)
             text += (text.empty() ? "no " : ", ") + each;
-        return listing.addCells({text, line.out.foreign(path)});
+        return listing.addCells({text, path});
     }
     Json record;
     putPath(record, "path", path);
@@ -50,13 +50,13 @@ void listUntagged(CommandLine& line, const MusicOptions& options)
     Listing listing(line,
                     options.isLong,
                     {"path", "missing", "artist", "title", "album", "artistByName", "titleByName"},
-                    {{}, {}});
+                    {Listing::Column::text, Listing::Column::path});
     for (const QoFileDbItemPtr& item : chosenFiles(options.choice))
     {
         if (listing.isClosed())
             return;
         if (host::isUntagged(*item))
-            addRow(line, listing, *item);
+            addRow(listing, *item);
     }
     listing.finish();
 }

@@ -4,6 +4,7 @@
 #include "cli/shown/Text.h"
 #include "core/base/SystemPath.h"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 #include <vector>
@@ -92,24 +93,48 @@ std::string relative(const std::string& path, const std::string& folder)
     return folder == "/" ? path : path.substr(folder.size() + 1);
 }
 
+/// "a -> b" in a row that holds `taken` columns already. On a terminal each path has half of the
+/// rest, and what the other one leaves of its half.
+std::string
+moveText(const Output& out, std::size_t taken, const std::string& from, const std::string& to)
+{
+    constexpr std::string_view arrow = " -> ";
+    taken += arrow.size();
+    const std::size_t half = (out.columns() - std::min(out.columns(), taken)) / 2;
+    const auto widthOf = [half](const std::string& path)
+    { return std::min(textWidth(harmless(path)), half); };
+    return out.fitted(from, taken + widthOf(to)) + std::string(arrow) +
+           out.fitted(to, taken + widthOf(from));
+}
+
 void putRefused(CommandLine& line, const PlannedFile& file)
 {
-    line.out.line(
-        line.out.foreign("refused  " + file.from + (file.to.empty() ? "" : " -> " + file.to)));
-    line.out.line(line.out.foreign("         " + file.reason));
+    constexpr std::size_t indent = 9;
+    const std::string verdict = Output::styled(Style::error, "refused") + "  ";
+    line.out.line(verdict + (file.to.empty() ? line.out.fitted(file.from, indent)
+                                             : moveText(line.out, indent, file.from, file.to)));
+    const std::string blanks(indent, ' ');
+    const std::string reason = harmless(file.reason);
+    if (line.out.columns() == 0)
+        return line.out.line(blanks + reason);
+    line.out.write(wrapped(blanks, reason, indent, line.out.columns()));
 }
 
 void putMoves(CommandLine& line, const ReorganizePlan& plan, bool isFirst)
 {
+    constexpr std::size_t indent = 2;
     for (const MoveGroup& group : groupsOf(plan))
     {
         if (!std::exchange(isFirst, false))
             line.out.line("");
         const std::string place = group.folder == "/" ? "" : "in " + group.folder + ", ";
-        line.out.line(line.out.foreign(place + "by " + group.files[0]->decidedBy + ":"));
+        const std::string heading = harmless(place + "by " + group.files[0]->decidedBy + ":");
+        line.out.line(Output::styled(Style::heading, heading));
         for (const PlannedFile* file : group.files)
-            line.out.line(line.out.foreign("  " + relative(file->from, group.folder) + " -> " +
-                                           relative(file->to, group.folder)));
+            line.out.line(std::string(indent, ' ') + moveText(line.out,
+                                                              indent,
+                                                              relative(file->from, group.folder),
+                                                              relative(file->to, group.folder)));
     }
 }
 } // namespace
@@ -135,7 +160,7 @@ void listPlan(CommandLine& line, const ReorganizePlan& plan, bool withStaying)
             else if (verdict == Verdict::refused)
                 putRefused(line, file);
             else
-                line.out.line(line.out.foreign("stays    " + file.from + ": " + file.reason));
+                line.out.line(harmless("stays    " + file.from + ": " + file.reason));
             isFirst = false;
         }
     }

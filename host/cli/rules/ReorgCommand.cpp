@@ -72,15 +72,17 @@ ExitCode plan(CommandLine& line, const PlanOptions& options)
     const std::string output =
         options.output.empty() ? std::string() : host::absolutePath(options.output);
     checkOutput(line, output);
-    const auto session = openKernel(line, KernelUse::hold);
+    auto session = openKernel(line, KernelUse::hold);
     loadForReading(line, *session);
     const ReorganizePlan made = runShown(line,
                                          *session,
                                          [&](host::ProgressReporter& progress)
                                          { return makePlan(line, *session, options, progress); });
-    listPlan(line, made, options.all);
     if (!output.empty() && !line.dryRun)
         made.write(output);
+    // While somebody reads the plan, other commands can work.
+    session.reset();
+    listPlan(line, made, options.all);
     std::string sentence = planSummary(made);
     if (!line.dryRun && made.count(PlannedFile::Verdict::move) > 0)
         sentence += "; plan " + made.id + ": \"qo reorg apply --last\" carries it out";
@@ -98,7 +100,8 @@ void setUpReorg(CommandLine& line, CLI::App& command)
                         "plan",
                         "Show what would move where and why, and keep it as a plan; exit code 6 "
                         "when something cannot move",
-                        [&line, options] { return plan(line, *options); });
+                        {});
+    line.setListAction(*planApp, [&line, options] { return plan(line, *options); });
     PlanSelection& selection = options->selection;
     addArgument(*planApp, "--rule", options->rule, "The rule; may be left out when you have one")
         ->type_name("RULE");

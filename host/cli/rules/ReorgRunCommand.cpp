@@ -228,16 +228,21 @@ void listRuns(CommandLine& line, const RunOptions& options)
         line,
         options.isLong,
         {"run", "made", "kind", "rule", "moved", "running", "undoes", "undone", "state"},
-        {{}, {}, {}, {40}, {0, true}, {}});
+        {Listing::Column::name,
+         Listing::Column::name,
+         Listing::Column::name,
+         Listing::Column::text,
+         Listing::Column::number,
+         Listing::Column::text});
     for (const Run& run : Reorganizer::runs())
     {
         if (listing.isForPeople())
             listing.addCells({run.id,
                               run.made,
                               run.kind,
-                              line.out.foreign(run.rule),
+                              run.rule,
                               countText(static_cast<std::int64_t>(run.moved), "file"),
-                              line.out.foreign(stateOf(run))});
+                              stateOf(run)});
         else
             listing.addRecord(runJson(run));
     }
@@ -273,7 +278,7 @@ void listFiles(CommandLine& line, const std::string& id)
         if (line.out.isClosed())
             return;
         if (!line.json)
-            return line.out.line(line.out.foreign(from + " -> " + to));
+            return line.out.line(harmless(from + " -> " + to));
         Json object;
         putPath(object, "from", from);
         putPath(object, "to", to);
@@ -348,7 +353,7 @@ void fillUndo(CommandLine& line, CLI::App& command)
 void fillRuns(CommandLine& line, CLI::App& command)
 {
     auto options = std::make_shared<RunOptions>();
-    line.setAction(command, [&line, options] { return showLog(line, *options); });
+    line.setListAction(command, [&line, options] { return showLog(line, *options); });
     addArgument(command, "ID", options->plan, "A run");
     command.add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");
 }

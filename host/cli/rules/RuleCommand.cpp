@@ -53,17 +53,21 @@ void listRules(CommandLine& line, const RuleStore& store, bool isLong)
     Listing listing(line,
                     isLong,
                     {"id", "name", "priority", "use", "readOnly", "file"},
-                    {{}, {40}, {0, true}, {}, {}});
+                    {Listing::Column::name,
+                     Listing::Column::text,
+                     Listing::Column::number,
+                     Listing::Column::text,
+                     Listing::Column::path});
     for (const CString& id : store.ids())
     {
         const NamedRule named{id, RuleStore::fileOf(id), &RuleStore::rule(id), {}};
         const std::string file = named.file.IsEmpty() ? "" : host::shownPath(named.file);
         if (listing.isForPeople())
-            listing.addCells({line.out.foreign(oneLine(id)),
-                              line.out.foreign(oneLine(fromUtf8(named.name()))),
+            listing.addCells({oneLine(id),
+                              oneLine(fromUtf8(named.name())),
                               std::to_string(named.rule->m_prio),
                               joined(ruleUses(*named.rule)),
-                              file.empty() ? "(built in)" : line.out.foreign(file)});
+                              file.empty() ? "(built in)" : file});
         else
         {
             Json record = ruleJson(named);
@@ -111,7 +115,7 @@ ExitCode checkRule(CommandLine& line, const RuleStore& store, const std::string&
         line.out.line(dump(object));
     }
     else
-        line.out.line(line.out.foreign(file.IsEmpty() ? typed : host::shownPath(file)) +
+        line.out.line(harmless(file.IsEmpty() ? typed : host::shownPath(file)) +
                       " is a valid rule");
     return fault.empty() ? ExitCode::done : ExitCode::failed;
 }
@@ -143,9 +147,9 @@ void putAnswer(CommandLine& line,
         text += ": it is there already";
     else
         text += answer.hasPlace ? " -> " + host::shownPath(place) : ": " + answer.reason;
-    line.out.line(line.out.foreign(text));
+    line.out.line(harmless(text));
     if (!answer.decidedBy.empty())
-        line.out.line(line.out.foreign("    by " + answer.decidedBy));
+        line.out.line(harmless("    by " + answer.decidedBy));
 }
 
 void testFiles(CommandLine& line, const RuleOptions& options)
@@ -174,7 +178,7 @@ ExitCode testRule(CommandLine& line, const RuleOptions& options)
 
 void putLine(CommandLine& line, const std::string& label, const std::string& text)
 {
-    line.out.line(padded(label, 10) + line.out.foreign(text));
+    line.out.line(padded(label, 10) + harmless(text));
 }
 } // namespace
 
@@ -233,7 +237,7 @@ void showRule(CommandLine& line, const NamedRule& named)
         putLine(line, "default", attribute + " = " + oneLine(fromUtf8(text.get<std::string>())));
     line.out.line("");
     for (const std::string& each : rulePicture(*named.rule))
-        line.out.line(line.out.foreign(each));
+        line.out.line(harmless(each));
 }
 
 void setUpRule(CommandLine& line, CLI::App& command)

@@ -14,6 +14,7 @@ namespace qo::cli
 namespace
 {
 constexpr std::chrono::seconds gapBetweenLines{5};
+constexpr std::chrono::milliseconds shownStage{500};
 
 const char* stageName(int stage)
 {
@@ -32,12 +33,6 @@ const char* stageName(int stage)
     default:
         return "working";
     }
-}
-
-bool isCapableTerminal()
-{
-    const char* const term = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe)
-    return ::isatty(STDERR_FILENO) == 1 && term && std::string_view(term) != "dumb";
 }
 
 void put(const std::string& text)
@@ -64,7 +59,7 @@ std::string progressText(const host::ProgressEvent& event)
 
 ProgressDisplay::ProgressDisplay(bool quiet)
     : m_quiet(quiet)
-    , m_isTerminal(isCapableTerminal())
+    , m_isTerminal(isCapableTerminal(STDERR_FILENO))
     , m_lastLine(std::chrono::steady_clock::now())
 {
 }
@@ -79,9 +74,14 @@ void ProgressDisplay::show(const host::ProgressEvent& event)
 {
     if (m_quiet)
         return;
+    const auto now = std::chrono::steady_clock::now();
+    if (event.stage != m_stage)
+        m_stageStart = now;
+    m_stage = event.stage;
+    if (now - m_stageStart < shownStage)
+        return;
     if (m_isTerminal)
         return draw(event);
-    const auto now = std::chrono::steady_clock::now();
     if (now - m_lastLine < gapBetweenLines)
         return;
     m_lastLine = now;

@@ -8,7 +8,7 @@
 namespace qo::cli
 {
 /// Shows progress on standard error: one line that is drawn over itself on a terminal, a line every
-/// few seconds elsewhere.
+/// few seconds elsewhere. A stage that takes less than half a second is not shown.
 class ProgressDisplay
 {
 public:
@@ -26,6 +26,8 @@ private:
     bool m_quiet;
     bool m_isTerminal;
     bool m_isDrawn = false;
+    int m_stage = -1;
+    std::chrono::steady_clock::time_point m_stageStart;
     std::chrono::steady_clock::time_point m_lastLine;
 };
 

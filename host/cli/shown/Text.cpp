@@ -36,6 +36,19 @@ std::size_t columns(char32_t c)
                         (c >= 0x1F300 && c < 0x1FB00) || (c >= 0x20000 && c < 0x40000);
     return isCombining ? 0 : isWide ? 2 : 1;
 }
+
+/// The longest end of a text that takes no more than that many columns.
+std::string_view endOfWidth(std::string_view text, std::size_t width)
+{
+    std::size_t left = textWidth(text);
+    while (left > width)
+    {
+        std::size_t length = 0;
+        left -= columns(firstCharacter(text, length));
+        text.remove_prefix(length);
+    }
+    return text;
+}
 } // namespace
 
 std::string durationText(std::int64_t milliseconds)
@@ -145,6 +158,33 @@ std::string cutToWidth(std::string_view text, std::size_t width)
         at += length;
     }
     return std::string(text.substr(0, at));
+}
+
+std::string shortened(std::string_view text, std::size_t width)
+{
+    if (textWidth(text) <= width)
+        return std::string(text);
+    return width == 0 ? std::string() : cutToWidth(text, width - 1) + "…";
+}
+
+std::string shortenedPath(std::string_view path, std::size_t width)
+{
+    if (textWidth(path) <= width)
+        return std::string(path);
+    if (width < 3)
+        return shortened(path, width);
+    const std::size_t room = width - 1;
+    const std::string_view name = path.substr(path.rfind('/') + 1);
+    if (textWidth(name) > room)
+    {
+        const std::string start = cutToWidth(name, room / 2);
+        return start + "…" + std::string(endOfWidth(name, room - textWidth(start)));
+    }
+    const std::string_view end = endOfWidth(path, room);
+    const std::string_view whole = end.substr(std::min(end.find('/'), end.size()));
+    // Where whole folders would leave a third of the room empty, a part of one is shown.
+    const bool isWhole = textWidth(whole) * 3 >= room * 2;
+    return "…" + std::string(isWhole ? whole : end);
 }
 
 std::string padded(std::string_view text, std::size_t width)

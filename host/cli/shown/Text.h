@@ -20,10 +20,16 @@ std::string localTimeText(const FILETIME& time);
 /// "1 file", "2 files".
 std::string countText(std::int64_t count, const std::string& noun);
 
-/// How many columns a UTF-8 text takes, about: one a character, two for the wide scripts.
+/// How many columns a UTF-8 text takes, about: one a character, two for the wide scripts. Colours
+/// count as characters.
 std::size_t textWidth(std::string_view text);
 /// Cut at the end to that many columns.
 std::string cutToWidth(std::string_view text, std::size_t width);
+/// The same with "…" at its end, when it is wider.
+std::string shortened(std::string_view text, std::size_t width);
+/// A path that is wider loses folders at its beginning: "…/Stranger/01 - Letter.mp3". A name that
+/// is too wide itself loses its middle.
+std::string shortenedPath(std::string_view path, std::size_t width);
 /// Filled with blanks, or cut, to exactly that many columns.
 std::string padded(std::string_view text, std::size_t width);
 /// Words after a start, in lines of at most that many columns; every line but the first one begins

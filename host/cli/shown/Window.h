@@ -11,5 +11,8 @@ struct WindowSize
     std::size_t rows = 0; ///< 0: it is no terminal, or one that does not say
 };
 
+/// COLUMNS of the environment counts before what the terminal says.
 WindowSize windowOf(int descriptor);
+/// Whether it is a terminal that understands more than text.
+bool isCapableTerminal(int descriptor);
 } // namespace qo::cli

@@ -76,7 +76,7 @@ CArray<CPictureTag> picturesOf(const CString& path)
     return pictures;
 }
 
-void listPicture(CoverWork& work, Listing& listing, const CString& path, const CPictureTag& picture)
+void listPicture(Listing& listing, const CString& path, const CPictureTag& picture)
 {
     const PictureFacts& facts = picture.GetFacts();
     const bool isSized = facts.width > 0 && facts.height > 0;
@@ -84,11 +84,11 @@ void listPicture(CoverWork& work, Listing& listing, const CString& path, const C
     if (listing.isForPeople())
         return listing.addCells(
             {typeName(facts.type),
-             toUtf8(picture.m_mimeType),
+             oneLine(picture.m_mimeType),
              isSized ? std::to_string(facts.width) + " x " + std::to_string(facts.height) : "",
              sizeText(facts.bytes),
-             work.line.out.foreign(oneLine(facts.description)),
-             work.line.out.foreign(shown)});
+             oneLine(facts.description),
+             shown});
     Json record;
     record["type"] = typeName(facts.type);
     record["mime"] = toUtf8(picture.m_mimeType);
@@ -105,7 +105,12 @@ ExitCode showCovers(CoverWork& work)
     Listing listing(work.line,
                     work.options.isLong,
                     {"type", "mime", "width", "height", "bytes", "description", "path"},
-                    {{}, {}, {0, true}, {0, true}, {30}, {}});
+                    {Listing::Column::text,
+                     Listing::Column::name,
+                     Listing::Column::number,
+                     Listing::Column::number,
+                     Listing::Column::text,
+                     Listing::Column::path});
     int bare = 0;
     const ExitCode code = forEachOf(work.paths,
                                     [&](const CString& path)
@@ -113,7 +118,7 @@ ExitCode showCovers(CoverWork& work)
                                         const auto pictures = picturesOf(path);
                                         bare += pictures.IsEmpty() ? 1 : 0;
                                         for (const CPictureTag& picture : pictures)
-                                            listPicture(work, listing, path, picture);
+                                            listPicture(listing, path, picture);
                                     });
     listing.finish();
     if (bare > 0)
@@ -246,7 +251,7 @@ ExitCode changeCovers(CoverWork& work, const KVTagLib::CTags& wanted, const std:
                                ": \"qo tag revert FILE picture\" drops it");
             if (work.line.dryRun)
             {
-                work.line.out.line(work.line.out.foreign(host::shownPath(path)));
+                work.line.out.line(harmless(host::shownPath(path)));
                 return TagWritten::shown;
             }
             KVTagLib::CTags tags = wanted;

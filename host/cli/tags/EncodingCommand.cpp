@@ -77,7 +77,11 @@ public:
         , m_listing(line,
                     options.isLong,
                     {"field", "file", "edited", "charset", "path"},
-                    {{}, {30}, {30}, {}, {}})
+                    {Listing::Column::name,
+                     Listing::Column::text,
+                     Listing::Column::text,
+                     Listing::Column::name,
+                     Listing::Column::path})
     {
     }
 
@@ -153,11 +157,7 @@ private:
     {
         const std::string shown = host::shownPath(path);
         if (m_listing.isForPeople())
-            return m_listing.addCells({field.name,
-                                       m_line.out.foreign(oneLine(text)),
-                                       m_line.out.foreign(oneLine(read)),
-                                       charset,
-                                       m_line.out.foreign(shown)});
+            return m_listing.addCells({field.name, oneLine(text), oneLine(read), charset, shown});
         Json record;
         record["field"] = field.name;
         record["file"] = toUtf8(text);

@@ -64,17 +64,20 @@ void showParts(TagWork& work, const CString& path)
     if (!KVTagLib::readFileParts(path, parts, cause))
         throw HostError(ExitCode::failed,
                         host::shownPath(path) + " cannot be read: " + host::plainWords(cause));
-    Listing listing(work.line, false, {"depth", "name", "size", "text"}, {{40}, {0, true}, {}});
+    Listing listing(work.line,
+                    false,
+                    {"depth", "name", "size", "text"},
+                    {Listing::Column::text, Listing::Column::number, Listing::Column::text});
     for (const KVTagLib::FilePart& part : parts)
     {
         if (listing.isClosed())
             break;
         if (listing.isForPeople())
         {
-            listing.addCells({std::string(2 * static_cast<std::size_t>(part.depth), ' ') +
-                                  harmless(oneLine(part.name)),
-                              std::to_string(part.size),
-                              harmless(oneLine(part.text))});
+            listing.addCells(
+                {std::string(2 * static_cast<std::size_t>(part.depth), ' ') + oneLine(part.name),
+                 std::to_string(part.size),
+                 oneLine(part.text)});
             continue;
         }
         Json record;
@@ -97,7 +100,7 @@ void showTag(TagWork& work, const CString& path, bool withPath)
     if (!work.line.json)
     {
         if (withPath)
-            work.line.out.line(work.line.out.foreign(host::shownPath(path)));
+            work.line.out.line(harmless(host::shownPath(path)));
         return work.line.out.write(tagTable(tag, all));
     }
     Json object;
@@ -119,7 +122,7 @@ ExitCode show(TagWork& work, const TagOptions& options)
                          if (!options.parts)
                              return showTag(work, path, paths.size() > 1);
                          if (paths.size() > 1 && !work.line.json)
-                             work.line.out.line(work.line.out.foreign(host::shownPath(path)));
+                             work.line.out.line(harmless(host::shownPath(path)));
                          showParts(work, path);
                      });
 }
@@ -162,7 +165,7 @@ void showEdit(TagWork& work, const TagEdit& edit)
 {
     const auto shown = [](const std::string& value)
     { return value.empty() ? std::string("(none)") : harmless(oneLine(fromUtf8(value))); };
-    std::string text = work.line.out.foreign(host::shownPath(edit.path));
+    std::string text = harmless(host::shownPath(edit.path));
     for (const TagEdit::Change& change : edit.changes)
         text += std::string("\n  ") + change.field->heading + ": " + shown(change.before) + " -> " +
                 shown(change.after);
@@ -225,8 +228,7 @@ ExitCode listEdits(TagWork& work, const TagOptions&)
     const auto print = [&work](const CString& path, bool isAway)
     {
         if (!work.line.json)
-            return work.line.out.line(work.line.out.foreign(host::shownPath(path)) +
-                                      (isAway ? "  (away)" : ""));
+            return work.line.out.line(harmless(host::shownPath(path)) + (isAway ? "  (away)" : ""));
         Json object;
         putPath(object, "path", path);
         object["away"] = isAway;
@@ -327,7 +329,7 @@ TagWritten writeOne(TagWork& work, const CString& path, ProgressReporter& progre
     applyEdits(tag, work.pending.fields(path));
     if (work.line.dryRun)
     {
-        work.line.out.line(work.line.out.foreign(host::shownPath(path)));
+        work.line.out.line(harmless(host::shownPath(path)));
         work.line.out.write(tagTable(tag, allValues(path)));
         return TagWritten::shown;
     }

@@ -89,7 +89,7 @@ TEST(ConfigCommand, FoldersAreOrdinaryPathsAndPasswordsStayHidden)
     ASSERT_EQ(qo.run({"config", "set", "ExportFolder", qo.music("a=b ")}).code, 0);
     EXPECT_EQ(qo.run({"config", "get", "ExportFolder"}).out, qo.music("a=b ") + "\n");
     ASSERT_EQ(qo.run({"config", "set", "LoginPassword", "line\nfeed"}).code, 0);
-    EXPECT_EQ(qo.run({"config", "get", "LoginPassword"}).out, "line\nfeed\n");
+    EXPECT_EQ(qo.run({"config", "get", "LoginPassword"}).out, "line\\x0afeed\n");
     const std::string all = qo.run({"config", "ls"}).out;
     EXPECT_EQ(all.find("feed"), std::string::npos);
     EXPECT_TRUE(contains(all, "MaxFilesSavePictures = 50  (default)"));

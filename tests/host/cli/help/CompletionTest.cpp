@@ -1,5 +1,5 @@
 #include "host/cli/QoCommand.h"
-#include "host/cli/help/PtyShell.h"
+#include "support/PtyShell.h"
 
 namespace fs = std::filesystem;
 

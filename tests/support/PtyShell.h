@@ -34,9 +34,12 @@ public:
     }
     ~PtyShell()
     {
-        ::kill(m_pid, SIGKILL);
+        if (m_pid > 0)
+        {
+            ::kill(m_pid, SIGKILL);
+            ::waitpid(m_pid, nullptr, 0);
+        }
         ::close(m_terminal);
-        ::waitpid(m_pid, nullptr, 0);
     }
     PtyShell(const PtyShell&) = delete;
     PtyShell& operator=(const PtyShell&) = delete;
@@ -66,6 +69,21 @@ public:
             shown.append(bytes, static_cast<std::size_t>(count));
         }
         return shown;
+    }
+
+    /// Its exit code, once all that it shows was read; 128 and more for a signal, -1 when it does
+    /// not come to its end.
+    int finish()
+    {
+        int status = 0;
+        for (int i = 0; ::waitpid(m_pid, &status, WNOHANG) == 0; ++i)
+        {
+            if (i == 1000)
+                return -1;
+            ::usleep(10000);
+        }
+        m_pid = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
 
 private:
