@@ -29,6 +29,7 @@ HOST_ORDER = (
     {"core/session", "core/store"},
     {"core/collection"},
     {"core/query"},
+    {"core/stats"},
     {"core/rules"},
     {"core/plan"},
     {"core/runs"},

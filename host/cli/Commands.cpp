@@ -23,6 +23,7 @@ namespace qo::cli
     ROW(looking, "placed", setUpPlaced, "List pictures and texts with the music that they found")  \
     ROW(looking, "untagged", setUpUntagged, "List the music files without an artist or a title")   \
     ROW(looking, "dup", setUpDuplicates, "List equal tracks, and files that begin alike")          \
+    ROW(looking, "stats", setUpStats, "Say what one has, in numbers and bars")                     \
     ROW(looking, "view", setUpView, "Show the collection in three panes")                          \
     ROW(looking, "mark", setUpMark, "Give files a check mark")                                     \
     ROW(looking, "unmark", setUpUnmark, "Take check marks off files")                              \

@@ -55,6 +55,9 @@ const std::vector<CommandText> texts = {
 {"tag show", {
     {"qo tag show Music/Kino/Album/01.mp3", "The values in the file and the edited ones"},
     {"qo tag show --all Music/Kino/Album/01.mp3", "Each frame, item, atom or chunk with its size"}}},
+{"stats", {
+    {"qo stats", "Files, playing time and size, by kind, format, decade, genre, artist"},
+    {"qo stats genre:rock --limit 3 --svg rock.svg", "Of what a query finds, with a picture"}}},
 {"view", {
     {"qo view --left genres --select Rock", "The artists and albums of a genre"},
     {"qo view --select \"Hidden Machine\" --middle Stranger", "The files of an album"}},
