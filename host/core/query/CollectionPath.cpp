@@ -5,20 +5,56 @@
 #include "core/collection/CollectionChanges.h"
 #include "core/collection/CollectionFiles.h"
 #include "core/collection/FileChecks.h"
+#include "core/query/QueryField.h"
 
 #include <QoKernel/Physical.h>
 
 #include <fnmatch.h>
 
+#include <sstream>
+#include <string_view>
+
 namespace qo::host
 {
 namespace
 {
+/// Whether one of the words can only be a text or a regular expression of a query, in which signs
+/// of a pattern are nothing special: "title::^a.*", "::a*b" or a quoted "M*A*S*H".
+bool hasTextOfQuery(const std::string& typed)
+{
+    std::istringstream words(typed);
+    for (std::string word; words >> word;)
+    {
+        if (word.starts_with('^'))
+            word.erase(0, 1);
+        if (word.starts_with('"') || word.starts_with("::") || beginsWithField(word))
+            return true;
+    }
+    return false;
+}
+
 bool looksLikePattern(const std::string& typed)
 {
     const bool hasSign = typed.find_first_of("*?[") != std::string::npos;
     return hasSign &&
-           (typed.find('*') != std::string::npos || typed.find('/') != std::string::npos);
+           (typed.find('*') != std::string::npos || typed.find('/') != std::string::npos) &&
+           !hasTextOfQuery(typed);
+}
+
+/// The current folder stands for itself in a pattern, whatever signs its name has: in "/m/[live]"
+/// the pattern "*.mp3" is "/m/\[live]/*.mp3", which "/m/l/1.mp3" does not fit.
+std::string absolutePattern(const std::string& typed)
+{
+    if (typed.starts_with('/'))
+        return absolutePath(typed);
+    std::string pattern;
+    for (const char c : absolutePath("."))
+    {
+        if (std::string_view("*?[\\").find(c) != std::string_view::npos)
+            pattern += '\\';
+        pattern += c;
+    }
+    return absolutePath(pattern + "/" + typed);
 }
 } // namespace
 
@@ -55,7 +91,7 @@ std::optional<PathSelection> PathSelection::of(const std::string& typed)
     selection.m_isPattern = looksLikePattern(typed);
     if (selection.m_isPattern)
     {
-        selection.m_pattern = absolutePath(typed);
+        selection.m_pattern = absolutePattern(typed);
         return selection;
     }
     if (looksLikePath(typed))

@@ -10,13 +10,6 @@ namespace qo::host
 {
 namespace
 {
-/// A word that begins with a field is never a path, unless it says so with a slash.
-bool beginsWithField(const std::string& argument)
-{
-    const std::size_t colon = argument.find(':');
-    return colon != std::string::npos && findQueryField(argument.substr(0, colon));
-}
-
 /// Fits where the path does not.
 class NotBelow final : public QueryCondition
 {
@@ -80,6 +73,7 @@ void Query::addWords(const std::vector<std::string>& arguments)
     std::deque<PathSelection> paths;
     const auto isPath = [&paths](const std::string& argument)
     {
+        // A word that begins with a field is never a path, unless it says so with a slash.
         if (beginsWithField(argument) && !looksLikePath(argument))
             return false;
         auto path = PathSelection::of(argument);

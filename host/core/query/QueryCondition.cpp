@@ -75,9 +75,13 @@ private:
 class TextCondition final : public QueryCondition
 {
 public:
-    TextCondition(std::optional<QueryField> field, const std::string& value)
-        : m_fields(fieldsOf(field)), m_text(folded(fromUtf8(value).view()))
+    explicit TextCondition(const QueryWord& word)
+        : m_fields(fieldsOf(word.field)), m_text(folded(fromUtf8(word.value).view()))
     {
+        // An accent alone is no text either, and must not mean "without an artist".
+        if (m_text.empty() && (!word.field || !word.value.empty()))
+            throw HostError(ExitCode::usage,
+                            "in \"" + word.typed + "\", there is no text to look for");
     }
     bool fits(QueryRecord& record) override
     {
@@ -104,6 +108,9 @@ public:
     explicit RegexCondition(const QueryWord& word)
         : m_typed(word.typed), m_fields(fieldsOf(word.field))
     {
+        if (word.value.empty())
+            throw HostError(ExitCode::usage,
+                            "in \"" + word.typed + "\", the regular expression is empty");
         UParseError place;
         UErrorCode error = U_ZERO_ERROR;
         m_pattern.reset(icu::RegexPattern::compile(
@@ -113,8 +120,7 @@ public:
         if (!m_matcher || U_FAILURE(error))
             throw HostError(ExitCode::usage,
                             "in \"" + word.typed + "\", the regular expression cannot be read at " +
-                                "character " + std::to_string(std::max(place.offset, 0) + 1) +
-                                (word.value.empty() ? ": it is empty" : ""));
+                                "character " + std::to_string(std::max(place.offset, 0) + 1));
         constexpr int steps = 500; // of some ten thousand operations each
         constexpr int stackBytes = 1 << 20;
         m_matcher->setTimeLimit(steps, error);
@@ -230,14 +236,14 @@ std::unique_ptr<QueryCondition> plainCondition(const QueryWord& word, QueryFacts
         return std::make_unique<RegexCondition>(word);
     }
     if (!word.field)
-        return std::make_unique<TextCondition>(word.field, word.value);
+        return std::make_unique<TextCondition>(word);
     const QueryKind kind = infoOf(*word.field).kind;
     if (kind == QueryKind::flag)
         return flagCondition(word);
     if (*word.field == QueryField::kind)
         checkKind(word);
     if (kind == QueryKind::text || (!word.value.empty() && isPlainText(word)))
-        return std::make_unique<TextCondition>(word.field, word.value);
+        return std::make_unique<TextCondition>(word);
     if (word.value.empty())
         return std::make_unique<UnknownCondition>(*word.field);
     return std::make_unique<RangeCondition>(*word.field,

@@ -45,6 +45,12 @@ const QueryFieldInfo* findQueryField(const std::string& name)
     return found == fields.end() ? nullptr : &*found;
 }
 
+bool beginsWithField(const std::string& text)
+{
+    const std::size_t colon = text.find(':');
+    return colon != std::string::npos && findQueryField(text.substr(0, colon));
+}
+
 std::vector<std::string> queryFieldNames()
 {
     std::vector<std::string> names;

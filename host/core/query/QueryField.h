@@ -55,6 +55,8 @@ struct QueryFieldInfo
 /// All fields, in the order of the enumeration.
 std::span<const QueryFieldInfo> queryFields();
 const QueryFieldInfo& infoOf(QueryField field);
+/// Whether the text begins with the name of a field and a colon.
+bool beginsWithField(const std::string& text);
 /// Null for a name that no field has.
 const QueryFieldInfo* findQueryField(const std::string& name);
 std::vector<std::string> queryFieldNames();

@@ -4,6 +4,7 @@
 
 #include <QoKernel/Kernel.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <ctime>
@@ -76,8 +77,8 @@ Numbers sizeOf(std::string_view text)
     }
     double number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (text.empty() || error != std::errc() || end != text.data() + text.size() || number < 0 ||
-        number * static_cast<double>(unit) > 9e18)
+    if (text.empty() || error != std::errc() || end != text.data() + text.size() ||
+        !(number >= 0 && number * static_cast<double>(unit) <= 9e18)) // nor "nan"
         return {};
     const auto bytes = static_cast<std::int64_t>(number * static_cast<double>(unit));
     return QueryRange{bytes, bytes + unit - 1};
@@ -86,7 +87,8 @@ Numbers sizeOf(std::string_view text)
 std::int64_t ticksOf(std::tm time)
 {
     time.tm_isdst = -1;
-    const std::time_t seconds = std::mktime(&time);
+    constexpr std::time_t start = -11'644'473'600; // 1601, with which ticks begin
+    const std::time_t seconds = std::max(std::mktime(&time), start);
     return toTicks(fromUnixTime(seconds, 0));
 }
 

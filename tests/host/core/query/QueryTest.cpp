@@ -151,6 +151,11 @@ TEST_F(QueryTest, WordsFindWhatTheySay)
         {{"track:1"}, "1"},
         {{"path:/b/0"}, "4 5 6"},
         {{"::^Second$"}, "2"},
+        {{"::^Sec.*d$"}, "2"},
+        {{"bjork", "^::^Sec.*d$"}, "1"},
+        {{"bjork ::^Sec.*d$"}, "2"},
+        {{"^bjork title::.*o"}, "5"},
+        {{"\"b*\""}, ""},
         {{"untagged:no", "kind:music"}, "1 2 3 4 6"},
         {{"length:0:00"}, "1 2 3 4 5 6"},
         {{"changed:..-1d"}, ""},
@@ -162,6 +167,13 @@ TEST_F(QueryTest, WordsFindWhatTheySay)
         {{b + "/04.mp3", b + "/05.mp3"}, "4 5"}};
     for (const auto& [words, expected] : rows)
         EXPECT_EQ(found({words}), expected) << testing::PrintToString(words);
+    // Signs of the current folder's name are no pattern.
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::create_directory(collection->dir.path("music/[ab]"));
+    std::filesystem::current_path(collection->dir.path("music/[ab]"));
+    EXPECT_EQ(found({{"*"}}), "");
+    EXPECT_EQ(found({{"../a/*"}}), "1 2 3");
+    std::filesystem::current_path(before);
     const auto examples = rowsOf("queries");
     EXPECT_EQ(examples.size(), 20U);
     for (const auto& row : examples)
@@ -207,6 +219,11 @@ TEST_F(QueryTest, WhatCannotBeReadSaysWhereItWentWrong)
         {{"x", ","}, "nothing after the last comma"},
         {{""}, "an empty text names nothing"},
         {{"   "}, "an empty text names nothing"},
+        {{"\"\""}, "there is no text to look for"},
+        {{"^"}, "there is no text to look for"},
+        {{"artist:\u0301"}, "there is no text to look for"},
+        {{"^::"}, "the regular expression is empty"},
+        {{"size:nan"}, "cannot be read"},
         {{"\xff"}, "is not UTF-8"}};
     for (const auto& [words, part] : rows)
     {
@@ -258,6 +275,7 @@ TEST(QueryRange, SingleValuesStandForAllThatIsWrittenSo)
                         {QueryKind::time, "2024-05-31T23:59", at(june2024 - 60), at(june2024) - 1},
                         {QueryKind::time, "-1d", now - 86400 * second, now},
                         {QueryKind::time, "-1m..-1d", at(may2024), now - 86400 * second},
+                        {QueryKind::time, "-99999y..", 0, all},
                         {QueryKind::time, "..-2w", none, now - 14 * 86400 * second}};
     for (const Row& row : rows)
     {
