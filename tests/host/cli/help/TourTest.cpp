@@ -1,5 +1,5 @@
-#include "host/cli/help/PtyShell.h"
 #include "host/cli/help/SampleHome.h"
+#include "support/PtyShell.h"
 
 #include <filesystem>
 #include <fstream>
