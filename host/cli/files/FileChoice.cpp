@@ -51,6 +51,17 @@ CLI::Option* addQuery(CLI::App& command, FileChoice& choice)
                         "Words, FIELD:TEXT, paths and patterns: see \"qo help queries\"");
 }
 
+void addAll(CLI::App& command, bool& all, const char* help)
+{
+    std::vector<CLI::Option*> others = command.get_options();
+    CLI::Option* const flag = command.add_flag("--all", all, help);
+    for (CLI::Option* const other : others)
+    {
+        if (other != command.get_help_ptr())
+            flag->excludes(other);
+    }
+}
+
 void addNames(CLI::App& command, FileChoice& choice)
 {
     addOptional(command,

@@ -22,6 +22,9 @@ struct FileChoice
 
 /// Gives the command the arguments QUERY and the option --marked.
 CLI::Option* addQuery(CLI::App& command, FileChoice& choice);
+/// Gives the command a flag --all, which goes with no other option that it has by then: whoever
+/// types it beside a query may mean either.
+void addAll(CLI::App& command, bool& all, const char* help);
 /// The options --artist, --album and --genre.
 void addNames(CLI::App& command, FileChoice& choice);
 /// The options --sort and --limit; names are what can be sorted by.

@@ -23,8 +23,7 @@ struct MarkOptions
 ExitCode changeMarks(CommandLine& line, const MarkOptions& options, bool isMarked)
 {
     if (!options.choice.isSet() && !options.all)
-        throw HostError(ExitCode::usage,
-                        std::string("say which files, or take all of them with --all"));
+        throw HostError(ExitCode::usage, "say which files, or take all of them with --all");
     const auto session = openKernel(line, KernelUse::hold);
     loadForReading(line, *session);
     const auto [changed, marked] = session->kernel().run(
@@ -42,7 +41,7 @@ ExitCode changeMarks(CommandLine& line, const MarkOptions& options, bool isMarke
             const std::size_t count = ids.size();
             if (!line.dryRun)
             {
-                if (!isMarked && options.all && !options.choice.isSet())
+                if (!isMarked && options.all)
                     store.clearChecked();
                 else
                     store.changeChecked(isMarked ? std::vector<CString>() : ids,
@@ -97,7 +96,7 @@ void setUpMark(CommandLine& line, CLI::App& command)
     line.setAction(command, [&line, options] { return changeMarks(line, *options, true); });
     addQuery(command, options->choice);
     addNames(command, options->choice);
-    command.add_flag("--all", options->all, "Every file of the collection");
+    addAll(command, options->all, "Every file of the collection");
 }
 
 void setUpUnmark(CommandLine& line, CLI::App& command)
@@ -106,7 +105,7 @@ void setUpUnmark(CommandLine& line, CLI::App& command)
     line.setAction(command, [&line, options] { return changeMarks(line, *options, false); });
     addQuery(command, options->choice);
     addNames(command, options->choice);
-    command.add_flag("--all", options->all, "Every file");
+    addAll(command, options->all, "Every file");
 }
 
 void setUpMarked(CommandLine& line, CLI::App& command)

@@ -117,8 +117,9 @@ Show shownKinds(const ViewOptions& options)
             wanted |= group & ~hidden;
     }
     Show result;
-    result.m_showOwn = (wanted & (own | foreign)) == 0 || (wanted & own) != 0;
-    result.m_showForeign = (wanted & (own | foreign)) == 0 || (wanted & foreign) != 0;
+    const bool areBoth = ((shown | hidden) & (own | foreign)) == 0;
+    result.m_showOwn = areBoth || (wanted & own) != 0;
+    result.m_showForeign = areBoth || (wanted & foreign) != 0;
     const int types = wanted & Show::showAll;
     result.m_showTypes =
         types == 0 && ((shown | hidden) & Show::showAll) == 0 ? Show::showAll : types;

@@ -294,6 +294,8 @@ ExitCode revert(TagWork& work, const TagOptions& options)
 {
     const TagWords words = TagWords::ofRevert(options.words);
     std::vector<CString> paths;
+    if (options.away && (!words.query.empty() || options.isMarked))
+        throw HostError(ExitCode::usage, "--away takes all files that are away, and no query");
     if (options.away)
         paths = work.pending.awayPaths();
     else if (words.query.empty() && !options.isMarked)
@@ -439,6 +441,6 @@ void setUpTag(CommandLine& line, CLI::App& command)
     CLI::App* const writeApp =
         add("write", "Write the edits into the file", KernelUse::hold, write);
     addWords(*writeApp, "QUERY", "Music files, or words that find them");
-    writeApp->add_flag("--all", options->all, "Every file with edits");
+    addAll(*writeApp, options->all, "Every file with edits");
 }
 } // namespace qo::cli

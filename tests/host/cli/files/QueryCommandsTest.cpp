@@ -118,6 +118,10 @@ TEST(Marks, NarrowEveryQueryAndLast)
     EXPECT_EQ(view["left"][0]["mark"], "some");
     EXPECT_EQ(view["middle"][0]["mark"], "all");
     EXPECT_EQ(view["middle"][0]["year"], "1961");
+    qo.expect({"unmark", "--all", "title:two"}, 2, "QUERY and --all do not go together");
+    qo.expect({"mark", "--all", "--genre", "Jazz"}, 2, "do not go together");
+    qo.expect({"tag", "write", "--all", "--marked"}, 2, "do not go together");
+    qo.expect({"tag", "revert", "--away", "title:two"}, 2, "and no query");
     EXPECT_EQ(qo.run({"unmark", "--all"}).code, 0);
     EXPECT_EQ(qo.run({"ls", "--marked"}).code, 4);
 }
@@ -135,6 +139,7 @@ TEST(ViewCommand, ShowsWhatPassesTheFilterAndSaysWhatItDoesNotKnow)
     };
     EXPECT_EQ(names({"view", "--json", "--left", "genres"}, "left"), "Jazz Rock ");
     EXPECT_EQ(names({"view", "--json", "--filter", "thr"}, "left"), "Bea ");
+    EXPECT_EQ(names({"view", "--json", "--hide", "own,foreign"}, "left"), "");
     EXPECT_EQ(names({"view",
                      "--json",
                      "--hide",
