@@ -182,13 +182,8 @@ void PendingTags::set(const CString& path, const std::string& field, const std::
     Entry entry;
     entry.file.path = path;
     entry.file.fields[field] = value;
+    entry.isNew = true;
     lookAt(path, entry.file);
-    const auto records = StoredRecords(Session::databasePath()).byPaths({path});
-    if (const auto record = records.find(path); record != records.end())
-    {
-        entry.file.id = record->second.id;
-        learn(entry.file, record->second);
-    }
     m_byPath.emplace(path, m_files.size());
     m_files.push_back(std::move(entry));
 }
@@ -220,8 +215,32 @@ bool PendingTags::dropAway(const CString& path)
     return had;
 }
 
+/// All at once: to find records by their paths takes a walk through all of them.
+void PendingTags::findRecordsOfNew()
+{
+    std::set<CString> paths;
+    for (const Entry& entry : m_files)
+    {
+        if (entry.isNew)
+            paths.insert(entry.file.path);
+    }
+    if (paths.empty())
+        return;
+    const auto records = StoredRecords(Session::databasePath()).byPaths(paths);
+    for (Entry& entry : m_files)
+    {
+        const auto record = entry.isNew ? records.find(entry.file.path) : records.end();
+        entry.isNew = false;
+        if (record == records.end())
+            continue;
+        entry.file.id = record->second.id;
+        learn(entry.file, record->second);
+    }
+}
+
 void PendingTags::save()
 {
+    findRecordsOfNew();
     std::vector<EditedFile> before;
     std::vector<EditedFile> after;
     for (Entry& entry : m_files)

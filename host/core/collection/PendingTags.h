@@ -56,6 +56,7 @@ private:
         EditedFile stored; ///< without fields while the store has nothing of it
         EditedFile file;
         bool isAway = false;
+        bool isNew = false; ///< its record was not looked for yet
     };
 
     void bring(const Arrivals& arrivals);
@@ -63,6 +64,7 @@ private:
     void resolve();
     void resolveById(const StoredRecords& records);
     void resolveByPath(const StoredRecords& records);
+    void findRecordsOfNew();
 
     HostStore m_store;
     std::vector<Entry> m_files;

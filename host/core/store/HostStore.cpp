@@ -80,10 +80,12 @@ void readEdits(CSQLiteDB& db, std::vector<EditedFile>& files)
 
 void deleteEdits(CSQLiteDB& db, const EditedFile& file)
 {
+    // Each condition names the one of its index, or else SQLite reads the whole table.
+    const bool hasId = !file.id.IsEmpty();
     CSQLiteStatement statement =
-        db.CompileStatement(u"DELETE FROM EDIT_T WHERE ET_ID = ?1 AND (?1 <> '' OR ET_PATH = ?2)");
-    statement.BindText(1, file.id);
-    statement.BindText(2, file.path);
+        db.CompileStatement(hasId ? u"DELETE FROM EDIT_T WHERE ET_ID = ?1 AND ET_ID <> ''"
+                                  : u"DELETE FROM EDIT_T WHERE ET_PATH = ?1 AND ET_ID = ''");
+    statement.BindText(1, hasId ? file.id : file.path);
     statement.ExecuteDML();
 }
 
