@@ -109,6 +109,12 @@ CLI::App* CommandLine::addCommand(CLI::App& parent,
     return command;
 }
 
+void CommandLine::refuseJson() const
+{
+    if (json)
+        throw HostError(ExitCode::usage, "this command has no output as JSON; leave out --json");
+}
+
 void CommandLine::note(const std::string& sentence) const
 {
     if (!quiet)

@@ -44,6 +44,9 @@ struct CommandLine
     /// The same for a command that lists: what is longer than the window goes to a pager.
     void setListAction(CLI::App& command, std::function<ExitCode()> run);
 
+    /// For a command whose output is a text of its own kind: refuses --json with a HostError.
+    void refuseJson() const;
+
     /// Writes sentences to standard error, with the program's name before each line. Notes are left
     /// out with --quiet.
     void note(const std::string& sentence) const;

@@ -29,6 +29,14 @@ std::string nameOf(const CommandLine& line)
     return name;
 }
 
+void needWritable(const CString& folder)
+{
+    if (const int error = fileSystem().mayChange(folder))
+        throw HostError(ExitCode::failed,
+                        "nothing can be saved in " + host::shownPath(folder) + ": " +
+                            host::errorWords(error));
+}
+
 host::LoadReport runLoad(const CommandLine& line,
                          Session& session,
                          const std::function<host::LoadReport(host::ProgressReporter&)>& load)
@@ -50,11 +58,14 @@ std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use)
     Session::Options options;
     if (line.app.get_option("--data")->count() > 0)
         options.dataFolder = host::absolutePath(line.dataFolder);
-    options.withLock = use == KernelUse::hold;
+    options.withLock = use == KernelUse::hold || (use == KernelUse::change && !line.dryRun);
     options.doing = nameOf(line);
     options.saveSettings = !line.dryRun;
     options.note = [&line](const std::string& sentence) { line.note(sentence); };
-    return std::make_unique<Session>(std::move(options));
+    auto session = std::make_unique<Session>(std::move(options));
+    if (line.dryRun && use != KernelUse::look)
+        needWritable(Session::folder());
+    return session;
 }
 
 host::LoadReport

@@ -16,11 +16,13 @@ using host::spellings;
 /// What a command needs of the kernel.
 enum class KernelUse
 {
-    look, ///< changes nothing, so it works beside a process that does
-    hold  ///< the data folder is this process's own
+    look,   ///< changes nothing, so it works beside a process that does
+    change, ///< a dry run looks, a real one holds
+    hold    ///< the data folder is this process's own
 };
 
-/// Starts the kernel as the command line asks. Its notes go to standard error.
+/// Starts the kernel as the command line asks. Its notes go to standard error. Where a dry run
+/// would save something, throws HostError when it could not.
 std::unique_ptr<host::Session> openKernel(const CommandLine& line, KernelUse use);
 
 /// Checks the database and loads the collection, with progress and a way to interrupt.

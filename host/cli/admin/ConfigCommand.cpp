@@ -155,7 +155,10 @@ ExitCode change(
                                      : shownValue(name, session->settings().getValue(key));
         });
     session->saveSettings();
-    line.note((line.dryRun ? "would set " : "") + name + " = " + value);
+    if (line.json)
+        line.out.line(dump({{"key", name}, {"value", value}}));
+    else
+        line.note((line.dryRun ? "would set " : "") + name + " = " + value);
     return ExitCode::done;
 }
 

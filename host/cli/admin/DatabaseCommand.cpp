@@ -60,6 +60,7 @@ ExitCode check(CommandLine& line)
 
 ExitCode dumpContent(CommandLine& line)
 {
+    line.refuseJson();
     const auto session = openKernel(line, KernelUse::look);
     session->kernel().run(
         [&line]

@@ -68,6 +68,11 @@ void putReport(CommandLine& line, const DatabaseRepair::Report& report, const CS
         line.out.line(std::to_string(report.newIds) + " rows have new ids");
 }
 
+ExitCode codeOf(const DatabaseRepair::Report& report)
+{
+    return report.isCertain && report.lostIds.empty() ? ExitCode::done : ExitCode::partly;
+}
+
 ExitCode repairInPlace(CommandLine& line, const CString& database)
 {
     const DatabaseSwap swap(database);
@@ -91,7 +96,17 @@ ExitCode repairInPlace(CommandLine& line, const CString& database)
     }
     putReport(line, report, kept);
     line.note("the damaged database is kept as " + host::shownPath(kept));
-    return report.isCertain && report.lostIds.empty() ? ExitCode::done : ExitCode::partly;
+    return codeOf(report);
+}
+
+void reportSound(CommandLine& line, const CString& database)
+{
+    if (!line.json)
+        return line.note("the database " + host::shownPath(database) + " is sound");
+    Json object;
+    putPath(object, "database", database);
+    object["sound"] = true;
+    line.out.line(dump(object));
 }
 
 ExitCode repair(CommandLine& line)
@@ -108,14 +123,26 @@ ExitCode repair(CommandLine& line)
             if (!line.dryRun)
                 DatabaseSwap(database).finish();
             if (DatabaseGuard(database).findDamage(true).empty())
-                return line.note("the database " + host::shownPath(database) + " is sound"),
-                       ExitCode::done;
+                return reportSound(line, database), ExitCode::done;
             if (!line.dryRun)
                 return repairInPlace(line, database);
             const host::ScratchDatabase scratch(u"trial-repair");
-            putReport(line, DatabaseRepair(database).copyTo(scratch.path()), {});
-            return ExitCode::done;
+            const DatabaseRepair::Report report = DatabaseRepair(database).copyTo(scratch.path());
+            putReport(line, report, {});
+            return codeOf(report);
         });
+}
+
+void reportRestored(CommandLine& line,
+                    const CString& snapshot,
+                    std::int64_t files,
+                    const CString& kept)
+{
+    Json object;
+    putPath(object, "snapshot", snapshot);
+    object["files"] = files;
+    putPath(object, "kept", kept);
+    line.out.line(dump(object));
 }
 
 std::int64_t fileCount(const CString& snapshot)
@@ -193,14 +220,20 @@ ExitCode restore(CommandLine& line, const std::string& typed)
                                 host::shownPath(snapshot) +
                                     " cannot be restored, it is damaged: " + damage);
             const std::int64_t files = fileCount(snapshot);
+            CString kept;
+            if (!line.dryRun)
+            {
+                const DatabaseSwap swap(database);
+                swap.finish();
+                swap.draftFrom(snapshot);
+                kept = swap.replace(u"replaced");
+            }
+            if (line.json)
+                return reportRestored(line, snapshot, files, kept), ExitCode::done;
             if (line.dryRun)
                 return line.note("would go back to " + host::shownPath(snapshot) + " with " +
                                  countText(files, "file")),
                        ExitCode::done;
-            const DatabaseSwap swap(database);
-            swap.finish();
-            swap.draftFrom(snapshot);
-            const CString kept = swap.replace(u"replaced");
             line.note("the collection is that of " + host::shownPath(snapshot) + " again, with " +
                       countText(files, "file") +
                       (kept.IsEmpty()

@@ -108,7 +108,7 @@ host::StoredRoot findUnlisted(const RootFolders& roots, const std::string& typed
     return {};
 }
 
-void addRoot(const CommandLine& line,
+void addRoot(CommandLine& line,
              RootFolders& roots,
              const std::string& typed,
              const std::string& kindName)
@@ -123,16 +123,27 @@ void addRoot(const CommandLine& line,
     RootFolders::kindFromName(kindName, kind);
     if (holder.IsEmpty())
         confirmNewRoot(line, folder);
-    if (!holder.IsEmpty() && !isKnown)
+    const bool isPart = !holder.IsEmpty() && !isKnown;
+    const bool isNew = !isPart && roots.add(folder, kind);
+    if (line.json)
+    {
+        Json object;
+        putPath(object, "path", folder);
+        object["type"] = RootFolders::kindName(kind);
+        object["changed"] = isNew;
+        line.out.line(dump(object));
+    }
+    else if (isPart)
         line.note(shown + " is already part of the root folder " + host::shownPath(holder));
-    else if (!roots.add(folder, kind))
+    else if (!isNew)
         line.note(shown + " is a root folder already");
     else if (isKnown)
-        line.note(shown + " has type " + RootFolders::kindName(kind) +
-                  " now; it counts for files that come in from now on");
+        line.note(shown + (line.dryRun ? " would have type " : " has type ") +
+                  RootFolders::kindName(kind) +
+                  " from now on; that counts for files that come in later");
     else
-        line.note("root folder " + shown + ", type " + RootFolders::kindName(kind) +
-                  "; \"qo scan\" reads what is in it");
+        line.note((line.dryRun ? "would be a root folder: " : "root folder ") + shown + ", type " +
+                  RootFolders::kindName(kind) + "; \"qo scan\" reads what is in it");
 }
 
 ExitCode addRoots(CommandLine& line, const RootsOptions& options)
@@ -191,9 +202,12 @@ ExitCode removeRoots(CommandLine& line, const RootsOptions& options)
                     " will leave the collection (none is deleted from the disk).");
     session->kernel().run([&roots] { roots.store(); });
     session->saveSettings();
+    if (line.json)
+        return line.out.line(dump({{"removed", options.folders.size()}, {"files", files}})),
+               ExitCode::done;
     line.note(countText(static_cast<std::int64_t>(options.folders.size()), "root folder") +
-              " removed, with " + countText(files, "file") +
-              " that the next scan takes out of the collection");
+              (line.dryRun ? " would be removed, with " : " removed, with ") +
+              countText(files, "file") + " that the next scan takes out of the collection");
     return ExitCode::done;
 }
 } // namespace

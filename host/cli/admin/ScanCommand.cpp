@@ -120,7 +120,8 @@ void addScannedFolders(const CommandLine& line, Session& session, const ScanOpti
                     continue;
                 confirmNewRoot(line, folder);
                 roots.add(folder, CQoPathInfo::audioIsMusic);
-                line.note("new root folder " + host::shownPath(folder));
+                line.note((line.dryRun ? "would be a new root folder: " : "new root folder ") +
+                          host::shownPath(folder));
             }
             roots.store();
             if (roots.folders().IsEmpty())

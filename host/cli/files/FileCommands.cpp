@@ -102,7 +102,7 @@ class FileWork
 {
 public:
     FileWork(CommandLine& line, const char* kind)
-        : m_line(line), m_kind(kind), m_session(openKernel(line, KernelUse::hold))
+        : m_line(line), m_kind(kind), m_session(openKernel(line, KernelUse::change))
     {
         loadForReading(line, *m_session);
     }
@@ -156,7 +156,7 @@ public:
             {
                 m_moves.emplace(*m_session,
                                 m_kind,
-                                host::Trash(),
+                                m_line.dryRun ? host::Trash::onTrial() : host::Trash(),
                                 [&progress] { return progress.isCanceled(); });
             },
             [&](const std::string& path, host::ProgressReporter&) { ask(*m_moves, path); },
@@ -247,7 +247,8 @@ private:
             const host::MoveRun::Report report = reorganizer.carryOut(*m_moves, progress);
             for (const host::MoveRun::Failure& failure : report.failures)
             {
-                CommandLine::complain(failure.from + " -> " + failure.to + ": " + failure.reason);
+                CommandLine::complain(
+                    harmless(failure.from + " -> " + failure.to + ": " + failure.reason));
                 stuck.insert(failure.from);
             }
             for (const std::string& sentence : report.notes)

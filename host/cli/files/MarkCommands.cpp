@@ -24,12 +24,13 @@ ExitCode changeMarks(CommandLine& line, const MarkOptions& options, bool isMarke
 {
     if (!options.choice.isSet() && !options.all)
         throw HostError(ExitCode::usage, "say which files, or take all of them with --all");
-    const auto session = openKernel(line, KernelUse::hold);
+    const auto session = openKernel(line, KernelUse::change);
     loadForReading(line, *session);
     const auto [changed, marked] = session->kernel().run(
         [&]
         {
-            session->prepareStore();
+            if (session->hasLock())
+                session->prepareStore();
             HostStore store(Session::folder());
             const auto before = store.checkedFiles();
             std::vector<CString> ids;
@@ -48,7 +49,10 @@ ExitCode changeMarks(CommandLine& line, const MarkOptions& options, bool isMarke
                                         isMarked ? ids : std::vector<CString>());
             }
             host::applyMarks();
-            return std::pair(count, host::markedFiles().files);
+            auto files = host::markedFiles().files;
+            if (line.dryRun)
+                files += isMarked ? std::int64_t(count) : -std::int64_t(count);
+            return std::pair(count, files);
         });
     if (line.json)
     {
@@ -61,7 +65,7 @@ ExitCode changeMarks(CommandLine& line, const MarkOptions& options, bool isMarke
         line.note(std::string(line.dryRun ? "would have " : "") +
                   (isMarked ? "marked " : "unmarked ") +
                   countText(static_cast<std::int64_t>(changed), "file") + "; " +
-                  std::to_string(marked) + " are marked");
+                  std::to_string(marked) + (line.dryRun ? " would be marked" : " are marked"));
     return ExitCode::done;
 }
 

@@ -78,6 +78,7 @@ void setUpCompletion(CommandLine& line, CLI::App& command)
                         description,
                         [&line, script]
                         {
+                            line.refuseJson();
                             line.out.write(script);
                             return ExitCode::done;
                         });

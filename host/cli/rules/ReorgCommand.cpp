@@ -72,7 +72,7 @@ ExitCode plan(CommandLine& line, const PlanOptions& options)
     const std::string output =
         options.output.empty() ? std::string() : host::absolutePath(options.output);
     checkOutput(line, output);
-    auto session = openKernel(line, KernelUse::hold);
+    auto session = openKernel(line, KernelUse::change);
     loadForReading(line, *session);
     const ReorganizePlan made = runShown(line,
                                          *session,

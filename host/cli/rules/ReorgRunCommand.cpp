@@ -69,8 +69,7 @@ public:
     /// record gets the numbers. Throws HostError when the run was stopped.
     ExitCode put(const MoveRun::Report& report, Json record) const
     {
-        for (const MoveRun::Failure& failure : report.failures)
-            putFailure(failure);
+        putFailures(report);
         if (m_line.json)
         {
             record["moved"] = report.moved;
@@ -86,9 +85,28 @@ public:
         if (!report.isFinished)
             throw HostError(wasInterrupted() ? ExitCode::interrupted : ExitCode::failed,
                             "stopped, and " + sum + " so far: " + m_hint);
-        m_line.note(sum + (report.failures.empty()
-                               ? std::string()
-                               : ", " + std::to_string(report.failures.size()) + " did not"));
+        m_line.note(sumOf(report, m_deed, "did not"));
+        return codeOf(report);
+    }
+
+    void putFailures(const MoveRun::Report& report) const
+    {
+        for (const MoveRun::Failure& failure : report.failures)
+            putFailure(failure);
+    }
+
+    /// "2 files moved, 1 did not".
+    static std::string
+    sumOf(const MoveRun::Report& report, const std::string& deed, const std::string& failed)
+    {
+        return countText(static_cast<std::int64_t>(report.moved), "file") + " " + deed +
+               (report.failures.empty()
+                    ? std::string()
+                    : ", " + std::to_string(report.failures.size()) + " " + failed);
+    }
+
+    static ExitCode codeOf(const MoveRun::Report& report)
+    {
         if (report.failures.empty())
             return ExitCode::done;
         return report.moved > 0 ? ExitCode::partly : ExitCode::failed;
@@ -98,8 +116,8 @@ private:
     void putFailure(const MoveRun::Failure& failure) const
     {
         if (!m_line.json)
-            return CommandLine::complain(failure.from + " -> " + failure.to + ": " +
-                                         failure.reason);
+            return CommandLine::complain(
+                harmless(failure.from + " -> " + failure.to + ": " + failure.reason));
         Json object;
         putPath(object, "from", failure.from);
         putPath(object, "to", failure.to);
@@ -158,8 +176,9 @@ ExitCode tryPlan(CommandLine& line, const RunOptions& options)
             host::recheck(plan);
             listPlan(line, plan, false);
             line.note(planSummary(plan));
-            return plan.count(PlannedFile::Verdict::refused) > 0 ? ExitCode::partly
-                                                                 : ExitCode::done;
+            if (plan.count(PlannedFile::Verdict::refused) == 0)
+                return ExitCode::done;
+            return plan.count(PlannedFile::Verdict::move) > 0 ? ExitCode::partly : ExitCode::failed;
         });
 }
 
@@ -307,20 +326,28 @@ ExitCode showLog(CommandLine& line, const RunOptions& options)
     return ExitCode::done;
 }
 
+/// Shows what an undo would do now.
 ExitCode tryUndo(CommandLine& line, const RunOptions& options)
 {
-    const auto session = openKernel(line, KernelUse::look);
-    session->kernel().run(
+    const auto session = openKernel(line, KernelUse::change);
+    loadForReading(line, *session);
+    return session->kernel().run(
         [&]
         {
+            MoveRun::Report report = Reorganizer(*session).checkUndo(options.plan);
             const Run run = findRun(Reorganizer::undoable(options.plan));
+            // A folder that goes back as one counts with all its files.
+            if (report.failures.empty() && report.moved > 0)
+                report.moved = run.moved;
+            RunReport(line, {}, {}).putFailures(report);
             if (line.json)
-                return line.out.line(dump(runJson(run)));
-            line.note("would take back the run " + run.id +
-                      (run.rule.empty() ? " of qo " + run.kind : ", by the rule " + run.rule) +
-                      ": " + countText(static_cast<std::int64_t>(run.moved), "file"));
+                line.out.line(dump(runJson(run)));
+            else
+                line.note("would take back the run " + run.id +
+                          (run.rule.empty() ? " of qo " + run.kind : ", by the rule " + run.rule) +
+                          ": " + RunReport::sumOf(report, "would go back", "would not"));
+            return RunReport::codeOf(report);
         });
-    return ExitCode::done;
 }
 
 ExitCode forgetRun(CommandLine& line, const std::string& id)

@@ -49,7 +49,7 @@ void Listing::writeAtOnce()
 {
     constexpr std::size_t numberWidth = 7;
     constexpr std::size_t leastText = 16;
-    constexpr std::size_t widestText = 60;
+    constexpr std::size_t widestText = 40;
     if (m_line.out.columns() == 0)
         return;
     m_writesAtOnce = true;

@@ -92,7 +92,7 @@ withChosenMusic(CommandLine& line, KernelUse use, const FileChoice& choice, cons
     return session->kernel().run(
         [&]
         {
-            if (use == KernelUse::hold)
+            if (session->hasLock())
                 session->prepareStore();
             ChosenMusic chosen{*session, isLoaded, {}, {}};
             chosen.paths = chosenMusic(choice, chosen.pending);

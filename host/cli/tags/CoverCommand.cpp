@@ -158,9 +158,11 @@ void extractTo(CoverWork& work, const Extract& extract, const CString& target)
     const std::string shown = host::shownPath(target);
     const CString source = extract.picture.GetFilePath();
     bool isThere = fileSystem().exists(target);
-    if (!isThere && !work.line.dryRun)
+    if (!isThere)
     {
-        const int error = fileSystem().copyAsNew(source, target, {});
+        const int error = work.line.dryRun
+                              ? fileSystem().mayChange(CQoCollPath(target).getParent().toString())
+                              : fileSystem().copyAsNew(source, target, {});
         if (error != 0 && error != EEXIST)
             throw HostError(ExitCode::failed,
                             shown + " cannot be written: " + host::errorWords(error));
@@ -251,8 +253,10 @@ ExitCode changeCovers(CoverWork& work, const KVTagLib::CTags& wanted, const std:
                                ": \"qo tag revert FILE picture\" drops it");
             if (work.line.dryRun)
             {
-                work.line.out.line(harmless(host::shownPath(path)));
-                return TagWritten::shown;
+                const TagWritten shown = tagShown(path);
+                if (!work.line.json)
+                    work.line.out.line(harmless(host::shownPath(path)));
+                return shown;
             }
             KVTagLib::CTags tags = wanted;
             CString cause;
@@ -315,10 +319,12 @@ void setUpCover(CommandLine& line, CLI::App& command)
     addArgument(*extract, "--to", options->target, "A folder, or a new file for the front cover")
         ->type_name("PATH")
         ->required();
-    CLI::App* const set = add(
-        "set", "Replace the front cover, and keep all other pictures", KernelUse::hold, setCovers);
+    CLI::App* const set = add("set",
+                              "Replace the front cover, and keep all other pictures",
+                              KernelUse::change,
+                              setCovers);
     addArgument(*set, "--image", options->image, "The picture")->type_name("FILE")->required();
-    add("remove", "Take the front cover out", KernelUse::hold, removeCovers)
+    add("remove", "Take the front cover out", KernelUse::change, removeCovers)
         ->add_flag("--all", options->all, "Every picture");
 }
 } // namespace qo::cli

@@ -210,7 +210,7 @@ void setUpEncoding(CommandLine& line, CLI::App& command)
                    {
                        return withChosenMusic(
                            line,
-                           KernelUse::hold,
+                           KernelUse::change,
                            options->choice,
                            [&](ChosenMusic& chosen)
                            { return rereadTexts(line, *options, chosen.paths, chosen.pending); });

@@ -290,6 +290,16 @@ bool dropEdits(TagWork& work, const CString& path, const std::vector<TagWords::V
     return any;
 }
 
+void reportDrop(CommandLine& line, const CString& path)
+{
+    if (!line.json)
+        return line.note((line.dryRun ? "would drop the edits of " : "dropped the edits of ") +
+                         host::shownPath(path));
+    Json object;
+    putPath(object, "path", path);
+    line.out.line(dump(object));
+}
+
 ExitCode revert(TagWork& work, const TagOptions& options)
 {
     const TagWords words = TagWords::ofRevert(options.words);
@@ -319,8 +329,7 @@ ExitCode revert(TagWork& work, const TagOptions& options)
     if (!work.line.dryRun)
         work.pending.save();
     for (const CString& path : dropped)
-        work.line.note((work.line.dryRun ? "would drop the edits of " : "dropped the edits of ") +
-                       host::shownPath(path));
+        reportDrop(work.line, path);
     return ExitCode::done;
 }
 
@@ -331,9 +340,9 @@ TagWritten writeOne(TagWork& work, const CString& path, ProgressReporter& progre
     applyEdits(tag, work.pending.fields(path));
     if (work.line.dryRun)
     {
-        work.line.out.line(harmless(host::shownPath(path)));
-        work.line.out.write(tagTable(tag, allValues(path)));
-        return TagWritten::shown;
+        if (!work.line.json)
+            showTag(work, path, true);
+        return tagShown(path);
     }
     CString cause;
     bool hasChanged = false;
@@ -396,7 +405,7 @@ CLI::App* addTagCommand(CommandLine& line,
                                return session->kernel().run(
                                    [&]
                                    {
-                                       if (use == KernelUse::hold)
+                                       if (session->hasLock())
                                            session->prepareStore();
                                        TagWork work(line, *session);
                                        return run(work, *options);
@@ -423,14 +432,14 @@ void setUpTag(CommandLine& line, CLI::App& command)
     showApp->add_flag("--all", options->parts, "Instead, every frame, item, atom and chunk");
 
     CLI::App* const setApp =
-        add("set", "Edit values; they wait until \"write\"", KernelUse::hold, set);
+        add("set", "Edit values; they wait until \"write\"", KernelUse::change, set);
     addWords(*setApp, "WORD", "FIELD=VALUE, and music files or words that find them");
     setApp->footer("Fields: " + tagFieldNames());
 
     add("ls", "The files with edits that are not written", KernelUse::look, listEdits);
 
     CLI::App* const revertApp =
-        add("revert", "Drop edits that were not written", KernelUse::hold, revert);
+        add("revert", "Drop edits that were not written", KernelUse::change, revert);
     addWords(*revertApp, "WORD", "Music files or words that find them, and fields if not all");
     revertApp->add_flag("--away", options->away, "All files that cannot be found");
 
@@ -439,7 +448,7 @@ void setUpTag(CommandLine& line, CLI::App& command)
                       "encoding", "Edit texts that were written in another encoding than Latin-1"));
 
     CLI::App* const writeApp =
-        add("write", "Write the edits into the file", KernelUse::hold, write);
+        add("write", "Write the edits into the file", KernelUse::change, write);
     addWords(*writeApp, "QUERY", "Music files, or words that find them");
     addAll(*writeApp, options->all, "Every file with edits");
 }

@@ -2,6 +2,7 @@
 
 #include "cli/Interrupt.h"
 #include "cli/KernelCommand.h"
+#include "cli/files/FileRecord.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
 #include "core/collection/CollectionChanges.h"
@@ -9,6 +10,7 @@
 #include "core/watch/FolderChanges.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace qo::cli
 {
@@ -22,15 +24,43 @@ TagWritten tagWritten(
     return hasChanged ? TagWritten::changed : TagWritten::same;
 }
 
+TagWritten tagShown(const CString& path)
+{
+    FileInfo info;
+    std::uint64_t room = 0;
+    const CString folder = CQoCollPath(path).getParent().toString();
+    int error = fileSystem().info(path, Spelling::exact, info);
+    if (error == 0)
+        error = fileSystem().mayChange(folder);
+    if (error == 0)
+        error = fileSystem().mayRemove(path);
+    if (error == 0 && fileSystem().room(folder, room) == 0 &&
+        room < static_cast<std::uint64_t>(info.size))
+        error = ENOSPC;
+    if (error != 0)
+        throw HostError(ExitCode::failed,
+                        "the tag of " + host::shownPath(path) +
+                            " cannot be written: " + host::errorWords(error));
+    return TagWritten::shown;
+}
+
 void TagWriting::note(const CString& path, TagWritten written)
 {
+    const bool hasChanged = written == TagWritten::changed;
+    if (m_line.json)
+    {
+        Json object;
+        putPath(object, "path", path);
+        object["written"] = hasChanged;
+        m_line.out.line(dump(object));
+    }
     if (written == TagWritten::shown)
         return;
-    const bool hasChanged = written == TagWritten::changed;
+    if (!m_line.json)
+        m_line.note((hasChanged ? "written: " : "already so, nothing to write: ") +
+                    host::shownPath(path));
     ++(hasChanged ? m_changed : m_same);
     m_done.push_back(path);
-    m_line.note((hasChanged ? "written: " : "already so, nothing to write: ") +
-                host::shownPath(path));
 }
 
 std::string TagWriting::countsText() const

@@ -29,6 +29,9 @@ enum class TagWritten
 TagWritten tagWritten(
     const CString& path, bool isWritten, bool hasChanged, const CString& cause, bool isStopped);
 
+/// What a dry run has instead of a writer. Throws HostError when the file could not be replaced.
+TagWritten tagShown(const CString& path);
+
 /// Writes the tags of many files, one after another: names each as it is done, goes on after a
 /// failure unless there is one file alone, and can be interrupted between two files and within one.
 /// On the kernel's thread.

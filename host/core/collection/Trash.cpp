@@ -106,6 +106,21 @@ std::string numbered(const std::string& name, int number)
 
 Trash::Trash(std::string homeTrash) : m_homeTrash(std::move(homeTrash)) {}
 
+Trash Trash::onTrial()
+{
+    Trash trash;
+    trash.m_isTrial = true;
+    return trash;
+}
+
+/// Has the folder be there and be the user's own. An error number, 0 for success.
+int Trash::needFolder(const std::string& folder) const
+{
+    if (m_isTrial && disk::isNothingAt(folder))
+        return fileSystem().mayChange(fromSystemPath(disk::nearestFolder(folder)));
+    return makeOwnFolder(folder);
+}
+
 std::string Trash::ofThisUser()
 {
     // An entry that is no absolute path does not count.
@@ -134,15 +149,18 @@ Trash::Place Trash::trashFor(const std::string& path) const
     const std::uint64_t mount = mountOf(path);
     if (mountOf(disk::nearestFolder(m_homeTrash)) == mount)
     {
-        if (const int error = fileSystem().makeDirectories(fromSystemPath(parentOf(m_homeTrash))))
-            refuse(path, parentOf(m_homeTrash) + " cannot be made: " + errorWords(error));
+        const std::string above = parentOf(m_homeTrash);
+        if (const int error =
+                m_isTrial ? fileSystem().mayChange(fromSystemPath(disk::nearestFolder(above)))
+                          : fileSystem().makeDirectories(fromSystemPath(above)))
+            refuse(path, above + " cannot be made: " + errorWords(error));
         return {homeFolderOn(mount, path), {}};
     }
     const std::string top = topOf(path);
     const std::string base = top == "/" ? std::string() : top;
     const std::string user = std::to_string(::geteuid());
     const std::string shared = base + "/.Trash";
-    if (isSharedTrash(shared) && makeOwnFolder(shared + "/" + user) == 0)
+    if (isSharedTrash(shared) && needFolder(shared + "/" + user) == 0)
         return {shared + "/" + user, top};
     return {shared + "-" + user, top};
 }
@@ -157,7 +175,7 @@ Trash::Item Trash::placeFor(const std::string& path, const std::set<std::string>
     const Place place = trashFor(path);
     for (const char* part : {"", "/files", "/info"})
     {
-        if (const int error = makeOwnFolder(place.folder + part))
+        if (const int error = needFolder(place.folder + part))
             refuse(path,
                    "the trash " + place.folder + part + " cannot be used: " + errorWords(error));
     }

@@ -26,6 +26,9 @@ public:
     /// .local/share of the home folder. It may be a link to a folder that this user owns on the
     /// same file system.
     explicit Trash(std::string homeTrash = ofThisUser());
+    /// One that finds places as the user's own does, but makes nothing: folders that are missing
+    /// could be made, or placeFor() throws.
+    static Trash onTrial();
     static std::string ofThisUser();
     const std::string& homeTrash() const { return m_homeTrash; }
 
@@ -47,8 +50,10 @@ private:
 
     /// The home trash itself, with the link followed that it may be.
     std::string homeFolderOn(std::uint64_t mount, const std::string& path) const;
+    int needFolder(const std::string& folder) const;
     Place trashFor(const std::string& path) const;
 
     std::string m_homeTrash;
+    bool m_isTrial = false;
 };
 } // namespace qo::host

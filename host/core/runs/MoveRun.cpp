@@ -8,6 +8,7 @@
 #include "core/runs/MoveRecovery.h"
 #include "core/runs/MoveRunner.h"
 #include "core/runs/MoveSteps.h"
+#include "core/runs/MoveSummary.h"
 #include "core/runs/MoveUndo.h"
 
 #include <algorithm>
@@ -205,6 +206,13 @@ std::unique_ptr<MoveRun> MoveRun::beginUndo(const std::string& journal,
     if (!first->isFinished())
         first->m_journal->finished();
     return undo;
+}
+
+MoveProgress::Start MoveRun::startOfUndo(const std::string& ofJournal)
+{
+    MoveProgress::Start start = MoveUndo::startFor(MoveSummary::progressOf(ofJournal), {});
+    needFiles(start);
+    return start;
 }
 
 std::unique_ptr<MoveRun> MoveRun::open(const std::string& journal)

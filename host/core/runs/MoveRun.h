@@ -77,6 +77,8 @@ public:
     /// may take back.
     static std::unique_ptr<MoveRun> beginUndo(const std::string& journal,
                                               const std::string& ofJournal);
+    /// What that journal would begin with; nothing is changed. Throws HostError likewise.
+    static MoveProgress::Start startOfUndo(const std::string& ofJournal);
     /// Begins a journal of any other kind.
     static std::unique_ptr<MoveRun> begin(const std::string& journal, MoveProgress::Start start);
     /// Takes up a journal where it stopped. Throws HostError for what is no journal.

@@ -1,5 +1,6 @@
 #include "core/runs/Reorganizer.h"
 
+#include "core/base/Disk.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
@@ -317,6 +318,37 @@ MoveRun::Report Reorganizer::undo(const std::string& id, ProgressReporter& progr
     const auto run = MoveRun::beginUndo(pathOf(own, runningEnd), journalOf(wanted));
     close(wanted);
     return carryOut(*run, own, progress);
+}
+
+MoveRun::Report Reorganizer::checkUndo(const std::string& id) const
+{
+    const std::vector<Run> all = runs();
+    MoveRun::Report report;
+    if (const Run* const stopped = stoppedUndo(all, id))
+    {
+        const MoveProgress progress = MoveSummary::progressOf(journalOf(stopped->id));
+        report.moved = progress.files().size() - progress.arrived();
+        return report;
+    }
+    const std::string wanted = undoableOf(all, id);
+    refuseBeside(wanted);
+    const MoveProgress first = MoveSummary::progressOf(journalOf(wanted));
+    check::rootsAreThere(placesOf(first.start()));
+    (void)check::boundsOf(first.start(), m_trash);
+    const MoveProgress::Start undo = MoveRun::startOfUndo(journalOf(wanted));
+    for (const MoveProgress::Refusal& refusal : undo.refusals)
+        report.failures.push_back({refusal.from, refusal.to, refusal.why});
+    for (const MovedFile& file : undo.files)
+    {
+        const bool isRemoved = file.deed == MovedFile::Deed::removeCopy;
+        const int error = isRemoved ? fileSystem().mayRemove(fromSystemPath(file.from))
+                                    : disk::checkRights(file.from, file.to);
+        if (error != 0)
+            report.failures.push_back({file.from, file.to, errorWords(error)});
+        else
+            ++report.moved;
+    }
+    return report;
 }
 
 std::vector<Reorganizer::Run> Reorganizer::runs()

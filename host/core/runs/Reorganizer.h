@@ -73,6 +73,10 @@ public:
     /// Takes back the run of that id, or the youngest that nothing has taken back. Throws HostError
     /// as apply() does.
     MoveRun::Report undo(const std::string& id, ProgressReporter& progress);
+    /// What undo() would do now: the files that can go back, and those that cannot. Of an undo that
+    /// was stopped the files that are left. Changes nothing. Throws HostError as undo() does before
+    /// it begins.
+    MoveRun::Report checkUndo(const std::string& id) const;
     /// What its journal says. Throws HostError.
     static MoveProgress progressOf(const std::string& id);
     /// Which run undo() would take back, or go on to. Throws HostError.

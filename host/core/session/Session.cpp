@@ -45,7 +45,7 @@ Session::Session(Options options)
     m_kernel.run([this] { startKernel(); });
     if (m_settings->mayLackSettings())
         restoreLostRoots();
-    saveSettings();
+    m_kernel.run([this] { m_settings->save(); });
 }
 
 Session::~Session()
@@ -136,6 +136,11 @@ void Session::restoreLostRoots()
 
 void Session::saveSettings()
 {
+    const CString folder = specialFolders().data();
+    if (const int error = m_options.saveSettings ? 0 : fileSystem().mayChange(folder))
+        throw HostError(ExitCode::failed,
+                        "the settings file in " + shownPath(folder) +
+                            " cannot be written: " + errorWords(error));
     m_kernel.run([this] { m_settings->save(); });
 }
 

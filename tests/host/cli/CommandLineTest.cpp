@@ -162,7 +162,7 @@ TEST(DatabaseCommand, DamageIsRefusedAndRepairedOrASnapshotRestored)
     {
         qo.expect({command}, 1, "\"qo db repair\" keeps what can be read");
     }
-    EXPECT_EQ(qo.run({"db", "repair", "--dry-run"}).code, 0);
+    EXPECT_EQ(qo.run({"db", "repair", "--dry-run"}).code, 6);
     EXPECT_EQ(qo.dir.read("data/Qorganizer/qodb"), damaged);
     // The header is gone, so nobody can tell whether that is all.
     qo.expect({"db", "repair"}, 6, "the damaged database is kept as ");

@@ -1,0 +1,256 @@
+#include "host/cli/QoCommand.h"
+#include "support/OrdinaryUser.h"
+
+#include <sys/mount.h>
+
+#include <fstream>
+#include <functional>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+/// A small library; in words "@" begins a path in its music folder, "%" one beside that.
+class Library
+{
+public:
+    Library()
+    {
+        qo.addTrack("x/loose.mp3", {"artist=Kino", "title=Song"});
+        qo.addTrack("x/other.mp3", {"artist=Kino", "title=Other"});
+        fs::copy_file(QO_TEST_DATA "/sounds/sound.mp3", qo.dir.path("new.mp3"));
+        qo.dir.write("front.jpg",
+                     std::string("\xff\xd8\xff\xe0\0\x10JFIF\0\1\1\0\0\1\0\1\0\0\xff\xd9", 22));
+        EXPECT_EQ(qo.scan().code, 0);
+        qo.dir.makeFolder("home");
+        shell("mkdir kept && cp -a music data home kept");
+    }
+    /// As it was at first, with the times of its files.
+    void reset() const { shell("rm -rf music data home && cp -a kept/* ."); }
+
+    QoCommand::Result run(const std::vector<std::string>& words) const
+    {
+        std::vector<std::string> call{"--yes"};
+        for (const std::string& word : words)
+            call.push_back(word[0] == '@'   ? qo.music(word.substr(1))
+                           : word[0] == '%' ? qo.dir.path(word.substr(1))
+                                            : word);
+        return qo.run(call);
+    }
+    void allow(const std::string& relative, unsigned mode) const
+    {
+        fs::permissions(qo.dir.path(relative), fs::perms(mode));
+    }
+    void append(const std::string& relative) const
+    {
+        std::ofstream(qo.dir.path(relative), std::ios::app) << "more";
+    }
+
+    /// Names, rights and contents; not what a database keeps beside itself while it is read.
+    std::string content(const std::string& relative) const
+    {
+        std::map<std::string, std::string> entries;
+        for (const auto& entry : fs::recursive_directory_iterator(qo.dir.path(relative)))
+        {
+            const std::string name = entry.path().filename().string();
+            if (name == "lock" || name == "out" || name == "err" || name.ends_with("-wal") ||
+                name.ends_with("-shm"))
+                continue;
+            std::ostringstream text;
+            text << unsigned(entry.symlink_status().permissions()) << " ";
+            if (entry.is_regular_file())
+                text << std::ifstream(entry.path()).rdbuf();
+            entries[entry.path().string()] = text.str();
+        }
+        return testing::PrintToString(entries);
+    }
+
+    const QoCommand qo;
+
+private:
+    void shell(const std::string& line) const
+    {
+        const std::string call = "cd '" + qo.dir.path() + "' && " + line;
+        EXPECT_EQ(std::system(call.c_str()), 0) << line; // NOLINT(concurrency-mt-unsafe)
+    }
+};
+
+struct Case
+{
+    const char* what;
+    std::vector<std::string> words;
+    int code;
+    std::function<void(const Library&)> prepare = [](const Library&) {};
+};
+
+void edit(const Library& library)
+{
+    EXPECT_EQ(library.run({"tag", "set", "@x/loose.mp3", "title=New"}).code, 0);
+}
+void setCover(const Library& library)
+{
+    EXPECT_EQ(library.run({"cover", "set", "@x/loose.mp3", "--image", "%front.jpg"}).code, 0);
+}
+void plan(const Library& library)
+{
+    EXPECT_EQ(library.run({"reorg", "plan", "--rule", "artist-track"}).code, 0);
+}
+void move(const Library& library)
+{
+    EXPECT_EQ(library.run({"mv", "@x/loose.mp3", "@moved.mp3"}).code, 0);
+}
+void makeRule(const Library& library)
+{
+    EXPECT_EQ(library.run({"rule", "new", "mine"}).code, 0);
+}
+void rescan(const Library& library)
+{
+    fs::remove(library.qo.music("x/other.mp3"));
+    EXPECT_EQ(library.run({"scan"}).code, 0);
+}
+void damage(const Library& library)
+{
+    std::fstream(library.qo.database(), std::ios::in | std::ios::out) << std::string(100, 'x');
+}
+/// The step, and then a file or folder without the right to be written.
+auto locked(const std::string& relative, const std::function<void(const Library&)>& step = {})
+{
+    return [=](const Library& library)
+    {
+        if (step)
+            step(library);
+        library.allow(relative, fs::is_directory(library.qo.dir.path(relative)) ? 0555 : 0444);
+    };
+}
+auto lost(const std::string& relative, const std::function<void(const Library&)>& step = {})
+{
+    return [=](const Library& library)
+    {
+        if (step)
+            step(library);
+        fs::remove(library.qo.dir.path(relative));
+    };
+}
+auto taken(const std::string& relative, const std::function<void(const Library&)>& step)
+{
+    return [=](const Library& library)
+    {
+        step(library);
+        library.append(relative);
+    };
+}
+
+const std::string store = "data/Qorganizer";
+const std::string loose = "music/x/loose.mp3";
+
+const Case cases[] = {
+    {"mv", {"mv", "@x/loose.mp3", "@moved.mp3"}, 0},
+    {"mv, source locked", {"mv", "@x/loose.mp3", "@moved.mp3"}, 1, locked("music/x")},
+    {"mv, target taken", {"mv", "@x/loose.mp3", "@x/other.mp3"}, 1},
+    {"mv, source away", {"mv", "@x/loose.mp3", "@moved.mp3"}, 4, lost(loose)},
+    {"rm", {"rm", "@x/loose.mp3"}, 0},
+    {"rm, trash locked", {"rm", "@x/loose.mp3"}, 1, locked("home")},
+    {"rm, source locked", {"rm", "@x/loose.mp3"}, 1, locked("music/x")},
+    {"add", {"add", "%new.mp3", "--to", "@x"}, 0},
+    {"add, target locked", {"add", "%new.mp3", "--to", "@x"}, 1, locked("music/x")},
+    {"add, no room", {"add", "%new.mp3", "--to", "@small"}, 1},
+    {"plan", {"reorg", "plan", "--rule", "artist-track"}, 0},
+    {"plan, store locked", {"reorg", "plan", "--rule", "artist-track"}, 1, locked(store)},
+    {"apply", {"reorg", "apply", "--last"}, 0, plan},
+    {"apply, source locked", {"reorg", "apply", "--last"}, 1, locked("music/x", plan)},
+    {"apply, source changed", {"reorg", "apply", "--last"}, 6, taken(loose, plan)},
+    {"apply, target taken", {"reorg", "apply", "--last"}, 6, taken("music/Kino - Song.mp3", plan)},
+    {"undo", {"undo"}, 0, move},
+    {"undo, place locked", {"undo"}, 1, locked("music/x", move)},
+    {"undo, place taken", {"undo"}, 1, taken(loose, move)},
+    {"undo, file away", {"undo"}, 1, lost("music/moved.mp3", move)},
+    {"tag set", {"tag", "set", "@x/loose.mp3", "title=New"}, 0},
+    {"tag set, store locked", {"tag", "set", "@x/loose.mp3", "title=New"}, 1, locked(store)},
+    {"tag write", {"tag", "write", "@x/loose.mp3"}, 0, edit},
+    {"tag write, locked", {"tag", "write", "@x/loose.mp3"}, 1, locked("music/x", edit)},
+    {"tag write, file away", {"tag", "write", "@x/loose.mp3"}, 4, lost(loose, edit)},
+    {"tag revert", {"tag", "revert", "@x/loose.mp3"}, 0, edit},
+    {"cover set", {"cover", "set", "@x/loose.mp3", "--image", "%front.jpg"}, 0},
+    {"cover set, locked",
+     {"cover", "set", "@x/loose.mp3", "--image", "%front.jpg"},
+     1,
+     locked("music/x")},
+    {"cover remove", {"cover", "remove", "@x/loose.mp3"}, 0, setCover},
+    {"cover remove, locked", {"cover", "remove", "@x/loose.mp3"}, 1, locked("music/x", setCover)},
+    {"mark", {"mark", "@x/loose.mp3"}, 0},
+    {"mark, store locked", {"mark", "@x/loose.mp3"}, 1, locked(store)},
+    {"scan", {"scan"}, 0, lost(loose)},
+    {"roots add", {"roots", "add", "%home"}, 0},
+    {"roots rm, settings locked", {"roots", "rm", "@"}, 1, locked("data")},
+    {"config set", {"config", "set", "Language", "de"}, 0},
+    {"config set, settings locked", {"config", "set", "Language", "de"}, 1, locked("data")},
+    {"db restore", {"db", "restore"}, 0, rescan},
+    {"db restore, locked", {"db", "restore"}, 1, locked(store, rescan)},
+    {"db repair", {"db", "repair"}, 6, damage},
+    {"db repair, locked", {"db", "repair"}, 1, locked(store, damage)},
+    {"rule new", {"rule", "new", "mine"}, 0},
+    {"rule new, locked", {"rule", "new", "mine"}, 1, locked(store)},
+    {"rule rm", {"rule", "rm", "mine"}, 0, makeRule},
+    {"rule rm, locked", {"rule", "rm", "mine"}, 1, locked(store, makeRule)}};
+
+/// A file system of 64 KiB that is full, where this user may make one.
+class SmallDisk
+{
+public:
+    explicit SmallDisk(const std::string& folder) : m_folder(folder)
+    {
+        fs::create_directory(folder);
+        isMounted = ::mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=64k,mode=0777") == 0;
+        std::ofstream(folder + "/full.mp3") << std::string(64 * 1024, 'x');
+    }
+    ~SmallDisk()
+    {
+        if (isMounted)
+            ::umount(m_folder.c_str());
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+    bool isMounted;
+
+private:
+    std::string m_folder;
+};
+} // namespace
+
+TEST(DryRun, ComesToWhatTheRealRunComesToAndChangesNothing)
+{
+    const Library library;
+    for (const Case& each : cases)
+    {
+        SCOPED_TRACE(each.what);
+        library.reset();
+        std::optional<SmallDisk> disk;
+        if (std::string(each.what) == "add, no room")
+        {
+            disk.emplace(library.qo.music("small"));
+            if (!disk->isMounted)
+                continue;
+            EXPECT_EQ(library.run({"scan"}).code, 0);
+        }
+        each.prepare(library);
+        const OrdinaryUser user(library.qo.dir.path());
+        if (!user.isPossible)
+            GTEST_SKIP() << "the administrator cannot be another user here";
+
+        const std::string before = library.content("");
+        std::vector<std::string> dryWords = each.words;
+        dryWords.insert(dryWords.begin(), "--dry-run");
+        const QoCommand::Result dry = library.run(dryWords);
+        EXPECT_EQ(dry.code, each.code) << dry.out << dry.err;
+        EXPECT_EQ(library.content(""), before);
+
+        const std::string music = library.content("music");
+        const QoCommand::Result real = library.run(each.words);
+        EXPECT_EQ(real.code, each.code) << real.out << real.err;
+        const bool isDone = each.code == 0 || each.code == 6;
+        EXPECT_TRUE(isDone ? library.content("") != before : library.content("music") == music)
+            << real.err;
+    }
+}
