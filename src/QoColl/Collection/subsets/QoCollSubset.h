@@ -154,7 +154,8 @@ public:
     static void recountAfterRelease(const LTOwners& before);
 
     /// Which files left and joined the collections since the last call, for views that follow.
-    /// False if that is not known, after which views must be built anew; both lists are empty then.
+    /// False if that is not known, or a file went to another directory, after which views must be
+    /// built anew; both lists are empty then.
     /// Of a file that was read again the old object left and a new one joined.
     static bool takeChanges(Files& removed, Files& added);
 

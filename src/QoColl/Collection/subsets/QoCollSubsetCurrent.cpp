@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <unordered_map>
 #include <utility>
 
 // The subsets of both collections: when they are built, and how they follow changes.
@@ -40,6 +41,23 @@ Kept& kept()
     // process.
     static auto* const data = new Kept;
     return *data;
+}
+
+/// Whether one of the files went to another directory. It has the same record as before, whose path
+/// is the new one, and views find directories by the path of the file that left.
+bool wasAnyMoved(const CQoCollSubset::Files& removed, const CQoCollSubset::Files& added)
+{
+    std::unordered_map<const QoFileDbItem*, const CHDDirectory*> left;
+    for (const CQoUtils::File& file : removed)
+        left.emplace(file->getDbItem().get(), file->getParentDir().get());
+    return std::any_of(added.begin(),
+                       added.end(),
+                       [&left](const CQoUtils::File& file)
+                       {
+                           const auto former = left.find(file->getDbItem().get());
+                           return former != left.end() &&
+                                  former->second != file->getParentDir().get();
+                       });
 }
 
 bool isSame(const CQoUtils::ShowFilterInfo& a, const CQoUtils::ShowFilterInfo& b)
@@ -428,7 +446,7 @@ bool CQoCollSubset::takeChanges(Files& removed, Files& added)
     Kept& notes = kept();
     removed = std::exchange(notes.removed, {});
     added = std::exchange(notes.added, {});
-    if (std::exchange(notes.areChangesKnown, true))
+    if (std::exchange(notes.areChangesKnown, true) && !wasAnyMoved(removed, added))
         return true;
     removed.clear();
     added.clear();

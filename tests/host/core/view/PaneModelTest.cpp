@@ -211,7 +211,7 @@ private:
 
 TEST(PaneModel, ShowsAfterEachChangeWhatPanesBuiltAnewShow)
 {
-    for (unsigned seed = 1; seed <= 3; ++seed)
+    for (unsigned seed = 13; seed <= 15; ++seed)
     {
         RandomPanes panes(seed);
         for (unsigned step = 0; step < 150; ++step)
