@@ -6,7 +6,8 @@
 namespace
 {
 /// A call of every command but those that have no JSON and "watch", which ends only when stopped.
-constexpr const char* calls[] = {"load",
+constexpr const char* calls[] = {"scan",
+                                 "load",
                                  "roots",
                                  "roots ls",
                                  "roots add DIR/more",
