@@ -21,7 +21,7 @@ bool hasLetters(const CString& text)
 RulePattern::RulePattern(const CNSNamePattern& pattern, Form form)
     : m_text(toUtf8(CReorganizeUtils::getAttributesString(&pattern)))
     , m_names(1)
-    , m_what(form == Form::path ? "folder" : "file")
+    , m_what(form == Form::path ? "its folder" : "it")
 {
     for (const CNSAtom* atom : pattern.m_atoms)
     {
@@ -64,7 +64,7 @@ bool RulePattern::fill(const Values& values, CString& text, std::string& reason)
         CString filled = cleanFileName(join(name, values), CleanMode::replace);
         if (filled.IsEmpty())
         {
-            reason = "the " + std::string(m_what) + " name of " + shown(name) + " would be empty";
+            reason = "the file has no value for " + shown(name) + ", which is to name " + m_what;
             return false;
         }
         // A name with a point at its start is hidden; nobody would find the file again.

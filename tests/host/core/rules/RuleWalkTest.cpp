@@ -96,17 +96,18 @@ const struct
      {u"x\\{artist.name}\\y\\"},
      u" ",
      u"",
-     "no place: the folder name of {artist.name} would be empty"},
+     "no place: the file has no value for {artist.name}, which is to name its folder"},
     {"no name",
      {u"\\", u"{artist.name}{track.name}"},
      u"",
      u"",
-     "no place: the file name of {artist.name}{track.name} would be empty"},
+     "no place: the file has no value for {artist.name}{track.name}, which is to name it"},
     {"mere punctuation",
      {u"{album.name} ({track.year})\\"},
      u"",
      u"",
-     "no place: the folder name of {album.name} ({track.year}) would be empty"},
+     "no place: the file has no value for {album.name} ({track.year}), which is to name its "
+     "folder"},
     {"words of the rule alone", {u"Disc {track.number}\\", byTitle}, u"", u"x", "Disc\\x.mp3"},
     {"a folder of punctuation", {u"!\\", byTitle}, u"", u"x", "!\\x.mp3"},
     {"kind left out",
@@ -152,7 +153,7 @@ TEST(RuleWalk, FileWithoutRecordingHasTheTimeOfItsCreation)
     const QoFileDbItemPtr record = recordOf(u"C:\\m\\1.mp3");
     const RuleTexts texts{u"\\", u"{date-end.int} {time.us}"};
     EXPECT_EQ(placeOf(texts, CHDFile::createHDFile(record)),
-              "no place: the file name of {date-end.int} {time.us} would be empty")
+              "no place: the file has no value for {date-end.int} {time.us}, which is to name it")
         << "no time at all";
     record->createTime = qo::fromUnixTime(std::mktime(&local), 0);
     EXPECT_EQ(placeOf(texts, CHDFile::createHDFile(record)), "2026-07-04 12-07 PM.mp3");
@@ -238,8 +239,10 @@ TEST(RuleWalk, TheFirstNodeAtTheTopDecidesAndEveryStepIsTold)
 
 TEST(RuleWalk, WhatLiesBesideMusicAsksItForWhatItDoesNotKnow)
 {
-    const char* const noYear = "no place: the folder name of {track.year} would be empty";
-    const char* const noAlbum = "no place: the folder name of {album.name} would be empty";
+    const char* const noYear =
+        "no place: the file has no value for {track.year}, which is to name its folder";
+    const char* const noAlbum =
+        "no place: the file has no value for {album.name}, which is to name its folder";
     Folder folder;
     folder.add(u"1.mp3", u"Red", u"1998");
     folder.add(u"2.MP3", u"Red", u"1998");
