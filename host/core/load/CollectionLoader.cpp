@@ -465,13 +465,30 @@ void CollectionLoader::tell(const UnreadFiles& unread) const
 {
     for (const std::string& sentence : unread.sentences())
         m_session.note(sentence);
-    for (const std::string& sentence : m_session.scanHost().fileRemarks())
-        m_session.note(sentence);
+    tellOfFiles();
     if (m_report.vanished == 1)
         m_session.note("a file vanished before it could be read");
     else if (m_report.vanished > 1)
         m_session.note(std::to_string(m_report.vanished) +
                        " files vanished before they could be read");
+}
+
+/// Names that differ in case alone stay as they are: one who was told of them once need not be
+/// told at every scan.
+void CollectionLoader::tellOfFiles() const
+{
+    HostStore store(Session::folder());
+    const std::string said = m_isOwn ? toUtf8(store.fileRemarks()) : std::string();
+    std::string lines;
+    for (const std::string& sentence : m_session.scanHost().fileRemarks())
+    {
+        const std::string line = sentence + "\n";
+        lines += line;
+        if (said.find(line) == std::string::npos)
+            m_session.note(sentence);
+    }
+    if (m_isOwn && lines != said)
+        store.setFileRemarks(fromUtf8(lines));
 }
 
 /// Their files have left the collection.

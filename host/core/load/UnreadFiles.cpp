@@ -101,14 +101,19 @@ bool UnreadFiles::isOfNoKnownFile(const CString& folder, int error) const
 
 std::vector<std::string> UnreadFiles::sentences() const
 {
+    constexpr std::size_t mostNamed = 10;
     std::vector<std::string> all;
+    std::size_t folders = 0;
     for (const auto& [path, error] : m_lister.errors())
     {
-        if (isOfNoKnownFile(path, error))
+        if (isOfNoKnownFile(path, error) && ++folders <= mostNamed)
             all.push_back("the folder " + shownPath(path) +
                           " could not be read: " + errorWords(error) +
                           "; what could not be read of it is not in the collection");
     }
+    if (folders > mostNamed)
+        all.push_back("... and " + std::to_string(folders - mostNamed) +
+                      " more folders could not be read");
     for (const auto& [path, folder] : m_folders)
         all.push_back("the folder " + shownPath(path) + " could not be read" +
                       (folder.error == 0 ? "" : ": " + errorWords(folder.error)) + "; " +

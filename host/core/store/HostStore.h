@@ -52,8 +52,12 @@ public:
     void setFolders(const std::vector<FarFolder>& folders);
 
     /// By which extensions the last scan knew music and pictures, as FileKinds writes them.
-    CString fileKinds() const;
-    void setFileKinds(const CString& kinds);
+    CString fileKinds() const { return fact(u"file kinds"); }
+    void setFileKinds(const CString& kinds) { setFact(u"file kinds", kinds); }
+
+    /// What the last scan said of files, a line each: the next one does not say it again.
+    CString fileRemarks() const { return fact(u"file remarks"); }
+    void setFileRemarks(const CString& lines) { setFact(u"file remarks", lines); }
 
     /// The lasting ids of the files that have a check mark. Ids of files that are gone stay, since
     /// an undo may bring the file back.
@@ -63,6 +67,10 @@ public:
 
 private:
     using Work = std::function<void(CSQLiteDB&)>;
+
+    /// "" for none. The name is not quoted.
+    CString fact(const char16_t* name) const;
+    void setFact(const char16_t* name, const CString& value);
 
     void read(const Work& work) const;
     /// Returns the path of the old file of that name if its rows are not in the store yet, else "".

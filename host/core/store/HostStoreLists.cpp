@@ -55,29 +55,29 @@ void HostStore::setUnreadFiles(const CStringArray& files)
         });
 }
 
-CString HostStore::fileKinds() const
+CString HostStore::fact(const char16_t* name) const
 {
-    CString kinds;
+    CString found;
     read(
-        [&kinds](CSQLiteDB& db)
+        [&](CSQLiteDB& db)
         {
             if (storeSchema::has(db, storeSchema::facts))
                 readTexts(db,
-                          u"SELECT FA_VALUE FROM FACT_T WHERE FA_NAME = 'file kinds'",
-                          [&kinds](const CString& value) { kinds = value; });
+                          u"SELECT FA_VALUE FROM FACT_T WHERE FA_NAME = '" + CString(name) + u"'",
+                          [&found](const CString& value) { found = value; });
         });
-    return kinds;
+    return found;
 }
 
-void HostStore::setFileKinds(const CString& kinds)
+void HostStore::setFact(const char16_t* name, const CString& value)
 {
     write(
-        [&kinds](CSQLiteDB& db)
+        [&](CSQLiteDB& db)
         {
-            forEachText(
-                db,
-                u"INSERT OR REPLACE INTO FACT_T (FA_NAME, FA_VALUE) VALUES ('file kinds', ?1)",
-                std::vector<CString>{kinds});
+            forEachText(db,
+                        u"INSERT OR REPLACE INTO FACT_T (FA_NAME, FA_VALUE) VALUES ('" +
+                            CString(name) + u"', ?1)",
+                        std::vector<CString>{value});
         });
 }
 
