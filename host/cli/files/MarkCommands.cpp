@@ -51,7 +51,7 @@ ExitCode changeMarks(CommandLine& line, const MarkOptions& options, bool isMarke
             host::applyMarks();
             auto files = host::markedFiles().files;
             if (line.dryRun)
-                files += isMarked ? std::int64_t(count) : -std::int64_t(count);
+                files += isMarked ? static_cast<int>(count) : -static_cast<int>(count);
             return std::pair(count, files);
         });
     if (line.json)

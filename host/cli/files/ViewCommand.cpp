@@ -206,8 +206,12 @@ void printItems(CommandLine& line,
         const std::string ahead = place.empty() ? " " : " " + place + "  ";
         const std::string count = countOf(*item);
         const std::size_t taken = start.size() + mark.size() + textWidth(ahead) + textWidth(count);
-        line.out.line(start + (mark == "[ ]" ? mark : Output::styled(Style::mark, mark)) + ahead +
-                      line.out.fitted(nameOf(*item), taken) + count);
+        std::string text = start;
+        text += mark == "[ ]" ? mark : Output::styled(Style::mark, mark);
+        text += ahead;
+        text += line.out.fitted(nameOf(*item), taken);
+        text += count;
+        line.out.line(text);
         printItems(line, item->getSubItems(), selected, depth + 1);
     }
 }
