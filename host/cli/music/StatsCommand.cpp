@@ -91,9 +91,13 @@ void printTable(CommandLine& line, const CollectionNumbers::Table& table, std::s
         for (std::size_t each = 0; each < barWidth; ++each)
             bar += each < std::max<std::size_t>(filled, 1) ? "█" : " ";
         const std::string count = std::to_string(row.sum.files);
-        line.out.line("  " + padded(name, nameWidth - 2) + bar +
-                      std::string(count.size() < 9 ? 9 - count.size() : 1, ' ') + count + "  " +
-                      padded(durationText(row.sum.duration), 10) + "  " + sizeText(row.sum.size));
+        std::string text = "  " + padded(name, nameWidth - 2);
+        text += bar;
+        text.append(count.size() < 9 ? 9 - count.size() : 1, ' ');
+        text += count;
+        text += "  " + padded(durationText(row.sum.duration), 10);
+        text += "  " + sizeText(row.sum.size);
+        line.out.line(text);
     }
     if (table.rows.size() > shown)
         line.out.line("  and " + std::to_string(table.rows.size() - shown) + " more");
