@@ -19,12 +19,14 @@ public:
         bool isGiven = ::lchown(folder.c_str(), nobody, nobody) == 0;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
             isGiven = ::lchown(entry.path().c_str(), nobody, nobody) == 0 && isGiven;
-        m_isChanged = ::seteuid(nobody) == 0;
+        // The saved user stays, as the way back. The real one changes too: a program that is
+        // started now is wholly another user's.
+        m_isChanged = ::setresuid(nobody, nobody, 0) == 0;
         isPossible = isGiven && m_isChanged && ::access(folder.c_str(), R_OK) == 0;
     }
     ~OrdinaryUser()
     {
-        if (m_isChanged && ::seteuid(0) != 0)
+        if (m_isChanged && ::setresuid(0, 0, 0) != 0)
             ADD_FAILURE() << "still another user";
     }
     OrdinaryUser(const OrdinaryUser&) = delete;

@@ -66,7 +66,8 @@ TEST(TagInterrupt, SignalLeavesTheFileAsItWasAndNothingBeside)
     const QoCommand qo;
     const std::string file = addLongSound(qo, "long.wav");
     int cuts = 0;
-    // While the copy is made, changed and compared; the last one may come when all is done.
+    // While the copy is made, changed and compared; the last ones may come when all is done, before
+    // the command ends or after.
     for (const int delay : {0, 50, 150, 250, 400, 600})
     {
         SCOPED_TRACE(delay);
@@ -82,13 +83,13 @@ TEST(TagInterrupt, SignalLeavesTheFileAsItWasAndNothingBeside)
         ::kill(pid, signal);
         const auto cut = qo.finish(pid);
         EXPECT_EQ(sideFiles(qo.music()), std::vector<std::string>());
-        if (cut.code == 0)
+        EXPECT_TRUE(cut.code == 0 || cut.code == 128 + signal) << cut.code;
+        if (cut.code == 0 || contains(cut.err, "qo: written: " + file))
         {
             EXPECT_EQ(titleOf(qo, file), title);
             continue;
         }
         ++cuts;
-        EXPECT_EQ(cut.code, 128 + signal);
         EXPECT_TRUE(contains(cut.err, file + " was not written, the file is as it was"));
         EXPECT_EQ(fs::last_write_time(file), time);
         EXPECT_EQ(titleOf(qo, file), old);
