@@ -302,6 +302,17 @@ std::string Reorganizer::undoable(const std::string& id)
     return undoableOf(runs(), id);
 }
 
+/// Which run can be taken back, with its roots there and its journal as it should be.
+std::string Reorganizer::checkedUndoable(const std::vector<Run>& all, const std::string& id) const
+{
+    std::string wanted = undoableOf(all, id);
+    refuseBeside(wanted);
+    const MoveProgress first = MoveSummary::progressOf(journalOf(wanted));
+    check::rootsAreThere(placesOf(first.start()));
+    (void)check::boundsOf(first.start(), m_trash);
+    return wanted;
+}
+
 /// Between the beginning of the undo and the closing of the first run both have open journals: then
 /// the undo goes on, and goOn() closes the first.
 MoveRun::Report Reorganizer::undo(const std::string& id, ProgressReporter& progress)
@@ -309,11 +320,7 @@ MoveRun::Report Reorganizer::undo(const std::string& id, ProgressReporter& progr
     const std::vector<Run> all = runs();
     if (const Run* const stopped = stoppedUndo(all, id))
         return goOn(stopped->id, progress);
-    const std::string wanted = undoableOf(all, id);
-    refuseBeside(wanted);
-    const MoveProgress first = MoveSummary::progressOf(journalOf(wanted));
-    check::rootsAreThere(placesOf(first.start()));
-    (void)check::boundsOf(first.start(), m_trash);
+    const std::string wanted = checkedUndoable(all, id);
     const std::string own = newId();
     const auto run = MoveRun::beginUndo(pathOf(own, runningEnd), journalOf(wanted));
     close(wanted);
@@ -330,12 +337,7 @@ MoveRun::Report Reorganizer::checkUndo(const std::string& id) const
         report.moved = progress.files().size() - progress.arrived();
         return report;
     }
-    const std::string wanted = undoableOf(all, id);
-    refuseBeside(wanted);
-    const MoveProgress first = MoveSummary::progressOf(journalOf(wanted));
-    check::rootsAreThere(placesOf(first.start()));
-    (void)check::boundsOf(first.start(), m_trash);
-    const MoveProgress::Start undo = MoveRun::startOfUndo(journalOf(wanted));
+    const MoveProgress::Start undo = MoveRun::startOfUndo(journalOf(checkedUndoable(all, id)));
     for (const MoveProgress::Refusal& refusal : undo.refusals)
         report.failures.push_back({refusal.from, refusal.to, refusal.why});
     for (const MovedFile& file : undo.files)

@@ -90,6 +90,7 @@ public:
 
 private:
     void check(const MoveProgress::Start& start) const;
+    std::string checkedUndoable(const std::vector<Run>& all, const std::string& id) const;
     MoveRun::Report carryOut(MoveRun& run, const std::string& id, ProgressReporter& progress);
 
     Session& m_session;
