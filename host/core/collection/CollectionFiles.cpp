@@ -52,12 +52,17 @@ bool hasUnsaved(const CQoCollection& collection)
                        { return item->dbState != dbState::unchanged; });
 }
 
-void forgetGone(CQoCollection& collection)
+void releaseGone(CQoCollection& collection)
 {
     // What left is found by its links, which are cut afterwards; that may move others.
     CollectionListener::tellAll();
     collection.releaseZombieObjects();
-    CLTManager::cleanUp(false);
     CollectionListener::tellAll();
+}
+
+void forgetGone(CQoCollection& collection)
+{
+    releaseGone(collection);
+    CLTManager::cleanUp(false);
 }
 } // namespace qo::host

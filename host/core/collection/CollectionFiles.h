@@ -29,6 +29,9 @@ std::vector<CString> filesAt(const CString& path, RootLister& lister);
 /// Whether the collection holds what its database does not.
 bool hasUnsaved(const CQoCollection& collection);
 
+/// After each change: lets go of the files that are no longer in the tree. Listeners hear of it.
+void releaseGone(CQoCollection& collection);
+
 /// After a save: what files left behind that are no longer in the tree, and the artists and albums
 /// that only they had, go out of the lists.
 void forgetGone(CQoCollection& collection);

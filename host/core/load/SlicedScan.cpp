@@ -1,7 +1,6 @@
 #include "core/load/SlicedScan.h"
 
 #include "core/collection/CollectionFiles.h"
-#include "core/collection/CollectionListener.h"
 #include "core/load/UnreadFiles.h"
 #include "core/session/ProgressReporter.h"
 #include "core/session/ScanHost.h"
@@ -250,9 +249,7 @@ bool SlicedScan::apply(const std::vector<DiskChange>& changes,
             m_read.insert(pathKey(change.lastPath()));
     }
     m_collection.applyQoFileChanges(list, foldersToAnalyze, &progress);
-    CollectionListener::tellAll();
-    m_collection.releaseZombieObjects();
-    CollectionListener::tellAll();
+    releaseGone(m_collection);
     return m_collection.loadedSuccesfully() && (from == to || isSaved(changes[from])) &&
            m_host.lastFailure().empty();
 }
