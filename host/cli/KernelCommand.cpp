@@ -68,6 +68,12 @@ std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use)
     return session;
 }
 
+void confirmReplacement(const CommandLine& line, const std::string& path)
+{
+    if (!line.dryRun && fileSystem().exists(fromSystemPath(path)))
+        confirm(line, "The file " + path + " will be replaced.");
+}
+
 host::LoadReport
 loadCollection(const CommandLine& line, Session& session, const host::LoadOptions& options)
 {

@@ -25,6 +25,9 @@ enum class KernelUse
 /// would save something, throws HostError when it could not.
 std::unique_ptr<host::Session> openKernel(const CommandLine& line, KernelUse use);
 
+/// Asks before a file of that name is written over, unless this is a dry run.
+void confirmReplacement(const CommandLine& line, const std::string& path);
+
 /// Checks the database and loads the collection, with progress and a way to interrupt.
 host::LoadReport
 loadCollection(const CommandLine& line, host::Session& session, const host::LoadOptions& options);

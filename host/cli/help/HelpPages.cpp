@@ -55,7 +55,6 @@ std::string commonOptions(const CLI::App& program)
 std::string firstStepsText()
 {
     std::string text = "On the first day:\n";
-    Document steps;
     std::size_t width = 0;
     for (const Example& step : firstSteps())
         width = std::max(width, textWidth(step.line));

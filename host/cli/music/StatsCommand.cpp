@@ -118,8 +118,7 @@ void print(CommandLine& line, const CollectionNumbers& numbers, std::size_t most
 
 void writePicture(CommandLine& line, const std::string& path, const std::string& svg)
 {
-    if (fileSystem().exists(fromSystemPath(path)))
-        confirm(line, "The file " + path + " will be replaced.");
+    confirmReplacement(line, path);
     if (const int error = fileSystem().replaceFile(fromSystemPath(path), svg.data(), svg.size()))
         throw HostError(ExitCode::failed,
                         "the picture " + path + " cannot be written: " + host::errorWords(error));

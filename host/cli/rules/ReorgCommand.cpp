@@ -61,17 +61,12 @@ ReorganizePlan makePlan(const CommandLine& line,
     return host::Reorganizer(session).makePlan(rule, target, records, progress);
 }
 
-void checkOutput(const CommandLine& line, const std::string& path)
-{
-    if (!path.empty() && !line.dryRun && fileSystem().exists(fromSystemPath(path)))
-        confirm(line, "The file " + path + " will be replaced.");
-}
-
 ExitCode plan(CommandLine& line, const PlanOptions& options)
 {
     const std::string output =
         options.output.empty() ? std::string() : host::absolutePath(options.output);
-    checkOutput(line, output);
+    if (!output.empty())
+        confirmReplacement(line, output);
     auto session = openKernel(line, KernelUse::change);
     loadForReading(line, *session);
     const ReorganizePlan made = runShown(line,

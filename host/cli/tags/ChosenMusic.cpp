@@ -25,7 +25,6 @@ bool areFiles(const FileChoice& choice)
     return !request.isMarked && !request.hasNames() &&
            std::ranges::all_of(request.words, isRegularFile);
 }
-
 } // namespace
 
 bool prepareChoice(CommandLine& line, host::Session& session, const FileChoice& choice)
