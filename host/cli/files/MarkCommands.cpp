@@ -6,6 +6,9 @@
 #include "core/store/HostStore.h"
 #include "core/view/Marks.h"
 
+#include <algorithm>
+#include <unordered_set>
+
 namespace qo::cli
 {
 namespace
@@ -18,6 +21,15 @@ struct MarkOptions
     FileChoice choice;
     bool all = false;
 };
+
+/// How many of the ids are those of files of the collection.
+std::size_t knownFiles(const std::unordered_set<CString>& ids)
+{
+    QoFileDbItemArray all;
+    CQoCollection::m_ownCollection.copyFiles(all);
+    return static_cast<std::size_t>(std::ranges::count_if(
+        all, [&ids](const QoFileDbItemPtr& item) { return ids.contains(item->velmoraId); }));
+}
 
 /// Gives the chosen files marks or takes them off.
 ExitCode changeMarks(CommandLine& line, const MarkOptions& options, bool isMarked)
@@ -48,11 +60,8 @@ ExitCode changeMarks(CommandLine& line, const MarkOptions& options, bool isMarke
                     store.changeChecked(isMarked ? std::vector<CString>() : ids,
                                         isMarked ? ids : std::vector<CString>());
             }
-            host::applyMarks();
-            auto files = host::markedFiles().files;
-            if (line.dryRun)
-                files += isMarked ? static_cast<int>(count) : -static_cast<int>(count);
-            return std::pair(count, files);
+            const std::size_t known = knownFiles(before);
+            return std::pair(count, isMarked ? known + count : known - count);
         });
     if (line.json)
     {
