@@ -5,8 +5,6 @@
 #include <QoKernel/Collection.h>
 #include <QoKernel/Logical.h>
 
-#include <algorithm>
-
 namespace qo::cli
 {
 namespace
@@ -14,23 +12,16 @@ namespace
 /// Refuses a name that no music has.
 template <class List>
 void checkName(const char* kind,
-               const std::optional<std::string>& typed,
-               CString QoFileDbItem::*member,
+               std::optional<std::string> host::QueryRequest::*member,
+               const host::QueryRequest& request,
                const List& all)
 {
-    if (!typed)
+    const std::optional<std::string>& typed = request.*member;
+    host::QueryRequest alone;
+    alone.*member = typed;
+    if (!typed || !host::Query(alone).files().IsEmpty())
         return;
     const CString name = fromUtf8(*typed);
-    QoFileDbItemArray records;
-    CQoCollection::m_ownCollection.copyFiles(records);
-    if (std::any_of(records.begin(),
-                    records.end(),
-                    [&](const QoFileDbItemPtr& item)
-                    {
-                        return CQoUtils::isMusicFilePath(item->path) &&
-                               compareNoCase(((*item).*member).view(), name.view()) == 0;
-                    }))
-        return;
     std::string text = name.IsEmpty() ? std::string("every track has an ") + kind
                                       : std::string("there is no ") + kind + " \"" + *typed + "\"";
     host::ClosestName closest(name);
@@ -106,9 +97,9 @@ QoFileDbItemArray chosenSingleFiles(const FileChoice& choice, const char* advice
 void complainOfNothing(const FileChoice& choice)
 {
     const host::QueryRequest& request = choice.request;
-    checkName("artist", request.artist, &QoFileDbItem::artist, CLTManager::getArtists());
-    checkName("album", request.album, &QoFileDbItem::album, CLTManager::getAlbums());
-    checkName("genre", request.genre, &QoFileDbItem::genre, CLTManager::getGenres());
+    checkName("artist", &host::QueryRequest::artist, request, CLTManager::getArtists());
+    checkName("album", &host::QueryRequest::album, request, CLTManager::getAlbums());
+    checkName("genre", &host::QueryRequest::genre, request, CLTManager::getGenres());
     std::string typed;
     for (const std::string& word : request.words)
         typed += (typed.empty() ? "" : " ") + word;

@@ -43,12 +43,6 @@ private:
     CString m_name;
 };
 
-class MarkCondition final : public QueryCondition
-{
-public:
-    bool fits(QueryRecord& record) override { return record.is(QueryField::marked); }
-    int cost() const override { return 0; }
-};
 } // namespace
 
 Query::Query(const QueryRequest& request)
@@ -63,7 +57,11 @@ Query::Query(const QueryRequest& request)
             m_common.push_back(std::make_unique<NameCondition>(member, *name));
     }
     if (request.isMarked)
-        m_common.push_back(std::make_unique<MarkCondition>());
+    {
+        QueryWord marked;
+        marked.field = QueryField::marked;
+        m_common.push_back(QueryCondition::of(marked, m_facts));
+    }
     m_isPathsOnly = m_common.empty();
     addWords(request.words);
 }

@@ -111,8 +111,11 @@ std::u16string_view QueryRecord::text(QueryField field)
     case QueryField::name:
         return nameText();
     case QueryField::kind:
-        m_computed = std::get<CString>(findFileField("type")->read(*m_item)).view();
+    {
+        static const FileField& type = *findFileField("type");
+        m_computed = std::get<CString>(type.read(*m_item)).view();
         return m_computed;
+    }
     case QueryField::format:
     {
         const std::u16string_view name = nameText();
