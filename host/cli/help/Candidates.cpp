@@ -7,6 +7,7 @@
 #include "core/load/Snapshots.h"
 #include "core/load/StoredNames.h"
 #include "core/query/QueryField.h"
+#include "core/query/RecordOrder.h"
 #include "core/roots/RootFolders.h"
 #include "core/rules/RuleStore.h"
 #include "core/runs/RunFiles.h"
@@ -218,25 +219,6 @@ private:
     host::Session m_session;
 };
 
-Words tagFieldNames()
-{
-    Words names;
-    for (const host::FileField& field : host::tagFields())
-        names.emplace_back(field.name);
-    return names;
-}
-
-Words sortFieldNames()
-{
-    Words names;
-    for (const host::QueryFieldInfo& field : host::queryFields())
-    {
-        if (field.kind != host::QueryKind::flag)
-            names.emplace_back(field.name);
-    }
-    return names;
-}
-
 void addAll(Candidates& found, const Words& words, const std::string& prefix = std::string())
 {
     for (const std::string& word : words)
@@ -265,7 +247,7 @@ void addFieldValues(Candidates& found,
     const std::string field = current.substr(0, equals);
     if (equals == std::string::npos)
     {
-        for (const std::string& name : tagFieldNames())
+        for (const std::string& name : host::tagFieldNames())
             found.words.push_back({name + "=", {}, true});
     }
     else if (field == "artist" || field == "album" || field == "genre")
@@ -336,7 +318,7 @@ void addQueryWords(Candidates& found,
     if (field == "artist" || field == "album" || field == "genre")
         names = CandidateNames(line, cursor).names(kindOf(field));
     else if (field == "kind")
-        names = {"music", "video", "picture", "text", "other"};
+        names.assign(host::fileTypes.begin(), host::fileTypes.end());
     for (const std::string& name : names)
     {
         const std::string end = queryEnd(std::string_view(current).substr(colon + 1), name);
@@ -381,7 +363,7 @@ void addValues(Candidates& found,
     case Values::settingValues:
         return addAll(found, host::settingChoices(cursor.arguments.front()));
     case Values::fields:
-        return addAll(found, tagFieldNames());
+        return addAll(found, host::tagFieldNames());
     case Values::fieldValues:
         return addFieldValues(found, line, cursor, current);
     case Values::editWords:
@@ -398,7 +380,7 @@ void addValues(Candidates& found,
     case Values::plans:
         return addAll(found, CandidateNames(line, cursor).runs(host::runfiles::planEnd));
     case Values::sortFields:
-        return addAll(found, sortFieldNames());
+        return addAll(found, host::RecordOrder::fieldNames());
     case Values::helpWords:
         return addHelpWords(found, line, cursor);
     case Values::queryWords:

@@ -31,14 +31,6 @@ std::vector<std::string> commandNames(const CLI::App& command)
     return names;
 }
 
-std::string joined(const std::vector<std::string>& words)
-{
-    std::string list;
-    for (const std::string& word : words)
-        list += (list.empty() ? "" : ", ") + word;
-    return list;
-}
-
 std::string unknownOption(const CLI::App& last, const std::string& typed)
 {
     std::vector<std::string> names;
@@ -82,8 +74,8 @@ std::string wrongValue(const CLI::Option& option, const std::string& name)
     const std::string range = rangeText(option);
     std::string wanted = "it is a number" + (range.empty() ? "" : ", " + range);
     if (!facts.choices.empty())
-        wanted =
-            "it is one of " + joined(facts.choices) + host::suggestionFor(value, facts.choices);
+        wanted = "it is one of " + host::listOf(facts.choices) +
+                 host::suggestionFor(value, facts.choices);
     return name + " cannot be " + quoted(value) + ": " + wanted;
 }
 
@@ -116,7 +108,7 @@ std::string missingPart(const CLI::App& last, const CLI::ParseError& error)
     const std::string name = sentence.substr(0, sentence.find(" is required"));
     if (optionNamed(last, name))
         return name + " is missing: " + usageOf(last);
-    return quoted(commandPath(last)) + " goes with one of " + joined(commandNames(last));
+    return quoted(commandPath(last)) + " goes with one of " + host::listOf(commandNames(last));
 }
 
 std::string failure(const CLI::App& program, const CLI::App& last, const CLI::ParseError& error)

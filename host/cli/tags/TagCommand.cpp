@@ -8,10 +8,12 @@
 #include "cli/tags/EncodingCommand.h"
 #include "cli/tags/TagWords.h"
 #include "cli/tags/TagWriting.h"
+#include "core/base/ClosestName.h"
 #include "core/base/HostFiles.h"
 #include "core/collection/PendingTags.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace qo::cli
 {
@@ -20,6 +22,9 @@ namespace
 using host::PendingTags;
 using host::ProgressReporter;
 using host::Session;
+
+/// How many files are edited or written without a question.
+constexpr std::size_t mostUnasked = 10;
 
 struct TagOptions
 {
@@ -185,7 +190,6 @@ void keepEdit(TagWork& work, const TagEdit& edit)
 
 ExitCode set(TagWork& work, const TagOptions& options)
 {
-    constexpr std::size_t mostUnasked = 10;
     const TagWords words = TagWords::ofSet(options.words);
     const std::vector<CString> paths = chosenPaths(work, options, words.query);
     std::vector<TagEdit> edits;
@@ -241,14 +245,16 @@ ExitCode listEdits(TagWork& work, const TagOptions&)
     return ExitCode::done;
 }
 
-/// Whether there are edits for what was typed, be the file there or away.
-bool hasEdits(const TagWork& work, const std::string& typed)
+/// The spelling under which edits wait for what was typed, be the file there or away.
+std::optional<CString>
+pathWithEdits(const TagWork& work, const std::vector<CString>& away, const std::string& typed)
 {
-    const std::vector<CString> away = work.pending.awayPaths();
-    return work.pending.isEdited(editedPath(work.pending, typed)) ||
-           std::ranges::any_of(spellings(typed),
-                               [&away](const CString& form)
-                               { return std::ranges::find(away, form) != away.end(); });
+    for (const CString& form : spellings(typed))
+    {
+        if (work.pending.isEdited(form) || std::ranges::find(away, form) != away.end())
+            return form;
+    }
+    return {};
 }
 
 /// Of what was chosen the files with edits. Names of files are taken as they are.
@@ -256,16 +262,15 @@ std::vector<CString>
 editedPaths(TagWork& work, const TagOptions& options, const std::vector<std::string>& words)
 {
     std::vector<CString> paths;
-    const bool areNames =
-        !options.isMarked &&
-        std::ranges::all_of(words,
-                            [&work](const std::string& typed) { return hasEdits(work, typed); });
-    if (areNames)
+    const std::vector<CString> away = work.pending.awayPaths();
+    for (const std::string& typed : words)
     {
-        for (const std::string& typed : words)
-            paths.push_back(editedPath(work.pending, typed));
-        return paths;
+        if (const auto path = pathWithEdits(work, away, typed))
+            paths.push_back(*path);
     }
+    if (!options.isMarked && paths.size() == words.size())
+        return paths;
+    paths.clear();
     for (const CString& path : chosenPaths(work, options, words))
     {
         if (work.pending.isEdited(path))
@@ -366,7 +371,6 @@ std::vector<CString> pathsToWrite(TagWork& work, const TagOptions& options)
 
 ExitCode write(TagWork& work, const TagOptions& options)
 {
-    constexpr std::size_t mostUnasked = 10;
     const std::vector<CString> paths = pathsToWrite(work, options);
     if ((paths.size() > mostUnasked || (options.all && !paths.empty())) && !work.line.dryRun)
         confirm(work.line,
@@ -434,7 +438,7 @@ void setUpTag(CommandLine& line, CLI::App& command)
     CLI::App* const setApp =
         add("set", "Edit values; they wait until \"write\"", KernelUse::change, set);
     addWords(*setApp, "WORD", "FIELD=VALUE, and music files or words that find them");
-    setApp->footer("Fields: " + tagFieldNames());
+    setApp->footer("Fields: " + host::listOf(host::tagFieldNames()));
 
     add("ls", "The files with edits that are not written", KernelUse::look, listEdits);
 

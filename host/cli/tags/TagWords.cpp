@@ -30,11 +30,9 @@ const FileField& fieldOf(const std::string& name)
 {
     if (const FileField* const field = host::findTagField(name))
         return *field;
-    std::vector<std::string> names;
-    for (const FileField& field : host::tagFields())
-        names.emplace_back(field.name);
     throw HostError(ExitCode::usage,
-                    "\"" + name + "\" is no field of a tag" + host::suggestionOrList(name, names));
+                    "\"" + name + "\" is no field of a tag" +
+                        host::suggestionOrList(name, host::tagFieldNames()));
 }
 
 bool isDigit(char c)
@@ -114,7 +112,8 @@ TagWords TagWords::ofSet(const std::vector<std::string>& words)
     }
     if (result.values.empty())
         throw HostError(ExitCode::usage,
-                        "say what to set, as \"genre=Jazz\"; the fields are " + tagFieldNames());
+                        "say what to set, as \"genre=Jazz\"; the fields are " +
+                            host::listOf(host::tagFieldNames()));
     return result;
 }
 
@@ -129,13 +128,5 @@ TagWords TagWords::ofRevert(const std::vector<std::string>& words)
             result.query.push_back(word);
     }
     return result;
-}
-
-std::string tagFieldNames()
-{
-    std::string names;
-    for (const FileField& field : host::tagFields())
-        names += (names.empty() ? "" : ", ") + std::string(field.name);
-    return names;
 }
 } // namespace qo::cli

@@ -24,7 +24,4 @@ struct TagWords
     /// A word that is the name of a field is that field, without a value.
     static TagWords ofRevert(const std::vector<std::string>& words);
 };
-
-/// "artist, album ...".
-std::string tagFieldNames();
 } // namespace qo::cli

@@ -117,9 +117,7 @@ void TagWriting::takeIn(host::Session& session, bool isLoaded)
     const host::RootFolders roots;
     for (const CString& path : m_done)
     {
-        if (std::ranges::any_of(roots.folders(),
-                                [&path](const CString& root)
-                                { return path.view().starts_with(addBackslash(root).view()); }))
+        if (!roots.holder(path).IsEmpty())
             events.push_back({Kind::added, toSystemPath(path), {}, {}});
     }
     if (events.empty())

@@ -59,6 +59,14 @@ void ClosestName::look(const CString& name)
     m_best = name;
 }
 
+std::string listOf(const std::vector<std::string>& names)
+{
+    std::string list;
+    for (const std::string& name : names)
+        list += (list.empty() ? "" : ", ") + name;
+    return list;
+}
+
 std::string suggestionFor(const std::string& typed, const std::vector<std::string>& names)
 {
     ClosestName closest(fromUtf8(typed));
@@ -70,11 +78,7 @@ std::string suggestionFor(const std::string& typed, const std::vector<std::strin
 
 std::string suggestionOrList(const std::string& typed, const std::vector<std::string>& names)
 {
-    std::string text = suggestionFor(typed, names);
-    if (!text.empty())
-        return text;
-    for (const std::string& name : names)
-        text += (text.empty() ? "; there are " : ", ") + name;
-    return text;
+    const std::string suggestion = suggestionFor(typed, names);
+    return suggestion.empty() ? "; there are " + listOf(names) : suggestion;
 }
 } // namespace qo::host

@@ -24,6 +24,9 @@ private:
     std::size_t m_bestCost;
 };
 
+/// "a, b, c".
+std::string listOf(const std::vector<std::string>& names);
+
 /// "; did you mean \"albums\"?" for "album", from the names that there are; "" if none is near.
 std::string suggestionFor(const std::string& typed, const std::vector<std::string>& names);
 /// The same, or "; there are a, b, c" if none is near.

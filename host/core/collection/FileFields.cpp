@@ -122,4 +122,12 @@ const FileField* findTagField(std::string_view name)
 {
     return fieldIn(tagFields(), name);
 }
+
+std::vector<std::string> tagFieldNames()
+{
+    std::vector<std::string> names;
+    for (const FileField& field : tagFields())
+        names.emplace_back(field.name);
+    return names;
+}
 } // namespace qo::host

@@ -3,7 +3,9 @@
 #include <QoKernel/Collection.h>
 #include <QoKernel/Tags.h>
 
+#include <array>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
@@ -52,8 +54,11 @@ struct FileField
 const std::vector<FileField>& fileFields();
 /// The one with that name, or null.
 const FileField* findFileField(std::string_view name);
+/// What the field "type" may be.
+constexpr std::array<const char*, 5> fileTypes = {"music", "video", "picture", "text", "other"};
 /// Those that a tag has.
 const std::vector<FileField>& tagFields();
 /// The field of a tag with that name, or null.
 const FileField* findTagField(std::string_view name);
+std::vector<std::string> tagFieldNames();
 } // namespace qo::host

@@ -2,6 +2,7 @@
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
+#include "core/collection/FileFields.h"
 #include "core/query/FoldedText.h"
 #include "core/query/QueryRange.h"
 
@@ -208,10 +209,9 @@ std::unique_ptr<QueryCondition> flagCondition(const QueryWord& word)
 
 void checkKind(const QueryWord& word)
 {
-    constexpr const char* kinds[] = {"music", "video", "picture", "text", "other"};
     const std::u16string value = folded(fromUtf8(word.value).view());
     if (std::ranges::none_of(
-            kinds, [&](const char* kind) { return fromUtf8(kind).view().starts_with(value); }))
+            fileTypes, [&](const char* kind) { return fromUtf8(kind).view().starts_with(value); }))
         throw HostError(ExitCode::usage,
                         "in \"" + word.typed +
                             "\", there is no such kind; there are music, video, picture, text and "

@@ -6,25 +6,6 @@
 
 namespace qo::host
 {
-namespace
-{
-bool isSortable(const QueryFieldInfo& field)
-{
-    return field.kind != QueryKind::flag;
-}
-
-std::vector<std::string> sortableNames()
-{
-    std::vector<std::string> names;
-    for (const QueryFieldInfo& field : queryFields())
-    {
-        if (isSortable(field))
-            names.emplace_back(field.name);
-    }
-    return names;
-}
-} // namespace
-
 TypedOrder TypedOrder::parse(const std::string& typed, const std::vector<std::string>& names)
 {
     TypedOrder order;
@@ -67,9 +48,19 @@ TypedOrder::Value textValue(const CString& text)
     return folded(text.view());
 }
 
-RecordOrder::RecordOrder(const std::string& typed)
-    : m_order(TypedOrder::parse(typed, sortableNames()))
+RecordOrder::RecordOrder(const std::string& typed) : m_order(TypedOrder::parse(typed, fieldNames()))
 {
+}
+
+std::vector<std::string> RecordOrder::fieldNames()
+{
+    std::vector<std::string> names;
+    for (const QueryFieldInfo& field : queryFields())
+    {
+        if (field.kind != QueryKind::flag)
+            names.emplace_back(field.name);
+    }
+    return names;
 }
 
 std::vector<TypedOrder::Value> RecordOrder::valuesOf(const QoFileDbItem& item)

@@ -36,6 +36,8 @@ class RecordOrder
 public:
     /// An empty text leaves files as they are.
     explicit RecordOrder(const std::string& typed);
+    /// What files can be sorted by.
+    static std::vector<std::string> fieldNames();
 
     /// Equal files keep their order.
     void sort(QoFileDbItemArray& files);
