@@ -21,7 +21,7 @@ SRC_ORDER = (
     {"Analyze"},
     {"QoColl/Db"},
     {"QoColl/Collection"},
-    {"Reorganize", "UserView"},
+    {"Reorganize", "UserView", "QoColl/Player"},
 )
 HOST_ORDER = (
     {"core/base"},

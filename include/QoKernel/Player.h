@@ -1,0 +1,11 @@
+#pragma once
+
+// Data of the player (CMp*): playlists, sessions of recording, and files converted in their own
+// folders.
+#include "QoColl/Db/Records/QoInplaceFileDbItem.h"
+#include "QoColl/Db/Records/QoPlaylistDbItem.h"
+#include "QoColl/Db/Records/QoSessionDbItem.h"
+#include "QoColl/Player/MpFileUtils.h"
+#include "QoColl/Player/MpInplaceUtils.h"
+#include "QoColl/Player/MpPlaylistUtils.h"
+#include "QoColl/Player/MpSessionUtils.h"
