@@ -2,9 +2,29 @@
 
 #include "types/String.h"
 
+#include <chrono>
+
 namespace qo
 {
 IClock::~IClock() = default;
+
+CalendarTime utcTime(const FILETIME& time)
+{
+    // Floored, so that the rest is never negative.
+    using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, ticksPerSecond>>;
+    constexpr std::chrono::sys_days start(std::chrono::year(1601) / 1 / 1);
+    const Ticks ticks(toTicks(time));
+    const auto days = std::chrono::floor<std::chrono::days>(ticks);
+    const std::chrono::year_month_day date(start + days);
+    const std::chrono::hh_mm_ss inDay(ticks - days);
+    return {static_cast<int>(date.year()),
+            static_cast<int>(static_cast<unsigned>(date.month())),
+            static_cast<int>(static_cast<unsigned>(date.day())),
+            static_cast<int>(inDay.hours().count()),
+            static_cast<int>(inDay.minutes().count()),
+            static_cast<int>(inDay.seconds().count()),
+            static_cast<int>(inDay.subseconds() / std::chrono::milliseconds(1))};
+}
 
 CString timeStamp(const CalendarTime& time)
 {

@@ -23,6 +23,9 @@ struct CalendarTime
     bool operator==(const CalendarTime&) const noexcept = default;
 };
 
+/// The fields of a time in UTC; those of 1601-01-01 for a null one.
+QO_API CalendarTime utcTime(const FILETIME& time);
+
 /// "YYYYMMDD_HHMMSS", such as "20240131_235959", for names that sort by time.
 QO_API CString timeStamp(const CalendarTime& time);
 

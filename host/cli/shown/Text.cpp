@@ -1,7 +1,6 @@
 #include "cli/shown/Text.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <ctime>
 
@@ -9,8 +8,6 @@ namespace qo::cli
 {
 namespace
 {
-constexpr std::int64_t secondsPerDay = 86400;
-
 /// The character at the front of the text and its length in bytes; bytes that are no UTF-8 count
 /// one by one.
 char32_t firstCharacter(std::string_view text, std::size_t& length)
@@ -97,22 +94,19 @@ std::string isoTime(const FILETIME& time)
 {
     if (toTicks(time) == 0)
         return {};
+    const CalendarTime utc = utcTime(time);
     const std::int64_t seconds = toUnixSeconds(time);
-    std::int64_t days = seconds / secondsPerDay;
-    days -= seconds % secondsPerDay < 0 ? 1 : 0;
-    const std::int64_t inDay = seconds - days * secondsPerDay;
     const std::int64_t ticks = toTicks(time) - unixEpochTicks - seconds * ticksPerSecond;
-    const std::chrono::year_month_day date{std::chrono::sys_days(std::chrono::days(days))};
     char text[80];
     std::snprintf(text,
                   sizeof(text),
-                  "%04d-%02u-%02uT%02d:%02d:%02d.%07dZ",
-                  static_cast<int>(date.year()),
-                  static_cast<unsigned>(date.month()),
-                  static_cast<unsigned>(date.day()),
-                  static_cast<int>(inDay / 3600),
-                  static_cast<int>(inDay / 60 % 60),
-                  static_cast<int>(inDay % 60),
+                  "%04d-%02d-%02dT%02d:%02d:%02d.%07dZ",
+                  utc.year,
+                  utc.month,
+                  utc.day,
+                  utc.hour,
+                  utc.minute,
+                  utc.second,
                   static_cast<int>(ticks));
     return text;
 }
