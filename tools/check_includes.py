@@ -21,6 +21,7 @@ SRC_ORDER = (
     {"Analyze"},
     {"QoColl/Db"},
     {"QoColl/Collection"},
+    {"QoColl/Sharing"},
     {"Reorganize", "UserView", "QoColl/Player"},
 )
 HOST_ORDER = (

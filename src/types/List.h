@@ -1,5 +1,6 @@
 #pragma once
 
+#include "types/Forward.h"
 #include "types/Position.h"
 
 #include <utility>
@@ -126,3 +127,5 @@ private:
     Node* m_tail = nullptr;
     int m_count = 0;
 };
+
+using CStringList = CList<CString>;
