@@ -50,6 +50,8 @@ STRANGERS = ({"KVTagLib", "common"}, {"KVTagLib", "Database"}, {"cli/rules", "cl
 # What points upward all the same: (who, what), files or whole folders, and why. Drop what is no longer needed.
 EXCEPTIONS = {
     ("Logical/LTManagerCompare.cpp", "Analyze/NSUtils.h"): "tracks are ordered by the number that the analysis reads",
+    ("QoColl/Db/QoCollDbUpdates.cpp", "QoColl/Collection/QoUtils.h"): "what kind of file an extension means is a question to CQoUtils",
+    ("QoColl/Db/QoCollDbUpdates.cpp", "QoColl/Sharing/ShareInvitation.h"): "old shares get the links that invitations are made of",
     ("Physical/HDFile.cpp", "QoColl/Collection/QoUtils.h"): "kinds of files and the order of paths are questions to CQoUtils",
     ("cli/shown/Listing.h", "cli/CommandLine.h"): "a listing takes the form that the command line asks for",
     ("core/rules", "core/plan"): "a rule's text is the name of a target",

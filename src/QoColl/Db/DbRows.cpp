@@ -21,3 +21,14 @@ int qo::rowIdField(const CSQLiteQueryResult& row, int column)
     text.Format(u"Row id out of range: %I64d", id);
     throwDatabaseError(text);
 }
+
+int qo::rowIdField(const CSQLiteQueryResult& row, const char16_t* column)
+{
+    return rowIdField(row, row.FieldIndex(column));
+}
+
+int qo::storedId(const CSQLiteQueryResult& row, int column)
+{
+    const std::int64_t id = column < 0 ? 0 : row.GetInt64Field(column);
+    return isRowId(id) ? static_cast<int>(id) : 0;
+}

@@ -17,6 +17,10 @@ bool isRowId(std::int64_t id) noexcept;
 /// only come from another program, throws CSQLiteException*: cut to an int it would name another
 /// row.
 int rowIdField(const CSQLiteQueryResult& row, int column);
+int rowIdField(const CSQLiteQueryResult& row, const char16_t* column);
+/// The row id of a row that is carried over from another database; 0 for one that no record can
+/// have, or without the column.
+int storedId(const CSQLiteQueryResult& row, int column);
 
 /// A new record for a row that is being read. When memory runs out, complaint is logged and the
 /// result is empty; the reader then stops and keeps what it has.

@@ -175,11 +175,29 @@ void bindFileRow(const QoFileDbItem& item, int mask, CSQLiteStatement& statement
         statement.BindText(paramLyrics, item.lyrics);
 }
 
+FileRowReader::FileRowReader()
+{
+    for (int column = 0; column < colCount; ++column)
+        m_places[column] = column;
+    m_places[colLyrics] = m_places[colFpParams] = m_places[colCollId] = absent;
+}
+
+FileRowReader::FileRowReader(const CSQLiteQueryResult& row) : m_isWholeTable(true)
+{
+    for (int column = 0; column < colCount; ++column)
+        m_places[column] = row.FieldIndex(columnNames[column]);
+    m_places[colLyrics] = row.FieldIndex(u"FT_LYRICS");
+    m_places[colFpParams] = row.FieldIndex(u"FT_FP_PARAMS");
+    m_places[colCollId] = row.FieldIndex(u"FT_COLL_ID");
+}
+
 void FileRowReader::read(QoFileDbItem& item, const CSQLiteQueryResult& row)
 {
     try
     {
         readFields(item, row);
+        if (m_isWholeTable)
+            readExtraFields(item, row);
     }
     catch (const std::bad_alloc&)
     {
@@ -189,35 +207,63 @@ void FileRowReader::read(QoFileDbItem& item, const CSQLiteQueryResult& row)
 
 void FileRowReader::readFields(QoFileDbItem& item, const CSQLiteQueryResult& row)
 {
-    item.id = rowIdField(row, colId);
-    item.path = CString(row.textView(colPath));
-    item.source = CVelmoraFileParamsUtils::IntToEItemSource(row.GetIntField(colSource));
-    item.createTime = fromTicks(row.GetInt64Field(colCreateTime));
-    item.modifTime = fromTicks(row.GetInt64Field(colModifTime));
+    item.id = m_isWholeTable ? storedId(row, m_places[colId]) : rowIdField(row, colId);
+    item.path = text(row, colPath);
+    item.source = CVelmoraFileParamsUtils::IntToEItemSource(number(row, colSource));
+    item.createTime = fromTicks(number64(row, colCreateTime));
+    item.modifTime = fromTicks(number64(row, colModifTime));
     item.artist = shared(row, colArtist, m_artist);
     item.album = shared(row, colAlbum, m_album);
-    item.title = CString(row.textView(colTitle));
+    item.title = text(row, colTitle);
     item.genre = shared(row, colGenre, m_genre);
     item.trackNumber = shared(row, colTrackNumber, m_trackNumber);
     item.year = shared(row, colYear, m_year);
     item.picturePath = shared(row, colPicturePath, m_picturePath);
-    item.size = row.GetInt64Field(colSize);
-    item.duration = row.GetIntField(colDuration);
-    item.bitrate = row.GetIntField(colBitrate);
-    item.flags = static_cast<unsigned>(row.GetIntField(colFlags));
-    item.session = row.GetIntField(colSession);
-    item.velmoraId = CString(row.textView(colVelmoraId));
+    item.size = number64(row, colSize);
+    item.duration = number(row, colDuration);
+    item.bitrate = number(row, colBitrate);
+    item.flags = static_cast<unsigned>(
+        number(row, colFlags, m_isWholeTable ? static_cast<int>(item.flags) : 0));
+    item.session = number(row, colSession);
+    item.velmoraId = text(row, colVelmoraId);
     item.params = shared(row, colParams, m_params);
-    item.reviewed = row.GetBoolField(colReviewed);
-    item.imported = row.GetBoolField(colImported);
-    item.clipUid = CString(row.textView(colClipUid));
+    item.reviewed = number(row, colReviewed) != 0;
+    item.imported = number(row, colImported) != 0;
+    item.clipUid = text(row, colClipUid);
+}
+
+void FileRowReader::readExtraFields(QoFileDbItem& item, const CSQLiteQueryResult& row)
+{
+    item.lyrics = text(row, colLyrics);
+    item.lyricsLoaded = true;
+    item.fpParams = shared(row, colFpParams, m_fpParams);
+    item.collId = shared(row, colCollId, m_collId);
+}
+
+int FileRowReader::number(const CSQLiteQueryResult& row, int column, int otherwise) const
+{
+    const int place = m_places[column];
+    return place == absent ? otherwise : row.GetIntField(place, otherwise);
+}
+
+std::int64_t FileRowReader::number64(const CSQLiteQueryResult& row, int column) const
+{
+    const int place = m_places[column];
+    return place == absent ? 0 : row.GetInt64Field(place);
+}
+
+CString FileRowReader::text(const CSQLiteQueryResult& row, int column) const
+{
+    const int place = m_places[column];
+    return place == absent ? CString() : CString(row.textView(place));
 }
 
 /// Neighbouring rows mostly have the same artist, album and year, so the last text is compared
 /// before the pool is searched.
 const CString& FileRowReader::shared(const CSQLiteQueryResult& row, int column, CString& last)
 {
-    const char16_t* const text = row.GetTextField(column);
+    const int place = m_places[column];
+    const char16_t* const text = place == absent ? u"" : row.GetTextField(place);
     if (last != text)
         last = m_pool.intern(text);
     return last;

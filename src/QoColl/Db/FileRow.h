@@ -5,6 +5,8 @@
 #include "types/String.h"
 #include "types/TextPool.h"
 
+#include <array>
+
 /// The mapping between a file record (QoFileDbItem) and a row of FILE_T: the only list of its
 /// columns, and the statements that are made from it.
 namespace qo
@@ -35,13 +37,32 @@ void bindFileRow(const QoFileDbItem& item, int mask, CSQLiteStatement& statement
 class FileRowReader
 {
 public:
-    /// Out of memory ends in qo::throwOutOfMemory().
+    /// For the rows of selectFiles().
+    FileRowReader();
+    /// For rows of "SELECT * FROM FILE_T" of any version: lyrics, fingerprint values and the
+    /// collection are read as well, and a column that the table lacks leaves the record's default.
+    explicit FileRowReader(const CSQLiteQueryResult& row);
+
+    /// Out of memory ends in qo::throwOutOfMemory(). The id of a row of any version is 0 if no
+    /// record can have it; otherwise such an id throws CSQLiteException*, see rowIdField().
     void read(QoFileDbItem& item, const CSQLiteQueryResult& row);
 
 private:
+    static constexpr int absent = -1;
+    static constexpr int colLyrics = extraFileColumn;
+    static constexpr int colFpParams = extraFileColumn + 1;
+    static constexpr int colCollId = extraFileColumn + 2;
+
     void readFields(QoFileDbItem& item, const CSQLiteQueryResult& row);
+    void readExtraFields(QoFileDbItem& item, const CSQLiteQueryResult& row);
+    int number(const CSQLiteQueryResult& row, int column, int otherwise = 0) const;
+    std::int64_t number64(const CSQLiteQueryResult& row, int column) const;
+    CString text(const CSQLiteQueryResult& row, int column) const;
     const CString& shared(const CSQLiteQueryResult& row, int column, CString& last);
 
+    bool m_isWholeTable = false;
+    /// Where each column of the record stands in the query.
+    std::array<int, extraFileColumn + 3> m_places;
     TextPool m_pool;
     CString m_artist;
     CString m_album;
@@ -50,5 +71,7 @@ private:
     CString m_year;
     CString m_picturePath;
     CString m_params;
+    CString m_fpParams;
+    CString m_collId;
 };
 } // namespace qo

@@ -3,4 +3,5 @@
 #include "QoColl/Db/Records/Forward.h"
 
 class CQoCollDb;
+class CQoCollDbImporter;
 class CQoCollDbUtils;

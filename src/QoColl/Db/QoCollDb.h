@@ -43,13 +43,18 @@ public:
     /// Whether the file has the current version; exists says whether it has any version. True, with
     /// exists unchanged, if the file cannot be opened. An absent file is created, empty.
     static bool checkVersion(const CString& path, bool& exists);
-    /// Makes sure that there is a database:
+    /// Makes sure that there is a database of the current version:
     ///
     ///   current version            left as it is
     ///   absent or empty            tables are made
-    ///   another version            left as it is, with a log line: ask readVersion() first
+    ///   another version            copied to "<path>.bak", and rebuilt with its rows; those of an
+    ///                              older version are brought up to date (docs/database.md)
     ///   not a readable database    renamed to "<path>.unreadable-<date>_<time>", and an empty
     ///                              one is made
+    ///
+    /// Rows that cannot be carried over are in the copy alone, and only the log says so: whoever
+    /// must not lose any compares the tables before and after. One process at a time rebuilds; the
+    /// others wait for it up to a minute. All rows are in memory meanwhile.
     static void CreateDatabaseIfNotValid(const CString& path, const ConfigInfo& config);
 
     /// A new transaction. The caller must end it with one of the next three functions, each of
@@ -73,6 +78,8 @@ public:
     bool hasOwnCollFiles() const;
     /// An id of 0 becomes that of the new row. Throws if FILE_T lacks a column.
     void insertFile(QoFileDbItemPtr& item, const CString& collId);
+    /// Inserts records with their ids and collections (collId); those without an id come last.
+    void insertFiles(QoFileDbItemArray& items);
     /// Writes the whole record except its collection; the lyrics only if lyricsLoaded is set.
     void updateFile(QoFileDbItemPtr& item);
     /// Each writes one column of the record's row.
@@ -175,9 +182,28 @@ private:
     /// Copies the database, with everything that is committed, to "<path>.bak"; a failure is
     /// logged.
     void createBackup();
-    static bool makeIfNotValid(const CString& path); ///< false: the file is not a database
-    void recreate();   ///< makes tables; sets m_unreadable if it cannot
-    bool makeTables(); ///< false if there are tables already
+    /// Reads the rows of "<path>.bak" and inserts them, all or none. False if there is no such file
+    /// or they cannot be inserted; the tables are empty then.
+    bool importBackup();
+    /// Runs the steps that lead from the version of the rows to the current one; a step that fails
+    /// is logged, and the next one follows.
+    void applyUpdates(const ConfigInfo& config);
+    void applyUpdate1();
+    void applyUpdateRadioRecordingTimeAndJingleFlag(const ConfigInfo& config);
+    void applyUpdateShareLinkNotSavedBefore();
+    void applyUpdateOppositeShareAndInitiator();
+    void applyUpdateMusicAndVideoFlags();
+    /// Writes all shares in one transaction.
+    void updateShares(DbItemArray<QoShareDbItem>& shares);
+    /// Without the configuration, a database of another version is left as it is. False if there is
+    /// still something to be done: the file has another version, or is not a database.
+    static bool makeIfNotValid(const CString& path, const ConfigInfo* config);
+    /// Makes the tables anew, and keeps the rows if there are some. Sets m_unreadable if a file
+    /// without a version turns out to be damaged.
+    void recreate(bool hasVersion, const ConfigInfo& config);
+    bool makeTables(bool hasVersion); ///< false if another process has made them meanwhile
+    CSQLiteStatement compileFileInsert();
+    void runFileInsert(CSQLiteStatement& statement, QoFileDbItemPtr& item, const CString& collId);
     /// Reads the first row of a query; false, with item unchanged, if there is none.
     bool extractFirst(CSQLiteStatement& statement, QoFileDbItemPtr& item);
     /// The id of the row just inserted; if it does not fit into an int, deletes the row and throws.

@@ -188,22 +188,51 @@ bool CQoCollDb::hasOwnCollFiles() const
 
 void CQoCollDb::insertFile(QoFileDbItemPtr& item, const CString& collId)
 {
+    {
+        CSQLiteStatement statement = compileFileInsert();
+        runFileInsert(statement, item, collId);
+    }
+    if (item->id == 0)
+        item->id = takeRowId(u"FILE_T");
+}
+
+void CQoCollDb::insertFiles(QoFileDbItemArray& items)
+{
+    {
+        CSQLiteStatement statement = compileFileInsert();
+        for (QoFileDbItemPtr& item : items)
+        {
+            if (item->id != 0)
+                runFileInsert(statement, item, item->collId);
+        }
+    }
+    // An id that SQLite chooses must not be that of a row to come.
+    for (QoFileDbItemPtr& item : items)
+    {
+        if (item->id == 0)
+            insertFile(item, item->collId);
+    }
+}
+
+CSQLiteStatement CQoCollDb::compileFileInsert()
+{
     static const CString sql = qo::insertFileText(false);
     static const CString sqlWithNames = qo::insertFileText(true);
     if (!m_isTableChecked)
         m_hasOtherColumns = qo::hasOtherFileColumns(m_db);
     m_isTableChecked = true;
-    {
-        CSQLiteStatement statement = m_db.CompileStatement(m_hasOtherColumns ? sqlWithNames : sql);
-        // A parameter that is not bound is NULL, for which SQLite chooses an id.
-        bindParams(item,
-                   item->id != 0 ? qo::bindFileId | qo::bindFileLyrics : qo::bindFileLyrics,
-                   statement);
-        statement.BindText(qo::fileCollIdParameter, collId);
-        statement.ExecuteDML();
-    }
-    if (item->id == 0)
-        item->id = takeRowId(u"FILE_T");
+    return m_db.CompileStatement(m_hasOtherColumns ? sqlWithNames : sql);
+}
+
+void CQoCollDb::runFileInsert(CSQLiteStatement& statement,
+                              QoFileDbItemPtr& item,
+                              const CString& collId)
+{
+    // A parameter that is not bound is NULL, for which SQLite chooses an id.
+    bindParams(
+        item, item->id != 0 ? qo::bindFileId | qo::bindFileLyrics : qo::bindFileLyrics, statement);
+    statement.BindText(qo::fileCollIdParameter, collId);
+    statement.ExecuteDML();
 }
 
 void CQoCollDb::updateFile(QoFileDbItemPtr& item)

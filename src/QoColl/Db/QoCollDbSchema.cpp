@@ -6,6 +6,7 @@
 #include "QoColl/Db/DbTransaction.h"
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/SetAside.h"
+#include "common/CollPath.h"
 #include "common/Log.h"
 #include "common/ProfileTimer.h"
 #include "platform/FileSystem.h"
@@ -17,7 +18,8 @@
 
 // The schema, and how a database comes to be: checkVersion() reads the version table, makeTables()
 // makes all tables in one transaction, and CreateDatabaseIfNotValid() decides what happens with a
-// file, also when several processes start at the same time.
+// file, also when several processes start at the same time. QoCollDbUpdates.cpp has what happens to
+// the rows of another version.
 
 namespace
 {
@@ -174,19 +176,19 @@ bool CQoCollDb::checkVersion(bool& exists)
     }
 }
 
-void CQoCollDb::CreateDatabaseIfNotValid(const CString& path, const ConfigInfo&)
+void CQoCollDb::CreateDatabaseIfNotValid(const CString& path, const ConfigInfo& config)
 {
     const qo::ProfileTimer timer(u"CQoCollDb::CreateDatabaseIfNotValid");
-    if (makeIfNotValid(path))
+    if (makeIfNotValid(path, nullptr))
         return;
-    // Another process that held the lock before may have replaced the file, so it is examined
-    // again.
+    // Another process that held the lock before may have replaced or rebuilt the file, so it is
+    // examined again.
     const qo::CreationLock lock(path);
     for (int i = 0; i < maxExaminations; ++i)
     {
         qo::FileInfo examined;
         const int error = qo::fileSystem().info(path, qo::Spelling::exact, examined);
-        if (makeIfNotValid(path))
+        if (makeIfNotValid(path, &config))
             return;
         if (error == 0)
             qo::setAside(path, examined);
@@ -195,48 +197,49 @@ void CQoCollDb::CreateDatabaseIfNotValid(const CString& path, const ConfigInfo&)
                            u" cannot be replaced: others go on changing it");
 }
 
-bool CQoCollDb::makeIfNotValid(const CString& path)
+bool CQoCollDb::makeIfNotValid(const CString& path, const ConfigInfo* config)
 {
     CQoCollDb db(path);
-    bool exists = false;
-    if (db.checkVersion(exists))
+    bool hasVersion = false;
+    if (db.checkVersion(hasVersion))
         return true;
-    if (exists)
-        qo::log(qo::level::error,
-                u"CQoCollDb::CreateDatabaseIfNotValid: %s is left alone: its version is [%s], "
-                u"this one is [%s]",
-                path,
-                db.m_version,
-                version);
-    else if (!db.m_unreadable)
-        db.recreate();
+    if (hasVersion && !config)
+        return false;
+    if (!db.m_unreadable)
+        db.recreate(hasVersion, config ? *config : ConfigInfo());
     return !db.m_unreadable;
 }
 
-/// Makes the tables; a file that turns out to be damaged on the way is only marked as such.
-void CQoCollDb::recreate()
+void CQoCollDb::recreate(bool hasVersion, const ConfigInfo& config)
 {
     try
     {
-        if (makeTables())
-            setWriteAheadLogging();
+        if (!makeTables(hasVersion))
+            return;
+        setWriteAheadLogging();
+        if (hasVersion && importBackup())
+            applyUpdates(config);
     }
     catch (CSQLiteException* raw)
     {
         std::unique_ptr<CSQLiteException> exception(raw);
-        if (!exception->isUnreadableDatabase())
+        // Rows of another version stay where they are, damaged or not.
+        if (hasVersion || !exception->isUnreadableDatabase())
             throw exception.release();
         m_unreadable = true;
     }
 }
 
-bool CQoCollDb::makeTables()
+bool CQoCollDb::makeTables(bool hasVersion)
 {
     // All or nothing, and one process at a time: of two that start together, one makes the tables.
     qo::DbTransaction transaction(*this);
     bool exists = false;
-    if (checkVersion(exists) || exists || m_unreadable)
+    if (checkVersion(exists) || exists != hasVersion || m_unreadable)
         return false;
+    // Nobody can write here any more, so the copy has every row.
+    if (hasVersion)
+        createBackup();
     dropTables();
     // Excludes others from the commit until the connection closes: the change to write-ahead
     // logging fails while another one reads, and SQLite does not wait there.
@@ -311,7 +314,11 @@ void CQoCollDb::createBackup()
     if (error == 0)
         error = qo::fileSystem().moveFile(fresh, target);
     if (error == 0)
+    {
+        // The name must outlast a power cut before the tables are dropped.
+        (void)qo::fileSystem().sync(CQoCollPath(target).getParent().toString());
         return;
+    }
     (void)qo::fileSystem().removeFile(fresh);
     qo::log(qo::level::error,
             u"CQoCollDb::createBackup(): failed to create a backup of db [%d]",

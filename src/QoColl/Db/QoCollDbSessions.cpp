@@ -5,7 +5,7 @@
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/Records/QoPlaylistDbItem.h"
 #include "QoColl/Db/Records/QoSessionDbItem.h"
-#include "QoColl/Db/Records/VelmoraFileParamsUtils.h"
+#include "QoColl/Db/SideRows.h"
 #include "common/MakeObject.h"
 
 // Statements on sessions and playlists.
@@ -37,15 +37,6 @@ void bindSessionParams(const QoSessionDbItem& item, unsigned long mask, CSQLiteS
         statement.BindInt64(5, qo::toTicks(item.endTime));
 }
 
-void extractSessionDbItem(QoSessionDbItem& item, const CSQLiteQueryResult& row)
-{
-    item.id = qo::rowIdField(row, 0);
-    item.name = row.GetTextField(1);
-    item.source = CVelmoraFileParamsUtils::IntToEItemSource(row.GetIntField(2));
-    item.startTime = qo::fromTicks(row.GetInt64Field(3));
-    item.endTime = qo::fromTicks(row.GetInt64Field(4));
-}
-
 constexpr unsigned long playlistId = 0x1;
 constexpr unsigned long playlistName = 0x2;
 constexpr unsigned long playlistTracks = 0x4;
@@ -63,12 +54,6 @@ void bindPlaylistParams(const QoPlaylistDbItem& item,
         statement.BindText(3, item.tracks.join(u";"));
 }
 
-void extractPlaylistDbItem(QoPlaylistDbItem& item, const CSQLiteQueryResult& row)
-{
-    item.id = qo::rowIdField(row, 0);
-    item.name = row.GetTextField(1);
-    item.tracks = CStringArray::split(row.GetTextField(2), u';');
-}
 } // namespace
 
 bool CQoCollDb::getSession(int id, boost::shared_ptr<QoSessionDbItem>& item)
@@ -80,7 +65,7 @@ bool CQoCollDb::getSession(int id, boost::shared_ptr<QoSessionDbItem>& item)
     if (result.Eof())
         return false;
     item = qo::makeObject<QoSessionDbItem>(QO_HERE(u".\\QoColl\\Db\\QoCollDbSessions"));
-    extractSessionDbItem(*item, result);
+    qo::readRow(*item, result, u"ST_ID");
     return true;
 }
 
@@ -108,7 +93,7 @@ void CQoCollDb::getAllSessions(CArray<QoSessionQueryItem>& items, int limitPerSo
             qo::newRow<QoSessionDbItem>(u"CQoCollDb::getAllSessions : not enough memory");
         if (!item.session)
             break;
-        extractSessionDbItem(*item.session, result);
+        qo::readRow(*item.session, result, u"ST_ID");
         item.fileCount = result.GetIntField(5);
         items.Add(item);
     }
@@ -165,7 +150,7 @@ void CQoCollDb::getAllUserPlaylists(DbItemArray<QoPlaylistDbItem>& items, const 
             qo::newRow<QoPlaylistDbItem>(u"CQoCollDb::getPlaylists : not enough memory");
         if (!item)
             break;
-        extractPlaylistDbItem(*item, result);
+        qo::readRow(*item, result, u"PL_ID");
         items.Add(item);
     }
 }
@@ -210,6 +195,6 @@ bool CQoCollDb::getPlaylist(int id, boost::shared_ptr<QoPlaylistDbItem>& item)
     if (result.Eof())
         return false;
     item = qo::makeObject<QoPlaylistDbItem>(QO_HERE(u".\\QoColl\\Db\\QoCollDbSessions"));
-    extractPlaylistDbItem(*item, result);
+    qo::readRow(*item, result, u"PL_ID");
     return true;
 }

@@ -6,7 +6,7 @@
 #include "QoColl/Db/Records/CollInfoDbItem.h"
 #include "QoColl/Db/Records/QoInplaceFileDbItem.h"
 #include "QoColl/Db/Records/QoShareDbItem.h"
-#include "types/CharClass.h"
+#include "QoColl/Db/SideRows.h"
 
 // Statements on inplace files, shares and collections. Lists of root folders and their types are
 // stored as texts with a line feed between the elements.
@@ -37,26 +37,6 @@ void bindInplaceFileParams(const QoInplaceFileDbItem& item,
     statement.BindText(16, item.params);
 }
 
-void extractInplaceFileDbItem(QoInplaceFileDbItem& item, const CSQLiteQueryResult& row)
-{
-    item.id = qo::rowIdField(row, 0);
-    item.path = row.GetTextField(1);
-    item.createTime = qo::fromTicks(row.GetInt64Field(2));
-    item.modifTime = qo::fromTicks(row.GetInt64Field(3));
-    item.artist = row.GetTextField(4);
-    item.album = row.GetTextField(5);
-    item.title = row.GetTextField(6);
-    item.genre = row.GetTextField(7);
-    item.trackNumber = row.GetTextField(8);
-    item.year = row.GetTextField(9);
-    item.lyrics = row.GetTextField(10);
-    item.picturePath = row.GetTextField(11);
-    item.size = row.GetInt64Field(12);
-    item.duration = row.GetIntField(13);
-    item.velmoraId = row.GetTextField(14);
-    item.params = row.GetTextField(15);
-}
-
 void bindShareParams(const QoShareDbItem& item, bool bindId, CSQLiteStatement& statement)
 {
     if (bindId)
@@ -71,21 +51,6 @@ void bindShareParams(const QoShareDbItem& item, bool bindId, CSQLiteStatement& s
     statement.BindText(9, item.invitation);
     statement.BindBool(10, item.initiator);
     statement.BindBool(11, item.notify);
-}
-
-void extractShareDbItem(QoShareDbItem& item, const CSQLiteQueryResult& row)
-{
-    item.id = qo::rowIdField(row, 0);
-    item.type = row.GetIntField(1);
-    item.peer = row.GetTextField(2);
-    item.peerReceived = row.GetTextField(3);
-    item.files = row.GetIntField(4);
-    item.enable = row.GetBoolField(5);
-    item.shareId = row.GetTextField(6);
-    item.oppositeShareId = row.GetTextField(7);
-    item.invitation = row.GetTextField(8);
-    item.initiator = row.GetBoolField(9);
-    item.notify = row.GetBoolField(10);
 }
 
 /// Numbers with a line feed between them.
@@ -113,7 +78,7 @@ void CQoCollDb::getAllInplaceFiles(DbItemArray<QoInplaceFileDbItem>& items)
             qo::newRow<QoInplaceFileDbItem>(u"CQoCollDb::getAllInplaceFiles : not enough memory");
         if (!item)
             break;
-        extractInplaceFileDbItem(*item, result);
+        qo::readRow(*item, result, u"IN_ID");
         items.Add(item);
     }
 }
@@ -153,7 +118,7 @@ void CQoCollDb::getAllShares(DbItemArray<QoShareDbItem>& items)
         const auto item = qo::newRow<QoShareDbItem>(u"CQoCollDb::getAllShares : not enough memory");
         if (!item)
             break;
-        extractShareDbItem(*item, result);
+        qo::readRow(*item, result, u"SH_ID");
         items.Add(item);
     }
 }
@@ -202,16 +167,7 @@ bool CQoCollDb::getCollInfo(const CString& collId, CollInfoDbItem& item)
     CollInfoDbItem found;
     const bool exists = !result.Eof();
     if (exists)
-    {
-        found.id = qo::rowIdField(result, 0);
-        found.collId = result.GetTextField(1);
-        found.scanTime = qo::fromTicks(result.GetInt64Field(2));
-        found.rootDirs = CStringArray::split(result.GetTextField(3), u'\n');
-        for (const CString& type : CStringArray::split(result.GetTextField(4), u'\n'))
-            found.rootDirTypes.Add(qo::textToInt(type.view()));
-        found.userName = result.GetTextField(5);
-        found.modifiedTime = qo::fromTicks(result.GetInt64Field(6));
-    }
+        qo::readRow(found, result, u"CT_ID");
     item = std::move(found);
     return exists;
 }

@@ -2,11 +2,11 @@
 #include "Database/src/DbFacade/SQLiteException.h"
 #include "Database/src/DbFacade/SQLiteQueryResult.h"
 #include "Database/src/DbFacade/SQLiteStatement.h"
-#include "QoColl/Db/DbRows.h"
 #include "QoColl/Db/DbTransaction.h"
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/Records/AcStreamDbItem.h"
+#include "QoColl/Db/SideRows.h"
 #include "common/Log.h"
 #include "common/ProfileTimer.h"
 #include "platform/Clock.h"
@@ -70,38 +70,12 @@ void bindStream(const AcStreamDbItem& item, CSQLiteStatement& statement)
     statement.BindInt(11, item.encBitrate);
 }
 
-/// The row id follows the columns of the list.
-void extractStream(AcStreamDbItem& item, const CSQLiteQueryResult& row)
-{
-    CQoCollDbUtils::GUIDFromString(row.GetTextField(0), item.streamId);
-    item.velmoraId = row.GetTextField(1);
-    item.hidden = row.GetBoolField(2);
-    item.hiddenPath = row.GetTextField(3);
-    item.streamType = row.GetIntField(4);
-    item.serverId = row.GetIntField(5);
-    item.stationName = row.GetTextField(6);
-    item.mirrorUrl = row.GetTextField(7);
-    item.originalBitrate = row.GetIntField(8);
-    item.continuous = row.GetBoolField(9);
-    item.encBitrate = row.GetIntField(10);
-    item.id = qo::rowIdField(row, 11);
-}
-
 void bindTrack(const AcStreamTrackDbItem& item, CSQLiteStatement& statement)
 {
     statement.BindText(1, CQoCollDbUtils::GUIDToString(item.trackId));
     statement.BindText(2, item.streamVelmoraId);
     statement.BindText(3, item.trackVelmoraId);
     statement.BindText(4, item.params);
-}
-
-void extractTrack(AcStreamTrackDbItem& item, const CSQLiteQueryResult& row)
-{
-    CQoCollDbUtils::GUIDFromString(row.GetTextField(0), item.trackId);
-    item.streamVelmoraId = row.GetTextField(1);
-    item.trackVelmoraId = row.GetTextField(2);
-    item.params = row.GetTextField(3);
-    item.id = qo::rowIdField(row, 4);
 }
 
 /// Logs the failure and deletes the exception.
@@ -120,7 +94,7 @@ void CQoCollDb::getAcStreams(AcStreamArray& items)
     for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
     {
         AcStreamDbItem item;
-        extractStream(item, result);
+        qo::readRow(item, result, u"AS_ID");
         items.Add(item);
     }
 }
@@ -133,7 +107,7 @@ bool CQoCollDb::getAcStream(const CString& velmoraId, AcStreamDbItem& item)
     const CSQLiteQueryResult result = statement.ExecuteQuery();
     if (result.Eof())
         return false;
-    extractStream(item, result);
+    qo::readRow(item, result, u"AS_ID");
     return true;
 }
 
@@ -186,7 +160,7 @@ void CQoCollDb::getAcStreamTracks(AcStreamTrackArray& items)
     for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
     {
         AcStreamTrackDbItem item;
-        extractTrack(item, result);
+        qo::readRow(item, result, u"AST_ID");
         items.Add(item);
     }
 }
@@ -199,7 +173,7 @@ bool CQoCollDb::getAcStreamTrack(const CString& trackVelmoraId, AcStreamTrackDbI
     const CSQLiteQueryResult result = statement.ExecuteQuery();
     if (result.Eof())
         return false;
-    extractTrack(item, result);
+    qo::readRow(item, result, u"AST_ID");
     return true;
 }
 

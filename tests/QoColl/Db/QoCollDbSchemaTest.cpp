@@ -5,6 +5,7 @@
 #include "platform/Platform.h"
 #include "support/DocExample.h"
 #include "support/LogCapture.h"
+#include "support/OldDatabase.h"
 #include "support/Words.h"
 
 #include <signal.h>
@@ -80,26 +81,22 @@ TEST_F(QoCollDbSchema, QueryOfTheDocumentGivesItsAnswer)
               docExampleLines("database.md", "answer").at(0) + "|");
 }
 
-TEST_F(QoCollDbSchema, DatabaseOfThisVersionIsNotTouchedAndAnotherIsLeftAlone)
+TEST_F(QoCollDbSchema, DatabaseOfThisVersionIsNotTouched)
 {
     create();
     execute(u"INSERT INTO FILE_T (FT_PATH) VALUES ('a')");
-    for (const CString version : {u"2.0.0.36", u"2.0.0.31", u"9.9.9.9", u"2.0.0.36 "})
+    const std::string before = m_dir.read("coll.db");
+    create();
+    EXPECT_EQ(m_dir.read("coll.db"), before);
+    EXPECT_EQ(filesNamed("coll.db"), 1);
+    for (const CString version : {u"2.0.0.36", u"2.0.0.31", u"2.0.0.36 "})
     {
-        const bool isOurs = version == u"2.0.0.36";
-        if (!isOurs)
-            execute(u"UPDATE VERSION_T SET VT_VERSION = '" + version + u"'");
-        const std::string before = m_dir.read("coll.db");
-        LogCapture log;
-        create();
-        EXPECT_NE(log.has("its version is [" + qo::toUtf8(version) + "]", 10), isOurs) << log.all();
-        EXPECT_EQ(m_dir.read("coll.db"), before);
-        EXPECT_EQ(filesNamed("coll.db"), 1);
+        execute(u"UPDATE VERSION_T SET VT_VERSION = '" + version + u"'");
         CString stored;
         EXPECT_TRUE(CQoCollDb::readVersion(m_path, stored));
         EXPECT_EQ(stored, version);
         bool exists = false;
-        EXPECT_EQ(CQoCollDb::checkVersion(m_path, exists), isOurs);
+        EXPECT_EQ(CQoCollDb::checkVersion(m_path, exists), version == u"2.0.0.36");
         EXPECT_TRUE(exists);
     }
 }
@@ -232,12 +229,15 @@ TEST_F(QoCollDbSchema, LockedDatabaseIsNotTakenForAnEmptyOne)
 TEST_F(QoCollDbSchema, ThoseWhoStartTogetherMakeOneDatabase)
 {
     const int starters = 6;
-    for (int round = 0; round < 9; ++round)
+    for (int round = 0; round < 12; ++round)
     {
         const std::string name = "together" + std::to_string(round);
         const CString path = m_dir.collPath(name);
-        const bool isUnreadable = round % 3 == 1;
-        if (round % 3 != 0) // else it is absent
+        const bool isUnreadable = round % 4 == 1;
+        const bool isOld = round % 4 == 3;
+        if (isOld)
+            makeOldDatabase(path, u"2.0.0.20");
+        else if (round % 4 != 0) // else it is absent
             m_dir.write(name, std::string(isUnreadable ? 5000 : 0, 'x'));
         const auto start = [&]
         {
@@ -254,7 +254,8 @@ TEST_F(QoCollDbSchema, ThoseWhoStartTogetherMakeOneDatabase)
         CQoCollDb db(path);
         QoFileDbItemArray items;
         db.getAllFiles(items, false, u"", false);
-        EXPECT_EQ(items.GetSize(), starters);
+        EXPECT_EQ(items.GetSize(), starters + (isOld ? 7 : 0));
+        EXPECT_EQ(filesNamed(name + ".bak"), isOld);
         EXPECT_EQ(filesNamed(name + ".unreadable-"), isUnreadable);
     }
 }
