@@ -3,6 +3,7 @@
 #include "cli/Interrupt.h"
 #include "cli/shown/ProgressDisplay.h"
 #include "cli/shown/Text.h"
+#include "core/base/SystemPath.h"
 #include "core/load/StoredLoad.h"
 #include "core/roots/RootFolders.h"
 
@@ -68,8 +69,9 @@ std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use)
     return session;
 }
 
-void confirmReplacement(const CommandLine& line, const std::string& path)
+void prepareOutput(const CommandLine& line, const std::string& path)
 {
+    needWritable(fromSystemPath(host::parentOf(path)));
     if (!line.dryRun && fileSystem().exists(fromSystemPath(path)))
         confirm(line, "The file " + path + " will be replaced.");
 }

@@ -25,8 +25,9 @@ enum class KernelUse
 /// would save something, throws HostError when it could not.
 std::unique_ptr<host::Session> openKernel(const CommandLine& line, KernelUse use);
 
-/// Asks before a file of that name is written over, unless this is a dry run.
-void confirmReplacement(const CommandLine& line, const std::string& path);
+/// Throws HostError when no file can be written there, and asks before one is written over; a dry
+/// run does not ask.
+void prepareOutput(const CommandLine& line, const std::string& path);
 
 /// Checks the database and loads the collection, with progress and a way to interrupt.
 host::LoadReport

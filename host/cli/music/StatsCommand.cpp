@@ -118,7 +118,9 @@ void print(CommandLine& line, const CollectionNumbers& numbers, std::size_t most
 
 void writePicture(CommandLine& line, const std::string& path, const std::string& svg)
 {
-    confirmReplacement(line, path);
+    prepareOutput(line, path);
+    if (line.dryRun)
+        return line.note("would be written: " + path);
     if (const int error = fileSystem().replaceFile(fromSystemPath(path), svg.data(), svg.size()))
         throw HostError(ExitCode::failed,
                         "the picture " + path + " cannot be written: " + host::errorWords(error));
@@ -136,7 +138,7 @@ ExitCode stats(CommandLine& line, const StatsOptions& options)
             all.limit = -1; // that is one of rows here
             const CollectionNumbers numbers(chosenFiles(all));
             const std::size_t most = mostRows(options.choice);
-            if (!options.picture.empty() && !line.dryRun)
+            if (!options.picture.empty())
                 writePicture(line, host::absolutePath(options.picture), host::svgOf(numbers, most));
             if (line.json)
                 line.out.line(dump(numbersJson(numbers)));

@@ -66,7 +66,7 @@ ExitCode plan(CommandLine& line, const PlanOptions& options)
     const std::string output =
         options.output.empty() ? std::string() : host::absolutePath(options.output);
     if (!output.empty())
-        confirmReplacement(line, output);
+        prepareOutput(line, output);
     auto session = openKernel(line, KernelUse::change);
     loadForReading(line, *session);
     const ReorganizePlan made = runShown(line,

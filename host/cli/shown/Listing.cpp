@@ -83,7 +83,7 @@ void Listing::addCells(std::vector<std::string> cells)
 void Listing::addRecord(const Json& record, const std::string& path)
 {
     if (m_line.json)
-        return m_line.out.line(dump(record));
+        return m_line.out.line(host::dump(record));
     std::string row;
     for (const std::string& name : m_names)
     {

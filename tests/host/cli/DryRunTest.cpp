@@ -63,7 +63,10 @@ public:
                 text << std::ifstream(entry.path()).rdbuf();
             entries[entry.path().string()] = text.str();
         }
-        return testing::PrintToString(entries);
+        std::string all;
+        for (const auto& [path, what] : entries)
+            all += path + " " + what + "\n";
+        return all;
     }
 
     const QoCommand qo;
@@ -189,6 +192,8 @@ const Case cases[] = {
     {"db restore, locked", {"db", "restore"}, 1, locked(store, rescan)},
     {"db repair", {"db", "repair"}, 6, damage},
     {"db repair, locked", {"db", "repair"}, 1, locked(store, damage)},
+    {"extract write", {"extract", "write", "@x/mine.txt"}, 0},
+    {"extract write, locked", {"extract", "write", "@x/mine.txt"}, 1, locked("music/x")},
     {"rule new", {"rule", "new", "mine"}, 0},
     {"rule new, locked", {"rule", "new", "mine"}, 1, locked(store)},
     {"rule rm", {"rule", "rm", "mine"}, 0, makeRule},
