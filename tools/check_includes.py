@@ -43,7 +43,7 @@ HOST_ORDER = (
     {"cli/files"},
     {"cli/music"},
     {"cli/tags"},
-    {"cli/rules", "cli/admin"},
+    {"cli/rules", "cli/admin", "cli/sharing"},
 )
 # Folders that do not know each other, whatever their ranks.
 STRANGERS = ({"KVTagLib", "common"}, {"KVTagLib", "Database"}, {"cli/rules", "cli/admin"})

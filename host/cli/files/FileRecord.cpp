@@ -158,6 +158,13 @@ std::string recordText(const QoFileDbItem& item)
     return text;
 }
 
+std::string artistAndTitle(const QoFileDbItem& item)
+{
+    const std::string artist = oneLine(item.artist);
+    const std::string title = oneLine(item.title);
+    return artist.empty() || title.empty() ? artist + title : artist + " - " + title;
+}
+
 std::string flagsText(unsigned flags)
 {
     constexpr std::pair<unsigned, const char*> names[] = {{fileFlag::audio, "audio"},

@@ -36,6 +36,8 @@ std::string recordRow(const QoFileDbItem& item);
 /// Each field but the path on a line of its own, for people.
 std::string recordText(const QoFileDbItem& item);
 
+/// "artist - title", or the one that there is; on one line.
+std::string artistAndTitle(const QoFileDbItem& item);
 /// The names of the flags that are set: "audio, music"; "none" without any.
 std::string flagsText(unsigned flags);
 } // namespace qo::cli

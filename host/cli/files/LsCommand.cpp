@@ -19,14 +19,6 @@ struct ListOptions
     std::optional<std::string> format;
 };
 
-/// "artist - title", or the one that there is.
-std::string nameOf(const QoFileDbItem& item)
-{
-    const std::string artist = oneLine(item.artist);
-    const std::string title = oneLine(item.title);
-    return artist.empty() || title.empty() ? artist + title : artist + " - " + title;
-}
-
 /// A path alone for another program: raw where a NUL ends it, else without line breaks.
 std::string plainPath(const ListOptions& options, const QoFileDbItem& item)
 {
@@ -58,7 +50,7 @@ public:
             return m_line.out.line(recordRow(item));
         if (!m_format && !m_options.withNul && m_line.out.isTerminal())
             return m_table.addCells({item.duration > 0 ? durationText(item.duration) : "",
-                                     nameOf(item),
+                                     artistAndTitle(item),
                                      plainPath(m_options, item)});
         std::string text = m_format ? m_format->lineOf(item) : plainPath(m_options, item);
         if (!m_options.withNul)

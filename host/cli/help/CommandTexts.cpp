@@ -202,6 +202,26 @@ const std::vector<CommandText> texts = {
 {"reorg forget", {
     {"qo reorg forget 20261121-211035", "Set a run aside whose disk will not come back", 4},
     {"qo reorg forget 20261121-211035 --dry-run", "Show what that would do", 4}}},
+{"extract", {
+    {"qo extract write mine.txt", "Write what one has into a text file, for a friend"},
+    {"qo extract show mine.txt", "List what such a file holds", 4}},
+    "An extract names the files of a collection with their artists, titles and sizes; the files "
+    "themselves, lyrics and pictures are not in it."},
+{"extract write", {
+    {"qo extract write mine.txt", "All music and videos of the collection"},
+    {"qo extract write rock.txt genre:rock --dry-run", "How many files a query would offer"}}},
+{"extract show", {
+    {"qo extract show mine.txt", "List the files of an extract", 4},
+    {"qo extract show mine.txt --json", "The same for a program", 4}}},
+{"share", {
+    {"qo share invite Ben", "Make a link in which you, Ben, invite a friend"},
+    {"qo share check link.txt", "Say whether a link is whole, and who invites", 1}}},
+{"share invite", {
+    {"qo share invite Ben", "Print a link in which you, Ben, invite a friend; nothing is kept"},
+    {"qo share invite Ben --text 'My records'", "With a word for the friend"}}},
+{"share check", {
+    {"qo share check link.txt", "Check the link that a file begins with", 1},
+    {"qo share check 'https://qokernel.example/anywhere/1?t=1&u=Ben&w=&v=1&c=0'", "Or one as it was copied", 1}}},
 {"config", {
     {"qo config", "All settings"},
     {"qo config set TraceLevel Info", "Change one"},

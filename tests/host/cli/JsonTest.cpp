@@ -68,6 +68,10 @@ constexpr const char* calls[] = {"scan",
                                  "config set Language de",
                                  "config unset Language",
                                  "log",
+                                 "extract write DIR/mine.txt",
+                                 "extract show DIR/mine.txt",
+                                 "share invite Ann",
+                                 "share check DIR/link.txt",
                                  "db check",
                                  "db snapshots",
                                  "db repair",
@@ -99,11 +103,12 @@ TEST(Json, EveryCommandGivesOneObjectALineOrRefuses)
     qo.dir.write("front.jpg",
                  std::string("\xff\xd8\xff\xe0\0\x10JFIF\0\1\1\0\0\1\0\1\0\0\xff\xd9", 22));
     qo.dir.makeFolder("more");
+    qo.dir.write("link.txt", qo.run({"share", "invite", "Ann"}).out);
     ASSERT_EQ(qo.scan().code, 0);
 
     // What follows the disk until it is stopped, and texts of another kind, which are refused.
     std::set<std::string> named = {"qo", "qo watch", "qo tag", "qo cover", "qo reorg", "qo db"};
-    named.insert("qo db dump");
+    named.insert({"qo db dump", "qo extract", "qo share"});
     for (const char* const line : calls)
     {
         const std::vector<std::string> words = wordsOf(line, song, qo.dir.path());
