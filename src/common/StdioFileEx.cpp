@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 // Reading goes through a buffer, byte by byte, so that UTF-8 and UTF-16 lines are found in the same
 // way; writing collects up to 64 KiB. The encoding of a file that is read follows from its mark.
@@ -121,30 +122,52 @@ bool CStdioFileEx::ReadString(CString& line)
 {
     line.Empty();
     skipMark();
-    std::string bytes;
-    CString wide;
-    bool any = false;
-    for (int byte = nextByte(); byte >= 0; byte = nextByte())
-    {
-        any = true;
-        int unit = byte;
-        if (m_isUnicode)
-        {
-            const int high = nextByte();
-            if (high < 0)
-                break;
-            unit |= high << 8;
-        }
-        if (unit == '\n')
-            break;
-        if (m_isUnicode && static_cast<std::size_t>(wide.GetLength()) < longestLine / 2)
-            wide += static_cast<char16_t>(unit);
-        else if (!m_isUnicode && bytes.size() < longestLine)
-            bytes += static_cast<char>(unit);
-    }
-    line = m_isUnicode ? wide : qo::fromUtf8(bytes);
+    const bool any = m_isUnicode ? readWideLine(line) : readByteLine(line);
     if (!line.IsEmpty() && line[line.GetLength() - 1] == u'\r')
         line = line.Left(line.GetLength() - 1);
+    return any;
+}
+
+bool CStdioFileEx::readWideLine(CString& line)
+{
+    bool any = false;
+    for (int low = nextByte(); low >= 0; low = nextByte())
+    {
+        any = true;
+        const int high = nextByte();
+        const int unit = low | high << 8;
+        if (high < 0 || unit == '\n')
+            break;
+        if (static_cast<std::size_t>(line.GetLength()) < longestLine / 2)
+            line += static_cast<char16_t>(unit);
+    }
+    return any;
+}
+
+/// Mostly a line ends in the block that it begins in, and is then taken in one piece.
+bool CStdioFileEx::readByteLine(CString& line)
+{
+    std::string ahead; // what stands in former blocks
+    bool any = false;
+    while (m_next < m_buffer.size() || fill())
+    {
+        any = true;
+        const std::string_view rest(m_buffer.data() + m_next, m_buffer.size() - m_next);
+        const std::size_t end = rest.find('\n');
+        const bool isWhole = end != std::string_view::npos;
+        const std::string_view piece =
+            rest.substr(0, std::min(isWhole ? end : rest.size(), longestLine - ahead.size()));
+        m_next += isWhole ? end + 1 : rest.size();
+        if (isWhole && ahead.empty())
+        {
+            line = qo::fromUtf8(piece);
+            return true;
+        }
+        ahead += piece;
+        if (isWhole)
+            break;
+    }
+    line = qo::fromUtf8(ahead);
     return any;
 }
 

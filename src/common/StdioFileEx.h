@@ -55,6 +55,8 @@ public:
     int error() const { return m_error; }
 
 private:
+    bool readWideLine(CString& line);
+    bool readByteLine(CString& line);
     bool fill();
     int nextByte();
     bool put(const void* data, std::size_t size);

@@ -17,13 +17,16 @@ public:
     /// The text with a shared buffer; "" for null.
     CString intern(const char16_t* text)
     {
-        if (!text || !*text)
+        return text ? intern(std::u16string_view(text)) : CString();
+    }
+    CString intern(std::u16string_view text)
+    {
+        if (text.empty())
             return {};
-        const std::u16string_view view(text);
-        CString& recent = m_recent[slotOf(view)];
-        if (recent.view() != view)
+        CString& recent = m_recent[slotOf(text)];
+        if (recent.view() != text)
         {
-            const auto found = m_texts.find(view);
+            const auto found = m_texts.find(text);
             recent = found != m_texts.end() ? *found : *m_texts.emplace(text).first;
         }
         return recent;
