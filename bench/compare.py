@@ -185,6 +185,13 @@ class Bench:
             self.note("bare renames", float(floor))
             self.note("apply of 10,000 renames", float(own))
 
+    def extract(self):
+        """An extract of all rows: the bare write of its bytes, its writing and its reading."""
+        for _ in range(self.options.runs):
+            output = self.run([self.tool("bench", "bench_extract"), self.database(self.data), self.fresh])
+            for name, time in zip(("bytes of an extract", "extract written", "extract read"), output.split()[1:]):
+                self.note(name, float(time))
+
     def one_change(self):
         for _ in range(self.options.runs):
             self.floor("one changed file", "bench_apply", self.data)
@@ -262,6 +269,9 @@ def judgements(bench):
         ratio_row("tracks by three words against load, whole processes", median("process query"), median("process load"), 1.15, 1.05)]
     yield bench.layouts, lambda: [ratio_row(name + " against the load", median(name), median("load"), 2, 1.2)
                                   for name in ("load of one folder", "load of one artist")]
+    rows_and_bytes = lambda: median("F4 read rows") + median("bytes of an extract")
+    yield bench.extract, lambda: [ratio_row(f"{name} against F4 and a write of its bytes", median(name), rows_and_bytes(), 1, 0.8)
+                                  for name in ("extract written", "extract read")]
     yield bench.one_change, lambda: [time_row("one changed file", median("one changed file"), 0.06, 0.02)]
     yield bench.analysis, lambda: [time_row("analysis", median("analysis"), 60, 10)]
     yield bench.plan, lambda: [time_row("plan for all files", median("plan for all files"), 2, 1)]

@@ -109,6 +109,12 @@ public:
         return field;
     }
     CString nextText() { return unescaped(next()); }
+    CString nextText(qo::TextPool& texts)
+    {
+        const std::u16string_view field = next();
+        return field.find(u'\\') == field.npos ? texts.intern(field)
+                                               : texts.intern(unescaped(field));
+    }
     int nextInt() { return qo::textToInt(next()); }
     std::int64_t nextInt64() { return qo::textToInt64(next()); }
     /// Whether more fields were asked for than there are.
@@ -129,8 +135,50 @@ bool isPeerPath(const CQoCollPath& path)
                                 [](const CString& name) { return name == u"." || name == u".."; });
 }
 
+/// Gives the paths of a peer as paths in his share. Files of one folder mostly stand together, and
+/// the folder is then looked at once.
+class PeerPaths
+{
+public:
+    explicit PeerPaths(const CString& shareId) : m_shareId(shareId) {}
+
+    /// The path in the share, for the field of a record; "" if it is none.
+    CString inShare(std::u16string_view field)
+    {
+        const std::size_t end = field.rfind(u"\\\\");
+        const bool isSplit = end != std::u16string_view::npos && end > 0 && field[end - 1] != u'\\';
+        const std::u16string_view name = isSplit ? field.substr(end + 2) : std::u16string_view();
+        if (name.empty() || name == u"." || name == u".." || name.find(u'\\') != name.npos)
+            return parsed(field);
+        CString last(name);
+        last.Replace(u"%", u"%%");
+        last.Insert(0, u"\\");
+        const std::u16string_view folder = field.substr(0, end);
+        if (m_start.IsEmpty() || folder != m_folder)
+        {
+            CString whole = parsed(field);
+            if (!whole.view().ends_with(last.view()))
+                return whole;
+            m_folder = folder;
+            m_start = whole.Left(whole.GetLength() - last.GetLength());
+        }
+        return m_start + last;
+    }
+
+private:
+    CString parsed(std::u16string_view field) const
+    {
+        const CQoCollPath path(unescaped(field));
+        return isPeerPath(path) ? CQoCollPath::makeShare(m_shareId, path).toString() : CString();
+    }
+
+    CString m_shareId;
+    std::u16string m_folder; ///< of the last path, as it stands in the field
+    CString m_start;         ///< the same in the share
+};
+
 /// A record of a line; null if it is none.
-QoFileDbItemPtr parseRecord(const CString& line, const CString& shareId, qo::TextPool& texts)
+QoFileDbItemPtr parseRecord(const CString& line, PeerPaths& paths, qo::TextPool& texts)
 {
     if (!line.view().starts_with(recordMark) || line.GetLength() > longestExtractLine ||
         line.view().find(u'\0') != std::u16string_view::npos)
@@ -138,21 +186,20 @@ QoFileDbItemPtr parseRecord(const CString& line, const CString& shareId, qo::Tex
     ExtractFields fields(line.view().substr(recordMark.size()));
     auto item = boost::make_shared<QoFileDbItem>();
     item->clipUid = CString(fields.next());
-    const CQoCollPath path(fields.nextText());
-    item->artist = texts.intern(fields.nextText());
+    item->path = paths.inShare(fields.next());
+    item->artist = fields.nextText(texts);
     item->title = fields.nextText();
-    item->album = texts.intern(fields.nextText());
-    item->genre = texts.intern(fields.nextText());
-    item->trackNumber = texts.intern(fields.nextText());
-    item->year = texts.intern(fields.nextText());
+    item->album = fields.nextText(texts);
+    item->genre = fields.nextText(texts);
+    item->trackNumber = fields.nextText(texts);
+    item->year = fields.nextText(texts);
     item->size = fields.nextInt64();
     item->duration = fields.nextInt();
     item->flags = static_cast<unsigned>(fields.nextInt());
     item->bitrate = fields.nextInt();
     item->createTime = qo::fromTicks(fields.nextInt64());
-    if (fields.isShort() || !isPeerPath(path))
+    if (fields.isShort() || item->path.IsEmpty())
         return {};
-    item->path = CQoCollPath::makeShare(shareId, path).toString();
     return item;
 }
 
@@ -320,10 +367,11 @@ CQoDbExtract::LoadQoDbExtract(const CString& name, const CString& path, QoFileDb
     }
     std::vector<QoFileDbItemPtr> rows;
     qo::TextPool texts;
+    PeerPaths paths(name);
     bool isTooLarge = file.GetLength() > largestExtract;
     while (version == extractVersion && !isTooLarge && file.ReadString(line))
     {
-        if (auto item = parseRecord(line, name, texts))
+        if (auto item = parseRecord(line, paths, texts))
             rows.push_back(std::move(item));
         isTooLarge = rows.size() > mostExtractRecords;
     }

@@ -3,6 +3,7 @@
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/Records/CollInfoDbItem.h"
+#include "common/CollPath.h"
 #include "support/LogCapture.h"
 #include "support/Print.h"
 #include "support/Records.h"
@@ -10,6 +11,8 @@
 #include "types/Utf.h"
 
 #include <gtest/gtest.h>
+
+#include <set>
 
 namespace
 {
@@ -191,6 +194,35 @@ TEST(QoDbExtract, WhatIsNoRecordIsLeftOut)
                                         "\\\\share:17\\c:\\b.mp3=1",
                                         "\\\\share:17\\C:\\six.mp3=6",
                                         "\\\\share:17\\C:\\unknownqcode.mp3=11"}));
+}
+
+TEST(QoDbExtract, PathsOfOneFolderAreThoseOfEachAlone)
+{
+    const TempDir dir;
+    const char16_t* const names[] = {
+        u"a.mp3", u"100% %1.mp3", u"tab\t.mp3", u"C:", u" ", u"\u00E9"};
+    const char16_t* const folders[] = {
+        u"C:", u"C:\\100%", u"C:\\Music\\x", u"\\\\nas", u"\\\\nas\\m\tn", u"C:\\Music\\x"};
+    QoFileDbItemArray files;
+    std::set<std::u16string> expected;
+    for (const CString folder : folders)
+    {
+        for (const CString name : names)
+        {
+            files.Add(sampleRecord(folder + u"\\" + name));
+            expected.emplace(
+                CQoCollPath::makeShare(u"17", CQoCollPath(files[files.GetSize() - 1]->path))
+                    .toString()
+                    .view());
+        }
+    }
+    ASSERT_EQ(CQoDbExtract::CreateQoDbExtract(files, dir.collPath("extract.txt"), {}), 1);
+    QoFileDbItemArray back;
+    ASSERT_EQ(CQoDbExtract::LoadQoDbExtract(u"17", dir.collPath("extract.txt"), back), 1);
+    std::set<std::u16string> found;
+    for (const QoFileDbItemPtr& item : back)
+        found.emplace(item->path.view());
+    EXPECT_EQ(found, expected);
 }
 
 TEST(QoDbExtract, RecordsJoinThoseThatAreThereAsOneByOne)
