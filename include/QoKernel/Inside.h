@@ -1,11 +1,12 @@
 #pragma once
 
 // What the command's own core needs beyond the public face: the facade over SQLite, its backup and
-// its settings, what a file system can hold and the replacement of files. It is not installed and
-// promises nothing; host/core alone may include it.
+// its settings, what a file system can hold, the replacement of files and the check of XML. It is
+// not installed and promises nothing; host/core alone may include it.
 #include "Database/src/DbFacade/SQLiteBackup.h"
 #include "Database/src/DbFacade/SQLiteThreads.h"
 #include "Database/src/DbFacade/SQLiteWrapper.h"
+#include "common/XmlCheck.h"
 #include "platform/FileReplacement.h"
 #include "platform/FolderNames.h"
 #include "platform/TemporaryNames.h"

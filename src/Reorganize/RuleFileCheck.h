@@ -12,10 +12,6 @@ constexpr int deepestRuleFile = 256;             ///< nesting of elements, the r
 constexpr int mostRuleFileElements = 10000;
 constexpr int mostRuleFileAttributes = 64; ///< for one element
 
-/// Whether the bytes may be given to the XML parser, which recurses with the nesting, searches
-/// attributes linearly, and is not safe against invalid UTF-8 or texts that end too early. They
-/// must be within the limits above, be UTF-8 without control characters, and consist of complete
-/// tags with quoted attributes, comments, CDATA sections, instructions and declarations. Whether
-/// start and end tags match is left to the parser. Takes time in proportion to the size.
+/// Whether the bytes may be given to the XML parser: see isReadableXml(), with the limits above.
 QO_API bool isReadableRuleFile(std::string_view bytes);
 } // namespace qo
