@@ -33,6 +33,7 @@ HOST_ORDER = (
     {"core/stats"},
     {"core/rules"},
     {"core/plan"},
+    {"core/playlist"},
     {"core/runs"},
     {"core/load"},
     {"core/moved"},
@@ -43,7 +44,7 @@ HOST_ORDER = (
     {"cli/files"},
     {"cli/music"},
     {"cli/tags"},
-    {"cli/rules", "cli/admin", "cli/sharing"},
+    {"cli/rules", "cli/admin", "cli/sharing", "cli/playlist"},
 )
 # Folders that do not know each other, whatever their ranks.
 STRANGERS = ({"KVTagLib", "common"}, {"KVTagLib", "Database"}, {"cli/rules", "cli/admin"})
@@ -137,6 +138,8 @@ def check_host_include(path, quoted, target, exists):
         return None
     if re.fullmatch(r"sqlite3\.h|taglib/.*|unicode/.*", target):
         return f"a host reaches <{target}> through the library"
+    if target == "tinyxml.h" and not path.startswith("core/playlist/Xspf"):
+        return "<tinyxml.h> belongs to the reader of XSPF alone"
     if target == "QoKernel/Inside.h" and not path.startswith("core/") and path not in INSIDERS:
         return "<QoKernel/Inside.h> is for host/core alone"
     if HEAVY_HEADERS.get(target, path) != path:

@@ -24,4 +24,25 @@ inline std::string percentEncoded(std::string_view bytes, std::string_view plain
     }
     return text;
 }
+
+/// The bytes again. What is no "%" with two digits stays as it is.
+inline std::string percentDecoded(std::string_view text)
+{
+    const auto valueOf = [](char c)
+    {
+        return c >= '0' && c <= '9'   ? c - '0'
+               : c >= 'A' && c <= 'F' ? c - 'A' + 10
+               : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                                      : -1;
+    };
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i)
+    {
+        const int high = text[i] == '%' && i + 2 < text.size() ? valueOf(text[i + 1]) : -1;
+        const int low = high >= 0 ? valueOf(text[i + 2]) : -1;
+        bytes += low >= 0 ? static_cast<char>(high * 16 + low) : text[i];
+        i += low >= 0 ? 2 : 0;
+    }
+    return bytes;
+}
 } // namespace qo

@@ -436,6 +436,10 @@ bool HostStore::isSound() const
                 (void)numberOf(db, u"SELECT count(*) FROM FACT_T NOT INDEXED");
             if (storeSchema::has(db, storeSchema::marks))
                 (void)numberOf(db, u"SELECT count(*) FROM CHECKED_T NOT INDEXED");
+            if (storeSchema::has(db, storeSchema::playlists))
+                for (const char16_t* table :
+                     {u"PLAYLIST_ENTRY_T", u"PLAYLIST_CHANGE_T", u"LIVING_LIST_T"})
+                    (void)numberOf(db, u"SELECT count(*) FROM " + CString(table) + u" NOT INDEXED");
         }
         return true;
     }

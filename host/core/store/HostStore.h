@@ -4,6 +4,8 @@
 #include "core/store/StoreRows.h"
 
 #include <functional>
+#include <map>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -64,6 +66,26 @@ public:
     std::unordered_set<CString> checkedFiles() const;
     void changeChecked(const std::vector<CString>& gone, const std::vector<CString>& added);
     void clearChecked();
+
+    // Playlists, by the ids that the kernel gives them. A change begins here, then the kernel's
+    // list is changed, and then it ends here: what is cut short between can be seen and finished.
+
+    std::vector<StoredEntry> playlistEntries(int playlist) const;
+    /// Replaces the entries. tracks is the kernel's list before its change.
+    void beginPlaylistChange(int playlist,
+                             const CString& tracks,
+                             const std::vector<StoredEntry>& entries);
+    void endPlaylistChange(int playlist);
+    /// The kernel's list before the change, if one has begun and not ended.
+    std::optional<CString> begunPlaylistChange(int playlist) const;
+    void forgetPlaylist(int playlist);
+    /// How many entries without a file each playlist has; those with none are left out.
+    std::map<int, int> entriesWithoutFile() const;
+
+    /// By their names.
+    std::vector<LivingList> livingLists() const;
+    /// Removes the one of that name, if there is one, and adds another unless its name is "".
+    void replaceLivingList(const CString& formerName, const LivingList& list);
 
 private:
     using Work = std::function<void(CSQLiteDB&)>;

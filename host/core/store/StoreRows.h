@@ -34,6 +34,27 @@ struct StoredHead
     std::uint64_t digest = 0;
 };
 
+/// An entry of a playlist: which song is meant, as it was when the entry was made.
+struct StoredEntry
+{
+    int row = 0;      ///< row id in the collection, as the kernel's list has it; 0 for none
+    CString id;       ///< lasting id of the file; "" if it was never found
+    CString path;     ///< collection form; "" if text has the place
+    CString text;     ///< a place that is no path of this system, such as a web address
+    CString title;    ///< as are artist and duration: of the file, or as the list had it
+    CString artist;   ///< "" if it is not known
+    int duration = 0; ///< milliseconds; 0 if it is not known
+
+    bool operator==(const StoredEntry&) const = default;
+};
+
+/// A playlist that is looked up whenever it is shown.
+struct LivingList
+{
+    CString name;
+    CString query; ///< as it was typed
+};
+
 /// What a scan has read, but whose names it has not analysed, since it was cut short.
 struct ScanMark
 {

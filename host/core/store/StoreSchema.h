@@ -10,8 +10,9 @@ namespace qo::host::storeSchema
 void make(CSQLiteDB& db);
 /// Whether the tables are there to be read; false for a store that is only being made.
 bool isMade(CSQLiteDB& db);
-/// The versions with which tables came: FACT_T, CHECKED_T.
+/// The versions with which tables came: FACT_T, CHECKED_T, those of playlists.
 constexpr int facts = 2;
 constexpr int marks = 3;
+constexpr int playlists = 4;
 bool has(CSQLiteDB& db, int version);
 } // namespace qo::host::storeSchema
