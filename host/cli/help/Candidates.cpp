@@ -6,6 +6,7 @@
 #include "core/collection/FileFields.h"
 #include "core/load/Snapshots.h"
 #include "core/load/StoredNames.h"
+#include "core/playlist/Playlists.h"
 #include "core/query/QueryField.h"
 #include "core/query/RecordOrder.h"
 #include "core/roots/RootFolders.h"
@@ -92,6 +93,7 @@ enum class Values
     albums,
     genres,
     rules,
+    playlists,
     settings,
     settingValues, ///< of the setting that is named before
     fields,
@@ -118,6 +120,7 @@ constexpr ValueRow valueRows[] = {{"*", "--artist", Values::artists},
                                   {"*", "--genre", Values::genres},
                                   {"*", "--rule", Values::rules},
                                   {"*", "RULE", Values::rules},
+                                  {"*", "PLAYLIST", Values::playlists},
                                   {"*", "KEY", Values::settings},
                                   {"config set", "VALUE", Values::settingValues},
                                   {"*", "FIELD", Values::fields},
@@ -162,6 +165,17 @@ public:
                 const host::RuleStore store;
                 for (const CString& id : store.ids())
                     list.push_back(host::RuleStore::nameOf(id));
+                return list;
+            });
+    }
+    Words playlists()
+    {
+        return m_session.kernel().run(
+            []
+            {
+                Words list;
+                for (const auto& each : host::Playlists().all())
+                    list.push_back(toUtf8(each.list.name));
                 return list;
             });
     }
@@ -358,6 +372,8 @@ void addValues(Candidates& found,
         return addAll(found, CandidateNames(line, cursor).names(NameKind::genre));
     case Values::rules:
         return addAll(found, CandidateNames(line, cursor).rules());
+    case Values::playlists:
+        return addAll(found, CandidateNames(line, cursor).playlists());
     case Values::settings:
         return addAll(found, CandidateNames(line, cursor).settings());
     case Values::settingValues:

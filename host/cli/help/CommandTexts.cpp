@@ -58,6 +58,57 @@ const std::vector<CommandText> texts = {
 {"stats", {
     {"qo stats", "Files, playing time and size, by kind, format, decade, genre, artist"},
     {"qo stats genre:rock --limit 3 --svg rock.svg", "Of what a query finds, with a picture"}}},
+{"playlist", {
+    {"qo playlist", "List the playlists"},
+    {"qo playlist new Evening genre:rock year:1989", "Make one of the songs that a query finds"},
+    {"qo playlist export Party party.m3u8", "Write it for another player"}},
+    "A playlist keeps its songs when they are moved and tagged. A living list is looked up whenever it is shown."},
+{"playlist ls", {
+    {"qo playlist ls", "The playlists and how many songs they have"},
+    {"qo playlist ls --json", "The same for a program"}}},
+{"playlist show", {
+    {"qo playlist show Party", "The songs of a playlist with their positions"},
+    {"qo playlist show Party --json", "The same for a program"}}},
+{"playlist new", {
+    {"qo playlist new Evening genre:rock --sort year", "Of the songs that a query finds"},
+    {"qo playlist new Nineties --query \"year:1990..1999\"", "A living list, looked up whenever it is shown"}}},
+{"playlist rename", {
+    {"qo playlist rename Party \"Old party\"", "Give it another name"},
+    {"qo playlist rename \"#1\" Feast --dry-run", "The one with this id; show what that would do"}}},
+{"playlist add", {
+    {"qo playlist add Party artist:kino", "Put songs at the end"},
+    {"qo playlist add Party Music/Kino --at 1", "Put them first"}}},
+{"playlist remove", {
+    {"qo playlist remove Party title:rain", "Take songs out; the files stay"},
+    {"qo playlist remove Party --at 1,3-4", "Those at these positions"}}},
+{"playlist move", {
+    {"qo playlist move Party 3 1", "The third song becomes the first"},
+    {"qo playlist move Party 1-2 9", "The first two go to the end"}}},
+{"playlist rm", {
+    {"qo playlist rm Party --yes", "Remove a playlist; its files stay"},
+    {"qo playlist rm Party --dry-run", "Show what that would do"}}},
+{"playlist import", {
+    {"qo playlist import Downloads/old.m3u", "Take in a list of another player"},
+    {"qo playlist import Downloads/old.m3u --name Summer --match", "Look by the tags for what is elsewhere now"}}},
+{"playlist export", {
+    {"qo playlist export Party party.xspf", "Write a list; the ending chooses the format"},
+    {"qo playlist export Party --copy-to stick", "Copy the songs too, with names for any disk"},
+    {"qo playlist export Party -", "The list to the output"}}},
+{"playlist check", {
+    {"qo playlist check", "Name the entries that do not mean their songs"},
+    {"qo playlist check Party --json", "Those of one playlist, for a program"}}},
+{"playlist repair", {
+    {"qo playlist repair", "Look for the songs of such entries"},
+    {"qo playlist repair --dry-run", "Only show what would be found"}}},
+{"session", {
+    {"qo session", "List the sessions in which files were recorded"},
+    {"qo session ls --json", "The same for a program"}}},
+{"session ls", {
+    {"qo session ls", "The sessions with their times and files"},
+    {"qo session ls --long", "With all that is known of each"}}},
+{"session show", {
+    {"qo session show 1", "The files of a session; there must be one of that id", 4},
+    {"qo session show 1 --json", "The same for a program", 4}}},
 {"view", {
     {"qo view --left genres --select Rock", "The artists and albums of a genre"},
     {"qo view --select \"Hidden Machine\" --middle Stranger", "The files of an album"}},

@@ -107,6 +107,20 @@ void makeRule(const Library& library)
 {
     EXPECT_EQ(library.run({"rule", "new", "mine"}).code, 0);
 }
+void makePlaylist(const Library& library)
+{
+    EXPECT_EQ(library.run({"playlist", "new", "x", "@x"}).code, 0);
+}
+void writeList(const Library& library)
+{
+    library.qo.dir.write("x.m3u", "music/x/loose.mp3\n");
+}
+void loseSong(const Library& library)
+{
+    makePlaylist(library);
+    fs::remove(library.qo.music("x/other.mp3"));
+    EXPECT_EQ(library.run({"scan"}).code, 0);
+}
 void rescan(const Library& library)
 {
     fs::remove(library.qo.music("x/other.mp3"));
@@ -183,6 +197,23 @@ const Case cases[] = {
     {"cover remove, locked", {"cover", "remove", "@x/loose.mp3"}, 1, locked("music/x", setCover)},
     {"mark", {"mark", "@x/loose.mp3"}, 0},
     {"mark, store locked", {"mark", "@x/loose.mp3"}, 1, locked(store)},
+    {"playlist new", {"playlist", "new", "x", "@x"}, 0},
+    {"playlist new, store locked", {"playlist", "new", "x", "@x"}, 1, locked(store)},
+    {"living list", {"playlist", "new", "x", "--query", "kino"}, 0},
+    {"playlist rm", {"playlist", "rm", "x"}, 0, makePlaylist},
+    {"playlist move", {"playlist", "move", "x", "1", "2"}, 0, makePlaylist},
+    {"playlist export", {"playlist", "export", "x", "%home/x.m3u"}, 0, makePlaylist},
+    {"playlist export, locked",
+     {"playlist", "export", "x", "%home/x.m3u"},
+     1,
+     locked("home", makePlaylist)},
+    {"playlist copies", {"playlist", "export", "x", "--copy-to", "%home/x"}, 0, makePlaylist},
+    {"playlist copies, locked",
+     {"playlist", "export", "x", "--copy-to", "%home/x"},
+     1,
+     locked("home", makePlaylist)},
+    {"playlist import", {"playlist", "import", "%x.m3u"}, 0, writeList},
+    {"playlist repair", {"playlist", "repair"}, 6, loseSong},
     {"scan", {"scan"}, 0, lost(loose)},
     {"roots add", {"roots", "add", "%home"}, 0},
     {"roots rm, settings locked", {"roots", "rm", "@"}, 1, locked("data")},

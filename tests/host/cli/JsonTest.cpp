@@ -42,6 +42,23 @@ constexpr const char* calls[] = {"scan",
                                  "cover show SONG",
                                  "cover extract SONG --to DIR/more",
                                  "cover remove SONG",
+                                 "playlist new list SONG",
+                                 "playlist add list SONG",
+                                 "playlist move list 1 2",
+                                 "playlist remove list --at 2",
+                                 "playlist show list",
+                                 "playlist export list DIR/list.m3u",
+                                 "playlist export list --copy-to DIR/more",
+                                 "playlist import DIR/list.m3u --name more",
+                                 "playlist check",
+                                 "playlist repair",
+                                 "playlist rename more second",
+                                 "playlist rm second",
+                                 "playlist",
+                                 "playlist ls",
+                                 "session",
+                                 "session ls",
+                                 "session show 1",
                                  "rule",
                                  "rule new mine",
                                  "rule copy mine second",
@@ -105,6 +122,7 @@ TEST(Json, EveryCommandGivesOneObjectALineOrRefuses)
     qo.dir.makeFolder("more");
     qo.dir.write("link.txt", qo.run({"share", "invite", "Ann"}).out);
     ASSERT_EQ(qo.scan().code, 0);
+    qo.runSql("INSERT INTO SESSION_T VALUES (1, 'a session', 8, 0, 0)");
 
     // What follows the disk until it is stopped, and texts of another kind, which are refused.
     std::set<std::string> named = {"qo", "qo watch", "qo tag", "qo cover", "qo reorg", "qo db"};

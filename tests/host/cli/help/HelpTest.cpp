@@ -74,7 +74,9 @@ TEST(Help, EveryExampleRunsInASmallLibrary)
         qo -q rm Music/Kino/Album/02.mp3
         qo -q tag set "Music/Iron Circus/Heart/01 - Heart.mp3" year=2015 >/dev/null
         qo -q config set TraceLevel Info
-        qo -q cover set Music/Iron* --image Pictures/front.jpg --yes)");
+        qo -q cover set Music/Iron* --image Pictures/front.jpg --yes
+        qo -q playlist new Party "Music/Hidden Machine"
+        qo -q playlist export Party Downloads/old.m3u)");
     home.run0("qo -q scan; qo -q reorg plan --rule artist-track");
     home.keep();
     // All that an example may have changed, apart from the logs.
