@@ -309,7 +309,7 @@ int CQoDbExtract::CreateQoDbExtract(const QoFileDbItemArray& files,
                                     const CString& path,
                                     const FILETIME& time)
 {
-    qo::log(qo::level::detail, u"-> CQoDbExtract::CreateQoDbExtract");
+    qo::log(qo::level::step, u"-> CQoDbExtract::CreateQoDbExtract");
     CString header;
     header.Format(u"QODB_EXTRACT_VERSION:%u;QODB_EXTRACT_REVISION:%u;TIME_INFO:%s;\r\n",
                   extractVersion,
@@ -329,7 +329,7 @@ int CQoDbExtract::CreateQoDbExtract(const QoFileDbItemArray& files,
                 qo::errorText(error));
         return 0;
     }
-    qo::log(qo::level::detail, u"CQoDbExtract::CreateQoDbExtract ->");
+    qo::log(qo::level::step, u"CQoDbExtract::CreateQoDbExtract ->");
     return 1;
 }
 
