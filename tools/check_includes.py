@@ -21,7 +21,7 @@ SRC_ORDER = (
     {"Analyze"},
     {"QoColl/Db"},
     {"QoColl/Collection"},
-    {"QoColl/Sharing"},
+    {"QoColl/Sharing", "QoColl/Statistics"},
     {"Reorganize", "UserView", "QoColl/Player"},
 )
 HOST_ORDER = (
@@ -55,6 +55,7 @@ EXCEPTIONS = {
     ("QoColl/Db/QoCollDbUpdates.cpp", "QoColl/Sharing/ShareInvitation.h"): "old shares get the links that invitations are made of",
     ("Physical/HDFile.cpp", "QoColl/Collection/QoUtils.h"): "kinds of files and the order of paths are questions to CQoUtils",
     ("cli/shown/Listing.h", "cli/CommandLine.h"): "a listing takes the form that the command line asks for",
+    ("QoColl/Collection/QoCollectionBuild.cpp", "QoColl/Statistics/QoStatistics.h"): "a collection that was built logs its numbers",
     ("core/rules", "core/plan"): "a rule's text is the name of a target",
     ("core/session", "core/load"): "a session makes its database ready",
 }

@@ -12,6 +12,7 @@
 #include "QoColl/Collection/RecordAhead.h"
 #include "QoColl/Collection/subsets/QoCollSubset.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Statistics/QoStatistics.h"
 #include "common/Log.h"
 #include "common/QoProgress.h"
 #include "platform/Clock.h"
@@ -180,6 +181,7 @@ void CQoCollection::createColl(QoFileDbItemArray& files,
     createLTObjects(files, progress);
     progress->setRange(IQoProgress::rangeUnknown, 0);
     followBuilt(files);
+    CQoStatistics::logStatistics(*this);
     log(level::timing,
         u"CQoCollection::createColl : end (took %d millis)",
         qo::systemClock().tickCount() - start);
