@@ -31,6 +31,14 @@ ListedSong songOf(const StoredEntry& entry)
     return {{}, entry.title, entry.artist, {}, entry.duration};
 }
 
+/// A remembered place; no list can hold a line break in it.
+std::string lineOf(std::string place)
+{
+    for (char& c : place)
+        c = c == '\n' || c == '\r' ? ' ' : c;
+    return place;
+}
+
 /// ".mp3", or "".
 std::string endingOf(const std::string& path)
 {
@@ -123,6 +131,7 @@ std::vector<ListedSong> exportedSongs(const std::vector<StoredEntry>& entries,
                                       std::vector<std::size_t>& missing)
 {
     std::vector<ListedSong> songs;
+    songs.reserve(entries.size());
     EntryLookup lookup;
     for (std::size_t i = 0; i < entries.size(); ++i)
     {
@@ -133,7 +142,7 @@ std::vector<ListedSong> exportedSongs(const std::vector<StoredEntry>& entries,
         ListedSong song = isFound ? songOf(*answer.item) : songOf(entries[i]);
         const CString& path = isFound ? answer.item->path : entries[i].path;
         const std::string system = path.IsEmpty() ? "" : toSystemPath(path);
-        song.place = system.empty() ? placeOf(entries[i]) : placeFor(system, style, folder);
+        song.place = system.empty() ? lineOf(placeOf(entries[i])) : placeFor(system, style, folder);
         if (!song.place.empty())
             songs.push_back(std::move(song));
     }

@@ -18,6 +18,7 @@ namespace
 {
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 constexpr int millisecondsPerSecond = 1000;
+constexpr int longestNames = 4096; ///< UTF-16 units of artist and title in a list
 
 /// Latin-1 where it is no UTF-8.
 CString decoded(std::string_view bytes)
@@ -78,7 +79,10 @@ std::string forEachLine(std::string_view text, Take take)
     std::size_t number = 0;
     for (std::size_t at = 0; at < text.size(); ++number)
     {
-        const std::size_t end = std::min(text.find_first_of("\r\n", at), text.size());
+        const auto* const start = text.begin() + at;
+        const auto* const stop =
+            std::find_if(start, text.end(), [](char c) { return c == '\n' || c == '\r'; });
+        const auto end = static_cast<std::size_t>(stop - text.begin());
         const std::string_view line = text.substr(at, end - at);
         at = end + (text.substr(end, 2) == "\r\n" ? 2 : 1);
         if (line.size() > longestPlaylistLine)
@@ -178,9 +182,10 @@ std::string parseText(std::string_view text, std::vector<ListedSong>& songs)
     return beginsWith(start, "[playlist]") ? parsePls(text, songs) : parseM3u(text, songs);
 }
 
-/// In one line.
+/// In one line that can be read again.
 std::string lineOf(CString text)
 {
+    text = text.Left(wholeCharacters(text, longestNames));
     for (int i = 0; i < text.GetLength(); ++i)
         if (text[i] < u' ' || text[i] == u'\x7F')
             text.SetAt(i, u' ');

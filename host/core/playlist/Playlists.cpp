@@ -7,8 +7,6 @@
 #include "core/roots/StoredRoots.h"
 #include "core/session/Session.h"
 
-#include <QoKernel/Physical.h>
-
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
@@ -29,25 +27,30 @@ void readAll(DbItemArray<QoPlaylistDbItem>& items)
         CMpPlaylistUtils::GetAllUserPlaylists(items);
 }
 
-std::vector<int> rowsOf(const CString& tracks)
+std::vector<int> rowsOf(const CStringArray& tracks)
 {
     std::vector<int> rows;
-    for (const CString& track : CStringArray::split(tracks, u';'))
+    rows.reserve(static_cast<std::size_t>(tracks.GetSize()));
+    for (const CString& track : tracks)
         rows.push_back(textToInt(track.view()));
+    return rows;
+}
+
+std::vector<int> rowsOf(const std::vector<StoredEntry>& entries)
+{
+    std::vector<int> rows;
+    rows.reserve(entries.size());
+    for (const StoredEntry& entry : entries)
+        if (entry.row != 0)
+            rows.push_back(entry.row);
     return rows;
 }
 
 CStringArray tracksOf(const std::vector<StoredEntry>& entries)
 {
     CStringArray tracks;
-    for (const StoredEntry& entry : entries)
-    {
-        if (entry.row == 0)
-            continue;
-        CString track;
-        track.Format(u"%d", entry.row);
-        tracks.Add(track);
-    }
+    for (const int row : rowsOf(entries))
+        tracks.Add(fromUtf8(std::to_string(row)));
     return tracks;
 }
 
@@ -154,9 +157,9 @@ Playlist Playlists::read(const QoPlaylistDbItem& item) const
 {
     Playlist list{item.id, item.name, {}, m_store.playlistEntries(item.id), {}};
     list.tracks = item.tracks.join(separator);
-    const bool isSame = tracksOf(list.entries).join(separator) == list.tracks;
-    if (!isSame && m_store.begunPlaylistChange(item.id) != list.tracks)
-        list.entries = Merge(std::move(list.entries)).run(rowsOf(list.tracks));
+    const std::vector<int> rows = rowsOf(item.tracks);
+    if (rows != rowsOf(list.entries) && m_store.begunPlaylistChange(item.id) != list.tracks)
+        list.entries = Merge(std::move(list.entries)).run(rows);
     return list;
 }
 
@@ -273,19 +276,30 @@ const char* wordOf(EntryState state)
     return "text";
 }
 
+QoFileDbItemPtr EntryLookup::itemOf(int row)
+{
+    if (m_own.empty())
+    {
+        QoFileDbItemArray files;
+        ownCollection().copyFiles(files);
+        m_own.reserve(static_cast<std::size_t>(files.GetSize()));
+        for (const QoFileDbItemPtr& item : files)
+            m_own.emplace(item->id, item);
+    }
+    if (const auto found = m_own.find(row); found != m_own.end())
+        return found->second;
+    if (!m_database)
+        m_database = std::make_unique<CQoCollDb>(Session::databasePath());
+    QoFileDbItemPtr item;
+    m_database->getFileFromDevice(row, item);
+    return item;
+}
+
 EntryLookup::Answer EntryLookup::look(const StoredEntry& entry)
 {
     if (entry.row == 0)
         return {EntryState::withoutFile, {}};
-    QoFileDbItemPtr item;
-    if (const auto file = ownCollection().getFileByID(entry.row))
-        item = file->getDbItem();
-    else
-    {
-        if (!m_database)
-            m_database = std::make_unique<CQoCollDb>(Session::databasePath());
-        m_database->getFileFromDevice(entry.row, item);
-    }
+    const QoFileDbItemPtr item = itemOf(entry.row);
     if (!item)
         return {EntryState::gone, {}};
     const bool isSame = entry.id.IsEmpty() || entry.id == item->velmoraId;

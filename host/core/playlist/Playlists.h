@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace qo::host
@@ -89,6 +90,10 @@ public:
     Answer look(const StoredEntry& entry);
 
 private:
+    QoFileDbItemPtr itemOf(int row);
+
+    std::unordered_map<int, QoFileDbItemPtr>
+        m_own;                             ///< the user's own files, once one was asked for
     std::unique_ptr<CQoCollDb> m_database; ///< opened for the first row that is not the user's own
 };
 

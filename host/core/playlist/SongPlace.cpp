@@ -7,14 +7,14 @@
 
 #include <algorithm>
 #include <cctype>
-#include <filesystem>
 #include <string_view>
 
 namespace qo::host
 {
 namespace
 {
-constexpr std::string_view plainInAddress = "/-._~!$&'()*+,;=@";
+constexpr std::string_view plainInPath = "/-._~!$&'()*+,;=@";
+constexpr std::string_view plainInAddress = "/-._~!$&'()*+,;=@:?#[]%";
 
 bool isLetter(char c)
 {
@@ -54,6 +54,23 @@ std::string pathOfAddress(const std::string& place)
     else if (rest.starts_with("///"))
         rest.erase(0, 2);
     return percentDecoded(rest);
+}
+
+/// How a plain path is reached from a plain folder, which is "" for "/".
+///
+///   /m/a.mp3 from /m/lists is ../a.mp3
+std::string relativeTo(const std::string& folder, const std::string& path)
+{
+    const auto [inFolder, inPath] =
+        std::mismatch(folder.begin(), folder.end(), path.begin(), path.end());
+    auto shared = static_cast<std::size_t>(inPath - path.begin());
+    const bool isWholeName = inFolder == folder.end() && inPath != path.end() && *inPath == '/';
+    if (!isWholeName)
+        shared = path.rfind('/', shared == 0 ? 0 : shared - 1);
+    std::string place;
+    for (std::size_t at = shared; at < folder.size(); ++at)
+        place += folder[at] == '/' ? "../" : "";
+    return place + path.substr(shared + 1);
 }
 
 /// A path seen from the folder, and what else its bytes may mean.
@@ -108,7 +125,7 @@ std::string placeFor(const std::string& path, PlaceStyle style, const std::strin
         return addressOf(path);
     if (style == PlaceStyle::absolute)
         return path;
-    const std::string place = std::filesystem::path(path).lexically_relative(folder).string();
+    const std::string place = relativeTo(folder == "/" ? "" : folder, path);
     // Seen alone, the name must not be taken for a path of another system or an address.
     const bool isClear = !isAddress(place) && !isDrivePath(place) && !place.starts_with('\\');
     return isClear ? place : "./" + place;
@@ -117,12 +134,12 @@ std::string placeFor(const std::string& path, PlaceStyle style, const std::strin
 std::string addressOf(const std::string& place)
 {
     if (isAddress(place))
-        return place;
+        return percentEncoded(place, plainInAddress);
     if (isDrivePath(place))
         return "file:///" + place.substr(0, 2) +
-               percentEncoded(withSlashes(place.substr(2)), plainInAddress);
+               percentEncoded(withSlashes(place.substr(2)), plainInPath);
     if (place.starts_with("\\\\"))
-        return "file:" + percentEncoded(withSlashes(place), plainInAddress);
-    return (place.starts_with('/') ? "file://" : "") + percentEncoded(place, plainInAddress);
+        return "file:" + percentEncoded(withSlashes(place), plainInPath);
+    return (place.starts_with('/') ? "file://" : "") + percentEncoded(place, plainInPath);
 }
 } // namespace qo::host

@@ -35,6 +35,6 @@ enum class PlaceStyle
 /// no list can hold, becomes an address.
 std::string placeFor(const std::string& path, PlaceStyle style, const std::string& folder);
 
-/// A place as a URI reference: addresses stay, paths are percent-encoded.
+/// A place as a URI reference: paths are percent-encoded, and so is what no address can have.
 std::string addressOf(const std::string& place);
 } // namespace qo::host

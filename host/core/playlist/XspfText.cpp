@@ -70,6 +70,9 @@ std::string parseXspf(std::string_view text, std::vector<ListedSong>& songs)
         if (songs.size() == mostListedSongs)
             return "it has more than " + std::to_string(mostListedSongs) + " songs";
         ListedSong song = songOf(*track);
+        if (song.place.size() > longestPlaylistLine)
+            return "a location is longer than " + std::to_string(longestPlaylistLine >> 10) +
+                   " KiB";
         if (!song.place.empty() || !song.title.IsEmpty())
             songs.push_back(std::move(song));
     }

@@ -129,6 +129,23 @@ TEST(PlaylistText, WhatIsWrittenIsReadAlike)
     EXPECT_TRUE(code == 0 || code == notInstalled);
 }
 
+TEST(PlaylistText, OddTextsStillMakeAListThatCanBeRead)
+{
+    const std::vector<ListedSong> songs = {
+        {"http://x/a b\xFF", CString(u'x', 100000), u"a - b", u"", 0}};
+    for (const PlaylistFormat format :
+         {PlaylistFormat::m3u, PlaylistFormat::pls, PlaylistFormat::xspf})
+    {
+        std::vector<ListedSong> again;
+        EXPECT_EQ(parsePlaylist(playlistText(format, u"", songs), again), "");
+        EXPECT_EQ(again.size(), 1U);
+    }
+    EXPECT_TRUE(
+        contains(parsed(xspf("<track><location>" + std::string(longestPlaylistLine + 1, 'x') +
+                             "</location></track>")),
+                 "a location is longer than 32 KiB"));
+}
+
 TEST(SongPlace, MeansPathsOfThisSystemOrOfAnother)
 {
     struct Case
@@ -160,6 +177,21 @@ TEST(SongPlace, MeansPathsOfThisSystemOrOfAnother)
         EXPECT_EQ(meaning.paths, each.paths) << each.place;
         EXPECT_EQ(meaning.foreign, each.foreign) << each.place;
     }
+}
+
+TEST(SongPlace, RelativePlacesGoUpAsFarAsNeeded)
+{
+    const std::vector<std::string> cases[] = {{"/l", "/l/a", "a"},
+                                              {"/l", "/l2/a", "../l2/a"},
+                                              {"/l2", "/l/a", "../l/a"},
+                                              {"/l/m/n", "/l/a", "../../a"},
+                                              {"/l/m", "/x/y/a", "../../x/y/a"},
+                                              {"/", "/x/a", "x/a"},
+                                              {"/l", "/a", "../a"},
+                                              {"/l/m", "/l/mm", "../mm"},
+                                              {"/l/mm", "/l/m", "../m"}};
+    for (const auto& row : cases)
+        EXPECT_EQ(placeFor(row[1], PlaceStyle::relative, row[0]), row[2]) << row[0];
 }
 
 TEST(SongPlace, PathsComeBackFromEveryStyle)
