@@ -192,6 +192,18 @@ class Bench:
             for name, time in zip(("bytes of an extract", "extract written", "extract read"), output.split()[1:]):
                 self.note(name, float(time))
 
+    def playlists(self):
+        """A list of up to 50,000 songs comes in, all of them found, and goes out."""
+        listed = self.run([self.tool("host", "qo"), "--data", self.data, "ls", "kind:music", "--limit", "50000"])
+        file = self.fresh + ".m3u8"
+        with open(file, "w", encoding="utf-8", errors="surrogateescape") as text:
+            text.writelines(f"#EXTINF:1,Artist - Title\n{line}\n" for line in listed.splitlines())
+        for number in range(self.options.runs):
+            name = f"list {time.time()} {number}"
+            self.process("load beside a list", self.data, "load")
+            self.process("playlist imported", self.data, "playlist", "import", file, "--name", name)
+            self.process("playlist exported", self.data, "playlist", "export", name, f"{file}.{number}", "--yes")
+
     def one_change(self):
         for _ in range(self.options.runs):
             self.floor("one changed file", "bench_apply", self.data)
@@ -272,6 +284,9 @@ def judgements(bench):
     rows_and_bytes = lambda: median("F4 read rows") + median("bytes of an extract")
     yield bench.extract, lambda: [ratio_row(f"{name} against F4 and a write of its bytes", median(name), rows_and_bytes(), 1, 0.8)
                                   for name in ("extract written", "extract read")]
+    yield bench.playlists, lambda: [
+        ratio_row(f"{name} against a load, whole processes", median("process " + name), median("process load beside a list"), must, aim)
+        for name, must, aim in (("playlist imported", 1.5, 1.2), ("playlist exported", 1.2, 1.1))]
     yield bench.one_change, lambda: [time_row("one changed file", median("one changed file"), 0.06, 0.02)]
     yield bench.analysis, lambda: [time_row("analysis", median("analysis"), 60, 10)]
     yield bench.plan, lambda: [time_row("plan for all files", median("plan for all files"), 2, 1)]
