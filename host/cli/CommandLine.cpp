@@ -32,7 +32,7 @@ void chooseColorsByName(const std::string& name)
                                    : ColorMode::automatic);
 }
 
-/// Each line of the sentences after the program's name, which has the colour.
+/// Each sentence on a line, after the program's name, which has the colour.
 void say(Style style, const std::string& sentences)
 {
     const std::string program = painted(STDERR_FILENO, style, "qo:") + " ";
@@ -40,7 +40,8 @@ void say(Style style, const std::string& sentences)
     std::size_t start = 0;
     while (start <= sentences.size())
     {
-        const std::size_t end = std::min(sentences.find('\n', start), sentences.size());
+        const std::size_t end =
+            std::min(sentences.find(host::sentenceBreak, start), sentences.size());
         text += program + harmless(sentences.substr(start, end - start)) + "\n";
         start = end + 1;
     }

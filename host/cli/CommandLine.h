@@ -47,7 +47,7 @@ struct CommandLine
     /// For a command whose output is a text of its own kind: refuses --json with a HostError.
     void refuseJson() const;
 
-    /// Writes sentences to standard error, with the program's name before each line. Notes are left
+    /// Writes sentences to standard error, each on a line after the program's name. Notes are left
     /// out with --quiet.
     void note(const std::string& sentence) const;
     static void complain(const std::string& sentence);

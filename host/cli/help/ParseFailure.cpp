@@ -2,6 +2,7 @@
 
 #include "cli/help/CommandTree.h"
 #include "core/base/ClosestName.h"
+#include "core/base/HostError.h"
 
 #include <algorithm>
 
@@ -130,7 +131,7 @@ std::string parseFailure(const CLI::App& program, const CLI::ParseError& error)
 {
     const CLI::App& last = lastCommand(program);
     const std::string key = commandKey(last);
-    return failure(program, last, error) + "\nsee " +
+    return failure(program, last, error) + host::sentenceBreak + "see " +
            quoted("qo help" + (key.empty() ? "" : " " + key));
 }
 } // namespace qo::cli

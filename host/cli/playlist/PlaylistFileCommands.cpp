@@ -49,8 +49,8 @@ void notePositions(const CommandLine& line,
 {
     std::string text;
     for (const std::size_t index : indices)
-        text += "\n" + std::to_string(index + 1) + ": " + songText(entries[index]) + "  " +
-                placeOf(entries[index]);
+        text += host::sentenceBreak + std::to_string(index + 1) + ": " + songText(entries[index]) +
+                "  " + placeOf(entries[index]);
     if (!text.empty())
         line.note("no file of the collection was found for:" + text);
 }

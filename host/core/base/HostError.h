@@ -19,6 +19,10 @@ enum class ExitCode : int
     interrupted = 130
 };
 
+/// Stands between sentences where a failure or a remark has several; each is shown on a line of its
+/// own. A line break would not do, since names of files can have one.
+constexpr char sentenceBreak = '\x1e';
+
 /// A failure with one clear sentence for the user: what could not be done, the path and the cause.
 class HostError : public std::runtime_error
 {

@@ -333,7 +333,7 @@ void CollectionLoader::guardLosses(const LossGuard& guard) const
     std::string text;
     for (const RootProblem& problem : away)
         text += "the folder " + shownPath(problem.folder) + " seems to be away: " + problem.cause +
-                "\n";
+                sentenceBreak;
     if (!away.empty())
         throw HostError(ExitCode::away,
                         text + "nothing was changed; with --allow-missing-root a scan takes its "

@@ -87,8 +87,8 @@ void DatabaseSwap::refuseUnfinished() const
         throw HostError(
             ExitCode::busy,
             "the database " + shownPath(m_database) +
-                " is being replaced; if nobody is at it any more, the next command that "
-                "changes something brings that to its end");
+                " is being replaced; where that was cut short, the next command that changes "
+                "something finishes it");
 }
 
 void DatabaseSwap::dropDraft() const

@@ -1,6 +1,7 @@
 #include "core/roots/RootGuard.h"
 
 #include "core/base/DatabaseQuery.h"
+#include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 
 #include <QoKernel/Collection.h>
@@ -78,7 +79,7 @@ std::string rootSentences(const std::vector<RootProblem>& problems, const std::s
     std::string text;
     for (const RootProblem& problem : problems)
         text += "the root folder " + shownPath(problem.folder) + " " + went + ": " + problem.cause +
-                "\n";
+                sentenceBreak;
     return text;
 }
 

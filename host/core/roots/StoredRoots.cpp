@@ -12,6 +12,14 @@ CQoPathInfo::EType toKind(int number)
     const bool isKind = number == CQoPathInfo::allIsMusic || number == CQoPathInfo::nothingIsMusic;
     return isKind ? static_cast<CQoPathInfo::EType>(number) : CQoPathInfo::audioIsMusic;
 }
+
+/// The sentence after those before it.
+void addSentence(std::string& text, const std::string& sentence)
+{
+    if (!text.empty())
+        text += sentenceBreak;
+    text += sentence;
+}
 } // namespace
 
 bool isCollection(const CString& database)
@@ -66,9 +74,11 @@ void refuseUnnamedRoots(const std::vector<StoredRoot>& unlisted, const RootFolde
         if (roots.wasRemoved(root.folder))
             continue;
         const std::string shown = shownPath(root.folder);
-        text += (text.empty() ? "" : "\n") + ("the root folder " + shown) +
-                " is no longer in the settings, so nothing was changed: \"qo roots add " + shown +
-                "\" puts it back, \"qo roots rm " + shown + "\" takes it out of the collection";
+        addSentence(text,
+                    "the root folder " + shown +
+                        " is no longer in the settings, so nothing was changed: \"qo roots add " +
+                        shown + "\" puts it back, \"qo roots rm " + shown +
+                        "\" takes it out of the collection");
     }
     if (!text.empty())
         throw HostError(ExitCode::away, text);
@@ -80,9 +90,9 @@ std::string restoreRoots(const std::vector<StoredRoot>& unlisted, RootFolders& r
     for (const StoredRoot& root : unlisted)
     {
         if (!roots.wasRemoved(root.folder) && roots.add(root.folder, root.kind))
-            text += (text.empty() ? "" : "\n") +
-                    ("the settings have lost the root folder " + shownPath(root.folder)) +
-                    "; it is taken from the database";
+            addSentence(text,
+                        "the settings have lost the root folder " + shownPath(root.folder) +
+                            "; it is taken from the database");
     }
     return text;
 }

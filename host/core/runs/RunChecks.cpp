@@ -109,7 +109,7 @@ void rootsAreThere(const std::vector<std::string>& places)
                                         { return place == path || isBelow(place, path); });
         const std::string cause = isUsed ? whyAway(folder) : std::string();
         if (!cause.empty())
-            away += "the disk of the folder " + path + " is away: " + cause + "\n";
+            away += "the disk of the folder " + path + " is away: " + cause + sentenceBreak;
     }
     if (!away.empty())
         throw HostError(ExitCode::away, away + "nothing was moved");

@@ -20,6 +20,7 @@ TEST(CommandLine, FailuresHaveTheirExitCodeAndOneSentence)
         {{"scan", "/dev/null"}, 1, "/dev/null is not a folder"},
         {{"scan", ""}, 2, "an empty path names nothing"},
         {{"info", "/nowhere"}, 4, "/nowhere is not there"},
+        {{"info", "/no\nwhere"}, 4, "qo: /no\\x0awhere is not there\n"},
         {{"tree", "/nowhere"}, 4, "is no folder of the collection"},
         {{"config", "get", "Nothing"}, 4, "there is no setting \"Nothing\""},
         {{"config", "get", "Tracelevel"}, 4, "did you mean \"TraceLevel\"?"},

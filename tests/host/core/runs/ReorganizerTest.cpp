@@ -316,10 +316,10 @@ TEST(ReorganizerDisks, OneThatRanEmptyIsThereAndOneThatIsAwayGetsNothing)
     ASSERT_EQ(::umount(inner.c_str()), 0);
     const auto undo = [&]
     { here.run([&] { return Reorganizer(*here.session).undo("", *here.progress); }); };
-    EXPECT_EQ(
-        messageOf(undo, ExitCode::away),
-        "the disk of the folder " + inner +
-            " is away: no disk is mounted there, as one was at the last scan\nnothing was moved");
+    EXPECT_EQ(messageOf(undo, ExitCode::away),
+              "the disk of the folder " + inner +
+                  " is away: no disk is mounted there, as one was at the last scan" +
+                  sentenceBreak + "nothing was moved");
     EXPECT_TRUE(fs::is_empty(inner) && fs::is_empty(late));
     ::umount(disk.c_str());
 }
