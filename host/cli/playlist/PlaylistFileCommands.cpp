@@ -183,6 +183,7 @@ std::size_t sayCopies(CommandLine& line, const std::vector<host::SongCopy>& copi
         else if (line.dryRun)
             line.out.line(harmless(copy.from) + " -> " + harmless(copy.to));
     }
+    line.out.flush();
     return failed;
 }
 

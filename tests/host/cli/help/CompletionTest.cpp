@@ -156,6 +156,7 @@ TEST_P(Completion, GivesTheRightWordAndRunsNothing)
     }
     const std::string file = qo.music("0.mp3");
     ASSERT_EQ(qo.run({"mv", file, qo.music("moved.mp3")}).code, 0);
+    ASSERT_EQ(qo.run({"playlist", "new", "It's 100%"}).code, 0);
     const std::string run = qo.run({"runs", "--json"}).json().at(0)["run"];
     const struct
     {
@@ -170,6 +171,7 @@ TEST_P(Completion, GivesTheRightWordAndRunsNothing)
                  {"qo config set TraceLevel W\t", "Warning"},
                  {"qo log --level ve\t", "verbose"},
                  {"qo rule show velm\t", "velmora-artist-track"},
+                 {"qo playlist show It\t", "It's 100%"},
                  {"qo ls --sort yea\t", "year"},
                  {"qo undo 2\t", run},
                  {"qo help nam\t", "names"},

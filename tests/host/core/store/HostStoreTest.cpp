@@ -105,6 +105,19 @@ TEST(HostStore, KeepsTheRowsOfEachTable)
     store.setFolders(folders);
     EXPECT_EQ(store.folders(), folders);
 
+    const StoredEntry found{7, u"id", u"C:\\a;b.mp3", u"", u"T", u"A", 9};
+    const StoredEntry text{0, u"", u"", u"http://x", u"", u"", 0};
+    store.beginPlaylistChange(3, u"1;2", {found, text, found});
+    EXPECT_EQ(store.begunPlaylistChange(3), CString(u"1;2"));
+    store.endPlaylistChange(3);
+    EXPECT_FALSE(store.begunPlaylistChange(3));
+    EXPECT_EQ(store.playlistEntries(3), (std::vector<StoredEntry>{found, text, found}));
+    EXPECT_EQ(store.entriesWithoutFile(), (std::map<int, int>{{3, 1}}));
+    store.replaceLivingList(u"", {u"a", u"x"});
+    store.replaceLivingList(u"a", {u"b", u"y"});
+    ASSERT_EQ(store.livingLists().size(), 1U);
+    EXPECT_EQ(store.livingLists()[0].query, u"y");
+
     struct stat info
     {
     };
@@ -220,6 +233,27 @@ TEST(HostStore, DamageCostsOnlyTheRowsThatItHits)
         store.replaceEdits({}, {edited(u"new", u"C:\\new.mp3", "x")});
         EXPECT_EQ(store.edits().size(), left + 1);
     }
+}
+
+TEST(HostStore, OlderOneGetsItsMissingTablesWithTheNextChange)
+{
+    const TempDir dir;
+    HostStore store(dir.collPath(""));
+    addMany(store, 1);
+    {
+        CSQLiteDB db(dir.collPath("host.db"));
+        db.Open();
+        for (const char16_t* const table :
+             {u"PLAYLIST_ENTRY_T", u"PLAYLIST_CHANGE_T", u"LIVING_LIST_T"})
+            db.Execute(u"DROP TABLE " + CString(table));
+        db.Execute(u"PRAGMA user_version = 3");
+    }
+    EXPECT_TRUE(store.prepare().empty());
+    EXPECT_TRUE(store.playlistEntries(1).empty() && store.livingLists().empty());
+    EXPECT_TRUE(store.entriesWithoutFile().empty() && !store.begunPlaylistChange(1));
+    store.replaceLivingList(u"", {u"a", u"x"});
+    EXPECT_EQ(store.livingLists().size(), 1U);
+    EXPECT_EQ(store.edits().size(), 1U);
 }
 
 TEST(HostStore, OneOfANewerProgramIsLeftAlone)
