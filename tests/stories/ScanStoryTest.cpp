@@ -164,7 +164,7 @@ TEST(ScanStory, SecondProcessIsToldWhoIsAtWork)
     EXPECT_EQ(qo.finish(waiting).code, 0) << "a short while is waited";
 }
 
-TEST(ScanStory, DatabaseOfAnotherVersionIsRefusedAndLeftAlone)
+TEST(ScanStory, DatabaseOfANewerVersionIsRefusedAndLeftAlone)
 {
     const QoCommand qo;
     qo.addSound("1.mp3");
@@ -173,7 +173,7 @@ TEST(ScanStory, DatabaseOfAnotherVersionIsRefusedAndLeftAlone)
     const std::string before = qo.dir.read("data/Qorganizer/qodb");
     for (const char* command : {"scan", "ls"})
     {
-        qo.expect({command}, 1, "has version [9.9]");
+        qo.expect({command}, 7, "has version [9.9], which is newer");
     }
     EXPECT_EQ(qo.dir.read("data/Qorganizer/qodb"), before);
     fs::remove_all(qo.dir.path("data"));

@@ -88,5 +88,6 @@ void setUpDatabase(CommandLine& line, CLI::App& command)
                     "The whole content as SQL statements",
                     [&line] { return dumpContent(line); });
     addDatabaseRepairCommands(line, command);
+    addDatabaseMigrateCommands(line, command);
 }
 } // namespace qo::cli

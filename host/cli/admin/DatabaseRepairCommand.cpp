@@ -2,6 +2,7 @@
 #include "cli/admin/DatabaseCommand.h"
 #include "cli/files/FileRecord.h"
 #include "cli/shown/Text.h"
+#include "core/base/DatabaseQuery.h"
 #include "core/base/HostFiles.h"
 #include "core/base/ScratchDatabase.h"
 #include "core/load/DatabaseGuard.h"
@@ -22,27 +23,6 @@ using host::DatabaseSwap;
 using host::Session;
 using host::Snapshots;
 
-void refuseOtherVersion(const CString& database)
-{
-    CString version;
-    if (CQoCollDb::readVersion(database, version) && !version.IsEmpty() &&
-        version != CQoCollDb::currentVersion())
-        throw HostError(ExitCode::failed,
-                        "the database " + host::shownPath(database) + " has version [" +
-                            toUtf8(version) + "], which this program cannot read");
-}
-
-/// "3, 17, 20 and 5 more".
-std::string someOf(const std::vector<std::int64_t>& ids)
-{
-    constexpr std::size_t shown = 20;
-    std::string text;
-    for (std::size_t i = 0; i < std::min(shown, ids.size()); ++i)
-        text += (i == 0 ? "" : ", ") + std::to_string(ids[i]);
-    return text +
-           (ids.size() > shown ? " and " + std::to_string(ids.size() - shown) + " more" : "");
-}
-
 void putReport(CommandLine& line, const DatabaseRepair::Report& report, const CString& kept)
 {
     if (line.json)
@@ -60,8 +40,8 @@ void putReport(CommandLine& line, const DatabaseRepair::Report& report, const CS
         line.out.line(padded(table.name, 20) + std::to_string(table.rows));
     if (!report.lostIds.empty())
         line.out.line(
-            "lost: " + countText(static_cast<std::int64_t>(report.lostIds.size()), "file") +
-            ", row " + someOf(report.lostIds));
+            "lost: " + countText(static_cast<std::int64_t>(report.lostIds.size()), "file") + ", " +
+            host::someOf(report.lostIds));
     if (!report.isCertain)
         line.out.line("a table could not be read as a whole: more rows may be lost than are named");
     if (report.newIds > 0)
@@ -119,7 +99,6 @@ ExitCode repair(CommandLine& line)
             if (!fileSystem().exists(database))
                 throw HostError(ExitCode::notFound,
                                 "there is no database " + host::shownPath(database));
-            refuseOtherVersion(database);
             if (!line.dryRun)
                 DatabaseSwap(database).finish();
             if (DatabaseGuard(database).findDamage(true).empty())

@@ -67,7 +67,8 @@ void readDatabase(const CString& path, Database& database)
     if (version != CQoCollDb::currentVersion())
     {
         database.problem = "it has another version than this program's " +
-                           toUtf8(CString(CQoCollDb::currentVersion()));
+                           toUtf8(CString(CQoCollDb::currentVersion())) +
+                           ": \"qo db migrate\" carries it over";
         return;
     }
     database.files = host::countOwnFiles(path);

@@ -306,6 +306,12 @@ const std::vector<CommandText> texts = {
 {"db repair", {
     {"qo db repair", "Save what can be read; a sound database stays as it is"},
     {"qo db repair --dry-run", "Say what that would do"}}},
+{"db migrate", {
+    {"qo db migrate --dry-run", "Say what a database of an older version would become"},
+    {"qo db migrate", "Carry it over; scan, load and what shows music do that by themselves"}}},
+{"db backup", {
+    {"qo db backup", "Take a snapshot, as is done before every great change"},
+    {"qo db backup collection.db", "A copy that stays until you remove it"}}},
 {"db snapshots", {
     {"qo db snapshots", "The copies that were kept, with their times"},
     {"qo db snapshots --json", "The same for a program"}}},

@@ -213,6 +213,9 @@ const std::vector<SettingText>& settingTexts()
         {"FileKinds",
          "further extensions that are audio, video and pictures, as \"audio: opus ape; picture: "
          "webp\". The next scan reads files of extensions that came"},
+        {"LongestJingle",
+         "how long a recording from the radio may be, in seconds, that a database of an older "
+         "version has and that counts as a jingle from now on"},
         {"UnrelMaxPercent",
          "how many of the files and folders of a folder, in percent, may go without a value on "
          "which "

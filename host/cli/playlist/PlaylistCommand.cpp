@@ -2,7 +2,6 @@
 
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
-#include "core/load/DatabaseGuard.h"
 #include "core/query/QueryWords.h"
 
 #include <algorithm>
@@ -200,7 +199,7 @@ ExitCode runDeed(CommandLine& line, const PlaylistDeed& deed, const PlaylistOpti
             if (deed.collection == CollectionUse::database && session->hasLock())
                 session->prepareDatabase(database);
             else if (deed.collection == CollectionUse::database)
-                (void)host::DatabaseGuard(database).check();
+                (void)session->checkDatabase();
             Playlists playlists;
             return deed.run(line, playlists, options);
         });

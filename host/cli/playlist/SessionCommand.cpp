@@ -1,7 +1,6 @@
 #include "cli/playlist/PlaylistCommand.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
-#include "core/load/DatabaseGuard.h"
 
 namespace qo::cli
 {
@@ -31,8 +30,7 @@ Json sessionJson(const QoSessionDbItem& session, int files)
 ExitCode withDatabase(CommandLine& line, const std::function<void(bool hasDatabase)>& work)
 {
     const auto session = openKernel(line, KernelUse::look);
-    session->kernel().run([&work]
-                          { work(host::DatabaseGuard(host::Session::databasePath()).check()); });
+    session->kernel().run([&work, &session] { work(session->checkDatabase()); });
     return ExitCode::done;
 }
 

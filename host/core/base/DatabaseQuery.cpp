@@ -20,6 +20,15 @@ std::int64_t numberOf(const CSQLiteDB& db, const CString& sql)
     return result.Eof() ? 0 : result.GetInt64Field(0);
 }
 
+std::vector<std::int64_t> numbersOf(const CSQLiteDB& db, const CString& sql)
+{
+    std::vector<std::int64_t> numbers;
+    CSQLiteStatement statement = db.CompileStatement(sql);
+    for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
+        numbers.push_back(result.GetInt64Field(0));
+    return numbers;
+}
+
 CStringArray textsOf(const CSQLiteDB& db, const CString& sql)
 {
     CStringArray texts;
@@ -41,5 +50,24 @@ CStringArray missingColumns(const CSQLiteDB& db, const CString& table)
             missing.Add(column);
     }
     return missing;
+}
+
+std::optional<CString> otherVersion(const CSQLiteDB& db)
+{
+    if (numberOf(db, u"SELECT count(*) FROM sqlite_master WHERE name = 'VERSION_T'") == 0)
+        return {};
+    const CStringArray versions = textsOf(db, u"SELECT VT_VERSION FROM VERSION_T");
+    const CString version = versions.IsEmpty() ? CString() : versions[0];
+    return version == CQoCollDb::currentVersion() ? std::optional<CString>() : version;
+}
+
+std::string someOf(const std::vector<std::int64_t>& ids)
+{
+    constexpr std::size_t shown = 20;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(shown, ids.size()); ++i)
+        text += (i == 0 ? "row " : ", ") + std::to_string(ids[i]);
+    return text +
+           (ids.size() > shown ? " and " + std::to_string(ids.size() - shown) + " more" : "");
 }
 } // namespace qo::host

@@ -62,15 +62,6 @@ bool attempt(const CSQLiteDB& db, const CString& sql)
     }
 }
 
-std::vector<std::int64_t> numbersOf(const CSQLiteDB& db, const CString& sql)
-{
-    std::vector<std::int64_t> numbers;
-    CSQLiteStatement statement = db.CompileStatement(sql);
-    for (CSQLiteQueryResult row = statement.ExecuteQuery(); !row.Eof(); row.NextRow())
-        numbers.push_back(row.GetInt64Field(0));
-    return numbers;
-}
-
 struct Column
 {
     CString name;

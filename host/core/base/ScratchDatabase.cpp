@@ -13,7 +13,8 @@ ScratchDatabase::ScratchDatabase(const char16_t* purpose)
 
 ScratchDatabase::~ScratchDatabase()
 {
-    for (const char16_t* const end : {u"", u"-wal", u"-shm"})
+    for (const char16_t* const end :
+         {u"", u"-wal", u"-shm", u".bak", u".bak-wal", u".bak-shm", u".creation-lock"})
         (void)fileSystem().removeFile(m_path + end);
 }
 

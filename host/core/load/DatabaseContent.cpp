@@ -63,7 +63,8 @@ void inspect(const CString& database, DatabaseFindings& findings)
     const CString expected = CQoCollDb::currentVersion();
     if (version != expected)
         return findings.faults.push_back("it has version [" + findings.version +
-                                         "], this program reads [" + toUtf8(expected) + "]");
+                                         "], this program reads [" + toUtf8(expected) +
+                                         "]: \"qo db migrate\" carries it over");
     CSQLiteDB db(database);
     db.Open();
     checkContent(db, findings.faults);

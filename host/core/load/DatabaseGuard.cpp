@@ -20,9 +20,6 @@ namespace qo::host
 {
 namespace
 {
-/// A writer is done within this time, or something holds the database for itself.
-constexpr int patience = 3000; ///< milliseconds
-
 /// A missing column, or a row whose id no record can bear.
 std::string spoiltTable(const CSQLiteDB& db, const CString& table)
 {
@@ -45,6 +42,10 @@ std::string spoiltTable(const CSQLiteDB& db, const CString& table)
 /// What nothing can be loaded without.
 std::string missingParts(const CSQLiteDB& db)
 {
+    if (otherVersion(db))
+        return numberOf(db, u"SELECT count(*) FROM pragma_table_info('FILE_T')") > 0
+                   ? std::string()
+                   : "the table FILE_T is missing";
     CStringArray tables;
     CQoCollDb::getTables(tables);
     for (const CString& table : tables)
@@ -70,7 +71,8 @@ std::string damagedPage(const CSQLiteDB& db)
 std::string differingCounts(const CSQLiteDB& db)
 {
     CStringArray tables;
-    CQoCollDb::getTables(tables);
+    if (!otherVersion(db))
+        CQoCollDb::getTables(tables);
     for (const CString& table : tables)
     {
         const CStringArray indexes =
@@ -196,14 +198,14 @@ void DatabaseGuard::refuseLocked() const
     }
 }
 
-void DatabaseGuard::refuseOtherVersion(const CString& version) const
+void DatabaseGuard::refuseOtherVersion() const
 {
-    if (version.IsEmpty() || version == CQoCollDb::currentVersion())
-        return;
-    throw HostError(ExitCode::failed,
-                    "the database " + shownPath(m_database) + " has version [" + toUtf8(version) +
-                        "], this program reads version [" +
-                        toUtf8(CString(CQoCollDb::currentVersion())) + "]; it was left alone");
+    if (const std::optional<CString> version = DatabaseMigration::otherVersion(m_database))
+        throw HostError(ExitCode::failed,
+                        "the database " + shownPath(m_database) + " has version [" +
+                            toUtf8(*version) + "], this program reads version [" +
+                            toUtf8(CString(CQoCollDb::currentVersion())) +
+                            "]; it was left alone: \"qo db migrate\" carries it over");
 }
 
 void DatabaseGuard::refuseDamaged(const std::string& words) const
@@ -260,8 +262,7 @@ bool DatabaseGuard::checkGuarded() const
     const std::string damage = findDamage();
     CString version;
     const bool hasVersion = CQoCollDb::readVersion(m_database, version);
-    if (hasVersion)
-        refuseOtherVersion(version);
+    refuseOtherVersion();
     if (damage.empty())
         return true;
     if (hasVersion || hasRow())
@@ -284,11 +285,11 @@ void DatabaseGuard::checkPages() const
         refuseDamaged(damage);
 }
 
-std::vector<std::string> DatabaseGuard::prepare()
+std::vector<std::string> DatabaseGuard::prepare(const MigrationOptions& options)
 {
     try
     {
-        return prepareGuarded();
+        return prepareGuarded(options);
     }
     catch (...)
     {
@@ -296,12 +297,45 @@ std::vector<std::string> DatabaseGuard::prepare()
     }
 }
 
-std::vector<std::string> DatabaseGuard::prepareGuarded()
+std::optional<MigrationReport> DatabaseGuard::migrate(const MigrationOptions& options) const
+{
+    try
+    {
+        DatabaseSwap(m_database).finish();
+        if (!isThere())
+            return {};
+        refuseLocked();
+        if (!DatabaseMigration::otherVersion(m_database))
+            return {};
+        return DatabaseMigration(m_database, options).run();
+    }
+    catch (...)
+    {
+        KernelThread::rethrowAsHostError(m_database);
+    }
+}
+
+std::optional<MigrationReport> DatabaseGuard::tryMigration(const MigrationOptions& options) const
+{
+    try
+    {
+        DatabaseSwap(m_database).refuseUnfinished();
+        if (!isThere() || !DatabaseMigration::otherVersion(m_database))
+            return {};
+        return DatabaseMigration(m_database, options).tryOut();
+    }
+    catch (...)
+    {
+        KernelThread::rethrowAsHostError(m_database);
+    }
+}
+
+std::vector<std::string> DatabaseGuard::prepareGuarded(const MigrationOptions& options)
 {
     std::vector<std::string> notes;
-    DatabaseSwap(m_database).finish();
-    if (isThere())
-        refuseLocked();
+    if (const std::optional<MigrationReport> report = migrate(options))
+        notes.push_back(
+            report->sentence(options.isTrial ? CQoPaths::getQoDbFilePath() : m_database));
     if (checkGuarded())
         replaceIds(notes);
     else

@@ -1,6 +1,7 @@
 #include "core/load/DatabaseRepair.h"
 
 #include "core/base/ScratchDatabase.h"
+#include "core/load/DatabaseMigration.h"
 
 #include <QoKernel/Inside.h>
 
@@ -10,10 +11,21 @@ namespace qo::host
 {
 DatabaseRepair::Report DatabaseRepair::copyTo(const CString& target) const
 {
-    return Salvage(m_database)
-        .copyTo(target,
-                [](const CString& path)
-                { CQoCollDb::CreateDatabaseIfNotValid(path, CQoCollDb::ConfigInfo()); });
+    const Report report =
+        Salvage(m_database)
+            .copyTo(target,
+                    [](const CString& path)
+                    { CQoCollDb::CreateDatabaseIfNotValid(path, CQoCollDb::ConfigInfo()); });
+    // The rows are as the other version wrote them, and are still to be carried over.
+    if (const std::optional<CString> version = DatabaseMigration::otherVersion(m_database))
+    {
+        CSQLiteDB db(target);
+        db.Open();
+        CSQLiteStatement statement = db.CompileStatement(u"UPDATE VERSION_T SET VT_VERSION = ?1");
+        statement.BindText(1, *version);
+        statement.ExecuteDML();
+    }
+    return report;
 }
 
 bool DatabaseRepair::hasRow() const

@@ -15,7 +15,8 @@ public:
 
     explicit DatabaseRepair(const CString& database) : m_database(database) {}
 
-    /// Makes the target, which must be absent. Throws what the database layer throws, and
+    /// Makes the target, which must be absent, with the version of the damaged database where that
+    /// can be read. Throws what the database layer throws, and
     /// HostError.
     Report copyTo(const CString& target) const;
     /// Whether any row can be read.

@@ -51,22 +51,36 @@ CString DatabaseSwap::replace(const char16_t* word) const
         copyIfThere(m_database + u"-wal", kept + u"-wal");
         copyIfThere(m_database + u"-journal", kept + u"-journal");
         copyIfThere(m_database, kept);
-        need(fileSystem().moveFile(draft(), pending()),
-             shownPath(draft()) + " cannot be renamed, so nothing was changed");
     }
     catch (const HostError&)
     {
         dropDraft();
         throw;
     }
-    finish();
+    putInPlace();
     return fileSystem().exists(kept) ? kept : CString();
+}
+
+void DatabaseSwap::putInPlace() const
+{
+    if (const int error = fileSystem().moveFile(draft(), pending()))
+    {
+        dropDraft();
+        need(error, shownPath(draft()) + " cannot be renamed, so nothing was changed");
+    }
+    finish();
+    dropDraft();
 }
 
 void DatabaseSwap::finish() const
 {
-    if (!fileSystem().exists(pending()))
-        return;
+    if (fileSystem().exists(pending()))
+        finishReplacement();
+    keepBackup();
+}
+
+void DatabaseSwap::finishReplacement() const
+{
     const std::string damage = DatabaseGuard(pending()).findDamage();
     if (!damage.empty())
         throw HostError(ExitCode::failed,
@@ -81,6 +95,21 @@ void DatabaseSwap::finish() const
     need(fileSystem().moveFile(pending(), m_database), what);
 }
 
+/// The copy of the former database outlasts the draft that was made from it. A draft that still
+/// stands was not finished, and is made anew.
+void DatabaseSwap::keepBackup() const
+{
+    const CString copy = draft() + u".bak";
+    if (!fileSystem().exists(copy) || fileSystem().exists(draft()))
+        return;
+    const CString target = m_database + u".bak";
+    for (const char16_t* const side : databaseSideFiles)
+        (void)removeIfThere(target + side);
+    (void)removeIfThere(draft() + u".creation-lock");
+    if (const int error = fileSystem().moveFile(copy, target))
+        qo::log(qo::level::warning, u"%s: %s", target, errorText(error));
+}
+
 void DatabaseSwap::refuseUnfinished() const
 {
     if (fileSystem().exists(pending()))
@@ -93,8 +122,12 @@ void DatabaseSwap::refuseUnfinished() const
 
 void DatabaseSwap::dropDraft() const
 {
-    (void)removeIfThere(draft());
-    for (const char16_t* const side : databaseSideFiles)
-        (void)removeIfThere(draft() + side);
+    for (const char16_t* const part : {u"", u".bak", u".bak.new"})
+    {
+        (void)removeIfThere(draft() + part);
+        for (const char16_t* const side : databaseSideFiles)
+            (void)removeIfThere(draft() + part + side);
+    }
+    (void)removeIfThere(draft() + u".creation-lock");
 }
 } // namespace qo::host

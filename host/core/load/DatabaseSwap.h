@@ -25,13 +25,18 @@ public:
     /// "<database>.<word>-<date>_<time>", which is the result. Throws HostError; before the draft
     /// is in place nothing has changed.
     CString replace(const char16_t* word) const;
-    /// Brings a replacement to its end that was cut short. Throws HostError.
+    /// Puts the draft in place of a database that is kept elsewhere, and the copy "<draft>.bak", if
+    /// there is one, beside it as "<database>.bak". Throws HostError.
+    void putInPlace() const;
+    /// Brings a replacement to its end that was cut short. Throws HostError for a damaged one.
     void finish() const;
     /// For whoever only reads: throws HostError when there is such a one.
     void refuseUnfinished() const;
     void dropDraft() const;
 
 private:
+    void finishReplacement() const;
+    void keepBackup() const;
     CString pending() const { return m_database + u".replacement"; }
 
     CString m_database;

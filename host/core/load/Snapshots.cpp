@@ -77,6 +77,33 @@ CString Snapshots::take()
     }
 }
 
+void Snapshots::copyTo(const CString& target) const
+{
+    FileInfo database;
+    FileInfo there;
+    (void)fileSystem().info(m_database, Spelling::exact, database);
+    const bool isThere = fileSystem().info(target, Spelling::exact, there) == 0;
+    if (isThere && there.device == database.device && there.inode == database.inode)
+        throw HostError(ExitCode::usage, shownPath(target) + " is the database itself");
+    if (isThere && there.kind != FileKind::regular)
+        throw HostError(ExitCode::failed, shownPath(target) + " is no regular file");
+    // They would be taken for changes to the copy.
+    for (const char16_t* const side : databaseSideFiles)
+    {
+        if (fileSystem().exists(target + side))
+            throw HostError(ExitCode::failed,
+                            shownPath(target + side) + " belongs to another database of that name");
+    }
+    try
+    {
+        backupDatabase(m_database, target);
+    }
+    catch (...)
+    {
+        KernelThread::rethrowAsHostError(target);
+    }
+}
+
 std::string Snapshots::keep()
 {
     return "the collection as it was is kept in " + shownPath(take());

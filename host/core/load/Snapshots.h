@@ -18,6 +18,9 @@ public:
 
     /// The new copy's path. Throws HostError when it cannot be made: then nothing should go on.
     CString take();
+    /// A copy of the database under any other name, in place of a file that is there. Throws
+    /// HostError; that file is then as it was.
+    void copyTo(const CString& target) const;
     /// Takes one and says where it is, as a sentence for the user.
     std::string keep();
     /// Whether the newest copy was taken today, by its name.

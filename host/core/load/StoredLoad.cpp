@@ -52,10 +52,9 @@ LoadReport loadStored(Session& session, ProgressReporter& progress)
 {
     LoadReport report;
     const CString database = Session::databasePath();
-    const DatabaseGuard guard(database);
-    if (!guard.check())
+    if (!session.checkDatabase())
     {
-        if (const std::string back = guard.wayBack(); !back.empty())
+        if (const std::string back = DatabaseGuard(database).wayBack(); !back.empty())
             session.note(back);
         return report;
     }

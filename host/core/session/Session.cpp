@@ -10,6 +10,8 @@
 
 #include <QoKernel/Collection.h>
 
+#include <algorithm>
+
 namespace qo::host
 {
 namespace
@@ -68,6 +70,7 @@ void Session::startKernel()
     CQoCollection::m_ownCollection.setScanHost(&m_scanHost);
     KVConfig::Section* const section = m_settings->addSection(KVConfig::ordinarySection, u"Scan");
     m_ignoredNames = m_settings->addKey(section, u"IgnoredNames", IgnoreRules::defaultNames);
+    m_longestJingle = m_settings->addKey(section, u"LongestJingle", u"60");
     m_fileKinds = storedFileKinds(section);
     m_fileKinds.apply();
 }
@@ -157,7 +160,9 @@ CString Session::databasePath()
 void Session::prepareDatabase(const CString& database, bool isScanned)
 {
     DatabaseGuard guard(database);
-    for (const std::string& sentence : guard.prepare())
+    MigrationOptions migration = migrationOptions();
+    migration.isTrial = database != databasePath();
+    for (const std::string& sentence : guard.prepare(migration))
         note(sentence);
     if (isScanned)
         guard.checkPages();
@@ -168,6 +173,32 @@ void Session::prepareDatabase(const CString& database, bool isScanned)
     const std::string complaint = guard.keepDay();
     if (!complaint.empty())
         note(complaint);
+}
+
+bool Session::checkDatabase() const
+{
+    const CString database = databasePath();
+    const DatabaseGuard guard(database);
+    if (m_options.saveSettings && DatabaseMigration::otherVersion(database))
+    {
+        std::optional<InstanceLock> lock;
+        if (!hasLock())
+            lock.emplace(toSystemPath(folder() + u"\\lock"), m_options.doing);
+        if (const auto report = guard.migrate(migrationOptions()))
+            note(report->sentence(database));
+    }
+    return guard.check();
+}
+
+MigrationOptions Session::migrationOptions() const
+{
+    constexpr int millisecondsPerSecond = 1000;
+    constexpr int longest = 86400;
+    const int seconds = textToInt(m_settings->getValue(m_longestJingle).view());
+    MigrationOptions options;
+    options.config.maxJingleDuration =
+        static_cast<unsigned>(std::clamp(seconds, 0, longest) * millisecondsPerSecond);
+    return options;
 }
 
 void Session::prepareStore() const

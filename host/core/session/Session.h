@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/load/DatabaseMigration.h"
 #include "core/session/FileKinds.h"
 #include "core/session/InstanceLock.h"
 #include "core/session/KernelThread.h"
@@ -57,9 +58,16 @@ public:
     static CString folder();
     static CString databasePath();
 
-    /// Makes sure that there is a database that may be opened, before a scan that all of it is
-    /// sound, and with the lock of the host's own store too. Throws HostError.
+    /// Makes sure that there is a database that may be opened, carried over from another version if
+    /// need be, before a scan that all of it is sound, and with the lock of the host's own store
+    /// too. Throws HostError.
     void prepareDatabase(const CString& database, bool isScanned = false);
+    /// For whoever only reads: false when there is no collection yet. Changes nothing, but for a
+    /// database of another version: that is carried over, with the lock for that time, unless
+    /// nothing may be saved. Throws HostError.
+    bool checkDatabase() const;
+    /// How a database of another version is carried over as the settings say.
+    MigrationOptions migrationOptions() const;
     /// The store alone; with the lock. Throws HostError.
     void prepareStore() const;
 
@@ -75,6 +83,7 @@ private:
     std::unique_ptr<KeyValueConfig> m_settings;
     ScanHost m_scanHost;
     KVConfig::Key* m_ignoredNames = nullptr;
+    KVConfig::Key* m_longestJingle = nullptr; ///< in seconds
     FileKinds m_fileKinds;
     KernelThread m_kernel;
 };

@@ -130,6 +130,10 @@ void damage(const Library& library)
 {
     std::fstream(library.qo.database(), std::ios::in | std::ios::out) << std::string(100, 'x');
 }
+void makeOld(const Library& library)
+{
+    library.qo.runSql("UPDATE VERSION_T SET VT_VERSION = '2.0.0.31'");
+}
 /// The step, and then a file or folder without the right to be written.
 auto locked(const std::string& relative, const std::function<void(const Library&)>& step = {})
 {
@@ -221,6 +225,10 @@ const Case cases[] = {
     {"config set, settings locked", {"config", "set", "Language", "de"}, 1, locked("data")},
     {"db restore", {"db", "restore"}, 0, rescan},
     {"db restore, locked", {"db", "restore"}, 1, locked(store, rescan)},
+    {"db backup", {"db", "backup"}, 0},
+    {"db backup, locked", {"db", "backup"}, 1, locked(store)},
+    {"db migrate", {"db", "migrate"}, 0, makeOld},
+    {"db migrate, locked", {"db", "migrate"}, 1, locked(store, makeOld)},
     {"db repair", {"db", "repair"}, 6, damage},
     {"db repair, locked", {"db", "repair"}, 1, locked(store, damage)},
     {"extract write", {"extract", "write", "@x/mine.txt"}, 0},
