@@ -56,7 +56,8 @@ int readFile(const CString& path, std::size_t limit, std::string& content)
     }
 }
 
-std::string fileRemark(const CStringArray& files, const char* ofOne, const char* ofMany)
+std::string
+fileRemark(const CStringArray& files, const std::string& ofOne, const std::string& ofMany)
 {
     constexpr int mostNamed = 3;
     const int count = files.GetSize();

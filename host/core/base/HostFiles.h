@@ -12,7 +12,8 @@ namespace qo::host
 int readFile(const CString& path, std::size_t limit, std::string& content);
 
 /// "a file ..." or "3 files ...: first, second and 1 more"; "" for no file.
-std::string fileRemark(const CStringArray& files, const char* ofOne, const char* ofMany);
+std::string
+fileRemark(const CStringArray& files, const std::string& ofOne, const std::string& ofMany);
 
 /// The system's words for an error number, without the number.
 std::string errorWords(int error);

@@ -465,7 +465,7 @@ void CollectionLoader::tell(const UnreadFiles& unread) const
 {
     for (const std::string& sentence : unread.sentences())
         m_session.note(sentence);
-    tellOfFiles();
+    tellOnce(unread);
     if (m_report.vanished == 1)
         m_session.note("a file vanished before it could be read");
     else if (m_report.vanished > 1)
@@ -473,14 +473,16 @@ void CollectionLoader::tell(const UnreadFiles& unread) const
                        " files vanished before they could be read");
 }
 
-/// Names that differ in case alone stay as they are: one who was told of them once need not be
-/// told at every scan.
-void CollectionLoader::tellOfFiles() const
+/// Names that differ in case alone stay as they are, and so does a folder of somebody else: one who
+/// was told of them once need not be told at every scan.
+void CollectionLoader::tellOnce(const UnreadFiles& unread) const
 {
     HostStore store(Session::folder());
     const std::string said = m_isOwn ? toUtf8(store.fileRemarks()) : std::string();
     std::string lines;
-    for (const std::string& sentence : m_session.scanHost().fileRemarks())
+    std::vector<std::string> sentences = unread.folderRemarks();
+    std::ranges::move(m_session.scanHost().fileRemarks(), std::back_inserter(sentences));
+    for (const std::string& sentence : sentences)
     {
         const std::string line = sentence + "\n";
         lines += line;

@@ -89,7 +89,7 @@ private:
     void checkSlices(const SlicedScan::Report& slices, const UnfinishedScan& mark) const;
     void checkSaved() const;
     void tell(const UnreadFiles& unread) const;
-    void tellOfFiles() const;
+    void tellOnce(const UnreadFiles& unread) const;
     void settleUnfinishedScan() const;
     void forgetRemovedRoots(RootFolders& roots) const;
     std::string interruptedText() const;

@@ -99,21 +99,27 @@ bool UnreadFiles::isOfNoKnownFile(const CString& folder, int error) const
     return !tellsAbsence(error, true) && m_folders.find(folder) == m_folders.end();
 }
 
-std::vector<std::string> UnreadFiles::sentences() const
+std::vector<std::string> UnreadFiles::folderRemarks() const
 {
-    constexpr std::size_t mostNamed = 10;
-    std::vector<std::string> all;
-    std::size_t folders = 0;
+    std::map<int, CStringArray> folders;
     for (const auto& [path, error] : m_lister.errors())
     {
-        if (isOfNoKnownFile(path, error) && ++folders <= mostNamed)
-            all.push_back("the folder " + shownPath(path) +
-                          " could not be read: " + errorWords(error) +
-                          "; what could not be read of it is not in the collection");
+        if (isOfNoKnownFile(path, error))
+            folders[error].Add(path);
     }
-    if (folders > mostNamed)
-        all.push_back("... and " + std::to_string(folders - mostNamed) +
-                      " more folders could not be read");
+    std::vector<std::string> all;
+    for (const auto& [error, paths] : folders)
+    {
+        const std::string cause = " could not be read (" + errorWords(error) +
+                                  "), and what is there is not in the collection";
+        all.push_back(fileRemark(paths, "a folder" + cause, "folders" + cause));
+    }
+    return all;
+}
+
+std::vector<std::string> UnreadFiles::sentences() const
+{
+    std::vector<std::string> all;
     for (const auto& [path, folder] : m_folders)
         all.push_back("the folder " + shownPath(path) + " could not be read" +
                       (folder.error == 0 ? "" : ": " + errorWords(folder.error)) + "; " +

@@ -27,8 +27,11 @@ public:
 
     /// For the path of a record whose file a walk did not meet; one that has not gone is counted.
     bool isGone(const CString& path);
-    /// One sentence for each folder that could not be read, and about files that the scan leaves
-    /// out from now on.
+    /// A sentence for each cause for which folders could not be read of which the collection knows
+    /// no file.
+    std::vector<std::string> folderRemarks() const;
+    /// One sentence for each folder whose files stay since it could not be read, and about files
+    /// that the scan leaves out from now on.
     std::vector<std::string> sentences() const;
 
 private:
