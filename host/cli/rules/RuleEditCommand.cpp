@@ -85,7 +85,8 @@ void removeRule(CommandLine& line, RuleStore& store, const EditOptions& options)
     const CString id = store.find(options.rule);
     RuleStore::needOwn(id);
     const CString file = RuleStore::fileOf(id);
-    const std::string place = line.dryRun ? std::string() : store.remove(id, host::Trash());
+    const std::string place = line.dryRun ? host::Trash::onTrial().placeFor(toSystemPath(file)).file
+                                          : store.remove(id, host::Trash());
     if (line.json)
     {
         Json object;
@@ -95,7 +96,7 @@ void removeRule(CommandLine& line, RuleStore& store, const EditOptions& options)
         return line.out.line(dump(object));
     }
     line.note((line.dryRun ? "would be put into the trash: " : "put into the trash: ") +
-              host::shownPath(file) + (place.empty() ? "" : " -> " + place));
+              host::shownPath(file) + " -> " + place);
 }
 
 std::function<ExitCode()> command(CommandLine& line,
