@@ -49,8 +49,11 @@ void notePositions(const CommandLine& line,
 {
     std::string text;
     for (const std::size_t index : indices)
-        text += host::sentenceBreak + std::to_string(index + 1) + ": " + songText(entries[index]) +
-                "  " + placeOf(entries[index]);
+    {
+        const std::string names = songText(entries[index]);
+        text += host::sentenceBreak + std::to_string(index + 1) + ": " +
+                (names.empty() ? "" : names + "  ") + placeOf(entries[index]);
+    }
     if (!text.empty())
         line.note("no file of the collection was found for:" + text);
 }
