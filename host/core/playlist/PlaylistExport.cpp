@@ -32,7 +32,7 @@ ListedSong songOf(const StoredEntry& entry)
 }
 
 /// A remembered place; no list can hold a line break in it.
-std::string lineOf(std::string place)
+std::string withoutLineBreaks(std::string place)
 {
     for (char& c : place)
         c = c == '\n' || c == '\r' ? ' ' : c;
@@ -57,7 +57,7 @@ std::string numbered(std::size_t number, std::size_t highest)
 }
 
 /// "Kino - Zvezda", or the file's own name.
-CString namesOf(const QoFileDbItem& item)
+CString nameOfCopy(const QoFileDbItem& item)
 {
     if (item.title.IsEmpty())
     {
@@ -142,7 +142,8 @@ std::vector<ListedSong> exportedSongs(const std::vector<StoredEntry>& entries,
         ListedSong song = isFound ? songOf(*answer.item) : songOf(entries[i]);
         const CString& path = isFound ? answer.item->path : entries[i].path;
         const std::string system = path.IsEmpty() ? "" : toSystemPath(path);
-        song.place = system.empty() ? lineOf(placeOf(entries[i])) : placeFor(system, style, folder);
+        song.place = system.empty() ? withoutLineBreaks(placeOf(entries[i]))
+                                    : placeFor(system, style, folder);
         if (!song.place.empty())
             songs.push_back(std::move(song));
     }
@@ -167,7 +168,7 @@ std::vector<SongCopy> planCopies(const std::vector<StoredEntry>& entries, const 
             copy.failure = errorWords(error);
         copy.size = info.size;
         chooseName(
-            copy, numbered(i + 1, entries.size()) + " " + toUtf8(namesOf(*answer.item)), folder);
+            copy, numbered(i + 1, entries.size()) + " " + toUtf8(nameOfCopy(*answer.item)), folder);
         copies.push_back(std::move(copy));
     }
     return copies;

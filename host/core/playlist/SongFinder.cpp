@@ -30,7 +30,7 @@ std::u16string endKey(const CString& path)
     return std::u16string(sameNameKey(path.Mid(static_cast<int>(start))).view());
 }
 
-CString withSlashes(const CString& path)
+CString slashed(const CString& path)
 {
     CString text = path;
     text.Replace(u'\\', u'/');
@@ -40,8 +40,8 @@ CString withSlashes(const CString& path)
 /// How many parts at their ends agree.
 int commonEnd(const CString& one, const CString& other)
 {
-    const CString a = sameNameKey(withSlashes(one));
-    const CString b = sameNameKey(withSlashes(other));
+    const CString a = sameNameKey(slashed(one));
+    const CString b = sameNameKey(slashed(other));
     int parts = 0;
     for (int i = 1; i <= std::min(a.GetLength(), b.GetLength()); ++i)
     {
@@ -143,7 +143,7 @@ QoFileDbItemPtr SongFinder::byPath(const std::string& path)
 QoFileDbItemPtr SongFinder::byPathEnd(const std::string& path)
 {
     const Index& ends =
-        index(m_byEnd, [](const QoFileDbItem& item) { return endKey(withSlashes(item.path)); });
+        index(m_byEnd, [](const QoFileDbItem& item) { return endKey(slashed(item.path)); });
     const CString text = fromUtf8(path);
     const auto [first, last] = ends.equal_range(endKey(text));
     QoFileDbItemPtr best;

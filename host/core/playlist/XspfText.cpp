@@ -21,7 +21,7 @@ std::string textOf(const TiXmlElement& track, const char* name)
     return text ? text : "";
 }
 
-ListedSong songOf(const TiXmlElement& track)
+ListedSong songOfTrack(const TiXmlElement& track)
 {
     ListedSong song;
     const std::string location = textOf(track, "location");
@@ -69,7 +69,7 @@ std::string parseXspf(std::string_view text, std::vector<ListedSong>& songs)
     {
         if (songs.size() == mostListedSongs)
             return "it has more than " + std::to_string(mostListedSongs) + " songs";
-        ListedSong song = songOf(*track);
+        ListedSong song = songOfTrack(*track);
         if (song.place.size() > longestPlaylistLine)
             return "a location is longer than " + std::to_string(longestPlaylistLine >> 10) +
                    " KiB";
