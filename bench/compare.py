@@ -145,6 +145,7 @@ class Bench:
         self.qo("load", self.data, "load")
         self.process("query", self.data, "tracks", "the love winter")
         self.floor("F3 insert rows", "floor_insert", database, self.fresh)
+        self.floor("migration", "bench_migrate", database, self.fresh)
 
     def grow(self, factor):
         """A copy of the data folder whose database has the rows of factor libraries side by side.
@@ -278,6 +279,8 @@ def judgements(bench):
         ratio_row("reading of tags against F2", median("reading of tags"), median("F2 read tags"), 1.15, 1.05),
         ratio_row("rescan without change against F1", median("rescan without change"), median("F1 walk and stat"), 4, 2.5),
         ratio_row("load against F4", median("load"), median("F4 read rows"), 4, 2),
+        ratio_row("migration from the oldest version against F4 + F3", median("migration"),
+                  median("F4 read rows") + median("F3 insert rows"), 3, 2),
         ratio_row("tracks by three words against load, whole processes", median("process query"), median("process load"), 1.15, 1.05)]
     yield bench.layouts, lambda: [ratio_row(name + " against the load", median(name), median("load"), 2, 1.2)
                                   for name in ("load of one folder", "load of one artist")]

@@ -339,8 +339,10 @@ void CQoCollDb::applyUpdateMusicAndVideoFlags()
         *this,
         [](const QoFileDbItemPtr& item)
         {
-            const bool hasMusicFlag = setFileMusicFlag(item);
-            return setFileAudioVideoFlag(item) || hasMusicFlag;
+            const unsigned before = item->flags;
+            (void)setFileMusicFlag(item);
+            (void)setFileAudioVideoFlag(item);
+            return item->flags != before; // most have the right ones already
         },
         [this](QoFileDbItemPtr& item) { updateFileFlags(item); });
 }
