@@ -26,6 +26,8 @@ std::string temporaryBeside(const std::string& target);
 /// longer on this machine or which have not changed for a day. How many went. Looks at the names in
 /// the folder, and at nothing else as long as none is of the form.
 QO_API int clearTemporaries(const CString& folder);
+/// How many clearTemporaries() would remove.
+QO_API int countTemporaries(const CString& folder);
 
 /// Whether a process of that number runs on this machine.
 QO_API bool isProcessRunning(unsigned process);

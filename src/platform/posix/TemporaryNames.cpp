@@ -86,26 +86,32 @@ bool isLeft(const Owner& owner, const struct stat& st)
     return toTicks(systemClock().now()) - toTicks(changed) > ticksOfADay;
 }
 
-bool removeIfLeft(int folder, const char* name)
+/// Calls the function for each name in the folder that a writer left behind; how often it said yes.
+int countLeft(const std::string& folder,
+              const std::function<bool(int folder, const char* name, const struct stat& st)>& take)
 {
-    Owner owner;
-    struct stat st;
-    if (!parseName(name, owner) || ::fstatat(folder, name, &st, AT_SYMLINK_NOFOLLOW) != 0 ||
-        !isLeft(owner, st))
-        return false;
+    const OpenFolder open(::opendir(folder.c_str()));
+    int count = 0;
+    // The stream belongs to this call alone.
+    while (const dirent* entry =
+               open ? ::readdir(open.get()) : nullptr) // NOLINT(concurrency-mt-unsafe)
+    {
+        const int in = ::dirfd(open.get());
+        Owner owner;
+        struct stat st;
+        if (parseName(entry->d_name, owner) &&
+            ::fstatat(in, entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0 && isLeft(owner, st))
+            count += take(in, entry->d_name, st) ? 1 : 0;
+    }
+    return count;
+}
+
+bool removeLeft(int folder, const char* name, const struct stat& st)
+{
     if (S_ISREG(st.st_mode))
         return ::unlinkat(folder, name, 0) == 0;
     const auto onSameDisk = [&](const struct stat& inner) { return inner.st_dev == st.st_dev; };
     return S_ISDIR(st.st_mode) && TreeRemover{onSameDisk, {}}.remove(folder, name, name);
-}
-
-int clearFolder(const std::string& folder)
-{
-    const OpenFolder open(::opendir(folder.c_str()));
-    int removed = 0;
-    while (const dirent* entry = open ? ::readdir(open.get()) : nullptr)
-        removed += removeIfLeft(::dirfd(open.get()), entry->d_name) ? 1 : 0;
-    return removed;
 }
 
 /// Writing ten thousand covers into one folder must not list it ten thousand times.
@@ -138,7 +144,7 @@ std::string temporaryBeside(const std::string& target)
 {
     const std::string folder = target.substr(0, target.rfind('/') + 1);
     if (isDue(folder))
-        clearFolder(folder);
+        countLeft(folder, removeLeft);
     char process[2 * sizeof(pid_t) + 1];
     std::snprintf(process, sizeof(process), "%x", static_cast<unsigned>(::getpid()));
     return folder + std::string(namePrefix) + machineText() + "-" + process + "-" +
@@ -148,7 +154,14 @@ std::string temporaryBeside(const std::string& target)
 int clearTemporaries(const CString& folder)
 {
     const std::string path = toSystemPath(folder);
-    return path.empty() ? 0 : clearFolder(path);
+    return path.empty() ? 0 : countLeft(path, removeLeft);
+}
+
+int countTemporaries(const CString& folder)
+{
+    const std::string path = toSystemPath(folder);
+    const auto count = [](int, const char*, const struct stat&) { return true; };
+    return path.empty() ? 0 : countLeft(path, count);
 }
 
 bool isProcessRunning(unsigned process)

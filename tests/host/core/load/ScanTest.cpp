@@ -2,6 +2,7 @@
 #include "host/core/LoadedCollection.h"
 #include "platform/TemporaryNames.h"
 #include "support/Contains.h"
+#include "support/LeftTemporary.h"
 #include "support/OrdinaryUser.h"
 
 #include <sys/stat.h>
@@ -156,21 +157,12 @@ TEST(Scan, RemovesTheCopyOfAWriterThatWasKilledAndTakesNoneIn)
 {
     LoadedCollection here;
     here.addSound("music/a/1.mp3");
-    const pid_t dead = ::fork();
-    if (dead == 0)
-        ::_exit(0);
-    ASSERT_EQ(::waitpid(dead, nullptr, 0), dead);
-    // ".qo-tmp-MACHINE-PROCESS-XXXXXX"
-    const std::string own =
-        fs::path(qo::temporaryBeside(here.dir.path("music/a/1.mp3"))).filename();
-    const std::size_t process = own.find('-', std::string(".qo-tmp-").size()) + 1;
-    std::ostringstream number;
-    number << std::hex << dead;
+    const std::string song = here.dir.path("music/a/1.mp3");
+    const std::string own = fs::path(qo::temporaryBeside(song)).filename();
     const std::string working = "music/a/" + own.substr(0, own.size() - 6) + "abcdef";
-    const std::string left = "music/a/" + own.substr(0, process) + number.str() + "-abcdef";
+    const std::string left = "music/a/" + leftTemporaryBeside(song);
     here.addSound(working);
     here.addSound(left);
-    ASSERT_TRUE(qo::isTemporaryName(fs::path(left).filename().string()));
     here.load();
     EXPECT_EQ(here.stored().size(), 1U);
     EXPECT_FALSE(fs::exists(here.dir.path(left)));
