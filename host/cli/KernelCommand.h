@@ -1,6 +1,8 @@
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "cli/Interrupt.h"
+#include "cli/shown/ProgressDisplay.h"
 #include "core/base/HostFiles.h"
 #include "core/load/CollectionLoader.h"
 #include "core/session/Session.h"
@@ -28,6 +30,18 @@ std::unique_ptr<host::Session> openKernel(const CommandLine& line, KernelUse use
 /// Throws HostError when no file can be written there, and asks before one is written over; a dry
 /// run does not ask.
 void prepareOutput(const CommandLine& line, const std::string& path);
+
+/// Runs the function, which gets the progress, on the kernel's thread: it is shown, and signals
+/// that ask the program to end stop it.
+template <class Function>
+auto runShown(const CommandLine& line, host::Session& session, Function function)
+{
+    ProgressDisplay display(line.quiet);
+    host::ProgressReporter progress([&display](const host::ProgressEvent& event)
+                                    { display.show(event); });
+    const InterruptGuard guard(progress);
+    return session.kernel().run([&] { return function(progress); });
+}
 
 /// Checks the database and loads the collection, with progress and a way to interrupt.
 host::LoadReport

@@ -1,5 +1,6 @@
 #include "cli/rules/ReorgCommand.h"
 
+#include "cli/KernelCommand.h"
 #include "cli/rules/PlanListing.h"
 #include "cli/rules/PlanSelection.h"
 #include "core/base/HostFiles.h"

@@ -1,3 +1,4 @@
+#include "cli/KernelCommand.h"
 #include "cli/files/FileRecord.h"
 #include "cli/rules/PlanListing.h"
 #include "cli/rules/ReorgCommand.h"
