@@ -39,6 +39,7 @@ HOST_ORDER = (
     {"core/moved"},
     {"core/watch"},
     {"core/view"},
+    {"core/doctor"},
     {"cli/shown"},
     {"cli"},
     {"cli/files"},

@@ -43,6 +43,7 @@ namespace qo::cli
     ROW(sharing, "share", setUpShare, "Invite friends to one's collection")                        \
     ROW(upkeep, "config", setUpConfig, "The settings")                                             \
     ROW(upkeep, "log", setUpLog, "Show the log of the last run")                                   \
+    ROW(upkeep, "doctor", setUpDoctor, "Look the whole house over, and say what to do")            \
     ROW(upkeep, "db", setUpDatabase, "The collection's database")                                  \
     ROW(upkeep, "version", setUpVersion, "Which version this is")                                  \
     ROW(upkeep, "help", setUpHelp, "Explain a command or an idea")                                 \

@@ -294,6 +294,11 @@ const std::vector<CommandText> texts = {
     {"qo log", "What the last run wrote"},
     {"qo log --all --level warning", "Warnings and errors of all runs that are kept"}},
     "A log is written when the setting TraceLevel is not None."},
+{"doctor", {
+    {"qo doctor", "Everything that is not as it should be, and what to do about it"},
+    {"qo doctor --fix", "Mend what can be mended without harm", 0}},
+    "The exit code is 0 when all is well, and 6 otherwise. --fix removes what killed processes left "
+    "behind, and takes a snapshot where there is none; it changes no file of yours."},
 {"db", {
     {"qo db check", "Look for damage"},
     {"qo db snapshots", "List the copies that were kept"}}},

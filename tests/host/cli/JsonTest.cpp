@@ -8,6 +8,7 @@ namespace
 /// A call of every command but those that have no JSON and "watch", which ends only when stopped.
 constexpr const char* calls[] = {"scan",
                                  "load",
+                                 "doctor --fix",
                                  "roots",
                                  "roots ls",
                                  "roots add DIR/more",
