@@ -126,13 +126,30 @@ private:
     bool m_isShort = false;
 };
 
+/// Whether a part between slashes of either kind is "." or "..". A name from a path with a doubled
+/// backslash has backslashes in it, and a file system may take either kind to part names.
+bool leadsElsewhere(std::u16string_view name)
+{
+    while (true)
+    {
+        const std::size_t end = name.find_first_of(u"\\/");
+        const std::u16string_view part = name.substr(0, end);
+        if (part == u"." || part == u"..")
+            return true;
+        if (end == std::u16string_view::npos)
+            return false;
+        name.remove_prefix(end + 1);
+    }
+}
+
 /// Whether the path names a place below a drive or a network folder, and nothing beside it.
 bool isPeerPath(const CQoCollPath& path)
 {
     if (path.getType() != CQoCollPath::drive && path.getType() != CQoCollPath::network)
         return false;
-    return std::ranges::none_of(path.getComponents(),
-                                [](const CString& name) { return name == u"." || name == u".."; });
+    return !leadsElsewhere(path.getDevice().view()) &&
+           std::ranges::none_of(path.getComponents(),
+                                [](const CString& name) { return leadsElsewhere(name.view()); });
 }
 
 /// Gives the paths of a peer as paths in his share. Files of one folder mostly stand together, and
@@ -148,7 +165,7 @@ public:
         const std::size_t end = field.rfind(u"\\\\");
         const bool isSplit = end != std::u16string_view::npos && end > 0 && field[end - 1] != u'\\';
         const std::u16string_view name = isSplit ? field.substr(end + 2) : std::u16string_view();
-        if (name.empty() || name == u"." || name == u".." || name.find(u'\\') != name.npos)
+        if (name.empty() || leadsElsewhere(name) || name.find(u'\\') != name.npos)
             return parsed(field);
         CString last(name);
         last.Replace(u"%", u"%%");

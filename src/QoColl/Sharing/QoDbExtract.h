@@ -48,9 +48,9 @@ public:
     /// Adds the records to files, which stays sorted by path; of records of one path the first
     /// stays. name is the id of the share, below whose root the paths then stand; the ids of the
     /// peer stand in clipUid. Left out in silence are lines that are no records or have too few
-    /// fields, records whose path is no path of a drive or a network or has a component "." or
-    /// "..", and lines beyond 64 Ki characters. A file beyond 512 MiB, or with more than two
-    /// million records, is not read to its end and counts as unreadable.
+    /// fields, records whose path is no path of a drive or a network or has a part "." or ".."
+    /// between slashes of either kind, and lines beyond 64 Ki characters. A file beyond 512 MiB, or
+    /// with more than two million records, is not read to its end and counts as unreadable.
     static ERetCode
     LoadQoDbExtract(const CString& name, const CString& path, QoFileDbItemArray& files);
 

@@ -183,7 +183,10 @@ TEST(QoDbExtract, WhatIsNoRecordIsLeftOut)
                                    "",
                                    "\\\\\\\\share:1\\\\C:\\\\x.mp3",
                                    "C:\\\\..\\\\..\\\\etc\\\\passwd",
-                                   "C:\\\\.\\\\x.mp3"})
+                                   "C:\\\\.\\\\x.mp3",
+                                   "C:\\\\a\\\\\\\\..\\\\\\\\..\\\\x.mp3",
+                                   "C:\\\\../../etc/passwd",
+                                   "\\\\\\\\..\\\\m\\\\x.mp3"})
         text += lineOf("7", path);
     text += lineOf("8", std::string("C:\\\\nul\0.mp3", 12));
     text += lineOf("9", "C:\\\\" + std::string(70'000, 'x'));
