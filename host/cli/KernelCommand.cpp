@@ -3,6 +3,7 @@
 #include "cli/Interrupt.h"
 #include "cli/shown/ProgressDisplay.h"
 #include "cli/shown/Text.h"
+#include "core/base/Disk.h"
 #include "core/base/SystemPath.h"
 #include "core/load/StoredLoad.h"
 #include "core/roots/RootFolders.h"
@@ -72,6 +73,11 @@ std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use)
 void prepareOutput(const CommandLine& line, const std::string& path)
 {
     needWritable(fromSystemPath(host::parentOf(path)));
+    NameInfo info;
+    if (fileSystem().isDirectory(fromSystemPath(path)))
+        throw HostError(ExitCode::usage, path + " is a folder; name the file to write");
+    if (host::disk::look(path, info) == 0 && info.kind == NameInfo::Kind::other)
+        throw HostError(ExitCode::usage, path + " is a device or a pipe, which cannot be replaced");
     if (!line.dryRun && fileSystem().exists(fromSystemPath(path)))
         confirm(line, "The file " + path + " will be replaced.");
 }

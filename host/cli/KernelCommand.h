@@ -27,8 +27,8 @@ enum class KernelUse
 /// would save something, throws HostError when it could not.
 std::unique_ptr<host::Session> openKernel(const CommandLine& line, KernelUse use);
 
-/// Throws HostError when no file can be written there, and asks before one is written over; a dry
-/// run does not ask.
+/// Throws HostError when no file can be written there, or something else stands there, and asks
+/// before one is written over; a dry run does not ask.
 void prepareOutput(const CommandLine& line, const std::string& path);
 
 /// Runs the function, which gets the progress, on the kernel's thread: it is shown, and signals

@@ -37,8 +37,6 @@ ExitCode writeExtract(CommandLine& line, const ExtractOptions& options)
 {
     const std::string file = host::absolutePath(options.file);
     const CString path = fromSystemPath(file);
-    if (fileSystem().isDirectory(path))
-        throw HostError(ExitCode::usage, file + " is a folder; name the file to write");
     prepareOutput(line, file);
     const auto session = openKernel(line, KernelUse::look);
     loadForReading(line, *session);
@@ -138,6 +136,7 @@ ExitCode showExtract(CommandLine& line, const ExtractOptions& options)
                             artistAndTitle(*item),
                             harmless(peerPath(item->path))});
     }
+    table.finish();
     return ExitCode::done;
 }
 } // namespace

@@ -90,7 +90,7 @@ TEST(DatabaseMigrate, BackupIsASnapshotOrAFileThatIsNotTheDatabase)
     qo.expect({"db", "backup", copy, "--yes"}, 0, "is copied to");
     qo.expect({"db", "restore", copy}, 0, "with 1 file");
     qo.expect({"db", "backup", qo.database(), "--yes"}, 2, "is the database itself");
-    qo.expect({"db", "backup", qo.music(), "--yes"}, 1, "is no regular file");
+    qo.expect({"db", "backup", qo.music(), "--yes"}, 2, "is a folder; name the file to write");
     qo.dir.write("copy.db-wal", "x");
     qo.expect({"db", "backup", copy, "--yes"}, 1, "copy.db-wal belongs to another database");
 }
