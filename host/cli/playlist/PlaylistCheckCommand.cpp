@@ -10,6 +10,7 @@ using host::EntryFinding;
 using host::EntryState;
 using host::Playlist;
 using host::Playlists;
+using host::StoredEntry;
 
 /// The lists that were named, or all; a living list has no entries that could be wrong.
 std::vector<Playlist> chosenLists(const Playlists& playlists, const PlaylistOptions& options)
@@ -25,12 +26,26 @@ std::vector<Playlist> chosenLists(const Playlists& playlists, const PlaylistOpti
     return lists;
 }
 
+/// `: "Kino - Zvezda"`, or "" for a song without names.
+std::string quotedNames(const StoredEntry& entry)
+{
+    const std::string names = songText(entry);
+    return names.empty() ? "" : ": \"" + names + "\"";
+}
+
 /// `Party 3: "Kino - Zvezda"`.
 std::string startOf(const Playlist& list, const EntryFinding& finding)
 {
-    const std::string names = songText(finding.entry);
-    return oneLine(list.name) + " " + std::to_string(finding.index + 1) + ": \"" +
-           (names.empty() ? placeOf(finding.entry) : names) + "\"";
+    return oneLine(list.name) + " " + std::to_string(finding.index + 1) +
+           quotedNames(finding.entry);
+}
+
+/// The sentence with what is remembered of the entry's place.
+std::string withPlace(const std::string& sentence, const StoredEntry& entry)
+{
+    if (const std::string place = placeOf(entry); !place.empty())
+        return sentence + ": " + place;
+    return sentence + (entry.row != 0 ? ": row " + std::to_string(entry.row) : "");
 }
 
 std::string stateText(const EntryFinding& finding)
@@ -38,15 +53,15 @@ std::string stateText(const EntryFinding& finding)
     switch (finding.state)
     {
     case EntryState::otherSong:
-        return "its row now is \"" + songText(host::entryOf(*finding.now)) + "\", " +
+        return "its row now is another song" + quotedNames(host::entryOf(*finding.now)) + ", " +
                host::shownPath(finding.now->path);
     case EntryState::gone:
-        return "its file is no longer in the collection: " + placeOf(finding.entry);
+        return withPlace("its file is no longer in the collection", finding.entry);
     case EntryState::withoutFile:
     case EntryState::found:
         break;
     }
-    return "it has no file: " + placeOf(finding.entry);
+    return withPlace("it has no file", finding.entry);
 }
 
 Json findingJson(const Playlist& list, const EntryFinding& finding)
@@ -110,7 +125,7 @@ ExitCode repairPlaylists(CommandLine& line, Playlists& playlists, const Playlist
                     startOf(list, finding) + ": " +
                     (finding.found ? "found by " + std::string(wordsOf(finding.by)) + ": " +
                                          host::shownPath(finding.found->path)
-                                   : "not found; it stays as text: " + placeOf(finding.entry))));
+                                   : withPlace("not found; it stays in the list", finding.entry))));
         }
     }
     line.out.flush();

@@ -125,7 +125,7 @@ void refuseRelativePaths(const std::string& query)
 
 ExitCode makePlaylist(CommandLine& line, Playlists& playlists, const PlaylistOptions& options)
 {
-    const CString name = fromUtf8(options.playlist);
+    const CString name = typedName(options.playlist);
     playlists.needFreeName(name);
     Playlist list;
     list.name = name;
@@ -162,7 +162,7 @@ ExitCode renamePlaylist(CommandLine& line, Playlists& playlists, const PlaylistO
 {
     Playlist list = playlists.find(options.playlist);
     const std::string former = toUtf8(list.name);
-    const CString name = fromUtf8(options.newName);
+    const CString name = typedName(options.newName);
     playlists.needName(name, list);
     if (!line.dryRun)
         playlists.rename(list, name);
@@ -244,6 +244,13 @@ void addPlaylist(CLI::App& command, PlaylistOptions& options)
 {
     addArgument(command, "PLAYLIST", options.playlist, "A playlist by its name, or as #ID")
         ->required();
+}
+
+CString typedName(const std::string& typed)
+{
+    if (!isUtf8(typed))
+        throw HostError(ExitCode::usage, "the name of a playlist has to be UTF-8");
+    return fromUtf8(typed);
 }
 
 Playlist fixedPlaylist(const Playlists& playlists, const std::string& typed)

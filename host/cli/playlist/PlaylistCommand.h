@@ -61,6 +61,8 @@ void addPlaylistEdits(CommandLine& line, CLI::App& command);
 void addPlaylistFiles(CommandLine& line, CLI::App& command);
 void addPlaylistChecks(CommandLine& line, CLI::App& command);
 
+/// The name that a list shall have; throws HostError when it is not UTF-8.
+CString typedName(const std::string& typed);
 /// The playlist of that name. Throws HostError for a living list, which cannot be changed so.
 host::Playlist fixedPlaylist(const host::Playlists& playlists, const std::string& typed);
 /// The entries of a list; a living one is looked up now.

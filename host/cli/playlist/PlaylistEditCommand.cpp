@@ -36,6 +36,8 @@ std::size_t positionOf(const std::string& digits, const std::string& word, std::
 /// "3,5-7": for each entry whether it is meant.
 std::vector<bool> meantBy(const std::string& typed, std::size_t count)
 {
+    if (typed.empty())
+        refusePositions(typed);
     std::vector<bool> isMeant(count);
     std::istringstream words(typed);
     for (std::string word; std::getline(words, word, ',');)
@@ -126,7 +128,7 @@ ExitCode removeSongs(CommandLine& line, Playlists& playlists, const PlaylistOpti
                   playlists,
                   list,
                   entries,
-                  "took " + countText(static_cast<std::int64_t>(gone), "song") + " out of");
+                  "removed " + countText(static_cast<std::int64_t>(gone), "song") + " from");
 }
 
 ExitCode moveSongs(CommandLine& line, Playlists& playlists, const PlaylistOptions& options)

@@ -62,9 +62,10 @@ ExitCode importPlaylist(CommandLine& line, Playlists& playlists, const PlaylistO
 {
     const std::string path = host::absolutePath(options.file);
     const std::vector<host::ListedSong> songs = host::readPlaylistFile(path);
-    const CString name = options.newName.empty()
-                             ? fromUtf8(std::filesystem::path(path).stem().string())
-                             : fromUtf8(options.newName);
+    const std::string stem = std::filesystem::path(path).stem().string();
+    const CString name = !options.newName.empty() ? typedName(options.newName)
+                         : isUtf8(stem)           ? fromUtf8(stem)
+                                                  : fromCharset(stem, "windows-1252");
     Playlist list;
     list.name = name;
     if (!options.replaces)
@@ -205,7 +206,7 @@ ExitCode exportCopies(CommandLine& line, const Playlist& list, const PlaylistOpt
     const std::vector<StoredEntry> entries = presentEntries(list);
     std::vector<host::SongCopy> copies = host::planCopies(entries, folder);
     host::checkCopies(copies, folder);
-    if (fileSystem().isDirectory(fromSystemPath(host::parentOf(path))))
+    if (host::parentOf(path) != folder || fileSystem().isDirectory(fromSystemPath(folder)))
         prepareOutput(line, path);
     if (!line.dryRun)
         makeCopies(line, copies, folder);

@@ -87,7 +87,7 @@ void chooseName(SongCopy& copy, const std::string& start, const std::string& fol
         copy.to = inFolder(folder, copy.song.place);
         if (disk::isNothingAt(copy.to))
             return;
-        copy.isThere = isSameContent(copy.from, copy.to);
+        copy.isThere = isSameContent(copy.source, copy.to);
         if (copy.isThere)
             return;
     }
@@ -163,8 +163,12 @@ std::vector<SongCopy> planCopies(const std::vector<StoredEntry>& entries, const 
         copy.index = i;
         copy.song = songOf(*answer.item);
         copy.from = toSystemPath(answer.item->path);
+        // A link that leads from the music folder would lead nowhere on another disk.
+        copy.source = resolvedPath(copy.from);
         NameInfo info;
-        if (const int error = disk::look(copy.from, info))
+        if (copy.source.empty())
+            copy.failure = errorWords(errno);
+        else if (const int error = disk::look(copy.source, info))
             copy.failure = errorWords(error);
         copy.size = info.size;
         chooseName(
@@ -176,6 +180,12 @@ std::vector<SongCopy> planCopies(const std::vector<StoredEntry>& entries, const 
 
 void checkCopies(const std::vector<SongCopy>& copies, const std::string& folder)
 {
+    std::string there = folder;
+    while (disk::isNothingAt(there))
+        there = parentOf(there);
+    NameInfo info;
+    if (const int error = disk::lookAtFolder(there, info))
+        throw HostError(ExitCode::failed, there + " cannot be used: " + errorWords(error));
     const std::string nearest = disk::nearestFolder(folder);
     const CString place = fromSystemPath(nearest);
     if (const int error = fileSystem().mayChange(place))
@@ -206,7 +216,7 @@ void makeCopies(std::vector<SongCopy>& copies,
         if (copy.isThere || !copy.failure.empty())
             continue;
         const int error =
-            fileSystem().copyAsNew(fromSystemPath(copy.from), fromSystemPath(copy.to), stop);
+            fileSystem().copyAsNew(fromSystemPath(copy.source), fromSystemPath(copy.to), stop);
         if (error == ECANCELED)
             throw HostError(ExitCode::interrupted,
                             "interrupted after " + std::to_string(made) + " copies into " + folder +

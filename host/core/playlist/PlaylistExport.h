@@ -23,6 +23,7 @@ struct SongCopy
     std::size_t index = 0; ///< of its entry
     ListedSong song;       ///< its place is the name of the copy
     std::string from;      ///< absolute system paths
+    std::string source;    ///< what is copied: from, with its links followed
     std::string to;
     std::int64_t size = 0;    ///< bytes
     bool isThere = false;     ///< the folder has that copy already

@@ -36,7 +36,8 @@ void repairEntries(const Playlist& list,
         finding.found = findRemembered(finder, finding.entry, finding.by);
         if (finding.found)
             entries[finding.index] = entryOf(*finding.found);
-        else
+        // A row id of which nothing is remembered is all that there is of the entry.
+        else if (!placeOf(finding.entry).empty())
             entries[finding.index].row = 0;
     }
 }

@@ -170,6 +170,10 @@ Playlist Playlists::find(const std::string& typed) const
     const CString name = fromUtf8(typed);
     const QoPlaylistDbItem* found = nullptr;
     const int id = idOf(typed);
+    // An id names its list even where another program has made one of such a name.
+    for (const auto& item : items)
+        if (id != 0 && item->id == id)
+            return read(*item);
     for (const auto& item : items)
     {
         if (item->name.CompareNoCase(name) == 0)
@@ -184,9 +188,6 @@ Playlist Playlists::find(const std::string& typed) const
     for (const LivingList& list : m_store.livingLists())
         if (!found && list.name.CompareNoCase(name) == 0)
             return {0, list.name, list.query, {}, {}};
-    for (const auto& item : items)
-        if (!found && id != 0 && item->id == id)
-            found = item.get();
     if (found)
         return read(*found);
     std::vector<std::string> names;
@@ -203,6 +204,9 @@ void Playlists::needName(const CString& name, const Playlist& own) const
 {
     if (CString(name).Trim().IsEmpty())
         throw HostError(ExitCode::usage, "a playlist needs a name");
+    if (idOf(toUtf8(name)) != 0)
+        throw HostError(ExitCode::usage,
+                        "\"" + toUtf8(name) + "\" names a playlist by its id: choose another name");
     for (const Facts& each : all())
     {
         const bool isOwn = own.id == each.list.id && own.name == each.list.name;

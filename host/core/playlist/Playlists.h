@@ -46,7 +46,7 @@ public:
         int withoutFile = 0;
     };
     std::vector<Facts> all() const;
-    /// By its name, or as "#3" by its id. Throws HostError with a suggestion for what there is not.
+    /// As "#3" by its id, or by its name. Throws HostError with a suggestion for what there is not.
     Playlist find(const std::string& typed) const;
     /// Throws HostError for a name that a list other than the given one has, or that none can have.
     void needName(const CString& name, const Playlist& own) const;

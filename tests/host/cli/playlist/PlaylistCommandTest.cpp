@@ -48,12 +48,14 @@ TEST_F(PlaylistCommand, SongsAreAddedTakenOutAndPutInOrder)
     qo.expect({"playlist", "remove", "#1", "kino"}, 0, "it has 0 songs");
     qo.expectRefusals("playlist",
                       {{{"new", "IT'S 100%"}, 2, "already"},
+                       {{"new", "x\xFF"}, 2, "has to be UTF-8"},
                        {{"new", "x", "nothing-fits"}, 4, "fits"},
                        {{"add", "#1"}, 2, "say which files"},
                        {{"add", "Its 100", "kino"}, 4, "did you mean \"It's 100%\"?"},
                        {{"remove", "#1"}, 2, "say which songs"},
                        {{"move", "#1", "1", "1"}, 2, "there is no position 1"},
                        {{"move", "#1", "x", "1"}, 2, "write numbers and ranges"},
+                       {{"move", "#1", "", "1"}, 2, "write numbers and ranges"},
                        {{"rm", "It's 100%"}, 7, "with its 0 songs will be removed"}});
     qo.expect({"playlist", "rm", "It's 100%", "--yes"}, 0, "removed");
     EXPECT_EQ(qo.run({"playlist", "ls"}).out, "");
@@ -152,6 +154,18 @@ TEST_F(PlaylistCommand, CopiesStandBesideTheirList)
                 qo.dir.read("music/Kino/Album/01.mp3"));
     qo.expect(
         {"playlist", "export", "AC/DC", "--copy-to", stick, "--yes"}, 0, "3 were there already");
+    std::filesystem::remove_all(stick);
+    qo.expect({"playlist", "export", "AC/DC", qo.dir.path("no/x.pls"), "--copy-to", stick}, 1, "");
+    EXPECT_FALSE(std::filesystem::exists(stick)) << "no copies without a place for the list";
+    qo.expect({"playlist", "export", "AC/DC", "--copy-to", first + "/x", "--dry-run"},
+              1,
+              first + " cannot be used");
+
+    std::filesystem::rename(third, qo.dir.path("elsewhere.mp3"));
+    std::filesystem::create_symlink("../../../elsewhere.mp3", third);
+    qo.expect({"playlist", "export", "AC/DC", "--copy-to", stick}, 0, "copied 3 songs");
+    EXPECT_TRUE(std::filesystem::is_regular_file(
+        std::filesystem::symlink_status(stick + "/02 Ann - Sun.mp3")));
     std::filesystem::remove(second);
     std::filesystem::remove_all(stick);
     qo.expect({"playlist", "export", "AC/DC", "--copy-to", stick}, 6, "could not be copied");

@@ -115,6 +115,7 @@ TEST(Playlists, NamesAreTakenOnceAndFoundInAnyCase)
     refuse([] { Playlists().make(u"JAZZ", {}); }, ExitCode::usage, "\"Jazz\" already");
     refuse([] { Playlists().makeLiving(u"jazz", u"x"); }, ExitCode::usage, "already");
     refuse([] { Playlists().make(u" ", {}); }, ExitCode::usage, "needs a name");
+    refuse([] { Playlists().make(u"#9", {}); }, ExitCode::usage, "by its id");
     refuse([] { Playlists().find("Jaz"); }, ExitCode::notFound, "did you mean \"Jazz\"?");
     collection.run(
         []
@@ -125,6 +126,8 @@ TEST(Playlists, NamesAreTakenOnceAndFoundInAnyCase)
             EXPECT_EQ(playlists.find("jazz").name, u"JAZZ");
             EXPECT_EQ(playlists.find("IT'S").query, u"genre:jazz");
             CMpPlaylistUtils::NewPlaylist(u"jazz", QoFileDbItemArray());
+            CMpPlaylistUtils::NewPlaylist(u"#1", QoFileDbItemArray());
+            EXPECT_EQ(playlists.find("#1").name, u"JAZZ");
         });
     refuse([] { Playlists().find("jazz"); }, ExitCode::usage, "as #1 or #2");
 }
