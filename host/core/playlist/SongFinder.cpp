@@ -15,42 +15,27 @@ namespace qo::host
 namespace
 {
 constexpr int nearDuration = 3000; ///< milliseconds
+constexpr int mostDashes = 16;     ///< in a title that may begin with a part of the artist
 
-/// The last two parts of a path with slashes, as all spellings have them; "" for a shorter one.
-std::u16string endKey(const CString& path)
-{
-    const std::u16string_view text = path.view();
-    const std::size_t name = text.rfind(u'/');
-    if (name == std::u16string_view::npos || name == 0)
-        return {};
-    const std::size_t folder = text.rfind(u'/', name - 1);
-    const std::size_t start = folder == std::u16string_view::npos ? 0 : folder + 1;
-    if (start == name)
-        return {};
-    return std::u16string(sameNameKey(path.Mid(static_cast<int>(start))).view());
-}
-
-CString slashed(const CString& path)
+/// A path from its end, as all spellings have it, each part ended by a slash. Paths with the same
+/// last parts then begin alike.
+///
+///   "C:\Kino\01.mp3" is "3pm.10/onik/:c/"
+std::u16string reversedKey(const CString& path)
 {
     CString text = path;
     text.Replace(u'\\', u'/');
-    return text;
+    const CString key = sameNameKey(text);
+    std::u16string reversed(key.view().rbegin(), key.view().rend());
+    reversed += u'/';
+    return reversed;
 }
 
 /// How many parts at their ends agree.
-int commonEnd(const CString& one, const CString& other)
+int commonParts(const std::u16string& one, const std::u16string& other)
 {
-    const CString a = sameNameKey(slashed(one));
-    const CString b = sameNameKey(slashed(other));
-    int parts = 0;
-    for (int i = 1; i <= std::min(a.GetLength(), b.GetLength()); ++i)
-    {
-        const char16_t c = a[a.GetLength() - i];
-        if (c != b[b.GetLength() - i])
-            return parts;
-        parts += c == u'/' ? 1 : 0;
-    }
-    return parts + 1;
+    const auto end = std::ranges::mismatch(one, other).in1;
+    return static_cast<int>(std::count(one.begin(), end, u'/'));
 }
 
 std::u16string tagsKey(const CString& artist, const CString& title)
@@ -76,7 +61,9 @@ byListedTags(SongFinder& finder, const CString& artist, const CString& title, in
     if (auto item = finder.byTags(artist, title, duration))
         return item;
     // "Simon - Half - Song" may be of "Simon" or of "Simon - Half".
-    for (int at = title.Find(u" - "); at > 0; at = title.Find(u" - ", at + 1))
+    int dashes = 0;
+    for (int at = title.Find(u" - "); at > 0 && ++dashes <= mostDashes;
+         at = title.Find(u" - ", at + 1))
         if (auto item =
                 finder.byTags(artist + u" - " + title.Left(at), title.Mid(at + 3), duration))
             return item;
@@ -102,15 +89,20 @@ const char* wordsOf(FoundBy by)
     return "nothing";
 }
 
+const QoFileDbItemArray& SongFinder::all()
+{
+    if (m_all.IsEmpty())
+        ownCollection().copyFiles(m_all);
+    return m_all;
+}
+
 template <class KeyOf>
 const SongFinder::Index& SongFinder::index(std::optional<Index>& index, KeyOf keyOf)
 {
     if (index)
         return *index;
-    if (m_all.IsEmpty())
-        ownCollection().copyFiles(m_all);
     index.emplace();
-    for (const QoFileDbItemPtr& item : m_all)
+    for (const QoFileDbItemPtr& item : all())
         if (std::u16string key = keyOf(*item); !key.empty())
             index->emplace(std::move(key), item);
     return *index;
@@ -142,17 +134,28 @@ QoFileDbItemPtr SongFinder::byPath(const std::string& path)
 
 QoFileDbItemPtr SongFinder::byPathEnd(const std::string& path)
 {
-    const Index& ends =
-        index(m_byEnd, [](const QoFileDbItem& item) { return endKey(slashed(item.path)); });
-    const CString text = fromUtf8(path);
-    const auto [first, last] = ends.equal_range(endKey(text));
+    constexpr int fewestParts = 2; // the folder and the name
+    if (!m_byEnd)
+    {
+        m_byEnd.emplace();
+        for (const QoFileDbItemPtr& item : all())
+            m_byEnd->emplace_back(reversedKey(item->path), item);
+        std::ranges::sort(*m_byEnd, {}, &End::first);
+    }
+    const std::u16string key = reversedKey(fromUtf8(path));
+    const auto place = std::ranges::lower_bound(*m_byEnd, key, {}, &End::first);
+    // Those that agree most stand around the place, so two on either side tell the only one.
+    const auto first = place - std::min<std::ptrdiff_t>(2, place - m_byEnd->begin());
+    const auto last = place + std::min<std::ptrdiff_t>(2, m_byEnd->end() - place);
     QoFileDbItemPtr best;
-    int most = 0;
+    int most = fewestParts - 1;
     for (auto each = first; each != last; ++each)
     {
-        const int parts = commonEnd(each->second->path, text);
-        if (parts >= most)
-            best = parts > most ? each->second : QoFileDbItemPtr();
+        const int parts = commonParts(each->first, key);
+        if (parts > most)
+            best = each->second;
+        else if (parts == most)
+            best.reset();
         most = std::max(most, parts);
     }
     return best;

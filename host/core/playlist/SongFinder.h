@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace qo::host
@@ -46,14 +47,17 @@ public:
 
 private:
     using Index = std::unordered_multimap<std::u16string, QoFileDbItemPtr>;
+    using End = std::pair<std::u16string, QoFileDbItemPtr>;
 
     template <class KeyOf>
     const Index& index(std::optional<Index>& index, KeyOf keyOf);
 
+    const QoFileDbItemArray& all();
+
     QoFileDbItemArray m_all;
     std::optional<Index> m_byId;
     std::optional<Index> m_byPath;
-    std::optional<Index> m_byEnd;
+    std::optional<std::vector<End>> m_byEnd; ///< sorted by the paths from their ends
     std::optional<Index> m_byTags;
 };
 
