@@ -144,6 +144,7 @@ class Bench:
         self.rows = self.floor("F4 read rows", "floor_read", database)
         self.qo("load", self.data, "load")
         self.process("query", self.data, "tracks", "the love winter")
+        self.process("doctor", self.data, "doctor", "--fix")
         self.floor("F3 insert rows", "floor_insert", database, self.fresh)
         self.floor("migration", "bench_migrate", database, self.fresh)
 
@@ -281,6 +282,8 @@ def judgements(bench):
         ratio_row("load against F4", median("load"), median("F4 read rows"), 4, 2),
         ratio_row("migration from the oldest version against F4 + F3", median("migration"),
                   median("F4 read rows") + median("F3 insert rows"), 3, 2),
+        ratio_row("doctor against F1 and a load, whole processes", median("process doctor"),
+                  median("F1 walk and stat") + median("process load"), 4, 3),
         ratio_row("tracks by three words against load, whole processes", median("process query"), median("process load"), 1.15, 1.05)]
     yield bench.layouts, lambda: [ratio_row(name + " against the load", median(name), median("load"), 2, 1.2)
                                   for name in ("load of one folder", "load of one artist")]
