@@ -227,7 +227,8 @@ const std::vector<SettingText>& settingTexts()
          "what is logged: None, Error, Warning, Info, Debug, Detail or Verbose. \"qo log\" shows "
          "it"},
         {"TempFolder", "where files are kept for a while that are made anew when they are missing"},
-        {"SendUsageStatistics", "whether statistics may be sent; qo sends none"}};
+        {"SendUsageStatistics",
+         "whether usage is counted, in usage.json in the data folder; qo sends nothing"}};
     return texts;
 }
 

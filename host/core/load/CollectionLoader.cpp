@@ -16,6 +16,8 @@
 #include "core/session/Session.h"
 #include "core/store/HostStore.h"
 
+#include <QoKernel/Statistics.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -143,6 +145,9 @@ void CollectionLoader::loadGuarded()
         rememberFileKinds();
     forgetRemovedRoots(roots);
     m_report.files = CQoCollection::m_ownCollection.getFileCount();
+    if (m_session.countsUsage() && m_isOwn)
+        m_report.walked ? CQoStatistics::reportNumberOfFilesAtEnd()
+                        : CQoStatistics::reportNumberOfFilesAtStart();
     if (!m_options.rescan && hasUnfinishedScan())
         m_session.note("the last scan was interrupted: \"qo scan\" goes on with it");
 }

@@ -12,6 +12,8 @@
 #include "core/session/ProgressReporter.h"
 #include "core/session/Session.h"
 
+#include <QoKernel/Statistics.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <memory>
@@ -267,7 +269,13 @@ MoveRun::Report Reorganizer::apply(const ReorganizePlan& wanted, ProgressReporte
     // The one that is kept may be another: a plan can be edited by hand.
     plan.write(planPath(plan.id));
     const auto run = MoveRun::begin(pathOf(plan.id, runningEnd), plan);
+    const auto moves =
+        std::ranges::count(plan.files, PlannedFile::Verdict::move, &PlannedFile::verdict);
+    CQoStatistics::reportStartFilesAction(
+        CQoStatistics::Reorganize, CString(), static_cast<int>(moves), false);
     MoveRun::Report report = carryOut(*run, plan.id, progress);
+    CQoStatistics::reportEndFilesAction(
+        CQoStatistics::Reorganize, CString(), static_cast<int>(report.moved));
     report.failures.insert(report.failures.begin(), refused.begin(), refused.end());
     return report;
 }

@@ -6,6 +6,7 @@
 #include "core/roots/IgnoreRules.h"
 #include "core/roots/RootFolders.h"
 #include "core/roots/StoredRoots.h"
+#include "core/session/UsageFile.h"
 #include "core/store/HostStore.h"
 
 #include <QoKernel/Collection.h>
@@ -55,6 +56,7 @@ Session::~Session()
     m_kernel.run(
         [this]
         {
+            m_usage.reset();
             CQoCollection::cleanUpGlobal();
             CQoCollection::m_ownCollection.setScanHost(nullptr);
             // Nothing asks for a setting of a file that is closed.
@@ -73,6 +75,9 @@ void Session::startKernel()
     m_longestJingle = m_settings->addKey(section, u"LongestJingle", u"60");
     m_fileKinds = storedFileKinds(section);
     m_fileKinds.apply();
+    if (CQoSettings::getBool(CQoSettings::SendUsageStatistics) && hasLock() &&
+        m_options.saveSettings)
+        m_usage = std::make_unique<UsageFile>(folder() + u"\\usage.json");
 }
 
 FileKinds Session::storedFileKinds(KVConfig::Section* section) const

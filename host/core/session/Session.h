@@ -9,6 +9,7 @@
 #include "core/session/ScanHost.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,6 +18,8 @@ class CKVModule;
 
 namespace qo::host
 {
+class UsageFile;
+
 /// A running kernel over one data folder, from its start to its end. At most one in a process. All
 /// kernel calls, and the calls here that say so, go to the kernel's thread.
 class Session
@@ -49,6 +52,8 @@ public:
     CString ignoredNames() const;
     /// Likewise: which further extensions count as music and pictures. The kernel goes by them.
     const FileKinds& fileKinds() const { return m_fileKinds; }
+    /// Whether usage is counted: only where the user has asked for it.
+    bool countsUsage() const { return m_usage != nullptr; }
     void saveSettings();
     void note(const std::string& sentence) const;
 
@@ -85,6 +90,7 @@ private:
     KVConfig::Key* m_ignoredNames = nullptr;
     KVConfig::Key* m_longestJingle = nullptr; ///< in seconds
     FileKinds m_fileKinds;
+    std::unique_ptr<UsageFile> m_usage;
     KernelThread m_kernel;
 };
 } // namespace qo::host

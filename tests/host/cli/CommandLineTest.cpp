@@ -69,7 +69,7 @@ TEST(CommandLine, FirstStartKeepsStatisticsAtHomeAndEverythingPrivateAndTellsWhe
     namespace fs = std::filesystem;
     const QoCommand qo;
     EXPECT_EQ(qo.run({"status", "--json"}).json().at(0)["databaseExists"], false);
-    qo.addSound("1.mp3");
+    qo.addTrack("1.mp3", {"artist=Kino", "title=Song", "genre=Rock"});
     ASSERT_EQ(qo.scan().code, 0);
     EXPECT_EQ(qo.run({"config", "get", "SendUsageStatistics"}).out, "0\n");
     for (const auto& entry : fs::recursive_directory_iterator(qo.dir.path("data")))
@@ -82,6 +82,22 @@ TEST(CommandLine, FirstStartKeepsStatisticsAtHomeAndEverythingPrivateAndTellsWhe
     EXPECT_EQ(status["files"], 1);
     EXPECT_EQ(status["roots"].at(0)["path"], qo.music());
     EXPECT_EQ(status["sendUsageStatistics"], false);
+
+    // Also where the user wants it counted, it stays in a file.
+    const std::string usage = qo.dir.path("data/Qorganizer/usage.json");
+    EXPECT_FALSE(fs::exists(usage));
+    ASSERT_EQ(qo.run({"config", "set", "SendUsageStatistics", "1"}).code, 0);
+    for (const int moved : {1, 2})
+    {
+        ASSERT_EQ(qo.scan().code, 0);
+        const std::string rule = moved == 1 ? "artist-track" : "velmora-artist-track";
+        ASSERT_EQ(qo.run({"reorg", "plan", "--rule", rule}).code, 0);
+        ASSERT_EQ(qo.run({"reorg", "apply", "--last"}).code, 0);
+        auto counted = nlohmann::json::parse(qo.dir.read("data/Qorganizer/usage.json"));
+        EXPECT_EQ(counted["NumberOfFilesInCollectionAtEnd"], 1);
+        EXPECT_EQ(counted["Reorganize"], moved) << counted;
+        EXPECT_EQ(counted["OperationOnSelectedTracks"], moved);
+    }
 }
 
 TEST(ConfigCommand, FoldersAreOrdinaryPathsAndPasswordsStayHidden)
