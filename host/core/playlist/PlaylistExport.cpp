@@ -76,6 +76,23 @@ bool isSameContent(const std::string& one, const std::string& other)
            fileSystem().compareFiles(fromSystemPath(one), fromSystemPath(other), {}) == 0;
 }
 
+/// Sees what is to be copied, and whether that can be.
+void lookAtSource(SongCopy& copy)
+{
+    // A link that leads from the music folder would lead nowhere on another disk.
+    copy.source = resolvedPath(copy.from);
+    NameInfo info;
+    int error = copy.source.empty() ? errno : disk::look(copy.source, info);
+    if (error == 0)
+        error = fileSystem().mayRead(fromSystemPath(copy.source));
+    if (error != 0)
+        copy.failure = errorWords(error);
+    else if (info.kind != NameInfo::Kind::regular)
+        copy.failure = "it is no file";
+    else
+        copy.size = info.size;
+}
+
 /// Gives the copy the first name that no other file has.
 void chooseName(SongCopy& copy, const std::string& start, const std::string& folder)
 {
@@ -163,14 +180,7 @@ std::vector<SongCopy> planCopies(const std::vector<StoredEntry>& entries, const 
         copy.index = i;
         copy.song = songOf(*answer.item);
         copy.from = toSystemPath(answer.item->path);
-        // A link that leads from the music folder would lead nowhere on another disk.
-        copy.source = resolvedPath(copy.from);
-        NameInfo info;
-        if (copy.source.empty())
-            copy.failure = errorWords(errno);
-        else if (const int error = disk::look(copy.source, info))
-            copy.failure = errorWords(error);
-        copy.size = info.size;
+        lookAtSource(copy);
         chooseName(
             copy, numbered(i + 1, entries.size()) + " " + toUtf8(nameOfCopy(*answer.item)), folder);
         copies.push_back(std::move(copy));

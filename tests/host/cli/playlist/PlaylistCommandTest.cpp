@@ -167,7 +167,11 @@ TEST_F(PlaylistCommand, CopiesStandBesideTheirList)
     EXPECT_TRUE(std::filesystem::is_regular_file(
         std::filesystem::symlink_status(stick + "/02 Ann - Sun.mp3")));
     std::filesystem::remove(second);
+    std::filesystem::create_directory(second);
     std::filesystem::remove_all(stick);
+    qo.expect({"playlist", "export", "AC/DC", "--copy-to", stick, "--dry-run"},
+              6,
+              second + " could not be copied: it is no file");
     qo.expect({"playlist", "export", "AC/DC", "--copy-to", stick}, 6, "could not be copied");
 }
 
