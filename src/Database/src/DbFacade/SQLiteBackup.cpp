@@ -89,14 +89,20 @@ void throwSystemError(int error)
                            u"the copy cannot be put in place: " + qo::errorText(error),
                            __LINE__);
 }
+
+/// With the journal, which SQLite leaves on a full disk.
+void removeUnfinished(const CString& unfinished)
+{
+    for (const char16_t* const part : {u"", u"-journal"})
+        (void)qo::fileSystem().removeFile(unfinished + part);
+}
 } // namespace
 
 void qo::backupDatabase(const CString& from, const CString& to)
 {
     const CString unfinished = to + u".unfinished";
     IFileSystem& files = fileSystem();
-    if (files.exists(unfinished))
-        (void)files.removeFile(unfinished);
+    removeUnfinished(unfinished);
     int error = 0;
     // Created here, so that only its owner can read it from the first byte on.
     if (!files.open(unfinished, OpenMode::createAlways, error))
@@ -109,7 +115,7 @@ void qo::backupDatabase(const CString& from, const CString& to)
     }
     catch (...)
     {
-        (void)files.removeFile(unfinished);
+        removeUnfinished(unfinished);
         throw;
     }
     // SQLite has flushed the content. The new name is not flushed: a power cut may bring back the
@@ -117,7 +123,7 @@ void qo::backupDatabase(const CString& from, const CString& to)
     error = files.moveFile(unfinished, to);
     if (error != 0)
     {
-        (void)files.removeFile(unfinished);
+        removeUnfinished(unfinished);
         throwSystemError(error);
     }
 }
