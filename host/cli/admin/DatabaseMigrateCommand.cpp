@@ -43,6 +43,7 @@ void putMigration(CommandLine& line,
     {
         object["rows"] = report->rows;
         object["leftBehind"] = report->leftBehind;
+        object["newIds"] = report->newIds;
         putPath(object, "kept", report->kept);
     }
     line.out.line(dump(object));
@@ -58,8 +59,12 @@ ExitCode migrate(CommandLine& line, bool mayDowngrade)
             MigrationOptions options = session->migrationOptions();
             options.mayDowngrade = mayDowngrade;
             const DatabaseGuard guard(database);
-            putMigration(
-                line, database, line.dryRun ? guard.tryMigration(options) : guard.migrate(options));
+            const auto report = line.dryRun ? guard.tryMigration(options) : guard.migrate(options);
+            // A file without a version, or one that is locked, is not of this version either.
+            if (!report && !guard.check())
+                throw HostError(ExitCode::failed,
+                                host::shownPath(database) + " is no collection database");
+            putMigration(line, database, report);
         });
     return ExitCode::done;
 }
@@ -75,6 +80,9 @@ ExitCode backUp(CommandLine& line, const std::string& typed)
         [&]
         {
             const CString database = databaseThatIsThere();
+            // Asked first, as this does not wait for long where another program holds the database
+            // for itself; a damaged one is copied as well.
+            (void)DatabaseGuard(database).findDamage();
             CString copy = target;
             if (!line.dryRun && typed.empty())
                 copy = Snapshots(database).take();

@@ -27,6 +27,7 @@ struct Inventory
     std::map<std::string, std::int64_t> counts;           ///< of every table
     std::map<std::string, std::vector<std::int64_t>> ids; ///< of the collection's, sorted
     std::int64_t collectionIds = 0; ///< several rows of one collection become one
+    std::int64_t unusableIds = 0;   ///< rows whose ids no record can have
     std::vector<std::string> unknownColumns;
 
     explicit Inventory(const CString& database) : counts(DatabaseGuard::countRows(database))
@@ -63,9 +64,13 @@ private:
                              ? u"SELECT count(DISTINCT coalesce(CT_COLL_ID, '')) FROM COLL_T"
                              : u"SELECT min(count(*), 1) FROM COLL_T");
         else if (has(found, known[0]))
-            ids[toUtf8(table)] = numbersOf(db,
-                                           u"SELECT " + known[0] + u" FROM " + table + u" WHERE " +
-                                               known[0] + u" BETWEEN 1 AND 2147483647 ORDER BY 1");
+        {
+            std::vector<std::int64_t>& usable = ids[toUtf8(table)];
+            usable = numbersOf(db,
+                               u"SELECT " + known[0] + u" FROM " + table + u" WHERE " + known[0] +
+                                   u" BETWEEN 1 AND 2147483647 ORDER BY 1");
+            unusableIds += counts.at(toUtf8(table)) - static_cast<std::int64_t>(usable.size());
+        }
     }
 };
 
@@ -161,6 +166,16 @@ std::optional<std::vector<long long>> numbersIn(const CString& version)
     return numbers;
 }
 
+/// Whether another copy of the database would not fit beside it: what did not is gone by now.
+bool isRoomShort(const CString& database)
+{
+    FileInfo info;
+    std::uint64_t bytes = 0;
+    return fileSystem().info(database, Spelling::exact, info) == 0 &&
+           fileSystem().room(CQoCollPath(database).getParent().toString(), bytes) == 0 &&
+           bytes < static_cast<std::uint64_t>(info.size);
+}
+
 std::string versionText(const CString& version)
 {
     return version.IsEmpty() ? "no version" : "version [" + toUtf8(version) + "]";
@@ -180,6 +195,10 @@ std::string MigrationReport::sentence(const CString& database) const
         for (std::size_t i = 0; i < leftBehind.size(); ++i)
             text += (i == 0 ? " " : ", ") + leftBehind[i];
     }
+    if (newIds > 0)
+        text += "; " + std::to_string(newIds) +
+                (newIds == 1 ? " row gets a new id" : " rows get new ids") +
+                ", as no record can have that";
     return text + (kept.IsEmpty() ? "" : "; as it was it is kept in " + shownPath(kept));
 }
 
@@ -217,6 +236,7 @@ MigrationReport DatabaseMigration::run() const
         return rebuild(m_database);
     const CString snapshot = takeSnapshot();
     const DatabaseSwap swap(m_database);
+    bool isBegun = false;
     try
     {
         CSQLiteDB watch(m_database);
@@ -231,12 +251,18 @@ MigrationReport DatabaseMigration::run() const
                                 "it was left alone");
         watch.Close();
         report.kept = snapshot;
+        isBegun = true;
         swap.putInPlace();
+        Snapshots(m_database).removeOld(snapshot);
         return report;
     }
     catch (...)
     {
         swap.dropDraft();
+        // The database is the same as before: one copy more for each attempt would fill the disk,
+        // and drive the snapshots of better days out.
+        if (!isBegun)
+            (void)fileSystem().removeFile(snapshot);
         throw;
     }
 }
@@ -253,7 +279,7 @@ CString DatabaseMigration::takeSnapshot() const
 {
     try
     {
-        return Snapshots(m_database).take();
+        return Snapshots(m_database).add();
     }
     catch (const HostError& error)
     {
@@ -292,11 +318,12 @@ MigrationReport DatabaseMigration::rebuild(const CString& copy) const
         throw HostError(ExitCode::failed,
                         "the database " + shownPath(m_database) + " cannot be carried over from " +
                             versionText(report.from) + ": " + losses +
-                            (isDiskFull(copy) ? "; the disk is full" : "") +
+                            (isRoomShort(copy) ? "; there is too little room on the disk" : "") +
                             "; it is as it was before");
     keepSequences(copy, sequences);
     report.rows = after.counts;
     report.leftBehind = before.unknownColumns;
+    report.newIds = before.unusableIds;
     return report;
 }
 } // namespace qo::host

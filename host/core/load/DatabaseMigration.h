@@ -24,6 +24,7 @@ struct MigrationReport
     CString from;                             ///< the version that it had; "" for none
     std::map<std::string, std::int64_t> rows; ///< of each table, afterwards
     std::vector<std::string> leftBehind;      ///< "FILE_T.FT_NEW": columns that only the former has
+    std::int64_t newIds = 0;                  ///< rows whose ids no record can have
     CString kept;                             ///< a snapshot of the former; "" for a trial
 
     /// What was done, or would be, as a sentence for the user.

@@ -50,6 +50,13 @@ Snapshots::Snapshots(const CString& database)
 
 CString Snapshots::take()
 {
+    const CString copy = add();
+    removeOld(copy);
+    return copy;
+}
+
+CString Snapshots::add()
+{
     try
     {
         if (const int error = fileSystem().makeDirectories(m_folder))
@@ -63,7 +70,6 @@ CString Snapshots::take()
         {
             KernelThread::rethrowAsHostError(m_database);
         }
-        removeOld(copy);
         sweepUnfinished();
         if (!fileSystem().exists(copy))
             throw HostError(ExitCode::failed, shownPath(copy) + " has vanished");

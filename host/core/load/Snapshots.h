@@ -18,6 +18,10 @@ public:
 
     /// The new copy's path. Throws HostError when it cannot be made: then nothing should go on.
     CString take();
+    /// The same, but the older ones stay, however many they are, until removeOld().
+    CString add();
+    /// Keeps the copy just taken and the newest others.
+    void removeOld(const CString& taken) const;
     /// A copy of the database under any other name, in place of a file that is there. Throws
     /// HostError; that file is then as it was.
     void copyTo(const CString& target) const;
@@ -31,7 +35,6 @@ public:
     CStringArray list() const;
 
 private:
-    void removeOld(const CString& taken) const;
     void sweepUnfinished() const;
 
     CString m_database;

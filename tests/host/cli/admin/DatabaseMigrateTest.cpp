@@ -75,6 +75,26 @@ TEST(DatabaseMigrate, WhoMayNotWriteOrMustWaitLeavesTheOldCollectionAsItIs)
     }
 }
 
+TEST(DatabaseMigrate, AnAttemptThatFailsCostsNoSnapshotAndAFileWithoutVersionIsNotOfThisOne)
+{
+    const QoCommand qo;
+    qo.addSound("a.mp3");
+    ASSERT_EQ(qo.scan().code, 0);
+    qo.runSql("UPDATE VERSION_T SET VT_VERSION = '2.0.0.31'; INSERT INTO SESSION_T (ST_ID) VALUES "
+              "(2147483647), (-1)");
+    qo.expect({"db", "backup"}, 0, "snapshots/qodb-");
+    const std::string before = qo.run({"db", "snapshots"}).out;
+    for (int i = 0; i < 6; ++i)
+        qo.expect({"ls"}, 1, "SESSION_T would lose");
+    EXPECT_EQ(qo.run({"db", "snapshots"}).out, before);
+    qo.runSql("DELETE FROM SESSION_T WHERE ST_ID > 0");
+    qo.expect({"db", "migrate"}, 0, "; 1 row gets a new id, as no record can have that; as it was");
+
+    qo.runSql("DROP TABLE VERSION_T");
+    for (const char* const mode : {"--quiet", "--dry-run"})
+        qo.expect({"db", "migrate", mode}, 1, "is damaged (");
+}
+
 TEST(DatabaseMigrate, BackupIsASnapshotOrAFileThatIsNotTheDatabase)
 {
     const QoCommand qo;
