@@ -197,8 +197,9 @@ std::string statusText(const Json& object, const Database& database)
     text += row("log",
                 object["log"].get<std::string>() + "  (level " +
                     object["traceLevel"].get<std::string>() + ")");
-    text +=
-        row("statistics", object["sendUsageStatistics"].get<bool>() ? "may be sent" : "never sent");
+    text += row("statistics",
+                object["sendUsageStatistics"].get<bool>() ? "counted in usage.json, never sent"
+                                                          : "never sent");
     return text;
 }
 
