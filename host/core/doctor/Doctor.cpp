@@ -194,8 +194,9 @@ void Doctor::lookAtPlaylists()
         }
     }
     const std::string ofAll =
-        " with " + (entries == 1 ? std::string("an entry") : std::to_string(entries) + " entries") +
-        " that do not lead to their songs";
+        entries == 1
+            ? std::string(" with an entry that does not lead to its song")
+            : " with " + std::to_string(entries) + " entries that do not lead to their songs";
     add("playlists",
         lists,
         "a playlist" + ofAll,
