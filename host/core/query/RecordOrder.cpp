@@ -89,7 +89,7 @@ void RecordOrder::sort(QoFileDbItemArray& files)
     std::vector<QoFileDbItemPtr> rows(files.begin(), files.end());
     sortRows(rows, m_order, [this](const QoFileDbItemPtr& item) { return valuesOf(*item); });
     files.RemoveAll();
-    for (QoFileDbItemPtr& item : rows)
-        files.Add(std::move(item));
+    for (const QoFileDbItemPtr& item : rows)
+        files.Add(item);
 }
 } // namespace qo::host

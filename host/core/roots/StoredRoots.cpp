@@ -74,11 +74,14 @@ void refuseUnnamedRoots(const std::vector<StoredRoot>& unlisted, const RootFolde
         if (roots.wasRemoved(root.folder))
             continue;
         const std::string shown = shownPath(root.folder);
-        addSentence(text,
-                    "the root folder " + shown +
-                        " is no longer in the settings, so nothing was changed: \"qo roots add " +
-                        shown + "\" puts it back, \"qo roots rm " + shown +
-                        "\" takes it out of the collection");
+        std::string sentence = "the root folder ";
+        sentence.append(shown)
+            .append(" is no longer in the settings, so nothing was changed: \"qo roots add ")
+            .append(shown)
+            .append("\" puts it back, \"qo roots rm ")
+            .append(shown)
+            .append("\" takes it out of the collection");
+        addSentence(text, sentence);
     }
     if (!text.empty())
         throw HostError(ExitCode::away, text);
