@@ -20,6 +20,7 @@ SRC_ORDER = (
     {"Physical", "Logical"},  # files know their logical objects, and these their files
     {"Analyze"},
     {"QoColl/Db"},
+    {"QoColl/Plugins", "QoColl/Devices"},
     {"QoColl/Collection"},
     {"QoColl/Sharing", "QoColl/Statistics"},
     {"Reorganize", "UserView", "QoColl/Player"},
