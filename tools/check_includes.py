@@ -20,7 +20,7 @@ SRC_ORDER = (
     {"Physical", "Logical"},  # files know their logical objects, and these their files
     {"Analyze"},
     {"QoColl/Db"},
-    {"QoColl/Plugins", "QoColl/Devices"},
+    {"QoColl/Devices", "QoColl/Plugins"},  # a device's files come by download items, a plug-in's folders are a device's
     {"QoColl/Collection"},
     {"QoColl/Sharing", "QoColl/Statistics"},
     {"Reorganize", "UserView", "QoColl/Player"},

@@ -84,14 +84,11 @@ CString outputDir(const OutputRow& row)
 }
 
 /// Without regard to case.
-bool equalsOneOf(const CString& name, const char16_t* const* words, std::size_t count)
+bool containsOneOf(CString name, const char16_t* const* words, std::size_t count)
 {
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        if (name.CompareNoCase(words[i]) == 0)
-            return true;
-    }
-    return false;
+    name.MakeLower();
+    return std::any_of(
+        words, words + count, [&](const char16_t* word) { return name.Find(word) >= 0; });
 }
 
 /// audioIsMusic for a text that is no known type.
@@ -174,12 +171,12 @@ CString CQoPaths::getDefaultFolder(int number)
 
 bool CQoPaths::isMusicFolderName(const CString& name)
 {
-    return equalsOneOf(name, musicWords, std::size(musicWords));
+    return containsOneOf(name, musicWords, std::size(musicWords));
 }
 
 bool CQoPaths::isVideoFolderName(const CString& name)
 {
-    return equalsOneOf(name, videoWords, std::size(videoWords));
+    return containsOneOf(name, videoWords, std::size(videoWords));
 }
 
 void CQoPaths::getOutputDirs(CStringArray& dirs)

@@ -43,7 +43,8 @@ public:
     /// other number. The bases are the settings MusicBaseDir and VideoBaseDir or, while these are
     /// empty, the user's music and video folders. 8 and 10 have the same name.
     static CString getDefaultFolder(int number);
-    /// Whether a folder's name means music, or video, in one of several languages.
+    /// Whether a folder's name contains a word for music, or for video, of one of several
+    /// languages: "My Music" and "Audiobooks" are music.
     static bool isMusicFolderName(const CString& name);
     static bool isVideoFolderName(const CString& name);
 
