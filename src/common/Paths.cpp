@@ -60,8 +60,6 @@ constexpr const char16_t* musicWords[] = {
     u"music", u"musik", u"musique", u"muzica", u"musica", u"audio"};
 constexpr const char16_t* videoWords[] = {u"movie", u"video", u"film"};
 
-// Limits the work for a damaged settings file.
-constexpr int mostCollectionDirs = 10000;
 constexpr std::uint32_t folderCheckInterval = 500; // milliseconds
 constexpr const char16_t* collectionDirKey = u"MusicCollectionDir%d";
 constexpr const char16_t* collectionDirTypeKey = u"MusicCollectionDirType%d";
@@ -242,18 +240,13 @@ CQoPaths::EMediaType CQoPaths::getOutputDirType(const CString& path)
 
 void CQoPaths::getMusicCollectionDirs(CStringArray& dirs, CQoPathsInfoMap* map)
 {
-    dirs.RemoveAll();
-    if (map)
-        map->RemoveAll();
-    const int count = std::min(S::getInt(S::MusicCollectionDirsCount), mostCollectionDirs);
-    for (int i = 0; i < count; ++i)
-    {
-        const CString dir = S::getIndexed(collectionDirKey, i);
-        dirs.Add(dir);
-        if (map)
-            map->SetAt(CQoCollPath(dir).toString(),
-                       toPathType(S::getIndexed(collectionDirTypeKey, i)));
-    }
+    S::getList(S::MusicCollectionDirsCount, collectionDirKey, dirs);
+    if (!map)
+        return;
+    map->RemoveAll();
+    for (int i = 0; i < dirs.GetSize(); ++i)
+        map->SetAt(CQoCollPath(dirs[i]).toString(),
+                   toPathType(S::getIndexed(collectionDirTypeKey, i)));
 }
 
 void CQoPaths::setMusicCollectionDirs(const CStringArray& dirs, const CQoPathsInfoMap& map)
@@ -262,12 +255,9 @@ void CQoPaths::setMusicCollectionDirs(const CStringArray& dirs, const CQoPathsIn
     {
         CString type;
         type.Format(u"%d", map.getType(CQoCollPath(dirs[i]).toString()));
-        S::setIndexed(collectionDirKey, i, dirs[i]);
         S::setIndexed(collectionDirTypeKey, i, type);
     }
-    CString count;
-    count.Format(u"%d", dirs.GetSize());
-    S::set(S::MusicCollectionDirsCount, count);
+    S::setList(S::MusicCollectionDirsCount, collectionDirKey, dirs);
 }
 
 bool CQoPaths::isInMusicCollectionDirs(const CString& path)

@@ -5,6 +5,9 @@
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
 #include "types/CharClass.h"
+#include "types/StringArray.h"
+
+#include <algorithm>
 
 // The names and defaults of all settings in the order of CQoSettings::ESetting, and their keys in
 // the host's store. Before initQoKernel() there are no keys, and get() returns defaults.
@@ -15,6 +18,9 @@ CKVModule::~CKVModule() = default;
 namespace
 {
 using E = CQoSettings::ESetting;
+
+// Limits the work for a damaged settings file.
+constexpr int mostElements = 10000;
 
 struct Row
 {
@@ -244,4 +250,21 @@ void CQoSettings::setIndexed(const char16_t* nameFormat, int index, const CStrin
 {
     if (KVConfig::Key* const key = indexedKey(nameFormat, index))
         config->setValue(key, value);
+}
+
+void CQoSettings::getList(ESetting count, const char16_t* nameFormat, CStringArray& values)
+{
+    values.RemoveAll();
+    const int size = std::min(getInt(count), mostElements);
+    for (int i = 0; i < size; ++i)
+        values.Add(getIndexed(nameFormat, i));
+}
+
+void CQoSettings::setList(ESetting count, const char16_t* nameFormat, const CStringArray& values)
+{
+    for (int i = 0; i < values.GetSize(); ++i)
+        setIndexed(nameFormat, i, values[i]);
+    CString text;
+    text.Format(u"%d", values.GetSize());
+    set(count, text);
 }

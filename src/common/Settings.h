@@ -2,6 +2,8 @@
 
 #include "common/KVConfig.h"
 
+class CStringArray;
+
 /// The settings of the kernel in the host's KVConfig. A setting is identified by its number here.
 /// initQoKernel() declares them once; before that, reading gives the default.
 class QO_API CQoSettings
@@ -120,6 +122,11 @@ public:
     /// when first used, with an empty default.
     static CString getIndexed(const char16_t* nameFormat, int index);
     static void setIndexed(const char16_t* nameFormat, int index, const CString& value);
+
+    /// A list: its number of elements in one setting, the elements in settings with an index. Of a
+    /// number above 10,000, which only a damaged store has, that many are read.
+    static void getList(ESetting count, const char16_t* nameFormat, CStringArray& values);
+    static void setList(ESetting count, const char16_t* nameFormat, const CStringArray& values);
 
     static const char16_t* getName(ESetting setting);
     static CString getDefault(ESetting setting);

@@ -3,6 +3,7 @@
 namespace qo
 {
 class IClock;
+class IDrives;
 class IFileSystem;
 class ISpecialFolders;
 class DriveMap;

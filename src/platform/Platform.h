@@ -10,7 +10,9 @@ namespace qo
 QO_API IFileSystem& fileSystem();
 QO_API IClock& systemClock();
 QO_API ISpecialFolders& specialFolders();
+QO_API IDrives& drives();
 
 QO_API void setFileSystem(IFileSystem* replacement);
 QO_API void setSystemClock(IClock* replacement);
+QO_API void setDrives(IDrives* replacement);
 } // namespace qo

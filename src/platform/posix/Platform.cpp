@@ -1,6 +1,7 @@
 #include "platform/Platform.h"
 
 #include "platform/posix/PosixClock.h"
+#include "platform/posix/PosixDrives.h"
 #include "platform/posix/PosixFileSystem.h"
 #include "platform/posix/PosixSpecialFolders.h"
 
@@ -16,6 +17,7 @@ namespace
 /// What a test has put in place of the system's services; null for none.
 std::atomic<IFileSystem*> fileSystemReplacement{nullptr};
 std::atomic<IClock*> clockReplacement{nullptr};
+std::atomic<IDrives*> drivesReplacement{nullptr};
 
 /// Made when first used and never destroyed, so that static objects may use it until the end.
 template <class T>
@@ -45,6 +47,12 @@ ISpecialFolders& specialFolders()
     return only<PosixSpecialFolders>();
 }
 
+IDrives& drives()
+{
+    IDrives* replacement = drivesReplacement;
+    return replacement ? *replacement : only<PosixDrives>();
+}
+
 CString currentFolder()
 {
     std::error_code error;
@@ -59,5 +67,10 @@ void setFileSystem(IFileSystem* replacement)
 void setSystemClock(IClock* replacement)
 {
     clockReplacement = replacement;
+}
+
+void setDrives(IDrives* replacement)
+{
+    drivesReplacement = replacement;
 }
 } // namespace qo

@@ -1,6 +1,7 @@
 #include "platform/VolumeRules.h"
 
 #include "platform/FileSystem.h"
+#include "platform/posix/MountTable.h"
 
 #include <climits>
 #include <fcntl.h>
@@ -13,7 +14,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
 #include <string>
 
 // The rules follow from the type of the file system, from its limits, and from a flag of the
@@ -71,15 +71,11 @@ bool isForeignDisk(int descriptor)
         return false;
     const std::string device =
         std::to_string(major(st.st_dev)) + ":" + std::to_string(minor(st.st_dev));
-    std::ifstream mounts("/proc/self/mountinfo");
-    for (std::string line; std::getline(mounts, line);)
-    {
-        // "36 35 98:0 / /mnt rw,noatime master:1 - fuseblk /dev/sdb1 rw"
-        const bool isThis = line.find(" " + device + " ") != std::string::npos;
-        if (isThis && line.find(" - fuseblk ") != std::string::npos)
-            return true;
-    }
-    return false;
+    const std::vector<MountEntry> mounts = readMounts();
+    return std::any_of(mounts.begin(),
+                       mounts.end(),
+                       [&](const MountEntry& mount)
+                       { return mount.device == device && mount.type == "fuseblk"; });
 }
 
 /// Whether the file system has the rules of Windows for names.

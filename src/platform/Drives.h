@@ -1,0 +1,69 @@
+#pragma once
+
+#include "types/Export.h"
+#include "types/String.h"
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace qo
+{
+/// What stands behind a drive letter.
+struct DriveInfo
+{
+    enum class Kind : std::uint8_t
+    {
+        unknown,
+        removable, ///< the medium can be taken out; sticks say so of themselves
+        fixed,
+        network,
+        optical
+    };
+    enum class Medium : std::uint8_t
+    {
+        unknown,
+        removable, ///< and no floppy
+        floppy,
+        other
+    };
+    enum class Bus : std::uint8_t
+    {
+        other,
+        usb
+    };
+
+    Kind kind = Kind::unknown;
+    Medium medium = Medium::unknown;
+    Bus bus = Bus::other;
+    /// The same wherever the device is plugged in, and another for each partition; "" if the device
+    /// has nothing by which it could be known again.
+    CString id;
+    CString name;  ///< maker and model
+    CString label; ///< of the volume, as its owner named it; may be ""
+};
+
+/// A drive that came or went. One that is mounted elsewhere than before has come.
+struct DriveChange
+{
+    char16_t letter = 0;
+    bool hasCome = false;
+};
+
+/// The drives of the system, as an interface that a test can replace. May be called from any
+/// thread.
+class QO_API IDrives
+{
+public:
+    virtual ~IDrives();
+    /// Compares the disks that are there with those of the last call, gives each new one a letter
+    /// (see DriveMap) and takes away the places of those that are gone. Returns the differences.
+    /// isLeftAlone, which may be empty, is asked for each folder that a disk is mounted at, in
+    /// collection form: where it says true, the disk gets no letter and its files keep their paths
+    /// below "C:".
+    virtual std::vector<DriveChange>
+    update(const std::function<bool(const CString& folder)>& isLeftAlone) = 0;
+    /// The drive as of the last update(). False if the letter, "A" to "Z", has none.
+    virtual bool look(char16_t letter, DriveInfo& info) = 0;
+};
+} // namespace qo

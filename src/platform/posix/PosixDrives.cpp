@@ -1,0 +1,126 @@
+#include "platform/posix/PosixDrives.h"
+
+#include "platform/DriveMap.h"
+#include "platform/FileSystem.h"
+#include "platform/posix/BlockDevice.h"
+#include "platform/posix/MountTable.h"
+
+#include <algorithm>
+#include <set>
+
+namespace qo
+{
+namespace
+{
+/// The letter "C" is the system's own disk.
+constexpr char16_t systemLetter = u'C';
+
+bool isDriveOfUser(const DriveInfo& info)
+{
+    return info.kind != DriveInfo::Kind::optical && info.medium != DriveInfo::Medium::floppy &&
+           (info.bus == DriveInfo::Bus::usb || info.kind == DriveInfo::Kind::removable) &&
+           !info.id.IsEmpty();
+}
+
+/// A bind mount shows a part of what is mounted elsewhere.
+bool isWhole(const MountEntry& mount)
+{
+    return mount.root == "/" || mount.type == "btrfs";
+}
+} // namespace
+
+IDrives::~IDrives() = default;
+
+PosixDrives::PosixDrives() : PosixDrives(Places(), DriveMap::instance()) {}
+
+PosixDrives::PosixDrives(Places places, DriveMap& map) : m_places(std::move(places)), m_map(map) {}
+
+/// One entry for each id, by the order of mounts; no letters yet.
+std::vector<PosixDrives::Drive> PosixDrives::mountedDrives() const
+{
+    std::vector<Drive> drives;
+    std::set<std::filesystem::path> systemDisks;
+    for (const MountEntry& mount : readMounts(m_places.mounts))
+    {
+        const BlockDevice device(m_places.sys, m_places.udev, mount.device, mount.source);
+        if (!device.isValid())
+            continue;
+        if (mount.point == "/")
+            systemDisks.insert(device.disk());
+        Drive drive{device.info(), mount.point, mount.device, 0};
+        if (isWhole(mount) && isDriveOfUser(drive.info))
+        {
+            drive.device = device.disk().string() + ' ' + mount.device;
+            drives.push_back(std::move(drive));
+        }
+    }
+    std::erase_if(drives,
+                  [&](const Drive& drive)
+                  {
+                      const std::string disk = drive.device.substr(0, drive.device.rfind(' '));
+                      return systemDisks.contains(disk);
+                  });
+    return drives;
+}
+
+std::vector<DriveChange>
+PosixDrives::update(const std::function<bool(const CString& folder)>& isLeftAlone)
+{
+    std::vector<Drive> mounted = mountedDrives();
+    const std::lock_guard lock(m_mutex);
+    // What was there before comes first, so that it keeps its id against a newcomer with the same.
+    const auto stays = [&](const Drive& drive)
+    {
+        return std::any_of(m_drives.begin(),
+                           m_drives.end(),
+                           [&](const Drive& old)
+                           { return old.device == drive.device && old.point == drive.point; });
+    };
+    std::stable_partition(mounted.begin(), mounted.end(), stays);
+    std::vector<DriveChange> changes;
+    std::vector<Drive> now;
+    for (Drive& drive : mounted)
+    {
+        const bool hasTwin = std::any_of(
+            now.begin(), now.end(), [&](const Drive& d) { return d.info.id == drive.info.id; });
+        const bool isOld = stays(drive);
+        if (hasTwin || (!isOld && isLeftAlone && isLeftAlone(m_map.fromSystem(drive.point))))
+            continue;
+        drive.letter = m_map.addDevice(drive.info.id, drive.point);
+        if (drive.letter == 0)
+            continue;
+        if (!isOld)
+            changes.push_back({drive.letter, true});
+        now.push_back(std::move(drive));
+    }
+    for (const Drive& old : m_drives)
+    {
+        if (std::any_of(
+                now.begin(), now.end(), [&](const Drive& d) { return d.letter == old.letter; }))
+            continue;
+        m_map.removeDevice(old.info.id);
+        changes.insert(changes.begin(), {old.letter, false});
+    }
+    m_drives = std::move(now);
+    return changes;
+}
+
+bool PosixDrives::look(char16_t letter, DriveInfo& info)
+{
+    info = {};
+    if (letter == systemLetter)
+    {
+        info.kind = DriveInfo::Kind::fixed;
+        info.medium = DriveInfo::Medium::other;
+        return true;
+    }
+    const std::lock_guard lock(m_mutex);
+    const auto found = std::find_if(m_drives.begin(),
+                                    m_drives.end(),
+                                    [&](const Drive& drive) { return drive.letter == letter; });
+    if (found == m_drives.end())
+        return false;
+    info = found->info;
+    return true;
+}
+} // namespace qo
