@@ -4,6 +4,7 @@
 #include "common/LogLevel.h"
 #include "common/Settings.h"
 #include "common/TraceLog.h"
+#include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"
@@ -230,5 +231,12 @@ void sanitizeName(CString& name)
     for (const char16_t c : std::u16string_view(u"*?\\~/<>|\":"))
         name.Replace(c, u'_');
     name.Replace(u"&", u"and");
+}
+
+CString uniqueTempPath(int folderId, const CString& foreignName)
+{
+    // Made safe with the id before it, so that the whole keeps to the limit of a name.
+    const CString id = guidToText(systemClock().newGuid());
+    return combinePath(CFileUtils::GetTempDir(folderId), safeLocalName(id + u" " + foreignName));
 }
 } // namespace qo

@@ -49,4 +49,9 @@ QO_API CString combinePath(const CString& folder,
 
 /// Makes a text usable as a file name: * ? \ ~ / < > | " : become "_", and & becomes "and".
 QO_API void sanitizeName(CString& name);
+
+/// A path that no other call gives, in the temporary folder of the id (see CFileUtils), for what
+/// comes under any foreign name: its last part is that name, as far as it is safe, with its
+/// extension.
+QO_API CString uniqueTempPath(int folderId, const CString& foreignName);
 } // namespace qo

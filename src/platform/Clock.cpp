@@ -3,10 +3,16 @@
 #include "types/String.h"
 
 #include <chrono>
+#include <thread>
 
 namespace qo
 {
 IClock::~IClock() = default;
+
+void IClock::sleep(std::uint32_t milliseconds) const
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
 
 CalendarTime utcTime(const FILETIME& time)
 {

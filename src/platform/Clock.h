@@ -46,5 +46,7 @@ public:
     virtual unsigned processId() const = 0;
     /// A new random id (version 4).
     virtual GUID newGuid() const = 0;
+    /// Lets the calling thread rest.
+    virtual void sleep(std::uint32_t milliseconds) const;
 };
 } // namespace qo
