@@ -1,8 +1,14 @@
 #pragma once
 
-// Devices: what can be plugged in, and files that come from elsewhere in the background.
+// Devices and plug-ins: what can be plugged in, storage services, and files that come from
+// elsewhere in the background. A host's plug-in needs the headers whose names begin with Plugin.
 #include "QoColl/Devices/DeviceUtils.h"
 #include "QoColl/Devices/QoUSBManager.h"
 #include "QoColl/Devices/USBUtils.h"
 #include "QoColl/Plugins/DownloadItem.h"
+#include "QoColl/Plugins/Plugin.h"
+#include "QoColl/Plugins/PluginOperation.h"
+#include "QoColl/Plugins/PluginResults.h"
+#include "QoColl/Plugins/PluginWrappers.h"
 #include "QoColl/Plugins/QoDownloadItem.h"
+#include "QoColl/Plugins/QoPluginManager.h"

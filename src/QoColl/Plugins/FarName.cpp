@@ -1,0 +1,31 @@
+#include "QoColl/Plugins/FarName.h"
+
+#include "types/Utf.h"
+
+namespace qo
+{
+namespace
+{
+constexpr int longestFarName = 1000;
+constexpr char16_t privateUse = 0xF000; // and the character, as in the paths of files
+} // namespace
+
+CString farComponent(const CString& name)
+{
+    CString component = fromUtf8(toUtf8(name)); // without lone surrogates
+    for (int i = 0; i < component.GetLength(); ++i)
+    {
+        const char16_t c = component[i];
+        if (c < u' ' || c == 0x7F || c == u'\\')
+            component.SetAt(i, static_cast<char16_t>(privateUse + c));
+    }
+    return component;
+}
+
+CString farEntryName(const CString& name)
+{
+    if (name.GetLength() > longestFarName || name == u"." || name == u"..")
+        return {};
+    return farComponent(name);
+}
+} // namespace qo

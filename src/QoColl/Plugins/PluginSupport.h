@@ -1,0 +1,93 @@
+#pragma once
+
+#include "QoColl/Plugins/FarName.h"
+#include "QoColl/Plugins/PluginResults.h"
+#include "common/Log.h"
+#include "common/QoProgress.h"
+#include "platform/FileSystem.h"
+
+#include <boost/smart_ptr/shared_ptr.hpp>
+
+#include <utility>
+#include <vector>
+
+// What the sources of CQoPluginManager share.
+namespace qo
+{
+inline bool isStopped(IQoProgress* progress)
+{
+    return progress && progress->isCanceled();
+}
+
+/// A failure that the user has not caused himself by cancelling.
+template <class... Args>
+void logUnlessStopped(IQoProgress* progress, const char16_t* format, const Args&... args)
+{
+    if (!isStopped(progress))
+        log(level::error, format, args...);
+}
+
+/// Reports that so much of all, in any unit, has come: in percent, and with a total in bytes also
+/// the bytes. progress may be null.
+void showTransfer(IQoProgress* progress,
+                  std::int64_t done,
+                  std::int64_t all,
+                  std::int64_t totalBytes);
+
+/// The results that are of that class; plug-ins may mix in others, and null.
+template <class Result>
+std::vector<boost::shared_ptr<Result>> resultsOf(const PluginResultArray& results)
+{
+    std::vector<boost::shared_ptr<Result>> found;
+    for (const PluginResultPtr& each : results)
+    {
+        if (auto result = boost::dynamic_pointer_cast<Result>(each))
+            found.push_back(std::move(result));
+    }
+    return found;
+}
+template <class Result>
+boost::shared_ptr<Result> firstResult(const PluginResultArray& results)
+{
+    const auto found = resultsOf<Result>(results);
+    return found.empty() ? boost::shared_ptr<Result>() : found.front();
+}
+
+/// The result whose name is that component of a path; null without one.
+template <class Result, class NameOf>
+boost::shared_ptr<Result> findByName(const std::vector<boost::shared_ptr<Result>>& results,
+                                     const CString& component,
+                                     Spelling spelling,
+                                     NameOf nameOf)
+{
+    boost::shared_ptr<Result> similar;
+    int similarCount = 0;
+    for (const auto& each : results)
+    {
+        const CString name = farComponent(nameOf(*each));
+        if (name == component)
+            return each;
+        if (name.CompareNoCase(component) == 0)
+        {
+            similar = each;
+            ++similarCount;
+        }
+    }
+    const bool isOnlyOne = similarCount == 1 && spelling == Spelling::anyCase;
+    return isOnlyOne ? similar : boost::shared_ptr<Result>();
+}
+
+/// What is in a folder, without entries whose names are none; failure is a text for the log with
+/// the folder's name and path.
+bool listFarFolder(IPhysicalBrowseWrapper& browse,
+                   const PhysicalResultPtr& folder,
+                   const char16_t* failure,
+                   IQoProgress* progress,
+                   std::vector<PhysicalResultPtr>& entries);
+
+/// The entry at the path, from the root of its plug-in on.
+bool findPhysicalEntry(const CQoCollPath& path,
+                       Spelling spelling,
+                       IQoProgress* progress,
+                       PhysicalResultPtr& result);
+} // namespace qo

@@ -1,0 +1,314 @@
+#include "QoColl/Plugins/PluginOperation.h"
+#include "QoColl/Plugins/PluginSupport.h"
+#include "QoColl/Plugins/PluginWrappers.h"
+#include "QoColl/Plugins/QoPluginManager.h"
+#include "platform/Clock.h"
+#include "platform/Platform.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace
+{
+constexpr std::uint32_t waitForPlugin = 42; // milliseconds between two looks at a request
+
+bool isRunningState(int state)
+{
+    return state >= IPluginOperation::OS_Created && state <= IPluginOperation::OS_Running;
+}
+
+void showBytes(IQoProgress& progress,
+               void (IQoProgress::*show)(std::uintptr_t, std::uintptr_t),
+               std::int64_t bytes)
+{
+    constexpr int wordBits = 32;
+    const auto number = static_cast<std::uint64_t>(bytes);
+    (progress.*show)(static_cast<std::uint32_t>(number),
+                     static_cast<std::uintptr_t>(number >> wordBits));
+}
+
+bool findInFolder(IPhysicalBrowseWrapper& browse,
+                  const PhysicalResultPtr& folder,
+                  const CString& component,
+                  qo::Spelling spelling,
+                  IQoProgress* progress,
+                  PhysicalResultPtr& result)
+{
+    std::vector<PhysicalResultPtr> entries;
+    if (!qo::listFarFolder(browse,
+                           folder,
+                           u"CQoPluginManager::getPathResultFromPhysicalPlugin : "
+                           u"GetSubFoldersAndFiles(%s, %s) failed",
+                           progress,
+                           entries))
+        return false;
+    result = qo::findByName(
+        entries, component, spelling, [](const IPhysicalResult& entry) { return entry.GetName(); });
+    return result != nullptr;
+}
+
+/// The result of that name among those of a request for artists, albums or tracks.
+PluginResultPtr findNamed(const PluginResultArray& results,
+                          const CString& component,
+                          CString (*nameOf)(const IGenericResult&))
+{
+    return qo::findByName(
+        qo::resultsOf<IGenericResult>(results), component, qo::Spelling::anyCase, nameOf);
+}
+
+CString artistOf(const IGenericResult& result)
+{
+    return result.GetArtist();
+}
+
+CString albumOf(const IGenericResult& result)
+{
+    return result.GetAlbum();
+}
+
+/// The name of a track's file, as CQoCollPath::makeTrack() forms it.
+CString trackFileOf(const IGenericResult& result)
+{
+    const CQoCollPath none(CQoCollPath::logicalPlugin, u"x");
+    return CQoCollPath::makeTrack(none, {}, {}, result.GetTitle(), result.GetExtension())
+        .getThird();
+}
+} // namespace
+
+void qo::showTransfer(IQoProgress* progress,
+                      std::int64_t done,
+                      std::int64_t all,
+                      std::int64_t totalBytes)
+{
+    constexpr int percent = 100;
+    if (!progress || all <= 0)
+        return;
+    const double share =
+        static_cast<double>(std::clamp<std::int64_t>(done, 0, all)) / static_cast<double>(all);
+    progress->setPosition(static_cast<std::uintptr_t>(share * percent));
+    if (totalBytes <= 0)
+        return;
+    const double doneBytes = share * static_cast<double>(totalBytes);
+    showBytes(*progress, &IQoProgress::setTotalSize, totalBytes);
+    showBytes(*progress, &IQoProgress::setDoneSize, static_cast<std::int64_t>(doneBytes));
+}
+
+bool CQoPluginManager::getResultsSync(PluginOperationPtr operation,
+                                      PluginResultArray& results,
+                                      IQoProgress* progress,
+                                      bool showProgress,
+                                      std::int64_t total)
+{
+    if (!operation)
+        return false;
+    bool succeeded = false;
+    while (true)
+    {
+        if (qo::isStopped(progress))
+        {
+            qo::log(qo::level::flow, u"getResultsSync : op canceled");
+            break;
+        }
+        qo::systemClock().sleep(waitForPlugin);
+        const int state = operation->GetState();
+        succeeded = state == IPluginOperation::OS_Finished;
+        if (succeeded)
+            break;
+        if (!isRunningState(state))
+        {
+            qo::log(qo::level::flow, u"getResultsSync : op didn't succeed : state = %d", state);
+            break;
+        }
+        std::int64_t done = 0;
+        std::int64_t all = 0;
+        if (showProgress && operation->GetProgress(done, all))
+            qo::showTransfer(progress, done, all, total);
+        operation->Poll();
+    }
+    operation->GetResults(results);
+    operation.reset();
+    return succeeded;
+}
+
+bool CQoPluginManager::getRootPathResultFromPhysicalPlugin(
+    const boost::shared_ptr<IPhysicalBrowseWrapper>& browse,
+    IQoProgress* progress,
+    PhysicalResultPtr& result)
+{
+    PluginResultArray results;
+    if (!browse || !getResultsSync(browse->GetRootFolder(), results, progress))
+    {
+        qo::logUnlessStopped(
+            progress,
+            u"CQoPluginManager::getRootPathResultFromPhysicalPlugin : GetRootFolder failed");
+        return false;
+    }
+    result = qo::firstResult<IPhysicalResult>(results);
+    if (!result)
+        qo::log(qo::level::error,
+                u"CQoPluginManager::getRootPathResultFromPhysicalPlugin : GetRootFolder returned "
+                u"no result");
+    return result != nullptr;
+}
+
+bool CQoPluginManager::getPathResultFromPhysicalPlugin(
+    const boost::shared_ptr<IPhysicalBrowseWrapper>& browse,
+    const CQoCollPath& path,
+    const PhysicalResultPtr& parent,
+    IQoProgress* progress,
+    PhysicalResultPtr& result)
+{
+    return browse &&
+           findInFolder(*browse, parent, path.getLast(), qo::Spelling::anyCase, progress, result);
+}
+
+bool CQoPluginManager::getPathResultFromPhysicalPlugin(const CQoCollPath& path,
+                                                       IQoProgress* progress,
+                                                       PhysicalResultPtr& result)
+{
+    return qo::findPhysicalEntry(path, qo::Spelling::anyCase, progress, result);
+}
+
+bool qo::listFarFolder(IPhysicalBrowseWrapper& browse,
+                       const PhysicalResultPtr& folder,
+                       const char16_t* failure,
+                       IQoProgress* progress,
+                       std::vector<PhysicalResultPtr>& entries)
+{
+    PluginResultArray results;
+    if (!folder ||
+        !CQoPluginManager::getResultsSync(browse.GetSubFoldersAndFiles(folder), results, progress))
+    {
+        logUnlessStopped(progress,
+                         failure,
+                         folder ? folder->GetName() : CString(),
+                         folder ? folder->GetPath() : CString());
+        return false;
+    }
+    entries = resultsOf<IPhysicalResult>(results);
+    const auto isNoEntry = [](const PhysicalResultPtr& entry)
+    { return farEntryName(entry->GetName()).IsEmpty(); };
+    entries.erase(std::remove_if(entries.begin(), entries.end(), isNoEntry), entries.end());
+    return true;
+}
+
+bool qo::findPhysicalEntry(const CQoCollPath& path,
+                           Spelling spelling,
+                           IQoProgress* progress,
+                           PhysicalResultPtr& result)
+{
+    boost::shared_ptr<IPhysicalBrowseWrapper> browse;
+    PhysicalResultPtr found;
+    if (!path.isPhysicalPlugin() ||
+        !CQoPluginManager::getPhysicalBrowseFuncFromPlugin(path.getDevice(), browse) ||
+        !CQoPluginManager::getRootPathResultFromPhysicalPlugin(browse, progress, found))
+        return false;
+    for (const CString& component : path.getComponents())
+    {
+        const PhysicalResultPtr folder = found;
+        if (!findInFolder(*browse, folder, component, spelling, progress, found))
+            return false;
+    }
+    result = found;
+    return true;
+}
+
+bool CQoPluginManager::getOneFilePathResultFromPhysicalPlugin(const CQoCollPath& path,
+                                                              IQoProgress* progress,
+                                                              PhysicalResultPtr& result)
+{
+    if (!getPathResultFromPhysicalPlugin(path, progress, result))
+        return false;
+    boost::shared_ptr<IPhysicalBrowseDownloadpathWrapper> addresses;
+    if (!getPhysicalBrowseDownloadpathFuncFromPlugin(path.getDevice(), addresses))
+        return true;
+    PluginResultArray results;
+    if (!getResultsSync(addresses->GetDownloadUrl(result), results, progress))
+    {
+        qo::logUnlessStopped(
+            progress, u"CQoPluginManager::getPathResultFromPhysicalPlugin : GetDownloadUrl failed");
+        return false;
+    }
+    result = qo::firstResult<IPhysicalResult>(results);
+    if (!result)
+        qo::log(qo::level::error,
+                u"CQoPluginManager::getPathResultFromPhysicalPlugin : GetDownloadUrl returned no "
+                u"result");
+    return result != nullptr;
+}
+
+bool CQoPluginManager::getPathResultFromLogicalPlugin(
+    const boost::shared_ptr<ILogicalBrowseWrapper>& browse,
+    const CQoCollPath& path,
+    IQoProgress* progress,
+    PluginResultPtr& result)
+{
+    constexpr int trackDepth = 3;
+    if (!browse || path.isEmpty() || path.getCount() > trackDepth)
+        return false;
+    struct Step
+    {
+        CString name;
+        CString (*nameOf)(const IGenericResult&);
+        const char16_t* failure;
+        const char16_t* absence;
+    };
+#define QO_STEP(text) u"CQoPluginManager::getPathResultFromLogicalPlugin : " text
+    const Step steps[trackDepth] = {{path.getFirst(),
+                                     artistOf,
+                                     QO_STEP(u"GetArtists failed"),
+                                     QO_STEP(u"artistName %s not found")},
+                                    {path.getSecond(),
+                                     albumOf,
+                                     QO_STEP(u"GetAlbums(%s) failed"),
+                                     QO_STEP(u"album %s not found")},
+                                    {path.getThird(),
+                                     trackFileOf,
+                                     QO_STEP(u"GetTracksForAlbum(%s)"),
+                                     QO_STEP(u"track %s not found")}};
+#undef QO_STEP
+    PluginResultPtr found;
+    for (int i = 0; i < path.getCount(); ++i)
+    {
+        const Step& step = steps[i];
+        PluginResultArray results;
+        PluginOperationPtr operation = i == 0   ? browse->GetArtists()
+                                       : i == 1 ? browse->GetAlbums(found)
+                                                : browse->GetTracksForAlbum(found);
+        if (!getResultsSync(std::move(operation), results, progress))
+        {
+            qo::logUnlessStopped(progress, step.failure, path.getComponent(i - 1));
+            return false;
+        }
+        found = findNamed(results, step.name, step.nameOf);
+        if (!found)
+        {
+            qo::log(qo::level::error, step.absence, step.name);
+            return false;
+        }
+    }
+    result = found;
+    return true;
+}
+
+bool CQoPluginManager::getPathResultFromLogicalPlugin(const CQoCollPath& path,
+                                                      IQoProgress* progress,
+                                                      PluginResultPtr& result)
+{
+    boost::shared_ptr<ILogicalBrowseWrapper> browse;
+    return path.isLogicalPlugin() && getLogicalBrowseFuncFromPlugin(path.getDevice(), browse) &&
+           getPathResultFromLogicalPlugin(browse, path, progress, result);
+}
+
+bool CQoPluginManager::getOneFilePathResultFromPlugin(const CQoCollPath& path,
+                                                      IQoProgress* progress,
+                                                      PluginResultPtr& result)
+{
+    if (!path.isPhysicalPlugin())
+        return getPathResultFromLogicalPlugin(path, progress, result);
+    PhysicalResultPtr physical;
+    if (!getOneFilePathResultFromPhysicalPlugin(path, progress, physical))
+        return false;
+    result = physical;
+    return true;
+}
