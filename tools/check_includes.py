@@ -41,6 +41,8 @@ HOST_ORDER = (
     {"core/watch"},
     {"core/view"},
     {"core/doctor"},
+    {"plugins/base"},
+    {"plugins/folder"},
     {"cli/shown"},
     {"cli"},
     {"cli/files"},

@@ -1,0 +1,31 @@
+#include "plugins/folder/FolderEntry.h"
+
+#include <boost/make_shared.hpp>
+
+#include <cerrno>
+
+namespace qo::host
+{
+boost::shared_ptr<FolderEntry> ownEntry(const PluginResultPtr& result)
+{
+    return boost::dynamic_pointer_cast<FolderEntry>(result);
+}
+
+boost::shared_ptr<FolderEntry> entryAt(const CString& path, const CString& name, CString& cause)
+{
+    NameInfo info;
+    int error = fileSystem().look(path, info);
+    const bool isFolder = info.kind == NameInfo::Kind::directory;
+    if (error == 0 && !isFolder && info.kind != NameInfo::Kind::regular)
+        error = EINVAL;
+    if (error == 0)
+        return boost::make_shared<FolderEntry>(path, name, isFolder, info.size);
+    cause = failureAt(path, error);
+    return {};
+}
+
+CString failureAt(const CString& path, int error)
+{
+    return path + u": " + errorText(error);
+}
+} // namespace qo::host
