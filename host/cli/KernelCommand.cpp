@@ -1,7 +1,5 @@
 #include "cli/KernelCommand.h"
 
-#include "cli/Interrupt.h"
-#include "cli/shown/ProgressDisplay.h"
 #include "cli/shown/Text.h"
 #include "core/base/Disk.h"
 #include "core/base/SystemPath.h"
@@ -43,12 +41,9 @@ host::LoadReport runLoad(const CommandLine& line,
                          Session& session,
                          const std::function<host::LoadReport(host::ProgressReporter&)>& load)
 {
-    ProgressDisplay display(line.quiet);
-    host::ProgressReporter progress([&display](const host::ProgressEvent& event)
-                                    { display.show(event); });
-    const InterruptGuard guard(progress);
-    const host::LoadReport report = session.kernel().run([&] { return load(progress); });
-    if (progress.cameTooLate())
+    ShownProgress progress(line);
+    const host::LoadReport report = session.kernel().run([&] { return load(progress.reporter()); });
+    if (progress.reporter().cameTooLate())
         line.note(
             "the interruption came while the collection was being saved: everything was kept");
     return report;

@@ -31,16 +31,31 @@ std::unique_ptr<host::Session> openKernel(const CommandLine& line, KernelUse use
 /// before one is written over; a dry run does not ask.
 void prepareOutput(const CommandLine& line, const std::string& path);
 
-/// Runs the function, which gets the progress, on the kernel's thread: it is shown, and signals
-/// that ask the program to end stop it.
+/// Progress that people see while it lives. Signals that ask the program to end cancel it.
+class ShownProgress
+{
+public:
+    explicit ShownProgress(const CommandLine& line)
+        : m_display(line.quiet)
+        , m_reporter([this](const host::ProgressEvent& event) { m_display.show(event); })
+        , m_guard(m_reporter)
+    {
+    }
+
+    host::ProgressReporter& reporter() { return m_reporter; }
+
+private:
+    ProgressDisplay m_display;
+    host::ProgressReporter m_reporter;
+    InterruptGuard m_guard;
+};
+
+/// Runs the function, which gets the progress, on the kernel's thread.
 template <class Function>
 auto runShown(const CommandLine& line, host::Session& session, Function function)
 {
-    ProgressDisplay display(line.quiet);
-    host::ProgressReporter progress([&display](const host::ProgressEvent& event)
-                                    { display.show(event); });
-    const InterruptGuard guard(progress);
-    return session.kernel().run([&] { return function(progress); });
+    ShownProgress progress(line);
+    return session.kernel().run([&] { return function(progress.reporter()); });
 }
 
 /// Checks the database and loads the collection, with progress and a way to interrupt.

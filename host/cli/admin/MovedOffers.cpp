@@ -1,9 +1,7 @@
 #include "cli/admin/MovedOffers.h"
 
-#include "cli/Interrupt.h"
 #include "cli/KernelCommand.h"
 #include "cli/files/FileRecord.h"
-#include "cli/shown/ProgressDisplay.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
 #include "core/moved/HeadStore.h"
@@ -17,17 +15,6 @@ namespace
 {
 using host::MovedFiles;
 using host::Session;
-
-/// Runs on the kernel's thread with progress and a way to interrupt.
-template <class Function>
-auto runWithProgress(const CommandLine& line, Session& session, Function function)
-{
-    ProgressDisplay display(line.quiet);
-    host::ProgressReporter progress([&display](const host::ProgressEvent& event)
-                                    { display.show(event); });
-    const InterruptGuard guard(progress);
-    return session.kernel().run([&] { return function(progress); });
-}
 
 void printOffer(CommandLine& line, const host::MoveOffer& offer)
 {
@@ -104,40 +91,40 @@ int settleMoves(CommandLine& line, Session& session, const CStringArray& newRoot
             CQoCollection::m_ownCollection.addRootDirs(newRoots, kinds);
         });
     const MovedFiles moved =
-        runWithProgress(line,
-                        session,
-                        [&session, &newRoots](host::ProgressReporter& progress)
-                        {
-                            CStringArray roots = host::RootFolders().folders();
-                            roots.Append(newRoots);
-                            host::RootLister lister(roots, session.ignoredNames());
-                            return host::findMoved(host::HeadStore(), lister, progress);
-                        });
+        runShown(line,
+                 session,
+                 [&session, &newRoots](host::ProgressReporter& progress)
+                 {
+                     CStringArray roots = host::RootFolders().folders();
+                     roots.Append(newRoots);
+                     host::RootLister lister(roots, session.ignoredNames());
+                     return host::findMoved(host::HeadStore(), lister, progress);
+                 });
     session.kernel().run([&] { print(line, moved); });
     if (line.dryRun || (moved.offers.empty() && moved.unclear.empty()))
         return 0;
     confirm(line, consequences(moved));
     if (!moved.offers.empty())
-        runWithProgress(line,
-                        session,
-                        [&](host::ProgressReporter& progress)
-                        { host::applyMoves(session, moved.offers, progress); });
+        runShown(line,
+                 session,
+                 [&](host::ProgressReporter& progress)
+                 { host::applyMoves(session, moved.offers, progress); });
     return static_cast<int>(moved.offers.size());
 }
 
 void rememberHeads(CommandLine& line, Session& session)
 {
-    const bool isWhole = runWithProgress(line,
-                                         session,
-                                         [](host::ProgressReporter& progress)
-                                         {
-                                             QoFileDbItemArray records;
-                                             CQoCollection::m_ownCollection.copyFiles(records);
-                                             host::HeadStore heads;
-                                             const bool whole = heads.update(records, progress);
-                                             heads.save();
-                                             return whole;
-                                         });
+    const bool isWhole = runShown(line,
+                                  session,
+                                  [](host::ProgressReporter& progress)
+                                  {
+                                      QoFileDbItemArray records;
+                                      CQoCollection::m_ownCollection.copyFiles(records);
+                                      host::HeadStore heads;
+                                      const bool whole = heads.update(records, progress);
+                                      heads.save();
+                                      return whole;
+                                  });
     if (!isWhole)
         line.note("the rest of the files is looked at the next time");
 }

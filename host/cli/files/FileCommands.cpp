@@ -209,10 +209,8 @@ private:
     {
         std::size_t failed = 0;
         ExitCode first = ExitCode::done;
-        ProgressDisplay display(m_line.quiet);
-        host::ProgressReporter progress([&display](const host::ProgressEvent& event)
-                                        { display.show(event); });
-        const InterruptGuard guard(progress);
+        ShownProgress shown(m_line);
+        host::ProgressReporter& progress = shown.reporter();
         begin(progress);
         for (const std::string& path : paths)
         {

@@ -97,12 +97,9 @@ std::vector<EqualFiles> equalFiles(const CommandLine& line)
     const QoFileDbItemArray candidates = sameSize();
     host::HeadStore heads;
     {
-        ProgressDisplay display(line.quiet);
-        host::ProgressReporter progress([&display](const host::ProgressEvent& event)
-                                        { display.show(event); });
-        const InterruptGuard guard(progress);
+        ShownProgress progress(line);
         // The heads are not saved, since the store would then lose those of all other files.
-        if (!heads.update(candidates, progress))
+        if (!heads.update(candidates, progress.reporter()))
             throw HostError(ExitCode::interrupted, "interrupted; nothing was changed");
     }
     std::map<std::pair<std::int64_t, std::uint64_t>, std::vector<QoFileDbItemPtr>> byHead;

@@ -158,11 +158,8 @@ ExitCode exportList(CommandLine& line, const Playlist& list, const PlaylistOptio
 
 void makeCopies(CommandLine& line, std::vector<host::SongCopy>& copies, const std::string& folder)
 {
-    ProgressDisplay display(line.quiet);
-    host::ProgressReporter progress([&display](const host::ProgressEvent& event)
-                                    { display.show(event); });
-    const InterruptGuard guard(progress);
-    host::makeCopies(copies, folder, [&progress] { return progress.isCanceled(); });
+    ShownProgress progress(line);
+    host::makeCopies(copies, folder, [&progress] { return progress.reporter().isCanceled(); });
 }
 
 /// Says what became of each copy; returns how many could not be made.
