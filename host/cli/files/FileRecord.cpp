@@ -158,11 +158,9 @@ std::string recordText(const QoFileDbItem& item)
     return text;
 }
 
-std::string artistAndTitle(const QoFileDbItem& item)
+std::string artistAndTitle(const CString& artist, const CString& title)
 {
-    const std::string artist = oneLine(item.artist);
-    const std::string title = oneLine(item.title);
-    return artist.empty() || title.empty() ? artist + title : artist + " - " + title;
+    return oneLine(artist) + (artist.IsEmpty() || title.IsEmpty() ? "" : " - ") + oneLine(title);
 }
 
 std::string flagsText(unsigned flags)

@@ -37,7 +37,7 @@ std::string recordRow(const QoFileDbItem& item);
 std::string recordText(const QoFileDbItem& item);
 
 /// "artist - title", or the one that there is; on one line.
-std::string artistAndTitle(const QoFileDbItem& item);
+std::string artistAndTitle(const CString& artist, const CString& title);
 /// The names of the flags that are set: "audio, music"; "none" without any.
 std::string flagsText(unsigned flags);
 } // namespace qo::cli

@@ -50,7 +50,7 @@ public:
             return m_line.out.line(recordRow(item));
         if (!m_format && !m_options.withNul && m_line.out.isTerminal())
             return m_table.addCells({item.duration > 0 ? durationText(item.duration) : "",
-                                     artistAndTitle(item),
+                                     artistAndTitle(item.artist, item.title),
                                      plainPath(m_options, item)});
         std::string text = m_format ? m_format->lineOf(item) : plainPath(m_options, item);
         if (!m_options.withNul)

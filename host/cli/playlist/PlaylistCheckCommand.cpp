@@ -29,7 +29,7 @@ std::vector<Playlist> chosenLists(const Playlists& playlists, const PlaylistOpti
 /// `: "Kino - Zvezda"`, or "" for a song without names.
 std::string quotedNames(const StoredEntry& entry)
 {
-    const std::string names = songText(entry);
+    const std::string names = artistAndTitle(entry.artist, entry.title);
     return names.empty() ? "" : ": \"" + names + "\"";
 }
 

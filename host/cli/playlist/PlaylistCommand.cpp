@@ -89,7 +89,7 @@ ExitCode showPlaylist(CommandLine& line, Playlists& playlists, const PlaylistOpt
         if (listing.isForPeople())
         {
             listing.addCells({std::to_string(position),
-                              songText(shown),
+                              artistAndTitle(shown.artist, shown.title),
                               shown.duration > 0 ? durationText(shown.duration) : "",
                               remarkOn(answer.state),
                               harmless(placeOf(shown))});
@@ -269,13 +269,6 @@ std::vector<StoredEntry> presentEntries(const Playlist& list)
         return list.entries;
     host::Query query({{toUtf8(list.query)}});
     return host::entriesOf(query.files());
-}
-
-std::string songText(const StoredEntry& entry)
-{
-    const std::string artist = oneLine(entry.artist);
-    const std::string title = oneLine(entry.title);
-    return artist.empty() || title.empty() ? artist + title : artist + " - " + title;
 }
 
 void putEntry(Json& object, const StoredEntry& entry)

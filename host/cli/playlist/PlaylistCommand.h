@@ -68,8 +68,6 @@ host::Playlist fixedPlaylist(const host::Playlists& playlists, const std::string
 /// The entries of a list; a living one is looked up now.
 std::vector<host::StoredEntry> presentEntries(const host::Playlist& list);
 
-/// "Kino - Zvezda", or what there is of it.
-std::string songText(const host::StoredEntry& entry);
 /// Puts artist, title, duration, path and text of the entry into an object.
 void putEntry(Json& object, const host::StoredEntry& entry);
 /// What became of a list: an object with its name, id and count, or a sentence such as

@@ -50,7 +50,7 @@ void notePositions(const CommandLine& line,
     std::string text;
     for (const std::size_t index : indices)
     {
-        const std::string names = songText(entries[index]);
+        const std::string names = artistAndTitle(entries[index].artist, entries[index].title);
         text += host::sentenceBreak + std::to_string(index + 1) + ": " +
                 (names.empty() ? "" : names + "  ") + placeOf(entries[index]);
     }

@@ -20,14 +20,6 @@ struct ExtractOptions
     FileChoice choice;
 };
 
-/// When the collection last changed, which an extract says at its top.
-FILETIME timeOfChange()
-{
-    CollInfoDbItem info;
-    CQoCollDb(host::Session::databasePath()).getCollInfo(CString(), info);
-    return info.modifiedTime;
-}
-
 bool isMedia(const QoFileDbItemPtr& item)
 {
     return (item->flags & fileFlag::mediaMask) != 0;
@@ -49,7 +41,8 @@ ExitCode writeExtract(CommandLine& line, const ExtractOptions& options)
                 throw HostError(ExitCode::notFound,
                                 "none of these files is music or a video, so there is nothing to "
                                 "offer");
-            if (!line.dryRun && !CQoDbExtract::CreateQoDbExtract(files, path, timeOfChange()))
+            const FILETIME changed = CQoCollection::m_ownCollection.getCollInfo().modifiedTime;
+            if (!line.dryRun && !CQoDbExtract::CreateQoDbExtract(files, path, changed))
                 throw HostError(ExitCode::failed,
                                 "the extract " + file +
                                     " cannot be written; \"qo log\" has the cause");
@@ -133,7 +126,7 @@ ExitCode showExtract(CommandLine& line, const ExtractOptions& options)
             line.out.line(dump(jsonOf(*item)));
         else
             table.addCells({item->duration > 0 ? durationText(item->duration) : "",
-                            artistAndTitle(*item),
+                            artistAndTitle(item->artist, item->title),
                             harmless(peerPath(item->path))});
     }
     table.finish();
