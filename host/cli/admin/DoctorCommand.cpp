@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 #include "cli/KernelCommand.h"
 #include "cli/shown/Text.h"
+#include "core/base/ClosestName.h"
 #include "core/base/Json.h"
 #include "core/doctor/Doctor.h"
 
@@ -25,12 +26,8 @@ void showFinding(CommandLine& line, const Finding& finding)
         object["mended"] = finding.isMended;
         return line.out.line(host::dump(object));
     }
-    std::string examples;
-    for (const std::string& example : finding.examples)
-        examples += (examples.empty() ? ": " : ", ") + harmless(example);
-    if (finding.count > finding.examples.size())
-        examples += " and " + std::to_string(finding.count - finding.examples.size()) + " more";
-    line.out.line((finding.isMended ? "mended: " : "") + finding.what + examples);
+    line.out.line((finding.isMended ? "mended: " : "") + finding.what + ": " +
+                  harmless(host::firstOf(finding.examples, finding.count)));
     if (!finding.isMended)
         line.out.line("    " + finding.mend);
 }

@@ -67,6 +67,12 @@ std::string listOf(const std::vector<std::string>& names)
     return list;
 }
 
+std::string firstOf(const std::vector<std::string>& names, std::size_t total)
+{
+    const std::size_t others = total - names.size();
+    return listOf(names) + (others > 0 ? " and " + std::to_string(others) + " more" : "");
+}
+
 std::string suggestionFor(const std::string& typed, const std::vector<std::string>& names)
 {
     ClosestName closest(fromUtf8(typed));

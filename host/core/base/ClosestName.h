@@ -26,6 +26,8 @@ private:
 
 /// "a, b, c".
 std::string listOf(const std::vector<std::string>& names);
+/// "a, b and 3 more" for the first names of five.
+std::string firstOf(const std::vector<std::string>& names, std::size_t total);
 
 /// "; did you mean \"albums\"?" for "album", from the names that there are; "" if none is near.
 std::string suggestionFor(const std::string& typed, const std::vector<std::string>& names);

@@ -1,5 +1,7 @@
 #include "core/base/DatabaseQuery.h"
 
+#include "core/base/ClosestName.h"
+
 #include <QoKernel/Collection.h>
 #include <QoKernel/Inside.h>
 
@@ -64,10 +66,9 @@ std::optional<CString> otherVersion(const CSQLiteDB& db)
 std::string someOf(const std::vector<std::int64_t>& ids)
 {
     constexpr std::size_t shown = 20;
-    std::string text;
+    std::vector<std::string> named;
     for (std::size_t i = 0; i < std::min(shown, ids.size()); ++i)
-        text += (i == 0 ? "row " : ", ") + std::to_string(ids[i]);
-    return text +
-           (ids.size() > shown ? " and " + std::to_string(ids.size() - shown) + " more" : "");
+        named.push_back(std::to_string(ids[i]));
+    return "row " + firstOf(named, ids.size());
 }
 } // namespace qo::host

@@ -63,12 +63,11 @@ fileRemark(const CStringArray& files, const std::string& ofOne, const std::strin
     const int count = files.GetSize();
     if (count == 0)
         return {};
-    std::string text = count == 1 ? ofOne : std::to_string(count) + " " + ofMany;
+    const std::string text = count == 1 ? ofOne : std::to_string(count) + " " + ofMany;
+    std::vector<std::string> named;
     for (int i = 0; i < std::min(count, mostNamed); ++i)
-        text += (i == 0 ? ": " : ", ") + shownPath(files[i]);
-    if (count > mostNamed)
-        text += " and " + std::to_string(count - mostNamed) + " more";
-    return text;
+        named.push_back(shownPath(files[i]));
+    return text + ": " + firstOf(named, static_cast<std::size_t>(count));
 }
 
 std::string errorWords(int error)
