@@ -10,17 +10,17 @@
 
 namespace qo::cli
 {
-namespace
-{
 using host::Session;
 
-/// Looks only: neither command makes, mends or replaces the database.
 CString existingDatabase()
 {
     const CString path = Session::databasePath();
     FileInfo info;
-    if (const int error = fileSystem().info(path, Spelling::exact, info))
-        throw HostError(error == ENOENT ? ExitCode::notFound : ExitCode::failed,
+    const int error = fileSystem().info(path, Spelling::exact, info);
+    if (error == ENOENT)
+        throw HostError(ExitCode::notFound, "there is no database " + host::shownPath(path));
+    if (error != 0)
+        throw HostError(ExitCode::failed,
                         "the database " + host::shownPath(path) +
                             " cannot be read: " + host::errorWords(error));
     if (info.kind != FileKind::regular)
@@ -29,6 +29,8 @@ CString existingDatabase()
     return path;
 }
 
+namespace
+{
 ExitCode check(CommandLine& line)
 {
     const auto session = openKernel(line, KernelUse::look);

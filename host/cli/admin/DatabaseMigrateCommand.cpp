@@ -17,14 +17,6 @@ using host::MigrationReport;
 using host::Session;
 using host::Snapshots;
 
-CString databaseThatIsThere()
-{
-    const CString database = Session::databasePath();
-    if (!fileSystem().exists(database))
-        throw HostError(ExitCode::notFound, "there is no database " + host::shownPath(database));
-    return database;
-}
-
 void putMigration(CommandLine& line,
                   const CString& database,
                   const std::optional<MigrationReport>& report)
@@ -55,7 +47,7 @@ ExitCode migrate(CommandLine& line, bool mayDowngrade)
     session->kernel().run(
         [&]
         {
-            const CString database = databaseThatIsThere();
+            const CString database = existingDatabase();
             MigrationOptions options = session->migrationOptions();
             options.mayDowngrade = mayDowngrade;
             const DatabaseGuard guard(database);
@@ -79,7 +71,7 @@ ExitCode backUp(CommandLine& line, const std::string& typed)
     session->kernel().run(
         [&]
         {
-            const CString database = databaseThatIsThere();
+            const CString database = existingDatabase();
             // Asked first, as this does not wait for long where another program holds the database
             // for itself; a damaged one is copied as well.
             (void)DatabaseGuard(database).findDamage();

@@ -95,10 +95,7 @@ ExitCode repair(CommandLine& line)
     return session->kernel().run(
         [&line]
         {
-            const CString database = Session::databasePath();
-            if (!fileSystem().exists(database))
-                throw HostError(ExitCode::notFound,
-                                "there is no database " + host::shownPath(database));
+            const CString database = existingDatabase();
             if (!line.dryRun)
                 DatabaseSwap(database).finish();
             if (DatabaseGuard(database).findDamage(true).empty())
