@@ -4,6 +4,7 @@
 #include "cli/files/FileRecord.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
+#include "core/collection/CollectionFiles.h"
 #include "core/roots/RootGuard.h"
 #include "core/roots/StoredRoots.h"
 
@@ -28,28 +29,18 @@ std::int64_t knownFiles(const CString& folder)
     return host::countFilesBelow(Session::databasePath(), folder);
 }
 
-/// Whether the path lies below one of the folders.
-template <class Folders>
-bool isBelowAny(const CString& path, const Folders& folders)
-{
-    return std::any_of(folders.begin(),
-                       folders.end(),
-                       [&path](const CString& folder)
-                       { return CQoCollPath(path).isSubPathOf(CQoCollPath(folder)); });
-}
-
 /// The files that leave with these folders: what stands below another root folder stays.
 std::int64_t leavingFiles(const RootFolders& left, const std::vector<CString>& removed)
 {
     std::int64_t files = 0;
     for (const CString& folder : removed)
     {
-        if (left.holder(folder).IsEmpty() && !isBelowAny(folder, removed))
+        if (left.holder(folder).IsEmpty() && !host::isBelowAny(folder, removed))
             files += knownFiles(folder);
     }
     for (const CString& folder : left.folders())
     {
-        if (isBelowAny(folder, removed) && !isBelowAny(folder, left.folders()))
+        if (host::isBelowAny(folder, removed) && !host::isBelowAny(folder, left.folders()))
             files -= knownFiles(folder);
     }
     return files;

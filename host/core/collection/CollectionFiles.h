@@ -2,6 +2,7 @@
 
 #include <QoKernel/Collection.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -19,6 +20,17 @@ inline CQoCollection& ownCollection()
 
 /// The spellings that the collection takes for one path have one key.
 std::u16string pathKey(const CString& path);
+/// Whether the path, in collection form, lies below one of the folders, upper and lower case being
+/// the same. A folder does not lie below itself.
+template <class Folders>
+bool isBelowAny(const CString& path, const Folders& folders)
+{
+    const std::u16string key = pathKey(path);
+    return std::any_of(folders.begin(),
+                       folders.end(),
+                       [&key](const CString& folder)
+                       { return key.starts_with(pathKey(addBackslash(folder))); });
+}
 
 /// Where a file below one path lies once that is another.
 CString rebased(const CString& path, const CString& from, const CString& to);

@@ -4,6 +4,7 @@
 #include "core/base/HostFiles.h"
 #include "core/collection/PendingTags.h"
 #include "core/load/DatabaseContent.h"
+#include "core/load/DatabaseMigration.h"
 #include "core/load/Snapshots.h"
 #include "core/load/UnfinishedScan.h"
 #include "core/playlist/PlaylistRepair.h"
@@ -22,17 +23,16 @@ bool Doctor::isAllWell() const
     return std::ranges::all_of(m_findings, &Finding::isMended);
 }
 
-/// The finding, to which nothing is added if there is nothing; valid until the next call.
-Finding& Doctor::add(const char* topic,
-                     const std::vector<std::string>& all,
-                     const std::string& ofOne,
-                     const std::string& ofMany,
-                     const std::string& mend)
+void Doctor::add(const char* topic,
+                 const std::vector<std::string>& all,
+                 const std::string& ofOne,
+                 const std::string& ofMany,
+                 const std::string& mend,
+                 bool isMended)
 {
     constexpr std::size_t mostNamed = 3;
-    static Finding none;
     if (all.empty())
-        return none = {};
+        return;
     Finding finding;
     finding.topic = topic;
     finding.count = all.size();
@@ -40,8 +40,8 @@ Finding& Doctor::add(const char* topic,
     finding.examples = all;
     finding.examples.resize(std::min(mostNamed, all.size()));
     finding.mend = mend;
+    finding.isMended = isMended;
     m_findings.push_back(std::move(finding));
-    return m_findings.back();
 }
 
 bool Doctor::examineData()
@@ -51,11 +51,10 @@ bool Doctor::examineData()
     if (fileSystem().info(database, Spelling::exact, info) != 0 || info.size == 0)
         return true; // there is no collection yet
     lookAtRoom(Session::folder(), static_cast<std::uint64_t>(info.size) * 2);
-    CString version;
-    if (CQoCollDb::readVersion(database, version) && version != CQoCollDb::currentVersion())
+    if (const std::optional<CString> version = DatabaseMigration::otherVersion(database))
     {
         add("database",
-            {toUtf8(version)},
+            {toUtf8(*version)},
             "the database has another version than this program's",
             "",
             "\"qo db migrate\" carries it over");
@@ -78,15 +77,14 @@ void Doctor::lookAtSnapshots()
     Snapshots snapshots(Session::databasePath());
     if (!snapshots.list().IsEmpty() || countOwnFiles(Session::databasePath()) == 0)
         return;
-    Finding& finding = add("snapshots",
-                           {shownPath(Session::databasePath())},
-                           "there is no snapshot of the database",
-                           "",
-                           "\"qo doctor --fix\" takes one");
-    if (!m_mends)
-        return;
-    (void)snapshots.take();
-    finding.isMended = true;
+    if (m_mends)
+        (void)snapshots.take();
+    add("snapshots",
+        {shownPath(Session::databasePath())},
+        "there is no snapshot of the database",
+        "",
+        "\"qo doctor --fix\" takes one",
+        m_mends);
 }
 
 void Doctor::lookAtRoom(const CString& folder, std::uint64_t wanted)
@@ -118,7 +116,10 @@ void Doctor::lookAtStore()
     std::vector<std::string> begun;
     try
     {
-        for (const CString& path : PendingTags().awayPaths())
+        const PendingTags pending;
+        for (const CString& path : pending.paths())
+            m_edited.insert(path);
+        for (const CString& path : pending.awayPaths())
             away.push_back(shownPath(path));
         const UnfinishedScan scan(Session::folder());
         for (const CString& root : scan.rootsAtFirst())

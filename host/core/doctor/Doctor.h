@@ -2,6 +2,7 @@
 
 #include <QoKernel/Collection.h>
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -40,11 +41,13 @@ public:
     bool isAllWell() const;
 
 private:
-    Finding& add(const char* topic,
-                 const std::vector<std::string>& all,
-                 const std::string& ofOne,
-                 const std::string& ofMany,
-                 const std::string& mend);
+    /// Nothing if there is nothing of it.
+    void add(const char* topic,
+             const std::vector<std::string>& all,
+             const std::string& ofOne,
+             const std::string& ofMany,
+             const std::string& mend,
+             bool isMended = false);
     void lookAtSnapshots();
     void lookAtRoom(const CString& folder, std::uint64_t wanted);
     void lookAtStore();
@@ -59,6 +62,7 @@ private:
     Session& m_session;
     bool m_mends;
     std::vector<Finding> m_findings;
-    CStringArray m_walked; ///< root folders that are there
+    std::set<CString> m_edited; ///< files that are there and have edits, in collection form
+    CStringArray m_walked;      ///< root folders that are there
 };
 } // namespace qo::host

@@ -1,6 +1,6 @@
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
-#include "core/collection/PendingTags.h"
+#include "core/collection/CollectionFiles.h"
 #include "core/doctor/Doctor.h"
 #include "core/load/DiskChanges.h"
 #include "core/load/RootWalk.h"
@@ -81,12 +81,7 @@ void Doctor::compareWithDisk(ProgressReporter& progress)
     RootLister lister(RootFolders().folders(), m_session.ignoredNames());
     UnreadFiles unread(CQoCollection::m_ownCollection, lister, {});
     const std::vector<FoundFile> found = RootWalk(m_walked, lister).files(progress);
-    const auto isWalked = [this](const CString& path)
-    {
-        return std::ranges::any_of(m_walked,
-                                   [&path](const CString& root)
-                                   { return CQoCollPath(path).isSubPathOf(CQoCollPath(root)); });
-    };
+    const auto isWalked = [this](const CString& path) { return isBelowAny(path, m_walked); };
     const auto changes =
         DiskChanges(m_session.scanHost(), unread).between(records, found, isWalked);
     if (progress.isCanceled())
@@ -95,14 +90,13 @@ void Doctor::compareWithDisk(ProgressReporter& progress)
     std::vector<std::string> fresh;
     std::vector<std::string> changed;
     std::vector<std::string> edited;
-    const PendingTags pending;
     for (const DiskChange& change : changes)
     {
         std::vector<std::string>& list = change.action == CQoFileChangeInfo::remove ? gone
                                          : change.isNew                             ? fresh
                                                                                     : changed;
         list.push_back(shownPath(change.path));
-        if (&list == &changed && pending.isEdited(change.path))
+        if (&list == &changed && m_edited.contains(change.path))
             edited.push_back(shownPath(change.path));
     }
     add("gone",
@@ -148,8 +142,8 @@ void Doctor::lookAtTemporaries(const std::vector<CString>& folders)
         left,
         "a temporary file that a killed process left behind",
         "temporary files that killed processes left behind",
-        "\"qo doctor --fix\" removes them")
-        .isMended = m_mends;
+        "\"qo doctor --fix\" removes them",
+        m_mends);
 }
 
 /// Pictures from tags lie in a cache; records name them.

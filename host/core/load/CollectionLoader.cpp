@@ -55,17 +55,6 @@ std::string keptText(const SlicedScan::Report& slices, bool goesOn)
                  : "the " + count + " files read so far were kept";
     return kept + ", and the next scan goes on from there";
 }
-
-bool isBelow(const CString& path, const CStringArray& folders)
-{
-    const std::u16string key = pathKey(path);
-    for (const CString& folder : folders)
-    {
-        if (key.starts_with(pathKey(addBackslash(folder))))
-            return true;
-    }
-    return false;
-}
 } // namespace
 
 CollectionLoader::CollectionLoader(Session& session,
@@ -282,7 +271,7 @@ CStringArray CollectionLoader::rootsBefore(const RootFolders& roots,
     CStringArray before;
     for (const StoredRoot& stored : storedRoots(m_database))
     {
-        if (isBelow(addBackslash(stored.folder), fresh))
+        if (isBelowAny(addBackslash(stored.folder), fresh))
             before.Add(stored.folder);
     }
     for (const CString& root : roots.folders())
@@ -313,7 +302,7 @@ void CollectionLoader::scan(const RootFolders& roots,
     collection.copyFiles(records);
     std::function<bool(const CString&)> isWalked;
     if (!m_options.rescan)
-        isWalked = [&fresh](const CString& path) { return isBelow(path, fresh); };
+        isWalked = [&fresh](const CString& path) { return isBelowAny(path, fresh); };
     const std::vector<DiskChange> changes =
         m_progress.isCanceled()
             ? std::vector<DiskChange>()
@@ -362,7 +351,7 @@ void CollectionLoader::rememberFarFolders(const CStringArray& walked,
     const std::vector<FarFolder> before = store.folders();
     std::vector<FarFolder> folders = before;
     std::erase_if(folders,
-                  [&walked](const FarFolder& folder) { return isBelow(folder.path, walked); });
+                  [&walked](const FarFolder& folder) { return isBelowAny(folder.path, walked); });
     folders.insert(folders.end(), lister.farFolders().begin(), lister.farFolders().end());
     if (folders != before)
         store.setFolders(folders);
