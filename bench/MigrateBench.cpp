@@ -1,15 +1,11 @@
-#include "common/SimpleLogger.h"
-#include "core/session/Heap.h"
+#include "MeasureDatabase.h"
 
-#include <QoKernel/Collection.h>
 #include <QoKernel/Inside.h>
-#include <QoKernel/Kernel.h>
 
 #include <sys/resource.h>
 
 #include <chrono>
 #include <cstdio>
-#include <memory>
 
 // bench_migrate DATABASE COPY: carries a copy of a database over from the oldest version, with all
 // steps. Prints the number of its files, the seconds, and the most memory that was resident, in
@@ -46,18 +42,6 @@ int migrate(const CString& database, const CString& copy)
 } // namespace
 
 int main(int argc, char** argv)
-try
 {
-    if (argc != 3)
-        return 2;
-    // As the command does: large pages, and a log of what fails instead of every statement.
-    qo::host::useLargePages();
-    InitSimpleLogger(qo::level::error, qo::fromSystemPath(argv[2]) + u"_log");
-    return migrate(qo::fromSystemPath(argv[1]), qo::fromSystemPath(argv[2]));
-}
-catch (CSQLiteException* caught)
-{
-    const std::unique_ptr<CSQLiteException> exception(caught);
-    std::fprintf(stderr, "%s\n", qo::toUtf8(exception->message()).c_str());
-    return 1;
+    return measureDatabase(argc, argv, migrate);
 }

@@ -1,12 +1,7 @@
-#include "common/SimpleLogger.h"
-#include "core/session/Heap.h"
-
-#include <QoKernel/Collection.h>
-#include <QoKernel/Kernel.h>
+#include "MeasureDatabase.h"
 
 #include <chrono>
 #include <cstdio>
-#include <memory>
 
 // bench_save DATABASE NEW-DATABASE: saves the file records of a database as new ones into a fresh
 // database, as a scan does. Prints their number and the seconds.
@@ -18,10 +13,10 @@ public:
     using CQoCollection::saveToDb;
 };
 
-QoFileDbItemArray newRecords(const char* database)
+QoFileDbItemArray newRecords(const CString& database)
 {
     QoFileDbItemArray records;
-    CQoCollDb db(qo::fromSystemPath(database));
+    CQoCollDb db(database);
     db.getAllFiles(records, true, {}, true);
     for (const QoFileDbItemPtr& record : records)
     {
@@ -31,40 +26,27 @@ QoFileDbItemArray newRecords(const char* database)
     return records;
 }
 
-int save(const char* database, const char* fresh)
+int save(const CString& database, const CString& fresh)
 {
     QoFileDbItemArray records = newRecords(database);
-    std::remove(fresh);
-    const CString path = qo::fromSystemPath(fresh);
-    CQoCollDb::CreateDatabaseIfNotValid(path, {});
+    (void)qo::fileSystem().removeFile(fresh);
+    CQoCollDb::CreateDatabaseIfNotValid(fresh, {});
     SavedCollection collection;
     CDummyProgress progress;
     CQoCollection::OpResultInfo result;
     const auto start = std::chrono::steady_clock::now();
     {
-        CQoCollDb db(path);
+        CQoCollDb db(fresh);
         collection.saveToDb(records, db, &progress, &result);
     }
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
     std::printf("%d %.6f\n", result.m_inserted, took.count());
-    std::remove(fresh);
+    (void)qo::fileSystem().removeFile(fresh);
     return result.m_inserted == records.GetSize() ? 0 : 1;
 }
 } // namespace
 
 int main(int argc, char** argv)
-try
 {
-    if (argc != 3)
-        return 2;
-    // As the command does: large pages, and a log of what fails instead of every statement.
-    qo::host::useLargePages();
-    InitSimpleLogger(qo::level::error, qo::fromSystemPath(argv[2]) + u"_log");
-    return save(argv[1], argv[2]);
-}
-catch (CSQLiteException* caught)
-{
-    const std::unique_ptr<CSQLiteException> exception(caught);
-    std::fprintf(stderr, "%s\n", argv[1]);
-    return 1;
+    return measureDatabase(argc, argv, save);
 }
