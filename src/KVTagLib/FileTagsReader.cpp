@@ -10,31 +10,17 @@ namespace KVTagLib
 {
 namespace
 {
-/// The setter of each field; artists are a list and are handled apart.
-using Setter = void (CTags::*)(const CString&);
-
-constexpr std::pair<Field, Setter> setters[] = {
-    {Field::album, &CTags::SetAlbum},
-    {Field::title, &CTags::SetTitle},
-    {Field::genre, &CTags::SetGenre},
-    {Field::trackNumber, &CTags::SetTrackNumber},
-    {Field::year, &CTags::SetYear},
-    {Field::lyrics, &CTags::SetLyrics},
-};
-
 /// Sets the items that the file has; others stay absent.
 void fillTexts(const TagValues& values, CTags& tags)
 {
     if (values.has(Field::artist))
         tags.AddArtist(values.value(Field::artist), false);
-    for (const auto& [field, setter] : setters)
-    {
-        if (values.has(field))
-            (tags.*setter)(values.value(field));
-    }
     for (int i = 0; i < fieldCount; ++i)
     {
         const auto field = static_cast<Field>(i);
+        // Artists are a list.
+        if (field != Field::artist && values.has(field))
+            tags.SetFound(field, values.value(field));
         for (const CString& value : values.further(field))
             tags.AddFurther(field, value);
     }

@@ -92,6 +92,8 @@ TagChanges::TagChanges(const CTags& wanted, const TagValues& present)
         {Field::year, &CTags::GetYear},
         {Field::lyrics, &CTags::GetLyrics},
     };
+    if (CString rating; wanted.GetText(Field::rating, rating))
+        compare(Field::rating, rating, present);
     compareArtists(wanted, present);
     for (const auto& [field, getter] : getters)
     {
@@ -191,6 +193,11 @@ TagLib::StringList TagChanges::changed(Field field, const TagLib::StringList& ol
         done = done || shown;
     }
     return done ? list : TagLib::StringList(text);
+}
+
+int TagChanges::rating() const
+{
+    return qo::textToInt(text(Field::rating)->view());
 }
 
 TagLib::String TagChanges::trackNumber() const

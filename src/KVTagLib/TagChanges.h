@@ -34,6 +34,8 @@ public:
     {
         return m_texts[static_cast<int>(field)];
     }
+    /// The new rating in half stars; 0 to remove it.
+    int rating() const;
     /// The picture that replaces the first front cover, or is added where there is none.
     const std::optional<TagLib::ByteVector>& picture() const { return m_picture; }
     /// Whether a picture of that type is taken out.

@@ -13,9 +13,15 @@ enum class Field : std::uint8_t
     genre,
     trackNumber,
     year,
-    lyrics
+    lyrics,
+    // Of the rest a writer changes the rating alone.
+    albumArtist,
+    disc,    ///< "1", or "1/2" when the file names a total
+    comment, ///< the general one: not what programs keep among the comments for themselves
+    rating,  ///< half stars: "1" to "10"
+    playCount
 };
-constexpr int fieldCount = 7;
+constexpr int fieldCount = 12;
 
 /// How much of a file's tags a reader takes.
 enum class TagExtent : std::uint8_t

@@ -75,14 +75,22 @@ void TagValues::offer(Field field, const TagLib::StringList& texts)
     }
 }
 
-void TagValues::offerTrack(const TagLib::StringList& numbers, const TagLib::String& total)
+void TagValues::offerNumbered(Field field,
+                              const TagLib::StringList& numbers,
+                              const TagLib::String& total)
 {
-    if (has(Field::trackNumber))
+    if (has(field))
         return;
-    offer(Field::trackNumber, numbers);
-    CString& shown = m_values[static_cast<int>(Field::trackNumber)];
+    offer(field, numbers);
+    CString& shown = m_values[static_cast<int>(field)];
     if (!shown.IsEmpty() && !total.isEmpty())
         shown = withTotal(shown, textOf(total));
+}
+
+void TagValues::offerCount(Field field, int count)
+{
+    if (count > 0)
+        offer(field, TagLib::String::number(count));
 }
 
 void TagValues::offerPicture(const TagLib::ByteVector& content,

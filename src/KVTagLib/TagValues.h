@@ -84,8 +84,10 @@ public:
     void offer(Field field, const TagLib::String& text) { offerText(field, text); }
     /// Offers a list: its first text that is not blank counts, and the others come after it.
     void offer(Field field, const TagLib::StringList& texts);
-    /// Offers track numbers and a total from two fields.
-    void offerTrack(const TagLib::StringList& numbers, const TagLib::String& total);
+    /// Offers numbers of a track or disc, and a total from another field.
+    void offerNumbered(Field field, const TagLib::StringList& numbers, const TagLib::String& total);
+    /// Offers a rating or play count; 0 is none.
+    void offerCount(Field field, int count);
     void offerPicture(const TagLib::ByteVector& content,
                       int type,
                       const TagLib::String& description = TagLib::String());

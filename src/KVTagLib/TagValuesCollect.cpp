@@ -1,3 +1,4 @@
+#include "KVTagLib/Rating.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/TagValues.h"
 #include "KVTagLib/ape/ApeTag.h"
@@ -5,15 +6,19 @@
 
 #include <taglib/asfpicture.h>
 #include <taglib/attachedpictureframe.h>
+#include <taglib/commentsframe.h>
 #include <taglib/flacpicture.h>
 #include <taglib/id3v1tag.h>
 #include <taglib/id3v2tag.h>
 #include <taglib/infotag.h>
 #include <taglib/mp4tag.h>
+#include <taglib/popularimeterframe.h>
 #include <taglib/textidentificationframe.h>
 #include <taglib/unknownframe.h>
 #include <taglib/unsynchronizedlyricsframe.h>
 #include <taglib/xiphcomment.h>
+
+#include <algorithm>
 
 // Which frame, item or field of each kind of tag holds which value. Where several names are in use
 // for one thing, the more usual one is asked first.
@@ -24,6 +29,8 @@ namespace KVTagLib
 {
 namespace
 {
+constexpr unsigned mostPlays = 1'000'000'000;
+
 /// The texts of all frames with that id, in order.
 StringList frameTexts(const ID3v2::Tag& tag, const char* id)
 {
@@ -75,9 +82,10 @@ StringList itemTexts(const MP4::Tag& tag, const char* key)
     return it == tag.itemMap().end() ? StringList() : it->second.toStringList();
 }
 
-String trackOf(const MP4::Tag& tag)
+/// Of a track or a disc.
+String numberedOf(const MP4::Tag& tag, const char* key)
 {
-    const auto it = tag.itemMap().find("trkn");
+    const auto it = tag.itemMap().find(key);
     if (it == tag.itemMap().end())
         return {};
     // Zero means unknown for number and total.
@@ -86,6 +94,70 @@ String trackOf(const MP4::Tag& tag)
         return {};
     return total > 0 ? String::number(number) + "/" + String::number(total)
                      : String::number(number);
+}
+/// A count that some programs write as "3.0".
+int countOf(const String& text)
+{
+    return text.toInt();
+}
+
+/// The comment that was meant for people: without a description, as most programs write it, or else
+/// the first that no program keeps for itself.
+String commentOf(const ID3v2::Tag& tag)
+{
+    String other;
+    for (const ID3v2::Frame* frame : tag.frameList("COMM"))
+    {
+        const auto* const comment = dynamic_cast<const ID3v2::CommentsFrame*>(frame);
+        if (!comment || comment->text().isEmpty())
+            continue;
+        const String name = comment->description().upper();
+        if (name.isEmpty())
+            return comment->text();
+        if (other.isEmpty() && !name.startsWith("ITUN") && !name.startsWith("MUSICMATCH") &&
+            !name.startsWith("SONGS-DB"))
+            other = comment->text();
+    }
+    return other;
+}
+
+/// The text that a user's own frame of that name has, whatever its case.
+String ownText(const ID3v2::Tag& tag, const String& name)
+{
+    for (const ID3v2::Frame* frame : tag.frameList("TXXX"))
+    {
+        const auto* const text = dynamic_cast<const ID3v2::UserTextIdentificationFrame*>(frame);
+        if (text && text->description().upper() == name && text->fieldList().size() > 1)
+            return text->fieldList()[1];
+    }
+    return {};
+}
+
+/// Of several programs that rated the first one that did counts, and the highest number of plays.
+void collectPopularity(const ID3v2::Tag& tag, TagValues& values)
+{
+    unsigned plays = 0;
+    for (const ID3v2::Frame* frame : tag.frameList("POPM"))
+    {
+        const auto* const popularity = dynamic_cast<const ID3v2::PopularimeterFrame*>(frame);
+        if (!popularity)
+            continue;
+        values.offerCount(Field::rating,
+                          ratingOfByte(static_cast<unsigned char>(popularity->rating())));
+        plays = std::max(plays, popularity->counter());
+    }
+    values.offerCount(Field::rating, ratingOfFraction(ownText(tag, "FMPS_RATING")));
+    values.offerCount(Field::playCount, static_cast<int>(std::min(plays, mostPlays)));
+    values.offerCount(Field::playCount, countOf(ownText(tag, "FMPS_PLAYCOUNT")));
+}
+
+/// Of the tags whose fields have plain names; other is the rating by another field than
+/// FMPS_RATING.
+void offerPopularity(const String& fraction, int other, const String& plays, TagValues& values)
+{
+    values.offerCount(Field::rating, ratingOfFraction(fraction));
+    values.offerCount(Field::rating, other);
+    values.offerCount(Field::playCount, countOf(plays));
 }
 } // namespace
 
@@ -106,6 +178,10 @@ void collect(const ID3v2::Tag& tag, TagValues& values)
             lyrics.append(text->text());
     }
     values.offer(Field::lyrics, lyrics);
+    values.offer(Field::albumArtist, frameTexts(tag, "TPE2"));
+    values.offer(Field::disc, frameTexts(tag, "TPOS"));
+    values.offer(Field::comment, commentOf(tag));
+    collectPopularity(tag, values);
     if (!values.wantsPictures())
         return;
     for (const ID3v2::Frame* frame : tag.frameList("APIC"))
@@ -125,14 +201,26 @@ void collect(const ID3v1::Tag& tag, TagValues& values)
         values.offer(Field::trackNumber, String::number(static_cast<int>(tag.track())));
     if (tag.year() > 0)
         values.offer(Field::year, String::number(static_cast<int>(tag.year())));
+    values.offer(Field::comment, tag.comment());
 }
 
 void collect(const ApeTag& tag, TagValues& values)
 {
-    for (const Field field :
-         {Field::artist, Field::album, Field::title, Field::genre, Field::year, Field::lyrics})
+    for (const Field field : {Field::artist,
+                              Field::album,
+                              Field::title,
+                              Field::genre,
+                              Field::year,
+                              Field::lyrics,
+                              Field::albumArtist,
+                              Field::disc,
+                              Field::comment})
         values.offer(field, tag.texts(field));
-    values.offerTrack(tag.texts(Field::trackNumber), tag.trackTotal());
+    offerPopularity(firstText(tag.textsOf("FMPS_RATING")),
+                    ratingOfNumber(firstText(tag.textsOf("RATING"))),
+                    firstText(tag.textsOf("FMPS_PLAYCOUNT")),
+                    values);
+    values.offerNumbered(Field::trackNumber, tag.texts(Field::trackNumber), tag.trackTotal());
     if (!values.wantsPictures())
         return;
     for (const ApeTag::Picture& picture : tag.pictures())
@@ -146,10 +234,20 @@ void collect(Ogg::XiphComment& tag, TagValues& values)
     values.offer(Field::album, firstOf(fields, {"ALBUM"}));
     values.offer(Field::title, firstOf(fields, {"TITLE"}));
     values.offer(Field::genre, firstOf(fields, {"GENRE"}));
-    values.offerTrack(firstOf(fields, {"TRACKNUMBER", "TRACKNUM"}),
-                      firstText(firstOf(fields, {"TRACKTOTAL", "TOTALTRACKS"})));
+    values.offerNumbered(Field::trackNumber,
+                         firstOf(fields, {"TRACKNUMBER", "TRACKNUM"}),
+                         firstText(firstOf(fields, {"TRACKTOTAL", "TOTALTRACKS"})));
     values.offer(Field::year, firstOf(fields, {"DATE", "YEAR"}));
     values.offer(Field::lyrics, firstOf(fields, {"LYRICS", "UNSYNCEDLYRICS", "UNSYNCED LYRICS"}));
+    values.offer(Field::albumArtist, firstOf(fields, {"ALBUMARTIST", "ALBUM ARTIST"}));
+    values.offerNumbered(Field::disc,
+                         firstOf(fields, {"DISCNUMBER", "DISC"}),
+                         firstText(firstOf(fields, {"DISCTOTAL", "TOTALDISCS"})));
+    values.offer(Field::comment, firstOf(fields, {"COMMENT", "DESCRIPTION"}));
+    offerPopularity(firstText(firstOf(fields, {"FMPS_RATING"})),
+                    ratingOfNumber(firstText(firstOf(fields, {"RATING"}))),
+                    firstText(firstOf(fields, {"FMPS_PLAYCOUNT"})),
+                    values);
     if (!values.wantsPictures())
         return;
     for (const FLAC::Picture* picture : tag.pictureList())
@@ -162,9 +260,16 @@ void collect(const MP4::Tag& tag, TagValues& values)
     values.offer(Field::album, itemTexts(tag, "\251alb"));
     values.offer(Field::title, itemTexts(tag, "\251nam"));
     values.offer(Field::genre, itemTexts(tag, "\251gen"));
-    values.offer(Field::trackNumber, trackOf(tag));
+    values.offer(Field::trackNumber, numberedOf(tag, "trkn"));
     values.offer(Field::year, itemTexts(tag, "\251day"));
     values.offer(Field::lyrics, itemTexts(tag, "\251lyr"));
+    values.offer(Field::albumArtist, itemTexts(tag, "aART"));
+    values.offer(Field::disc, numberedOf(tag, "disk"));
+    values.offer(Field::comment, itemTexts(tag, "\251cmt"));
+    offerPopularity(firstText(itemTexts(tag, "----:com.apple.iTunes:FMPS_Rating")),
+                    ratingOfNumber(firstText(itemTexts(tag, "----:com.apple.iTunes:RATING"))),
+                    firstText(itemTexts(tag, "----:com.apple.iTunes:FMPS_Playcount")),
+                    values);
     const auto covers = tag.itemMap().find("covr");
     if (!values.wantsPictures() || covers == tag.itemMap().end())
         return;
@@ -190,9 +295,17 @@ void collect(const AsfHeader& header, TagValues& values)
     values.offer(Field::title, header.named(AsfHeader::Named::title));
     values.offer(Field::title, header.texts("Title"));
     values.offer(Field::genre, header.texts("WM/Genre"));
-    values.offerTrack(header.texts("WM/TrackNumber"), firstText(header.texts("TotalTracks")));
+    values.offerNumbered(
+        Field::trackNumber, header.texts("WM/TrackNumber"), firstText(header.texts("TotalTracks")));
     values.offer(Field::year, header.texts("WM/Year"));
     values.offer(Field::lyrics, header.texts("WM/Lyrics"));
+    values.offer(Field::albumArtist, header.texts("WM/AlbumArtist"));
+    values.offer(Field::disc, header.texts("WM/PartOfSet"));
+    values.offer(Field::comment, header.named(AsfHeader::Named::comment));
+    offerPopularity(firstText(header.texts("FMPS/Rating")),
+                    ratingOfPercent(firstText(header.texts("WM/SharedUserRating"))),
+                    firstText(header.texts("FMPS/Playcount")),
+                    values);
     if (!values.wantsPictures())
         return;
     for (const AsfValue& value : header.values("WM/Picture"))
@@ -213,6 +326,7 @@ void collect(const RIFF::Info::Tag& tag, TagValues& values)
     values.offer(Field::trackNumber, tag.fieldText("IPRT"));
     values.offer(Field::trackNumber, tag.fieldText("ITRK"));
     values.offer(Field::year, tag.fieldText("ICRD"));
+    values.offer(Field::comment, tag.fieldText("ICMT"));
 }
 
 void collect(const FLAC::Picture& picture, TagValues& values)

@@ -1,6 +1,10 @@
 #include "KVTagLib/Tags.h"
 
+#include "KVTagLib/Rating.h"
 #include "KVTagLib/pictures/PictureStore.h"
+#include "types/CharClass.h"
+
+#include <algorithm>
 
 namespace KVTagLib
 {
@@ -98,10 +102,27 @@ bool CTags::get(Field field, CString& text) const
     return true;
 }
 
+bool CTags::getNumber(Field field, int& number) const
+{
+    CString text;
+    if (!get(field, text) || text.IsEmpty())
+        return false;
+    number = qo::textToInt(text.view());
+    return true;
+}
+
+void CTags::SetRating(int halfStars)
+{
+    CString text;
+    if (halfStars > 0)
+        text.Format(u"%d", std::min(halfStars, mostHalfStars));
+    set(Field::rating, text);
+}
+
 void CTags::set(Field field, const CString& text)
 {
     const int item = static_cast<int>(field);
     m_items[item] = text;
-    m_present = static_cast<std::uint8_t>(m_present | (1U << item));
+    m_present = static_cast<std::uint16_t>(m_present | (1U << item));
 }
 } // namespace KVTagLib

@@ -46,10 +46,21 @@ public:
     /// The year part of the date as the file has it: the part left of the first '-'.
     bool GetYear(CString& year) const { return get(Field::year, year); }
     bool GetLyrics(CString& lyrics) const { return get(Field::lyrics, lyrics); }
+    bool GetAlbumArtist(CString& artist) const { return get(Field::albumArtist, artist); }
+    /// "1", or "1/2" when the file names a total.
+    bool GetDisc(CString& disc) const { return get(Field::disc, disc); }
+    bool GetComment(CString& comment) const { return get(Field::comment, comment); }
+    /// In half stars, from 1 to 10.
+    bool GetRating(int& halfStars) const { return getNumber(Field::rating, halfStars); }
+    bool GetPlayCount(int& count) const { return getNumber(Field::playCount, count); }
     const CStringArray& GetArtists() const { return m_artists; }
     /// All values of a field as a reader found them, in the order of the file, the one that the
     /// getters above give first; empty for an absent field. Writers take artists alone from it.
     CStringArray GetValues(Field field) const;
+    /// The text of any field but the artist, as it is kept.
+    bool GetText(Field field, CString& text) const { return get(field, text); }
+    /// For a reader, which sets whatever it finds.
+    void SetFound(Field field, const CString& value) { set(field, value); }
     /// Appends a value to those of a field that is set.
     void AddFurther(Field field, const CString& value);
 
@@ -61,6 +72,9 @@ public:
     void SetTrackNumber(const CString& number) { set(Field::trackNumber, number); }
     void SetYear(const CString& year) { set(Field::year, year); }
     void SetLyrics(const CString& lyrics) { set(Field::lyrics, lyrics); }
+
+    /// Half stars from 1 to 10; 0 removes the rating.
+    void SetRating(int halfStars);
 
     /// Attaches the picture that the file holds: JPEG, PNG, GIF, BMP or WebP of at most 32 MiB.
     /// False, and nothing attached, if the file is absent, unreadable or no such picture; an empty
@@ -89,10 +103,11 @@ public:
 
 private:
     bool get(Field field, CString& text) const;
+    bool getNumber(Field field, int& number) const;
     void set(Field field, const CString& text);
 
     CString m_items[fieldCount]; ///< all but the artist
-    std::uint8_t m_present = 0;  ///< one bit for each item
+    std::uint16_t m_present = 0; ///< one bit for each item
     CStringArray m_artists;
     CStringArray m_further[fieldCount]; ///< values after the first; none of the artist
     CArray<CPictureTag> m_pictures;

@@ -1,5 +1,6 @@
 #include "KVTagLib/ape/ApeTag.h"
 
+#include "KVTagLib/Rating.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/id3/Id3v1Tag.h"
 #include "KVTagLib/pictures/PictureStore.h"
@@ -96,6 +97,10 @@ constexpr ApeKeys allKeys[] = {
     {Field::trackNumber, {"Track"}},
     {Field::year, {"Year", "Date"}},
     {Field::lyrics, {"Lyrics", "UnsyncedLyrics", "Unsynced Lyrics"}},
+    {Field::albumArtist, {"Album Artist", "AlbumArtist"}},
+    {Field::disc, {"Disc", "DiscNumber"}},
+    {Field::comment, {"Comment"}},
+    {Field::rating, {"FMPS_RATING", "RATING"}},
 };
 } // namespace
 
@@ -277,6 +282,15 @@ void ApeTag::setTrack(const TagChanges& changes, const ApeKeys& keys)
     set(*keys.keys.begin(), number.isEmpty() ? StringList() : number);
 }
 
+/// The second key has a scale of its own.
+void ApeTag::setRating(const TagChanges& changes)
+{
+    const int rating = changes.rating();
+    set("FMPS_RATING", rating > 0 ? StringList(fractionOfRating(rating)) : StringList());
+    if (const StringList old = textsOf("RATING"); !old.isEmpty())
+        set("RATING", rating > 0 ? StringList(numberOfRating(rating, old.front())) : StringList());
+}
+
 const ApeTag::Item* ApeTag::frontCover() const
 {
     const auto front = std::ranges::find_if(m_items, &Item::isFrontCover);
@@ -302,6 +316,8 @@ void ApeTag::apply(const TagChanges& changes)
             continue;
         if (keys.field == Field::trackNumber)
             setTrack(changes, keys);
+        else if (keys.field == Field::rating)
+            setRating(changes);
         else
             set(changes, keys);
     }

@@ -57,6 +57,8 @@ public:
 
     /// The texts of a field. Where several keys are in use for it, the first that is there counts.
     TagLib::StringList texts(Field field) const;
+    /// The texts of all items with that key; case does not count.
+    TagLib::StringList textsOf(const char* key) const;
     /// The total of the track number, if it stands in an item of its own.
     TagLib::String trackTotal() const;
     struct Picture
@@ -102,13 +104,12 @@ private:
         return file.readBlock(static_cast<unsigned long>(size));
     }
     bool loadItems(const TagLib::ByteVector& bytes, std::uint32_t count);
-    /// The texts of all items with that key; case does not count.
-    TagLib::StringList textsOf(const char* key) const;
     /// Changes the texts of each of the keys that are there, or adds an item of the first.
     void set(const TagChanges& changes, const ApeKeys& keys);
     /// Sets the texts of a key, in its first item; the others of the key go.
     void set(const char* key, const TagLib::StringList& texts);
     void setTrack(const TagChanges& changes, const ApeKeys& keys);
+    void setRating(const TagChanges& changes);
     void setPicture(const TagLib::ByteVector& content);
     /// The first front cover; null without any.
     const Item* frontCover() const;

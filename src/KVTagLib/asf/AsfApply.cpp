@@ -1,3 +1,4 @@
+#include "KVTagLib/Rating.h"
 #include "KVTagLib/TagChanges.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/asf/AsfHeader.h"
@@ -117,6 +118,17 @@ void apply(const TagChanges& changes, AsfHeader& header)
         const String total = changes.trackTotal();
         if (apart && (!total.isEmpty() || changes.removesTrackTotal()))
             setAsf(header, "TotalTracks", total.isEmpty() ? StringList() : total);
+    }
+    if (changes.has(Field::rating))
+    {
+        const int rating = changes.rating();
+        setAsf(header,
+               "FMPS/Rating",
+               rating > 0 ? StringList(fractionOfRating(rating)) : StringList());
+        if (!header.texts("WM/SharedUserRating").isEmpty())
+            setAsf(header,
+                   "WM/SharedUserRating",
+                   rating > 0 ? StringList(percentOfRating(rating)) : StringList());
     }
     if (changes.picture() || changes.removesPictures())
         setAsfPictures(changes, header);

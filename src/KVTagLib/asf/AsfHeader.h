@@ -44,8 +44,9 @@ public:
     /// The texts of the plain content description that this class reads and writes.
     enum class Named : std::uint8_t
     {
-        title,
-        artist
+        title = 0,
+        artist = 1,
+        comment = 3
     };
 
     /// False if the header cannot be taken apart completely; it can then not be saved. What stands

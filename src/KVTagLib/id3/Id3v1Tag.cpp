@@ -131,6 +131,6 @@ bool fitsId3v1(const TagChanges& changes, IOStream& file)
     const bool artistsFit =
         !changes.has(Field::artist) || changes.changed(Field::artist, {}).size() < 2;
     return genreFits && trackFits && yearFits && artistsFit && !changes.has(Field::lyrics) &&
-           !changes.picture();
+           !changes.has(Field::rating) && !changes.picture();
 }
 } // namespace KVTagLib

@@ -1,5 +1,6 @@
 #include "KVTagLib/id3/Id3v2Editor.h"
 
+#include "KVTagLib/Rating.h"
 #include "KVTagLib/TagRefusal.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/id3/ReadableFrames.h"
@@ -10,6 +11,7 @@
 #include <taglib/id3v2framefactory.h>
 #include <taglib/id3v2header.h>
 #include <taglib/id3v2synchdata.h>
+#include <taglib/popularimeterframe.h>
 #include <taglib/textidentificationframe.h>
 #include <taglib/unsynchronizedlyricsframe.h>
 
@@ -220,8 +222,11 @@ const char* Id3v2Editor::idOf(Field field) const
         return old ? "TYE" : m_version == 3 ? "TYER" : "TDRC";
     case Field::lyrics:
         return old ? "ULT" : "USLT";
+    case Field::rating:
+        return old ? "POP" : "POPM";
+    default:
+        return "";
     }
-    return "";
 }
 
 void Id3v2Editor::apply(const TagChanges& changes)
@@ -245,6 +250,8 @@ void Id3v2Editor::apply(const TagChanges& changes)
         setYear(tagTextOf(*changes.text(Field::year)));
     if (changes.has(Field::lyrics))
         setLyrics(changes);
+    if (changes.has(Field::rating))
+        setRating(changes.rating());
     if (changes.picture())
         setPicture(*changes.picture());
     if (changes.removesPictures())
@@ -376,6 +383,57 @@ void Id3v2Editor::setLyrics(const TagChanges& changes)
     frame.body.append(ByteVector(encoding == utf16 ? 2 : 1, 0));
     frame.body.append(text.data(type));
     m_frames.insert(place, frame);
+}
+
+std::unique_ptr<ID3v2::PopularimeterFrame> Id3v2Editor::popularity(const Frame& frame) const
+{
+    return frame.id == idOf(Field::rating)
+               ? viewOf<ID3v2::PopularimeterFrame>(m_version, renderReadable(frame))
+               : nullptr;
+}
+
+/// Each program has a frame with its own rating and count of plays, of which readers show the first
+/// that rates. That one is changed, or any if none rates; without a rating all counts stay.
+void Id3v2Editor::setRating(int halfStars)
+{
+    const ByteVector id = idOf(Field::rating);
+    const ByteVector ownId = m_version == 2 ? "TXX" : "TXXX";
+    std::erase_if(m_frames,
+                  [&](const Frame& frame)
+                  {
+                      const auto own = frame.id == ownId
+                                           ? viewOf<ID3v2::UserTextIdentificationFrame>(
+                                                 m_version, renderReadable(frame))
+                                           : nullptr;
+                      return own && own->description().upper() == "FMPS_RATING";
+                  });
+    std::vector<Frame*> frames;
+    std::vector<Frame*> rated;
+    for (Frame& frame : m_frames)
+    {
+        if (const auto view = popularity(frame))
+        {
+            frames.push_back(&frame);
+            if (view->rating() > 0)
+                rated.push_back(&frame);
+        }
+    }
+    if (halfStars > 0 && frames.empty())
+    {
+        m_frames.insert(m_frames.begin(), {id, ByteVector(2, 0), ByteVector(6, 0)});
+        rated = {&m_frames.front()};
+    }
+    else if (halfStars > 0)
+        rated = {rated.empty() ? frames.front() : rated.front()};
+    for (Frame* const frame : rated)
+    {
+        const auto view = popularity(*frame);
+        ByteVector body = view->email().data(String::Latin1);
+        body.append(ByteVector(1, 0));
+        body.append(ByteVector(1, static_cast<char>(byteOfRating(halfStars))));
+        body.append(ByteVector::fromUInt(view->counter()));
+        *frame = {id, ByteVector(2, 0), body};
+    }
 }
 
 bool Id3v2Editor::isPicture(const Frame& frame) const

@@ -6,7 +6,13 @@
 #include <taglib/tiostream.h>
 #include <taglib/tstringlist.h>
 
+#include <memory>
 #include <vector>
+
+namespace TagLib::ID3v2
+{
+class PopularimeterFrame;
+}
 
 namespace KVTagLib
 {
@@ -80,6 +86,9 @@ private:
     void setTexts(const TagLib::ByteVector& id, const TagLib::StringList& texts);
     void setYear(const TagLib::String& date);
     void setLyrics(const TagChanges& changes);
+    /// Null for another frame, or one that cannot be read.
+    std::unique_ptr<TagLib::ID3v2::PopularimeterFrame> popularity(const Frame& frame) const;
+    void setRating(int halfStars);
     bool isPicture(const Frame& frame) const;
     /// See pictureType; none for a frame that is no picture or cannot be read.
     int pictureTypeOf(const Frame& frame) const;

@@ -1,5 +1,6 @@
 #include "KVTagLib/mp4/Mp4Editor.h"
 
+#include "KVTagLib/Rating.h"
 #include "KVTagLib/TagRefusal.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/mp4/Mp4Atoms.h"
@@ -20,6 +21,21 @@ namespace
 {
 constexpr unsigned dataHeader = 16; ///< atom header, type and locale
 constexpr unsigned textType = 1;
+/// Items that have no name of four letters, but one in writing beside what it means.
+constexpr auto ownKind = "----";
+constexpr auto ownMeaning = "com.apple.iTunes";
+
+String ownName(const Mp4Item& item)
+{
+    constexpr unsigned flagBytes = 4;
+    std::optional<Mp4Row> row =
+        item.name == ownKind ? Mp4Row::of(item.content) : std::optional<Mp4Row>();
+    Mp4Item* const meaning = row ? row->find("mean") : nullptr;
+    Mp4Item* const name = row ? row->find("name") : nullptr;
+    return meaning && name && meaning->content.mid(flagBytes) == ownMeaning
+               ? String(name->content.mid(flagBytes), String::UTF8)
+               : String();
+}
 
 /// The atom of one value: type, locale and the value.
 ByteVector dataAtom(unsigned type, const ByteVector& value)
@@ -89,6 +105,24 @@ public:
         m_row.items = std::move(items);
     }
 
+    /// Removes the items that have this name in writing, whatever its case.
+    void removeOwn(const String& name)
+    {
+        std::erase_if(m_row.items,
+                      [&name](const Mp4Item& item)
+                      { return ownName(item).upper() == name.upper(); });
+    }
+
+    /// Adds one.
+    void addOwn(const String& name, const String& value)
+    {
+        const ByteVector flags(4, 0);
+        ByteVector content = Mp4Item{"mean", flags + ByteVector(ownMeaning)}.render();
+        content.append(Mp4Item{"name", flags + name.data(String::UTF8)}.render());
+        content.append(dataAtom(textType, value.data(String::UTF8)));
+        m_row.items.push_back({ownKind, content});
+    }
+
 private:
     Mp4Row m_row;
 };
@@ -137,6 +171,18 @@ void applyTrack(const TagChanges& changes, ItemList& list)
     list.set("trkn", dataAtom(0, value));
 }
 
+/// The format has no rating; programs write it under names of their own. What another one wrote as
+/// a number goes, as its scale is not known here.
+void applyRating(const TagChanges& changes, ItemList& list)
+{
+    if (!changes.has(Field::rating))
+        return;
+    list.removeOwn("FMPS_Rating");
+    list.removeOwn("RATING");
+    if (changes.rating() > 0)
+        list.addOwn("FMPS_Rating", fractionOfRating(changes.rating()));
+}
+
 /// The number by which the format marks the kind of a picture.
 unsigned coverType(const ByteVector& picture)
 {
@@ -168,6 +214,7 @@ void editMp4(FileStream& file, const TagChanges& changes)
             throw TagRefusal(withCopyAdvice(u"the sizes in its list of tags are wrong"));
         applyTexts(changes, list);
         applyTrack(changes, list);
+        applyRating(changes, list);
         applyPictures(changes, list);
         return list.render();
     };

@@ -217,7 +217,8 @@ void editChunks(FileStream& stream, bool aiff, const TagChanges& changes)
         throw TagRefusal(withCopyAdvice(u"it is shorter than its header says"));
     const unsigned info = aiff ? notFound : file.find("LIST", "INFO");
     // INFO cannot hold these.
-    const bool beyondInfo = changes.picture() || changes.has(Field::lyrics);
+    const bool beyondInfo =
+        changes.picture() || changes.has(Field::lyrics) || changes.has(Field::rating);
     if (info != notFound)
     {
         InfoList list;

@@ -1,5 +1,6 @@
 #include "KVTagLib/xiph/XiphEditor.h"
 
+#include "KVTagLib/Rating.h"
 #include "KVTagLib/TagText.h"
 #include "KVTagLib/pictures/PictureStore.h"
 
@@ -211,6 +212,17 @@ void XiphEditor::setTrack(const TagChanges& changes)
         add(*totals.begin(), total.data(String::UTF8));
 }
 
+/// The second name has a scale of its own.
+void XiphEditor::setRating(const TagChanges& changes)
+{
+    const int rating = changes.rating();
+    const String fraction = rating > 0 ? fractionOfRating(rating) : String();
+    if (setExisting({"FMPS_RATING"}, fraction) && rating > 0)
+        add("FMPS_RATING", fraction.data(String::UTF8));
+    if (const StringList old = textsOf(entriesOf({"RATING"})); !old.isEmpty())
+        setExisting({"RATING"}, rating > 0 ? numberOfRating(rating, old.front()) : String());
+}
+
 void XiphEditor::apply(const TagChanges& changes)
 {
     constexpr Field fields[] = {Field::artist, Field::album, Field::title, Field::genre};
@@ -226,6 +238,8 @@ void XiphEditor::apply(const TagChanges& changes)
         set(changes, Field::lyrics, {"LYRICS", "UNSYNCEDLYRICS", "UNSYNCED LYRICS"});
     if (changes.has(Field::trackNumber))
         setTrack(changes);
+    if (changes.has(Field::rating))
+        setRating(changes);
     if (changes.removesPictures())
         removePictures(changes);
 }

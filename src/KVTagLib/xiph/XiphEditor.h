@@ -56,6 +56,7 @@ private:
     /// Sets one text under each of the names that are present; true if none is.
     bool setExisting(Names names, const TagLib::String& text);
     void setTrack(const TagChanges& changes);
+    void setRating(const TagChanges& changes);
     void removePictures(const TagChanges& changes);
 
     TagLib::ByteVector m_vendor;
