@@ -1,3 +1,4 @@
+#include "KVTagLib/Tags.h"
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
 #include "QoColl/Collection/FileFinder.h"
@@ -13,6 +14,7 @@
 #include "QoColl/Tags/MusicTagEx.h"
 #include "common/Log.h"
 #include "common/MakeObject.h"
+#include "common/Paths.h"
 #include "common/QoProgress.h"
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
@@ -352,12 +354,18 @@ bool CQoCollection::checkDiskFilePhysicalChanges(QoFileDbItemPtr& item,
     }
     if (readTag)
     {
+        KVTagLib::CTags tags(CQoPaths::getPictureTempDir());
         CMusicTagEx tag;
         CString cause;
-        if (tag.readTag(real, &cause))
+        const bool hasTags = CMusicTagEx::readTag(real, tags, &cause);
+        if (hasTags)
+        {
+            tag.setFileTags(tags);
             tag.getTag(item);
+        }
         else if (!cause.IsEmpty())
             m_scanHost->failed(IQoScanHost::ETrouble::readTag, item->path, cause);
+        m_scanHost->fileRead(*item, hasTags ? &tags : nullptr);
     }
     item->createTime = info.created;
     item->modifTime = info.modified;

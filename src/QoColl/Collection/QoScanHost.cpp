@@ -24,6 +24,8 @@ bool IQoScanHost::mustRead(const QoFileDbItem&, const qo::FileInfo&)
 
 void IQoScanHost::beforeNames(const QoFileDbItemArray&) {}
 
+void IQoScanHost::fileRead(const QoFileDbItem&, const KVTagLib::CTags*) {}
+
 void IQoScanHost::beforeSave() {}
 
 void IQoScanHost::failed(ETrouble, const CString&, const CString&) {}

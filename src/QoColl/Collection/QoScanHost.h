@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KVTagLib/Forward.h"
 #include "QoColl/Db/Forward.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "platform/FolderLister.h"
@@ -32,6 +33,9 @@ public:
     /// Whether a known file is read although its write time is not newer than the stored one, which
     /// is all that the collection itself goes by. This one says no.
     virtual bool mustRead(const QoFileDbItem& record, const qo::FileInfo& seen);
+    /// Called when a file was read, before its record is saved. tags is null for a file without
+    /// readable tags. The record has its lasting id and, if it is new, dbState::added.
+    virtual void fileRead(const QoFileDbItem& record, const KVTagLib::CTags* tags);
     /// Called before the trees are built and names are analysed, with all records.
     virtual void beforeNames(const QoFileDbItemArray& records);
     /// Called before a save begins. The analysis spreads values over folders without marking the

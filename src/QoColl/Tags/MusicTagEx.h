@@ -128,6 +128,8 @@ public:
     /// cause, which may be null, gets what was wrong with a file that has a format of ours.
     bool readTag(const char16_t* path, CString* cause = nullptr);
     static bool readTag(const char16_t* path, KVTagLib::CTags& tags, CString* cause = nullptr);
+    /// What the first of them makes of what the second found.
+    void setFileTags(const KVTagLib::CTags& tags);
     /// Writes all current values into the file, which is made writable for this. Lyrics that the
     /// record did not have stay as they are in the file. The tag is clean afterwards. After a
     /// failure, such as a picture that cannot be loaded, it is unchanged, and cause says why.

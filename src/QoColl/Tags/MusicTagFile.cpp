@@ -61,11 +61,18 @@ void tellWriteError(const char16_t* path, const CString& error, CString* cause)
 
 bool CMusicTagEx::readTag(const char16_t* path, CString* cause)
 {
-    constexpr auto original = CTagAttribValue::SV_Original;
     clear();
     CTags tags(CQoPaths::getPictureTempDir());
-    if (!readTag(path, tags, cause))
-        return false;
+    const bool isRead = readTag(path, tags, cause);
+    if (isRead)
+        setFileTags(tags);
+    return isRead;
+}
+
+void CMusicTagEx::setFileTags(const CTags& tags)
+{
+    constexpr auto original = CTagAttribValue::SV_Original;
+    clear();
 
     struct Item
     {
@@ -96,7 +103,6 @@ bool CMusicTagEx::readTag(const char16_t* path, CString* cause)
     const unsigned time = tags.GetTime(number) ? static_cast<unsigned>(number) : 0;
     const unsigned bitrate = tags.GetBitrate(number) ? static_cast<unsigned>(number) : 0;
     setNumbers(time, bitrate);
-    return true;
 }
 
 bool CMusicTagEx::readTag(const char16_t* path, CTags& tags, CString* cause)
