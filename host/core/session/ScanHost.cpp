@@ -3,6 +3,13 @@
 #include "core/base/DatabaseError.h"
 #include "core/base/HostFiles.h"
 #include "core/base/RecordedFile.h"
+#include "core/base/UserName.h"
+#include "core/session/Session.h"
+#include "core/store/HostStore.h"
+
+#include <QoKernel/Tags.h>
+
+#include <utility>
 
 namespace qo::host
 {
@@ -40,8 +47,49 @@ void ScanHost::beforeNames(const QoFileDbItemArray& records)
         m_names->beforeNames(records);
 }
 
+void ScanHost::fileRead(const QoFileDbItem& record, const KVTagLib::CTags* tags)
+{
+    const bool isNew = record.dbState == dbState::added;
+    if (!m_addedBy)
+        m_addedBy = userBeside(Session::folder());
+    if (isNew && !m_addedBy->IsEmpty())
+        m_added.push_back(record.velmoraId);
+    if (!tags)
+        return;
+    TagNotes notes;
+    notes.id = record.velmoraId;
+    tags->GetAlbumArtist(notes.albumArtist);
+    tags->GetDisc(notes.disc);
+    tags->GetComment(notes.comment);
+    tags->GetRating(notes.rating);
+    tags->GetPlayCount(notes.plays);
+    if (!isNew || !notes.isEmpty())
+        m_tagNotes.push_back(std::move(notes));
+}
+
+/// Before the records, so that a file whose record is saved never lacks its notes. Those of a
+/// record that then is not saved harm nobody.
+void ScanHost::storeNotes()
+{
+    const auto tagNotes = std::exchange(m_tagNotes, {});
+    const auto added = std::exchange(m_added, {});
+    try
+    {
+        HostStore store(Session::folder());
+        if (!tagNotes.empty())
+            store.setTagNotes(tagNotes);
+        if (!added.empty())
+            store.setAddedBy(added, *m_addedBy);
+    }
+    catch (const HostError& error)
+    {
+        m_notesFailure = error.what();
+    }
+}
+
 void ScanHost::beforeSave()
 {
+    storeNotes();
     if (m_names)
         m_names->beforeSave();
 }
@@ -71,6 +119,7 @@ void ScanHost::forget()
     m_unread.RemoveAll();
     m_twins.RemoveAll();
     m_ofOtherKind = 0;
+    m_notesFailure.clear();
 }
 
 void ScanHost::forgetFile(const CString& path)
@@ -99,6 +148,9 @@ std::vector<std::string> ScanHost::fileRemarks() const
                             (m_ofOtherKind == 1 ? " file was" : " files were") +
                             " read again, as the setting FileKinds makes something else of them "
                             "than at the last scan");
+    if (!m_notesFailure.empty())
+        sentences.push_back("album artists, ratings and comments could not be kept: " +
+                            m_notesFailure);
     std::erase_if(sentences, [](const std::string& sentence) { return sentence.empty(); });
     return sentences;
 }

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "core/store/StoreRows.h"
+
 #include <QoKernel/Collection.h>
 
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -38,6 +41,8 @@ public:
     /// Not owned; null for nobody.
     void setNames(INames* names) { m_names = names; }
     void beforeNames(const QoFileDbItemArray& records) override;
+    /// Keeps what the tag says beyond the record, and who took a new file in, until the save.
+    void fileRead(const QoFileDbItem& record, const KVTagLib::CTags* tags) override;
     void beforeSave() override;
 
     /// What follows is about the time since forget().
@@ -53,6 +58,7 @@ public:
 
 private:
     bool isOfOtherKind(const QoFileDbItem& record) const;
+    void storeNotes();
 
     bool m_readAll = false;
     INames* m_names = nullptr;
@@ -62,5 +68,9 @@ private:
     std::string m_lastFailure;
     CStringArray m_unread;
     CStringArray m_twins;
+    std::vector<TagNotes> m_tagNotes; ///< of files that were read since the last save
+    std::vector<CString> m_added;     ///< lasting ids of the new ones among them
+    std::optional<CString> m_addedBy; ///< "" for the owner of the data folder
+    std::string m_notesFailure;
 };
 } // namespace qo::host

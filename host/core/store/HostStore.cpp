@@ -440,6 +440,9 @@ bool HostStore::isSound() const
                 for (const char16_t* table :
                      {u"PLAYLIST_ENTRY_T", u"PLAYLIST_CHANGE_T", u"LIVING_LIST_T"})
                     (void)numberOf(db, u"SELECT count(*) FROM " + CString(table) + u" NOT INDEXED");
+            if (storeSchema::has(db, storeSchema::notes))
+                for (const char16_t* table : {u"TAG_NOTE_T", u"OWN_NOTE_T"})
+                    (void)numberOf(db, u"SELECT count(*) FROM " + CString(table) + u" NOT INDEXED");
         }
         return true;
     }

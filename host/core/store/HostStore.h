@@ -7,6 +7,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -66,6 +67,18 @@ public:
     std::unordered_set<CString> checkedFiles() const;
     void changeChecked(const std::vector<CString>& gone, const std::vector<CString>& added);
     void clearChecked();
+
+    // Notes of files, by their lasting ids. Those of files that are gone stay, as check marks do.
+
+    std::unordered_map<CString, FileNotes> fileNotes() const;
+    /// Replaces what was known of the tags of these files.
+    void setTagNotes(const std::vector<TagNotes>& notes);
+    void setAddedBy(const std::vector<CString>& ids, const CString& user);
+    /// Half stars; 0 says that the file has none, whatever its tag says, and FileNotes::ofTag that
+    /// this counts.
+    void setRating(const std::vector<CString>& ids, int halfStars);
+    /// Counts a play of each file, the last at that time (ticks) or later.
+    void addPlays(const std::vector<CString>& ids, int plays, std::int64_t when);
 
     // Playlists, by the ids that the kernel gives them. A change begins here, then the kernel's
     // list is changed, and then it ends here: what is cut short between can be seen and finished.

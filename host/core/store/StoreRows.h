@@ -55,6 +55,37 @@ struct LivingList
     CString query; ///< as it was typed
 };
 
+/// What the tag of a file says beyond the collection's record.
+struct TagNotes
+{
+    CString id; ///< lasting id
+    CString albumArtist;
+    CString disc; ///< "1" or "1/2"
+    CString comment;
+    int rating = 0; ///< half stars, 1 to 10; 0 for none
+    int plays = 0;
+
+    bool isEmpty() const
+    {
+        return albumArtist.IsEmpty() && disc.IsEmpty() && comment.IsEmpty() && rating == 0 &&
+               plays == 0;
+    }
+};
+
+/// What is known of a file beside its record: of its tag, and of what people did with it here.
+struct FileNotes
+{
+    static constexpr int ofTag = -1; ///< stored for a file that was not rated here
+
+    CString albumArtist;
+    CString disc;
+    CString comment;
+    int rating = 0;         ///< half stars; the one given here, or else the tag's
+    std::int64_t plays = 0; ///< those that the tag counts and those counted here
+    FILETIME lastPlayed = {};
+    CString addedBy; ///< the user whose command took it in; "" for the owner of the data folder
+};
+
 /// What a scan has read, but whose names it has not analysed, since it was cut short.
 struct ScanMark
 {

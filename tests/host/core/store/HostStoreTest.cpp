@@ -113,6 +113,7 @@ TEST(HostStore, KeepsTheRowsOfEachTable)
     EXPECT_FALSE(store.begunPlaylistChange(3));
     EXPECT_EQ(store.playlistEntries(3), (std::vector<StoredEntry>{found, text, found}));
     EXPECT_EQ(store.entriesWithoutFile(), (std::map<int, int>{{3, 1}}));
+    EXPECT_TRUE(store.fileNotes().empty());
     store.replaceLivingList(u"", {u"a", u"x"});
     store.replaceLivingList(u"a", {u"b", u"y"});
     ASSERT_EQ(store.livingLists().size(), 1U);
@@ -243,8 +244,11 @@ TEST(HostStore, OlderOneGetsItsMissingTablesWithTheNextChange)
     {
         CSQLiteDB db(dir.collPath("host.db"));
         db.Open();
-        for (const char16_t* const table :
-             {u"PLAYLIST_ENTRY_T", u"PLAYLIST_CHANGE_T", u"LIVING_LIST_T"})
+        for (const char16_t* const table : {u"PLAYLIST_ENTRY_T",
+                                            u"PLAYLIST_CHANGE_T",
+                                            u"LIVING_LIST_T",
+                                            u"TAG_NOTE_T",
+                                            u"OWN_NOTE_T"})
             db.Execute(u"DROP TABLE " + CString(table));
         db.Execute(u"PRAGMA user_version = 3");
     }
