@@ -14,6 +14,7 @@ namespace
 using host::FieldKind;
 using host::FieldSource;
 using host::FileField;
+using host::KnownNotes;
 
 Json valueJson(const FileField& field, const host::FieldValue& value)
 {
@@ -22,7 +23,17 @@ Json valueJson(const FileField& field, const host::FieldValue& value)
     if (const FILETIME* const time = std::get_if<FILETIME>(&value))
         return toTicks(*time) == 0 ? Json() : Json(isoTime(*time));
     const std::int64_t number = std::get<std::int64_t>(value);
+    if (field.kind == FieldKind::stars)
+        return number == 0       ? Json()
+               : number % 2 == 0 ? Json(number / 2)
+                                 : Json(static_cast<double>(number) / 2);
     return field.kind == FieldKind::yesNo ? Json(number != 0) : Json(number);
+}
+
+/// "3.5" of seven half stars; "" for none.
+std::string starsText(std::int64_t halfStars)
+{
+    return halfStars == 0 ? "" : std::to_string(halfStars / 2) + (halfStars % 2 == 0 ? "" : ".5");
 }
 
 /// As it stands between tabs; a path with the exact bytes of its names.
@@ -31,7 +42,7 @@ std::string valueCell(const FileField& field, const host::FieldValue& value)
     if (const FILETIME* const time = std::get_if<FILETIME>(&value))
         return isoTime(*time);
     if (const std::int64_t* const number = std::get_if<std::int64_t>(&value))
-        return std::to_string(*number);
+        return field.kind == FieldKind::stars ? starsText(*number) : std::to_string(*number);
     const CString& text = std::get<CString>(value);
     if (field.kind == FieldKind::path && !text.IsEmpty())
         return host::shownPath(text);
@@ -61,6 +72,8 @@ std::string numberText(FieldKind kind, std::int64_t number)
         return flagsText(static_cast<unsigned>(number));
     case FieldKind::yesNo:
         return number != 0 ? "yes" : "no";
+    case FieldKind::stars:
+        return starsText(number);
     default:
         return std::to_string(number);
     }
@@ -76,13 +89,19 @@ std::string valueText(const FileField& field, const host::FieldValue& value)
     return harmless(valueCell(field, value));
 }
 
-void putFields(Json& object, const QoFileDbItem& item, bool withTree)
+/// What costs no search.
+bool isListed(const FileField& field)
+{
+    return field.source == FieldSource::record || field.source == FieldSource::note;
+}
+
+void putFields(Json& object, const QoFileDbItem& item, KnownNotes& notes, bool withTree)
 {
     for (const FileField& field : host::fileFields())
     {
-        if (field.source == FieldSource::tag || (field.source == FieldSource::tree && !withTree))
+        if (!isListed(field) && !(field.source == FieldSource::tree && withTree))
             continue;
-        const host::FieldValue value = field.read(item);
+        const host::FieldValue value = field.read(item, notes);
         if (field.kind == FieldKind::path)
             putPath(object, field.name, std::get<CString>(value));
         else
@@ -105,16 +124,16 @@ void putPath(Json& object, const std::string& name, const CString& path)
     putPath(object, name, path.IsEmpty() ? std::string() : host::shownPath(path));
 }
 
-Json recordJson(const QoFileDbItem& item, bool withTree)
+Json recordJson(const QoFileDbItem& item, KnownNotes& notes, bool withTree)
 {
     Json object;
-    putFields(object, item, withTree);
+    putFields(object, item, notes, withTree);
     return object;
 }
 
-std::string fieldText(const FileField& field, const QoFileDbItem& item)
+std::string fieldText(const FileField& field, const QoFileDbItem& item, KnownNotes& notes)
 {
-    return shortText(field, field.read(item));
+    return shortText(field, field.read(item, notes));
 }
 
 std::string recordHeader()
@@ -122,37 +141,37 @@ std::string recordHeader()
     std::string header;
     for (const FileField& field : host::fileFields())
     {
-        if (field.source == FieldSource::record)
+        if (isListed(field))
             header += (header.empty() ? "" : "\t") + std::string(field.name);
     }
     return header;
 }
 
-std::string recordRow(const QoFileDbItem& item)
+std::string recordRow(const QoFileDbItem& item, KnownNotes& notes)
 {
     std::string row;
     bool isFirst = true;
     for (const FileField& field : host::fileFields())
     {
-        if (field.source != FieldSource::record)
+        if (!isListed(field))
             continue;
         row += isFirst ? "" : "\t";
         isFirst = false;
-        const std::string cell = valueCell(field, field.read(item));
+        const std::string cell = valueCell(field, field.read(item, notes));
         row += field.kind == FieldKind::path ? harmless(cell) : cell;
     }
     return row;
 }
 
-std::string recordText(const QoFileDbItem& item)
+std::string recordText(const QoFileDbItem& item, KnownNotes& notes)
 {
-    constexpr std::size_t headingWidth = 12;
+    constexpr std::size_t headingWidth = 14;
     std::string text;
     for (const FileField& field : host::fileFields())
     {
         if (field.source == FieldSource::tag || field.name == std::string_view("path"))
             continue;
-        const std::string value = valueText(field, field.read(item));
+        const std::string value = valueText(field, field.read(item, notes));
         text += padded(field.heading, headingWidth) + (value.empty() ? "-" : value) + "\n";
     }
     return text;

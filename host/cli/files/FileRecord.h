@@ -9,7 +9,8 @@
 namespace qo::host
 {
 struct FileField;
-}
+class KnownNotes;
+} // namespace qo::host
 
 namespace qo::cli
 {
@@ -25,16 +26,17 @@ void putPath(Json& object, const std::string& name, const CString& path);
 
 /// Times are UTC or null, the duration milliseconds, the bitrate kbit/s. The fields of the tree are
 /// searched for and left out unless asked for.
-Json recordJson(const QoFileDbItem& item, bool withTree = false);
+Json recordJson(const QoFileDbItem& item, host::KnownNotes& notes, bool withTree = false);
 /// One field on one line: lengths as "3:51", all other numbers and times as in JSON.
-std::string fieldText(const host::FileField& field, const QoFileDbItem& item);
+std::string
+fieldText(const host::FileField& field, const QoFileDbItem& item, host::KnownNotes& notes);
 /// The names of recordRow's columns.
 std::string recordHeader();
 /// The values of recordJson() without the tree, with tabs between them; paths without
 /// control characters.
-std::string recordRow(const QoFileDbItem& item);
+std::string recordRow(const QoFileDbItem& item, host::KnownNotes& notes);
 /// Each field but the path on a line of its own, for people.
-std::string recordText(const QoFileDbItem& item);
+std::string recordText(const QoFileDbItem& item, host::KnownNotes& notes);
 
 /// "artist - title", or the one that there is; on one line.
 std::string artistAndTitle(const CString& artist, const CString& title);

@@ -4,6 +4,7 @@
 #include "cli/files/FileRecord.h"
 #include "cli/files/TagFields.h"
 #include "core/base/HostFiles.h"
+#include "core/collection/KnownNotes.h"
 
 namespace qo::cli
 {
@@ -31,14 +32,14 @@ bool readOwnTag(const CString& path, CMusicTagEx& tag, std::string& cause)
     return isRead;
 }
 
-void printInfo(CommandLine& line, const QoFileDbItem& item)
+void printInfo(CommandLine& line, const QoFileDbItem& item, host::KnownNotes& notes)
 {
     CMusicTagEx tag;
     std::string cause;
     const bool hasTag = readOwnTag(item.path, tag, cause);
     if (line.json)
     {
-        Json object = recordJson(item, true);
+        Json object = recordJson(item, notes, true);
         object["tag"] = hasTag ? tagJson(tag, allValues(item.path)) : Json();
         if (!hasTag)
             object["tagError"] = cause;
@@ -46,13 +47,14 @@ void printInfo(CommandLine& line, const QoFileDbItem& item)
     }
     line.out.line(harmless(host::shownPath(item.path)));
     line.out.line("\n" + Output::styled(Style::heading, "in the collection"));
-    line.out.write(recordText(item));
+    line.out.write(recordText(item, notes));
     line.out.line("\n" + Output::styled(Style::heading, "in the file"));
     line.out.write(hasTag ? tagTable(tag, allValues(item.path)) : cause + "\n");
 }
 
 void printInfos(CommandLine& line, const FileChoice& choice)
 {
+    host::KnownNotes notes;
     bool isFirst = true;
     for (const QoFileDbItemPtr& item :
          chosenSingleFiles(choice, "\"qo ls\" and \"qo tree\" show what is in it"))
@@ -62,7 +64,7 @@ void printInfos(CommandLine& line, const FileChoice& choice)
         if (!isFirst && !line.json)
             line.out.line("");
         isFirst = false;
-        printInfo(line, *item);
+        printInfo(line, *item, notes);
     }
 }
 } // namespace

@@ -83,7 +83,7 @@ void LineFormat::addField(const std::string& typed, Part& part)
     m_parts.push_back(std::move(part));
 }
 
-std::string LineFormat::lineOf(const QoFileDbItem& item) const
+std::string LineFormat::lineOf(const QoFileDbItem& item, host::KnownNotes& notes) const
 {
     std::string line;
     for (const Part& part : m_parts)
@@ -91,7 +91,7 @@ std::string LineFormat::lineOf(const QoFileDbItem& item) const
         line += part.text;
         if (!part.field)
             continue;
-        const std::string value = fieldText(*part.field, item);
+        const std::string value = fieldText(*part.field, item, notes);
         const std::size_t width = textWidth(value);
         if (part.width == 0)
             line += value;

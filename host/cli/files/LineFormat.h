@@ -8,7 +8,8 @@
 namespace qo::host
 {
 struct FileField;
-}
+class KnownNotes;
+} // namespace qo::host
 
 namespace qo::cli
 {
@@ -22,7 +23,7 @@ public:
     explicit LineFormat(const std::string& typed);
 
     /// On the kernel's thread.
-    std::string lineOf(const QoFileDbItem& item) const;
+    std::string lineOf(const QoFileDbItem& item, host::KnownNotes& notes) const;
 
 private:
     struct Part

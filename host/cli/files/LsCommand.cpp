@@ -6,6 +6,7 @@
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
+#include "core/collection/KnownNotes.h"
 
 namespace qo::cli
 {
@@ -45,14 +46,14 @@ public:
     void print(const QoFileDbItem& item)
     {
         if (m_line.json)
-            return m_line.out.line(dump(recordJson(item)));
+            return m_line.out.line(dump(recordJson(item, m_notes)));
         if (m_options.isLong)
-            return m_line.out.line(recordRow(item));
+            return m_line.out.line(recordRow(item, m_notes));
         if (!m_format && !m_options.withNul && m_line.out.isTerminal())
             return m_table.addCells({item.duration > 0 ? durationText(item.duration) : "",
                                      artistAndTitle(item.artist, item.title),
                                      plainPath(m_options, item)});
-        std::string text = m_format ? m_format->lineOf(item) : plainPath(m_options, item);
+        std::string text = m_format ? m_format->lineOf(item, m_notes) : plainPath(m_options, item);
         if (!m_options.withNul)
             return m_line.out.line(text);
         text += '\0';
@@ -63,6 +64,7 @@ private:
     CommandLine& m_line;
     const ListOptions& m_options;
     Listing m_table;
+    host::KnownNotes m_notes;
     std::optional<LineFormat> m_format;
 };
 

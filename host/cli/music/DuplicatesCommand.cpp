@@ -1,12 +1,11 @@
 #include "cli/CommandLine.h"
-#include "cli/Interrupt.h"
 #include "cli/KernelCommand.h"
 #include "cli/files/FileChoice.h"
 #include "cli/files/FileRecord.h"
 #include "cli/music/MusicSum.h"
-#include "cli/shown/ProgressDisplay.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
+#include "core/collection/KnownNotes.h"
 #include "core/moved/HeadStore.h"
 #include "core/moved/MovedFiles.h"
 
@@ -136,7 +135,7 @@ void keepChosen(std::vector<EqualFiles>& groups, const FileChoice& choice)
                   });
 }
 
-void print(CommandLine& line, const EqualFiles& group)
+void print(CommandLine& line, const EqualFiles& group, host::KnownNotes& notes)
 {
     if (line.json)
     {
@@ -145,7 +144,7 @@ void print(CommandLine& line, const EqualFiles& group)
         object["name"] = group.name;
         object["files"] = Json::array();
         for (const QoFileDbItemPtr& item : group.files)
-            object["files"].push_back(recordJson(*item));
+            object["files"].push_back(recordJson(*item, notes));
         return line.out.line(dump(object));
     }
     const std::string kind = group.kind == trackKind ? "same track: " : "same size and beginning: ";
@@ -178,11 +177,12 @@ ExitCode listDuplicates(CommandLine& line, const DuplicatesOptions& options)
             }
             if (options.choice.isSet())
                 keepChosen(groups, options.choice);
+            host::KnownNotes notes;
             for (const EqualFiles& group : groups)
             {
                 if (line.out.isClosed())
                     return;
-                print(line, group);
+                print(line, group, notes);
             }
             if (groups.empty())
                 line.note("nothing is there twice");

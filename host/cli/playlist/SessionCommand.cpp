@@ -1,6 +1,7 @@
 #include "cli/playlist/PlaylistCommand.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
+#include "core/collection/KnownNotes.h"
 
 namespace qo::cli
 {
@@ -75,13 +76,14 @@ ExitCode showSession(CommandLine& line, const SessionOptions& options)
             if (!hasDatabase || !CMpSessionUtils::getSession(options.session, session))
                 throw HostError(ExitCode::notFound,
                                 "there is no session " + std::to_string(options.session));
+            host::KnownNotes notes;
             QoFileDbItemArray files;
             CMpPlaylistUtils::GetSessionFiles(options.session, files);
             if (options.isLong && !line.json)
                 line.out.line(recordHeader());
             for (const QoFileDbItemPtr& item : files)
-                line.out.line(line.json        ? dump(recordJson(*item))
-                              : options.isLong ? recordRow(*item)
+                line.out.line(line.json        ? dump(recordJson(*item, notes))
+                              : options.isLong ? recordRow(*item, notes)
                                                : harmless(host::shownPath(item->path)));
         });
 }

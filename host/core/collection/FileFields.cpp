@@ -1,5 +1,7 @@
 #include "core/collection/FileFields.h"
 
+#include "core/collection/KnownNotes.h"
+
 #include <QoKernel/Physical.h>
 
 #include <algorithm>
@@ -9,15 +11,27 @@ namespace qo::host
 {
 namespace
 {
-/// The value of a member of the record.
+/// The value of a member.
 template <auto member>
-FieldValue stored(const QoFileDbItem& item)
+FieldValue valueOf(const auto& row)
 {
-    using Member = std::remove_cvref_t<decltype(item.*member)>;
+    using Member = std::remove_cvref_t<decltype(row.*member)>;
     if constexpr (std::is_same_v<Member, CString> || std::is_same_v<Member, FILETIME>)
-        return item.*member;
+        return row.*member;
     else
-        return static_cast<std::int64_t>(item.*member);
+        return static_cast<std::int64_t>(row.*member);
+}
+
+template <auto member>
+FieldValue stored(const QoFileDbItem& item, KnownNotes&)
+{
+    return valueOf<member>(item);
+}
+
+template <auto member>
+FieldValue noted(const QoFileDbItem& item, KnownNotes& notes)
+{
+    return valueOf<member>(notes.of(item));
 }
 
 boost::shared_ptr<CHDFile> fileOf(const QoFileDbItem& item)
@@ -25,7 +39,7 @@ boost::shared_ptr<CHDFile> fileOf(const QoFileDbItem& item)
     return CQoCollection::m_ownCollection.getFileByPath(item.path);
 }
 
-FieldValue typeInTree(const QoFileDbItem& item)
+FieldValue typeInTree(const QoFileDbItem& item, KnownNotes&)
 {
     const auto file = fileOf(item);
     if (!file)
@@ -43,13 +57,13 @@ FieldValue typeInTree(const QoFileDbItem& item)
     }
 }
 
-FieldValue folderInTree(const QoFileDbItem& item)
+FieldValue folderInTree(const QoFileDbItem& item, KnownNotes&)
 {
     const auto file = fileOf(item);
     return file && file->getParentDir() ? file->getParentDir()->getPath().toString() : CString();
 }
 
-FieldValue rootInTree(const QoFileDbItem& item)
+FieldValue rootInTree(const QoFileDbItem& item, KnownNotes&)
 {
     const auto file = fileOf(item);
     const auto root = file ? CQoUtils::getRootDir(file) : nullptr;
@@ -66,6 +80,7 @@ const FileField* fieldIn(const std::vector<FileField>& fields, std::string_view 
 const std::vector<FileField>& fileFields()
 {
     using Item = QoFileDbItem;
+    using Notes = FileNotes;
     using enum FieldKind;
     using enum FieldSource;
     using enum CTagAttrib::EAttribType;
@@ -92,6 +107,13 @@ const std::vector<FileField>& fileFields()
         {"imported",  "imported",   yesNo,    record, stored<&Item::imported>},
         {"reviewed",  "reviewed",   yesNo,    record, stored<&Item::reviewed>},
         {"picture",   "picture",    path,     record, stored<&Item::picturePath>,  AT_Picture},
+        {"albumArtist", "album artist", text, note, noted<&Notes::albumArtist>},
+        {"disc",      "disc",       text,     note,   noted<&Notes::disc>},
+        {"comment",   "comment",    text,     note,   noted<&Notes::comment>},
+        {"rating",    "rating",     stars,    note,   noted<&Notes::rating>},
+        {"plays",     "plays",      number,   note,   noted<&Notes::plays>},
+        {"lastPlayed", "last played", time,   note,   noted<&Notes::lastPlayed>},
+        {"addedBy",   "added by",   text,     note,   noted<&Notes::addedBy>},
         {"folder",    "folder",     path,     tree,   folderInTree},
         {"root",      "root",       path,     tree,   rootInTree}};
     // clang-format on

@@ -12,6 +12,8 @@
 
 namespace qo::host
 {
+class KnownNotes;
+
 /// What the value of a field is, which decides how it is shown.
 enum class FieldKind
 {
@@ -23,6 +25,7 @@ enum class FieldKind
     size,     ///< bytes
     flags,    ///< the bits of fileFlag
     yesNo,    ///< 0 or 1
+    stars,    ///< half stars, 1 to 10; 0 for none
     time      ///< FILETIME
 };
 
@@ -33,6 +36,7 @@ enum class FieldSource
 {
     tag,    ///< from nowhere else
     record, ///< the record of the collection
+    note,   ///< what the host's store has beside the record
     tree    ///< the record's place in the loaded collection, which costs a search: not for lists
 };
 
@@ -44,7 +48,7 @@ struct FileField
     FieldKind kind;
     FieldSource source;
     /// The value; null for FieldSource::tag. On the kernel's thread.
-    FieldValue (*read)(const QoFileDbItem& item);
+    FieldValue (*read)(const QoFileDbItem& item, KnownNotes& notes);
     /// The attribute of a tag that holds it. A field with one can be edited and written: texts as
     /// they are, a path as the picture that lies there.
     std::optional<CTagAttrib::EAttribType> attribute = std::nullopt;

@@ -52,6 +52,13 @@ int costOf(QueryField field)
     case QueryField::unplaced:
     case QueryField::edited:
     case QueryField::marked:
+    case QueryField::albumArtist:
+    case QueryField::disc:
+    case QueryField::comment:
+    case QueryField::addedBy:
+    case QueryField::rating:
+    case QueryField::plays:
+    case QueryField::played:
         return ofTree;
     default:
         return infoOf(field).kind == QueryKind::text ? ofText : ofNumbers;
@@ -165,7 +172,7 @@ public:
         const auto number = record.number(m_field);
         return number && m_range.holds(*number);
     }
-    int cost() const override { return ofNumbers; }
+    int cost() const override { return costOf(m_field); }
 
 private:
     QueryField m_field;
@@ -178,7 +185,7 @@ class UnknownCondition final : public QueryCondition
 public:
     explicit UnknownCondition(QueryField field) : m_field(field) {}
     bool fits(QueryRecord& record) override { return !record.number(m_field); }
-    int cost() const override { return ofNumbers; }
+    int cost() const override { return costOf(m_field); }
 
 private:
     QueryField m_field;
@@ -221,7 +228,8 @@ void checkKind(const QueryWord& word)
 /// Whether the value of a number may be a text, as "A3" of a record's side.
 bool isPlainText(const QueryWord& word)
 {
-    return *word.field == QueryField::track && word.value.find_first_of("0123456789.") != 0;
+    return (*word.field == QueryField::track || *word.field == QueryField::disc) &&
+           word.value.find_first_of("0123456789.") != 0;
 }
 
 std::unique_ptr<QueryCondition> plainCondition(const QueryWord& word, QueryFacts& facts)

@@ -10,11 +10,15 @@ namespace qo::host
 enum class QueryField
 {
     artist,
+    albumArtist,
     album,
     title,
     genre,
     track,
+    disc,
     year,
+    comment,
+    addedBy,
     path,
     name,
     kind,
@@ -24,6 +28,9 @@ enum class QueryField
     size,
     added,
     changed,
+    rating,
+    plays,
+    played,
     marked,
     edited,
     untagged,
@@ -40,6 +47,7 @@ enum class QueryKind
     length, ///< of time
     amount, ///< a plain number
     size,   ///< bytes
+    stars,  ///< with halves
     time,
     flag ///< the file has it or not
 };

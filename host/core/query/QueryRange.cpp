@@ -84,6 +84,19 @@ Numbers sizeOf(std::string_view text)
     return QueryRange{bytes, bytes + unit - 1};
 }
 
+/// "4" or "3.5" stars, as half stars.
+Numbers starsOf(std::string_view text)
+{
+    const bool hasHalf = text.ends_with(".5");
+    if (hasHalf)
+        text.remove_suffix(2);
+    const auto number = wholeNumber(text);
+    if (!number || *number > 5)
+        return {};
+    const std::int64_t halfStars = *number * 2 + (hasHalf ? 1 : 0);
+    return QueryRange{halfStars, halfStars};
+}
+
 std::int64_t ticksOf(std::tm time)
 {
     time.tm_isdst = -1;
@@ -202,6 +215,8 @@ Numbers valueOf(QueryKind kind, std::string_view text, std::int64_t now)
         return sizeOf(text);
     case QueryKind::time:
         return timeOf(text, now);
+    case QueryKind::stars:
+        return starsOf(text);
     default:
         return plainNumber(text);
     }
@@ -215,6 +230,8 @@ const char* waysToWrite(QueryKind kind)
         return "3:51, 3:00.., ..1:00:00 or 3:00..4:30";
     case QueryKind::size:
         return "10M.., ..500K or 1M..2M";
+    case QueryKind::stars:
+        return "4, 3.5.., ..2 or 3..4.5";
     case QueryKind::time:
         return "2024, 2024-05, 2024-05-31, 2023..2024 or -7d.. (h, d, w, m, y)";
     default:

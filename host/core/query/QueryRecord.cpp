@@ -60,6 +60,23 @@ const CString* QueryRecord::tagText(QueryField field) const
     case QueryField::year:
         return &m_item->year;
     default:
+        return noteText(field);
+    }
+}
+
+const CString* QueryRecord::noteText(QueryField field) const
+{
+    switch (field)
+    {
+    case QueryField::albumArtist:
+        return &m_facts.notesOf(*m_item).albumArtist;
+    case QueryField::disc:
+        return &m_facts.notesOf(*m_item).disc;
+    case QueryField::comment:
+        return &m_facts.notesOf(*m_item).comment;
+    case QueryField::addedBy:
+        return &m_facts.notesOf(*m_item).addedBy;
+    default:
         return nullptr;
     }
 }
@@ -113,7 +130,7 @@ std::u16string_view QueryRecord::text(QueryField field)
     case QueryField::kind:
     {
         static const FileField& type = *findFileField("type");
-        m_computed = std::get<CString>(type.read(*m_item)).view();
+        m_computed = std::get<CString>(type.read(*m_item, m_facts.notes())).view();
         return m_computed;
     }
     case QueryField::format:
@@ -161,6 +178,14 @@ std::optional<std::int64_t> QueryRecord::number(QueryField field) const
         return unlessZero(textToInt(m_item->trackNumber.view()));
     case QueryField::year:
         return unlessZero(textToInt(m_item->year.view()));
+    case QueryField::disc:
+        return unlessZero(textToInt(noteText(field)->view()));
+    case QueryField::rating:
+        return unlessZero(m_facts.notesOf(*m_item).rating);
+    case QueryField::plays:
+        return m_facts.notesOf(*m_item).plays;
+    case QueryField::played:
+        return unlessZero(toTicks(m_facts.notesOf(*m_item).lastPlayed));
     case QueryField::length:
         return unlessZero(m_item->duration);
     case QueryField::bitrate:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/collection/KnownNotes.h"
 #include "core/query/QueryField.h"
 
 #include <QoKernel/Collection.h>
@@ -28,11 +29,14 @@ public:
     std::int64_t now() const { return m_now; } ///< ticks
     bool isMarked(const QoFileDbItem& item);
     bool isEdited(const QoFileDbItem& item);
+    KnownNotes& notes() { return m_notes; }
+    const FileNotes& notesOf(const QoFileDbItem& item) { return m_notes.of(item); }
 
 private:
     std::int64_t m_now;
     std::optional<std::unordered_set<CString>> m_marked;
     std::unique_ptr<PendingTags> m_pending;
+    KnownNotes m_notes;
 };
 
 /// Whether it is music without an artist or a title. Many tracks have no album.
@@ -69,6 +73,7 @@ private:
     };
 
     const CString* tagText(QueryField field) const;
+    const CString* noteText(QueryField field) const;
     std::u16string_view folderText();
     void setFolderText();
     std::u16string_view nameText() const;

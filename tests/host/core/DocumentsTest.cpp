@@ -74,9 +74,11 @@ TEST(Documents, SettingsFileReadsAndIsWrittenAlike)
 
 TEST(Documents, FieldsAreThoseOfTheTable)
 {
-    const auto sourceName = [](FieldSource source) {
+    const auto sourceName = [](FieldSource source)
+    {
         return source == FieldSource::tag      ? "tag"
                : source == FieldSource::record ? "record"
+               : source == FieldSource::note   ? "note"
                                                : "tree";
     };
     std::vector<std::string> expected;

@@ -180,7 +180,7 @@ TEST_P(Completion, GivesTheRightWordAndRunsNothing)
                  {"qo info cho\t", "chosen file.mp3"},
                  {"qo ls artis\tG\t", "artist:G\" Żółta Ärzte 東京\""},
                  {"qo ls kind:pic\t", "kind:picture"},
-                 {"qo ls ^alb\tGol\t", "^album:Gold"},
+                 {"qo ls ^album:Gol\t", "^album:Gold"},
                  {"qo db restore --dry\t", "--dry-run"},
                  {"qo albums --artist none\t", "none"}};
     for (const auto& c : cases)

@@ -48,6 +48,7 @@ std::string steady(std::string text)
         {"[0-9]{4}-[0-9]{2}-[0-9]{2}[T ][0-9:.]+Z?", "TIME"},
         {"[0-9.]+ (s|ms|B|KiB|MiB)\\b", "AMOUNT"},
         {"\"(size|bitrate|duration|id)\":[0-9]+", "\"$1\":N"},
+        {R"("addedBy":"[^"]*")", R"("addedBy":"USER")"},
         {"version [0-9.]+", "version N"},
         {" +\n", "\n"},
         {"\n{2,}", "\n"}};

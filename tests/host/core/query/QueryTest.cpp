@@ -200,7 +200,7 @@ TEST_F(QueryTest, OrdersKeepWhatIsEqualAndPutWhatIsMissingLast)
 TEST_F(QueryTest, WhatCannotBeReadSaysWhereItWentWrong)
 {
     const std::pair<std::vector<std::string>, const char*> rows[] = {
-        {{"xyzzyq:x"}, "\"xyzzyq\" is no field of a query; there are artist, album, title"},
+        {{"xyzzyq:x"}, "\"xyzzyq\" is no field of a query; there are artist, albumartist, album"},
         {{"artst:x"}, "did you mean \"artist\"?"},
         {{"re:mix"}, "goes in quotes"},
         {{"year:19x0"}, "in \"year:19x0\", \"19x0\" cannot be read"},
