@@ -1,86 +1,16 @@
 #include "cli/files/FileRecord.h"
-#include "cli/music/MusicCommand.h"
+#include "cli/music/AlbumRows.h"
 #include "cli/shown/Text.h"
 
 #include <QoKernel/Collection.h>
 
 #include <algorithm>
-#include <map>
 #include <unordered_map>
 
 namespace qo::cli
 {
 namespace
 {
-struct AlbumRow
-{
-    std::vector<boost::shared_ptr<CLTAlbum>> albums; ///< several only when something is unnamed
-    const CLTObject* artist = nullptr;
-    MusicSum sum;
-
-    CString name() const { return nameOf(albums.front().get()); }
-};
-
-std::u16string folded(CString name)
-{
-    name.MakeLower();
-    return std::u16string(name.view());
-}
-
-/// The collection keeps an album of its own for each track without an album or artist. Here the
-/// tracks of one album name are one album, even if its artist is unknown, as people expect.
-class AlbumRows
-{
-public:
-    void add(const TrackFile& file)
-    {
-        const boost::shared_ptr<CLTAlbum>& album = file.track->getAlbum();
-        if (!album)
-            return;
-        const auto [at, isNew] = m_indexes.emplace(album.get(), m_rows.size());
-        if (isNew)
-            at->second = rowFor(album);
-        m_rows[at->second].sum.add(*file.track, *file.file);
-    }
-    std::vector<AlbumRow> sorted()
-    {
-        std::stable_sort(m_rows.begin(), m_rows.end(), comesBefore);
-        return std::move(m_rows);
-    }
-
-private:
-    using Names = std::pair<std::u16string, std::u16string>;
-
-    std::size_t rowFor(const boost::shared_ptr<CLTAlbum>& album)
-    {
-        const CLTObject* const artist = album->getArtist().get();
-        std::size_t index = m_rows.size();
-        if (isUnnamed(artist) || isUnnamed(album.get()))
-            index =
-                m_unnamed.emplace(Names(folded(nameOf(artist)), folded(nameOf(album.get()))), index)
-                    .first->second;
-        if (index == m_rows.size())
-            m_rows.push_back({{}, artist, {}});
-        m_rows[index].albums.push_back(album);
-        return index;
-    }
-
-    static bool comesBefore(const AlbumRow& a, const AlbumRow& b)
-    {
-        if (a.artist != b.artist)
-        {
-            const int order = CLTManager::compareLTNames(nameOf(a.artist), nameOf(b.artist));
-            if (order != 0)
-                return order < 0;
-        }
-        return CLTManager::compareLTNames(a.name(), b.name()) < 0;
-    }
-
-    std::vector<AlbumRow> m_rows;
-    std::unordered_map<const CLTAlbum*, std::size_t> m_indexes;
-    std::map<Names, std::size_t> m_unnamed;
-};
-
 /// The pictures of albums. The collection links a picture to its album only if the picture comes
 /// after one of the album's tracks in path order. The others are found by the artist and album in
 /// their records.
@@ -94,9 +24,14 @@ public:
             cover = CQoUtils::getAlbumCoverPath(row.albums[i]);
         if (!cover.IsEmpty() || row.name().IsEmpty())
             return cover;
-        const auto found = pictures().find(keyOf(nameOf(row.artist), row.name()));
-        if (found != pictures().end() && fileSystem().exists(CQoUtils::getRealPath(found->second)))
-            cover = found->second;
+        for (std::size_t i = 0; i < row.albums.size() && cover.IsEmpty(); ++i)
+        {
+            const auto found =
+                pictures().find(keyOf(nameOf(row.albums[i]->getArtist().get()), row.name()));
+            if (found != pictures().end() &&
+                fileSystem().exists(CQoUtils::getRealPath(found->second)))
+                cover = found->second;
+        }
         return cover;
     }
 
@@ -126,17 +61,25 @@ private:
     std::unordered_map<std::u16string, CString> m_pictures;
 };
 
+std::string artistText(const AlbumRow& row)
+{
+    return row.isOfSeveral        ? "(several artists)"
+           : row.artist.IsEmpty() ? displayName(nullptr)
+                                  : oneLine(row.artist);
+}
+
 void addRow(Listing& listing, const AlbumRow& row, const CString& cover)
 {
     if (listing.isForPeople())
-        return listing.addCells({displayName(row.artist),
+        return listing.addCells({artistText(row),
                                  displayName(row.albums.front().get()),
                                  row.sum.years(),
                                  countText(row.sum.tracks, "track"),
                                  durationText(row.sum.duration),
                                  cover.IsEmpty() ? "" : "cover"});
     Json record;
-    record["artist"] = toUtf8(nameOf(row.artist));
+    record["artist"] = toUtf8(row.artist);
+    record["severalArtists"] = row.isOfSeveral;
     record["album"] = toUtf8(row.name());
     putYears(record, row.sum);
     record["tracks"] = row.sum.tracks;
@@ -162,7 +105,7 @@ void arrange(std::vector<AlbumRow>& albums, const FileChoice& choice)
                    {
                        std::vector<host::TypedOrder::Value> values;
                        for (const auto& key : order.keys)
-                           values.push_back(key.index == 0   ? host::textValue(nameOf(row.artist))
+                           values.push_back(key.index == 0   ? host::textValue(row.artist)
                                             : key.index == 1 ? host::textValue(row.name())
                                             : key.index == 2 ? yearOf(row)
                                             : key.index == 3 ? std::int64_t(row.sum.tracks)
@@ -177,15 +120,16 @@ void listAlbums(CommandLine& line, const MusicOptions& options)
     AlbumRows rows;
     for (const TrackFile& file : chosenTracks(options))
         rows.add(file);
-    Listing listing(line,
-                    options.isLong,
-                    {"artist", "album", "yearFrom", "yearTo", "tracks", "duration", "cover"},
-                    {Listing::Column::text,
-                     Listing::Column::text,
-                     Listing::Column::number,
-                     Listing::Column::number,
-                     Listing::Column::number,
-                     Listing::Column::name});
+    Listing listing(
+        line,
+        options.isLong,
+        {"artist", "severalArtists", "album", "yearFrom", "yearTo", "tracks", "duration", "cover"},
+        {Listing::Column::text,
+         Listing::Column::text,
+         Listing::Column::number,
+         Listing::Column::number,
+         Listing::Column::number,
+         Listing::Column::name});
     Covers covers;
     std::vector<AlbumRow> albums = rows.sorted();
     arrange(albums, options.choice);
