@@ -28,6 +28,8 @@ namespace qo::cli
     ROW(looking, "mark", setUpMark, "Give files a check mark")                                     \
     ROW(looking, "unmark", setUpUnmark, "Take check marks off files")                              \
     ROW(looking, "marked", setUpMarked, "Say how many files have a check mark")                    \
+    ROW(looking, "rate", setUpRate, "Rate files with stars")                                       \
+    ROW(looking, "played", setUpPlayed, "Count that files were played")                            \
     ROW(looking, "playlist", setUpPlaylist, "Playlists, from and for other players too")           \
     ROW(looking, "session", setUpSession, "Sessions in which files were recorded")                 \
     ROW(tags, "tag", setUpTag, "Look at and edit the tags of a file")                              \

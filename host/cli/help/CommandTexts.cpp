@@ -125,6 +125,15 @@ const std::vector<CommandText> texts = {
 {"marked", {
     {"qo marked", "How many files are marked, and their size"},
     {"qo ls --marked", "Which ones", 4}}},
+{"rate", {
+    {"qo rate artist:hidden title:rain 4.5", "Give what a query finds four and a half stars"},
+    {"qo rate artist:hidden 0", "Take the rating away"},
+    {"qo rate Music/Kino 5 --write --yes", "And write it into the files, for other players"}},
+    "The last word is the number of stars, from 0 to 5 in halves, or \"tag\" for what the file itself says. "
+    "Ratings belong to the record of a file and follow it wherever it moves."},
+{"played", {
+    {"qo played artist:hidden title:rain", "Count that it was played just now"},
+    {"qo played artist:hidden --at 2024-05-31T18:30", "Or then"}}},
 {"tag set", {
     {"qo tag set Music/Kino/Album/01.mp3 year=1988 genre=Rock", "Edit two fields"},
     {"qo tag set genre=Rock artist:kino --yes", "Edit all that a query finds"},
