@@ -12,6 +12,8 @@ namespace
 constexpr const char16_t* sourceEnd = u"::";
 } // namespace
 
+CHDSearchResult::TrackSource CHDSearchResult::s_trackSource = nullptr;
+
 boost::shared_ptr<CHDSearchResult>
 CHDSearchResult::createSearchResult(const boost::shared_ptr<QoFileDbItem>& item)
 {
@@ -45,13 +47,16 @@ void CHDSearchResult::getSimpleTag(SimpleMusicTag& tag) const
 
 CString CHDSearchResult::getXML() const
 {
-    // A search result has the plug-in's XML where other files have the name of a share.
+    // A search result has the plug-in's text where other files have the name of a share.
     constexpr int xmlParam = 39;
     return CVelmoraFileParamsUtils::ExtractParam(m_dbItem->params, xmlParam);
 }
 
 CString CHDSearchResult::getSource() const
 {
+    const CString source = s_trackSource ? s_trackSource(getXML()) : CString();
+    if (!source.IsEmpty())
+        return source;
     const CString name = qo::fileNameOf(m_dbItem->path);
     const int end = name.Find(sourceEnd);
     return end == -1 ? name : name.Left(end);

@@ -26,10 +26,15 @@ public:
     bool isVideo() const noexcept { return m_isVideo; }
     const CString& getPath() const noexcept;
     void getSimpleTag(SimpleMusicTag& tag) const;
-    /// The XML that the plug-in which found it stored with it; "" without one.
+    /// The text that the plug-in which found it stored with it; "" without one.
     CString getXML() const;
-    /// The part before "::" in the file name ("tube"); the whole name without "::".
+    /// What the plug-in calls the source of its tracks; where it does not say, the part before "::"
+    /// in the file name ("tube"), or the whole name without "::".
     CString getSource() const;
+    /// Says what a plug-in calls the source of its tracks, by the text of one, or "".
+    using TrackSource = CString (*)(const CString& xml);
+    /// Where getSource() asks; null for nowhere. Not while another thread works.
+    static void setTrackSource(TrackSource source) noexcept { s_trackSource = source; }
     /// The file name up to the first '_' after "::" ("tube::a1b2"); the whole name without one.
     CString getClipUID() const;
     /// Whether this is a file of that clip, compared exactly. index becomes its number within the
@@ -42,6 +47,7 @@ public:
 private:
     CString getClipUID(int& index) const;
 
+    static TrackSource s_trackSource;
     CString m_title;
     bool m_isVideo;
     boost::shared_ptr<QoFileDbItem> m_dbItem;

@@ -1,5 +1,6 @@
 #include "QoColl/Plugins/QoPluginManager.h"
 
+#include "Physical/HDSearchResult.h"
 #include "QoColl/Devices/DeviceUtils.h"
 #include "QoColl/Plugins/Plugin.h"
 #include "QoColl/Plugins/PluginResults.h"
@@ -28,6 +29,7 @@ bool getFunctionality(const CString& id,
 void CQoPluginManager::setPluginsManager(const boost::shared_ptr<IPluginsManager>& manager)
 {
     m_pPluginsManager = manager;
+    CHDSearchResult::setTrackSource(&getTrackWebSource);
 }
 
 CQoCollPath CQoPluginManager::createPath(const CString& id, const char16_t* path)

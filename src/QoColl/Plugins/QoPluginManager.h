@@ -180,6 +180,13 @@ public:
                                                IQoProgress* progress,
                                                PluginResultPtr& result);
 
+    /// The tracks that the service finds for a text, the best first. False also for a plug-in that
+    /// cannot search.
+    static bool searchTracks(const CString& id,
+                             const CString& text,
+                             IQoProgress* progress,
+                             CArray<boost::shared_ptr<ITrackResult>>& tracks);
+
     // Appends records with path and size of what is below the path, files with what their tags say.
     // type is a set of EPluginItemType; depth is the number of levels, 1 for the folder alone and
     // 0xffff for all. No more than 64 levels are walked, and each folder once.

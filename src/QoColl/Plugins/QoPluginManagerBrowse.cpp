@@ -1,3 +1,4 @@
+#include "QoColl/Plugins/Plugin.h"
 #include "QoColl/Plugins/PluginOperation.h"
 #include "QoColl/Plugins/PluginSupport.h"
 #include "QoColl/Plugins/PluginWrappers.h"
@@ -310,5 +311,28 @@ bool CQoPluginManager::getOneFilePathResultFromPlugin(const CQoCollPath& path,
     if (!getOneFilePathResultFromPhysicalPlugin(path, progress, physical))
         return false;
     result = physical;
+    return true;
+}
+
+bool CQoPluginManager::searchTracks(const CString& id,
+                                    const CString& text,
+                                    IQoProgress* progress,
+                                    CArray<boost::shared_ptr<ITrackResult>>& tracks)
+{
+    boost::shared_ptr<IPlugin> plugin;
+    tracks.RemoveAll();
+    const boost::shared_ptr<ISearchWrapper> search =
+        getPlugin(id, plugin) ? plugin->GetSearch() : boost::shared_ptr<ISearchWrapper>();
+    if (!search)
+        return false;
+    PluginResultArray results;
+    if (!getResultsSync(search->Search(text), results, progress))
+    {
+        qo::logUnlessStopped(
+            progress, u"CQoPluginManager::searchTracks : Search(%s) failed on plugin %s", text, id);
+        return false;
+    }
+    for (const auto& track : qo::resultsOf<ITrackResult>(results))
+        tracks.Add(track);
     return true;
 }
