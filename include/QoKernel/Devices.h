@@ -4,7 +4,11 @@
 // elsewhere in the background. A host's plug-in needs the headers whose names begin with Plugin.
 #include "QoColl/Devices/DeviceUtils.h"
 #include "QoColl/Devices/QoUSBManager.h"
+#include "QoColl/Devices/QoWPDDownloadItem.h"
+#include "QoColl/Devices/QoWPDManager.h"
 #include "QoColl/Devices/USBUtils.h"
+#include "QoColl/Devices/WPDKeys.h"
+#include "QoColl/Devices/WPDUtils.h"
 #include "QoColl/Plugins/DownloadItem.h"
 #include "QoColl/Plugins/Plugin.h"
 #include "QoColl/Plugins/PluginOperation.h"

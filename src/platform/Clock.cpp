@@ -32,6 +32,19 @@ CalendarTime utcTime(const FILETIME& time)
             static_cast<int>(inDay.subseconds() / std::chrono::milliseconds(1))};
 }
 
+FILETIME timeOf(const CalendarTime& time)
+{
+    if (time.year < 1601 || time.year > 9999)
+        return {};
+    using namespace std::chrono;
+    constexpr sys_days start(year(1601) / 1 / 1);
+    const sys_days day(year(time.year) / month(static_cast<unsigned>(time.month)) /
+                       std::chrono::day(static_cast<unsigned>(time.day)));
+    const milliseconds sinceStart = (day - start) + hours(time.hour) + minutes(time.minute) +
+                                    seconds(time.second) + milliseconds(time.millisecond);
+    return fromTicks(sinceStart.count() * (ticksPerSecond / 1000));
+}
+
 CString timeStamp(const CalendarTime& time)
 {
     CString stamp;

@@ -26,6 +26,10 @@ struct CalendarTime
 /// The fields of a time in UTC; those of 1601-01-01 for a null one.
 QO_API CalendarTime utcTime(const FILETIME& time);
 
+/// The reverse: fields in UTC as a time. A day that its month does not have is one of the next
+/// month; null for a year before 1601 or after 9999.
+QO_API FILETIME timeOf(const CalendarTime& time);
+
 /// "YYYYMMDD_HHMMSS", such as "20240131_235959", for names that sort by time.
 QO_API CString timeStamp(const CalendarTime& time);
 

@@ -5,6 +5,7 @@ namespace qo
 class IClock;
 class IDrives;
 class IFileSystem;
+class IPortableDevices;
 class ISpecialFolders;
 class DriveMap;
 class IFolderLister;

@@ -11,8 +11,11 @@ QO_API IFileSystem& fileSystem();
 QO_API IClock& systemClock();
 QO_API ISpecialFolders& specialFolders();
 QO_API IDrives& drives();
+QO_API IPortableDevices& portableDevices();
 
 QO_API void setFileSystem(IFileSystem* replacement);
 QO_API void setSystemClock(IClock* replacement);
 QO_API void setDrives(IDrives* replacement);
+/// Also the way by which a host with a library for such devices hands it over.
+QO_API void setPortableDevices(IPortableDevices* replacement);
 } // namespace qo

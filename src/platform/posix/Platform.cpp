@@ -1,5 +1,6 @@
 #include "platform/Platform.h"
 
+#include "platform/NoPortableDevices.h"
 #include "platform/posix/PosixClock.h"
 #include "platform/posix/PosixDrives.h"
 #include "platform/posix/PosixFileSystem.h"
@@ -18,6 +19,7 @@ namespace
 std::atomic<IFileSystem*> fileSystemReplacement{nullptr};
 std::atomic<IClock*> clockReplacement{nullptr};
 std::atomic<IDrives*> drivesReplacement{nullptr};
+std::atomic<IPortableDevices*> portableReplacement{nullptr};
 
 /// Made when first used and never destroyed, so that static objects may use it until the end.
 template <class T>
@@ -53,6 +55,12 @@ IDrives& drives()
     return replacement ? *replacement : only<PosixDrives>();
 }
 
+IPortableDevices& portableDevices()
+{
+    IPortableDevices* replacement = portableReplacement;
+    return replacement ? *replacement : only<NoPortableDevices>();
+}
+
 CString currentFolder()
 {
     std::error_code error;
@@ -72,5 +80,10 @@ void setSystemClock(IClock* replacement)
 void setDrives(IDrives* replacement)
 {
     drivesReplacement = replacement;
+}
+
+void setPortableDevices(IPortableDevices* replacement)
+{
+    portableReplacement = replacement;
 }
 } // namespace qo
