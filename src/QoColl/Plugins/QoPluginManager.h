@@ -187,37 +187,43 @@ public:
                              IQoProgress* progress,
                              CArray<boost::shared_ptr<ITrackResult>>& tracks);
 
-    // Appends records with path and size of what is below the path, files with what their tags say.
+    // Append records with path and size of what is below the path, files with what their tags say.
     // type is a set of EPluginItemType; depth is the number of levels, 1 for the folder alone and
-    // 0xffff for all. No more than 64 levels are walked, and each folder once.
+    // 0xffff for all. No more than 64 levels are walked, and each folder once. A file with a record
+    // among the known ones, which are sorted by path, is not asked for its tag: a second scan then
+    // costs one request for each folder. True if all was listed: after a false, what is missing
+    // from the files may still be there.
 
-    static void getFilesFromPhysicalPlugin(EPluginItemType type,
+    static bool getFilesFromPhysicalPlugin(EPluginItemType type,
                                            const CQoCollPath& path,
                                            int depth,
                                            IQoProgress* progress,
-                                           QoFileDbItemArray& files);
-    static void getFilesFromPhysicalPlugin(EPluginItemType type,
+                                           QoFileDbItemArray& files,
+                                           const QoFileDbItemArray* known = nullptr);
+    static bool getFilesFromPhysicalPlugin(EPluginItemType type,
                                            const boost::shared_ptr<IPhysicalBrowseWrapper>& browse,
                                            const boost::shared_ptr<IDownloadWrapper>& download,
                                            const CQoCollPath& path,
                                            const PhysicalResultPtr& result,
                                            int depth,
                                            IQoProgress* progress,
-                                           QoFileDbItemArray& files);
-    static void getFilesFromLogicalPlugin(const CQoCollPath& path,
+                                           QoFileDbItemArray& files,
+                                           const QoFileDbItemArray* known = nullptr);
+    static bool getFilesFromLogicalPlugin(const CQoCollPath& path,
                                           IQoProgress* progress,
                                           QoFileDbItemArray& files);
     /// The result is that of the path; null for the root.
-    static void getFilesFromLogicalPlugin(const boost::shared_ptr<ILogicalBrowseWrapper>& browse,
+    static bool getFilesFromLogicalPlugin(const boost::shared_ptr<ILogicalBrowseWrapper>& browse,
                                           const CQoCollPath& path,
                                           const PluginResultPtr& result,
                                           IQoProgress* progress,
                                           QoFileDbItemArray& files);
-    static void getFilesFromPlugin(EPluginItemType type,
+    static bool getFilesFromPlugin(EPluginItemType type,
                                    const CQoCollPath& path,
                                    int depth,
                                    IQoProgress* progress,
-                                   QoFileDbItemArray& files);
+                                   QoFileDbItemArray& files,
+                                   const QoFileDbItemArray* known = nullptr);
     /// Reads the tag at the start of a file with two small requests: 10 bytes, and the tag.
     static void getFileInfoFromPhysicalPlugin(PhysicalResultPtr result,
                                               const boost::shared_ptr<IDownloadWrapper>& download,

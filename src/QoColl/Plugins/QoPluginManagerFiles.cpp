@@ -37,12 +37,19 @@ public:
                  IPhysicalBrowseWrapper& browse,
                  const boost::shared_ptr<IDownloadWrapper>& download,
                  IQoProgress* progress,
-                 QoFileDbItemArray& files)
-        : m_type(type), m_browse(browse), m_download(download), m_progress(progress), m_files(files)
+                 QoFileDbItemArray& files,
+                 const QoFileDbItemArray* known)
+        : m_type(type)
+        , m_browse(browse)
+        , m_download(download)
+        , m_progress(progress)
+        , m_files(files)
+        , m_known(known)
     {
     }
 
-    void run(const CQoCollPath& path, const PhysicalResultPtr& folder, int depth)
+    /// Whether everything was listed.
+    bool run(const CQoCollPath& path, const PhysicalResultPtr& folder, int depth)
     {
         enter(path, folder, std::min(depth, mostFolderLevels));
         while (!m_levels.empty() && !qo::isStopped(m_progress))
@@ -56,6 +63,7 @@ public:
             const PhysicalResultPtr entry = std::move(level.entries[level.next++]);
             take(entry, level.path, level.depth);
         }
+        return m_isComplete && m_levels.empty();
     }
 
 private:
@@ -85,6 +93,8 @@ private:
                               m_progress,
                               level.entries))
             m_levels.push_back(std::move(level));
+        else
+            m_isComplete = false;
     }
     void take(const PhysicalResultPtr& entry, const CQoCollPath& folder, int depth)
     {
@@ -107,7 +117,9 @@ private:
     {
         qo::log(qo::level::detail, u"getFilesFromPhysicalPlugin add file %s", path.toString());
         const QoFileDbItemPtr record = recordAt(path, entry->GetSize());
-        CQoPluginManager::getFileInfoFromPhysicalPlugin(entry, m_download, record, m_progress);
+        int index = 0;
+        if (!m_known || !CQoCollDbUtils::findQoDbFileItem(record->path, *m_known, index))
+            CQoPluginManager::getFileInfoFromPhysicalPlugin(entry, m_download, record, m_progress);
         addRecord(record, m_files);
     }
 
@@ -116,6 +128,8 @@ private:
     const boost::shared_ptr<IDownloadWrapper>& m_download;
     IQoProgress* const m_progress;
     QoFileDbItemArray& m_files;
+    const QoFileDbItemArray* const m_known;
+    bool m_isComplete = true;
     std::vector<Level> m_levels;
     std::unordered_set<CString> m_seen; ///< by the plug-in's own names of the places
 };
@@ -144,29 +158,31 @@ void addTrack(const CQoCollPath& album, const IGenericResult& track, QoFileDbIte
 }
 } // namespace
 
-void CQoPluginManager::getFilesFromPhysicalPlugin(EPluginItemType type,
+bool CQoPluginManager::getFilesFromPhysicalPlugin(EPluginItemType type,
                                                   const CQoCollPath& path,
                                                   int depth,
                                                   IQoProgress* progress,
-                                                  QoFileDbItemArray& files)
+                                                  QoFileDbItemArray& files,
+                                                  const QoFileDbItemArray* known)
 {
     boost::shared_ptr<IPhysicalBrowseWrapper> browse;
     PhysicalResultPtr folder;
     if (!getPhysicalBrowseFuncFromPlugin(path.getDevice(), browse))
-        return;
+        return false;
     if (!getPathResultFromPhysicalPlugin(path, progress, folder))
     {
         qo::logUnlessStopped(progress,
                              u"CQoPluginManager::getFilesFromPhysicalPlugin : %s not found",
                              path.toString());
-        return;
+        return false;
     }
     boost::shared_ptr<IDownloadWrapper> download;
     checkCanSetDownloadRanges(path.getDevice(), download);
-    getFilesFromPhysicalPlugin(type, browse, download, path, folder, depth, progress, files);
+    return getFilesFromPhysicalPlugin(
+        type, browse, download, path, folder, depth, progress, files, known);
 }
 
-void CQoPluginManager::getFilesFromPhysicalPlugin(
+bool CQoPluginManager::getFilesFromPhysicalPlugin(
     EPluginItemType type,
     const boost::shared_ptr<IPhysicalBrowseWrapper>& browse,
     const boost::shared_ptr<IDownloadWrapper>& download,
@@ -174,27 +190,28 @@ void CQoPluginManager::getFilesFromPhysicalPlugin(
     const PhysicalResultPtr& result,
     int depth,
     IQoProgress* progress,
-    QoFileDbItemArray& files)
+    QoFileDbItemArray& files,
+    const QoFileDbItemArray* known)
 {
-    if (browse && result)
-        PhysicalWalk(type, *browse, download, progress, files).run(path, result, depth);
+    return browse && result &&
+           PhysicalWalk(type, *browse, download, progress, files, known).run(path, result, depth);
 }
 
-void CQoPluginManager::getFilesFromLogicalPlugin(const CQoCollPath& path,
+bool CQoPluginManager::getFilesFromLogicalPlugin(const CQoCollPath& path,
                                                  IQoProgress* progress,
                                                  QoFileDbItemArray& files)
 {
     boost::shared_ptr<ILogicalBrowseWrapper> browse;
     if (!getLogicalBrowseFuncFromPlugin(path.getDevice(), browse))
-        return;
+        return false;
     PluginResultPtr result;
     constexpr int deepest = 3;
     const bool isBelowRoot = !path.isEmpty() && path.getCount() <= deepest;
-    if (!isBelowRoot || getPathResultFromLogicalPlugin(browse, path, progress, result))
-        getFilesFromLogicalPlugin(browse, path, result, progress, files);
+    return (!isBelowRoot || getPathResultFromLogicalPlugin(browse, path, progress, result)) &&
+           getFilesFromLogicalPlugin(browse, path, result, progress, files);
 }
 
-void CQoPluginManager::getFilesFromLogicalPlugin(
+bool CQoPluginManager::getFilesFromLogicalPlugin(
     const boost::shared_ptr<ILogicalBrowseWrapper>& browse,
     const CQoCollPath& path,
     const PluginResultPtr& result,
@@ -214,12 +231,15 @@ void CQoPluginManager::getFilesFromLogicalPlugin(
         qo::log(qo::level::error,
                 u"CQoPluginManager::getFilesFromLogicalPlugin : invalid path '%s'",
                 path.toString());
-        return;
+        return false;
     }
     if (!browse || (!result && level != root))
-        return;
+        return false;
     if (level == track)
-        return addTrack(path.getParent(), *result, files);
+    {
+        addTrack(path.getParent(), *result, files);
+        return true;
+    }
     static constexpr const char16_t* failures[] = {
         u"CQoPluginManager::getFilesFromLogicalPlugin : GetArtists failed",
         u"CQoPluginManager::getFilesFromLogicalPlugin : GetAlbums(%s) failed",
@@ -229,29 +249,34 @@ void CQoPluginManager::getFilesFromLogicalPlugin(
                                                      : browse->GetTracksForAlbum(result);
     PluginResultArray found;
     if (!getResultsSync(std::move(operation), found, progress))
-        return qo::logUnlessStopped(progress, failures[level], path.getLast());
+    {
+        qo::logUnlessStopped(progress, failures[level], path.getLast());
+        return false;
+    }
+    bool isComplete = true;
     for (const PluginResultPtr& each : qo::resultsOf<IGenericResult>(found))
     {
         if (qo::isStopped(progress))
-            return;
+            return false;
         if (level == album)
         {
             addTrack(path, *each, files);
             continue;
         }
         const CString name = nameOrBlank(level == root ? each->GetArtist() : each->GetAlbum());
-        getFilesFromLogicalPlugin(browse, path.child(name), each, progress, files);
+        isComplete &= getFilesFromLogicalPlugin(browse, path.child(name), each, progress, files);
     }
+    return isComplete;
 }
 
-void CQoPluginManager::getFilesFromPlugin(EPluginItemType type,
+bool CQoPluginManager::getFilesFromPlugin(EPluginItemType type,
                                           const CQoCollPath& path,
                                           int depth,
                                           IQoProgress* progress,
-                                          QoFileDbItemArray& files)
+                                          QoFileDbItemArray& files,
+                                          const QoFileDbItemArray* known)
 {
     if (path.isPhysicalPlugin())
-        getFilesFromPhysicalPlugin(type, path, depth, progress, files);
-    else if (path.isLogicalPlugin())
-        getFilesFromLogicalPlugin(path, progress, files);
+        return getFilesFromPhysicalPlugin(type, path, depth, progress, files, known);
+    return path.isLogicalPlugin() && getFilesFromLogicalPlugin(path, progress, files);
 }

@@ -211,7 +211,8 @@ bool CQoPluginManager::checkCreateDir(const boost::shared_ptr<IPhysicalBrowseWra
             return false;
         place = place.child(component);
         PhysicalResultPtr next;
-        if (!getPathResultFromPhysicalPlugin(browse, place, folder, progress, next))
+        if (!getPathResultFromPhysicalPlugin(browse, place, folder, progress, next) &&
+            !qo::isStopped(progress))
             next = createFarFolder(*upload, folder, component, progress);
         if (!next)
             return false;

@@ -284,8 +284,18 @@ TEST_F(HostilePlugins, RequestsThatFailOrNeverEndAreLeft)
             << log.all();
         EXPECT_EQ(log.has("getResultsSync : op canceled", 40), row.questions > 0);
     }
-    far->folders = [](const PluginResultPtr&) { return PluginOperationPtr(); };
-    EXPECT_EQ(scan().GetSize(), 0);
+    // A folder that cannot be listed is no empty folder.
+    far->folders = [&](const PluginResultPtr& folder)
+    {
+        const bool isRoot = boost::dynamic_pointer_cast<IPhysicalResult>(folder)->GetPath() == u"/";
+        return isRoot ? listOf({boost::make_shared<AnyEntry>(u"broken", u"/b", true),
+                                boost::make_shared<AnyEntry>(u"x.mp3", u"", false)})
+                      : PluginOperationPtr();
+    };
+    QoFileDbItemArray files;
+    EXPECT_FALSE(CQoPluginManager::getFilesFromPlugin(
+        CQoPluginManager::PI_Files, at(u"Far"), 0xffff, &progress, files));
+    EXPECT_EQ(pathsOf(files), "x.mp3\n");
 }
 
 TEST_F(HostilePlugins, ARequestIsAskedAfterEachWaitAndTellsItsProgressInPercent)

@@ -58,7 +58,7 @@ TEST_F(FolderPluginFiles, AScanFindsFilesWithTheTagsAtTheirStartAndWaitsOnceForE
     fs::create_directory_symlink(dir.path("nas"), dir.path("nas/Music/loop"));
     QoFileDbItemArray files;
     CQoPluginManager::getFilesFromPlugin(
-        CQoPluginManager::PI_Files, at(u"nas"), 0xffff, &progress, files);
+        CQoPluginManager::PI_Files, at(u"NAS"), 0xffff, &progress, files);
     EXPECT_EQ(pathsOf(files), "Music\\Ann\\Dawn.mp3\nMusic\\plain.ogg\nMusic\\tiny.mp3\n")
         << log.all();
     EXPECT_EQ(clock.rests[42], 1 + 3) << "the root, and a listing for each of three folders";
@@ -78,6 +78,15 @@ TEST_F(FolderPluginFiles, AScanFindsFilesWithTheTagsAtTheirStartAndWaitsOnceForE
     EXPECT_TRUE(files[1]->title.IsEmpty());
     EXPECT_EQ(log.count("couldnt", qo::level::error), 1) << "that the third has no 10 bytes";
     EXPECT_TRUE(log.has("couldnt read first 10 bytes from ", qo::level::error));
+
+    // A second scan that knows the files fetches nothing of them.
+    log.clear();
+    QoFileDbItemArray again;
+    EXPECT_TRUE(CQoPluginManager::getFilesFromPlugin(
+        CQoPluginManager::PI_Files, at(u"NAS"), 0xffff, &progress, again, &files));
+    EXPECT_EQ(pathsOf(again), pathsOf(files));
+    EXPECT_EQ(clock.rests[42], 2 * (1 + 3));
+    EXPECT_FALSE(log.has("couldnt")) << log.all();
 }
 
 TEST_F(FolderPluginFiles, TheDepthCountsTheLevelsThatAreListed)
