@@ -9,7 +9,7 @@ namespace qo::host
 {
 namespace
 {
-constexpr std::size_t blockSize = 256 * 1024;
+constexpr std::size_t blockSize = std::size_t{256} * 1024;
 /// How long one Poll() may copy: long enough to be fast, and short enough to be cancelled.
 constexpr std::uint32_t slice = 200; // milliseconds
 constexpr const char16_t* partPrefix = u".qo-part-";

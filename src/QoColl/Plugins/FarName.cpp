@@ -12,7 +12,7 @@ constexpr char16_t privateUse = 0xF000; // and the character, as in the paths of
 
 CString farComponent(const CString& name)
 {
-    CString component = fromUtf8(toUtf8(name)); // without lone surrogates
+    CString component = fromUtf8(toUtf8(name.Left(longestFarName))); // without lone surrogates
     for (int i = 0; i < component.GetLength(); ++i)
     {
         const char16_t c = component[i];

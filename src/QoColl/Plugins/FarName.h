@@ -6,7 +6,7 @@ namespace qo
 {
 /// The component of a collection path for a name that a plug-in or device gave. A backslash, a
 /// control character and what is not text become private-use characters or U+FFFD, so that the name
-/// is one component in every form of a path: "a\b" is "a\uF05Cb".
+/// is one component in every form of a path: "a\b" is "a\uF05Cb". At most 1,000 units are taken.
 QO_API CString farComponent(const CString& name);
 
 /// The same for what lies in a folder; "" for what is no name of an entry: "", "." and "..", and

@@ -85,6 +85,10 @@ bool listFarFolder(IPhysicalBrowseWrapper& browse,
                    IQoProgress* progress,
                    std::vector<PhysicalResultPtr>& entries);
 
+/// Asks for the artists (level 0), the albums of an artist (1) or the tracks of an album (2).
+PluginOperationPtr
+listLogicalLevel(ILogicalBrowseWrapper& browse, int level, const PluginResultPtr& above);
+
 /// The entry at the path, from the root of its plug-in on.
 bool findPhysicalEntry(const CQoCollPath& path,
                        Spelling spelling,

@@ -28,6 +28,25 @@ void showBytes(IQoProgress& progress,
                      static_cast<std::uintptr_t>(number >> wordBits));
 }
 
+/// Waits for a request that gives one file or folder.
+bool takeOne(PluginOperationPtr operation,
+             const char16_t* failure,
+             const char16_t* absence,
+             IQoProgress* progress,
+             PhysicalResultPtr& result)
+{
+    PluginResultArray results;
+    if (!CQoPluginManager::getResultsSync(std::move(operation), results, progress))
+    {
+        qo::logUnlessStopped(progress, failure);
+        return false;
+    }
+    result = qo::firstResult<IPhysicalResult>(results);
+    if (!result)
+        qo::log(qo::level::error, absence);
+    return result != nullptr;
+}
+
 bool findInFolder(IPhysicalBrowseWrapper& browse,
                   const PhysicalResultPtr& folder,
                   const CString& component,
@@ -136,20 +155,13 @@ bool CQoPluginManager::getRootPathResultFromPhysicalPlugin(
     IQoProgress* progress,
     PhysicalResultPtr& result)
 {
-    PluginResultArray results;
-    if (!browse || !getResultsSync(browse->GetRootFolder(), results, progress))
-    {
-        qo::logUnlessStopped(
-            progress,
-            u"CQoPluginManager::getRootPathResultFromPhysicalPlugin : GetRootFolder failed");
-        return false;
-    }
-    result = qo::firstResult<IPhysicalResult>(results);
-    if (!result)
-        qo::log(qo::level::error,
-                u"CQoPluginManager::getRootPathResultFromPhysicalPlugin : GetRootFolder returned "
-                u"no result");
-    return result != nullptr;
+#define QO_STEP(text) u"CQoPluginManager::getRootPathResultFromPhysicalPlugin : " text
+    return browse && takeOne(browse->GetRootFolder(),
+                             QO_STEP(u"GetRootFolder failed"),
+                             QO_STEP(u"GetRootFolder returned no result"),
+                             progress,
+                             result);
+#undef QO_STEP
 }
 
 bool CQoPluginManager::getPathResultFromPhysicalPlugin(
@@ -223,19 +235,21 @@ bool CQoPluginManager::getOneFilePathResultFromPhysicalPlugin(const CQoCollPath&
     boost::shared_ptr<IPhysicalBrowseDownloadpathWrapper> addresses;
     if (!getPhysicalBrowseDownloadpathFuncFromPlugin(path.getDevice(), addresses))
         return true;
-    PluginResultArray results;
-    if (!getResultsSync(addresses->GetDownloadUrl(result), results, progress))
-    {
-        qo::logUnlessStopped(
-            progress, u"CQoPluginManager::getPathResultFromPhysicalPlugin : GetDownloadUrl failed");
-        return false;
-    }
-    result = qo::firstResult<IPhysicalResult>(results);
-    if (!result)
-        qo::log(qo::level::error,
-                u"CQoPluginManager::getPathResultFromPhysicalPlugin : GetDownloadUrl returned no "
-                u"result");
-    return result != nullptr;
+#define QO_STEP(text) u"CQoPluginManager::getPathResultFromPhysicalPlugin : " text
+    return takeOne(addresses->GetDownloadUrl(result),
+                   QO_STEP(u"GetDownloadUrl failed"),
+                   QO_STEP(u"GetDownloadUrl returned no result"),
+                   progress,
+                   result);
+#undef QO_STEP
+}
+
+PluginOperationPtr
+qo::listLogicalLevel(ILogicalBrowseWrapper& browse, int level, const PluginResultPtr& above)
+{
+    if (level == 0)
+        return browse.GetArtists();
+    return level == 1 ? browse.GetAlbums(above) : browse.GetTracksForAlbum(above);
 }
 
 bool CQoPluginManager::getPathResultFromLogicalPlugin(
@@ -273,10 +287,7 @@ bool CQoPluginManager::getPathResultFromLogicalPlugin(
     {
         const Step& step = steps[i];
         PluginResultArray results;
-        PluginOperationPtr operation = i == 0   ? browse->GetArtists()
-                                       : i == 1 ? browse->GetAlbums(found)
-                                                : browse->GetTracksForAlbum(found);
-        if (!getResultsSync(std::move(operation), results, progress))
+        if (!getResultsSync(qo::listLogicalLevel(*browse, i, found), results, progress))
         {
             qo::logUnlessStopped(progress, step.failure, path.getComponent(i - 1));
             return false;

@@ -12,6 +12,7 @@ namespace
 {
 /// A plug-in whose folders lead back to themselves under ever new names ends here.
 constexpr int mostFolderLevels = 64;
+constexpr int longestTitle = 1000;
 
 void addRecord(const QoFileDbItemPtr& record, QoFileDbItemArray& files)
 {
@@ -151,7 +152,7 @@ void addTrack(const CQoCollPath& album, const IGenericResult& track, QoFileDbIte
     const QoFileDbItemPtr record = recordAt(path, track.GetSize());
     record->artist = album.getFirst();
     record->album = album.getSecond();
-    record->title = track.GetTitle();
+    record->title = track.GetTitle().Left(longestTitle);
     record->duration = std::max(track.GetDuration(), 0);
     qo::log(qo::level::detail, u"getFilesFromLogicalPlugin Add(%s)", record->path);
     addRecord(record, files);
@@ -244,11 +245,8 @@ bool CQoPluginManager::getFilesFromLogicalPlugin(
         u"CQoPluginManager::getFilesFromLogicalPlugin : GetArtists failed",
         u"CQoPluginManager::getFilesFromLogicalPlugin : GetAlbums(%s) failed",
         u"CQoPluginManager::getFilesFromLogicalPlugin : GetTracksForAlbum(%s) failed"};
-    PluginOperationPtr operation = level == root     ? browse->GetArtists()
-                                   : level == artist ? browse->GetAlbums(result)
-                                                     : browse->GetTracksForAlbum(result);
     PluginResultArray found;
-    if (!getResultsSync(std::move(operation), found, progress))
+    if (!getResultsSync(qo::listLogicalLevel(*browse, level, result), found, progress))
     {
         qo::logUnlessStopped(progress, failures[level], path.getLast());
         return false;

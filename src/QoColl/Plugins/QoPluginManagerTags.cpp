@@ -12,7 +12,7 @@ namespace
 {
 constexpr int id3HeaderSize = 10;
 /// No honest tag is larger, and a server may say anything.
-constexpr std::int64_t largestTag = 16 * 1024 * 1024;
+constexpr std::int64_t largestTag = std::int64_t{16} * 1024 * 1024;
 
 /// Removes a temporary file at the end of a scope.
 class PassingFile

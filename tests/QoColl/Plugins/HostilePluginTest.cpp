@@ -2,6 +2,7 @@
 #include "PluginFixture.h"
 #include "QoColl/Plugins/QoPluginManager.h"
 #include "QoColl/Tags/MusicTagEx.h"
+#include "plugins/folder/FolderEntry.h"
 
 #include <boost/smart_ptr/enable_shared_from_this.hpp>
 
@@ -11,26 +12,12 @@ namespace
 {
 using qo::host::FinishedOperation;
 
-/// An entry of any name, path and size.
-class AnyEntry : public IPhysicalResult
+/// An entry of any name, place and size.
+PluginResultPtr
+entry(const CString& name, const CString& place, bool isFolder, std::int64_t size = 0)
 {
-public:
-    AnyEntry(const CString& name, const CString& path, bool isFolder, std::int64_t size = 0)
-        : m_name(name), m_path(path), m_isFolder(isFolder), m_size(size)
-    {
-    }
-    CString GetName() const override { return m_name; }
-    CString GetPath() const override { return m_path; }
-    bool IsFolder() const override { return m_isFolder; }
-    std::int64_t GetSize() const override { return m_size; }
-    void SetSize(std::int64_t bytes) override { m_size = bytes; }
-
-private:
-    CString m_name;
-    CString m_path;
-    bool m_isFolder;
-    std::int64_t m_size;
-};
+    return boost::make_shared<qo::host::FolderEntry>(place, name, isFolder, size);
+}
 
 /// An artist, album or track.
 class AnyTrack : public IGenericResult
@@ -119,7 +106,7 @@ public:
 
     PluginOperationPtr GetRootFolder() override
     {
-        return FinishedOperation::withResult(boost::make_shared<AnyEntry>(u"", u"/", true));
+        return FinishedOperation::withResult(entry(u"", u"/", true));
     }
     PluginOperationPtr GetSubFoldersAndFiles(const PhysicalResultPtr& folder) override
     {
@@ -216,8 +203,8 @@ TEST_F(HostilePlugins, NamesOfEntriesAreOneComponentOrLeftOut)
         PluginResultArray results;
         for (const char16_t* const name :
              {u"", u".", u"..", u"../up", u"a\\b", u"tab\t", u"\xD800half", u"50%1"})
-            results.Add(boost::make_shared<AnyEntry>(name, u"", false, -5));
-        results.Add(boost::make_shared<AnyEntry>(longName, u"", false));
+            results.Add(entry(name, u"", false, -5));
+        results.Add(entry(longName, u"", false));
         results.Add({});
         results.Add(boost::make_shared<AnyTrack>(u"a", u"b", u"c"));
         return FinishedOperation::withResults(std::move(results));
@@ -243,9 +230,9 @@ TEST_F(HostilePlugins, FoldersThatLeadBackOrDownForEverEnd)
     // Each folder has itself, its parent and a file in it.
     far->folders = [&](const PluginResultPtr&)
     {
-        return listOf({boost::make_shared<AnyEntry>(u"up", u"/", true),
-                       boost::make_shared<AnyEntry>(u"loop", u"/loop", true),
-                       boost::make_shared<AnyEntry>(u"x.mp3", u"", false)});
+        return listOf({entry(u"up", u"/", true),
+                       entry(u"loop", u"/loop", true),
+                       entry(u"x.mp3", u"", false)});
     };
     EXPECT_EQ(pathsOf(scan()), "loop\nloop\\loop\nloop\\up\nloop\\x.mp3\nup\nx.mp3\n");
 
@@ -254,7 +241,7 @@ TEST_F(HostilePlugins, FoldersThatLeadBackOrDownForEverEnd)
     {
         CString path;
         path.Format(u"/%d", ++number);
-        return listOf({boost::make_shared<AnyEntry>(u"a", path, true)});
+        return listOf({entry(u"a", path, true)});
     };
     EXPECT_EQ(scan().GetSize(), 64);
 }
@@ -288,8 +275,7 @@ TEST_F(HostilePlugins, RequestsThatFailOrNeverEndAreLeft)
     far->folders = [&](const PluginResultPtr& folder)
     {
         const bool isRoot = boost::dynamic_pointer_cast<IPhysicalResult>(folder)->GetPath() == u"/";
-        return isRoot ? listOf({boost::make_shared<AnyEntry>(u"broken", u"/b", true),
-                                boost::make_shared<AnyEntry>(u"x.mp3", u"", false)})
+        return isRoot ? listOf({entry(u"broken", u"/b", true), entry(u"x.mp3", u"", false)})
                       : PluginOperationPtr();
     };
     QoFileDbItemArray files;
@@ -313,7 +299,7 @@ TEST_F(HostilePlugins, ARequestIsAskedAfterEachWaitAndTellsItsProgressInPercent)
 TEST_F(HostilePlugins, TagsThatLieAboutTheirSizeAreNotFetched)
 {
     far->folders = [](const PluginResultPtr&)
-    { return listOf({boost::make_shared<AnyEntry>(u"../../x.mp3", u"", false, 1000)}); };
+    { return listOf({entry(u"../../x.mp3", u"", false, 1000)}); };
     struct Row
     {
         std::string header;
@@ -353,9 +339,9 @@ TEST_F(HostilePlugins, ADownloadThatStallsOrFailsLeavesNoTarget)
 {
     far->folders = [](const PluginResultPtr&)
     {
-        return listOf({boost::make_shared<AnyEntry>(u"x.mp3", u"", false),
-                       boost::make_shared<AnyEntry>(u"X.MP3", u"", false),
-                       boost::make_shared<AnyEntry>(u"folder", u"", true)});
+        return listOf({entry(u"x.mp3", u"", false),
+                       entry(u"X.MP3", u"", false),
+                       entry(u"folder", u"", true)});
     };
     far->bytes = [](std::int64_t) { return std::string("stall"); };
     const CString target = dir.collPath("x.mp3");
