@@ -208,6 +208,12 @@ TEST_F(FolderPluginFiles, FoldersAreMadeOnceAndTheRoomIsKnown)
     EXPECT_FALSE(unlimited);
     EXPECT_FALSE(CQoPluginManager::getPluginFillStateInfo(u"none", total, free, unlimited));
 
+    int min = 1;
+    int max = 0;
+    CQoPluginManager::getPluginPathDepthLimits(u"NAS", min, max);
+    EXPECT_EQ(min, 0);
+    EXPECT_EQ(max, 260);
+
     fs::remove_all(dir.path("nas"));
     EXPECT_FALSE(CQoPluginManager::createDir(path, &progress));
     EXPECT_TRUE(log.has("getRootPathResultFromPhysicalPlugin : GetRootFolder failed", 10));
