@@ -25,9 +25,9 @@ findChild(const std::vector<ObjectInfo>& children, const CString& name, bool any
     const ObjectInfo* similar = nullptr;
     for (const ObjectInfo& child : children)
     {
-        if (child.pathName() == name)
+        if (child.m_pathName == name)
             return &child;
-        if (anyCase && !similar && child.pathName().CompareNoCase(name) == 0)
+        if (anyCase && !similar && child.m_pathName.CompareNoCase(name) == 0)
             similar = &child;
     }
     return similar;
@@ -85,7 +85,7 @@ bool walkObjects(qo::IPortableDevice& device,
         {
             if (walk.progress->isCanceled())
                 return false;
-            const CQoCollPath path = folder.path.child(child.pathName());
+            const CQoCollPath path = folder.path.child(child.m_pathName);
             if (!child.isFolder())
             {
                 if ((walk.types & CQoWPDManager::deviceFiles) == 0)

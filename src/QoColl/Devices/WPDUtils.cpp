@@ -3,6 +3,7 @@
 #include "Analyze/NSUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Devices/WPDKeys.h"
+#include "QoColl/Plugins/FarName.h"
 #include "common/Log.h"
 #include "platform/Platform.h"
 #include "types/CharClass.h"
@@ -283,6 +284,8 @@ bool CWPDUtils::getObjectInfo(qo::IPortableDevice& device,
     info.m_id = objectId;
     takeIfThere(wpd::objectName, bag, info.m_name);
     takeIfThere(wpd::objectOriginalName, bag, info.m_originalFileName);
+    info.m_pathName =
+        qo::farEntryName(info.m_originalFileName.IsEmpty() ? info.m_name : info.m_originalFileName);
     takeIfThere(wpd::objectContentType, bag, info.m_contentType);
     takeIfThere(wpd::functionalCategory, bag, info.m_functionalCategory);
     takeIfThere(wpd::objectSize, bag, info.m_size);
@@ -312,7 +315,7 @@ bool CWPDUtils::getObjectChildren(qo::IPortableDevice& device,
         ObjectInfo info;
         if (!getObjectInfo(device, id, info))
             isWhole = false;
-        else if (!info.pathName().IsEmpty())
+        else if (!info.m_pathName.IsEmpty())
             children.push_back(std::move(info));
     }
     return isWhole;

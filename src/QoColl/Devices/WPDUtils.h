@@ -16,6 +16,7 @@ public:
         CString m_id;
         CString m_name;
         CString m_originalFileName;
+        CString m_pathName; ///< the name in a path; "" for what cannot be one
         GUID m_contentType;
         GUID m_functionalCategory;
         std::int64_t m_size = 0; ///< bytes
@@ -32,11 +33,6 @@ public:
         int m_duration = 0;          ///< milliseconds
         int m_bitrate = 0;
 
-        /// The name that the object has in a path: that of its file, if it has one.
-        const CString& pathName() const
-        {
-            return m_originalFileName.IsEmpty() ? m_name : m_originalFileName;
-        }
         /// A folder, or a part of the device such as a storage.
         bool isFolder() const;
     };
@@ -96,7 +92,8 @@ public:
 
     static bool
     getObjectInfo(qo::IPortableDevice& device, const CString& objectId, ObjectInfo& info);
-    /// Appends them in the device's order, without those that have no name. False when the device
+    /// Appends them in the device's order, without those whose name cannot
+    /// stand in a path. False when the device
     /// does not list them, or says nothing of one, which is left out.
     static bool getObjectChildren(qo::IPortableDevice& device,
                                   const CString& objectId,

@@ -92,23 +92,25 @@ TEST_F(QoWPDManager, NamesLeadToTheFirstObjectOfThatName)
     m_phone.addFile(m_music, u"twice.mp3", "second");
     m_phone.addFile(m_music, u"Twice.mp3", "third");
     m_phone.addFile(m_music, u"a/b\\..mp3", "slashes");
-    const CString up = m_phone.addFolder(m_music, u"..");
+    const CString up = m_phone.addFolder(m_music, u"in");
+    m_phone.addFile(m_phone.addFolder(m_music, u".."), u"lost.mp3", "");
     m_phone.addFile(up, u"up.mp3", "up");
     m_phone.addFolder(up, u"");
     // A device may list a folder below itself.
     m_phone.objects.push_back({m_music, up, m_phone.find(m_music)->values, ""});
-    EXPECT_EQ(pathsBelow(u"\\\\wpd:phone\\card\\MUSIC"),
-              CString(u"card\\MUSIC\\a.mp3 card\\MUSIC\\twice.mp3 card\\MUSIC\\twice.mp3 "
-                      u"card\\MUSIC\\Twice.mp3 card\\MUSIC\\a/b%1..mp3 card\\MUSIC\\..\\up.mp3"));
+    EXPECT_EQ(
+        pathsBelow(u"\\\\wpd:phone\\card\\MUSIC"),
+        CString(u"card\\MUSIC\\a.mp3 card\\MUSIC\\twice.mp3 card\\MUSIC\\twice.mp3 "
+                u"card\\MUSIC\\Twice.mp3 card\\MUSIC\\a/b\uF05C..mp3 card\\MUSIC\\in\\up.mp3"));
     EXPECT_EQ(pathsBelow(u"\\\\wpd:phone\\", CQoWPDManager::deviceFolders),
-              CString(u"Card Card\\Music Card\\Music\\.. Card\\Music\\..\\Music"));
+              CString(u"Card Card\\Music Card\\Music\\in Card\\Music\\in\\Music"));
     CancelAt progress(never);
     const std::pair<const char16_t*, const char*> cases[] = {
         {u"\\\\wpd:phone\\Card\\Music\\twice.mp3", "first"},
         {u"\\\\wpd:phone\\Card\\Music\\TWICE.mp3", "first"},
         {u"\\\\wpd:phone\\Card\\Music\\Twice.mp3", "third"},
-        {u"\\\\wpd:phone\\Card\\Music\\a/b%1..mp3", "slashes"},
-        {u"\\\\wpd:phone\\Card\\Music\\..\\up.mp3", "up"}};
+        {u"\\\\wpd:phone\\Card\\Music\\a/b\uF05C..mp3", "slashes"},
+        {u"\\\\wpd:phone\\Card\\Music\\in\\up.mp3", "up"}};
     for (const auto& [path, content] : cases)
     {
         EXPECT_TRUE(get(path, progress));
