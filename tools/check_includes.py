@@ -60,6 +60,8 @@ EXCEPTIONS = {
     ("Physical/HDFile.cpp", "QoColl/Collection/QoUtils.h"): "kinds of files and the order of paths are questions to CQoUtils",
     ("cli/shown/Listing.h", "cli/CommandLine.h"): "a listing takes the form that the command line asks for",
     ("QoColl/Collection/QoCollectionBuild.cpp", "QoColl/Statistics/QoStatistics.h"): "a collection that was built logs its numbers",
+    ("QoColl/Collection/QoCollectionScan.cpp", "QoColl/Sharing/QoDbExtract.h"): "a known file of a friend gets what his extract says",
+    ("QoColl/Collection/QoCollectionFar.cpp", "QoColl/Sharing/QoShareManager.h"): "a friend's files are listed by his extract",
     ("core/rules", "core/plan"): "a rule's text is the name of a target",
     ("core/session", "core/load"): "a session makes its database ready",
 }

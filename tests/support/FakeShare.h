@@ -38,9 +38,10 @@ public:
                   lines;
     }
     /// A line for a song of an artist, with that row.
-    static std::string
-    song(const std::string& row, const std::string& path, const std::string& artist)
+    static std::string song(const std::string& row, std::string path, const std::string& artist)
     {
+        for (std::size_t i = path.find('\\'); i != std::string::npos; i = path.find('\\', i + 2))
+            path.insert(i, 1, '\\');
         return "INS:" + row + "\t" + path + "\t" + artist +
                "\tsong\talbum\tg\t1\t2000\t5\t6\t9\t128\t7\r\n";
     }

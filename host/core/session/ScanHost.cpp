@@ -107,6 +107,8 @@ void ScanHost::failed(ETrouble trouble, const CString& path, const CString& caus
     case ETrouble::absent:
         m_unread.Add(path);
         break;
+    case ETrouble::unlisted: // of far collections alone
+        break;
     case ETrouble::twin:
         m_twins.Add(path);
         break;

@@ -105,7 +105,8 @@ public:
                             IQoProgress* progress);
     /// Replaces the root folders: the files of new ones are read, those of missing ones leave, and
     /// all is saved. A change of the type of a folder alone is ignored. Does nothing when no
-    /// database was ever loaded. After a cancel the collection is empty, as above.
+    /// database was ever loaded. After a cancel the collection is empty, as above. A share whose
+    /// extract cannot be had ends it with a CQoException*, and the collection must be loaded again.
     void setRootDirs(const CStringArray& dirs, const CQoPathsInfoMap& info, IQoProgress* progress);
     /// The folder in the tree; it is made if it is missing. Null if that is not possible.
     boost::shared_ptr<CHDDirectory> createNewDeviceDir(const CQoCollPath& path,
@@ -231,27 +232,51 @@ protected:
                               CQoFileChangeInfo::ESetImportedAction action,
                               QoFileDbItemArray& files,
                               IQoProgress* progress);
-    /// Lists the files of one root folder with their write times. Stops at a cancel.
-    void getFilesFromDisk(const CQoCollPath& rootDir, qo::FoundFiles& found, IQoProgress* progress);
+    /// Lists the files of one root folder with their write times. Stops at a cancel. False when the
+    /// folder is on a device that is not connected, or that left meanwhile.
+    bool getFilesFromDisk(const CQoCollPath& rootDir, qo::FoundFiles& found, IQoProgress* progress);
+    /// Lists a root folder in any place: on a disk as found, elsewhere as records that the source
+    /// filled.
+    void listRootDir(const CQoCollPath& rootDir,
+                     qo::FoundFiles& found,
+                     QoFileDbItemArray& listed,
+                     IQoProgress* progress);
+    /// False when the source did not list all.
+    bool listFarDir(const CQoCollPath& rootDir, QoFileDbItemArray& listed, IQoProgress* progress);
     /// A record in the state added, with flags by extension and folder type; it is in no list yet.
+    /// listed is a record that the source filled, which it is then, or null.
     QoFileDbItemPtr makeNewRecord(const CString& path,
+                                  const QoFileDbItemPtr& listed,
                                   CQoFileChangeInfo::ESetImportedAction action) const;
-    QoFileDbItemPtr
-    addRecord(const CString& path, CQoFileChangeInfo::ESetImportedAction action, int index);
+    /// What addFilesFromRootDirs() needs for each file.
+    struct TakeIn;
+    /// Takes a file that was found into m_fileDbItems and, if it is not there yet, into the list of
+    /// what was found. listed as above.
+    void takeFound(const qo::FoundFile& file, const QoFileDbItemPtr& listed, TakeIn& to);
+    QoFileDbItemPtr addRecord(const CString& path,
+                              const QoFileDbItemPtr& listed,
+                              CQoFileChangeInfo::ESetImportedAction action,
+                              int index);
     /// Null for a second file of that name (they differ in case alone).
-    QoFileDbItemPtr recordOfKnown(const qo::FoundFile& file, int index);
-    /// Whether the record changed. seen is what a walk has just seen of the file, or null when
-    /// there was no walk.
+    QoFileDbItemPtr
+    recordOfKnown(const qo::FoundFile& file, const QoFileDbItemPtr& listed, int index);
+    /// Whether the record changed. seen is what a walk has just seen of the file, and listed what
+    /// its source said of it; both are null when there was no walk.
     bool checkUpdateFileInfo(QoFileDbItemPtr& item,
                              IQoProgress* progress,
                              bool readTag,
-                             const qo::FileInfo* seen);
+                             const qo::FileInfo* seen,
+                             const QoFileDbItem* listed = nullptr);
     /// Reads write time and, for a file that is new or to be read again, size and tag. False, with
     /// a log line, if the file cannot be reached; the record stays as it is then.
     bool
     checkDiskFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag, const qo::FileInfo* seen);
     void keepUnmetFiles();
     void dropStrangers();
+    /// listed is what the device said of the file while it was listed; with null it is asked.
+    bool checkWpdFilePhysicalChanges(QoFileDbItemPtr& item,
+                                     IQoProgress* progress,
+                                     const QoFileDbItem* listed);
     bool checkLogicalPluginFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag);
     bool checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag);
     /// Mark records as deleted, so that what a walk does not find leaves with the next save.
@@ -328,6 +353,7 @@ private:
     CPtrListT<CHDDirectory> m_zombieDirs;
     CPtrListT<CHDFile> m_zombieFiles;
     qo::MarkUpkeep m_marks;
+    qo::CollPathArray m_unlistedDirs; ///< of the last walk, those that were not listed to the end
     bool m_loadedSuccesfully = false; ///< of load(); a change sets it, a canceled one clears it
     IQoScanHost* m_scanHost;          ///< never null
 };

@@ -196,7 +196,7 @@ bool CQoCollection::applyScan(const CQoFileChangeInfo& change,
     const bool isNew = item == nullptr;
     if (isNew)
     {
-        item = makeNewRecord(change.m_path, change.m_importedAction);
+        item = makeNewRecord(change.m_path, {}, change.m_importedAction);
         if (change.m_scanFileType == CQoFileChangeInfo::importedFile)
             setImportedMediaType(*item);
         if (change.m_dbItem)
@@ -298,37 +298,4 @@ void CQoCollection::dropRootDirs(const qo::CollPathArray& dirs)
             m_zombieDirs.add(root);
         }
     }
-}
-
-boost::shared_ptr<CHDDirectory> CQoCollection::createNewDeviceDir(const CQoCollPath& path,
-                                                                  IQoProgress*)
-{
-    // On a portable device or a plug-in a folder must be made by the device first.
-    if (path.isWPD() || path.isPhysicalPlugin())
-        return CHDDirectory::NullDir;
-    return findCreateDir(path, false);
-}
-
-void CQoCollection::createCollDirs(const QoFileDbItemArray& files, IQoProgress*)
-{
-    for (const QoFileDbItemPtr& item : files)
-        findCreateDir(CQoCollPath(item->path), false);
-}
-
-bool CQoCollection::loadDeviceDirs(const CString& deviceId,
-                                   CQoCollPath::EDeviceType type,
-                                   int,
-                                   IQoProgress* progress)
-{
-    const QoFileDbItemArray found;
-    findCreateDir(CQoCollPath(type, deviceId), true);
-    createCollDirs(found, progress);
-    return false;
-}
-
-bool CQoCollection::loadDeviceSubDirs(const CString&, int, IQoProgress* progress)
-{
-    const QoFileDbItemArray found;
-    createCollDirs(found, progress);
-    return false;
 }

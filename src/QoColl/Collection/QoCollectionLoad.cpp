@@ -5,6 +5,7 @@
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Plugins/QoPluginManager.h"
 #include "common/Log.h"
 #include "common/QoException.h"
 #include "common/QoProgress.h"
@@ -216,11 +217,14 @@ bool CQoCollection::checkUpdateCollInfo(const qo::CollPathArray& rootDirs, bool 
     qo::CollPathArray added;
     qo::CollPathArray removed;
     qo::diffPathArrays(rootDirs, stored, added, removed);
-    // Only the collection of a plug-in has a user name, which comes with the plug-in's
-    // configuration.
-    const CString userName;
+    CString userName;
     if (!m_collId.IsEmpty() && rootDirs.IsEmpty())
         log(level::error, u"no root dirs for device %s", m_collId);
+    else if (!m_collId.IsEmpty() && rootDirs[0].isPlugin())
+    {
+        CString password;
+        (void)CQoPluginManager::getPluginCredentials(m_collId, userName, password);
+    }
 
     CString message(forRescan ? u"will rescan coll because" : u"");
     bool changed = false;

@@ -11,6 +11,7 @@
 #include "QoColl/Collection/VelmoraId.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Sharing/QoDbExtract.h"
 #include "QoColl/Tags/MusicTagEx.h"
 #include "common/Log.h"
 #include "common/MakeObject.h"
@@ -19,6 +20,9 @@
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+
+#include <algorithm>
+#include <tuple>
 
 // The walk of the root folders, and the comparison of what it found with the records.
 //
@@ -73,11 +77,24 @@ QoFileDbItemPtr takeOver(const QoFileDbItemPtr& stored, const qo::FoundFile& fou
     return item;
 }
 
-/// A newer write time is what the collection goes by; the host may want more.
-bool isToBeRead(const QoFileDbItem& item, const qo::FileInfo& seen, IQoScanHost& host)
+bool hasSameShareTags(const QoFileDbItem& a, const QoFileDbItem& b)
 {
-    return CQoCollDbUtils::compareFILETIMEs(seen.modified, item.modifTime) > 0 ||
-           host.mustRead(item, seen);
+    const auto fields = [](const QoFileDbItem& record)
+    {
+        return std::tuple(record.clipUid,
+                          record.artist,
+                          record.title,
+                          record.album,
+                          record.genre,
+                          record.trackNumber,
+                          record.year,
+                          record.size,
+                          record.duration,
+                          record.flags,
+                          record.bitrate,
+                          qo::toTicks(record.createTime));
+    };
+    return fields(a) == fields(b);
 }
 
 /// Whether a known file is still there. Files that are not on a disk count as present: their source
@@ -104,13 +121,24 @@ bool existsOnDisk(const CQoCollPath::EDeviceType type, const CString& path)
 }
 } // namespace
 
-void CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
+struct CQoCollection::TakeIn
+{
+    CQoFileChangeInfo::ESetImportedAction action;
+    qo::ScanLookup known;
+    qo::ScanLookup inFiles;
+    QoFileDbItemArray& files;
+    IQoProgress* progress;
+};
+
+bool CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
                                      qo::FoundFiles& found,
                                      IQoProgress* progress)
 {
     const CString rootReal = CQoUtils::getRealPath(rootDir);
     if (rootReal.IsEmpty())
-        return;
+        return false;
+    qo::FileInfo before;
+    (void)qo::fileSystem().info(rootReal, qo::Spelling::anyCase, before);
     QoKernel::CFileFilter filter;
     filter.m_flags = QoKernel::CFileFilter::testType;
     filter.m_typeMask = QoKernel::CFileFilter::plainFiles;
@@ -119,7 +147,7 @@ void CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
          any = finder.findNext())
     {
         if (progress->isCanceled())
-            return;
+            return true;
         CString path = finder.getFilePath();
         // The path of a device contains its id instead of its present drive.
         if (rootDir.isUSB())
@@ -128,6 +156,11 @@ void CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
                        .toString();
         found.push_back({std::move(path), finder.getFileInfo()});
     }
+    // Where a stick was mounted another folder may be once it is pulled out, mostly an empty one.
+    qo::FileInfo after;
+    return !rootDir.isUSB() ||
+           (qo::fileSystem().info(rootReal, qo::Spelling::anyCase, after) == 0 &&
+            after.device == before.device && after.inode == before.inode);
 }
 
 void CQoCollection::checkPhysicalChanges(QoFileDbItemArray& files,
@@ -141,7 +174,9 @@ void CQoCollection::checkPhysicalChanges(QoFileDbItemArray& files,
     qo::CollPathArray dirs;
     getRootDirs(dirs);
     addFilesFromRootDirs(dirs, action, files, progress);
-    setScanned();
+    // What was never scanned to its end is scanned by the next load.
+    if (m_unlistedDirs.IsEmpty() || !CQoCollDbUtils::IsNullFILETIME(m_collInfo.scanTime))
+        setScanned();
     progress->setStage(IQoProgress::stageCheck);
     progress->setRange(IQoProgress::rangeKnown, m_fileDbItems.GetSize());
     qo::FolderOfFile folder;
@@ -192,9 +227,17 @@ void CQoCollection::dropStrangers()
 /// Every record that the walk did not meet is marked as deleted by then.
 void CQoCollection::keepUnmetFiles()
 {
+    const auto isUnlisted = [&](const QoFileDbItem& item)
+    {
+        const CQoCollPath path(item.path);
+        return std::any_of(m_unlistedDirs.begin(),
+                           m_unlistedDirs.end(),
+                           [&](const CQoCollPath& dir) { return path.isSubPathOf(dir); });
+    };
     for (const QoFileDbItemPtr& item : m_fileDbItems)
     {
-        if (item->dbState == dbState::deleted && !m_scanHost->isGone(*item))
+        if (item->dbState == dbState::deleted &&
+            ((!m_unlistedDirs.IsEmpty() && isUnlisted(*item)) || !m_scanHost->isGone(*item)))
             item->dbState = dbState::unchanged;
     }
 }
@@ -227,40 +270,54 @@ void CQoCollection::addFilesFromRootDirs(const qo::CollPathArray& dirs,
                                          IQoProgress* progress)
 {
     progress->setRange(IQoProgress::rangeUnknown, 0);
+    m_unlistedDirs.RemoveAll();
     qo::FoundFiles found;
+    QoFileDbItemArray listed;
     for (const CQoCollPath& dir : dirs)
     {
         if (progress->isCanceled())
             break;
-        if (dir.isLocalDisk())
-            getFilesFromDisk(dir, found, progress);
+        listRootDir(dir, found, listed, progress);
     }
     progress->setStage(IQoProgress::stageCheck);
-    progress->setRange(IQoProgress::rangeKnown, static_cast<int>(found.size()));
-    qo::ScanLookup known(m_fileDbItems);
-    qo::ScanLookup listed(files);
+    progress->setRange(IQoProgress::rangeKnown, static_cast<int>(found.size()) + listed.GetSize());
+    TakeIn to{action, qo::ScanLookup(m_fileDbItems), qo::ScanLookup(files), files, progress};
     for (const qo::FoundFile& file : found)
     {
         if (progress->isCanceled())
-            break;
-        progress->step(1);
-        progress->setCurrentItem(file.path, IQoProgress::itemFilePath);
-        int index = 0;
-        const bool isKnown = known.find(file.path, index);
-        QoFileDbItemPtr item =
-            isKnown ? recordOfKnown(file, index) : addRecord(file.path, action, index);
-        if (!item)
-            continue;
-        checkUpdateFileInfo(item, progress, true, &file.info);
-        if (!listed.find(item->path, index))
-            files.InsertAt(index, item);
+            return;
+        takeFound(file, {}, to);
+    }
+    for (const QoFileDbItemPtr& item : listed)
+    {
+        if (progress->isCanceled())
+            return;
+        qo::FoundFile file{item->path, {}};
+        file.info.modified = item->modifTime;
+        takeFound(file, item, to);
     }
 }
 
+void CQoCollection::takeFound(const qo::FoundFile& file, const QoFileDbItemPtr& listed, TakeIn& to)
+{
+    to.progress->step(1);
+    to.progress->setCurrentItem(file.path, IQoProgress::itemFilePath);
+    int index = 0;
+    const bool isKnown = to.known.find(file.path, index);
+    QoFileDbItemPtr item = isKnown ? recordOfKnown(file, listed, index)
+                                   : addRecord(file.path, listed, to.action, index);
+    if (!item)
+        return;
+    checkUpdateFileInfo(item, to.progress, true, &file.info, listed.get());
+    if (!to.inFiles.find(item->path, index))
+        to.files.InsertAt(index, item);
+}
+
 QoFileDbItemPtr CQoCollection::makeNewRecord(const CString& path,
+                                             const QoFileDbItemPtr& listed,
                                              CQoFileChangeInfo::ESetImportedAction action) const
 {
-    QoFileDbItemPtr item = makeRecord(path);
+    QoFileDbItemPtr item = listed ? listed : makeRecord(path);
     item->dbState = dbState::added;
     setMusicAndVideoFlags(item);
     setImported(item, action);
@@ -268,18 +325,20 @@ QoFileDbItemPtr CQoCollection::makeNewRecord(const CString& path,
 }
 
 QoFileDbItemPtr CQoCollection::addRecord(const CString& path,
+                                         const QoFileDbItemPtr& listed,
                                          CQoFileChangeInfo::ESetImportedAction action,
                                          int index)
 {
     log(level::flow, u"CQoCollection::addFilesFromRootDirs : new file found : %s", path);
-    QoFileDbItemPtr item = makeNewRecord(path, action);
+    QoFileDbItemPtr item = makeNewRecord(path, listed, action);
     m_fileDbItems.InsertAt(index, item);
     return item;
 }
 
 /// The stored record if it was marked as deleted before the walk, else a new one in no list, with
 /// nothing but the path.
-QoFileDbItemPtr CQoCollection::recordOfKnown(const qo::FoundFile& file, int index)
+QoFileDbItemPtr
+CQoCollection::recordOfKnown(const qo::FoundFile& file, const QoFileDbItemPtr& listed, int index)
 {
     const QoFileDbItemPtr& stored = m_fileDbItems[index];
     if (isTwin(stored, file.path))
@@ -294,13 +353,24 @@ QoFileDbItemPtr CQoCollection::recordOfKnown(const qo::FoundFile& file, int inde
     QoFileDbItemPtr item = takeOver(stored, file);
     if (item != stored)
         m_fileDbItems.SetAt(index, item);
+    // A plug-in's files keep the tags that were read when they were new. A friend's are what he
+    // says now, his row of the file included, since he is asked for files by their rows.
+    if (listed && CQoCollPath::typeOf(file.path) == CQoCollPath::share)
+    {
+        const QoFileDbItem before = *item;
+        CQoDbExtract::CopyShareTags(listed, item);
+        setMusicAndVideoFlags(item);
+        if (!hasSameShareTags(before, *item))
+            item->dbState = dbState::modified;
+    }
     return item;
 }
 
 bool CQoCollection::checkUpdateFileInfo(QoFileDbItemPtr& item,
-                                        IQoProgress*,
+                                        IQoProgress* progress,
                                         bool readTag,
-                                        const qo::FileInfo* seen)
+                                        const qo::FileInfo* seen,
+                                        const QoFileDbItem* listed)
 {
     if (item->velmoraId.IsEmpty())
         item->velmoraId = qo::makeVelmoraId();
@@ -310,6 +380,8 @@ bool CQoCollection::checkUpdateFileInfo(QoFileDbItemPtr& item,
     case CQoCollPath::network:
     case CQoCollPath::usb:
         return checkDiskFilePhysicalChanges(item, readTag, seen);
+    case CQoCollPath::wpd:
+        return checkWpdFilePhysicalChanges(item, progress, listed);
     case CQoCollPath::physicalPlugin:
         return checkPhysicalPluginFilePhysicalChanges(item, readTag);
     case CQoCollPath::logicalPlugin:
@@ -325,7 +397,7 @@ bool CQoCollection::checkDiskFilePhysicalChanges(QoFileDbItemPtr& item,
                                                  bool readTag,
                                                  const qo::FileInfo* seen)
 {
-    if (seen && item->dbState != dbState::added && !isToBeRead(*item, *seen, *m_scanHost))
+    if (seen && item->dbState != dbState::added && !qo::isToBeRead(*item, *seen, *m_scanHost))
         return false;
     const CString real = CQoUtils::getRealPath(item->path);
     qo::FileInfo info;
@@ -344,7 +416,7 @@ bool CQoCollection::checkDiskFilePhysicalChanges(QoFileDbItemPtr& item,
         info = *seen;
     if (item->dbState != dbState::added)
     {
-        if (!isToBeRead(*item, info, *m_scanHost))
+        if (!qo::isToBeRead(*item, info, *m_scanHost))
             return false;
         log(level::flow,
             u"CQoCollection::checkDiskFilePhysicalChanges : file modified : %s",
@@ -371,29 +443,6 @@ bool CQoCollection::checkDiskFilePhysicalChanges(QoFileDbItemPtr& item,
     item->modifTime = info.modified;
     item->size = info.size;
     return true;
-}
-
-bool CQoCollection::checkLogicalPluginFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag)
-{
-    if (!readTag)
-        return false;
-    const CQoCollPath path(item->path);
-    bool changed = false;
-    const auto takeFromPath = [&](CString& field, const CString& value)
-    {
-        changed = changed || field != value;
-        field = value;
-    };
-    takeFromPath(item->artist, path.getFirst());
-    takeFromPath(item->album, path.getSecond());
-    takeFromPath(item->title, path.getThird());
-    return changed;
-}
-
-bool CQoCollection::checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr&, bool)
-{
-    // Files of a physical plug-in are examined once, when they are listed.
-    return false;
 }
 
 void CQoCollection::markDeletedAllFiles(IQoProgress*)

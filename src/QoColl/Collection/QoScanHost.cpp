@@ -1,5 +1,6 @@
 #include "QoColl/Collection/QoScanHost.h"
 
+#include "QoColl/Db/QoCollDbUtils.h"
 #include "platform/Platform.h"
 
 int IQoScanHost::list(const CString& folder, std::vector<qo::DirEntry>& entries)
@@ -29,3 +30,9 @@ void IQoScanHost::fileRead(const QoFileDbItem&, const KVTagLib::CTags*) {}
 void IQoScanHost::beforeSave() {}
 
 void IQoScanHost::failed(ETrouble, const CString&, const CString&) {}
+
+bool qo::isToBeRead(const QoFileDbItem& item, const FileInfo& seen, IQoScanHost& host)
+{
+    return CQoCollDbUtils::compareFILETIMEs(seen.modified, item.modifTime) > 0 ||
+           host.mustRead(item, seen);
+}

@@ -14,11 +14,13 @@ class QO_API IQoScanHost : public qo::IFolderLister
 public:
     enum class ETrouble : std::uint8_t
     {
-        load,    ///< the collection could not be loaded; the path is that of the database
-        save,    ///< nor saved
-        readTag, ///< the file is in the collection, without tags
-        absent,  ///< the file's attributes cannot be had; its record stays as it is
-        twin     ///< another file has that name but for its case; this one is left out
+        load,     ///< the collection could not be loaded; the path is that of the database
+        save,     ///< nor saved
+        readTag,  ///< the file is in the collection, without tags
+        absent,   ///< the file's attributes cannot be had; its record stays as it is
+        unlisted, ///< a source did not list all below the folder; what it left out keeps its
+                  ///< records
+        twin      ///< another file has that name but for its case; this one is left out
     };
 
     /// Entries of a folder that a load walks. This one asks the file system.
@@ -44,3 +46,9 @@ public:
     /// The cause is a text without a closing stop, such as "Permission denied".
     virtual void failed(ETrouble trouble, const CString& path, const CString& cause);
 };
+
+namespace qo
+{
+/// Whether a known file is read again: for a newer write time, or when the host says so.
+bool isToBeRead(const QoFileDbItem& item, const FileInfo& seen, IQoScanHost& host);
+} // namespace qo

@@ -2,6 +2,7 @@
 
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
+#include "QoColl/Devices/QoUSBManager.h"
 #include "common/CollPath.h"
 #include "common/FilePathParts.h"
 #include "common/ListT.h"
@@ -28,9 +29,9 @@ CListT<const CString> sortedPaths(const CStringArray& dirs)
 
 bool CQoUtils::getRealPath(const CQoCollPath& path, CString& real)
 {
-    if (path.getType() != CQoCollPath::drive && path.getType() != CQoCollPath::network)
+    if (!path.isLocalDisk())
         return false;
-    real = path.toString();
+    real = path.isUSB() ? theQoUSBManager.getRealPath(path) : path.toString();
     return true;
 }
 
@@ -44,6 +45,8 @@ CString CQoUtils::getRealPath(const CQoCollPath& path)
 CString CQoUtils::getRealPath(const CString& path)
 {
     const CQoCollPath::EDeviceType type = CQoCollPath::typeOf(path);
+    if (type == CQoCollPath::usb)
+        return theQoUSBManager.getRealPath(CQoCollPath(path));
     return type == CQoCollPath::drive || type == CQoCollPath::network ? path : CString();
 }
 

@@ -64,11 +64,12 @@ public:
     static bool existRealFilesInList(const Files& files);
     static void getRealFiles(const Files& files, Files& realFiles);
 
-    /// The path by which the system can reach the file; only drive and network paths have one.
-    /// Otherwise the first form returns false and leaves real unchanged, and the second returns "".
+    /// The path by which the system can reach the file; only drive and network paths have one, and
+    /// those on USB devices, for which it is "" while the device is not connected. Otherwise the
+    /// first form returns false and leaves real unchanged, and the second returns "".
     static bool getRealPath(const CQoCollPath& path, CString& real);
     static CString getRealPath(const CQoCollPath& path);
-    /// The same for a path as text, without parsing it.
+    /// The same for a path as text.
     static CString getRealPath(const CString& path);
     /// The present size on the disk in bytes; 0, with a log line, when that cannot be determined.
     static std::int64_t getFileSize(const File& file);

@@ -9,6 +9,7 @@
 #include "common/Log.h"
 #include "common/QoException.h"
 #include "common/QoProgress.h"
+#include "common/StdioFileEx.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 
@@ -27,6 +28,16 @@ QoFileDbItemPtr recordOfPath(const CQoCollPath& path)
             return file->getDbItem();
     }
     return {};
+}
+
+/// Whether the file is an extract at all: what is none has no records, and would seem to be that of
+/// a friend who has no files any more.
+bool hasExtractHead(const CString& path)
+{
+    CStdioFileEx file;
+    CString line;
+    return file.Open(path, CStdioFileEx::modeRead) && file.ReadString(line) &&
+           line.Find(u"QODB_EXTRACT_VERSION:") >= 0;
 }
 
 void removeExtract(const CString& path)
@@ -68,6 +79,7 @@ void CQoShareManager::getFilesFromShare(const CQoCollPath& path,
         qo::log(level::error, u"CQoShareManager::getFilesFromShare failed to get the qodb extract");
         throw new CQoException(CQoException::extractFailed, nullptr);
     }
+    const bool isExtract = hasExtractHead(local);
     const CQoDbExtract::ERetCode result = CQoDbExtract::LoadQoDbExtract(device, local, files);
     removeExtract(local);
     if (result == CQoDbExtract::extractUnsupported)
@@ -77,7 +89,7 @@ void CQoShareManager::getFilesFromShare(const CQoCollPath& path,
         throw new CQoException(CQoException::unsupportedExtract, nullptr);
     }
     if (isWhole)
-        *isWhole = result == CQoDbExtract::extractLoaded;
+        *isWhole = isExtract && result == CQoDbExtract::extractLoaded;
 }
 
 CString CQoShareManager::getDeviceName(const CQoCollPath& path)
