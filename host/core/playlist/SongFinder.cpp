@@ -118,8 +118,24 @@ QoFileDbItemPtr SongFinder::byId(const CString& id)
     return found == ids.end() ? QoFileDbItemPtr() : found->second;
 }
 
+/// Long lists have such paths alone, and the trees are searched folder by folder.
+QoFileDbItemPtr SongFinder::byExactPath(const CString& path)
+{
+    if (!m_byExactPath)
+    {
+        m_byExactPath.emplace();
+        m_byExactPath->reserve(static_cast<std::size_t>(all().GetSize()));
+        for (const QoFileDbItemPtr& item : all())
+            m_byExactPath->emplace(item->path.view(), item);
+    }
+    const auto found = m_byExactPath->find(path.view());
+    return found == m_byExactPath->end() ? QoFileDbItemPtr() : found->second;
+}
+
 QoFileDbItemPtr SongFinder::byPath(const std::string& path)
 {
+    if (auto item = byExactPath(fromSystemPath(path)))
+        return item;
     if (auto item = CollectionChanges::recordOf(fromSystemPath(path)))
         return item;
     for (const CString& form : spellings(path))

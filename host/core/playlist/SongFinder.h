@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -53,8 +54,11 @@ private:
     const Index& index(std::optional<Index>& index, KeyOf keyOf);
 
     const QoFileDbItemArray& all();
+    QoFileDbItemPtr byExactPath(const CString& path);
 
     QoFileDbItemArray m_all;
+    /// By the paths as they are in the records, which stay.
+    std::optional<std::unordered_map<std::u16string_view, QoFileDbItemPtr>> m_byExactPath;
     std::optional<Index> m_byId;
     std::optional<Index> m_byPath;
     std::optional<std::vector<End>> m_byEnd; ///< sorted by the paths from their ends
