@@ -14,21 +14,8 @@ namespace
 using host::FieldKind;
 using host::FieldSource;
 using host::FileField;
+using host::JsonLine;
 using host::KnownNotes;
-
-Json valueJson(const FileField& field, const host::FieldValue& value)
-{
-    if (const CString* const text = std::get_if<CString>(&value))
-        return toUtf8(*text);
-    if (const FILETIME* const time = std::get_if<FILETIME>(&value))
-        return toTicks(*time) == 0 ? Json() : Json(isoTime(*time));
-    const std::int64_t number = std::get<std::int64_t>(value);
-    if (field.kind == FieldKind::stars)
-        return number == 0       ? Json()
-               : number % 2 == 0 ? Json(number / 2)
-                                 : Json(static_cast<double>(number) / 2);
-    return field.kind == FieldKind::yesNo ? Json(number != 0) : Json(number);
-}
 
 /// "3.5" of seven half stars; "" for none.
 std::string starsText(std::int64_t halfStars)
@@ -95,18 +82,29 @@ bool isListed(const FileField& field)
     return field.source == FieldSource::record || field.source == FieldSource::note;
 }
 
-void putFields(Json& object, const QoFileDbItem& item, KnownNotes& notes, bool withTree)
+/// A path; one that is no UTF-8 is shown with U+FFFD, and nameUri has its exact bytes.
+void putPath(JsonLine& line, const std::string& name, const CString& path)
 {
-    for (const FileField& field : host::fileFields())
-    {
-        if (!isListed(field) && !(field.source == FieldSource::tree && withTree))
-            continue;
-        const host::FieldValue value = field.read(item, notes);
-        if (field.kind == FieldKind::path)
-            putPath(object, field.name, std::get<CString>(value));
-        else
-            object[field.name] = valueJson(field, value);
-    }
+    const std::string shown = path.IsEmpty() ? std::string() : host::shownPath(path);
+    line.text(name, shown);
+    if (!isUtf8(shown))
+        line.text(name + "Uri", fileUri(shown));
+}
+
+void putValue(JsonLine& line, const FileField& field, const host::FieldValue& value)
+{
+    if (const CString* const text = std::get_if<CString>(&value))
+        return field.kind == FieldKind::path ? putPath(line, field.name, *text)
+                                             : line.text(field.name, text->view());
+    if (const FILETIME* const time = std::get_if<FILETIME>(&value))
+        return toTicks(*time) == 0 ? line.raw(field.name, "null")
+                                   : line.raw(field.name, '"' + isoTime(*time) + '"');
+    const std::int64_t number = std::get<std::int64_t>(value);
+    if (field.kind == FieldKind::yesNo)
+        return line.raw(field.name, number != 0 ? "true" : "false");
+    if (field.kind == FieldKind::stars)
+        return line.raw(field.name, number == 0 ? "null" : starsText(number));
+    line.number(field.name, number);
 }
 } // namespace
 
@@ -124,11 +122,13 @@ void putPath(Json& object, const std::string& name, const CString& path)
     putPath(object, name, path.IsEmpty() ? std::string() : host::shownPath(path));
 }
 
-Json recordJson(const QoFileDbItem& item, KnownNotes& notes, bool withTree)
+void putRecord(JsonLine& line, const QoFileDbItem& item, KnownNotes& notes, bool withTree)
 {
-    Json object;
-    putFields(object, item, notes, withTree);
-    return object;
+    for (const FileField& field : host::fileFields())
+    {
+        if (isListed(field) || (field.source == FieldSource::tree && withTree))
+            putValue(line, field, field.read(item, notes));
+    }
 }
 
 std::string fieldText(const FileField& field, const QoFileDbItem& item, KnownNotes& notes)

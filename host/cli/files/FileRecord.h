@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/base/Json.h"
+#include "core/base/JsonLine.h"
 
 #include <QoKernel/Collection.h>
 
@@ -26,13 +27,16 @@ void putPath(Json& object, const std::string& name, const CString& path);
 
 /// Times are UTC or null, the duration milliseconds, the bitrate kbit/s. The fields of the tree are
 /// searched for and left out unless asked for.
-Json recordJson(const QoFileDbItem& item, host::KnownNotes& notes, bool withTree = false);
+void putRecord(host::JsonLine& line,
+               const QoFileDbItem& item,
+               host::KnownNotes& notes,
+               bool withTree = false);
 /// One field on one line: lengths as "3:51", all other numbers and times as in JSON.
 std::string
 fieldText(const host::FileField& field, const QoFileDbItem& item, host::KnownNotes& notes);
 /// The names of recordRow's columns.
 std::string recordHeader();
-/// The values of recordJson() without the tree, with tabs between them; paths without
+/// The values of putRecord() without the tree, with tabs between them; paths without
 /// control characters.
 std::string recordRow(const QoFileDbItem& item, host::KnownNotes& notes);
 /// Each field but the path on a line of its own, for people.

@@ -39,11 +39,12 @@ void printInfo(CommandLine& line, const QoFileDbItem& item, host::KnownNotes& no
     const bool hasTag = readOwnTag(item.path, tag, cause);
     if (line.json)
     {
-        Json object = recordJson(item, notes, true);
-        object["tag"] = hasTag ? tagJson(tag, allValues(item.path)) : Json();
+        host::JsonLine object;
+        putRecord(object, item, notes, true);
+        object.raw("tag", dump(hasTag ? tagJson(tag, allValues(item.path)) : Json()));
         if (!hasTag)
-            object["tagError"] = cause;
-        return line.out.line(dump(object));
+            object.text("tagError", cause);
+        return line.out.line(object.end());
     }
     line.out.line(harmless(host::shownPath(item.path)));
     line.out.line("\n" + Output::styled(Style::heading, "in the collection"));

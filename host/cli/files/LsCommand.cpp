@@ -46,7 +46,11 @@ public:
     void print(const QoFileDbItem& item)
     {
         if (m_line.json)
-            return m_line.out.line(dump(recordJson(item, m_notes)));
+        {
+            m_json.clear();
+            putRecord(m_json, item, m_notes);
+            return m_line.out.line(m_json.end());
+        }
         if (m_options.isLong)
             return m_line.out.line(recordRow(item, m_notes));
         if (!m_format && !m_options.withNul && m_line.out.isTerminal())
@@ -65,6 +69,7 @@ private:
     const ListOptions& m_options;
     Listing m_table;
     host::KnownNotes m_notes;
+    host::JsonLine m_json;
     std::optional<LineFormat> m_format;
 };
 

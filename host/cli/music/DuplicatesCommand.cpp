@@ -139,13 +139,18 @@ void print(CommandLine& line, const EqualFiles& group, host::KnownNotes& notes)
 {
     if (line.json)
     {
-        Json object;
-        object["kind"] = group.kind;
-        object["name"] = group.name;
-        object["files"] = Json::array();
+        std::string files;
         for (const QoFileDbItemPtr& item : group.files)
-            object["files"].push_back(recordJson(*item, notes));
-        return line.out.line(dump(object));
+        {
+            host::JsonLine file;
+            putRecord(file, *item, notes);
+            files.append(files.empty() ? "[" : ",").append(file.end());
+        }
+        host::JsonLine object;
+        object.text("kind", group.kind);
+        object.text("name", group.name);
+        object.raw("files", files + "]");
+        return line.out.line(object.end());
     }
     const std::string kind = group.kind == trackKind ? "same track: " : "same size and beginning: ";
     line.out.line(Output::styled(Style::heading, kind + harmless(group.name)));

@@ -82,9 +82,14 @@ ExitCode showSession(CommandLine& line, const SessionOptions& options)
             if (options.isLong && !line.json)
                 line.out.line(recordHeader());
             for (const QoFileDbItemPtr& item : files)
-                line.out.line(line.json        ? dump(recordJson(*item, notes))
+            {
+                host::JsonLine json;
+                if (line.json)
+                    putRecord(json, *item, notes);
+                line.out.line(line.json        ? std::string(json.end())
                               : options.isLong ? recordRow(*item, notes)
                                                : harmless(host::shownPath(item->path)));
+            }
         });
 }
 } // namespace

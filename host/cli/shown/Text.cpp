@@ -97,17 +97,20 @@ std::string isoTime(const FILETIME& time)
     const CalendarTime utc = utcTime(time);
     const std::int64_t seconds = toUnixSeconds(time);
     const std::int64_t ticks = toTicks(time) - unixEpochTicks - seconds * ticksPerSecond;
-    char text[80];
-    std::snprintf(text,
-                  sizeof(text),
-                  "%04d-%02d-%02dT%02d:%02d:%02d.%07dZ",
-                  utc.year,
-                  utc.month,
-                  utc.day,
-                  utc.hour,
-                  utc.minute,
-                  utc.second,
-                  static_cast<int>(ticks));
+    // Long lists have two of these in each row.
+    std::string text = "0000-00-00T00:00:00.0000000Z";
+    const auto put = [&text](std::size_t end, std::int64_t number)
+    {
+        for (; number > 0; number /= 10)
+            text[--end] = static_cast<char>('0' + number % 10);
+    };
+    put(4, utc.year);
+    put(7, utc.month);
+    put(10, utc.day);
+    put(13, utc.hour);
+    put(16, utc.minute);
+    put(19, utc.second);
+    put(27, ticks);
     return text;
 }
 

@@ -77,16 +77,18 @@ TEST(ListCommand, RecordHasEveryField)
     std::string names;
     for (const auto& [name, value] : record.items())
         names += name + " ";
-    EXPECT_EQ(names,
-              "album artist bitrate created duration flags genre id imported modified path picture "
-              "reviewed size source title track velmoraId year ");
+    EXPECT_EQ(
+        names,
+        "addedBy album albumArtist artist bitrate comment created disc duration flags genre id "
+        "imported lastPlayed modified path picture plays rating reviewed size source title track "
+        "velmoraId year ");
     EXPECT_EQ(record["size"], std::filesystem::file_size(qo.music("1.mp3")));
     EXPECT_GT(record["duration"], 0);
     EXPECT_EQ(record["imported"], true);
     EXPECT_EQ(record["modified"].get<std::string>().size(),
               std::string("2026-01-31T23:59:59.1234567Z").size());
     const std::string table = qo.run({"ls", "--long"}).out;
-    EXPECT_EQ(std::count(table.begin(), table.end(), '\t'), 2 * 18);
+    EXPECT_EQ(std::count(table.begin(), table.end(), '\t'), 2 * 25);
 }
 
 TEST(TreeCommand, DrawsFoldersWithTheirFiles)
