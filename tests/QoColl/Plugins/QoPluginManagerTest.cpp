@@ -1,7 +1,11 @@
 #include "QoColl/Plugins/QoPluginManager.h"
 
 #include "KVTagLib/Tags.h"
+#include "Physical/HDDirectory.h"
+#include "Physical/HDFile.h"
 #include "PluginFixture.h"
+#include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Tags/MusicTagEx.h"
 #include "plugins/folder/FolderPlugin.h"
 
@@ -87,6 +91,47 @@ TEST_F(FolderPluginFiles, AScanFindsFilesWithTheTagsAtTheirStartAndWaitsOnceForE
     EXPECT_EQ(pathsOf(again), pathsOf(files));
     EXPECT_EQ(clock.rests[42], 2 * (1 + 3));
     EXPECT_FALSE(log.has("couldnt")) << log.all();
+}
+
+TEST_F(FolderPluginFiles, ACollectionKeepsTagsAndRecordsWhileTheServerIsDown)
+{
+    CQoCollection::initGlobal();
+    addTaggedSound("nas/Music/Dawn.mp3");
+    addSound("nas/Music/plain.ogg", "sound.ogg");
+    const CString db = dir.collPath("qodb");
+    CQoCollDb::CreateDatabaseIfNotValid(db, {});
+    CStringArray roots;
+    roots.Add(at(u"NAS").toString());
+    CQoCollection& foreign = CQoCollection::m_foreignCollection;
+    CQoCollection::OpResultInfo result;
+    const auto load = [&](bool rescan)
+    {
+        result = {};
+        return foreign.load(db, u"NAS", roots, CQoPathsInfoMap(), rescan, &progress, &result);
+    };
+    const auto artist = [&]
+    { return foreign.getFileByPath(at(u"NAS", u"Music\\Dawn.mp3"))->getDbItem()->artist; };
+    ASSERT_TRUE(load(false));
+    EXPECT_EQ(result.m_inserted, 2);
+    EXPECT_EQ(artist(), CString(u"Ann"));
+    const int requests = clock.rests[42];
+    for (const bool isDown : {false, true})
+    {
+        if (isDown)
+            fs::rename(dir.path("nas"), dir.path("away"));
+        ASSERT_TRUE(load(true));
+        EXPECT_EQ(result.m_inserted + result.m_updated + result.m_deleted, 0);
+        EXPECT_EQ(foreign.getFileCount(), 2);
+        EXPECT_EQ(artist(), CString(u"Ann"));
+    }
+    EXPECT_LE(clock.rests[42], 2 * requests + 1) << "a scan that knows the files asks for none";
+    fs::rename(dir.path("away"), dir.path("nas"));
+    foreign.clearCollection(&progress);
+    foreign.loadDeviceDirs(u"NAS", CQoCollPath::physicalPlugin, 0xffff, &progress);
+    EXPECT_TRUE(foreign.getDir(at(u"NAS", u"Music")));
+    EXPECT_TRUE(foreign.createNewDeviceDir(at(u"NAS", u"Music\\New"), &progress));
+    EXPECT_TRUE(fs::is_directory(dir.path("nas/Music/New")));
+    CQoCollection::cleanUpGlobal();
 }
 
 TEST_F(FolderPluginFiles, TheDepthCountsTheLevelsThatAreListed)
