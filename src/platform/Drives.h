@@ -63,7 +63,8 @@ public:
     /// below "C:".
     virtual std::vector<DriveChange>
     update(const std::function<bool(const CString& folder)>& isLeftAlone) = 0;
-    /// The drive as of the last update(). False if the letter, "A" to "Z", has none.
+    /// The drive that had the letter, "A" to "Z", at the last update(). False if there was none,
+    /// and if it has gone since.
     virtual bool look(char16_t letter, DriveInfo& info) = 0;
 };
 } // namespace qo

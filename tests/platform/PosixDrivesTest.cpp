@@ -138,6 +138,8 @@ TEST(PosixDrives, DriveKeepsItsLetterWhenItLeavesAndComesBackElsewhere)
     EXPECT_EQ(system.update(), "+D+E");
     EXPECT_EQ(system.update(), "");
     system.mount(mountLine("3:1", "/m/two"));
+    qo::DriveInfo info;
+    EXPECT_FALSE(system.drives.look(u'D', info)) << "gone, though nobody has looked for changes";
     EXPECT_EQ(system.update(), "-D");
     EXPECT_EQ(system.map.toSystem(u"D:\\"), "");
     system.mount(mountLine("2:1", "/n/one") + mountLine("3:1", "/n/two"));

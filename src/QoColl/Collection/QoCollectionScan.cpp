@@ -11,6 +11,7 @@
 #include "QoColl/Collection/VelmoraId.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Devices/QoUSBManager.h"
 #include "QoColl/Sharing/QoDbExtract.h"
 #include "QoColl/Tags/MusicTagEx.h"
 #include "common/Log.h"
@@ -135,10 +136,8 @@ bool CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
                                      IQoProgress* progress)
 {
     const CString rootReal = CQoUtils::getRealPath(rootDir);
-    if (rootReal.IsEmpty())
+    if (rootReal.IsEmpty() || (rootDir.isUSB() && !theQoUSBManager.isConnected(rootDir)))
         return false;
-    qo::FileInfo before;
-    (void)qo::fileSystem().info(rootReal, qo::Spelling::anyCase, before);
     QoKernel::CFileFilter filter;
     filter.m_flags = QoKernel::CFileFilter::testType;
     filter.m_typeMask = QoKernel::CFileFilter::plainFiles;
@@ -156,11 +155,8 @@ bool CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
                        .toString();
         found.push_back({std::move(path), finder.getFileInfo()});
     }
-    // Where a stick was mounted another folder may be once it is pulled out, mostly an empty one.
-    qo::FileInfo after;
-    return !rootDir.isUSB() ||
-           (qo::fileSystem().info(rootReal, qo::Spelling::anyCase, after) == 0 &&
-            after.device == before.device && after.inode == before.inode);
+    // A stick that was pulled out in the middle has shown a part of its files.
+    return !rootDir.isUSB() || theQoUSBManager.isConnected(rootDir);
 }
 
 void CQoCollection::checkPhysicalChanges(QoFileDbItemArray& files,
@@ -424,6 +420,7 @@ bool CQoCollection::checkDiskFilePhysicalChanges(QoFileDbItemPtr& item,
         item->dbState = dbState::modified;
         followFurtherExt(item);
     }
+    bool hasLeft = false;
     if (readTag)
     {
         KVTagLib::CTags tags(CQoPaths::getPictureTempDir());
@@ -438,9 +435,12 @@ bool CQoCollection::checkDiskFilePhysicalChanges(QoFileDbItemPtr& item,
         else if (!cause.IsEmpty())
             m_scanHost->failed(IQoScanHost::ETrouble::readTag, item->path, cause);
         m_scanHost->fileRead(*item, hasTags ? &tags : nullptr);
+        hasLeft = !hasTags && CQoCollPath::typeOf(item->path) == CQoCollPath::usb &&
+                  !theQoUSBManager.isConnected(CQoCollPath(item->path));
     }
     item->createTime = info.created;
-    item->modifTime = info.modified;
+    // What could not be read since the stick was pulled out is read by the next scan.
+    item->modifTime = hasLeft ? FILETIME() : info.modified;
     item->size = info.size;
     return true;
 }

@@ -155,6 +155,15 @@ CString CQoUSBManager::getRealPath(const CString& id, const CString& path) const
     return getRealPath(getFullPath(id, path));
 }
 
+bool CQoUSBManager::isConnected(const CQoCollPath& path) const
+{
+    UsbDeviceInfoPtr device;
+    qo::DriveInfo drive;
+    return path.isUSB() && getDevice(path.getDevice(), device) && device->m_driveLetter != 0 &&
+           qo::drives().look(device->m_driveLetter, drive) &&
+           qo::deviceLine(drive.id) == device->m_id;
+}
+
 int CQoUSBManager::getDeviceByLetter(char16_t letter) const
 {
     for (int i = 0; i < m_devices.GetSize(); ++i)

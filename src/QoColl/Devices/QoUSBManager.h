@@ -50,6 +50,9 @@ public:
     CString getRealPath(const CQoCollPath& path) const;
     CString getRealPath(const CString& id, const CString& path) const;
 
+    /// Whether the device of the path is connected at this moment, whatever was reported so far.
+    bool isConnected(const CQoCollPath& path) const;
+
     /// The index of the device that has the letter now, or -1.
     int getDeviceByLetter(char16_t letter) const;
     bool getDeviceByLetter(char16_t letter, UsbDeviceInfoPtr& device) const;

@@ -39,27 +39,19 @@ PosixDrives::PosixDrives(Places places, DriveMap& map) : m_places(std::move(plac
 std::vector<PosixDrives::Drive> PosixDrives::mountedDrives() const
 {
     std::vector<Drive> drives;
-    std::set<std::filesystem::path> systemDisks;
+    std::set<std::string> systemDisks;
     for (const MountEntry& mount : readMounts(m_places.mounts))
     {
         const BlockDevice device(m_places.sys, m_places.udev, mount.device, mount.source);
         if (!device.isValid())
             continue;
         if (mount.point == "/")
-            systemDisks.insert(device.disk());
-        Drive drive{device.info(), mount.point, mount.device, 0};
+            systemDisks.insert(device.disk().string());
+        Drive drive{device.info(), mount.point, mount.device, device.disk().string(), 0};
         if (isWhole(mount) && isDriveOfUser(drive.info))
-        {
-            drive.device = device.disk().string() + ' ' + mount.device;
             drives.push_back(std::move(drive));
-        }
     }
-    std::erase_if(drives,
-                  [&](const Drive& drive)
-                  {
-                      const std::string disk = drive.device.substr(0, drive.device.rfind(' '));
-                      return systemDisks.contains(disk);
-                  });
+    std::erase_if(drives, [&](const Drive& drive) { return systemDisks.contains(drive.disk); });
     return drives;
 }
 
@@ -71,10 +63,8 @@ PosixDrives::update(const std::function<bool(const CString& folder)>& isLeftAlon
     // What was there before comes first, so that it keeps its id against a newcomer with the same.
     const auto stays = [&](const Drive& drive)
     {
-        return std::any_of(m_drives.begin(),
-                           m_drives.end(),
-                           [&](const Drive& old)
-                           { return old.device == drive.device && old.point == drive.point; });
+        return std::any_of(
+            m_drives.begin(), m_drives.end(), [&](const Drive& old) { return old.isSame(drive); });
     };
     std::stable_partition(mounted.begin(), mounted.end(), stays);
     std::vector<DriveChange> changes;
@@ -120,7 +110,15 @@ bool PosixDrives::look(char16_t letter, DriveInfo& info)
                                     [&](const Drive& drive) { return drive.letter == letter; });
     if (found == m_drives.end())
         return false;
-    info = found->info;
-    return true;
+    // Where it was mounted an empty folder may stand by now.
+    const std::vector<MountEntry> mounts = readMounts(m_places.mounts);
+    const bool isThere =
+        std::any_of(mounts.begin(),
+                    mounts.end(),
+                    [&](const MountEntry& mount)
+                    { return mount.point == found->point && mount.device == found->number; });
+    if (isThere)
+        info = found->info;
+    return isThere;
 }
 } // namespace qo

@@ -36,8 +36,14 @@ private:
     {
         DriveInfo info;
         std::string point;
-        std::string device;
+        std::string number; ///< of the block device, "8:17"
+        std::string disk;   ///< its folder in sysfs
         char16_t letter = 0;
+
+        bool isSame(const Drive& other) const
+        {
+            return point == other.point && number == other.number && disk == other.disk;
+        }
     };
 
     std::vector<Drive> mountedDrives() const;

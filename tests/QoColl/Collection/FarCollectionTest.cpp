@@ -1,5 +1,6 @@
 #include "CollectionFixture.h"
 #include "Logical/LTArtist.h"
+#include "QoColl/Collection/QoScanHost.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Devices/QoUSBManager.h"
 #include "QoColl/Devices/WPDKeys.h"
@@ -112,14 +113,17 @@ TEST_F(FarCollection, StickIsScannedPulledOutAndKnownAgainUnderAnotherLetter)
     EXPECT_TRUE(log.has("known files stay: \\\\usb:stick\\Music", qo::level::warning));
     EXPECT_EQ(CQoUtils::getRealPath(one->path), CString());
 
-    // What stood there is another, empty folder after the stick was pulled out in the middle.
+    // Pulled out before anything was reported, with an empty folder left where it was.
     drives.put(second, u"stick");
     theQoUSBManager.checkDrives();
+    drives.take(second);
     ASSERT_TRUE(loadForeign(root));
     EXPECT_EQ(counts(), "0+ 0~ 0-");
 
     fs::remove(dir.path("moved"));
     fs::rename(dir.path("stick"), dir.path("moved"));
+    drives.put(second, u"stick");
+    theQoUSBManager.checkDrives();
     ASSERT_TRUE(loadForeign(root));
     EXPECT_EQ(counts(), "0+ 0~ 0-");
     EXPECT_EQ(CQoUtils::getRealPath(one->path), CString(second) + u":\\Music\\one.mp3");
@@ -130,6 +134,53 @@ TEST_F(FarCollection, StickIsScannedPulledOutAndKnownAgainUnderAnotherLetter)
     map.removeDevice(u"far first");
     map.removeDevice(u"far second");
     drives.take(second);
+    theQoUSBManager.checkDrives();
+}
+
+TEST_F(FarCollection, FilesThatAPulledStickHidFromTheScanAreReadByTheNextOne)
+{
+    struct Puller : IQoScanHost
+    {
+        void fileRead(const QoFileDbItem&, const KVTagLib::CTags*) override
+        {
+            if (!drives)
+                return;
+            drives->take(letter);
+            fs::rename(from, to);
+            drives = nullptr;
+        }
+        FakeDrives* drives = nullptr;
+        char16_t letter = 0;
+        std::string from;
+        std::string to;
+    };
+    FakeDrives drives;
+    for (const char* name : {"stick/a.mp3", "stick/b.mp3"})
+        put("sound.mp3", name);
+    const char16_t letter = qo::DriveMap::instance().addDevice(u"far pulled", dir.path("stick"));
+    drives.put(letter, u"pulled");
+    theQoUSBManager.checkDrives();
+    Puller puller;
+    puller.drives = &drives;
+    puller.letter = letter;
+    puller.from = dir.path("stick");
+    puller.to = dir.path("away");
+    foreign.setScanHost(&puller);
+    const CString root(u"\\\\usb:pulled\\");
+    ASSERT_TRUE(loadForeign(root));
+    foreign.setScanHost(nullptr);
+    EXPECT_EQ(counts(), "2+ 0~ 0-");
+    const auto durationOfB = [&]
+    { return foreign.getFileByPath(root + u"b.mp3")->getDbItem()->duration; };
+    EXPECT_EQ(durationOfB(), 0);
+    fs::rename(dir.path("away"), dir.path("stick"));
+    drives.put(letter, u"pulled");
+    theQoUSBManager.checkDrives();
+    ASSERT_TRUE(loadForeign(root));
+    EXPECT_EQ(counts(), "0+ 1~ 0-");
+    EXPECT_GT(durationOfB(), 0);
+    qo::DriveMap::instance().removeDevice(u"far pulled");
+    drives.take(letter);
     theQoUSBManager.checkDrives();
 }
 
