@@ -15,8 +15,10 @@ public:
     FakeDrives(const FakeDrives&) = delete;
     FakeDrives& operator=(const FakeDrives&) = delete;
 
-    std::vector<qo::DriveChange> update(const std::function<bool(const CString&)>&) override
+    std::vector<qo::DriveChange>
+    update(const std::function<bool(const CString&)>& isLeftAlone) override
     {
+        wasLeftAlone = !mountFolder.IsEmpty() && isLeftAlone(mountFolder);
         return std::exchange(m_changes, {});
     }
     bool look(char16_t letter, qo::DriveInfo& info) override
@@ -49,6 +51,9 @@ public:
         m_drives.erase(letter);
         m_changes.push_back({letter, false});
     }
+
+    CString mountFolder;       ///< is asked for with each update()
+    bool wasLeftAlone = false; ///< the last answer
 
 private:
     std::map<char16_t, qo::DriveInfo> m_drives;

@@ -1,6 +1,7 @@
 #include "QoColl/Collection/ProtectedFolders.h"
 
 #include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Collection/QoUtils.h"
 #include "common/Paths.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
@@ -53,7 +54,11 @@ ProtectedFolders::ProtectedFolders()
         CollPathArray roots;
         collection->getRootDirs(roots);
         for (const CQoCollPath& root : roots)
-            add(root.toString());
+        {
+            // A root folder on a device stands below the drive that the device has now.
+            const CString real = CQoUtils::getRealPath(root);
+            add(real.IsEmpty() ? root.toString() : real);
+        }
     }
     const ISpecialFolders& special = specialFolders();
     add(special.home());

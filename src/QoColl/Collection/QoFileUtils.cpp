@@ -2,6 +2,7 @@
 
 #include "QoColl/Collection/ProtectedFolders.h"
 #include "QoColl/Collection/QoCollection.h"
+#include "QoColl/Collection/QoUtils.h"
 #include "common/FileUtils.h"
 #include "common/Log.h"
 #include "common/Paths.h"
@@ -55,10 +56,19 @@ CQoCollPath topmostEmpty(CQoCollPath folder, const qo::ProtectedFolders& kept)
 /// settings.
 bool isBelowRoot(const CQoCollPath& folder)
 {
-    const CQoCollPath parent = folder.getParent();
-    return CQoCollection::m_ownCollection.isDirInCollection(parent) ||
-           CQoCollection::m_foreignCollection.isDirInCollection(parent) ||
-           CQoPaths::isInRootDirs(parent.toString());
+    for (const CQoCollection* const collection :
+         {&CQoCollection::m_ownCollection, &CQoCollection::m_foreignCollection})
+    {
+        qo::CollPathArray roots;
+        collection->getRootDirs(roots);
+        for (const CQoCollPath& root : roots)
+        {
+            const CQoCollPath real(CQoUtils::getRealPath(root));
+            if (real.isValid() && folder.isSubPathOf(real))
+                return true;
+        }
+    }
+    return CQoPaths::isInRootDirs(folder.getParent().toString());
 }
 
 /// Removes the folder and those above it up to the topmost, but none with content. True if the

@@ -80,7 +80,8 @@ bool walkObjects(qo::IPortableDevice& device,
         const Folder folder = std::move(pending.front());
         pending.pop_front();
         std::vector<ObjectInfo> children;
-        isWhole = CWPDUtils::getObjectChildren(device, folder.id, children) && isWhole;
+        isWhole =
+            CWPDUtils::getObjectChildren(device, folder.id, children, walk.progress) && isWhole;
         for (const ObjectInfo& child : children)
         {
             if (walk.progress->isCanceled())
@@ -146,7 +147,7 @@ bool CQoWPDManager::getPathInfo(qo::IPortableDevice& content,
         if (progress->isCanceled())
             return false;
         std::vector<ObjectInfo> children;
-        (void)CWPDUtils::getObjectChildren(content, found.m_id, children);
+        (void)CWPDUtils::getObjectChildren(content, found.m_id, children, progress);
         const ObjectInfo* const child = findChild(children, name, true);
         if (!child)
             return false;
@@ -243,7 +244,7 @@ bool CQoWPDManager::checkCreateDir(const CQoCollPath& path,
             return false;
         // Unless all names there are known, another folder of this name could come beside it.
         std::vector<ObjectInfo> children;
-        if (!CWPDUtils::getObjectChildren(content, id, children))
+        if (!CWPDUtils::getObjectChildren(content, id, children, progress))
             return false;
         const ObjectInfo* const known = findChild(children, name, true);
         if (known && !known->isFolder())
@@ -290,7 +291,7 @@ bool CQoWPDManager::deleteFile(const CString& path, IQoProgress* progress)
     const CQoCollPath parent = parsed.getParent();
     std::vector<ObjectInfo> children;
     if (parent.isEmpty() || getPathInfo(*device, parent, folder.m_id, progress, folder))
-        (void)CWPDUtils::getObjectChildren(*device, folder.m_id, children);
+        (void)CWPDUtils::getObjectChildren(*device, folder.m_id, children, progress);
     // Never another file whose name differs in case, and no folder with all that is in it.
     const ObjectInfo* const file = findChild(children, parsed.getLast(), false);
     if (!file || file->isFolder())

@@ -5,6 +5,7 @@
 #include "QoColl/Devices/WPDKeys.h"
 #include "QoColl/Plugins/FarName.h"
 #include "common/Log.h"
+#include "common/QoProgress.h"
 #include "platform/Platform.h"
 #include "types/CharClass.h"
 
@@ -298,7 +299,8 @@ bool CWPDUtils::getObjectInfo(qo::IPortableDevice& device,
 
 bool CWPDUtils::getObjectChildren(qo::IPortableDevice& device,
                                   const CString& objectId,
-                                  std::vector<ObjectInfo>& children)
+                                  std::vector<ObjectInfo>& children,
+                                  IQoProgress* progress)
 {
     std::vector<CString> ids;
     if (const DeviceResult result = device.children(objectId, ids); result != ok)
@@ -312,6 +314,8 @@ bool CWPDUtils::getObjectChildren(qo::IPortableDevice& device,
     bool isWhole = true;
     for (const CString& id : ids)
     {
+        if (progress && progress->isCanceled())
+            return false;
         ObjectInfo info;
         if (!getObjectInfo(device, id, info))
             isWhole = false;

@@ -5,6 +5,8 @@
 #include "platform/PortableDevices.h"
 #include "types/StringArray.h"
 
+class IQoProgress;
+
 /// The calls to portable devices, over qo::portableDevices(). Where the result is a bool, false has
 /// one line in the log with the call that failed and its code. May be called from any thread.
 class QO_API CWPDUtils
@@ -95,9 +97,11 @@ public:
     /// Appends them in the device's order, without those whose name cannot
     /// stand in a path. False when the device
     /// does not list them, or says nothing of one, which is left out.
+    /// A cancel, asked for with each, ends it without a line.
     static bool getObjectChildren(qo::IPortableDevice& device,
                                   const CString& objectId,
-                                  std::vector<ObjectInfo>& children);
+                                  std::vector<ObjectInfo>& children,
+                                  IQoProgress* progress = nullptr);
 
     // The properties that an object needs to be made.
     static bool getReqPropsForAllContentTypes(const CString& parentId,

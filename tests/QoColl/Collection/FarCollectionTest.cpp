@@ -1,5 +1,6 @@
 #include "CollectionFixture.h"
 #include "Logical/LTArtist.h"
+#include "QoColl/Collection/QoFileChangeInfoList.h"
 #include "QoColl/Collection/QoScanHost.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Devices/QoUSBManager.h"
@@ -131,6 +132,13 @@ TEST_F(FarCollection, StickIsScannedPulledOutAndKnownAgainUnderAnotherLetter)
     ASSERT_TRUE(loadForeign(root));
     EXPECT_EQ(counts(), "0+ 0~ 1-");
     EXPECT_EQ(stored(root.GetLength() + 1), "deep\\two.flac ");
+    // Folders that run empty go from the stick, but not its root folder.
+    CQoFileChangeInfoList changes;
+    changes.addFileToDelete(root + u"\\deep\\two.flac");
+    fs::remove(dir.path("moved/Music/deep/two.flac"));
+    EXPECT_TRUE(foreign.applyQoFileChanges(changes, {}, &progress));
+    EXPECT_FALSE(fs::exists(dir.path("moved/Music/deep")));
+    EXPECT_TRUE(fs::exists(dir.path("moved/Music")));
     map.removeDevice(u"far first");
     map.removeDevice(u"far second");
     drives.take(second);

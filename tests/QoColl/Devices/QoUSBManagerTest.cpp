@@ -2,6 +2,8 @@
 
 #include "QoColl/Devices/USBUtils.h"
 #include "common/Kernel.h"
+#include "common/Paths.h"
+#include "common/PathsInfoMap.h"
 #include "platform/DriveMap.h"
 #include "support/FakeDrives.h"
 #include "support/LogCapture.h"
@@ -125,6 +127,21 @@ TEST_F(QoUSBManager, DeviceIsKnownByItsIdWhateverItsLetter)
     EXPECT_EQ(heard(), CString(u"+Maker"));
     m_drives.take(u'E');
     EXPECT_EQ(heard(), CString());
+}
+
+TEST_F(QoUSBManager, DisksWithRootFoldersOfTheOwnCollectionKeepTheirPaths)
+{
+    CStringArray roots;
+    roots.Add(u"C:\\media\\ann\\disk\\Music");
+    CQoPaths::setMusicCollectionDirs(roots, {});
+    for (const auto& [folder, isLeftAlone] : {std::pair(u"C:\\media\\ann\\disk", true),
+                                              std::pair(u"C:\\media\\ann\\disk\\Music\\x", true),
+                                              std::pair(u"C:\\media\\ann\\stick", false)})
+    {
+        m_drives.mountFolder = folder;
+        m_manager.checkDrives();
+        EXPECT_EQ(m_drives.wasLeftAlone, isLeftAlone);
+    }
 }
 
 TEST_F(QoUSBManager, RecordsOfAllFormsAreReadAndConfiguredDevicesComeBack)
