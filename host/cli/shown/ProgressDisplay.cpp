@@ -30,6 +30,8 @@ const char* stageName(int stage)
         return "building the collection";
     case IQoProgress::stageSave:
         return "saving";
+    case host::ProgressReporter::stageTransfer:
+        return "copying";
     default:
         return "working";
     }
@@ -44,14 +46,17 @@ void put(const std::string& text)
 
 std::string progressText(const host::ProgressEvent& event)
 {
+    const bool isTransfer = event.stage == host::ProgressReporter::stageTransfer;
+    const auto amount = [isTransfer](std::int64_t number)
+    { return isTransfer ? sizeText(number) : std::to_string(number); };
     std::string text = stageName(event.stage);
     if (event.total > 0)
-        text += " " + std::to_string(event.count) + "/" + std::to_string(event.total) + " (" +
-                std::to_string(static_cast<std::int64_t>(event.count) * 100 / event.total) + " %)";
+        text += " " + amount(event.count) + "/" + amount(event.total) + " (" +
+                std::to_string(event.count * 100 / event.total) + " %)";
     else if (event.count > 0)
-        text += " " + std::to_string(event.count);
+        text += " " + amount(event.count);
     if (event.ratePerSecond >= 1)
-        text += ", " + std::to_string(static_cast<std::int64_t>(event.ratePerSecond)) + "/s";
+        text += ", " + amount(static_cast<std::int64_t>(event.ratePerSecond)) + "/s";
     if (event.total > 0 && event.remainingSeconds >= 0 && event.count < event.total)
         text += ", " + durationText(event.remainingSeconds * 1000LL) + " left";
     return text;
@@ -94,8 +99,8 @@ void ProgressDisplay::draw(const host::ProgressEvent& event)
     std::string text;
     if (event.total > 0)
     {
-        const auto filled = static_cast<std::size_t>(static_cast<std::int64_t>(event.count) *
-                                                     barWidth / event.total);
+        const auto filled = static_cast<std::size_t>(
+            event.count * static_cast<std::int64_t>(barWidth) / event.total);
         text = "[" + std::string(std::min(filled, barWidth), '#') +
                std::string(barWidth - std::min(filled, barWidth), '-') + "] ";
     }

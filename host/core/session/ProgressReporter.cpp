@@ -77,13 +77,27 @@ void ProgressReporter::report(const char16_t* item)
     const double seconds = std::chrono::duration<double>(m_lastReport - m_stageStart).count();
     if (seconds > 0 && m_event.count > 0)
     {
-        m_event.ratePerSecond = m_event.count / seconds;
+        m_event.ratePerSecond = static_cast<double>(m_event.count) / seconds;
         if (m_event.total >= m_event.count)
-            m_event.remainingSeconds =
-                static_cast<int>((m_event.total - m_event.count) / m_event.ratePerSecond + 0.5);
+            m_event.remainingSeconds = static_cast<int>(
+                static_cast<double>(m_event.total - m_event.count) / m_event.ratePerSecond + 0.5);
     }
     if (m_sink)
         m_sink(m_event);
+}
+
+void ProgressReporter::beginTransfer(std::int64_t bytes)
+{
+    setStage(stageTransfer);
+    m_event.total = bytes;
+}
+
+void ProgressReporter::showTransfer(std::int64_t bytes, const std::string& item)
+{
+    m_event.count = bytes;
+    m_event.item = item;
+    if (isDue())
+        report(nullptr);
 }
 
 bool ProgressReporter::isCanceled()

@@ -12,10 +12,10 @@ namespace qo::host
 /// Where a long operation stands.
 struct ProgressEvent
 {
-    int stage = 0;             ///< IQoProgress::EStage
+    int stage = 0;             ///< IQoProgress::EStage, or ProgressReporter::stageTransfer
     std::string item;          ///< the file being worked on, a system path; may be empty
-    int count = 0;             ///< steps done in this stage
-    int total = 0;             ///< 0: unknown
+    std::int64_t count = 0;    ///< steps done in this stage, or bytes of a transfer
+    std::int64_t total = 0;    ///< 0: unknown
     double ratePerSecond = 0;  ///< steps; 0 before there is anything to go by
     int remainingSeconds = -1; ///< of this stage; -1: unknown
 };
@@ -27,6 +27,9 @@ class ProgressReporter final : public IQoProgress
 public:
     using Clock = std::chrono::steady_clock;
     using Sink = std::function<void(const ProgressEvent&)>;
+
+    /// Bytes go to a far place or come from it; after the stages of the kernel.
+    static constexpr int stageTransfer = 100;
 
     /// Tests pass a clock of their own.
     explicit ProgressReporter(Sink sink, std::function<Clock::time_point()> now = Clock::now);
@@ -44,6 +47,11 @@ public:
     void setRange(int mode, int total) override;
     void step(int count) override;
     bool isCanceled() override;
+
+    /// Begins a transfer of so many bytes.
+    void beginTransfer(std::int64_t bytes);
+    /// So many of them are done, and this file, a system path or a name, is being worked on.
+    void showTransfer(std::int64_t bytes, const std::string& item);
 
 private:
     void startCounting();
