@@ -43,12 +43,13 @@ HOST_ORDER = (
     {"core/doctor"},
     {"plugins/base"},
     {"plugins/folder"},
+    {"plugins/configured"},
     {"cli/shown"},
     {"cli"},
     {"cli/files"},
     {"cli/music"},
     {"cli/tags"},
-    {"cli/rules", "cli/admin", "cli/sharing", "cli/playlist"},
+    {"cli/rules", "cli/admin", "cli/sharing", "cli/playlist", "cli/places"},
 )
 # Folders that do not know each other, whatever their ranks.
 STRANGERS = ({"KVTagLib", "common"}, {"KVTagLib", "Database"}, {"cli/rules", "cli/admin"})

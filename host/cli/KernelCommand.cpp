@@ -5,6 +5,7 @@
 #include "core/base/SystemPath.h"
 #include "core/load/StoredLoad.h"
 #include "core/roots/RootFolders.h"
+#include "plugins/configured/ConfiguredPlugins.h"
 
 #include <algorithm>
 #include <functional>
@@ -58,6 +59,7 @@ std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use)
     options.withLock = use == KernelUse::hold || (use == KernelUse::change && !line.dryRun);
     options.doing = nameOf(line);
     options.saveSettings = !line.dryRun;
+    options.plugins = host::configuredPlugins;
     options.note = [&line](const std::string& sentence) { line.note(sentence); };
     auto session = std::make_unique<Session>(std::move(options));
     if (line.dryRun && use != KernelUse::look)

@@ -10,6 +10,7 @@
 #include "QoColl/Devices/WPDKeys.h"
 #include "QoColl/Devices/WPDUtils.h"
 #include "QoColl/Plugins/DownloadItem.h"
+#include "QoColl/Plugins/FarName.h"
 #include "QoColl/Plugins/Plugin.h"
 #include "QoColl/Plugins/PluginOperation.h"
 #include "QoColl/Plugins/PluginResults.h"

@@ -10,6 +10,7 @@
 #include "core/store/HostStore.h"
 
 #include <QoKernel/Collection.h>
+#include <QoKernel/Devices.h>
 
 #include <algorithm>
 
@@ -40,8 +41,7 @@ Session::Session(Options options)
     const CString settingsFile = specialFolders().data() + u"\\settings";
     if (m_options.withLock)
         m_lock.emplace(toSystemPath(folder() + u"\\lock"), m_options.doing);
-    const bool readOnly = !m_options.withLock || !m_options.saveSettings;
-    m_settings = std::make_unique<KeyValueConfig>(settingsFile, readOnly);
+    m_settings = std::make_unique<KeyValueConfig>(settingsFile, !savesSettings());
     if (!m_settings->complaint().empty())
         note(m_settings->complaint());
     keepStatisticsHome(*m_settings);
@@ -57,6 +57,7 @@ Session::~Session()
         [this]
         {
             m_usage.reset();
+            CQoPluginManager::setPluginsManager({});
             CQoCollection::cleanUpGlobal();
             CQoCollection::m_ownCollection.setScanHost(nullptr);
             // Nothing asks for a setting of a file that is closed.
@@ -75,8 +76,9 @@ void Session::startKernel()
     m_longestJingle = m_settings->addKey(section, u"LongestJingle", u"60");
     m_fileKinds = storedFileKinds(section);
     m_fileKinds.apply();
-    if (CQoSettings::getBool(CQoSettings::SendUsageStatistics) && hasLock() &&
-        m_options.saveSettings)
+    if (m_options.plugins)
+        CQoPluginManager::setPluginsManager(m_options.plugins(*this));
+    if (CQoSettings::getBool(CQoSettings::SendUsageStatistics) && savesSettings())
         m_usage = std::make_unique<UsageFile>(folder() + u"\\usage.json");
 }
 

@@ -8,6 +8,8 @@
 #include "core/session/ProgressReporter.h"
 #include "core/session/ScanHost.h"
 
+#include <boost/smart_ptr/shared_ptr.hpp>
+
 #include <functional>
 #include <memory>
 #include <optional>
@@ -15,6 +17,7 @@
 #include <vector>
 
 class CKVModule;
+class IPluginsManager;
 
 namespace qo::host
 {
@@ -33,6 +36,8 @@ public:
         bool saveSettings = true;
         std::function<void(const std::string&)>
             note; ///< takes sentences for the user; may be empty
+        /// Makes the plug-ins of the session, on the kernel's thread; may be empty.
+        std::function<boost::shared_ptr<IPluginsManager>(Session&)> plugins;
     };
 
     /// Takes the lock and starts the kernel. Throws HostError.
@@ -44,6 +49,8 @@ public:
     KernelThread& kernel() { return m_kernel; }
     /// Whether this one may change what is in the data folder.
     bool hasLock() const { return m_lock.has_value(); }
+    /// Whether its settings are to be kept.
+    bool savesSettings() const { return hasLock() && m_options.saveSettings; }
     /// For the kernel's thread.
     KeyValueConfig& settings() { return *m_settings; }
     /// Likewise: what the own collection asks and tells.

@@ -1,5 +1,7 @@
 #include "plugins/base/FinishedOperation.h"
 
+#include "plugins/base/PluginFailure.h"
+
 #include <boost/make_shared.hpp>
 
 namespace qo::host
@@ -22,6 +24,7 @@ PluginOperationPtr FinishedOperation::failed(const CString& cause)
 {
     auto operation = boost::make_shared<FinishedOperation>();
     operation->m_error = cause.IsEmpty() ? CString(u"the request failed") : cause;
+    setPluginFailure(operation->m_error);
     return operation;
 }
 } // namespace qo::host

@@ -47,8 +47,11 @@ void readExtraPaths(const CString& text, PluginValues& values)
 }
 } // namespace
 
-StoredPlugin::StoredPlugin(const CString& id, KVConfig* store) : m_id(id), m_store(store)
+StoredPlugin::StoredPlugin(const CString& id, KVConfig* store, KVConfig* passwords)
+    : m_id(id), m_store(store), m_passwords(passwords)
 {
+    if (m_passwords)
+        m_password = m_passwords->getValue(passwordKey());
     if (!m_store)
         return;
     for (const TextSetting& setting : textSettings)
@@ -65,8 +68,17 @@ KVConfig::Key* StoredPlugin::key(const char16_t* name) const
     return m_store->addKey(section, name, u"");
 }
 
+KVConfig::Key* StoredPlugin::passwordKey() const
+{
+    KVConfig::Section* const section =
+        m_passwords->addSection(KVConfig::ordinarySection, u"Passwords");
+    return m_passwords->addKey(section, m_id, u"");
+}
+
 bool StoredPlugin::saveSettings()
 {
+    if (m_passwords)
+        m_passwords->setValue(passwordKey(), m_password);
     if (!m_store)
         return true;
     for (const TextSetting& setting : textSettings)

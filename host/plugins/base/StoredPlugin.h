@@ -17,13 +17,13 @@ struct PluginValues
     CQoPathsInfoMap extraTypes;
 };
 
-/// A plug-in that keeps its settings in the host's store, in a section "Plugin NAME". A password is
-/// kept for this run only: a plug-in that needs it for longer looks for a safe place.
+/// A plug-in that keeps its settings in the host's store, in a section "Plugin NAME", and its
+/// password in a store of its own, which nobody else may read.
 class StoredPlugin : public IPlugin
 {
 public:
-    /// Without a store, which must outlive the plug-in, nothing is kept for longer than the run.
-    StoredPlugin(const CString& id, KVConfig* store);
+    /// The stores outlive the plug-in's use. What has none is not kept for longer than the run.
+    StoredPlugin(const CString& id, KVConfig* store, KVConfig* passwords = nullptr);
     ~StoredPlugin() override;
     StoredPlugin(const StoredPlugin&) = delete;
     StoredPlugin& operator=(const StoredPlugin&) = delete;
@@ -48,9 +48,11 @@ public:
 
 private:
     KVConfig::Key* key(const char16_t* name) const;
+    KVConfig::Key* passwordKey() const;
 
     const CString m_id;
     KVConfig* const m_store;
+    KVConfig* const m_passwords;
     PluginValues m_values;
     CString m_password;
 };

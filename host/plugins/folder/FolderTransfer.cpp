@@ -1,5 +1,7 @@
 #include "plugins/folder/FolderTransfer.h"
 
+#include "plugins/base/PluginFailure.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <limits>
@@ -46,7 +48,7 @@ bool FolderDownload::Run(IQoProgress* progress)
         in ? fileSystem().open(m_target, OpenMode::createAlways, error) : nullptr;
     if (!out || !in->seek(m_first))
     {
-        log(level::error, u"FolderDownload : %s", failureAt(in ? m_target : m_source, error));
+        setPluginFailure(failureAt(in ? m_target : m_source, error));
         return false;
     }
     std::vector<char> block(blockSize);
@@ -59,9 +61,8 @@ bool FolderDownload::Run(IQoProgress* progress)
         if (count <= 0 || !out->write(block.data(), static_cast<std::size_t>(count)))
         {
             const bool isRead = count > 0;
-            log(level::error,
-                u"FolderDownload : %s",
-                isRead ? failureAt(m_target, out->error()) : failureAt(m_source, in->error()));
+            setPluginFailure(isRead ? failureAt(m_target, out->error())
+                                    : failureAt(m_source, in->error()));
             return false;
         }
         left -= count;
@@ -152,6 +153,7 @@ void FolderUpload::fail(const CString& path, int error)
     m_out.reset();
     m_state = OS_Failed;
     m_error = failureAt(path, error);
+    setPluginFailure(m_error);
 }
 
 bool FolderUpload::GetProgress(std::int64_t& done, std::int64_t& total)

@@ -22,6 +22,18 @@ CString farComponent(const CString& name)
     return component;
 }
 
+CString farNameOf(const CString& component)
+{
+    CString name = component;
+    for (int i = 0; i < name.GetLength(); ++i)
+    {
+        const auto c = static_cast<char16_t>(name[i] - privateUse);
+        if (c < u' ' || c == 0x7F || c == u'\\')
+            name.SetAt(i, c);
+    }
+    return name;
+}
+
 CString farEntryName(const CString& name)
 {
     if (name.GetLength() > longestFarName || name == u"." || name == u"..")

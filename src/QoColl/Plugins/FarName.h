@@ -12,4 +12,7 @@ QO_API CString farComponent(const CString& name);
 /// The same for what lies in a folder; "" for what is no name of an entry: "", "." and "..", and
 /// more than 1,000 units.
 QO_API CString farEntryName(const CString& name);
+
+/// The name for people, with the characters that farComponent() has replaced.
+QO_API CString farNameOf(const CString& component);
 } // namespace qo

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QoKernel/Kernel.h>
+
+namespace qo::host
+{
+/// Logs why something failed, and keeps it for whoever tells the user: the kernel's answers about
+/// plug-ins say no more than that it failed. One sentence with the place and the cause, and no
+/// password. From any thread.
+void setPluginFailure(const CString& cause);
+/// The latest cause since the last call; "" without one.
+CString takePluginFailure();
+} // namespace qo::host

@@ -1,0 +1,184 @@
+#include "plugins/configured/ConfiguredPlugins.h"
+
+#include "core/base/HostError.h"
+#include "core/base/HostFiles.h"
+#include "plugins/base/PluginFailure.h"
+#include "plugins/folder/FolderPlugin.h"
+
+#include <boost/make_shared.hpp>
+
+#include <algorithm>
+
+namespace qo::host
+{
+namespace
+{
+constexpr const char16_t* pluginsSection = u"Plugins";
+
+CString passwordFile()
+{
+    return Session::folder() + u"\\passwords";
+}
+
+/// Throws HostError when others may read the file.
+void needPrivate(const CString& file)
+{
+    constexpr std::uint32_t rightsOfOthers = 077;
+    NameInfo info;
+    if (fileSystem().lookThrough(file, info) == 0 && (info.mode & rightsOfOthers) != 0)
+        throw HostError(ExitCode::failed,
+                        "the passwords in " + shownPath(file) +
+                            " are not used, since others may read that file: take their rights "
+                            "away with \"chmod 600\", and change the passwords");
+}
+
+/// The plug-ins with the store of their passwords.
+class ConfiguredPlugins final : public IPluginsManager
+{
+public:
+    explicit ConfiguredPlugins(Session& session)
+    {
+        const std::vector<PluginEntry> entries = pluginEntries(session.settings());
+        if (!entries.empty())
+            openPasswords(session);
+        for (const PluginEntry& entry : entries)
+            add(session, entry);
+    }
+
+    boost::shared_ptr<IPlugin> GetPlugin(const CString& id) override
+    {
+        return m_list.GetPlugin(id);
+    }
+    void GetBrowsePlugins(CStringArray& ids) override { m_list.GetBrowsePlugins(ids); }
+    bool SavePluginSettings(const CString& id) override
+    {
+        return m_list.SavePluginSettings(id) && savePasswords();
+    }
+    bool RemovePluginSettings(const CString& id) override
+    {
+        return m_list.RemovePluginSettings(id) && savePasswords();
+    }
+
+private:
+    void openPasswords(Session& session)
+    {
+        try
+        {
+            needPrivate(passwordFile());
+            m_passwords =
+                std::make_unique<KeyValueConfig>(passwordFile(), !session.savesSettings());
+        }
+        catch (const HostError& error)
+        {
+            session.note(error.what());
+        }
+    }
+    void add(Session& session, const PluginEntry& entry)
+    {
+        try
+        {
+            m_list.add(makePlugin(entry, &session.settings(), m_passwords.get()));
+        }
+        catch (const HostError& error)
+        {
+            session.note("the plug-in " + toUtf8(entry.name) + " is left out: " + error.what());
+        }
+    }
+    bool savePasswords()
+    {
+        try
+        {
+            if (m_passwords)
+                m_passwords->save();
+            return true;
+        }
+        catch (const HostError& error)
+        {
+            setPluginFailure(fromUtf8(error.what()));
+            return false;
+        }
+    }
+
+    std::unique_ptr<KeyValueConfig> m_passwords;
+    PluginList m_list;
+};
+
+/// Removes a key of a store, but not those of the same name in other sections.
+void unsetAll(KeyValueConfig& store, const CString& section, const CString& onlyKey = CString())
+{
+    for (const KeyValueConfig::Entry& entry : store.entries())
+    {
+        const bool isMeant = entry.section == section &&
+                             (onlyKey.IsEmpty() || entry.key.CompareNoCase(onlyKey) == 0);
+        if (isMeant)
+            store.unset(
+                store.addKey(store.addSection(KVConfig::ordinarySection, section), entry.key, u""));
+    }
+}
+} // namespace
+
+std::vector<CString> pluginKinds()
+{
+    return {u"folder"};
+}
+
+std::vector<PluginEntry> pluginEntries(const KeyValueConfig& settings)
+{
+    std::vector<PluginEntry> list;
+    for (const KeyValueConfig::Entry& entry : settings.entries())
+    {
+        const int blank = entry.value.Find(u' ');
+        if (entry.section == pluginsSection && entry.isStored)
+            list.push_back({entry.key,
+                            blank < 0 ? entry.value : entry.value.Left(blank),
+                            blank < 0 ? CString() : entry.value.Mid(blank + 1)});
+    }
+    return list;
+}
+
+boost::shared_ptr<StoredPlugin> makePlugin(const PluginEntry& entry, KVConfig* store, KVConfig*)
+{
+    if (entry.place.IsEmpty())
+        throw HostError(ExitCode::usage, "it has no place");
+    if (entry.kind == u"folder")
+        return boost::make_shared<FolderPlugin>(entry.name, entry.place, store);
+    throw HostError(ExitCode::usage, "there is no kind of plug-ins \"" + toUtf8(entry.kind) + "\"");
+}
+
+boost::shared_ptr<IPluginsManager> configuredPlugins(Session& session)
+{
+    return boost::make_shared<ConfiguredPlugins>(session);
+}
+
+void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried)
+{
+    KeyValueConfig& settings = session.settings();
+    needPrivate(passwordFile());
+    settings.setValue(
+        settings.addKey(
+            settings.addSection(KVConfig::ordinarySection, pluginsSection), entry.name, u""),
+        entry.kind + u" " + entry.place);
+    CQoPluginManager::setPluginsManager(configuredPlugins(session));
+    CString user;
+    CString password;
+    tried.GetCredentials(user, password);
+    CQoPluginManager::setPluginCredentials(entry.name, user, password);
+    CQoPluginManager::setPluginMusicPath(entry.name, tried.GetMusicPath());
+    CQoPluginManager::setPluginMoviesPath(entry.name, tried.GetMoviesPath());
+    if (!CQoPluginManager::savePluginSettings(entry.name))
+        throw HostError(ExitCode::failed, toUtf8(takePluginFailure()));
+}
+
+void removePlugin(Session& session, const CString& name)
+{
+    KeyValueConfig& settings = session.settings();
+    CQoPluginManager::removePluginSettings(name);
+    CQoPluginManager::setPluginsManager({});
+    KeyValueConfig passwords(passwordFile(), !session.savesSettings());
+    unsetAll(passwords, u"Passwords", name);
+    passwords.save();
+    unsetAll(settings, pluginsSection, name);
+    unsetAll(settings, u"Plugin " + name);
+    CQoPluginManager::setPluginsManager(configuredPlugins(session));
+}
+} // namespace qo::host

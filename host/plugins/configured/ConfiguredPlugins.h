@@ -1,0 +1,42 @@
+#pragma once
+
+#include "core/session/Session.h"
+#include "plugins/base/StoredPlugin.h"
+
+#include <string>
+#include <vector>
+
+/// The plug-ins that the user has logged in to, as the settings name them: "[Plugins] NAME=folder
+/// C:\mnt\nas". All functions are for the kernel's thread.
+namespace qo::host
+{
+/// What is known of a plug-in without asking its service.
+struct PluginEntry
+{
+    CString name;
+    CString kind;  ///< one of pluginKinds()
+    CString place; ///< the folder in collection form, or the address
+};
+
+/// "folder" and what else there is.
+std::vector<CString> pluginKinds();
+
+/// In the order of the settings.
+std::vector<PluginEntry> pluginEntries(const KeyValueConfig& settings);
+
+/// The plug-in of an entry. Throws HostError for a kind that there is not, and for a place that
+/// cannot be one of the kind.
+boost::shared_ptr<StoredPlugin>
+makePlugin(const PluginEntry& entry, KVConfig* store, KVConfig* passwords);
+
+/// All plug-ins of the session's settings; an entry that makes no plug-in costs a note. Their
+/// passwords are in the file "passwords" of the data folder, mode 0600. It is not used while others
+/// may read it.
+boost::shared_ptr<IPluginsManager> configuredPlugins(Session& session);
+
+/// Enters a plug-in that has been tried, with its credentials, or in place of the former one of
+/// that name. Throws HostError when the passwords cannot be saved.
+void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried);
+/// Takes it out, with its settings and its password. Its files stay.
+void removePlugin(Session& session, const CString& name);
+} // namespace qo::host
