@@ -41,6 +41,7 @@ namespace qo::cli
     ROW(sorting, "add", setUpAdd, "Take in new files, or copy others there first")                 \
     ROW(sorting, "undo", setUpUndo, "Take back what the last mv, rm, add or plan did")             \
     ROW(sorting, "runs", setUpRuns, "List what mv, rm, add and plans did, or the files of one")    \
+    ROW(places, "plugin", setUpPlugin, "Storage services: browse them, copy from and to them")     \
     ROW(sharing, "extract", setUpExtract, "The collection as a text file, to be shown to others")  \
     ROW(sharing, "share", setUpShare, "Invite friends to one's collection")                        \
     ROW(upkeep, "config", setUpConfig, "The settings")                                             \
@@ -64,6 +65,7 @@ void addCommands(CommandLine& line)
     constexpr const char* looking = "Looking";
     constexpr const char* tags = "Tags";
     constexpr const char* sorting = "Sorting";
+    constexpr const char* places = "Places";
     constexpr const char* sharing = "Sharing";
     constexpr const char* upkeep = "Upkeep";
     constexpr const char* hidden = ""; // not in the help

@@ -14,6 +14,7 @@
 #include "core/runs/RunFiles.h"
 #include "core/session/Session.h"
 #include "core/session/SettingValues.h"
+#include "plugins/configured/ConfiguredPlugins.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -94,6 +95,7 @@ enum class Values
     genres,
     rules,
     playlists,
+    plugins,
     settings,
     settingValues, ///< of the setting that is named before
     fields,
@@ -121,6 +123,13 @@ constexpr ValueRow valueRows[] = {{"*", "--artist", Values::artists},
                                   {"*", "--rule", Values::rules},
                                   {"*", "RULE", Values::rules},
                                   {"*", "PLAYLIST", Values::playlists},
+                                  {"plugin login", "NAME", Values::plugins},
+                                  {"plugin logout", "NAME", Values::plugins},
+                                  {"plugin set", "NAME", Values::plugins},
+                                  {"plugin browse", "NAME", Values::plugins},
+                                  {"plugin rm", "NAME", Values::plugins},
+                                  {"plugin get", "NAME", Values::plugins},
+                                  {"plugin put", "--to", Values::plugins},
                                   {"*", "KEY", Values::settings},
                                   {"config set", "VALUE", Values::settingValues},
                                   {"*", "FIELD", Values::fields},
@@ -176,6 +185,17 @@ public:
                 Words list;
                 for (const auto& each : host::Playlists().all())
                     list.push_back(toUtf8(each.list.name));
+                return list;
+            });
+    }
+    Words plugins()
+    {
+        return m_session.kernel().run(
+            [this]
+            {
+                Words list;
+                for (const host::PluginEntry& each : host::pluginEntries(m_session.settings()))
+                    list.push_back(toUtf8(each.name));
                 return list;
             });
     }
@@ -374,6 +394,8 @@ void addValues(Candidates& found,
         return addAll(found, CandidateNames(line, cursor).rules());
     case Values::playlists:
         return addAll(found, CandidateNames(line, cursor).playlists());
+    case Values::plugins:
+        return addAll(found, CandidateNames(line, cursor).plugins());
     case Values::settings:
         return addAll(found, CandidateNames(line, cursor).settings());
     case Values::settingValues:
@@ -424,6 +446,8 @@ Candidates valuesOf(const CLI::Option& option,
         addValues(found, row->values, line, cursor, current);
     if (facts.value == "DIR")
         found.files = Candidates::Files::folders;
+    else if (facts.value == "PATH" && commandKey(*cursor.command).starts_with("plugin "))
+        found.files = Candidates::Files::none; // the path is one in the service
     else if (facts.value == "QUERY" || facts.value == "FILE" || facts.value == "PATH" ||
              facts.value == "RULE" || facts.value == "PLAN")
         found.files = Candidates::Files::any;

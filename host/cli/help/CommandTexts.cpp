@@ -262,6 +262,36 @@ const std::vector<CommandText> texts = {
 {"reorg forget", {
     {"qo reorg forget 20261121-211035", "Set a run aside whose disk will not come back", 4},
     {"qo reorg forget 20261121-211035 --dry-run", "Show what that would do", 4}}},
+{"plugin", {
+    {"qo plugin", "The storage services that you use"},
+    {"qo plugin login NAS --folder ~/nas", "Use a mounted folder"}}},
+{"plugin ls", {
+    {"qo plugin ls --room", "The services, and how much room each has left"},
+    {"qo plugin ls --json", "The same for a program"}}},
+{"plugin login", {
+    {"qo plugin login NAS --folder ~/nas", "Use a mounted folder under the name NAS"},
+    {"qo plugin login NAS", "Log in again, with a new password"}}},
+{"plugin logout", {
+    {"qo plugin logout NAS", "Forget it, with its password; its files stay"},
+    {"qo plugin logout NAS --dry-run", "Show what that would do"}}},
+{"plugin set", {
+    {"qo plugin set NAS --music Music/Kino", "Say where its music is"},
+    {"qo plugin set NAS --movies \"\"", "It has all videos in its first folder"}}},
+{"plugin browse", {
+    {"qo plugin browse NAS", "What is in its first folder"},
+    {"qo plugin browse NAS Music/Kino --deep", "All files below a folder"},
+    {"qo plugin browse NAS --json", "For a program"}}},
+{"plugin rm", {
+    {"qo plugin rm NAS Music/old.mp3 --yes", "Remove a file; there is no way back"},
+    {"qo plugin rm NAS Music/Kino --dry-run", "Show what that would do"}}},
+{"plugin get", {
+    {"qo plugin get NAS Music/Kino --to ~/Music", "Copy a folder with all that is in it"},
+    {"qo plugin get NAS Music/a.mp3 --to . --replace", "Copy a file over an older copy"}},
+    "Files that are there already stay as they are without --replace. What is interrupted leaves no "
+    "part of a file."},
+{"plugin put", {
+    {"qo plugin put Downloads/new.mp3 --to NAS/Music/Kino", "Copy a file into a folder of a service"},
+    {"qo plugin put Downloads/*.mp3 --to NAS/Music --dry-run", "Show what that would do"}}},
 {"extract", {
     {"qo extract write mine.txt", "Write what one has into a text file, for a friend"},
     {"qo extract show mine.txt", "List what such a file holds", 4}},

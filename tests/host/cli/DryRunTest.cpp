@@ -111,6 +111,10 @@ void makePlaylist(const Library& library)
 {
     EXPECT_EQ(library.run({"playlist", "new", "x", "@x"}).code, 0);
 }
+void logIn(const Library& library)
+{
+    EXPECT_EQ(library.run({"plugin", "login", "NAS", "--folder", "@x"}).code, 0);
+}
 void writeList(const Library& library)
 {
     library.qo.dir.write("x.m3u", "music/x/loose.mp3\n");
@@ -235,6 +239,21 @@ const Case cases[] = {
     {"db migrate, locked", {"db", "migrate"}, 1, locked(store, makeOld)},
     {"db repair", {"db", "repair"}, 6, damage},
     {"db repair, locked", {"db", "repair"}, 1, locked(store, damage)},
+    {"plugin login", {"plugin", "login", "NAS", "--folder", "@x"}, 0},
+    {"plugin login, settings locked",
+     {"plugin", "login", "NAS", "--folder", "@x"},
+     1,
+     locked("data")},
+    {"plugin logout", {"plugin", "logout", "NAS"}, 0, logIn},
+    {"plugin get", {"plugin", "get", "NAS", "loose.mp3", "--to", "%home"}, 0, logIn},
+    {"plugin get, taken", {"plugin", "get", "NAS", "loose.mp3", "--to", "@x"}, 1, logIn},
+    {"plugin get, locked",
+     {"plugin", "get", "NAS", "loose.mp3", "--to", "%home"},
+     1,
+     locked("home", logIn)},
+    {"plugin put", {"plugin", "put", "%new.mp3", "--to", "NAS/more"}, 0, logIn},
+    {"plugin put, taken", {"plugin", "put", "@x/loose.mp3", "--to", "NAS"}, 1, logIn},
+    {"plugin rm", {"plugin", "rm", "NAS", "loose.mp3"}, 0, logIn},
     {"extract write", {"extract", "write", "@x/mine.txt"}, 0},
     {"extract write, locked", {"extract", "write", "@x/mine.txt"}, 1, locked("music/x")},
     {"rule new", {"rule", "new", "mine"}, 0},

@@ -76,7 +76,11 @@ TEST(Help, EveryExampleRunsInASmallLibrary)
         qo -q config set TraceLevel Info
         qo -q cover set Music/Iron* --image Pictures/front.jpg --yes
         qo -q playlist new Party "Music/Hidden Machine"
-        qo -q playlist export Party Downloads/old.m3u)");
+        qo -q playlist export Party Downloads/old.m3u
+        mkdir -p nas/Music/Kino
+        cp Downloads/new.mp3 nas/Music/old.mp3
+        cp Downloads/new.mp3 nas/Music/a.mp3
+        qo -q plugin login NAS --folder nas)");
     home.run0("qo -q scan; qo -q reorg plan --rule artist-track");
     home.keep();
     // All that an example may have changed, apart from the logs.

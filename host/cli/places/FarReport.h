@@ -1,0 +1,43 @@
+#pragma once
+
+#include "cli/CommandLine.h"
+#include "core/base/Json.h"
+
+#include <cstdint>
+#include <string>
+
+namespace qo::cli
+{
+/// A file that is fetched, sent or removed, and what became of it.
+struct FarDeed
+{
+    std::string path; ///< in the plug-in, with its name before it
+    std::string file; ///< the local one; "" when there is none
+    std::int64_t size = 0;
+    std::string cause = {}; ///< "" when all went well
+};
+
+/// Says what became of each file and keeps count.
+class FarReport
+{
+public:
+    /// The words are those of one that went well, such as "fetched", and of a dry run, such as
+    /// "would be fetched".
+    FarReport(CommandLine& line, const char* done, const char* wouldBeDone)
+        : m_line(line), m_done(line.dryRun ? wouldBeDone : done)
+    {
+    }
+
+    void add(const FarDeed& deed);
+    /// Done when all went well, partly when some did.
+    ExitCode exitCode() const;
+    /// The exception that ends a run which the user has interrupted.
+    HostError interrupted() const;
+
+private:
+    CommandLine& m_line;
+    const char* const m_done;
+    std::int64_t m_succeeded = 0;
+    std::int64_t m_failed = 0;
+};
+} // namespace qo::cli

@@ -1,0 +1,290 @@
+#include "cli/places/PluginCommand.h"
+
+#include "cli/places/FarPlace.h"
+#include "cli/places/PasswordInput.h"
+#include "cli/shown/Listing.h"
+#include "cli/shown/Text.h"
+#include "plugins/base/PluginFailure.h"
+#include "plugins/configured/ConfiguredPlugins.h"
+
+#include <boost/make_shared.hpp>
+
+#include <algorithm>
+
+namespace qo::cli
+{
+namespace
+{
+using host::PluginEntry;
+using host::Session;
+
+struct PluginOptions
+{
+    std::string name;
+    std::string folder;
+    std::string webdav;
+    std::string user;
+    std::optional<std::string> music;
+    std::optional<std::string> movies;
+    bool isLong = false;
+    bool showsRoom = false;
+};
+
+std::string shownAt(const PluginEntry& entry)
+{
+    return entry.kind == u"folder" ? host::shownPath(entry.place) : toUtf8(entry.place);
+}
+
+/// "5.0 GiB of 20.0 GiB free"; "" where the service does not say.
+std::string roomText(const CString& id, Json& record)
+{
+    std::int64_t total = 0;
+    std::int64_t free = 0;
+    bool unlimited = false;
+    const bool isKnown = CQoPluginManager::getPluginFillStateInfo(id, total, free, unlimited);
+    record["total"] = isKnown && !unlimited ? Json(total) : Json();
+    record["free"] = isKnown && !unlimited ? Json(free) : Json();
+    if (!isKnown)
+        return "";
+    return unlimited ? "no limit" : sizeText(free) + " of " + sizeText(total) + " free";
+}
+
+ExitCode listPlugins(CommandLine& line, const PluginOptions& options)
+{
+    const auto session = openKernel(line, KernelUse::look);
+    Listing listing(line,
+                    options.isLong,
+                    {"name", "kind", "place", "user", "music", "movies", "total", "free"},
+                    {Listing::Column::name,
+                     Listing::Column::text,
+                     Listing::Column::text,
+                     Listing::Column::text,
+                     Listing::Column::path});
+    session->kernel().run(
+        [&]
+        {
+            for (const PluginEntry& entry : host::pluginEntries(session->settings()))
+            {
+                CString user;
+                CString password;
+                CQoPluginManager::getPluginCredentials(entry.name, user, password);
+                Json record;
+                record["name"] = toUtf8(entry.name);
+                record["kind"] = toUtf8(entry.kind);
+                record["place"] = shownAt(entry);
+                record["user"] = toUtf8(user);
+                record["music"] = shownFar(
+                    CStringArray::split(CQoPluginManager::getPluginMusicPath(entry.name), u'\\'));
+                record["movies"] = shownFar(
+                    CStringArray::split(CQoPluginManager::getPluginMoviesPath(entry.name), u'\\'));
+                record["total"] = Json();
+                record["free"] = Json();
+                const std::string room =
+                    options.showsRoom ? roomText(entry.name, record) : std::string();
+                if (listing.isForPeople())
+                    listing.addCells({oneLine(entry.name),
+                                      oneLine(entry.kind),
+                                      oneLine(user),
+                                      room,
+                                      harmless(shownAt(entry))});
+                else
+                    listing.addRecord(record);
+            }
+        });
+    listing.finish();
+    return ExitCode::done;
+}
+
+/// What was typed for a login, with what is known from the last one of that name.
+PluginEntry typedEntry(Session& session, const PluginOptions& options)
+{
+    PluginEntry entry = {fromUtf8(options.name), {}, {}};
+    for (const PluginEntry& known : host::pluginEntries(session.settings()))
+    {
+        if (known.name.CompareNoCase(entry.name) == 0)
+            entry = known;
+    }
+    const bool isName = isUtf8(options.name) && !entry.name.IsEmpty() &&
+                        entry.name == farEntryName(entry.name) &&
+                        options.name.find_first_of("/:*?") == std::string::npos;
+    if (!isName)
+        throw HostError(ExitCode::usage,
+                        "a plug-in's name is a word or more, without slashes and colons");
+    if (!options.folder.empty())
+    {
+        entry.kind = u"folder";
+        entry.place = fromSystemPath(host::existingFolder(options.folder));
+    }
+    else if (!options.webdav.empty())
+    {
+        entry.kind = u"webdav";
+        entry.place = fromUtf8(options.webdav);
+    }
+    if (entry.kind.IsEmpty())
+        throw HostError(ExitCode::usage, "say where it is: --folder DIR for any mounted folder");
+    return entry;
+}
+
+/// Throws HostError unless the service lets the user in and its root can be listed.
+void tryPlugin(const boost::shared_ptr<host::StoredPlugin>& plugin,
+               const CString& user,
+               const CString& password)
+{
+    const auto trial = boost::make_shared<host::PluginList>();
+    trial->add(plugin);
+    CQoPluginManager::setPluginsManager(trial);
+    plugin->SetCredentials(user, password);
+    const CString& id = plugin->GetId();
+    const std::string what = "the login to " + toUtf8(id) + " failed";
+    switch (CQoPluginManager::checkPluginCredentials(id))
+    {
+    case CQoPluginManager::LC_AccountExpired:
+        throw HostError(ExitCode::failed, what + ": the account has expired");
+    case CQoPluginManager::LC_WrongServerPath:
+        throw HostError(ExitCode::failed, what + ": there is no such service at that address");
+    case CQoPluginManager::LC_Failed:
+        failFar(what);
+    case CQoPluginManager::LC_Ok:
+        break;
+    }
+    CString music;
+    CString movies;
+    bool foundMusic = false;
+    bool foundMovies = false;
+    host::takePluginFailure();
+    CQoPluginManager::detectMusicAndMoviesDirs(id, music, movies, foundMusic, foundMovies);
+    const CString cause = host::takePluginFailure();
+    if (!cause.IsEmpty())
+        throw HostError(ExitCode::failed, what + ": " + host::plainWords(cause));
+    plugin->SetMusicPath(music);
+    plugin->SetMoviesPath(movies);
+}
+
+ExitCode logIn(CommandLine& line, const PluginOptions& options)
+{
+    const auto session = openKernel(line, KernelUse::change);
+    session->kernel().run(
+        [&]
+        {
+            const PluginEntry entry = typedEntry(*session, options);
+            CString user;
+            CString password;
+            if (CQoPluginManager::existPlugin(entry.name))
+                CQoPluginManager::getPluginCredentials(entry.name, user, password);
+            if (!options.user.empty())
+                user = fromUtf8(options.user);
+            const auto plugin = host::makePlugin(entry, nullptr, nullptr);
+            password.Empty();
+            if (plugin->GetLogin() && !user.IsEmpty())
+            {
+                std::string typed = readPassword("Password of " + harmless(toUtf8(user)) + ":");
+                password = fromUtf8(typed);
+                wipe(typed);
+            }
+            tryPlugin(plugin, user, password);
+            if (!line.dryRun)
+                host::enterPlugin(*session, entry, *plugin);
+            if (line.json)
+                line.out.line(host::dump({{"name", toUtf8(entry.name)},
+                                          {"kind", toUtf8(entry.kind)},
+                                          {"place", shownAt(entry)}}));
+            else
+                line.note((line.dryRun ? "would have logged in to " : "logged in to ") +
+                          toUtf8(entry.name) + " (" + shownAt(entry) + ")");
+        });
+    session->saveSettings();
+    return ExitCode::done;
+}
+
+ExitCode logOut(CommandLine& line, const PluginOptions& options)
+{
+    const auto session = openKernel(line, KernelUse::change);
+    session->kernel().run(
+        [&]
+        {
+            // By the list of the settings, so that one which cannot be made any more can go, too.
+            const auto entries = host::pluginEntries(session->settings());
+            const CString typed = fromUtf8(options.name);
+            const auto entry = std::ranges::find_if(
+                entries,
+                [&](const PluginEntry& each) { return each.name.CompareNoCase(typed) == 0; });
+            const CString name = entry == entries.end() ? needPlugin(options.name) : entry->name;
+            if (!line.dryRun)
+                host::removePlugin(*session, name);
+            if (line.json)
+                line.out.line(host::dump({{"name", toUtf8(name)}}));
+            else
+                line.note((line.dryRun ? "would have forgotten " : "forgotten: ") + toUtf8(name) +
+                          "; its files stay where they are");
+        });
+    session->saveSettings();
+    return ExitCode::done;
+}
+
+/// The typed folder as plug-ins keep it. Throws HostError when there is none.
+CString chosenFolder(const CString& id, const std::string& typed, IQoProgress& progress)
+{
+    const CQoCollPath path = farPath(id, typed);
+    if (!path.isEmpty() && !needEntry(path, progress)->IsFolder())
+        throw HostError(ExitCode::usage, shownPlace(path) + " is no folder");
+    return path.getComponents().join(u"\\");
+}
+
+ExitCode setFolders(CommandLine& line, const PluginOptions& options)
+{
+    if (!options.music && !options.movies)
+        throw HostError(ExitCode::usage, "say what to set: --music FOLDER or --movies FOLDER");
+    const auto session = openKernel(line, KernelUse::change);
+    runShown(
+        line,
+        *session,
+        [&](host::ProgressReporter& progress)
+        {
+            const CString id = needFolderPlugin(options.name);
+            if (options.music)
+                CQoPluginManager::setPluginMusicPath(id,
+                                                     chosenFolder(id, *options.music, progress));
+            if (options.movies)
+                CQoPluginManager::setPluginMoviesPath(id,
+                                                      chosenFolder(id, *options.movies, progress));
+            if (!CQoPluginManager::savePluginSettings(id))
+                failFar("the settings of " + options.name + " cannot be saved");
+            if (line.json)
+                line.out.line(host::dump({{"name", toUtf8(id)}}));
+            else
+                line.note((line.dryRun ? "would have set the folders of " : "set: ") + toUtf8(id));
+        });
+    session->saveSettings();
+    return ExitCode::done;
+}
+} // namespace
+
+void setUpPlugin(CommandLine& line, CLI::App& command)
+{
+    const auto options = std::make_shared<PluginOptions>();
+    const auto add = [&](const char* name, const char* help, auto run)
+    {
+        return line.addCommand(
+            command, name, help, [&line, options, run] { return run(line, *options); });
+    };
+    line.setAction(command, [&line, options] { return listPlugins(line, *options); });
+    command.require_subcommand(0, 1);
+    CLI::App* const ls = add("ls", "List the storage services that you use", listPlugins);
+    ls->add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");
+    ls->add_flag("--room", options->showsRoom, "Ask each how much room is left");
+
+    CLI::App* const login = add("login", "Use a storage service, or log in to it again", logIn);
+    addArgument(*login, "NAME", options->name, "What you call it")->required();
+    addArgument(*login, "--folder", options->folder, "It is a folder that is mounted here")
+        ->type_name("DIR");
+
+    CLI::App* const logout = add("logout", "Forget a service with its password", logOut);
+    CLI::App* const set = add("set", "Choose the folders of a service", setFolders);
+    for (CLI::App* const each : {logout, set})
+        addArgument(*each, "NAME", options->name, "The service")->required();
+    addOptional(*set, "--music", options->music, "Where its music is")->type_name("FOLDER");
+    addOptional(*set, "--movies", options->movies, "Where its videos are")->type_name("FOLDER");
+    addPluginBrowse(line, command);
+    addPluginTransfers(line, command);
+}
+} // namespace qo::cli

@@ -1,0 +1,109 @@
+#include "host/cli/QoCommand.h"
+
+#include <csignal>
+#include <fstream>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+/// The command with a folder as the plug-in "NAS".
+class PluginCommand : public testing::Test
+{
+protected:
+    PluginCommand()
+    {
+        dir("nas/Music/Kino");
+        write("nas/Music/Kino/01.mp3", "first");
+        write("nas/Music/b\nc.mp3", std::string(5000, 'x'));
+        dir("to");
+        qo.expect({"plugin", "login", "NAS", "--folder", qo.dir.path("nas")}, 0, "logged in");
+    }
+
+    void dir(const std::string& relative) const { fs::create_directories(qo.dir.path(relative)); }
+    void write(const std::string& relative, const std::string& text) const
+    {
+        std::ofstream(qo.dir.path(relative)) << text;
+    }
+    std::string read(const std::string& relative) const { return qo.dir.read(relative); }
+    bool isEmpty(const std::string& relative) const { return fs::is_empty(qo.dir.path(relative)); }
+
+    const QoCommand qo;
+};
+} // namespace
+
+TEST_F(PluginCommand, FilesAreListedCopiedBothWaysAndRemoved)
+{
+    qo.expect({"plugin", "browse", "nas", "Music"}, 0, "Music/Kino/\n");
+    std::vector<std::string> paths;
+    for (const auto& record : qo.run({"plugin", "browse", "NAS", "--deep", "--json"}).json())
+        paths.push_back(record["path"]);
+    EXPECT_EQ(paths, (std::vector<std::string>{"Music/b\nc.mp3", "Music/Kino/01.mp3"}));
+
+    const std::vector<std::string> get = {
+        "plugin", "get", "NAS", "Music", "--to", qo.dir.path("to")};
+    qo.expect(get, 0, "fetched: NAS/Music/Kino/01.mp3");
+    EXPECT_EQ(read("to/Music/Kino/01.mp3"), "first");
+    EXPECT_EQ(read("to/Music/b_c.mp3").size(), 5000U);
+    write("to/Music/Kino/01.mp3", "mine");
+    fs::remove(qo.dir.path("to/Music/b_c.mp3"));
+    qo.expect(get, 6, "is there already");
+    EXPECT_EQ(read("to/Music/Kino/01.mp3"), "mine");
+    qo.expect({"plugin",
+               "get",
+               "NAS",
+               "Music/Kino/01.mp3",
+               "--to",
+               qo.dir.path("to/Music/Kino"),
+               "--replace"},
+              0,
+              "fetched");
+    EXPECT_EQ(read("to/Music/Kino/01.mp3"), "first");
+
+    write("new.mp3", "new");
+    const std::vector<std::string> put = {
+        "plugin", "put", qo.dir.path("new.mp3"), "--to", "NAS/New/Folder"};
+    qo.expect(put, 0, "sent: NAS/New/Folder/new.mp3");
+    write("new.mp3", "newer");
+    qo.expect(put, 1, "is there already");
+    EXPECT_EQ(read("nas/New/Folder/new.mp3"), "new");
+    qo.expect({"plugin", "rm", "NAS", "New"}, 7, "Not done without --yes");
+    qo.expect({"plugin", "rm", "NAS", "New", "--yes"}, 0, "removed");
+    EXPECT_FALSE(fs::exists(qo.dir.path("nas/New")));
+    qo.expect({"plugin", "set", "NAS", "--music", "Music/Kino"}, 0, "set");
+    EXPECT_EQ(qo.run({"plugin", "ls", "--json"}).json().front()["music"], "Music/Kino");
+    qo.expect({"plugin", "logout", "nas"}, 0, "files stay");
+    EXPECT_EQ(qo.run({"plugin"}).out, "");
+}
+
+TEST_F(PluginCommand, WhatCannotBeDoneIsRefused)
+{
+    write("nas/Music/Kino/02.mp3", "second");
+    fs::create_symlink("/etc/passwd", qo.dir.path("to/02.mp3"));
+    const std::string to = qo.dir.path("to");
+    qo.expectRefusals(
+        "plugin",
+        {{{"browse", "other"}, 4, "no plug-in"},
+         {{"browse", "NAS", "../nope"}, 4, "no NAS/nope"},
+         {{"login", "a/b", "--folder", to}, 2, "name"},
+         {{"login", "more"}, 2, "say where it is"},
+         {{"login", "more", "--folder", to + "/none"}, 4, "none"},
+         {{"get", "NAS", "Music/Kino/02.mp3", "--to", to, "--replace"}, 1, "no plain file"},
+         {{"put", to, "--to", "NAS"}, 2, "is no file"},
+         {{"rm", "NAS", "/", "--yes"}, 2, "root"},
+         {{"set", "NAS", "--music", "Music/Kino/02.mp3"}, 2, "no folder"}});
+}
+
+TEST_F(PluginCommand, AnInterruptedCopyLeavesNoPart)
+{
+    write("nas/large.mp3", "");
+    fs::resize_file(qo.dir.path("nas/large.mp3"), std::uintmax_t{4} << 30);
+    const pid_t pid = qo.start({"plugin", "get", "NAS", "large.mp3", "--to", qo.dir.path("to")});
+    for (int i = 0; i < 1000 && isEmpty("to"); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    EXPECT_FALSE(isEmpty("to"));
+    ::kill(pid, SIGINT);
+    const QoCommand::Result result = qo.finish(pid);
+    EXPECT_EQ(result.code, 130) << result.err;
+    EXPECT_TRUE(isEmpty("to"));
+}
