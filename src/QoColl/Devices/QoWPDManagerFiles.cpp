@@ -296,8 +296,10 @@ bool CQoWPDManager::deleteFile(const CString& path, IQoProgress* progress)
     const ObjectInfo* const file = findChild(children, parsed.getLast(), false);
     if (!file || file->isFolder())
     {
-        qo::log(
-            level::error, u"CQoWPDManager::deleteFile : couldn't find file on device: %s", path);
+        if (!progress->isCanceled())
+            qo::log(level::error,
+                    u"CQoWPDManager::deleteFile : couldn't find file on device: %s",
+                    path);
         return false;
     }
     if (const qo::DeviceResult result = device->remove({file->m_id});
