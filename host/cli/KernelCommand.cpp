@@ -5,6 +5,7 @@
 #include "core/base/SystemPath.h"
 #include "core/load/StoredLoad.h"
 #include "core/roots/RootFolders.h"
+#include "core/session/Heap.h"
 #include "plugins/configured/ConfiguredPlugins.h"
 
 #include <algorithm>
@@ -51,7 +52,7 @@ host::LoadReport runLoad(const CommandLine& line,
 }
 } // namespace
 
-std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use)
+std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use, bool isLast)
 {
     Session::Options options;
     if (line.app.get_option("--data")->count() > 0)
@@ -60,6 +61,7 @@ std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use)
     options.doing = nameOf(line);
     options.saveSettings = !line.dryRun;
     options.plugins = host::configuredPlugins;
+    options.endsProcess = isLast && host::mayEndAtOnce();
     options.note = [&line](const std::string& sentence) { line.note(sentence); };
     auto session = std::make_unique<Session>(std::move(options));
     if (line.dryRun && use != KernelUse::look)

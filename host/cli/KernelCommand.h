@@ -24,8 +24,10 @@ enum class KernelUse
 };
 
 /// Starts the kernel as the command line asks. Its notes go to standard error. Where a dry run
-/// would save something, throws HostError when it could not.
-std::unique_ptr<host::Session> openKernel(const CommandLine& line, KernelUse use);
+/// would save something, throws HostError when it could not. Of several sessions of one process
+/// none is the last one.
+std::unique_ptr<host::Session>
+openKernel(const CommandLine& line, KernelUse use, bool isLast = true);
 
 /// Throws HostError when no file can be written there, or something else stands there, and asks
 /// before one is written over; a dry run does not ask.

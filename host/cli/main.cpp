@@ -7,6 +7,8 @@
 #include <QoKernel/Inside.h>
 
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <iostream>
 
 namespace
@@ -80,5 +82,11 @@ int main(int argc, char** argv)
     }
     if (nobodyReads && code == 0)
         endByBrokenPipe();
+    if (qo::host::mayEndAtOnce())
+    {
+        std::cout.flush();
+        std::fflush(nullptr);
+        std::_Exit(code);
+    }
     return code;
 }

@@ -115,7 +115,7 @@ private:
         {
             try
             {
-                return openKernel(m_line, KernelUse::hold);
+                return openKernel(m_line, KernelUse::hold, false);
             }
             catch (const HostError& error)
             {

@@ -15,4 +15,13 @@ void useLargePages()
     mi_option_set(mi_option_eager_commit_delay, 0);
 #endif
 }
+
+bool mayEndAtOnce()
+{
+#ifdef QO_ENDS_AT_ONCE
+    return true;
+#else
+    return false;
+#endif
+}
 } // namespace qo::host

@@ -58,7 +58,8 @@ Session::~Session()
         {
             m_usage.reset();
             CQoPluginManager::setPluginsManager({});
-            CQoCollection::cleanUpGlobal();
+            if (!m_options.endsProcess)
+                CQoCollection::cleanUpGlobal();
             CQoCollection::m_ownCollection.setScanHost(nullptr);
             // Nothing asks for a setting of a file that is closed.
             initQoKernel(nullptr, nullptr);

@@ -34,6 +34,9 @@ public:
         bool withLock = true;   ///< without it nothing is changed, not even the settings
         std::string doing;      ///< what a process that waits for the lock is told of this one
         bool saveSettings = true;
+        /// The process ends with this session, by std::_Exit(), so that the collection stays as it
+        /// is: the system takes its memory back as a whole.
+        bool endsProcess = false;
         std::function<void(const std::string&)>
             note; ///< takes sentences for the user; may be empty
         /// Makes the plug-ins of the session, on the kernel's thread; may be empty.
