@@ -42,7 +42,7 @@ HOST_ORDER = (
     {"core/view"},
     {"core/doctor"},
     {"plugins/base"},
-    {"plugins/folder"},
+    {"plugins/folder", "plugins/webdav"},
     {"plugins/configured"},
     {"cli/shown"},
     {"cli"},

@@ -121,7 +121,9 @@ PluginEntry typedEntry(Session& session, const PluginOptions& options)
         entry.place = fromUtf8(options.webdav);
     }
     if (entry.kind.IsEmpty())
-        throw HostError(ExitCode::usage, "say where it is: --folder DIR for any mounted folder");
+        throw HostError(ExitCode::usage,
+                        "say where it is: --webdav URL, or --folder DIR for any mounted "
+                        "folder");
     return entry;
 }
 
@@ -277,6 +279,12 @@ void setUpPlugin(CommandLine& line, CLI::App& command)
     addArgument(*login, "NAME", options->name, "What you call it")->required();
     addArgument(*login, "--folder", options->folder, "It is a folder that is mounted here")
         ->type_name("DIR");
+    CLI::Option* const webdav =
+        addArgument(*login, "--webdav", options->webdav, "It is a WebDAV server, at this address")
+            ->type_name("URL");
+    webdav->excludes(login->get_option("--folder"));
+    addArgument(*login, "--user", options->user, "The user there; the password is asked for")
+        ->type_name("USER");
 
     CLI::App* const logout = add("logout", "Forget a service with its password", logOut);
     CLI::App* const set = add("set", "Choose the folders of a service", setFolders);

@@ -4,6 +4,7 @@
 #include "core/base/HostFiles.h"
 #include "plugins/base/PluginFailure.h"
 #include "plugins/folder/FolderPlugin.h"
+#include "plugins/webdav/WebdavPlugin.h"
 
 #include <boost/make_shared.hpp>
 
@@ -119,7 +120,7 @@ void unsetAll(KeyValueConfig& store, const CString& section, const CString& only
 
 std::vector<CString> pluginKinds()
 {
-    return {u"folder"};
+    return {u"folder", u"webdav"};
 }
 
 std::vector<PluginEntry> pluginEntries(const KeyValueConfig& settings)
@@ -136,12 +137,15 @@ std::vector<PluginEntry> pluginEntries(const KeyValueConfig& settings)
     return list;
 }
 
-boost::shared_ptr<StoredPlugin> makePlugin(const PluginEntry& entry, KVConfig* store, KVConfig*)
+boost::shared_ptr<StoredPlugin>
+makePlugin(const PluginEntry& entry, KVConfig* store, KVConfig* passwords)
 {
     if (entry.place.IsEmpty())
         throw HostError(ExitCode::usage, "it has no place");
     if (entry.kind == u"folder")
         return boost::make_shared<FolderPlugin>(entry.name, entry.place, store);
+    if (entry.kind == u"webdav")
+        return boost::make_shared<WebdavPlugin>(entry.name, entry.place, store, passwords);
     throw HostError(ExitCode::usage, "there is no kind of plug-ins \"" + toUtf8(entry.kind) + "\"");
 }
 

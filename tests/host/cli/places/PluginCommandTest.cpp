@@ -1,4 +1,5 @@
 #include "host/cli/QoCommand.h"
+#include "host/plugins/DavServers.h"
 
 #include <csignal>
 #include <fstream>
@@ -106,4 +107,36 @@ TEST_F(PluginCommand, AnInterruptedCopyLeavesNoPart)
     const QoCommand::Result result = qo.finish(pid);
     EXPECT_EQ(result.code, 130) << result.err;
     EXPECT_TRUE(isEmpty("to"));
+}
+
+TEST_F(PluginCommand, APasswordIsInAFileOfItsOwnAlone)
+{
+    HostileServer server;
+    server.answer = [](const std::string& request)
+    {
+        // "ann:s3cret"
+        if (request.find("Authorization: Basic YW5uOnMzY3JldA==") == std::string::npos)
+            return HostileServer::reply("401 No", "", "WWW-Authenticate: Basic realm=\"r\"\r\n");
+        return HostileServer::reply("207 OK", "<multistatus xmlns=\"DAV:\"/>");
+    };
+    const auto logIn = [&](const std::string& password)
+    {
+        const std::string call = "echo '" + password + "' | " QO_COMMAND " --data '" +
+                                 qo.dir.path("data") + "' plugin login web --webdav " +
+                                 server.url() + " --user ann >'" + qo.dir.path("said") + "' 2>&1";
+        return WEXITSTATUS(std::system(call.c_str())); // NOLINT(concurrency-mt-unsafe)
+    };
+    const std::string file = "data/Qorganizer/passwords";
+    EXPECT_EQ(logIn("wrong"), 1);
+    EXPECT_NE(read("said").find("does not accept"), std::string::npos) << read("said");
+    EXPECT_EQ(logIn("s3cret"), 0) << read("said");
+    EXPECT_EQ(fs::status(qo.dir.path(file)).permissions(), fs::perms(0600));
+    EXPECT_NE(read(file).find("s3cret"), std::string::npos);
+    EXPECT_EQ((read("said") + read("data/settings")).find("s3cret"), std::string::npos);
+    qo.expect({"plugin", "browse", "web"}, 0, "");
+    fs::permissions(qo.dir.path(file), fs::perms(0644));
+    qo.expect({"plugin", "browse", "web"}, 6, "others may read that file");
+    fs::permissions(qo.dir.path(file), fs::perms(0600));
+    qo.expect({"plugin", "logout", "web"}, 0, "files stay");
+    EXPECT_EQ(read(file).find("s3cret"), std::string::npos);
 }

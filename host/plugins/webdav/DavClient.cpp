@@ -1,0 +1,318 @@
+#include "plugins/webdav/DavClient.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+namespace qo::host
+{
+namespace
+{
+constexpr int mostRedirections = 5;
+constexpr int pause = 100; // milliseconds between two questions whether the user has cancelled
+
+/// The sentence for a status; a cause follows the address.
+std::string wordsOf(long status, const std::string& retryAfter)
+{
+    switch (status)
+    {
+    case 401:
+        return "the server does not accept the user and the password";
+    case 403:
+        return "the server does not allow that";
+    case 404:
+        return "there is no such file or folder";
+    case 405:
+        return "the server does not offer that, or the name is taken";
+    case 409:
+        return "the folder above is missing";
+    case 412:
+        return "it is there already";
+    case 416:
+        return "the file is shorter than the server said";
+    case 423:
+        return "it is locked by another program";
+    case 429:
+    case 503:
+        return "the server is busy and asks to come back " +
+               (retryAfter.empty() ? "later" : "after " + retryAfter + " seconds");
+    case 507:
+        return "the server has no room left";
+    default:
+        return "the server answered with status " + std::to_string(status);
+    }
+}
+
+/// What the callbacks of a transfer need.
+struct Exchange
+{
+    CURL* handle;
+    const DavRequest& request;
+    std::string location;
+    std::string retryAfter;
+    bool isEnded = false;
+    bool hasReadFailed = false;
+
+    long status() const
+    {
+        long code = 0;
+        curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &code);
+        return code;
+    }
+};
+
+std::size_t takeBody(char* bytes, std::size_t, std::size_t count, void* data)
+{
+    auto& exchange = *static_cast<Exchange*>(data);
+    const long status = exchange.status();
+    const bool isWanted = status >= 200 && status < 300 && exchange.request.sink;
+    if (!isWanted || exchange.request.sink(status, {bytes, count}))
+        return count;
+    exchange.isEnded = true;
+    return 0;
+}
+
+std::size_t takeHeader(char* bytes, std::size_t, std::size_t count, void* data)
+{
+    auto& exchange = *static_cast<Exchange*>(data);
+    const std::string_view line(bytes, count);
+    const auto valueOf = [&](std::string_view name, std::string& value)
+    {
+        const bool isIt =
+            line.size() > name.size() &&
+            std::equal(name.begin(),
+                       name.end(),
+                       line.begin(),
+                       [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + 32 : b); });
+        if (!isIt)
+            return;
+        const std::size_t first = line.find_first_not_of(" \t", name.size());
+        const std::size_t last = line.find_last_not_of(" \t\r\n");
+        value = first == std::string_view::npos || last < first
+                    ? ""
+                    : line.substr(first, last - first + 1);
+    };
+    valueOf("location:", exchange.location);
+    valueOf("retry-after:", exchange.retryAfter);
+    return count;
+}
+
+std::size_t giveFile(char* bytes, std::size_t size, std::size_t count, void* data)
+{
+    auto& exchange = *static_cast<Exchange*>(data);
+    const std::int64_t read = exchange.request.file->read(bytes, size * count);
+    exchange.hasReadFailed = read < 0;
+    return read < 0 ? CURL_READFUNC_ABORT : static_cast<std::size_t>(read);
+}
+
+int rewindFile(void* data, curl_off_t offset, int origin)
+{
+    auto& exchange = *static_cast<Exchange*>(data);
+    return origin == SEEK_SET && exchange.request.file->seek(offset) ? CURL_SEEKFUNC_OK
+                                                                     : CURL_SEEKFUNC_FAIL;
+}
+
+int showSent(void* data, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent)
+{
+    const auto& exchange = *static_cast<Exchange*>(data);
+    if (exchange.request.sent)
+        exchange.request.sent(sent);
+    return 0;
+}
+} // namespace
+
+/// A handle with its open connection. One transfer at a time.
+class DavClient::Connection
+{
+public:
+    Connection() : handle(curl_easy_init()), multi(curl_multi_init()) {}
+    ~Connection()
+    {
+        curl_slist_free_all(headers);
+        curl_easy_cleanup(handle);
+        curl_multi_cleanup(multi);
+    }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    /// Until the transfer has ended or the user has cancelled it.
+    CURLcode perform(const std::function<bool()>& isCanceled)
+    {
+        CURLcode result = CURLE_FAILED_INIT;
+        if (curl_multi_add_handle(multi, handle) != CURLM_OK)
+            return result;
+        int running = 1;
+        while (running > 0)
+        {
+            if (isCanceled && isCanceled())
+            {
+                result = CURLE_ABORTED_BY_CALLBACK;
+                break;
+            }
+            if (curl_multi_perform(multi, &running) != CURLM_OK ||
+                (running > 0 && curl_multi_poll(multi, nullptr, 0, pause, nullptr) != CURLM_OK))
+                break;
+        }
+        int left = 0;
+        while (const CURLMsg* const message = curl_multi_info_read(multi, &left))
+        {
+            if (message->msg == CURLMSG_DONE)
+                result = message->data.result;
+        }
+        curl_multi_remove_handle(multi, handle);
+        return result;
+    }
+
+    CURL* const handle;
+    CURLM* const multi;
+    curl_slist* headers = nullptr;
+    char error[CURL_ERROR_SIZE] = "";
+};
+
+DavClient::DavClient(DavAddress root, DavLimits limits)
+    : m_root(std::move(root)), m_limits(limits), m_scheme(firstScheme())
+{
+    static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
+    (void)started;
+}
+
+unsigned long DavClient::firstScheme() const
+{
+    const bool isSafe = m_root.isEncrypted() || m_root.isLoopback();
+    return isSafe ? CURLAUTH_DIGEST | CURLAUTH_BASIC : CURLAUTH_DIGEST;
+}
+
+DavClient::~DavClient() = default;
+
+void DavClient::setCredentials(const CString& user, const CString& password)
+{
+    const std::lock_guard guard(m_lock);
+    m_user = toUtf8(user);
+    m_password = toUtf8(password);
+    m_scheme = firstScheme();
+    m_idle.clear(); // a connection remembers who was let in
+}
+
+std::unique_ptr<DavClient::Connection> DavClient::takeConnection()
+{
+    const std::lock_guard guard(m_lock);
+    if (m_idle.empty())
+        return std::make_unique<Connection>();
+    std::unique_ptr<Connection> connection = std::move(m_idle.back());
+    m_idle.pop_back();
+    return connection;
+}
+
+void DavClient::prepare(Connection& connection, const DavRequest& request)
+{
+    CURL* const handle = connection.handle;
+    curl_easy_reset(handle);
+    curl_easy_setopt(handle, CURLOPT_URL, request.address.url().c_str());
+    curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
+    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
+    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, m_limits.connectSeconds);
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, m_limits.stallSeconds);
+    curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, 256L * 1024);
+    curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, 256L * 1024);
+    curl_easy_setopt(handle, CURLOPT_USERAGENT, "qo");
+    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, connection.error);
+    connection.error[0] = '\0';
+    const std::lock_guard guard(m_lock);
+    if (m_user.empty())
+        return;
+    curl_easy_setopt(handle, CURLOPT_HTTPAUTH, static_cast<long>(m_scheme));
+    curl_easy_setopt(handle, CURLOPT_USERNAME, m_user.c_str());
+    curl_easy_setopt(handle, CURLOPT_PASSWORD, m_password.c_str());
+}
+
+DavAnswer
+DavClient::runOnce(Connection& connection, const DavRequest& request, std::string& location)
+{
+    prepare(connection, request);
+    CURL* const handle = connection.handle;
+    Exchange exchange{handle, request, {}, {}};
+    curl_slist_free_all(std::exchange(connection.headers, nullptr));
+    for (const std::string& header : request.headers)
+        connection.headers = curl_slist_append(connection.headers, header.c_str());
+    curl_easy_setopt(handle, CURLOPT_HTTPHEADER, connection.headers);
+    if (request.file)
+    {
+        curl_easy_setopt(handle, CURLOPT_UPLOAD, 1L);
+        curl_easy_setopt(handle, CURLOPT_READFUNCTION, giveFile);
+        curl_easy_setopt(handle, CURLOPT_READDATA, &exchange);
+        curl_easy_setopt(handle, CURLOPT_SEEKFUNCTION, rewindFile);
+        curl_easy_setopt(handle, CURLOPT_SEEKDATA, &exchange);
+        curl_easy_setopt(
+            handle, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(request.file->sizeAtOpen()));
+    }
+    else if (!request.body.empty())
+    {
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body.c_str());
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE, static_cast<long>(request.body.size()));
+    }
+    if (std::string_view(request.method) != "GET")
+        curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, request.method);
+    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, takeBody);
+    curl_easy_setopt(handle, CURLOPT_WRITEDATA, &exchange);
+    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, takeHeader);
+    curl_easy_setopt(handle, CURLOPT_HEADERDATA, &exchange);
+    curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
+    curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, showSent);
+    curl_easy_setopt(handle, CURLOPT_XFERINFODATA, &exchange);
+
+    const CURLcode code = connection.perform(request.isCanceled);
+    DavAnswer answer;
+    answer.status = exchange.status();
+    answer.isEnded = exchange.isEnded;
+    location = exchange.location;
+    std::string cause;
+    if (exchange.hasReadFailed)
+        cause = "the local file cannot be read";
+    else if (code != CURLE_OK && !exchange.isEnded)
+        cause = connection.error[0] != '\0' ? connection.error : curl_easy_strerror(code);
+    else if (answer.status < 200 || answer.status > 299)
+        cause = wordsOf(answer.status, exchange.retryAfter);
+    if (!cause.empty())
+        answer.failure = fromUtf8(request.address.url() + ": " + cause);
+    long offered = 0;
+    curl_easy_getinfo(handle, CURLINFO_HTTPAUTH_AVAIL, &offered);
+    const std::lock_guard guard(m_lock);
+    const unsigned long usable = static_cast<unsigned long>(offered) & m_scheme;
+    // The better way that the server offers is used at once the next time.
+    if (answer.isDone() && usable != 0)
+        m_scheme = (usable & CURLAUTH_DIGEST) != 0 ? CURLAUTH_DIGEST : CURLAUTH_BASIC;
+    return answer;
+}
+
+DavAnswer DavClient::run(DavRequest request)
+{
+    std::unique_ptr<Connection> connection = takeConnection();
+    const std::string_view method = request.method;
+    const bool isReading = method == "GET" || method == "PROPFIND";
+    DavAnswer answer;
+    for (int i = 0; i <= mostRedirections; ++i)
+    {
+        std::string location;
+        answer = runOnce(*connection, request, location);
+        const bool isRedirected = answer.status >= 300 && answer.status < 400 && !location.empty();
+        if (!isRedirected)
+            break;
+        const auto target = isReading ? request.address.resolve(location) : std::nullopt;
+        answer.failure = fromUtf8(request.address.url() +
+                                  (target ? ": the server leads around in a ring"
+                                          : ": the server leads to another place, which is not "
+                                            "followed"));
+        if (!target)
+            break;
+        request.address = *target;
+    }
+    const std::lock_guard guard(m_lock);
+    m_idle.push_back(std::move(connection));
+    return answer;
+}
+} // namespace qo::host

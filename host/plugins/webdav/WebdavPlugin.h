@@ -1,0 +1,36 @@
+#pragma once
+
+#include "plugins/base/StoredPlugin.h"
+#include "plugins/webdav/DavClient.h"
+
+#include <memory>
+
+namespace qo::host
+{
+/// A WebDAV server: physical browse with the room that is left, download with ranges, upload, and
+/// login.
+class WebdavPlugin final : public StoredPlugin
+{
+public:
+    /// Throws HostError for what is no such address.
+    WebdavPlugin(const CString& id,
+                 const CString& address,
+                 KVConfig* store,
+                 KVConfig* passwords,
+                 DavLimits limits = {});
+    ~WebdavPlugin() override;
+
+    boost::shared_ptr<IPhysicalBrowseWrapper> GetPhysicalBrowse() override { return m_browse; }
+    boost::shared_ptr<IPhysicalUploadWrapper> GetPhysicalUpload() override { return m_upload; }
+    boost::shared_ptr<IDownloadWrapper> GetDownload() override { return m_download; }
+    boost::shared_ptr<ILoginWrapper> GetLogin() override { return m_login; }
+    void SetCredentials(const CString& user, const CString& password) override;
+
+private:
+    const std::shared_ptr<DavClient> m_client;
+    const boost::shared_ptr<IPhysicalBrowseWrapper> m_browse;
+    const boost::shared_ptr<IPhysicalUploadWrapper> m_upload;
+    const boost::shared_ptr<IDownloadWrapper> m_download;
+    const boost::shared_ptr<ILoginWrapper> m_login;
+};
+} // namespace qo::host

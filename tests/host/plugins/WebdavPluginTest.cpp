@@ -1,0 +1,230 @@
+#include "plugins/webdav/WebdavPlugin.h"
+
+#include "QoColl/Plugins/PluginFixture.h"
+#include "core/base/HostError.h"
+#include "host/plugins/DavServers.h"
+#include "plugins/base/PluginFailure.h"
+
+#include <filesystem>
+#include <fstream>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+const char* const password = "s3cret";
+
+class WebdavPlugin : public PluginFixture
+{
+protected:
+    void add(const std::string& url)
+    {
+        const qo::host::DavLimits limits = {1, 1};
+        const auto plugin = boost::make_shared<qo::host::WebdavPlugin>(
+            u"dav", qo::fromUtf8(url), nullptr, nullptr, limits);
+        plugin->SetCredentials(u"ann", qo::fromUtf8(password));
+        plugins->add(plugin);
+    }
+    /// What is in the plug-in, or why it cannot be listed.
+    std::string listed()
+    {
+        QoFileDbItemArray files;
+        qo::host::takePluginFailure();
+        boost::shared_ptr<IPhysicalBrowseWrapper> browse;
+        boost::shared_ptr<IPhysicalResult> root;
+        EXPECT_TRUE(CQoPluginManager::getPhysicalBrowseFuncFromPlugin(u"dav", browse));
+        EXPECT_TRUE(CQoPluginManager::getRootPathResultFromPhysicalPlugin(browse, nullptr, root));
+        const bool isComplete = CQoPluginManager::getFilesFromPhysicalPlugin(
+            CQoPluginManager::PI_Files, browse, {}, at(u"dav"), root, 1, &progress, files);
+        return isComplete ? pathsOf(files) : qo::toUtf8(qo::host::takePluginFailure());
+    }
+    std::string read(const std::string& relative) const { return dir.read(relative); }
+};
+
+std::string entry(const std::string& href)
+{
+    return "<response><href>" + href +
+           "</href><propstat><prop><getcontentlength>1000</getcontentlength></prop>"
+           "<status>HTTP/1.1 200 OK</status></propstat></response>";
+}
+std::string listing(const std::string& entries)
+{
+    return HostileServer::reply("207 Multi-Status",
+                                "<?xml version=\"1.0\"?><multistatus xmlns=\"DAV:\">" + entries +
+                                    "</multistatus>");
+}
+std::string many(int count, const std::string& text)
+{
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+} // namespace
+
+TEST_F(WebdavPlugin, FilesGoBothWaysWithARealServer)
+{
+    fs::create_directories(dir.path("far/Music"));
+    const std::string name = "50% off #1? (\xc3\xbc)&.mp3";
+    fs::copy_file(QO_TEST_DATA "/sounds/sound.mp3", dir.path("far/Music/" + name));
+    fs::copy_file(QO_TEST_DATA "/sounds/sound.mp3", dir.path("own.mp3"));
+    const RcloneServer server(dir.path("far"));
+    if (!server.isRunning)
+        GTEST_SKIP() << "rclone is not installed";
+    add(server.url());
+    EXPECT_EQ(CQoPluginManager::checkPluginCredentials(u"dav", u"ann", u"wrong", false),
+              CQoPluginManager::LC_Failed);
+    EXPECT_EQ(CQoPluginManager::checkPluginCredentials(u"dav", u"ann", u"s3cret", false),
+              CQoPluginManager::LC_Ok);
+
+    QoFileDbItemArray files;
+    ASSERT_TRUE(CQoPluginManager::getFilesFromPlugin(
+        CQoPluginManager::PI_Files, at(u"dav"), 0xffff, &progress, files));
+    EXPECT_EQ(pathsOf(files), "Music\\" + name.substr(0, 2) + "%" + name.substr(2) + "\n");
+    const CQoCollPath far = at(u"dav", u"Music").child(qo::fromUtf8(name));
+    EXPECT_TRUE(CQoPluginManager::downloadFile(far, dir.collPath("copy.mp3"), true, &progress));
+    EXPECT_EQ(read("copy.mp3"), read("own.mp3"));
+
+    CQoCollPath target = at(u"dav", u"New\\Folder").child(qo::fromUtf8("100%.mp3"));
+    const auto send = [&](bool replace) {
+        return CQoPluginManager::uploadFile(
+            dir.collPath("own.mp3"), target, 2141, replace, &progress);
+    };
+    EXPECT_TRUE(send(false));
+    EXPECT_EQ(read("far/New/Folder/100%.mp3"), read("own.mp3"));
+    std::ofstream(dir.path("own.mp3")) << "newer";
+    EXPECT_FALSE(send(false));
+    EXPECT_EQ(qo::host::takePluginFailure().Right(19), u"it is there already");
+    EXPECT_TRUE(send(true));
+    EXPECT_EQ(read("far/New/Folder/100%.mp3"), "newer");
+    const fs::directory_iterator left(dir.path("far/New/Folder"));
+    EXPECT_EQ(std::distance(begin(left), end(left)), 1) << "a part is left";
+    EXPECT_TRUE(CQoPluginManager::deleteFile(at(u"dav", u"New"), &progress));
+    EXPECT_FALSE(fs::exists(dir.path("far/New")));
+    EXPECT_FALSE(log.has(password));
+}
+
+TEST_F(WebdavPlugin, ATagCostsTwoSmallRequests)
+{
+    // Ten bytes are the header of a tag of 100 bytes.
+    const std::string tag = std::string("ID3\3\0\0\0\0\0\x64", 10) + std::string(990, '\0');
+    std::vector<std::string> ranges;
+    HostileServer server;
+    server.answer = [&](const std::string& request)
+    {
+        if (request.starts_with("PROPFIND"))
+            return listing(entry("/dav/a.mp3"));
+        const std::size_t field = request.find("Range: ");
+        ranges.push_back(request.substr(field, request.find('\r', field) - field));
+        // It knows no ranges, and sends all of it.
+        return HostileServer::reply("200 OK", tag);
+    };
+    add(server.url());
+    QoFileDbItemArray files;
+    EXPECT_TRUE(CQoPluginManager::getFilesFromPlugin(
+        CQoPluginManager::PI_Files, at(u"dav"), 1, &progress, files));
+    EXPECT_EQ(ranges, (std::vector<std::string>{"Range: bytes=0-9", "Range: bytes=0-109"}));
+}
+
+TEST_F(WebdavPlugin, ThePasswordIsSentInTheSafestWayThatIsOffered)
+{
+    std::string all;
+    HostileServer server;
+    server.answer = [&](const std::string& request)
+    {
+        all += request;
+        return request.find("Authorization: Digest ") != std::string::npos
+                   ? listing(entry("/dav/a.mp3"))
+                   : HostileServer::reply("401 No",
+                                          "",
+                                          "WWW-Authenticate: Basic realm=\"r\"\r\n"
+                                          "WWW-Authenticate: Digest realm=\"r\", nonce=\"n\", "
+                                          "qop=\"auth\", algorithm=MD5\r\n");
+    };
+    add(server.url());
+    EXPECT_EQ(listed(), "a.mp3\n");
+    EXPECT_EQ(all.find("Basic"), std::string::npos);
+    EXPECT_EQ(all.find(password), std::string::npos);
+}
+
+TEST_F(WebdavPlugin, AnswersThatLieCostOneSentence)
+{
+    HostileServer other;
+    other.answer = [](const std::string&) { return listing(entry("/dav/a.mp3")); };
+    HostileServer server;
+    add(server.url());
+    const std::string doctype = "<!DOCTYPE multistatus [<!ENTITY a \"aaaaaaaaaa\">]>";
+    const struct
+    {
+        std::string answer;
+        const char* text;
+    } cases[] = {
+        {HostileServer::reply("401 No", ""), "does not accept"},
+        {HostileServer::reply("403 No", ""), "does not allow"},
+        {HostileServer::reply("404 No", ""), "no such file"},
+        {HostileServer::reply("429 No", "", "Retry-After: 7\r\n"), "after 7 seconds"},
+        {HostileServer::reply("507 No", ""), "no room"},
+        {HostileServer::reply("200 OK", "<html/>"), "no WebDAV server"},
+        {HostileServer::reply("302 Go", "", "Location: /dav/\r\n"), "in a ring"},
+        {HostileServer::reply("302 Go", "", "Location: " + other.url() + "\r\n"), "another place"},
+        {HostileServer::reply("302 Go", "", "Location: file:///etc/passwd\r\n"), "another place"},
+        {"HTTP/1.1 207 OK\r\nContent-Length: 500\r\n\r\n<multistatus", "127.0.0.1"},
+        {HostileServer::reply("207 OK", "<multistatus xmlns=\"DAV:\"><response>"), "damaged"},
+        {HostileServer::reply("207 OK", many(100'000, "<a>")), "damaged"},
+        {HostileServer::reply("207 OK", doctype + "<multistatus xmlns=\"DAV:\"/>"), "damaged"},
+        {listing(entry(std::string(100'000, 'x'))), "damaged"},
+        {"not HTTP", "127.0.0.1"}};
+    for (const auto& each : cases)
+    {
+        server.answer = [&](const std::string&) { return each.answer; };
+        const std::string shown = listed();
+        EXPECT_NE(shown.find(each.text), std::string::npos) << each.text << ": " << shown;
+    }
+    EXPECT_EQ(other.requests, 0);
+    EXPECT_FALSE(log.has(password));
+}
+
+TEST_F(WebdavPlugin, NamesLeadNowhereElse)
+{
+    HostileServer server;
+    server.answer = [&](const std::string&)
+    {
+        return listing(entry("/dav/") + entry("/dav/../up.mp3") + entry("/dav/%2e%2e") +
+                       entry("/other/x.mp3") + entry("/dav/deep/x.mp3") +
+                       entry("http://elsewhere.example/dav/x.mp3") + entry("/dav/a%00b") +
+                       entry("/dav/a%2Fb.mp3") + entry("/dav/b%0Ac.mp3") +
+                       entry("/dav/.qo-part-1") + entry(server.url() + "d%25.mp3"));
+    };
+    add(server.url());
+    EXPECT_EQ(listed(),
+              "a_b.mp3\nb\xef\x80\x8a"
+              "c.mp3\nd%%.mp3\n");
+    for (const char16_t* const address :
+         {u"ftp://nas/", u"https://ann:pw@nas/", u"nas", u"https://", u""})
+        EXPECT_THROW(qo::host::parseDavAddress(address), qo::host::HostError);
+}
+
+TEST_F(WebdavPlugin, WhatStallsOrBreaksOffLeavesNothing)
+{
+    HostileServer server;
+    add(server.url());
+    std::string get;
+    server.answer = [&](const std::string& request)
+    { return request.starts_with("PROPFIND") ? listing(entry("/dav/a.mp3")) : get; };
+    const CString target = dir.collPath("copy.mp3");
+    for (const std::string& each :
+         {std::string("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nabc"),
+          HostileServer::reply("200 OK", "abc"),
+          std::string()})
+    {
+        get = each;
+        EXPECT_FALSE(CQoPluginManager::downloadFile(at(u"dav", u"a.mp3"), target, true, &progress));
+        EXPECT_FALSE(qo::host::takePluginFailure().IsEmpty());
+        EXPECT_FALSE(fs::exists(dir.path("copy.mp3")));
+    }
+    server.answer = [](const std::string&) { return std::string(); };
+    CountedProgress impatient(3);
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_FALSE(CQoPluginManager::downloadFile(at(u"dav", u"a.mp3"), target, true, &impatient));
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(700));
+}
