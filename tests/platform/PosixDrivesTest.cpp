@@ -39,6 +39,16 @@ public:
         m_dir.write("udev/b" + major + ":0", lines(properties));
         m_dir.write("udev/b" + major + ":1", lines(partitionProperties));
     }
+    /// Out of the slot; what was mounted stays in the table.
+    void pull(int number)
+    {
+        fs::remove(m_dir.path("sys/dev/block/" + std::to_string(number) + ":1"));
+    }
+    /// Another card in the slot, with that file system.
+    void changeCard(int number, const std::string& properties)
+    {
+        m_dir.write("udev/b" + std::to_string(number) + ":1", lines(properties));
+    }
     void addMapping(const std::string& name, int number, const std::string& slave)
     {
         const std::string folder = "sys/devices/" + name;
@@ -149,8 +159,25 @@ TEST(PosixDrives, DriveKeepsItsLetterWhenItLeavesAndComesBackElsewhere)
     system.mount(mountLine("2:1", "/n/one") + mountLine("3:1", "/n/one"));
     EXPECT_EQ(system.update(), "-D+E");
     EXPECT_EQ(system.map.toSystem(u"E:\\x"), "/n/one/x");
-    system.mount("");
+    // Pulled out without being unmounted.
+    ASSERT_TRUE(system.drives.look(u'E', info));
+    system.pull(3);
+    EXPECT_FALSE(system.drives.look(u'E', info));
     EXPECT_EQ(system.update(), "-E");
+}
+
+TEST(PosixDrives, AnotherCardInTheSlotIsAnotherDrive)
+{
+    System system;
+    system.addDisk("sdb", 2, true, "ID_BUS=usb;ID_SERIAL=slot", "ID_FS_UUID=u");
+    system.mount(mountLine("2:1", "/m/card"));
+    EXPECT_EQ(system.update(), "+D");
+    system.changeCard(2, "ID_FS_UUID=v");
+    qo::DriveInfo info;
+    EXPECT_FALSE(system.drives.look(u'D', info));
+    EXPECT_EQ(system.update(), "-D+E");
+    ASSERT_TRUE(system.drives.look(u'E', info));
+    EXPECT_EQ(info.id, CString(u"slot-v"));
 }
 
 TEST(PosixDrives, OfTwoDisksWithOneIdTheFirstIsThatDrive)

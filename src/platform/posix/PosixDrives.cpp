@@ -110,13 +110,17 @@ bool PosixDrives::look(char16_t letter, DriveInfo& info)
                                     [&](const Drive& drive) { return drive.letter == letter; });
     if (found == m_drives.end())
         return false;
-    // Where it was mounted an empty folder may stand by now.
+    // Where it was mounted an empty folder may stand by now. A stick that was pulled out stays
+    // mounted until somebody unmounts it, but the system knows no such device any more.
+    const auto isStill = [&](const MountEntry& mount)
+    {
+        if (mount.point != found->point || mount.device != found->number)
+            return false;
+        const BlockDevice device(m_places.sys, m_places.udev, mount.device, mount.source);
+        return device.isValid() && device.info().id == found->info.id;
+    };
     const std::vector<MountEntry> mounts = readMounts(m_places.mounts);
-    const bool isThere =
-        std::any_of(mounts.begin(),
-                    mounts.end(),
-                    [&](const MountEntry& mount)
-                    { return mount.point == found->point && mount.device == found->number; });
+    const bool isThere = std::any_of(mounts.begin(), mounts.end(), isStill);
     if (isThere)
         info = found->info;
     return isThere;

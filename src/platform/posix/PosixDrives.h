@@ -42,7 +42,8 @@ private:
 
         bool isSame(const Drive& other) const
         {
-            return point == other.point && number == other.number && disk == other.disk;
+            return point == other.point && number == other.number && disk == other.disk &&
+                   info.id == other.info.id;
         }
     };
 
