@@ -233,7 +233,8 @@ protected:
                               QoFileDbItemArray& files,
                               IQoProgress* progress);
     /// Lists the files of one root folder with their write times. Stops at a cancel. False when the
-    /// folder is on a device that is not connected, or that left meanwhile.
+    /// folder is on a device that is not connected, or that left meanwhile. Folders of a device
+    /// that cannot be read are noted.
     bool getFilesFromDisk(const CQoCollPath& rootDir, qo::FoundFiles& found, IQoProgress* progress);
     /// Lists a root folder in any place: on a disk as found, elsewhere as records that the source
     /// filled.
@@ -241,6 +242,8 @@ protected:
                      qo::FoundFiles& found,
                      QoFileDbItemArray& listed,
                      IQoProgress* progress);
+    /// Lets the records below the folder stay, and tells the host why.
+    void noteUnlisted(const CQoCollPath& dir, const CString& cause);
     /// False when the source did not list all.
     bool listFarDir(const CQoCollPath& rootDir, QoFileDbItemArray& listed, IQoProgress* progress);
     /// A record in the state added, with flags by extension and folder type; it is in no list yet.

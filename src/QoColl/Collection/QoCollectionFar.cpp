@@ -45,17 +45,20 @@ void CQoCollection::listRootDir(const CQoCollPath& rootDir,
 {
     const bool isWhole = rootDir.isLocalDisk() ? getFilesFromDisk(rootDir, found, progress)
                                                : listFarDir(rootDir, listed, progress);
-    if (isWhole || progress->isCanceled())
-        return;
-    m_unlistedDirs.Add(rootDir);
-    const CString path = rootDir.toString();
+    if (!isWhole && !progress->isCanceled())
+        noteUnlisted(rootDir,
+                     rootDir.isUSB() ? u"The device is not connected"
+                                     : u"Not all of its folders could be listed");
+}
+
+void CQoCollection::noteUnlisted(const CQoCollPath& dir, const CString& cause)
+{
+    m_unlistedDirs.Add(dir);
+    const CString path = dir.toString();
     log(level::warning,
         u"CQoCollection::addFilesFromRootDirs : not all was listed, known files stay: %s",
         path);
-    m_scanHost->failed(IQoScanHost::ETrouble::unlisted,
-                       path,
-                       rootDir.isUSB() ? u"The device is not connected"
-                                       : u"Not all of its folders could be listed");
+    m_scanHost->failed(IQoScanHost::ETrouble::unlisted, path, cause);
 }
 
 bool CQoCollection::listFarDir(const CQoCollPath& rootDir,

@@ -23,6 +23,7 @@
 #include "platform/Platform.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <tuple>
 
 // The walk of the root folders, and the comparison of what it found with the records.
@@ -47,6 +48,33 @@ bool isTwin(const QoFileDbItemPtr& stored, const CString& found)
     return stored->path != found &&
            qo::fileSystem().info(CQoUtils::getRealPath(stored->path), qo::Spelling::exact, info) ==
                0;
+}
+
+/// Notes the folders that could not be listed to their end. One that went meanwhile hides nothing.
+class NotingLister final : public qo::IFolderLister
+{
+public:
+    explicit NotingLister(qo::IFolderLister& inner) : m_inner(inner) {}
+    int list(const CString& folder, std::vector<qo::DirEntry>& entries) override
+    {
+        const int error = m_inner.list(folder, entries);
+        if (error != 0 && error != ENOENT && error != ENOTDIR)
+            failed.emplace_back(folder, error);
+        return error;
+    }
+
+    std::vector<std::pair<CString, int>> failed;
+
+private:
+    qo::IFolderLister& m_inner;
+};
+/// A stick on which more folders fail counts as unlisted altogether, which is quicker to look up.
+constexpr std::size_t mostFailedFolders = 100;
+
+/// The path of a device contains its id instead of its present drive.
+CQoCollPath onDevice(const CQoCollPath& rootDir, const CString& real)
+{
+    return {CQoCollPath::usb, rootDir.getDevice(), CQoCollPath(real).getComponents()};
 }
 
 /// A record with a path and nothing else.
@@ -142,21 +170,27 @@ bool CQoCollection::getFilesFromDisk(const CQoCollPath& rootDir,
     filter.m_flags = QoKernel::CFileFilter::testType;
     filter.m_typeMask = QoKernel::CFileFilter::plainFiles;
     QoKernel::CFileFinder finder;
-    for (bool any = finder.findFirst({rootReal, true, m_scanHost}, filter); any;
+    NotingLister lister(*m_scanHost);
+    for (bool any = finder.findFirst({rootReal, true, &lister}, filter); any;
          any = finder.findNext())
     {
         if (progress->isCanceled())
             return true;
         CString path = finder.getFilePath();
-        // The path of a device contains its id instead of its present drive.
         if (rootDir.isUSB())
-            path = CQoCollPath(
-                       CQoCollPath::usb, rootDir.getDevice(), CQoCollPath(path).getComponents())
-                       .toString();
+            path = onDevice(rootDir, path).toString();
         found.push_back({std::move(path), finder.getFileInfo()});
     }
+    if (!rootDir.isUSB())
+        return true;
     // A stick that was pulled out in the middle has shown a part of its files.
-    return !rootDir.isUSB() || theQoUSBManager.isConnected(rootDir);
+    if (!theQoUSBManager.isConnected(rootDir))
+        return false;
+    if (lister.failed.size() > mostFailedFolders)
+        lister.failed = {{rootReal, lister.failed.front().second}};
+    for (const auto& [folder, error] : lister.failed)
+        noteUnlisted(onDevice(rootDir, folder), qo::errorText(error));
+    return true;
 }
 
 void CQoCollection::checkPhysicalChanges(QoFileDbItemArray& files,

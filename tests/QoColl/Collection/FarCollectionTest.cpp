@@ -41,6 +41,14 @@ protected:
 
     CQoCollection& foreign = CQoCollection::m_foreignCollection;
 };
+
+struct BadFolder : IQoScanHost
+{
+    int list(const CString& folder, std::vector<qo::DirEntry>& entries) override
+    {
+        return folder.Find(u"deep") < 0 ? IQoScanHost::list(folder, entries) : EIO;
+    }
+};
 } // namespace
 
 TEST_F(FarCollection, FriendsArtistsStandBesideTheOwnOnes)
@@ -128,8 +136,12 @@ TEST_F(FarCollection, StickIsScannedPulledOutAndKnownAgainUnderAnotherLetter)
     ASSERT_TRUE(loadForeign(root));
     EXPECT_EQ(counts(), "0+ 0~ 0-");
     EXPECT_EQ(CQoUtils::getRealPath(one->path), CString(second) + u":\\Music\\one.mp3");
+    // A folder that cannot be read keeps its files, and the others are compared.
+    BadFolder bad;
     fs::remove(dir.path("moved/Music/one.mp3"));
+    foreign.setScanHost(&bad);
     ASSERT_TRUE(loadForeign(root));
+    foreign.setScanHost(nullptr);
     EXPECT_EQ(counts(), "0+ 0~ 1-");
     EXPECT_EQ(stored(root.GetLength() + 1), "deep\\two.flac ");
     // Folders that run empty go from the stick, but not its root folder.
