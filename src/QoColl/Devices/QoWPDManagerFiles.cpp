@@ -80,8 +80,10 @@ bool walkObjects(qo::IPortableDevice& device,
         const Folder folder = std::move(pending.front());
         pending.pop_front();
         std::vector<ObjectInfo> children;
+        qo::DeviceResult result = qo::deviceResult::ok;
         isWhole =
-            CWPDUtils::getObjectChildren(device, folder.id, children, walk.progress) && isWhole;
+            CWPDUtils::getObjectChildren(device, folder.id, children, walk.progress, &result) &&
+            isWhole;
         for (const ObjectInfo& child : children)
         {
             if (walk.progress->isCanceled())
@@ -110,6 +112,8 @@ bool walkObjects(qo::IPortableDevice& device,
             if (folder.level < deepestFolder)
                 pending.push_back({path, child.m_id, folder.level + 1});
         }
+        if (result == qo::deviceResult::notConnected)
+            return false;
     }
     return isWhole;
 }

@@ -270,10 +270,14 @@ bool CWPDUtils::getDeviceFillStateInfo(qo::IPortableDevice& device,
 
 bool CWPDUtils::getObjectInfo(qo::IPortableDevice& device,
                               const CString& objectId,
-                              ObjectInfo& info)
+                              ObjectInfo& info,
+                              DeviceResult* cause)
 {
     PropertyBag bag;
-    if (const DeviceResult result = device.properties(objectId, bag); result != ok)
+    const DeviceResult result = device.properties(objectId, bag);
+    if (cause)
+        *cause = result;
+    if (result != ok)
     {
         qo::log(level::error,
                 u"CWPDUtils::getObjectInfo : GetValues failed for %s, hr = 0x%lx",
@@ -300,15 +304,19 @@ bool CWPDUtils::getObjectInfo(qo::IPortableDevice& device,
 bool CWPDUtils::getObjectChildren(qo::IPortableDevice& device,
                                   const CString& objectId,
                                   std::vector<ObjectInfo>& children,
-                                  IQoProgress* progress)
+                                  IQoProgress* progress,
+                                  DeviceResult* cause)
 {
+    DeviceResult result = ok;
+    DeviceResult& last = cause ? *cause : result;
     std::vector<CString> ids;
-    if (const DeviceResult result = device.children(objectId, ids); result != ok)
+    last = device.children(objectId, ids);
+    if (last != ok)
     {
         qo::log(level::error,
                 u"CWPDUtils::getObjectChildren : EnumObjects failed for %s, hr = 0x%lx",
                 objectId,
-                result);
+                last);
         return false;
     }
     bool isWhole = true;
@@ -317,10 +325,13 @@ bool CWPDUtils::getObjectChildren(qo::IPortableDevice& device,
         if (progress && progress->isCanceled())
             return false;
         ObjectInfo info;
-        if (!getObjectInfo(device, id, info))
+        if (!getObjectInfo(device, id, info, &last))
             isWhole = false;
         else if (!info.m_pathName.IsEmpty())
             children.push_back(std::move(info));
+        // Each further object would cost one more call that fails.
+        if (last == qo::deviceResult::notConnected)
+            break;
     }
     return isWhole;
 }

@@ -92,16 +92,19 @@ public:
                                        std::int64_t& total,
                                        std::int64_t& free);
 
-    static bool
-    getObjectInfo(qo::IPortableDevice& device, const CString& objectId, ObjectInfo& info);
-    /// Appends them in the device's order, without those whose name cannot
-    /// stand in a path. False when the device
-    /// does not list them, or says nothing of one, which is left out.
-    /// A cancel, asked for with each, ends it without a line.
+    /// cause, unless null, gets the result of the last call to the device, here and below.
+    static bool getObjectInfo(qo::IPortableDevice& device,
+                              const CString& objectId,
+                              ObjectInfo& info,
+                              qo::DeviceResult* cause = nullptr);
+    /// Appends them in the device's order, without those whose name cannot stand in a path. False
+    /// when the device does not list them, or says nothing of one, which is left out; with a device
+    /// that has left it ends there. A cancel, asked for with each, ends it without a line.
     static bool getObjectChildren(qo::IPortableDevice& device,
                                   const CString& objectId,
                                   std::vector<ObjectInfo>& children,
-                                  IQoProgress* progress = nullptr);
+                                  IQoProgress* progress = nullptr,
+                                  qo::DeviceResult* cause = nullptr);
 
     // The properties that an object needs to be made.
     static bool getReqPropsForAllContentTypes(const CString& parentId,
