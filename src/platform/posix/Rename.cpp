@@ -46,6 +46,8 @@ int renameNoReplace(const std::string& from, const std::string& to)
     // The file system does not support the flag. Folders, and on some file systems files too,
     // cannot have a second link.
     const int error = linkAndUnlink(from, to);
-    return error == EPERM ? lookAndRename(from, to) : error;
+    const bool hasNoLinks =
+        error == EPERM || error == ENOSYS || error == EOPNOTSUPP || error == EMLINK;
+    return hasNoLinks ? lookAndRename(from, to) : error;
 }
 } // namespace qo
