@@ -6,9 +6,12 @@
 
 namespace qo::host
 {
-boost::shared_ptr<FolderEntry> ownEntry(const PluginResultPtr& result)
+boost::shared_ptr<FolderEntry> ownEntry(const PluginResultPtr& result, const CString& root)
 {
-    return boost::dynamic_pointer_cast<FolderEntry>(result);
+    const auto entry = boost::dynamic_pointer_cast<FolderEntry>(result);
+    const bool isOwn = entry && (entry->GetPath() == root ||
+                                 entry->GetPath().view().starts_with(addBackslash(root).view()));
+    return isOwn ? entry : nullptr;
 }
 
 boost::shared_ptr<FolderEntry> entryAt(const CString& path, const CString& name, CString& cause)

@@ -29,8 +29,8 @@ private:
     std::int64_t m_size;
 };
 
-/// The entry that this plug-in once gave; null for another plug-in's, and for null.
-boost::shared_ptr<FolderEntry> ownEntry(const PluginResultPtr& result);
+/// The entry that a plug-in of that folder once gave; null for any other, and for null.
+boost::shared_ptr<FolderEntry> ownEntry(const PluginResultPtr& result, const CString& root);
 
 /// What stands at that path now; null, with the cause, if it is neither a file nor a folder.
 boost::shared_ptr<FolderEntry> entryAt(const CString& path, const CString& name, CString& cause);

@@ -43,7 +43,7 @@ public:
     }
     PluginOperationPtr GetSubFoldersAndFiles(const PhysicalResultPtr& folder) override
     {
-        const auto own = ownEntry(folder);
+        const auto own = ownEntry(folder, m_root);
         if (!own || !own->IsFolder())
             return refuse();
         std::vector<DirEntry> entries;
@@ -85,7 +85,7 @@ public:
                                   const CString& name,
                                   bool replace) override
     {
-        const auto own = ownEntry(parent);
+        const auto own = ownEntry(parent, m_root);
         if (!own || !own->IsFolder())
             return refuse();
         return boost::make_shared<FolderUpload>(
@@ -93,20 +93,24 @@ public:
     }
     PluginOperationPtr CreateFolder(const PhysicalResultPtr& parent, const CString& name) override
     {
-        const auto own = ownEntry(parent);
+        const auto own = ownEntry(parent, m_root);
         if (!own || !own->IsFolder())
             return refuse();
         const CString safe = safeLocalName(name);
         const CString path = combinePath(own->GetPath(), safe);
-        if (const int error = fileSystem().makeDirectory(path))
-            return FinishedOperation::failed(failureAt(path, error));
-        return FinishedOperation::withResult(boost::make_shared<FolderEntry>(path, safe, true, 0));
+        // One that is there already was asked for by a name that no folder can have.
+        const int error = fileSystem().makeDirectory(path);
+        CString cause = failureAt(path, error);
+        const auto entry = error == 0 || error == EEXIST ? entryAt(path, safe, cause) : nullptr;
+        if (!entry || !entry->IsFolder())
+            return FinishedOperation::failed(cause);
+        return FinishedOperation::withResult(entry);
     }
     PluginOperationPtr RemoveItems(const PluginResultArray& items) override
     {
         for (const PluginResultPtr& item : items)
         {
-            const auto own = ownEntry(item);
+            const auto own = ownEntry(item, m_root);
             if (!own || own->GetPath() == m_root)
                 return refuse();
             const CString path = own->GetPath();
@@ -135,10 +139,12 @@ private:
 class FolderDownloads final : public IDownloadWrapper
 {
 public:
+    explicit FolderDownloads(const CString& root) : m_root(root) {}
+
     boost::shared_ptr<IPluginDownload> CreateDownload(const PluginResultPtr& source,
                                                       const CString& target) override
     {
-        const auto own = ownEntry(source);
+        const auto own = ownEntry(source, m_root);
         if (!own || own->IsFolder())
             return {};
         return boost::make_shared<FolderDownload>(own->GetPath(), target);
@@ -148,6 +154,9 @@ public:
         can = true;
         return true;
     }
+
+private:
+    const CString m_root;
 };
 } // namespace
 
@@ -155,7 +164,7 @@ FolderPlugin::FolderPlugin(const CString& id, const CString& folder, KVConfig* s
     : StoredPlugin(id, store)
     , m_browse(boost::make_shared<FolderBrowse>(removeBackslash(folder)))
     , m_upload(boost::make_shared<FolderUploads>(removeBackslash(folder)))
-    , m_download(boost::make_shared<FolderDownloads>())
+    , m_download(boost::make_shared<FolderDownloads>(removeBackslash(folder)))
 {
 }
 

@@ -87,7 +87,8 @@ FolderUpload::FolderUpload(const CString& source,
 
 bool FolderUpload::open()
 {
-    int error = !m_replace && fileSystem().exists(m_target) ? EEXIST : 0;
+    NameInfo info;
+    int error = !m_replace && fileSystem().look(m_target, info) == 0 ? EEXIST : 0;
     if (error == 0)
         m_in = fileSystem().open(m_source, OpenMode::read, error);
     if (m_in)

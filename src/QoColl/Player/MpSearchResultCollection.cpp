@@ -18,6 +18,7 @@
 #include "types/CharClass.h"
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 #include <unordered_set>
 
@@ -42,9 +43,9 @@ void CMpSearchResultCollection::load(const CString& dbPath)
 {
     const qo::ProfileTimer timer(u"CMpSearchResultCollection::load");
     m_dbPath = dbPath;
-    m_results.clear();
     QoFileDbItemArray items;
     CQoCollDb(m_dbPath).getAllFiles(items, false, CQoCollection::m_searchResultCollID, true);
+    m_results.clear();
     createColl(items);
 }
 
@@ -115,7 +116,7 @@ CString CMpSearchResultCollection::getAvailableNewPath(const CString& name) cons
             largest = std::max(largest, index);
     }
     CString file = name;
-    if (largest > 0)
+    if (largest > 0 && largest < std::numeric_limits<int>::max())
         file.AppendFormat(u"_%d", largest + 1);
     CStringArray components;
     components.Add(file);

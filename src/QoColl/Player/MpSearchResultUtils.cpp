@@ -46,6 +46,8 @@ CMpSearchResultUtils::getPlayDownloadItem(boost::shared_ptr<IPluginsManager>& ma
 {
     using qo::log;
     using qo::level::error;
+    if (!result)
+        return {};
     CString id = result->getXML();
     CString ownText;
     CQoPluginManager::splitTrackText(id, id, ownText);

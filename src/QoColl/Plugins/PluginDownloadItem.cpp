@@ -1,8 +1,20 @@
 #include "QoColl/Plugins/PluginDownloadItem.h"
 
 #include "QoColl/Plugins/PluginWrappers.h"
+#include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+
+namespace
+{
+/// What has come so far lies beside the target under a name that nobody else has: a file that stood
+/// there is replaced when all has come, and two downloads of one name do not meet.
+CString partBeside(const CString& target)
+{
+    const CString name = u".qo-part-" + qo::guidToText(qo::systemClock().newGuid());
+    return target.Left(target.ReverseFind(u'\\') + 1) + name;
+}
+} // namespace
 
 CQoPluginDownloadItem::CQoPluginDownloadItem(Key key,
                                              const CString& sourcePath,
@@ -18,16 +30,22 @@ CQoPluginDownloadItem::~CQoPluginDownloadItem() = default;
 
 bool CQoPluginDownloadItem::getFileInfo(std::int64_t& size)
 {
-    m_download = m_wrapper->CreateDownload(m_source, m_targetPath);
+    m_part = partBeside(m_targetPath);
+    m_download = m_wrapper->CreateDownload(m_source, m_part);
     return m_download && m_download->GetSize(size);
 }
 
 bool CQoPluginDownloadItem::download(IQoProgress* progress)
 {
     const boost::shared_ptr<IPluginDownload> download = std::move(m_download);
-    const bool isComplete = download->Run(progress);
-    // A download that was cancelled with its last byte ends as cancelled, too.
-    if (!isComplete || progress->isCanceled())
-        qo::fileSystem().removeFile(m_targetPath);
-    return isComplete;
+    return download->Run(progress);
+}
+
+bool CQoPluginDownloadItem::settle(bool isWanted)
+{
+    if (isWanted && qo::fileSystem().moveFile(m_part, m_targetPath) == 0)
+        return true;
+    if (!m_part.IsEmpty())
+        qo::fileSystem().removeFile(m_part);
+    return false;
 }

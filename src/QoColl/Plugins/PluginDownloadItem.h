@@ -19,8 +19,10 @@ public:
 private:
     bool getFileInfo(std::int64_t& size) override;
     bool download(IQoProgress* progress) override;
+    bool settle(bool isWanted) override;
 
     const boost::shared_ptr<IDownloadWrapper> m_wrapper;
     const PluginResultPtr m_source;
+    CString m_part;                                ///< the file that the fetch under way writes
     boost::shared_ptr<IPluginDownload> m_download; ///< of the fetch under way
 };

@@ -53,28 +53,35 @@ boost::shared_ptr<Result> firstResult(const PluginResultArray& results)
     return found.empty() ? boost::shared_ptr<Result>() : found.front();
 }
 
-/// The result whose name is that component of a path; null without one.
+/// The result whose name is that component of a path; null without one. With the exact spelling
+/// also null where several have that name, as nobody knows which is meant.
 template <class Result, class NameOf>
 boost::shared_ptr<Result> findByName(const std::vector<boost::shared_ptr<Result>>& results,
                                      const CString& component,
                                      Spelling spelling,
                                      NameOf nameOf)
 {
+    boost::shared_ptr<Result> same;
     boost::shared_ptr<Result> similar;
+    int sameCount = 0;
     int similarCount = 0;
     for (const auto& each : results)
     {
         const CString name = farComponent(nameOf(*each));
         if (name == component)
-            return each;
+        {
+            same = sameCount++ == 0 ? each : same;
+            continue;
+        }
         if (name.CompareNoCase(component) == 0)
         {
             similar = each;
             ++similarCount;
         }
     }
-    const bool isOnlyOne = similarCount == 1 && spelling == Spelling::anyCase;
-    return isOnlyOne ? similar : boost::shared_ptr<Result>();
+    if (spelling == Spelling::exact)
+        return sameCount == 1 ? same : boost::shared_ptr<Result>();
+    return same ? same : similarCount == 1 ? similar : boost::shared_ptr<Result>();
 }
 
 /// What is in a folder, without entries whose names are none; failure is a text for the log with
@@ -88,6 +95,17 @@ bool listFarFolder(IPhysicalBrowseWrapper& browse,
 /// Asks for the artists (level 0), the albums of an artist (1) or the tracks of an album (2).
 PluginOperationPtr
 listLogicalLevel(ILogicalBrowseWrapper& browse, int level, const PluginResultPtr& above);
+
+/// A name that a plug-in gave, for a line of the log: without what would begin another line, and no
+/// longer than a name may be.
+CString forLog(const CString& name);
+
+/// The artist, album or track at the path.
+bool findLogicalEntry(const boost::shared_ptr<ILogicalBrowseWrapper>& browse,
+                      const CQoCollPath& path,
+                      Spelling spelling,
+                      IQoProgress* progress,
+                      PluginResultPtr& result);
 
 /// The entry at the path, from the root of its plug-in on.
 bool findPhysicalEntry(const CQoCollPath& path,

@@ -108,7 +108,8 @@ void IQoDownloadItem::downloadThread()
     bool isReleased = false;
     {
         const qo::Guard guard(m_lock);
-        m_state = m_cancel ? DS_Canceled : state;
+        const bool isKept = settle(state == DS_Done && !m_cancel);
+        m_state = m_cancel ? DS_Canceled : isKept ? state : DS_Failed;
         m_isRunning = false;
         m_threadId = 0;
         isReleased = m_isReleased;
@@ -116,6 +117,11 @@ void IQoDownloadItem::downloadThread()
     // Unless it is released, the item may be gone from here on.
     if (isReleased)
         delete this;
+}
+
+bool IQoDownloadItem::settle(bool)
+{
+    return true;
 }
 
 int IQoDownloadItem::fetchOrFail()
@@ -138,6 +144,11 @@ int IQoDownloadItem::fetchOrFail()
     catch (const std::exception& exception)
     {
         qo::logException(place, exception.what());
+    }
+    catch (...)
+    {
+        // A plug-in may throw anything, and nothing may leave a thread.
+        qo::logException(place, "an exception of another kind");
     }
     return DS_Failed;
 }

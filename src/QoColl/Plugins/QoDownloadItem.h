@@ -75,6 +75,10 @@ protected:
     /// Fetches the file to the target path and asks the progress often whether it is cancelled;
     /// true when the target is complete. Removes what a failure leaves.
     virtual bool download(IQoProgress* progress) = 0;
+    /// The last step of a fetch, short, with the lock held, so that no cancellation comes between
+    /// it and the state: what has come is kept under its name, or removed if it is not wanted.
+    /// False ends in DS_Failed. This one has nothing to do.
+    virtual bool settle(bool isWanted);
 
     const CString m_sourcePath;
     const CString m_targetPath;

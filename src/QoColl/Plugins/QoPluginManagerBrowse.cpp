@@ -3,11 +3,13 @@
 #include "QoColl/Plugins/PluginSupport.h"
 #include "QoColl/Plugins/PluginWrappers.h"
 #include "QoColl/Plugins/QoPluginManager.h"
+#include "common/QoException.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 
 namespace
 {
@@ -70,10 +72,10 @@ bool findInFolder(IPhysicalBrowseWrapper& browse,
 /// The result of that name among those of a request for artists, albums or tracks.
 PluginResultPtr findNamed(const PluginResultArray& results,
                           const CString& component,
+                          qo::Spelling spelling,
                           CString (*nameOf)(const IGenericResult&))
 {
-    return qo::findByName(
-        qo::resultsOf<IGenericResult>(results), component, qo::Spelling::anyCase, nameOf);
+    return qo::findByName(qo::resultsOf<IGenericResult>(results), component, spelling, nameOf);
 }
 
 CString artistOf(const IGenericResult& result)
@@ -95,6 +97,18 @@ CString trackFileOf(const IGenericResult& result)
 }
 } // namespace
 
+CString qo::forLog(const CString& name)
+{
+    constexpr int longest = 1000;
+    CString text = name.Left(longest);
+    for (int i = 0; i < text.GetLength(); ++i)
+    {
+        if (text[i] < u' ')
+            text.SetAt(i, u' ');
+    }
+    return text;
+}
+
 void qo::showTransfer(IQoProgress* progress,
                       std::int64_t done,
                       std::int64_t all,
@@ -113,6 +127,39 @@ void qo::showTransfer(IQoProgress* progress,
     showBytes(*progress, &IQoProgress::setDoneSize, static_cast<std::int64_t>(doneBytes));
 }
 
+namespace
+{
+/// Waits until the request has ended or progress says that it shall; whether it ended well.
+bool waitFor(IPluginOperation& operation,
+             IQoProgress* progress,
+             bool showProgress,
+             std::int64_t total)
+{
+    while (true)
+    {
+        if (qo::isStopped(progress))
+        {
+            qo::log(qo::level::flow, u"getResultsSync : op canceled");
+            return false;
+        }
+        qo::systemClock().sleep(waitForPlugin);
+        const int state = operation.GetState();
+        if (state == IPluginOperation::OS_Finished)
+            return true;
+        if (!isRunningState(state))
+        {
+            qo::log(qo::level::flow, u"getResultsSync : op didn't succeed : state = %d", state);
+            return false;
+        }
+        std::int64_t done = 0;
+        std::int64_t all = 0;
+        if (showProgress && operation.GetProgress(done, all))
+            qo::showTransfer(progress, done, all, total);
+        operation.Poll();
+    }
+}
+} // namespace
+
 bool CQoPluginManager::getResultsSync(PluginOperationPtr operation,
                                       PluginResultArray& results,
                                       IQoProgress* progress,
@@ -122,30 +169,17 @@ bool CQoPluginManager::getResultsSync(PluginOperationPtr operation,
     if (!operation)
         return false;
     bool succeeded = false;
-    while (true)
+    try
     {
-        if (qo::isStopped(progress))
-        {
-            qo::log(qo::level::flow, u"getResultsSync : op canceled");
-            break;
-        }
-        qo::systemClock().sleep(waitForPlugin);
-        const int state = operation->GetState();
-        succeeded = state == IPluginOperation::OS_Finished;
-        if (succeeded)
-            break;
-        if (!isRunningState(state))
-        {
-            qo::log(qo::level::flow, u"getResultsSync : op didn't succeed : state = %d", state);
-            break;
-        }
-        std::int64_t done = 0;
-        std::int64_t all = 0;
-        if (showProgress && operation->GetProgress(done, all))
-            qo::showTransfer(progress, done, all, total);
-        operation->Poll();
+        succeeded = waitFor(*operation, progress, showProgress, total);
+        operation->GetResults(results);
     }
-    operation->GetResults(results);
+    catch (const std::exception& exception)
+    {
+        // A plug-in's own failure, whatever it is: to the kernel it is a request that failed.
+        qo::logException(u"getResultsSync", exception.what());
+        succeeded = false;
+    }
     operation.reset();
     return succeeded;
 }
@@ -194,8 +228,8 @@ bool qo::listFarFolder(IPhysicalBrowseWrapper& browse,
     {
         logUnlessStopped(progress,
                          failure,
-                         folder ? folder->GetName() : CString(),
-                         folder ? folder->GetPath() : CString());
+                         folder ? forLog(folder->GetName()) : CString(),
+                         folder ? forLog(folder->GetPath()) : CString());
         return false;
     }
     entries = resultsOf<IPhysicalResult>(results);
@@ -258,6 +292,15 @@ bool CQoPluginManager::getPathResultFromLogicalPlugin(
     IQoProgress* progress,
     PluginResultPtr& result)
 {
+    return qo::findLogicalEntry(browse, path, qo::Spelling::anyCase, progress, result);
+}
+
+bool qo::findLogicalEntry(const boost::shared_ptr<ILogicalBrowseWrapper>& browse,
+                          const CQoCollPath& path,
+                          Spelling spelling,
+                          IQoProgress* progress,
+                          PluginResultPtr& result)
+{
     constexpr int trackDepth = 3;
     if (!browse || path.isEmpty() || path.getCount() > trackDepth)
         return false;
@@ -287,12 +330,13 @@ bool CQoPluginManager::getPathResultFromLogicalPlugin(
     {
         const Step& step = steps[i];
         PluginResultArray results;
-        if (!getResultsSync(qo::listLogicalLevel(*browse, i, found), results, progress))
+        if (!CQoPluginManager::getResultsSync(
+                listLogicalLevel(*browse, i, found), results, progress))
         {
             qo::logUnlessStopped(progress, step.failure, path.getComponent(i - 1));
             return false;
         }
-        found = findNamed(results, step.name, step.nameOf);
+        found = findNamed(results, step.name, spelling, step.nameOf);
         if (!found)
         {
             qo::log(qo::level::error, step.absence, step.name);

@@ -52,6 +52,7 @@ public:
     /// Whether everything was listed.
     bool run(const CQoCollPath& path, const PhysicalResultPtr& folder, int depth)
     {
+        m_isCapped = depth > mostFolderLevels;
         enter(path, folder, std::min(depth, mostFolderLevels));
         while (!m_levels.empty() && !qo::isStopped(m_progress))
         {
@@ -71,7 +72,8 @@ private:
     struct Level
     {
         CQoCollPath path;
-        int depth; ///< how many levels are left below
+        CString place; ///< the plug-in's own name of it
+        int depth;     ///< how many levels are left below
         std::vector<PhysicalResultPtr> entries;
         std::size_t next;
     };
@@ -84,9 +86,11 @@ private:
             qo::log(qo::level::warning,
                     u"getFilesFromPhysicalPlugin : %s is a folder that was listed already",
                     path.toString());
+            // A folder within itself hides nothing; the files of a second name may be known by it.
+            m_isComplete = m_isComplete && isOpen(folder->GetPath());
             return;
         }
-        Level level = {path, depth - 1, {}, 0};
+        Level level = {path, folder->GetPath(), depth - 1, {}, 0};
         if (qo::listFarFolder(m_browse,
                               folder,
                               u"CQoPluginManager::getFilesFromPhysicalPlugin : "
@@ -96,6 +100,13 @@ private:
             m_levels.push_back(std::move(level));
         else
             m_isComplete = false;
+    }
+    /// Whether the walk is within that place.
+    bool isOpen(const CString& place) const
+    {
+        return std::any_of(m_levels.begin(),
+                           m_levels.end(),
+                           [&place](const Level& level) { return level.place == place; });
     }
     void take(const PhysicalResultPtr& entry, const CQoCollPath& folder, int depth)
     {
@@ -112,7 +123,9 @@ private:
             addRecord(recordAt(path, 0), m_files);
         }
         if (depth > 0)
-            enter(path, entry, depth);
+            return enter(path, entry, depth);
+        // What lies deeper than this walk goes is not gone.
+        m_isComplete = m_isComplete && !m_isCapped;
     }
     void addFile(const CQoCollPath& path, const PhysicalResultPtr& entry)
     {
@@ -131,6 +144,7 @@ private:
     QoFileDbItemArray& m_files;
     const QoFileDbItemArray* const m_known;
     bool m_isComplete = true;
+    bool m_isCapped = false; ///< more levels were asked for than are walked
     std::vector<Level> m_levels;
     std::unordered_set<CString> m_seen; ///< by the plug-in's own names of the places
 };

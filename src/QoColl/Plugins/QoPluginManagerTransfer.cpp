@@ -25,14 +25,16 @@ PhysicalResultPtr createFarFolder(IPhysicalUploadWrapper& upload,
     {
         qo::logUnlessStopped(progress,
                              u"CQoPluginManager::checkCreateDir : CreateFolder(%s, %s) failed",
-                             parent->GetPath(),
+                             qo::forLog(parent->GetPath()),
                              name);
         return {};
     }
     const auto folder = qo::firstResult<IPhysicalResult>(results);
     if (!folder)
-        qo::log(
-            qo::level::error, u"CreateFolder(%s, %s) returned no result", parent->GetPath(), name);
+        qo::log(qo::level::error,
+                u"CreateFolder(%s, %s) returned no result",
+                qo::forLog(parent->GetPath()),
+                name);
     return folder;
 }
 
@@ -41,13 +43,45 @@ void writeTrackTag(const CQoCollPath& track, const CString& target)
 {
     KVTagLib::CTags tags;
     if (!track.getFirst().IsEmpty())
-        tags.AddArtist(track.getFirst(), false);
+        tags.AddArtist(qo::farNameOf(track.getFirst()), false);
     if (!track.getSecond().IsEmpty())
-        tags.SetAlbum(track.getSecond());
-    const CString title = track.getFileTitle().Trim();
+        tags.SetAlbum(qo::farNameOf(track.getSecond()));
+    const CString title = qo::farNameOf(track.getFileTitle()).Trim();
     if (!title.IsEmpty())
         tags.SetTitle(title);
     CMusicTagEx::writeTag(target, tags);
+}
+
+/// Makes the folders of the path that are missing. The path gets the names that the service has for
+/// them, which may be others than were asked for.
+bool makeFarFolders(const boost::shared_ptr<IPhysicalBrowseWrapper>& browse,
+                    const boost::shared_ptr<IPhysicalUploadWrapper>& upload,
+                    CQoCollPath& path,
+                    IQoProgress* progress,
+                    PhysicalResultPtr& result)
+{
+    PhysicalResultPtr folder;
+    if (!upload || !CQoPluginManager::getRootPathResultFromPhysicalPlugin(browse, progress, folder))
+        return false;
+    CQoCollPath place(path.getType(), path.getDevice());
+    for (const CString& component : path.getComponents())
+    {
+        if (qo::isStopped(progress))
+            return false;
+        PhysicalResultPtr next;
+        if (!CQoPluginManager::getPathResultFromPhysicalPlugin(
+                browse, place.child(component), folder, progress, next) &&
+            !qo::isStopped(progress))
+            next = createFarFolder(*upload, folder, component, progress);
+        if (!next || !next->IsFolder())
+            return false;
+        const CString name = qo::farEntryName(next->GetName());
+        place = place.child(name.IsEmpty() ? component : name);
+        folder = next;
+    }
+    path = place;
+    result = folder;
+    return true;
 }
 
 bool uploadPhysical(const CString& source,
@@ -62,9 +96,9 @@ bool uploadPhysical(const CString& source,
     if (target.isEmpty() || !CQoPluginManager::getPhysicalBrowseFuncFromPlugin(id, browse) ||
         !CQoPluginManager::getPhysicalUploadFuncFromPlugin(id, upload))
         return false;
-    const CQoCollPath folder = target.getParent();
+    CQoCollPath folder = target.getParent();
     PhysicalResultPtr parent;
-    if (!CQoPluginManager::checkCreateDir(browse, upload, folder, progress, parent))
+    if (!makeFarFolders(browse, upload, folder, progress, parent))
     {
         qo::logUnlessStopped(progress,
                              u"CQoPluginManager::uploadFile : failed to create destination path %s",
@@ -82,7 +116,7 @@ bool uploadPhysical(const CString& source,
         qo::logUnlessStopped(progress,
                              u"CQoPluginManager::uploadFile : UploadFile(%s, %s, %s) failed",
                              source,
-                             parent->GetPath(),
+                             qo::forLog(parent->GetPath()),
                              target.getLast());
         return false;
     }
@@ -92,13 +126,12 @@ bool uploadPhysical(const CString& source,
         qo::log(qo::level::error,
                 u"CQoPluginManager::uploadFile : UploadFile(%s, %s, %s) returned no result",
                 source,
-                parent->GetPath(),
+                qo::forLog(parent->GetPath()),
                 target.getLast());
         return false;
     }
     const CString name = qo::farEntryName(file->GetName());
-    if (!name.IsEmpty())
-        target = folder.child(name);
+    target = folder.child(name.IsEmpty() ? target.getLast() : name);
     return true;
 }
 
@@ -150,11 +183,13 @@ bool deletePhysical(const CQoCollPath& path, IQoProgress* progress)
 
 bool deleteLogical(const CQoCollPath& path, IQoProgress* progress)
 {
+    boost::shared_ptr<ILogicalBrowseWrapper> browse;
     boost::shared_ptr<ILogicalUploadWrapper> upload;
     PluginResultPtr track;
     if (path.getCount() != trackDepth ||
+        !CQoPluginManager::getLogicalBrowseFuncFromPlugin(path.getDevice(), browse) ||
         !CQoPluginManager::getLogicalUploadFuncFromPlugin(path.getDevice(), upload) ||
-        !CQoPluginManager::getPathResultFromLogicalPlugin(path, progress, track))
+        !qo::findLogicalEntry(browse, path, qo::Spelling::exact, progress, track))
         return false;
     PluginResultArray results;
     if (CQoPluginManager::getResultsSync(upload->RemoveTrack(track), results, progress))
@@ -201,25 +236,8 @@ bool CQoPluginManager::checkCreateDir(const boost::shared_ptr<IPhysicalBrowseWra
                                       IQoProgress* progress,
                                       PhysicalResultPtr& result)
 {
-    PhysicalResultPtr folder;
-    if (!upload || !getRootPathResultFromPhysicalPlugin(browse, progress, folder))
-        return false;
-    CQoCollPath place(path.getType(), path.getDevice());
-    for (const CString& component : path.getComponents())
-    {
-        if (qo::isStopped(progress))
-            return false;
-        place = place.child(component);
-        PhysicalResultPtr next;
-        if (!getPathResultFromPhysicalPlugin(browse, place, folder, progress, next) &&
-            !qo::isStopped(progress))
-            next = createFarFolder(*upload, folder, component, progress);
-        if (!next)
-            return false;
-        folder = next;
-    }
-    result = folder;
-    return true;
+    CQoCollPath place = path;
+    return makeFarFolders(browse, upload, place, progress, result);
 }
 
 bool CQoPluginManager::createDir(const CQoCollPath& path, IQoProgress* progress)
@@ -282,6 +300,8 @@ bool CQoPluginManager::downloadFile(const CQoCollPath& path,
         if (qo::isStopped(progress))
         {
             item->Cancel(); // or its thread would write on
+            if (item->GetState() == IDownloadItem::DS_Done)
+                qo::fileSystem().removeFile(target); // it had come before
             return false;
         }
         int done = 0;
