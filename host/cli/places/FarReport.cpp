@@ -34,7 +34,6 @@ ExitCode FarReport::exitCode() const
 
 HostError FarReport::interrupted() const
 {
-    return {ExitCode::interrupted,
-            "interrupted after " + countText(m_succeeded, "file") + "; no part of another is left"};
+    return {ExitCode::interrupted, "interrupted after " + countText(m_succeeded, "file")};
 }
 } // namespace qo::cli

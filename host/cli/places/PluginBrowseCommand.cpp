@@ -35,6 +35,7 @@ public:
 
     void add(const CQoCollPath& path, bool isFolder, std::int64_t size)
     {
+        ++m_count;
         const std::string shown = shownFar(path);
         if (m_listing.isForPeople())
             return m_listing.addCells(
@@ -51,9 +52,11 @@ public:
             add(CQoCollPath(record->path), areFolders, record->size);
     }
     void finish() { m_listing.finish(); }
+    bool isEmpty() const { return m_count == 0; }
 
 private:
     Listing m_listing;
+    std::size_t m_count = 0;
 };
 
 ExitCode browse(CommandLine& line, const BrowseOptions& options)
@@ -88,7 +91,7 @@ ExitCode browse(CommandLine& line, const BrowseOptions& options)
     if (isComplete)
         return ExitCode::done;
     CommandLine::complain("not all could be listed: " + pluginCause());
-    return ExitCode::partly;
+    return listing.isEmpty() ? ExitCode::failed : ExitCode::partly;
 }
 
 ExitCode removeFar(CommandLine& line, const BrowseOptions& options)

@@ -14,7 +14,28 @@ namespace
 constexpr std::string_view partStart = ".qo-part-";
 /// A server that is silent shall not hold up a user who has cancelled.
 constexpr std::uint32_t longestCleanUp = 3000; // milliseconds
+constexpr std::uint32_t pauseOfCleanUp = 150;  // likewise
 constexpr long partialContent = 206;
+
+/// Servers save what they have of an upload that was cut short a moment after its end: then a part
+/// is removed until it stays away. Where that fails, it has a name that no listing shows.
+void removePart(DavClient& client, const DavAddress& part, bool wasCutShort)
+{
+    const std::uint32_t start = systemClock().tickCount();
+    const auto isOver = [start] { return systemClock().tickCount() - start > longestCleanUp; };
+    bool isRemoved = false;
+    do
+    {
+        DavRequest remove = {"DELETE", part};
+        remove.isCanceled = isOver;
+        const bool isDone = client.run(remove).isDone();
+        if (isRemoved && !isDone)
+            return;
+        isRemoved = isRemoved || isDone;
+        if (wasCutShort)
+            systemClock().sleep(pauseOfCleanUp);
+    } while (wasCutShort && !isOver());
+}
 } // namespace
 
 DavDownload::DavDownload(std::shared_ptr<DavClient> client,
@@ -139,11 +160,7 @@ DavOutcome upload(DavClient& client,
         outcome.results.Add(boost::make_shared<DavEntry>(target, name, false, file->sizeAtOpen()));
         return outcome;
     }
-    // Also after a cancel. Where it fails, the part stays under a name that no listing shows.
-    DavRequest remove = {"DELETE", part};
-    remove.isCanceled = [start = systemClock().tickCount()]
-    { return systemClock().tickCount() - start > longestCleanUp; };
-    client.run(remove);
+    removePart(client, part, answer.status < 300);
     return {answer.failure, {}};
 }
 } // namespace qo::host

@@ -97,6 +97,11 @@ TEST_F(WebdavPlugin, FilesGoBothWaysWithARealServer)
     EXPECT_EQ(qo::host::takePluginFailure().Right(19), u"it is there already");
     EXPECT_TRUE(send(true));
     EXPECT_EQ(read("far/New/Folder/100%.mp3"), "newer");
+    fs::resize_file(dir.path("own.mp3"), std::uintmax_t{1} << 30);
+    CountedProgress impatient(6);
+    CQoCollPath large = at(u"dav", u"New\\Folder\\large.mp3");
+    EXPECT_FALSE(CQoPluginManager::uploadFile(
+        dir.collPath("own.mp3"), large, std::int64_t{1} << 30, false, &impatient));
     const fs::directory_iterator left(dir.path("far/New/Folder"));
     EXPECT_EQ(std::distance(begin(left), end(left)), 1) << "a part is left";
     EXPECT_TRUE(CQoPluginManager::deleteFile(at(u"dav", u"New"), &progress));
