@@ -37,7 +37,7 @@ DavListing::DavListing() : m_parser(XML_ParserCreateNS(nullptr, '|'))
         return;
     XML_SetUserData(m_parser, this);
     XML_SetElementHandler(m_parser, onStart, onEnd);
-    XML_SetCharacterDataHandler(m_parser, onText);
+    XML_SetCharacterDataHandler(m_parser, takeText);
     XML_SetStartDoctypeDeclHandler(m_parser, onDocumentType);
 }
 
@@ -74,7 +74,7 @@ void DavListing::onEnd(void* listing, const char* name)
     static_cast<DavListing*>(listing)->end(name);
 }
 
-void DavListing::onText(void* listing, const char* text, int length)
+void DavListing::takeText(void* listing, const char* text, int length)
 {
     auto* const self = static_cast<DavListing*>(listing);
     if (self->m_isStopped)

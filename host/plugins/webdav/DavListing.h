@@ -39,7 +39,7 @@ public:
 private:
     static void onStart(void* listing, const char* name, const char** attributes);
     static void onEnd(void* listing, const char* name);
-    static void onText(void* listing, const char* text, int length);
+    static void takeText(void* listing, const char* text, int length);
     static void
     onDocumentType(void* listing, const char* name, const char*, const char*, int hasSubset);
     void start(std::string_view name);
