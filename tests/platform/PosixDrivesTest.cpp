@@ -200,7 +200,9 @@ TEST(PosixDrives, TheSystemsOwnDiskAndThoseThatAreLeftAloneGetNoLetter)
     System system;
     system.addDisk("sdb", 2, true, "ID_BUS=usb;ID_SERIAL=system", "ID_FS_UUID=u");
     system.addDisk("sdc", 3, true, "ID_BUS=usb;ID_SERIAL=own", "ID_FS_UUID=v");
-    system.mount(mountLine("2:1", "/boot") + mountLine("2:0", "/") + mountLine("3:1", "/m/own"));
+    system.addDisk("sdd", 4, true, "ID_BUS=usb;ID_SERIAL=boot", "ID_FS_UUID=w");
+    system.mount(mountLine("2:1", "/m/more") + mountLine("2:0", "/") + mountLine("3:1", "/m/own") +
+                 mountLine("4:1", "/m/most") + mountLine("4:0", "/boot/efi"));
     EXPECT_EQ(system.update([](const CString& folder) { return folder == u"C:\\m\\own"; }), "");
     EXPECT_EQ(system.map.fromSystem("/m/own/x"), CString(u"C:\\m\\own\\x"));
 }

@@ -89,7 +89,12 @@ BlockDevice::BlockDevice(const std::string& sys,
 {
     fs::path device = canonicalOrEmpty(fs::path(sys) / "dev/block" / number);
     if (device.empty() && source.starts_with("/dev/"))
-        device = canonicalOrEmpty(fs::path(sys) / "class/block" / fs::path(source).filename());
+    {
+        // "/dev/mapper/stick" is a link to "/dev/dm-0", and sysfs knows the latter name.
+        const fs::path node = canonicalOrEmpty(source);
+        device = canonicalOrEmpty(fs::path(sys) / "class/block" /
+                                  (node.empty() ? fs::path(source) : node).filename());
+    }
     if (device.empty())
         return;
     addProperties(udev, device, m_properties);

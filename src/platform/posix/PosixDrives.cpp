@@ -22,6 +22,12 @@ bool isDriveOfUser(const DriveInfo& info)
            !info.id.IsEmpty();
 }
 
+/// Where a running system has its own files.
+bool isOfSystem(const std::string& point)
+{
+    return point == "/" || point == "/boot" || point == "/boot/efi" || point == "/usr";
+}
+
 /// A bind mount shows a part of what is mounted elsewhere.
 bool isWhole(const MountEntry& mount)
 {
@@ -45,7 +51,7 @@ std::vector<PosixDrives::Drive> PosixDrives::mountedDrives() const
         const BlockDevice device(m_places.sys, m_places.udev, mount.device, mount.source);
         if (!device.isValid())
             continue;
-        if (mount.point == "/")
+        if (isOfSystem(mount.point))
             systemDisks.insert(device.disk().string());
         Drive drive{device.info(), mount.point, mount.device, device.disk().string(), 0};
         if (isWhole(mount) && isDriveOfUser(drive.info))
@@ -59,6 +65,13 @@ std::vector<DriveChange>
 PosixDrives::update(const std::function<bool(const CString& folder)>& isLeftAlone)
 {
     std::vector<Drive> mounted = mountedDrives();
+    // The answers of others come before the lock.
+    std::set<std::string> leftAlone;
+    for (const Drive& drive : mounted)
+    {
+        if (isLeftAlone && isLeftAlone(m_map.fromSystem(drive.point)))
+            leftAlone.insert(drive.point);
+    }
     const std::lock_guard lock(m_mutex);
     // What was there before comes first, so that it keeps its id against a newcomer with the same.
     const auto stays = [&](const Drive& drive)
@@ -74,7 +87,7 @@ PosixDrives::update(const std::function<bool(const CString& folder)>& isLeftAlon
         const bool hasTwin = std::any_of(
             now.begin(), now.end(), [&](const Drive& d) { return d.info.id == drive.info.id; });
         const bool isOld = stays(drive);
-        if (hasTwin || (!isOld && isLeftAlone && isLeftAlone(m_map.fromSystem(drive.point))))
+        if (hasTwin || (!isOld && leftAlone.contains(drive.point)))
             continue;
         drive.letter = m_map.addDevice(drive.info.id, drive.point);
         if (drive.letter == 0)
