@@ -12,7 +12,7 @@ CQoWPDDownloadItem::CQoWPDDownloadItem(Key key,
 bool CQoWPDDownloadItem::getFileInfo(std::int64_t& size)
 {
     CQoWPDManager::ObjectInfo info;
-    if (!CQoWPDManager::getPathInfo(CQoCollPath(m_sourcePath), this, info))
+    if (!CQoWPDManager::getPathInfo(CQoCollPath(m_sourcePath), this, info) || info.isFolder())
         return false;
     size = info.m_size;
     return true;

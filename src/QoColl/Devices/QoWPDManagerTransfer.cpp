@@ -3,6 +3,7 @@
 #include "QoColl/Devices/QoWPDManager.h"
 #include "common/FileUtils.h"
 #include "common/Log.h"
+#include "common/PartFile.h"
 #include "common/QoProgress.h"
 #include "platform/Platform.h"
 
@@ -156,6 +157,11 @@ bool CQoWPDManager::getFile(const CString& devicePath,
                 level::error, u"CQoWPDManager::getFile : file %s not found on device", devicePath);
         return false;
     }
+    if (info.isFolder())
+    {
+        qo::log(level::error, u"CQoWPDManager::getFile : %s is a folder", devicePath);
+        return false;
+    }
     const std::unique_ptr<IByteStream> source = openObject(*device, info.m_id, devicePath, target);
     if (!source)
         return false;
@@ -170,13 +176,16 @@ bool CQoWPDManager::getFile(const CString& devicePath,
                 result);
         return false;
     }
+    qo::PartFile file(target, level::error, u"CQoWPDManager::getFile : %s cannot be removed");
     if (streamCopy(*dest, *source, transferBuffer, total, progress, absolute))
+    {
+        file.keep();
         return true;
+    }
     if (!progress->isCanceled())
         qo::log(
             level::error, u"CQoWPDManager::getFile : failed to copy %s -> %s", devicePath, target);
     dest.reset();
-    (void)qo::fileSystem().removeFile(target);
     return false;
 }
 

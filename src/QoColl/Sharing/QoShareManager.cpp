@@ -7,6 +7,7 @@
 #include "QoColl/Sharing/QoShareDownloadItem.h"
 #include "common/FileUtils.h"
 #include "common/Log.h"
+#include "common/PartFile.h"
 #include "common/QoException.h"
 #include "common/QoProgress.h"
 #include "common/StdioFileEx.h"
@@ -40,12 +41,8 @@ bool hasExtractHead(const CString& path)
            line.Find(u"QODB_EXTRACT_VERSION:") >= 0;
 }
 
-void removeExtract(const CString& path)
-{
-    if (qo::fileSystem().exists(path) && qo::fileSystem().removeFile(path) != 0)
-        qo::log(
-            level::error, u"CQoShareManager::getFilesFromShare: could not delete file [%s]", path);
-}
+/// A peer may have any id; this much of it tells whose extract a file is.
+constexpr int longestIdInName = 60;
 } // namespace
 
 IVelmoraShareManager* CQoShareManager::m_pVelmoraShareManager = nullptr;
@@ -69,19 +66,26 @@ void CQoShareManager::getFilesFromShare(const CQoCollPath& path,
 {
     const CString device = path.getDevice();
     // Ids come from peers; two fetches must not meet in one file.
-    const CString unique = qo::uniqueTempPath(CFileUtils::tempQorganizer, device);
+    const CString unique =
+        qo::uniqueTempPath(CFileUtils::tempQorganizer, device.Left(longestIdInName));
     const CString folder = CFileUtils::GetTempDir(CFileUtils::tempQorganizer);
     const CString local = CQoDbExtract::GetUCQoDbExtractFileName(
         folder, unique.Mid(qo::addBackslash(folder).GetLength()));
-    if (!m_pVelmoraShareManager || m_pVelmoraShareManager->getExtract(device, local, progress) == 0)
+    bool isExtract = false;
+    CQoDbExtract::ERetCode result = CQoDbExtract::extractUnreadable;
     {
-        removeExtract(local);
-        qo::log(level::error, u"CQoShareManager::getFilesFromShare failed to get the qodb extract");
-        throw new CQoException(CQoException::extractFailed, nullptr);
+        const qo::PartFile file(
+            local, level::error, u"CQoShareManager::getFilesFromShare: could not delete file [%s]");
+        if (!m_pVelmoraShareManager ||
+            m_pVelmoraShareManager->getExtract(device, local, progress) == 0)
+        {
+            qo::log(level::error,
+                    u"CQoShareManager::getFilesFromShare failed to get the qodb extract");
+            throw new CQoException(CQoException::extractFailed, nullptr);
+        }
+        isExtract = hasExtractHead(local);
+        result = CQoDbExtract::LoadQoDbExtract(device, local, files);
     }
-    const bool isExtract = hasExtractHead(local);
-    const CQoDbExtract::ERetCode result = CQoDbExtract::LoadQoDbExtract(device, local, files);
-    removeExtract(local);
     if (result == CQoDbExtract::extractUnsupported)
     {
         qo::log(level::step,
@@ -129,14 +133,17 @@ bool CQoShareManager::getFile(const CString& sharePath,
 
 bool CQoShareManager::fetch(const ShareFileRequest& request)
 {
-    if (m_pVelmoraShareManager && m_pVelmoraShareManager->getFile(request) != 0)
-        return true;
-    if (qo::fileSystem().exists(request.localPath) &&
-        qo::fileSystem().removeFile(request.localPath) != 0)
-        qo::log(level::step,
-                u"CQoShareManager::getFile: Could not delete incomplete downloaded file [%s]",
-                request.localPath);
-    return false;
+    // Nothing was written, so what is there is not a part of the file.
+    if (!m_pVelmoraShareManager)
+        return false;
+    qo::PartFile file(
+        request.localPath,
+        level::step,
+        u"CQoShareManager::getFile: Could not delete incomplete downloaded file [%s]");
+    if (m_pVelmoraShareManager->getFile(request) == 0)
+        return false;
+    file.keep();
+    return true;
 }
 
 boost::shared_ptr<IDownloadItem> CQoShareManager::getPlayDownloadItem(const CString& sharePath)

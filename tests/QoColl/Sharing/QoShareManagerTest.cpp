@@ -69,6 +69,10 @@ TEST_F(QoShareManager, ExtractIsReadAndRemovedAndFailuresHaveTheirTypes)
     EXPECT_EQ(fetchExtract(), CQoException::noError);
     ASSERT_EQ(m_files.GetSize(), 2);
     EXPECT_TRUE(m_isWhole);
+    QoFileDbItemArray ofLongId;
+    CQoShareManager::getFilesFromShare(
+        CQoCollPath(CQoCollPath::share, CString(u'7', 300)), &m_progress, ofLongId);
+    EXPECT_EQ(ofLongId.GetSize(), 2);
     EXPECT_EQ(m_files[0]->path, CString(u"\\\\share:17%1..\\C:\\Music\\a.mp3"));
     EXPECT_EQ(m_share.localExtract.ReverseFind(u'\\'),
               qo::addBackslash(CFileUtils::GetTempDir(CFileUtils::tempQorganizer)).GetLength() - 1);
@@ -116,6 +120,12 @@ TEST_F(QoShareManager, OnlyFilesOfTheCollectionAreFetchedAndByThePeersRow)
     m_share.isBroken = true;
     EXPECT_FALSE(CQoShareManager::getFile(song, target, 0, &m_progress, true, true));
     EXPECT_FALSE(std::filesystem::exists(m_dir.path("b.mp3")));
+    // Without a transport nothing was written, so nothing is removed.
+    m_dir.write("b.mp3", "kept");
+    CQoShareManager::SetVelmoraShareManager(nullptr);
+    EXPECT_FALSE(CQoShareManager::getFile(song, target, 0, &m_progress, true, true));
+    EXPECT_EQ(m_dir.read("b.mp3"), "kept");
+    CQoShareManager::SetVelmoraShareManager(&m_share);
 
     // An item needs no collection while it works.
     const auto fetch = [&](const CString& path)
