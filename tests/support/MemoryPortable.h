@@ -99,6 +99,7 @@ public:
     std::vector<GUID> categories{qo::wpd::categoryStorage};
     std::vector<Object> objects;
     CString card;
+    CString broken; ///< the id of an object of which the device says nothing
     bool isReadOnly = false;
 
 private:
@@ -166,7 +167,8 @@ private:
         {
             if (const Object* const object = m_portable.find(objectId))
                 values = object->values;
-            return m_portable.call();
+            const qo::DeviceResult result = m_portable.call();
+            return objectId == m_portable.broken ? qo::deviceResult::failed : result;
         }
         qo::DeviceResult read(const CString& objectId,
                               std::unique_ptr<qo::IByteStream>& stream) override

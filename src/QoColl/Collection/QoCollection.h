@@ -246,6 +246,7 @@ protected:
     void noteUnlisted(const CQoCollPath& dir, const CString& cause);
     /// False when the source did not list all.
     bool listFarDir(const CQoCollPath& rootDir, QoFileDbItemArray& listed, IQoProgress* progress);
+    bool listShare(const CQoCollPath& rootDir, QoFileDbItemArray& listed, IQoProgress* progress);
     /// A record in the state added, with flags by extension and folder type; it is in no list yet.
     /// listed is a record that the source filled, which it is then, or null.
     QoFileDbItemPtr makeNewRecord(const CString& path,
@@ -357,6 +358,7 @@ private:
     CPtrListT<CHDFile> m_zombieFiles;
     qo::MarkUpkeep m_marks;
     qo::CollPathArray m_unlistedDirs; ///< of the last walk, those that were not listed to the end
+    bool m_hasVanished = false;       ///< one of them could not be reached any more
     bool m_loadedSuccesfully = false; ///< of load(); a change sets it, a canceled one clears it
     IQoScanHost* m_scanHost;          ///< never null
 };

@@ -273,7 +273,17 @@ void CQoCollection::setRootDirs(const CStringArray& dirs,
         log(level::flow,
             u"CQoCollection::setRootDirs : adding files from new dirs : %s",
             qo::joinPaths(added));
-        addFilesFromRootDirs(added, CQoFileChangeInfo::setImported, files, progress);
+        try
+        {
+            addFilesFromRootDirs(added, CQoFileChangeInfo::setImported, files, progress);
+        }
+        catch (...)
+        {
+            // A share that cannot be fetched: the folders have changed and their files have not.
+            m_loadedSuccesfully = false;
+            clear(true);
+            throw;
+        }
     }
     if (!progress->isCanceled())
         createColl(files, added, progress);

@@ -1,13 +1,17 @@
 #include "Physical/HDDirectory.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoScanHost.h"
+#include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Collection/ScanLookup.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Devices/QoWPDManager.h"
 #include "QoColl/Plugins/QoPluginManager.h"
 #include "QoColl/Sharing/QoShareManager.h"
+#include "common/FilePathParts.h"
 #include "common/Log.h"
 #include "common/QoProgress.h"
+
+#include <memory>
 
 // What lies elsewhere than on a disk: each source lists its files itself, as records. A source that
 // fails in the middle, or is away, must not cost the collection the records of what it left out, so
@@ -36,6 +40,18 @@ void takeDeviceFields(const QoFileDbItem& from, QoFileDbItem& to)
     to.duration = from.duration;
     to.bitrate = from.bitrate;
 }
+/// Whether a source that has not listed all can be reached: it left something out, and would do so
+/// again in the next walk.
+bool isStillThere(const CQoCollPath& rootDir, IQoProgress* progress)
+{
+    if (!rootDir.isWPD())
+        return false;
+    CQoWPDManager::ObjectInfo info;
+    std::unique_ptr<qo::IPortableDevice> device;
+    return rootDir.isEmpty()
+               ? CWPDUtils::openDevice(rootDir.getDevice(), device, true) == qo::deviceResult::ok
+               : CQoWPDManager::getPathInfo(rootDir, progress, info);
+}
 } // namespace
 
 void CQoCollection::listRootDir(const CQoCollPath& rootDir,
@@ -45,10 +61,12 @@ void CQoCollection::listRootDir(const CQoCollPath& rootDir,
 {
     const bool isWhole = rootDir.isLocalDisk() ? getFilesFromDisk(rootDir, found, progress)
                                                : listFarDir(rootDir, listed, progress);
-    if (!isWhole && !progress->isCanceled())
-        noteUnlisted(rootDir,
-                     rootDir.isUSB() ? u"The device is not connected"
-                                     : u"Not all of its folders could be listed");
+    if (isWhole || progress->isCanceled())
+        return;
+    m_hasVanished = m_hasVanished || !isStillThere(rootDir, progress);
+    noteUnlisted(rootDir,
+                 rootDir.isUSB() ? u"The device is not connected"
+                                 : u"Not all of its folders could be listed");
 }
 
 void CQoCollection::noteUnlisted(const CQoCollPath& dir, const CString& cause)
@@ -65,7 +83,6 @@ bool CQoCollection::listFarDir(const CQoCollPath& rootDir,
                                QoFileDbItemArray& listed,
                                IQoProgress* progress)
 {
-    bool isWhole = true;
     switch (rootDir.getType())
     {
     case CQoCollPath::wpd:
@@ -80,11 +97,30 @@ bool CQoCollection::listFarDir(const CQoCollPath& rootDir,
                                                     listed,
                                                     &m_fileDbItems);
     case CQoCollPath::share:
-        CQoShareManager::getFilesFromShare(rootDir, progress, listed, &isWhole);
-        return isWhole;
+        return listShare(rootDir, listed, progress);
     default:
         return true;
     }
+}
+
+/// An extract has all that the peer offers, and the root folder may be one of his folders.
+bool CQoCollection::listShare(const CQoCollPath& rootDir,
+                              QoFileDbItemArray& listed,
+                              IQoProgress* progress)
+{
+    bool isWhole = true;
+    QoFileDbItemArray offered;
+    CQoShareManager::getFilesFromShare(rootDir, progress, offered, &isWhole);
+    for (const QoFileDbItemPtr& item : offered)
+    {
+        if (!CQoCollPath(item->path).isSubPathOf(rootDir))
+            continue;
+        // The peer says anything of its files.
+        if (!CQoUtils::isMusicExt(qo::fileExtOf(item->path)))
+            item->flags &= ~qo::fileFlag::mediaMask;
+        listed.Add(item);
+    }
+    return isWhole;
 }
 
 bool CQoCollection::checkWpdFilePhysicalChanges(QoFileDbItemPtr& item,

@@ -205,7 +205,7 @@ void CQoCollection::checkPhysicalChanges(QoFileDbItemArray& files,
     getRootDirs(dirs);
     addFilesFromRootDirs(dirs, action, files, progress);
     // What was never scanned to its end is scanned by the next load.
-    if (m_unlistedDirs.IsEmpty() || !CQoCollDbUtils::IsNullFILETIME(m_collInfo.scanTime))
+    if (!m_hasVanished || !CQoCollDbUtils::IsNullFILETIME(m_collInfo.scanTime))
         setScanned();
     progress->setStage(IQoProgress::stageCheck);
     progress->setRange(IQoProgress::rangeKnown, m_fileDbItems.GetSize());
@@ -301,6 +301,7 @@ void CQoCollection::addFilesFromRootDirs(const qo::CollPathArray& dirs,
 {
     progress->setRange(IQoProgress::rangeUnknown, 0);
     m_unlistedDirs.RemoveAll();
+    m_hasVanished = false;
     qo::FoundFiles found;
     QoFileDbItemArray listed;
     for (const CQoCollPath& dir : dirs)

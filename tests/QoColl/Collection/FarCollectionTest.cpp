@@ -5,6 +5,7 @@
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Devices/QoUSBManager.h"
 #include "QoColl/Devices/WPDKeys.h"
+#include "common/QoException.h"
 #include "platform/Clock.h"
 #include "platform/DriveMap.h"
 #include "support/FakeDrives.h"
@@ -87,12 +88,29 @@ TEST_F(FarCollection, FriendsArtistsStandBesideTheOwnOnes)
     share.isBroken = true;
     EXPECT_FALSE(loadForeign(root));
     EXPECT_TRUE(result.m_extractFailed);
+    // Other root folders that cannot be fetched leave no half of a collection.
+    CStringArray others;
+    others.Add(root + u"C:\\Music");
+    EXPECT_THROW(
+        try { foreign.setRootDirs(others, kinds, &progress); } catch (CQoException* caught) {
+            delete caught;
+            throw 0;
+        },
+        int);
+    EXPECT_FALSE(foreign.getDir(others[0]));
     // One that is no extract costs nothing either.
     share.isBroken = false;
     share.extract = "no extract";
     EXPECT_TRUE(loadForeign(root));
     EXPECT_EQ(counts(), "0+ 0~ 0-");
     EXPECT_EQ(stored(11), "C:\\Music\\a.mp3 ");
+    // What the friend offers outside the root folder stays outside.
+    share.offer(FakeShare::song("9", "C:\\Music\\a.mp3", "Bo") +
+                FakeShare::song("10", "C:\\Secret\\b.mp3", "Bo"));
+    LogCapture log;
+    EXPECT_TRUE(loadForeign(others[0]));
+    EXPECT_EQ(counts(), "0+ 0~ 0-");
+    EXPECT_FALSE(log.has("Secret")) << log.all();
 }
 
 TEST_F(FarCollection, StickIsScannedPulledOutAndKnownAgainUnderAnotherLetter)
@@ -243,6 +261,18 @@ TEST_F(FarCollection, PhoneThatIsUnpluggedAtAnyCallKeepsItsRecords)
     ASSERT_TRUE(loadForeign(root));
     EXPECT_EQ(counts(), "0+ 1~ 0-");
     EXPECT_EQ(foreign.getFileByPath(root + u"Music\\a.mp3")->getDbItem()->artist, CString(u"Eve"));
+    // It leaves out one object in each walk, which is no reason to walk at each start.
+    foreign.clearCollection(&progress);
+    CQoCollDb(dbPath).deleteColl(u"far");
+    phone.broken = song;
+    ASSERT_TRUE(loadForeign(root));
+    EXPECT_EQ(counts(), "2+ 0~ 0-");
+    phone.unplugAt(0);
+    ASSERT_TRUE(loadForeign(root, false));
+    EXPECT_EQ(phone.calls(), 0);
+    phone.broken.Empty();
+    ASSERT_TRUE(loadForeign(root));
+    EXPECT_EQ(counts(), "0+ 1~ 0-");
     std::erase_if(phone.objects,
                   [](const auto& object)
                   {
