@@ -56,7 +56,9 @@ void CQoWPDManager::registerNotifications(qo::IPortableWatcher* window)
     if (window)
         init();
     const qo::DeviceResult result = qo::portableDevices().watch(window);
-    if (result != qo::deviceResult::ok)
+    // Where there is no such service, nothing was registered either.
+    const bool isNothingToEnd = !window && result == qo::deviceResult::notImplemented;
+    if (result != qo::deviceResult::ok && !isNothingToEnd)
         qo::log(level::error,
                 u"CQoWPDManager::registerNotifications : RegisterDeviceNotification failed, hr = "
                 u"0x%lx",

@@ -9,11 +9,13 @@ class IQoProgress;
 
 /// Portable devices: players and telephones. Paths are names (\\wpd:phone7\Card\Music\a.mp3, the
 /// first one that of a storage), while the device knows ids of objects, so each access looks for
-/// the names from the root on. Of several objects of one name in a folder the first counts; names
-/// are found exactly or, but for a removal, without regard to case. The settings WpdDevicesCount,
-/// WpdDevice0, WpdDevice1 ... keep the devices that the user took into use.
+/// the names from the root on. Of several objects of one name in a folder the first counts, and is
+/// the only one that is listed; names are found exactly or, but for a removal, without regard to
+/// case. The settings WpdDevicesCount, WpdDevice0, WpdDevice1 ... keep the devices that the user
+/// took into use.
 ///
-/// Where the result is a bool, false has a line in the log unless the operation was cancelled.
+/// Where the result is a bool, a failure has a line in the log unless the operation was cancelled;
+/// that a path leads to nothing, or a device is none to keep files on, is an answer and has none.
 /// progress is asked for a cancel for each object, and for each block of a file. The calls that
 /// take a path need nothing of the list of devices, so they may come from any thread.
 class QO_API CQoWPDManager : public CQoUSBManagerBase

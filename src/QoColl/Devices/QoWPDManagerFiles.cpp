@@ -4,6 +4,7 @@
 #include "common/MakeObject.h"
 #include "common/QoProgress.h"
 
+#include <algorithm>
 #include <deque>
 #include <set>
 
@@ -52,6 +53,12 @@ QoFileDbItemPtr recordOfObject(const CQoCollPath& path, const ObjectInfo& info)
     return item;
 }
 
+/// What can be added to the sum: a device may tell any number.
+std::int64_t clampedTo(std::int64_t value, std::int64_t sum)
+{
+    return std::clamp<std::int64_t>(value, 0, INT64_MAX - sum);
+}
+
 struct Walk
 {
     int types = 0;
@@ -84,10 +91,14 @@ bool walkObjects(qo::IPortableDevice& device,
         isWhole =
             CWPDUtils::getObjectChildren(device, folder.id, children, walk.progress, &result) &&
             isWhole;
+        std::set<CString> names;
         for (const ObjectInfo& child : children)
         {
             if (walk.progress->isCanceled())
                 return false;
+            // A path leads to the first object of its name, so a later one cannot be reached.
+            if (!names.insert(child.m_pathName).second)
+                continue;
             const CQoCollPath path = folder.path.child(child.m_pathName);
             if (!child.isFolder())
             {
@@ -219,7 +230,12 @@ bool CQoWPDManager::getDeviceFillStateInfo(const CArray<CQoCollPath>& paths,
         const ObjectInfo* const only =
             path.isEmpty() ? nullptr : findChild(storages, path.getComponents()[0], true);
         if (!path.isEmpty() && !only)
+        {
+            qo::log(level::error,
+                    u"CQoWPDManager::getDeviceFillStateInfo : no storage of that name: %s",
+                    path.toString());
             return false;
+        }
         for (const ObjectInfo& storage : storages)
         {
             std::int64_t size = 0;
@@ -229,8 +245,8 @@ bool CQoWPDManager::getDeviceFillStateInfo(const CArray<CQoCollPath>& paths,
                 continue;
             if (!CWPDUtils::getDeviceFillStateInfo(*device, storage.m_id, size, room))
                 return false;
-            total += size;
-            free += room;
+            total += clampedTo(size, total);
+            free += clampedTo(room, free);
         }
     }
     return true;

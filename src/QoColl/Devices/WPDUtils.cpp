@@ -2,6 +2,7 @@
 
 #include "Analyze/NSUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
+#include "QoColl/Devices/QoUSBManagerBase.h"
 #include "QoColl/Devices/WPDKeys.h"
 #include "QoColl/Plugins/FarName.h"
 #include "common/Log.h"
@@ -25,6 +26,10 @@ constexpr DeviceResult ok = qo::deviceResult::ok;
 
 /// Years before it are no years of recordings to devices.
 constexpr int lastUnknownYear = 1899;
+constexpr int lastYear = 9999;
+/// Units that a record takes of a text, whatever a device says.
+constexpr int longestText = 1000;
+constexpr int longestLyrics = 1 << 20;
 
 template <class T>
 bool getProperty(const char16_t* message, const PropertyKey& key, const PropertyBag& bag, T& value)
@@ -50,6 +55,17 @@ bool takeIfThere(const PropertyKey& key, const PropertyBag& bag, T& value)
     return typed != nullptr;
 }
 
+bool takeText(const PropertyKey& key,
+              const PropertyBag& bag,
+              CString& value,
+              int longest = longestText)
+{
+    const bool isThere = takeIfThere(key, bag, value);
+    if (value.GetLength() > longest)
+        value = value.Left(longest);
+    return isThere;
+}
+
 void setIfNotEmpty(const PropertyKey& key, PropertyBag& bag, const CString& value)
 {
     if (!value.IsEmpty())
@@ -59,21 +75,24 @@ void setIfNotEmpty(const PropertyKey& key, PropertyBag& bag, const CString& valu
 /// The texts and numbers of music.
 void takeMusic(const PropertyBag& bag, CWPDUtils::ObjectInfo& info)
 {
-    takeIfThere(wpd::mediaArtist, bag, info.m_artist);
-    takeIfThere(wpd::musicAlbum, bag, info.m_album);
-    takeIfThere(wpd::mediaTitle, bag, info.m_title);
-    takeIfThere(wpd::mediaGenre, bag, info.m_genre);
-    info.m_lyricsLoaded = takeIfThere(wpd::musicLyrics, bag, info.m_lyrics);
+    takeText(wpd::mediaArtist, bag, info.m_artist);
+    takeText(wpd::musicAlbum, bag, info.m_album);
+    takeText(wpd::mediaTitle, bag, info.m_title);
+    takeText(wpd::mediaGenre, bag, info.m_genre);
+    info.m_lyricsLoaded = takeText(wpd::musicLyrics, bag, info.m_lyrics, longestLyrics);
     std::int32_t track = 0;
     if (takeIfThere(wpd::musicTrack, bag, track) && track > 0)
         info.m_trackNumber.Format(u"%d", track);
     FILETIME released;
-    if (takeIfThere(wpd::mediaReleaseDate, bag, released) && qo::toTicks(released) != 0)
-        info.m_year.Format(u"%d", qo::utcTime(released).year);
+    const int year = takeIfThere(wpd::mediaReleaseDate, bag, released) ? qo::utcTime(released).year
+                                                                       : lastUnknownYear;
+    if (year > lastUnknownYear && year <= lastYear)
+        info.m_year.Format(u"%d", year);
     std::int64_t duration = 0;
     if (takeIfThere(wpd::mediaDuration, bag, duration))
         info.m_duration = static_cast<int>(std::clamp<std::int64_t>(duration, 0, INT32_MAX));
     takeIfThere(wpd::mediaBitrate, bag, info.m_bitrate);
+    info.m_bitrate = std::max(info.m_bitrate, 0);
 }
 } // namespace
 
@@ -216,6 +235,8 @@ bool CWPDUtils::getDeviceInfo(const CString& id, CString& name, bool& readable, 
     readable = writable = false;
     if (!getDeviceName(id, name))
         return false;
+    // A line feed in it would begin a line of its own in the log.
+    name = qo::deviceLine(name);
     std::unique_ptr<qo::IPortableDevice> device;
     DeviceResult result = openDevice(id, device, false);
     const bool isOpenToWrite = result == ok;

@@ -100,7 +100,7 @@ TEST_F(QoWPDManager, NamesLeadToTheFirstObjectOfThatName)
     m_phone.objects.push_back({m_music, up, m_phone.find(m_music)->values, ""});
     EXPECT_EQ(
         pathsBelow(u"\\\\wpd:phone\\card\\MUSIC"),
-        CString(u"card\\MUSIC\\a.mp3 card\\MUSIC\\twice.mp3 card\\MUSIC\\twice.mp3 "
+        CString(u"card\\MUSIC\\a.mp3 card\\MUSIC\\twice.mp3 "
                 u"card\\MUSIC\\Twice.mp3 card\\MUSIC\\a/b\uF05C..mp3 card\\MUSIC\\in\\up.mp3"));
     EXPECT_EQ(pathsBelow(u"\\\\wpd:phone\\", CQoWPDManager::deviceFolders),
               CString(u"Card Card\\Music Card\\Music\\in Card\\Music\\in\\Music"));
@@ -116,6 +116,7 @@ TEST_F(QoWPDManager, NamesLeadToTheFirstObjectOfThatName)
         EXPECT_TRUE(get(path, progress));
         EXPECT_EQ(m_dir.read("got"), content);
     }
+    EXPECT_FALSE(get(u"\\\\wpd:phone\\Card\\Music\\in", progress));
     // A removal takes the exact name alone, and no folder.
     EXPECT_FALSE(CQoWPDManager::deleteFile(u"\\\\wpd:phone\\Card\\Music\\A.MP3", &progress));
     EXPECT_FALSE(CQoWPDManager::deleteFile(u"\\\\wpd:phone\\Card\\Music", &progress));
@@ -257,6 +258,33 @@ TEST_F(QoWPDManager, DeviceIsToldWhatTheRecordSaysOfTheMusic)
     EXPECT_EQ(info.m_year + info.m_artist + info.m_trackNumber, CString(u"1900Ann3"));
     EXPECT_EQ(info.m_duration, 1000);
     EXPECT_EQ(qo::utcTime(info.m_created), (qo::CalendarTime{2020, 2, 29, 12, 0, 0, 0}));
+}
+
+TEST_F(QoWPDManager, NumbersAndTextsThatCannotBeAreBounded)
+{
+    const CString song = m_phone.addFile(m_music, u"odd.mp3", "");
+    qo::PropertyBag& values = m_phone.find(song)->values;
+    values.set(wpd::mediaBitrate, std::int32_t{-1});
+    values.set(wpd::mediaReleaseDate, qo::fromTicks(INT64_MAX));
+    values.set(wpd::mediaArtist, CString(u'x', 2000));
+    CDummyProgress progress;
+    CWPDUtils::ObjectInfo info;
+    ASSERT_TRUE(CQoWPDManager::getPathInfo(
+        CQoCollPath(u"\\\\wpd:phone\\Card\\Music\\odd.mp3"), &progress, info));
+    EXPECT_EQ(info.m_bitrate, 0);
+    EXPECT_EQ(info.m_year, CString());
+    EXPECT_EQ(info.m_artist.GetLength(), 1000);
+    qo::PropertyBag storage = m_phone.find(m_phone.card)->values;
+    storage.set(wpd::storageCapacity, std::int64_t{INT64_MAX});
+    storage.set(wpd::storageFree, std::int64_t{-5});
+    m_phone.add(qo::deviceRootId, storage);
+    std::int64_t total = 0;
+    std::int64_t free = 0;
+    qo::CollPathArray paths;
+    paths.Add(CQoCollPath(u"\\\\wpd:phone\\"));
+    ASSERT_TRUE(CQoWPDManager::getDeviceFillStateInfo(paths, total, free));
+    EXPECT_EQ(total, INT64_MAX);
+    EXPECT_EQ(free, 400);
 }
 
 TEST_F(QoWPDManager, StoragesAreAcceptedUnlessTheyAreDisksOfTheSystem)
