@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QoKernel/Collection.h>
+#include <QoKernel/Kernel.h>
 
 #include <algorithm>
 #include <functional>
