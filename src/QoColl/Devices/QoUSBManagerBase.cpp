@@ -135,7 +135,7 @@ void CQoUSBManagerBase::addUsbDeviceChangedListener(IUsbDeviceChangedListener* l
 
 void CQoUSBManagerBase::removeUsbDeviceChangedListener(IUsbDeviceChangedListener* listener)
 {
-    if (const POSITION known = m_listeners.Find(listener))
+    if (POSITION known = m_listeners.Find(listener))
         m_listeners.RemoveAt(known);
 }
 
@@ -291,8 +291,9 @@ bool CQoUSBManagerBase::setDevicePaths(const CString& id,
         return false;
     device->m_musicPath = music;
     device->m_moviesPath = movies;
-    // The caller's list may be the device's own.
-    const CStringArray dirs = extra;
+    // The caller's list may be the device's own, which is emptied.
+    CStringArray dirs;
+    dirs.Append(extra);
     const CQoPathsInfoMap types = device->m_pathsInfo;
     device->m_extraDirs.RemoveAll();
     device->m_pathsInfo.RemoveAll();
