@@ -38,6 +38,7 @@ std::vector<const QoFileDbItem*> chosenMedia(const FileChoice& choice)
 std::vector<CString> idsOf(const std::vector<const QoFileDbItem*>& items)
 {
     std::vector<CString> ids;
+    ids.reserve(items.size());
     for (const QoFileDbItem* const item : items)
         ids.push_back(item->velmoraId);
     return ids;
@@ -67,6 +68,7 @@ ExitCode writeRatings(CommandLine& line,
                       int halfStars)
 {
     std::vector<CString> paths;
+    paths.reserve(items.size());
     for (const QoFileDbItem* const item : items)
         paths.push_back(item->path);
     if (paths.size() > 1 && !line.dryRun)

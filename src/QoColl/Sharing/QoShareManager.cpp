@@ -64,7 +64,7 @@ void CQoShareManager::getFilesFromShare(const CQoCollPath& path,
                                         QoFileDbItemArray& files,
                                         bool* isWhole)
 {
-    const CString device = path.getDevice();
+    const CString& device = path.getDevice();
     // Ids come from peers; two fetches must not meet in one file.
     const CString unique =
         qo::uniqueTempPath(CFileUtils::tempQorganizer, device.Left(longestIdInName));
