@@ -46,6 +46,7 @@ std::vector<AlbumRow> AlbumRows::sorted()
     for (const Track& track : m_tracks)
         byGroup[groupOf(track.group)].push_back(&track);
     std::vector<AlbumRow> rows;
+    rows.reserve(byGroup.size());
     for (const auto& [group, tracks] : byGroup)
         rows.push_back(rowOf(tracks));
     std::stable_sort(rows.begin(), rows.end(), comesBefore);
