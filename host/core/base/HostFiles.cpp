@@ -1,5 +1,6 @@
 #include "core/base/HostFiles.h"
 
+#include "core/base/ClosestName.h"
 #include "core/base/HostError.h"
 
 #include <climits>
