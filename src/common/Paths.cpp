@@ -92,9 +92,7 @@ bool containsOneOf(CString name, const char16_t* const* words, std::size_t count
 /// audioIsMusic for a text that is no known type.
 CQoPathInfo::EType toPathType(const CString& text)
 {
-    const int value = qo::textToInt(text.view());
-    const bool known = value >= CQoPathInfo::allIsMusic && value <= CQoPathInfo::audioIsMusic;
-    return known ? static_cast<CQoPathInfo::EType>(value) : CQoPathInfo::audioIsMusic;
+    return CQoPathInfo::toType(qo::textToInt(text.view()));
 }
 } // namespace
 

@@ -11,6 +11,16 @@ struct CQoPathInfo
         nothingIsMusic = 2,
         audioIsMusic = 3 ///< audio files only
     };
+
+    static constexpr bool isType(int number)
+    {
+        return number >= allIsMusic && number <= audioIsMusic;
+    }
+    /// audioIsMusic for a number that is no type.
+    static constexpr EType toType(int number)
+    {
+        return isType(number) ? static_cast<EType>(number) : audioIsMusic;
+    }
 };
 
 /// The types of root folders by path. Keys are compared exactly, so they must have the form that

@@ -7,12 +7,6 @@ namespace qo::host
 {
 namespace
 {
-CQoPathInfo::EType toKind(int number)
-{
-    const bool isKind = number == CQoPathInfo::allIsMusic || number == CQoPathInfo::nothingIsMusic;
-    return isKind ? static_cast<CQoPathInfo::EType>(number) : CQoPathInfo::audioIsMusic;
-}
-
 /// The sentence after those before it.
 void addSentence(std::string& text, const std::string& sentence)
 {
@@ -50,7 +44,7 @@ std::vector<StoredRoot> storedRoots(const CString& database)
     for (int i = 0; i < info.rootDirs.GetSize(); ++i)
     {
         const int kind = i < info.rootDirTypes.GetSize() ? info.rootDirTypes[i] : 0;
-        roots.push_back({info.rootDirs[i], toKind(kind)});
+        roots.push_back({info.rootDirs[i], CQoPathInfo::toType(kind)});
     }
     return roots;
 }

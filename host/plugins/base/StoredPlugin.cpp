@@ -39,7 +39,7 @@ void readExtraPaths(const CString& text, PluginValues& values)
     for (int i = 0; i + 1 < lines.GetSize(); i += 2)
     {
         const int type = textToInt(lines[i + 1].view());
-        if (type < CQoPathInfo::allIsMusic || type > CQoPathInfo::audioIsMusic)
+        if (!CQoPathInfo::isType(type))
             continue;
         values.extraPaths.Add(lines[i]);
         values.extraTypes.SetAt(lines[i], static_cast<CQoPathInfo::EType>(type));

@@ -32,11 +32,6 @@ std::vector<CString> fieldsOf(const CString& record)
     }
 }
 
-bool isPathType(int value)
-{
-    return value >= CQoPathInfo::allIsMusic && value <= CQoPathInfo::audioIsMusic;
-}
-
 CString recordOfDevice(const UsbDeviceInfo& device)
 {
     using qo::deviceLine;
@@ -111,7 +106,7 @@ UsbDeviceInfoPtr CQoUSBManagerBase::deviceOfRecord(const CString& record) const
     for (std::size_t i = firstExtraField; i + 1 < fields.size(); i += 2)
     {
         const int type = qo::textToInt(fields[i + 1].view());
-        if (isPathType(type))
+        if (CQoPathInfo::isType(type))
             addExtraDir(device, fields[i], static_cast<CQoPathInfo::EType>(type));
     }
     return device;
