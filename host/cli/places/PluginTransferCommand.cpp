@@ -122,7 +122,7 @@ std::string fetchFile(const Transfer& fetch, bool replaces, IQoProgress& progres
     const CString folder = fromSystemPath(host::parentOf(toSystemPath(fetch.local)));
     if (const int error = fileSystem().makeDirectories(folder))
         return localFailure(folder, error);
-    const CString part = combinePath(folder, u".qo-part-" + guidToText(systemClock().newGuid()));
+    const CString part = combinePath(folder, partName());
     if (!CQoPluginManager::downloadFile(fetch.far, part, true, &progress))
         return pluginCause();
     NameInfo info;

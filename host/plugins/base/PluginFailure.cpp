@@ -28,6 +28,11 @@ void setPluginFailure(const CString& cause)
     failure.cause = cause;
 }
 
+CString failureAt(const CString& path, int error)
+{
+    return path + u": " + errorText(error);
+}
+
 CString takePluginFailure()
 {
     LatestFailure& failure = latestFailure();

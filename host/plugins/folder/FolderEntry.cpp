@@ -1,5 +1,7 @@
 #include "plugins/folder/FolderEntry.h"
 
+#include "plugins/base/PluginFailure.h"
+
 #include <boost/make_shared.hpp>
 
 #include <cerrno>
@@ -25,10 +27,5 @@ boost::shared_ptr<FolderEntry> entryAt(const CString& path, const CString& name,
         return boost::make_shared<FolderEntry>(path, name, isFolder, info.size);
     cause = failureAt(path, error);
     return {};
-}
-
-CString failureAt(const CString& path, int error)
-{
-    return path + u": " + errorText(error);
 }
 } // namespace qo::host

@@ -34,7 +34,4 @@ boost::shared_ptr<FolderEntry> ownEntry(const PluginResultPtr& result, const CSt
 
 /// What stands at that path now; null, with the cause, if it is neither a file nor a folder.
 boost::shared_ptr<FolderEntry> entryAt(const CString& path, const CString& name, CString& cause);
-
-/// "PATH: cause".
-CString failureAt(const CString& path, int error);
 } // namespace qo::host

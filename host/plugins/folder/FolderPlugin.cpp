@@ -1,6 +1,7 @@
 #include "plugins/folder/FolderPlugin.h"
 
 #include "plugins/base/FinishedOperation.h"
+#include "plugins/base/PluginFailure.h"
 #include "plugins/folder/FolderTransfer.h"
 
 #include <boost/make_shared.hpp>
@@ -53,7 +54,7 @@ public:
         for (const DirEntry& entry : entries)
         {
             const bool isPlain = !entry.info.isLink && entry.info.kind != FileKind::other;
-            if (isPlain && !FolderUpload::isPartName(entry.name))
+            if (isPlain && !isPartName(entry.name.view()))
                 results.Add(boost::make_shared<FolderEntry>(combinePath(own->GetPath(), entry.name),
                                                             entry.name,
                                                             entry.info.kind == FileKind::directory,

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <limits>
-#include <vector>
 
 namespace qo::host
 {
@@ -14,7 +13,6 @@ namespace
 constexpr std::size_t blockSize = std::size_t{256} * 1024;
 /// How long one Poll() may copy: long enough to be fast, and short enough to be cancelled.
 constexpr std::uint32_t slice = 200; // milliseconds
-constexpr const char16_t* partPrefix = u".qo-part-";
 } // namespace
 
 FolderDownload::FolderDownload(const CString& source, const CString& target)
@@ -78,8 +76,9 @@ FolderUpload::FolderUpload(const CString& source,
     : m_source(source)
     , m_target(combinePath(folder, name))
     , m_name(name)
-    , m_part(combinePath(folder, partPrefix + guidToText(systemClock().newGuid())))
+    , m_part(combinePath(folder, partName()))
     , m_replace(replace)
+    , m_block(blockSize)
 {
     if (open())
         Poll(); // a small file is there at once
@@ -104,11 +103,6 @@ FolderUpload::~FolderUpload()
         fileSystem().removeFile(m_part);
 }
 
-bool FolderUpload::isPartName(const CString& name)
-{
-    return name.view().starts_with(partPrefix);
-}
-
 void FolderUpload::Poll()
 {
     const std::uint32_t start = systemClock().tickCount();
@@ -121,13 +115,12 @@ void FolderUpload::Poll()
 
 bool FolderUpload::copyBlock()
 {
-    std::vector<char> block(blockSize);
-    const std::int64_t count = m_in->read(block.data(), block.size());
+    const std::int64_t count = m_in->read(m_block.data(), m_block.size());
     if (count < 0)
         fail(m_source, m_in->error());
     else if (count == 0)
         finish();
-    else if (!m_out->write(block.data(), static_cast<std::size_t>(count)))
+    else if (!m_out->write(m_block.data(), static_cast<std::size_t>(count)))
         fail(m_part, m_out->error());
     m_done += std::max<std::int64_t>(count, 0);
     return m_out != nullptr;

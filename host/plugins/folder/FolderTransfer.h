@@ -2,6 +2,8 @@
 
 #include "plugins/folder/FolderEntry.h"
 
+#include <vector>
+
 namespace qo::host
 {
 /// Reads a file, or a range of it.
@@ -35,9 +37,6 @@ public:
     void GetResults(PluginResultArray& results) override { results.Append(m_results); }
     CString GetErrorText() override { return m_error; }
 
-    /// Whether a file of that name is an upload that is under way, or was never finished.
-    static bool isPartName(const CString& name);
-
 private:
     bool open();
     /// True while there is more to copy.
@@ -50,6 +49,7 @@ private:
     const CString m_name;
     const CString m_part;
     const bool m_replace;
+    std::vector<char> m_block;
     std::unique_ptr<IFile> m_in;
     std::unique_ptr<IFile> m_out;
     std::int64_t m_done = 0;

@@ -11,7 +11,6 @@ namespace qo::host
 {
 namespace
 {
-constexpr std::string_view partStart = ".qo-part-";
 /// A server that is silent shall not hold up a user who has cancelled.
 constexpr std::uint32_t longestCleanUp = 3000; // milliseconds
 constexpr std::uint32_t pauseOfCleanUp = 150;  // likewise
@@ -69,7 +68,7 @@ bool DavDownload::Run(IQoProgress* progress)
     const std::unique_ptr<IFile> out = fileSystem().open(m_target, OpenMode::createAlways, error);
     if (!out)
     {
-        setPluginFailure(m_target + u": " + errorText(error));
+        setPluginFailure(failureAt(m_target, error));
         return false;
     }
     if (m_end == m_first)
@@ -112,18 +111,13 @@ CString DavDownload::fetch(IFile& out, IQoProgress& progress)
     };
     const DavAnswer answer = m_client->run(request);
     if (writeError != 0)
-        return m_target + u": " + errorText(writeError);
+        return failureAt(m_target, writeError);
     if (!answer.isDone())
         return answer.failure;
     const bool isShort = m_end < 0
                              ? m_size > 0 && done < m_size
                              : done < m_end - m_first && !(m_size > 0 && m_first + done >= m_size);
     return isShort ? fromUtf8(m_source.url() + ": the file ended before it was whole") : CString();
-}
-
-bool isDavPart(std::string_view name)
-{
-    return name.starts_with(partStart);
 }
 
 DavOutcome upload(DavClient& client,
@@ -136,9 +130,8 @@ DavOutcome upload(DavClient& client,
     int error = 0;
     const std::unique_ptr<IFile> file = fileSystem().open(source, OpenMode::read, error);
     if (!file)
-        return {source + u": " + errorText(error), {}};
-    const DavAddress part =
-        folder.child(std::string(partStart) + toUtf8(guidToText(systemClock().newGuid())), false);
+        return {failureAt(source, error), {}};
+    const DavAddress part = folder.child(toUtf8(partName()), false);
     const DavAddress target = folder.child(toUtf8(name), false);
     DavRequest put = {"PUT", part};
     put.file = file.get();

@@ -49,9 +49,6 @@ private:
     std::int64_t m_first = 0;
     std::int64_t m_end = -1; ///< the one after the last byte; -1: all
 };
-
-/// Whether a file of that name is an upload that is under way, or was never finished.
-bool isDavPart(std::string_view name);
 /// Sends the file under a passing name, which is then changed into the wanted one.
 DavOutcome upload(DavClient& client,
                   const CString& source,

@@ -89,7 +89,7 @@ DavOutcome listFolder(DavClient& client, const DavAddress& folder, DavOperation:
     {
         auto address = folder.resolve(each.href);
         const std::string name = address ? address->nameIn(folder) : std::string();
-        if (name.empty() || isDavPart(name))
+        if (name.empty() || isPartName(fromUtf8(name).view()))
             continue;
         if (each.isFolder && !address->path.ends_with('/'))
             address->path += '/';

@@ -1,5 +1,8 @@
 #include "QoColl/Plugins/FarName.h"
 
+#include "platform/Clock.h"
+#include "platform/Platform.h"
+#include "types/Guid.h"
 #include "types/Utf.h"
 
 namespace qo
@@ -8,6 +11,7 @@ namespace
 {
 constexpr int longestFarName = 1000;
 constexpr char16_t privateUse = 0xF000; // and the character, as in the paths of files
+constexpr std::u16string_view partStart = u".qo-part-";
 } // namespace
 
 CString farComponent(const CString& name)
@@ -20,6 +24,16 @@ CString farComponent(const CString& name)
             component.SetAt(i, static_cast<char16_t>(privateUse + c));
     }
     return component;
+}
+
+CString partName()
+{
+    return CString(partStart) + guidToText(systemClock().newGuid());
+}
+
+bool isPartName(std::u16string_view name)
+{
+    return name.starts_with(partStart);
 }
 
 CString farNameOf(const CString& component)

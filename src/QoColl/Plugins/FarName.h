@@ -2,6 +2,8 @@
 
 #include "common/CollPath.h"
 
+#include <string_view>
+
 namespace qo
 {
 /// The component of a collection path for a name that a plug-in or device gave. A backslash, a
@@ -12,6 +14,11 @@ QO_API CString farComponent(const CString& name);
 /// The same for what lies in a folder; "" for what is no name of an entry: "", "." and "..", and
 /// more than 1,000 units.
 QO_API CString farEntryName(const CString& name);
+
+/// A name that nothing else has, for a file while it is being copied: ".qo-part-" and an id.
+QO_API CString partName();
+/// Whether it is one: of a copy that is under way, or that was never finished. Lists leave it out.
+QO_API bool isPartName(std::u16string_view name);
 
 /// The name for people, with the characters that farComponent() has replaced.
 QO_API CString farNameOf(const CString& component);

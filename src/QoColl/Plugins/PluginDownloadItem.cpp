@@ -1,7 +1,7 @@
 #include "QoColl/Plugins/PluginDownloadItem.h"
 
+#include "QoColl/Plugins/FarName.h"
 #include "QoColl/Plugins/PluginWrappers.h"
-#include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 
@@ -11,8 +11,7 @@ namespace
 /// there is replaced when all has come, and two downloads of one name do not meet.
 CString partBeside(const CString& target)
 {
-    const CString name = u".qo-part-" + qo::guidToText(qo::systemClock().newGuid());
-    return target.Left(target.ReverseFind(u'\\') + 1) + name;
+    return target.Left(target.ReverseFind(u'\\') + 1) + qo::partName();
 }
 } // namespace
 
