@@ -31,14 +31,6 @@ std::string nameOf(const CommandLine& line)
     return name;
 }
 
-void needWritable(const CString& folder)
-{
-    if (const int error = fileSystem().mayChange(folder))
-        throw HostError(ExitCode::failed,
-                        "nothing can be saved in " + host::shownPath(folder) + ": " +
-                            host::errorWords(error));
-}
-
 host::LoadReport runLoad(const CommandLine& line,
                          Session& session,
                          const std::function<host::LoadReport(host::ProgressReporter&)>& load)
@@ -51,6 +43,14 @@ host::LoadReport runLoad(const CommandLine& line,
     return report;
 }
 } // namespace
+
+void needWritable(const CString& folder)
+{
+    if (const int error = fileSystem().mayChange(folder))
+        throw HostError(ExitCode::failed,
+                        "nothing can be saved in " + host::shownPath(folder) + ": " +
+                            host::errorWords(error));
+}
 
 std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use, bool isLast)
 {

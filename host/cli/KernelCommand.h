@@ -29,6 +29,8 @@ enum class KernelUse
 std::unique_ptr<host::Session>
 openKernel(const CommandLine& line, KernelUse use, bool isLast = true);
 
+/// Throws HostError when nothing can be written in the folder.
+void needWritable(const CString& folder);
 /// Throws HostError when no file can be written there, or something else stands there, and asks
 /// before one is written over; a dry run does not ask.
 void prepareOutput(const CommandLine& line, const std::string& path);

@@ -156,8 +156,7 @@ void needRoom(const CString& folder, std::int64_t bytes)
 ExitCode fetchAll(CommandLine& line, const TransferOptions& options)
 {
     const CString folder = fromSystemPath(host::existingFolder(options.to));
-    if (const int error = fileSystem().mayChange(folder))
-        throw HostError(ExitCode::failed, "nothing can be saved in " + localFailure(folder, error));
+    needWritable(folder);
     const auto session = openKernel(line, KernelUse::look);
     FarReport report(line, "fetched", "would be fetched");
     return runShown(line,
