@@ -28,18 +28,6 @@ DavAddress addressOf(CURLU* url)
                 partOf(url, CURLUPART_PORT, CURLU_DEFAULT_PORT),
             partOf(url, CURLUPART_PATH)};
 }
-
-std::string decoded(const std::string& text)
-{
-    int length = 0;
-    char* const plain =
-        curl_easy_unescape(nullptr, text.data(), static_cast<int>(text.size()), &length);
-    if (!plain)
-        return {};
-    std::string copy(plain, static_cast<std::size_t>(length));
-    curl_free(plain);
-    return copy;
-}
 } // namespace
 
 bool DavAddress::isLoopback() const
@@ -51,10 +39,7 @@ bool DavAddress::isLoopback() const
 
 DavAddress DavAddress::child(const std::string& name, bool isFolder) const
 {
-    char* const escaped = curl_easy_escape(nullptr, name.data(), static_cast<int>(name.size()));
-    DavAddress address = {origin, path + (escaped ? escaped : "") + (isFolder ? "/" : "")};
-    curl_free(escaped);
-    return address;
+    return {origin, path + percentEncoded(name, "-._~") + (isFolder ? "/" : "")};
 }
 
 std::optional<DavAddress> DavAddress::resolve(const std::string& text) const
@@ -74,10 +59,11 @@ std::string DavAddress::nameIn(const DavAddress& folder) const
     const std::string bare = path.ends_with('/') ? path.substr(0, path.size() - 1) : path;
     const std::size_t slash = bare.rfind('/');
     // The two may spell the same letter in two ways, as "(" and "%28".
-    if (slash == std::string::npos || decoded(bare.substr(0, slash + 1)) != decoded(folder.path) ||
+    if (slash == std::string::npos ||
+        percentDecoded(bare.substr(0, slash + 1)) != percentDecoded(folder.path) ||
         path == folder.path)
         return {};
-    std::string name = decoded(bare.substr(slash + 1));
+    std::string name = percentDecoded(bare.substr(slash + 1));
     if (name.find('\0') != std::string::npos || name == "." || name == "..")
         return {};
     for (char& c : name)
