@@ -2,6 +2,7 @@
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
+#include "core/base/Trimmed.h"
 #include "core/playlist/XspfText.h"
 
 #include <climits>
@@ -39,15 +40,6 @@ bool beginsWith(std::string_view text, std::string_view start)
                       start.end(),
                       text.begin(),
                       [](char a, char b) { return a == lowerAscii(b); });
-}
-
-std::string_view trimmed(std::string_view text)
-{
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
 /// Seconds, perhaps with a fraction, as milliseconds; 0 for what is none, such as -1.

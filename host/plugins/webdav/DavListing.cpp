@@ -1,5 +1,7 @@
 #include "plugins/webdav/DavListing.h"
 
+#include "core/base/Trimmed.h"
+
 #include <expat.h>
 
 #include <charconv>
@@ -19,15 +21,6 @@ std::int64_t numberIn(std::string_view text, std::int64_t otherwise)
     std::int64_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     return error == std::errc() && number >= 0 ? number : otherwise;
-}
-
-std::string_view trimmed(std::string_view text)
-{
-    const char* const blanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 } // namespace
 
