@@ -10,6 +10,8 @@ namespace qo
 class PartFile
 {
 public:
+    /// Without a word about a removal that fails.
+    explicit PartFile(const CString& path) : PartFile(path, 0, nullptr) {}
     /// A removal that fails is logged at the level with the message, which has one %s for the path.
     PartFile(const CString& path, int level, const char16_t* message)
         : m_path(path), m_level(level), m_message(message)
@@ -17,7 +19,8 @@ public:
     }
     ~PartFile()
     {
-        if (!m_isKept && fileSystem().exists(m_path) && fileSystem().removeFile(m_path) != 0)
+        if (!m_isKept && fileSystem().exists(m_path) && fileSystem().removeFile(m_path) != 0 &&
+            m_message)
             log(m_level, m_message, m_path);
     }
     PartFile(const PartFile&) = delete;

@@ -246,8 +246,9 @@ CString CQoPluginManager::getTrackWebSource(const CString& id)
     CString ownText;
     splitTrackText(id, pluginId, ownText);
     // No line in the log: a list of search results asks this for each of its rows.
-    return existPlugin(pluginId) ? m_pPluginsManager->GetPlugin(pluginId)->GetTrackWebSource()
-                                 : CString();
+    const boost::shared_ptr<IPlugin> plugin =
+        m_pPluginsManager ? m_pPluginsManager->GetPlugin(pluginId) : boost::shared_ptr<IPlugin>();
+    return plugin ? plugin->GetTrackWebSource() : CString();
 }
 
 CString CQoPluginManager::trackText(const CString& id, const ITrackResult& track)

@@ -5,6 +5,7 @@
 #include "QoColl/Plugins/QoPluginManager.h"
 #include "QoColl/Tags/MusicTagEx.h"
 #include "common/FileUtils.h"
+#include "common/PartFile.h"
 #include "common/Paths.h"
 #include "platform/Platform.h"
 
@@ -13,22 +14,6 @@ namespace
 constexpr int id3HeaderSize = 10;
 /// No honest tag is larger, and a server may say anything.
 constexpr std::int64_t largestTag = std::int64_t{16} * 1024 * 1024;
-
-/// Removes a temporary file at the end of a scope.
-class PassingFile
-{
-public:
-    explicit PassingFile(const CString& path) : m_path(path) {}
-    ~PassingFile() { remove(); }
-    PassingFile(const PassingFile&) = delete;
-    PassingFile& operator=(const PassingFile&) = delete;
-
-    void remove() const { qo::fileSystem().removeFile(m_path); }
-    const CString& path() const { return m_path; }
-
-private:
-    const CString m_path;
-};
 
 /// Gives a listed file its size back, which a fetch of its first bytes has changed.
 class ListedSize
@@ -141,28 +126,28 @@ void CQoPluginManager::getFileInfoFromPhysicalPlugin(
     if (!download || !result)
         return;
     const ListedSize listed(*result);
-    const PassingFile temp(
-        qo::uniqueTempPath(CFileUtils::tempQorganizer, CQoCollPath(item->path).getLast()));
-    if (!simpleDownload(result, id3HeaderSize, temp.path(), download, progress))
+    const CString temp =
+        qo::uniqueTempPath(CFileUtils::tempQorganizer, CQoCollPath(item->path).getLast());
+    const qo::PartFile part(temp);
+    if (!simpleDownload(result, id3HeaderSize, temp, download, progress))
         return qo::logUnlessStopped(progress,
                                     u"CQoPluginManager::getFileInfoFromPhysicalPlugin : couldnt "
                                     u"download first 10 bytes for %s",
                                     item->path);
     unsigned char header[id3HeaderSize] = {};
-    if (!readHeader(temp.path(), header))
+    if (!readHeader(temp, header))
         return;
     const std::int64_t size = sizeOfId3Tag(header);
     if (size == 0)
         return;
-    temp.remove();
+    qo::fileSystem().removeFile(temp);
     const bool isPlausible = size <= largestTag && (item->size == 0 || size <= item->size);
-    if (!isPlausible ||
-        !simpleDownload(result, static_cast<int>(size), temp.path(), download, progress))
+    if (!isPlausible || !simpleDownload(result, static_cast<int>(size), temp, download, progress))
         return qo::logUnlessStopped(progress,
                                     u"CQoPluginManager::getFileInfoFromPhysicalPlugin : couldnt "
                                     u"download id3v2 header for %s",
                                     item->path);
     KVTagLib::CTags tags(CQoPaths::getPictureTempDir());
-    if (CMusicTagEx::readTag(temp.path(), tags))
+    if (CMusicTagEx::readTag(temp, tags))
         takeTags(tags, *item);
 }
