@@ -258,11 +258,7 @@ ExitCode changeCovers(CoverWork& work, const KVTagLib::CTags& wanted, const std:
                     work.line.out.line(harmless(host::shownPath(path)));
                 return shown;
             }
-            KVTagLib::CTags tags = wanted;
-            CString cause;
-            bool hasChanged = false;
-            const bool isWritten = CMusicTagEx::writeTag(path, tags, &cause, &hasChanged);
-            return tagWritten(path, isWritten, hasChanged, cause, progress.isCanceled());
+            return writeTags(path, wanted, progress);
         });
     writing.takeIn(work.chosen.session, work.chosen.isLoaded);
     return code;

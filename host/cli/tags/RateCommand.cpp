@@ -76,18 +76,11 @@ ExitCode writeRatings(CommandLine& line,
                 "The rating will be written into " +
                     countText(static_cast<std::int64_t>(paths.size()), "file") + ".");
     TagWriting writing(line, paths, "; the same command goes on");
-    const ExitCode code = writing.run(
-        [&](const CString& path, host::ProgressReporter& progress)
-        {
-            if (line.dryRun)
-                return tagShown(path);
-            KVTagLib::CTags tags;
-            tags.SetRating(halfStars);
-            CString cause;
-            bool hasChanged = false;
-            const bool isWritten = CMusicTagEx::writeTag(path, tags, &cause, &hasChanged);
-            return tagWritten(path, isWritten, hasChanged, cause, progress.isCanceled());
-        });
+    KVTagLib::CTags wanted;
+    wanted.SetRating(halfStars);
+    const ExitCode code =
+        writing.run([&](const CString& path, host::ProgressReporter& progress)
+                    { return line.dryRun ? tagShown(path) : writeTags(path, wanted, progress); });
     writing.takeIn(session, true);
     return code;
 }

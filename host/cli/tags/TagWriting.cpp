@@ -24,6 +24,14 @@ TagWritten tagWritten(
     return hasChanged ? TagWritten::changed : TagWritten::same;
 }
 
+TagWritten writeTags(const CString& path, KVTagLib::CTags tags, host::ProgressReporter& progress)
+{
+    CString cause;
+    bool hasChanged = false;
+    const bool isWritten = CMusicTagEx::writeTag(path, tags, &cause, &hasChanged);
+    return tagWritten(path, isWritten, hasChanged, cause, progress.isCanceled());
+}
+
 TagWritten tagShown(const CString& path)
 {
     FileInfo info;

@@ -29,6 +29,9 @@ enum class TagWritten
 TagWritten tagWritten(
     const CString& path, bool isWritten, bool hasChanged, const CString& cause, bool isStopped);
 
+/// Writes all items that are set. Throws HostError with the cause where that fails.
+TagWritten writeTags(const CString& path, KVTagLib::CTags tags, host::ProgressReporter& progress);
+
 /// What a dry run has instead of a writer. Throws HostError when the file could not be replaced.
 TagWritten tagShown(const CString& path);
 
