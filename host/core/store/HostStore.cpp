@@ -24,6 +24,17 @@ namespace
 constexpr int patience = 10000; ///< milliseconds; every transaction here is a short one
 constexpr std::int64_t noSave = -1;
 
+/// The tables whose rows have no reader of their own here, with the versions that brought them.
+constexpr std::pair<int, const char16_t*> countedTables[] = {
+    {1, u"HEAD_T"},
+    {storeSchema::facts, u"FACT_T"},
+    {storeSchema::marks, u"CHECKED_T"},
+    {storeSchema::playlists, u"PLAYLIST_ENTRY_T"},
+    {storeSchema::playlists, u"PLAYLIST_CHANGE_T"},
+    {storeSchema::playlists, u"LIVING_LIST_T"},
+    {storeSchema::notes, u"TAG_NOTE_T"},
+    {storeSchema::notes, u"OWN_NOTE_T"}};
+
 /// Damage as SQLite finds it, or tables that are not as this program made them.
 bool isDamage(const CSQLiteException& exception)
 {
@@ -431,18 +442,11 @@ bool HostStore::isSound() const
             readEdits(db, edits);
             readMark(db, mark);
             readFolders(db, folders);
-            (void)numberOf(db, u"SELECT count(*) FROM HEAD_T NOT INDEXED");
-            if (storeSchema::has(db, storeSchema::facts))
-                (void)numberOf(db, u"SELECT count(*) FROM FACT_T NOT INDEXED");
-            if (storeSchema::has(db, storeSchema::marks))
-                (void)numberOf(db, u"SELECT count(*) FROM CHECKED_T NOT INDEXED");
-            if (storeSchema::has(db, storeSchema::playlists))
-                for (const char16_t* table :
-                     {u"PLAYLIST_ENTRY_T", u"PLAYLIST_CHANGE_T", u"LIVING_LIST_T"})
+            for (const auto& [version, table] : countedTables)
+            {
+                if (storeSchema::has(db, version))
                     (void)numberOf(db, u"SELECT count(*) FROM " + CString(table) + u" NOT INDEXED");
-            if (storeSchema::has(db, storeSchema::notes))
-                for (const char16_t* table : {u"TAG_NOTE_T", u"OWN_NOTE_T"})
-                    (void)numberOf(db, u"SELECT count(*) FROM " + CString(table) + u" NOT INDEXED");
+            }
         }
         return true;
     }
