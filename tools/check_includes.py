@@ -42,6 +42,7 @@ HOST_ORDER = (
     {"core/view"},
     {"core/doctor"},
     {"plugins/base"},
+    {"plugins/http"},
     {"plugins/folder", "plugins/webdav"},
     {"plugins/configured"},
     {"cli/shown"},

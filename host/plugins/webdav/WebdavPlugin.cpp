@@ -12,7 +12,7 @@ namespace qo::host
 {
 namespace
 {
-using ClientPtr = std::shared_ptr<DavClient>;
+using ClientPtr = std::shared_ptr<HttpClient>;
 
 /// No honest folder takes more.
 constexpr std::size_t mostListingBytes = std::size_t{64} * 1024 * 1024;
@@ -33,8 +33,8 @@ private:
 template <class Work>
 PluginOperationPtr begin(const ClientPtr& client, Work work, std::int64_t total = 0)
 {
-    return boost::make_shared<DavOperation>(
-        [client, work](DavOperation::Link& link) { return work(*client, link); }, total);
+    return boost::make_shared<ThreadOperation>(
+        [client, work](ThreadOperation::Link& link) { return work(*client, link); }, total);
 }
 
 boost::shared_ptr<DavEntry> ownDavEntry(const PluginResultPtr& result)
@@ -48,28 +48,28 @@ PluginOperationPtr refuseDav()
 }
 
 /// Asks for the properties of a folder, and with depth 1 of what is in it.
-DavAnswer askProperties(DavClient& client,
-                        const DavAddress& folder,
-                        const char* depth,
-                        DavOperation::Link& link,
-                        DavListing& listing)
+HttpAnswer askProperties(HttpClient& client,
+                         const HttpAddress& folder,
+                         const char* depth,
+                         ThreadOperation::Link& link,
+                         DavListing& listing)
 {
     std::size_t bytes = 0;
     bool isRead = true;
-    DavRequest request = {"PROPFIND", folder};
+    HttpRequest request = {"PROPFIND", folder};
     request.headers = {std::string("Depth: ") + depth,
                        "Content-Type: application/xml; charset=utf-8"};
     request.body = "<?xml version=\"1.0\" encoding=\"utf-8\"?><propfind xmlns=\"DAV:\"><prop>"
                    "<resourcetype/><getcontentlength/><quota-available-bytes/><quota-used-bytes/>"
                    "</prop></propfind>";
     request.isCanceled = [&link] { return link.isCanceled.load(); };
-    request.sink = [&](long, std::string_view part)
+    request.sink = [&](const HttpHead&, std::string_view part)
     {
         bytes += part.size();
         isRead = bytes <= mostListingBytes && listing.add(part);
         return isRead;
     };
-    DavAnswer answer = client.run(request);
+    HttpAnswer answer = client.run(request);
     const bool isWhole = isRead && (!answer.isDone() || listing.finish());
     if (answer.isDone() && answer.status != multiStatus)
         answer.failure = fromUtf8(folder.url() + ": this is no WebDAV server");
@@ -78,11 +78,11 @@ DavAnswer askProperties(DavClient& client,
     return answer;
 }
 
-DavOutcome listFolder(DavClient& client, const DavAddress& folder, DavOperation::Link& link)
+PluginOutcome listFolder(HttpClient& client, const HttpAddress& folder, ThreadOperation::Link& link)
 {
     DavListing listing;
-    const DavAnswer answer = askProperties(client, folder, "1", link, listing);
-    DavOutcome outcome = {answer.failure, {}};
+    const HttpAnswer answer = askProperties(client, folder, "1", link, listing);
+    PluginOutcome outcome = {answer.failure, {}};
     if (!answer.isDone())
         return outcome;
     for (const DavProperties& each : listing.entries())
@@ -115,17 +115,17 @@ public:
         if (!own || !own->IsFolder())
             return refuseDav();
         return begin(m_client,
-                     [address = own->address()](DavClient& client, DavOperation::Link& link)
+                     [address = own->address()](HttpClient& client, ThreadOperation::Link& link)
                      { return listFolder(client, address, link); });
     }
     PluginOperationPtr GetFillState() override
     {
         return begin(
             m_client,
-            [](DavClient& client, DavOperation::Link& link)
+            [](HttpClient& client, ThreadOperation::Link& link)
             {
                 DavListing listing;
-                DavOutcome outcome = {
+                PluginOutcome outcome = {
                     askProperties(client, client.root(), "0", link, listing).failure, {}};
                 if (!outcome.failure.IsEmpty())
                     return outcome;
@@ -161,8 +161,8 @@ public:
         fileSystem().info(source, Spelling::exact, info);
         return begin(
             m_client,
-            [=, folder = own->address(), safe = safeLocalName(name)](DavClient& client,
-                                                                     DavOperation::Link& link)
+            [=, folder = own->address(), safe = safeLocalName(name)](HttpClient& client,
+                                                                     ThreadOperation::Link& link)
             { return upload(client, source, folder, safe, replace, link); },
             info.size);
     }
@@ -174,18 +174,18 @@ public:
         const CString safe = safeLocalName(name);
         return begin(m_client,
                      [safe, address = own->address().child(toUtf8(safe), true)](
-                         DavClient& client, DavOperation::Link& link)
+                         HttpClient& client, ThreadOperation::Link& link)
                      {
-                         DavRequest request = {"MKCOL", address};
+                         HttpRequest request = {"MKCOL", address};
                          request.isCanceled = [&link] { return link.isCanceled.load(); };
-                         DavOutcome outcome = {client.run(request).failure, {}};
+                         PluginOutcome outcome = {client.run(request).failure, {}};
                          outcome.results.Add(boost::make_shared<DavEntry>(address, safe, true, 0));
                          return outcome;
                      });
     }
     PluginOperationPtr RemoveItems(const PluginResultArray& items) override
     {
-        std::vector<DavAddress> addresses;
+        std::vector<HttpAddress> addresses;
         for (const PluginResultPtr& item : items)
         {
             const auto own = ownDavEntry(item);
@@ -194,19 +194,20 @@ public:
             addresses.push_back(own->address());
         }
         return begin(m_client,
-                     [addresses](DavClient& client, DavOperation::Link& link)
+                     [addresses](HttpClient& client, ThreadOperation::Link& link)
                      { return removeAll(client, addresses, link); });
     }
 
 private:
-    static DavOutcome
-    removeAll(DavClient& client, const std::vector<DavAddress>& addresses, DavOperation::Link& link)
+    static PluginOutcome removeAll(HttpClient& client,
+                                   const std::vector<HttpAddress>& addresses,
+                                   ThreadOperation::Link& link)
     {
-        for (const DavAddress& address : addresses)
+        for (const HttpAddress& address : addresses)
         {
-            DavRequest request = {"DELETE", address};
+            HttpRequest request = {"DELETE", address};
             request.isCanceled = [&link] { return link.isCanceled.load(); };
-            const DavAnswer answer = client.run(request);
+            const HttpAnswer answer = client.run(request);
             if (!answer.isDone())
                 return {answer.failure, {}};
             if (answer.status == multiStatus)
@@ -249,17 +250,18 @@ public:
     PluginOperationPtr CheckCredentials(const CString& user, const CString& password) override
     {
         m_client->setCredentials(user, password);
-        return begin(
-            m_client,
-            [](DavClient& client, DavOperation::Link& link)
-            {
-                DavListing listing;
-                const DavAnswer answer = askProperties(client, client.root(), "0", link, listing);
-                const bool isElsewhere =
-                    answer.status == 404 || answer.status == 405 ||
-                    (answer.status >= 200 && answer.status < 300 && !answer.isDone());
-                return DavOutcome{isElsewhere ? CString(u"Wrong server path") : answer.failure, {}};
-            });
+        return begin(m_client,
+                     [](HttpClient& client, ThreadOperation::Link& link)
+                     {
+                         DavListing listing;
+                         const HttpAnswer answer =
+                             askProperties(client, client.root(), "0", link, listing);
+                         const bool isElsewhere =
+                             answer.status == 404 || answer.status == 405 ||
+                             (answer.status >= 200 && answer.status < 300 && !answer.isDone());
+                         return PluginOutcome{
+                             isElsewhere ? CString(u"Wrong server path") : answer.failure, {}};
+                     });
     }
     bool CanTryCredentials(const CString&, const CString&) override { return true; }
 
@@ -272,9 +274,9 @@ WebdavPlugin::WebdavPlugin(const CString& id,
                            const CString& address,
                            KVConfig* store,
                            KVConfig* passwords,
-                           DavLimits limits)
+                           HttpLimits limits)
     : StoredPlugin(id, store, passwords)
-    , m_client(std::make_shared<DavClient>(parseDavAddress(address), limits))
+    , m_client(std::make_shared<HttpClient>(parseHttpAddress(address), limits))
     , m_browse(boost::make_shared<DavBrowse>(m_client))
     , m_upload(boost::make_shared<DavUploads>(m_client))
     , m_download(boost::make_shared<DavDownloads>(m_client))

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "plugins/base/StoredPlugin.h"
-#include "plugins/webdav/DavClient.h"
+#include "plugins/http/HttpClient.h"
 
 #include <memory>
 
@@ -17,7 +17,7 @@ public:
                  const CString& address,
                  KVConfig* store,
                  KVConfig* passwords,
-                 DavLimits limits = {});
+                 HttpLimits limits = {});
     ~WebdavPlugin() override;
 
     boost::shared_ptr<IPhysicalBrowseWrapper> GetPhysicalBrowse() override { return m_browse; }
@@ -27,7 +27,7 @@ public:
     void SetCredentials(const CString& user, const CString& password) override;
 
 private:
-    const std::shared_ptr<DavClient> m_client;
+    const std::shared_ptr<HttpClient> m_client;
     const boost::shared_ptr<IPhysicalBrowseWrapper> m_browse;
     const boost::shared_ptr<IPhysicalUploadWrapper> m_upload;
     const boost::shared_ptr<IDownloadWrapper> m_download;

@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -40,7 +41,10 @@ public:
     GUID newGuid() const override { return m_real.newGuid(); }
     void sleep(std::uint32_t milliseconds) const override
     {
-        ++rests[milliseconds];
+        {
+            const std::lock_guard guard(m_lock);
+            ++rests[milliseconds];
+        }
         std::this_thread::yield();
     }
 
@@ -48,6 +52,7 @@ public:
 
 private:
     qo::IClock& m_real = qo::systemClock();
+    mutable std::mutex m_lock; ///< guards the rests, since requests work on threads of their own
 };
 
 /// Cancelled from the n-th question on; keeps the positions it is told.

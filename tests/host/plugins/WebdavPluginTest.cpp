@@ -2,7 +2,7 @@
 
 #include "QoColl/Plugins/PluginFixture.h"
 #include "core/base/HostError.h"
-#include "host/plugins/DavServers.h"
+#include "host/plugins/Servers.h"
 #include "plugins/base/PluginFailure.h"
 
 #include <filesystem>
@@ -19,7 +19,7 @@ class WebdavPlugin : public PluginFixture
 protected:
     void add(const std::string& url)
     {
-        const qo::host::DavLimits limits = {1, 1};
+        const qo::host::HttpLimits limits = {1, 1, 5};
         const auto plugin = boost::make_shared<qo::host::WebdavPlugin>(
             u"dav", qo::fromUtf8(url), nullptr, nullptr, limits);
         plugin->SetCredentials(u"ann", qo::fromUtf8(password));
@@ -168,6 +168,7 @@ TEST_F(WebdavPlugin, AnswersThatLieCostOneSentence)
         {HostileServer::reply("403 No", ""), "does not allow"},
         {HostileServer::reply("404 No", ""), "no such file"},
         {HostileServer::reply("429 No", "", "Retry-After: 7\r\n"), "after 7 seconds"},
+        {HostileServer::reply("503 No", "", "Retry-After: 2\r\n"), "after 2 seconds"},
         {HostileServer::reply("507 No", ""), "no room"},
         {HostileServer::reply("200 OK", "<html/>"), "no WebDAV server"},
         {HostileServer::reply("302 Go", "", "Location: /dav/\r\n"), "in a ring"},
@@ -189,6 +190,20 @@ TEST_F(WebdavPlugin, AnswersThatLieCostOneSentence)
     EXPECT_FALSE(log.has(password));
 }
 
+TEST_F(WebdavPlugin, AServerThatIsBusyIsAskedAgainWhenItSays)
+{
+    HostileServer server;
+    server.answer = [&](const std::string&)
+    {
+        return server.requests < 3 ? HostileServer::reply("429 No", "", "Retry-After: 2\r\n")
+                                   : listing(entry("/dav/a.mp3"));
+    };
+    add(server.url());
+    EXPECT_EQ(listed(), "a.mp3\n");
+    EXPECT_EQ(server.requests, 3);
+    EXPECT_EQ(clock.rests[100], 40); // twice two seconds in tenths, of which none is waited here
+}
+
 TEST_F(WebdavPlugin, NamesLeadNowhereElse)
 {
     HostileServer server;
@@ -206,7 +221,7 @@ TEST_F(WebdavPlugin, NamesLeadNowhereElse)
               "c.mp3\nd%%.mp3\n");
     for (const char16_t* const address :
          {u"ftp://nas/", u"https://ann:pw@nas/", u"nas", u"https://", u""})
-        EXPECT_THROW(qo::host::parseDavAddress(address), qo::host::HostError);
+        EXPECT_THROW(qo::host::parseHttpAddress(address), qo::host::HostError);
 }
 
 TEST_F(WebdavPlugin, WhatStallsOrBreaksOffLeavesNothing)

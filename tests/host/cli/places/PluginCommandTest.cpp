@@ -1,5 +1,5 @@
 #include "host/cli/QoCommand.h"
-#include "host/plugins/DavServers.h"
+#include "host/plugins/Servers.h"
 
 #include <csignal>
 #include <fstream>

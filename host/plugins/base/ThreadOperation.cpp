@@ -1,4 +1,4 @@
-#include "plugins/webdav/DavOperation.h"
+#include "plugins/base/ThreadOperation.h"
 
 #include "plugins/base/PluginFailure.h"
 
@@ -6,7 +6,7 @@
 
 namespace qo::host
 {
-DavOperation::DavOperation(Work work, std::int64_t total)
+ThreadOperation::ThreadOperation(Work work, std::int64_t total)
     : m_total(total)
     , m_thread(
           [this, work = std::move(work)]
@@ -26,31 +26,31 @@ DavOperation::DavOperation(Work work, std::int64_t total)
 {
 }
 
-DavOperation::~DavOperation()
+ThreadOperation::~ThreadOperation()
 {
     m_link.isCanceled = true;
     m_thread.join();
 }
 
-int DavOperation::GetState()
+int ThreadOperation::GetState()
 {
     return m_state;
 }
 
-bool DavOperation::GetProgress(std::int64_t& done, std::int64_t& total)
+bool ThreadOperation::GetProgress(std::int64_t& done, std::int64_t& total)
 {
     done = m_link.done;
     total = m_total;
     return true;
 }
 
-void DavOperation::GetResults(PluginResultArray& results)
+void ThreadOperation::GetResults(PluginResultArray& results)
 {
     if (m_state != OS_Running)
         results.Append(m_outcome.results);
 }
 
-CString DavOperation::GetErrorText()
+CString ThreadOperation::GetErrorText()
 {
     return m_state != OS_Running ? m_outcome.failure : CString();
 }

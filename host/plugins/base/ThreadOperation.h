@@ -9,7 +9,7 @@
 namespace qo::host
 {
 /// What a request has given; a failure is one sentence.
-struct DavOutcome
+struct PluginOutcome
 {
     CString failure;
     PluginResultArray results;
@@ -17,7 +17,7 @@ struct DavOutcome
 
 /// A request that works on a thread of its own. Released while it runs, it is cancelled and waited
 /// for, which takes a moment.
-class DavOperation final : public IPluginOperation
+class ThreadOperation final : public IPluginOperation
 {
 public:
     /// What the work may ask and say, from its thread.
@@ -26,13 +26,13 @@ public:
         std::atomic<bool> isCanceled = false;
         std::atomic<std::int64_t> done = 0;
     };
-    using Work = std::function<DavOutcome(Link&)>;
+    using Work = std::function<PluginOutcome(Link&)>;
 
     /// total is that of the progress; 0 without one.
-    explicit DavOperation(Work work, std::int64_t total = 0);
-    ~DavOperation() override;
-    DavOperation(const DavOperation&) = delete;
-    DavOperation& operator=(const DavOperation&) = delete;
+    explicit ThreadOperation(Work work, std::int64_t total = 0);
+    ~ThreadOperation() override;
+    ThreadOperation(const ThreadOperation&) = delete;
+    ThreadOperation& operator=(const ThreadOperation&) = delete;
 
     int GetState() override;
     bool GetProgress(std::int64_t& done, std::int64_t& total) override;
@@ -42,7 +42,7 @@ public:
 private:
     const std::int64_t m_total;
     Link m_link;
-    DavOutcome m_outcome; ///< the thread's until m_state is no longer OS_Running
+    PluginOutcome m_outcome; ///< the thread's until m_state is no longer OS_Running
     std::atomic<int> m_state = OS_Running;
     std::thread m_thread;
 };

@@ -1,4 +1,4 @@
-#include "plugins/webdav/DavAddress.h"
+#include "plugins/http/HttpAddress.h"
 
 #include "core/base/HostError.h"
 
@@ -22,39 +22,40 @@ std::string partOf(CURLU* url, CURLUPart part, unsigned flags = 0)
     return copy;
 }
 
-DavAddress addressOf(CURLU* url)
+HttpAddress addressOf(CURLU* url)
 {
     return {partOf(url, CURLUPART_SCHEME) + "://" + partOf(url, CURLUPART_HOST) + ":" +
                 partOf(url, CURLUPART_PORT, CURLU_DEFAULT_PORT),
-            partOf(url, CURLUPART_PATH)};
+            partOf(url, CURLUPART_PATH),
+            partOf(url, CURLUPART_QUERY)};
 }
 } // namespace
 
-bool DavAddress::isLoopback() const
+bool HttpAddress::isLoopback() const
 {
     const std::string host = origin.substr(origin.find("//") + 2);
     return host.starts_with("127.0.0.1:") || host.starts_with("localhost:") ||
            host.starts_with("[::1]:");
 }
 
-DavAddress DavAddress::child(const std::string& name, bool isFolder) const
+HttpAddress HttpAddress::child(const std::string& name, bool isFolder) const
 {
-    return {origin, path + percentEncoded(name, "-._~") + (isFolder ? "/" : "")};
+    return {origin, path + percentEncoded(name, "-._~") + (isFolder ? "/" : ""), {}};
 }
 
-std::optional<DavAddress> DavAddress::resolve(const std::string& text) const
+std::optional<HttpAddress> HttpAddress::resolve(const std::string& text) const
 {
     const UrlHandle base(curl_url(), curl_url_cleanup);
     if (!base || curl_url_set(base.get(), CURLUPART_URL, url().c_str(), 0) != CURLUE_OK ||
         curl_url_set(base.get(), CURLUPART_URL, text.c_str(), CURLU_URLENCODE) != CURLUE_OK)
         return {};
-    DavAddress address = addressOf(base.get());
+    HttpAddress address = addressOf(base.get());
     if (address.origin != origin)
         return {};
     return address;
 }
 
-std::string DavAddress::nameIn(const DavAddress& folder) const
+std::string HttpAddress::nameIn(const HttpAddress& folder) const
 {
     const std::string bare = path.ends_with('/') ? path.substr(0, path.size() - 1) : path;
     const std::size_t slash = bare.rfind('/');
@@ -71,7 +72,7 @@ std::string DavAddress::nameIn(const DavAddress& folder) const
     return name;
 }
 
-DavAddress parseDavAddress(const CString& typed)
+HttpAddress parseHttpAddress(const CString& typed)
 {
     const std::string text = toUtf8(typed);
     const UrlHandle url(curl_url(), curl_url_cleanup);
@@ -79,13 +80,14 @@ DavAddress parseDavAddress(const CString& typed)
         throw HostError(ExitCode::usage, "the address cannot be read");
     const std::string scheme = partOf(url.get(), CURLUPART_SCHEME);
     if (scheme != "https" && scheme != "http")
-        throw HostError(ExitCode::usage, "a WebDAV address begins with https:// or http://");
+        throw HostError(ExitCode::usage, "the address of a server begins with https:// or http://");
     if (!partOf(url.get(), CURLUPART_USER).empty() ||
         !partOf(url.get(), CURLUPART_PASSWORD).empty())
         throw HostError(ExitCode::usage,
                         "leave the user and the password out of the address; --user names the "
                         "user");
-    DavAddress address = addressOf(url.get());
+    HttpAddress address = addressOf(url.get());
+    address.query.clear();
     if (!address.path.ends_with('/'))
         address.path += '/';
     return address;

@@ -1,4 +1,6 @@
-#include "plugins/webdav/DavClient.h"
+#include "plugins/http/HttpClient.h"
+
+#include "core/base/Trimmed.h"
 
 #include <curl/curl.h>
 
@@ -11,10 +13,11 @@ namespace qo::host
 namespace
 {
 constexpr int mostRedirections = 5;
-constexpr int pause = 100; // milliseconds between two questions whether the user has cancelled
+constexpr int mostWaits = 3; // for a server that is busy
+constexpr int pause = 100;   // milliseconds between two questions whether the user has cancelled
 
 /// The sentence for a status; a cause follows the address.
-std::string wordsOf(long status, const std::string& retryAfter)
+std::string wordsOf(long status, long busySeconds)
 {
     switch (status)
     {
@@ -37,7 +40,7 @@ std::string wordsOf(long status, const std::string& retryAfter)
     case 429:
     case 503:
         return "the server is busy and asks to come back " +
-               (retryAfter.empty() ? "later" : "after " + retryAfter + " seconds");
+               (busySeconds <= 0 ? "later" : "after " + std::to_string(busySeconds) + " seconds");
     case 507:
         return "the server has no room left";
     default:
@@ -49,26 +52,34 @@ std::string wordsOf(long status, const std::string& retryAfter)
 struct Exchange
 {
     CURL* handle;
-    const DavRequest& request;
+    const HttpRequest& request;
     std::string location;
-    std::string retryAfter;
     bool isEnded = false;
     bool hasReadFailed = false;
 
-    long status() const
+    HttpHead head() const
     {
-        long code = 0;
-        curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &code);
-        return code;
+        HttpHead head;
+        const char* type = nullptr;
+        curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &head.status);
+        curl_easy_getinfo(handle, CURLINFO_CONTENT_TYPE, &type);
+        head.type = type ? type : "";
+        return head;
     }
 };
+
+bool isSuccess(long status)
+{
+    return status >= 200 && status < 300;
+}
 
 std::size_t takeBody(char* bytes, std::size_t, std::size_t count, void* data)
 {
     auto& exchange = *static_cast<Exchange*>(data);
-    const long status = exchange.status();
-    const bool isWanted = status >= 200 && status < 300 && exchange.request.sink;
-    if (!isWanted || exchange.request.sink(status, {bytes, count}))
+    const HttpHead head = exchange.head();
+    const auto& sink =
+        isSuccess(head.status) ? exchange.request.sink : exchange.request.failureSink;
+    if (!sink || sink(head, {bytes, count}))
         return count;
     exchange.isEnded = true;
     return 0;
@@ -78,24 +89,15 @@ std::size_t takeHeader(char* bytes, std::size_t, std::size_t count, void* data)
 {
     auto& exchange = *static_cast<Exchange*>(data);
     const std::string_view line(bytes, count);
-    const auto valueOf = [&](std::string_view name, std::string& value)
-    {
-        const bool isIt =
-            line.size() > name.size() &&
-            std::equal(name.begin(),
-                       name.end(),
-                       line.begin(),
-                       [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + 32 : b); });
-        if (!isIt)
-            return;
-        const std::size_t first = line.find_first_not_of(" \t", name.size());
-        const std::size_t last = line.find_last_not_of(" \t\r\n");
-        value = first == std::string_view::npos || last < first
-                    ? ""
-                    : line.substr(first, last - first + 1);
-    };
-    valueOf("location:", exchange.location);
-    valueOf("retry-after:", exchange.retryAfter);
+    constexpr std::string_view name = "location:";
+    const bool isIt =
+        line.size() > name.size() &&
+        std::equal(name.begin(),
+                   name.end(),
+                   line.begin(),
+                   [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + 32 : b); });
+    if (isIt)
+        exchange.location = trimmed(line.substr(name.size()));
     return count;
 }
 
@@ -124,7 +126,7 @@ int showSent(void* data, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent)
 } // namespace
 
 /// A handle with its open connection. One transfer at a time.
-class DavClient::Connection
+class HttpClient::Connection
 {
 public:
     Connection() : handle(curl_easy_init()), multi(curl_multi_init()) {}
@@ -171,22 +173,29 @@ public:
     char error[CURL_ERROR_SIZE] = "";
 };
 
-DavClient::DavClient(DavAddress root, DavLimits limits)
+/// Where an answer sends the request next, and when.
+struct HttpClient::Course
+{
+    std::string location;
+    long busySeconds = 0; ///< 0: the server does not say
+};
+
+HttpClient::HttpClient(HttpAddress root, HttpLimits limits)
     : m_root(std::move(root)), m_limits(limits), m_scheme(firstScheme())
 {
     static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
     (void)started;
 }
 
-unsigned long DavClient::firstScheme() const
+unsigned long HttpClient::firstScheme() const
 {
     const bool isSafe = m_root.isEncrypted() || m_root.isLoopback();
     return isSafe ? CURLAUTH_DIGEST | CURLAUTH_BASIC : CURLAUTH_DIGEST;
 }
 
-DavClient::~DavClient() = default;
+HttpClient::~HttpClient() = default;
 
-void DavClient::setCredentials(const CString& user, const CString& password)
+void HttpClient::setCredentials(const CString& user, const CString& password)
 {
     const std::lock_guard guard(m_lock);
     m_user = toUtf8(user);
@@ -195,7 +204,7 @@ void DavClient::setCredentials(const CString& user, const CString& password)
     m_idle.clear(); // a connection remembers who was let in
 }
 
-std::unique_ptr<DavClient::Connection> DavClient::takeConnection()
+std::unique_ptr<HttpClient::Connection> HttpClient::takeConnection()
 {
     const std::lock_guard guard(m_lock);
     if (m_idle.empty())
@@ -205,11 +214,11 @@ std::unique_ptr<DavClient::Connection> DavClient::takeConnection()
     return connection;
 }
 
-void DavClient::prepare(Connection& connection, const DavRequest& request)
+void HttpClient::prepare(Connection& connection, const HttpRequest& request)
 {
     CURL* const handle = connection.handle;
     curl_easy_reset(handle);
-    curl_easy_setopt(handle, CURLOPT_URL, request.address.url().c_str());
+    curl_easy_setopt(handle, CURLOPT_URL, request.address.fullUrl().c_str());
     curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
@@ -230,12 +239,11 @@ void DavClient::prepare(Connection& connection, const DavRequest& request)
     curl_easy_setopt(handle, CURLOPT_PASSWORD, m_password.c_str());
 }
 
-DavAnswer
-DavClient::runOnce(Connection& connection, const DavRequest& request, std::string& location)
+HttpAnswer HttpClient::runOnce(Connection& connection, const HttpRequest& request, Course& course)
 {
     prepare(connection, request);
     CURL* const handle = connection.handle;
-    Exchange exchange{handle, request, {}, {}};
+    Exchange exchange{handle, request, {}};
     curl_slist_free_all(std::exchange(connection.headers, nullptr));
     for (const std::string& header : request.headers)
         connection.headers = curl_slist_append(connection.headers, header.c_str());
@@ -266,19 +274,23 @@ DavClient::runOnce(Connection& connection, const DavRequest& request, std::strin
     curl_easy_setopt(handle, CURLOPT_XFERINFODATA, &exchange);
 
     const CURLcode code = connection.perform(request.isCanceled);
-    DavAnswer answer;
-    answer.status = exchange.status();
+    HttpAnswer answer;
+    answer.status = exchange.head().status;
     answer.isEnded = exchange.isEnded;
-    location = exchange.location;
+    answer.place = fromUtf8(request.address.url());
+    course.location = exchange.location;
+    curl_off_t busySeconds = 0;
+    curl_easy_getinfo(handle, CURLINFO_RETRY_AFTER, &busySeconds);
+    course.busySeconds = static_cast<long>(busySeconds);
     std::string cause;
     if (exchange.hasReadFailed)
         cause = "the local file cannot be read";
     else if (code != CURLE_OK && !exchange.isEnded)
         cause = connection.error[0] != '\0' ? connection.error : curl_easy_strerror(code);
-    else if (answer.status < 200 || answer.status > 299)
-        cause = wordsOf(answer.status, exchange.retryAfter);
+    else if (!isSuccess(answer.status))
+        cause = wordsOf(answer.status, course.busySeconds);
     if (!cause.empty())
-        answer.failure = fromUtf8(request.address.url() + ": " + cause);
+        answer.failure = answer.place + fromUtf8(": " + cause);
     long offered = 0;
     curl_easy_getinfo(handle, CURLINFO_HTTPAUTH_AVAIL, &offered);
     const std::lock_guard guard(m_lock);
@@ -289,25 +301,43 @@ DavClient::runOnce(Connection& connection, const DavRequest& request, std::strin
     return answer;
 }
 
-DavAnswer DavClient::run(DavRequest request)
+bool HttpClient::waitUntilFree(const HttpRequest& request, long seconds) const
+{
+    if (seconds <= 0 || seconds > m_limits.busySeconds)
+        return false;
+    for (long left = seconds * 1000; left > 0; left -= pause)
+    {
+        if (request.isCanceled && request.isCanceled())
+            return false;
+        systemClock().sleep(pause);
+    }
+    return !request.file || request.file->seek(0);
+}
+
+HttpAnswer HttpClient::run(HttpRequest request)
 {
     std::unique_ptr<Connection> connection = takeConnection();
     const std::string_view method = request.method;
     const bool isReading = method == "GET" || method == "PROPFIND";
-    DavAnswer answer;
-    for (int i = 0; i <= mostRedirections; ++i)
+    HttpAnswer answer;
+    int redirections = 0;
+    int waits = 0;
+    while (true)
     {
-        std::string location;
-        answer = runOnce(*connection, request, location);
-        const bool isRedirected = answer.status >= 300 && answer.status < 400 && !location.empty();
+        Course course;
+        answer = runOnce(*connection, request, course);
+        const bool isBusy = answer.status == 429 || answer.status == 503;
+        if (isBusy && waits++ < mostWaits && waitUntilFree(request, course.busySeconds))
+            continue;
+        const bool isRedirected =
+            answer.status >= 300 && answer.status < 400 && !course.location.empty();
         if (!isRedirected)
             break;
-        const auto target = isReading ? request.address.resolve(location) : std::nullopt;
-        answer.failure = fromUtf8(request.address.url() +
-                                  (target ? ": the server leads around in a ring"
-                                          : ": the server leads to another place, which is not "
-                                            "followed"));
-        if (!target)
+        const auto target = isReading ? request.address.resolve(course.location) : std::nullopt;
+        answer.failure =
+            answer.place + (target ? u": the server leads around in a ring"
+                                   : u": the server leads to another place, which is not followed");
+        if (!target || redirections++ == mostRedirections)
             break;
         request.address = *target;
     }

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "plugins/http/HttpAddress.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qo::host
+{
+/// How long a server may be silent, and how long one that is busy is waited for; tests take less.
+struct HttpLimits
+{
+    long connectSeconds = 15;
+    long stallSeconds = 30;
+    long busySeconds = 60;
+};
+
+/// What is known of an answer before its body.
+struct HttpHead
+{
+    long status = 0;
+    std::string type; ///< "text/html; charset=utf-8"; "" without one
+};
+
+struct HttpRequest
+{
+    const char* method = "GET";
+    HttpAddress address = {};
+    std::vector<std::string> headers = {};
+    std::string body = {};
+    /// A file that is sent from its start, in place of the body.
+    IFile* file = nullptr;
+    /// Takes what a successful answer brings; false ends the request as wanted.
+    std::function<bool(const HttpHead& head, std::string_view bytes)> sink = {};
+    /// Takes what any other answer brings, likewise.
+    std::function<bool(const HttpHead& head, std::string_view bytes)> failureSink = {};
+    std::function<bool()> isCanceled = {};
+    std::function<void(std::int64_t sent)> sent = {};
+};
+
+struct HttpAnswer
+{
+    long status = 0;
+    CString place;        ///< the address without its query
+    CString failure;      ///< "" for a status from 200 to 299; begins with the place
+    bool isEnded = false; ///< by the sink
+    bool isDone() const { return failure.IsEmpty(); }
+};
+
+/// Requests to one server. Certificates are checked. A redirection is followed for reading, up to
+/// five times, and never to another host, scheme or port: so no password gets there. Without
+/// encryption it is sent as Digest only, but for this machine itself. A server that is busy and
+/// says for how long is asked again then, up to three times. Messages have addresses without their
+/// queries, which may hold secrets. From any thread.
+class HttpClient
+{
+public:
+    explicit HttpClient(HttpAddress root, HttpLimits limits = {});
+    ~HttpClient();
+    HttpClient(const HttpClient&) = delete;
+    HttpClient& operator=(const HttpClient&) = delete;
+
+    const HttpAddress& root() const { return m_root; }
+    void setCredentials(const CString& user, const CString& password);
+    HttpAnswer run(HttpRequest request);
+
+private:
+    class Connection;
+
+    struct Course;
+
+    unsigned long firstScheme() const;
+    std::unique_ptr<Connection> takeConnection();
+    HttpAnswer runOnce(Connection& connection, const HttpRequest& request, Course& course);
+    /// Waits as long as a busy server asks; false if that is too long, or has been cancelled.
+    bool waitUntilFree(const HttpRequest& request, long seconds) const;
+    void prepare(Connection& connection, const HttpRequest& request);
+
+    const HttpAddress m_root;
+    const HttpLimits m_limits;
+    std::mutex m_lock; ///< guards what follows
+    std::vector<std::unique_ptr<Connection>> m_idle;
+    std::string m_user;
+    std::string m_password;
+    unsigned long m_scheme; ///< the ways to send the password that are tried
+};
+} // namespace qo::host
