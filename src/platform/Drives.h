@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace qo
@@ -43,6 +44,14 @@ struct DriveInfo
     CString label; ///< of the volume, as its owner named it; may be ""
 };
 
+/// A drive that is mounted, be it one that has a letter or not.
+struct MountedDrive
+{
+    DriveInfo info;
+    std::string point;  ///< the system's path of the folder that it is mounted at
+    std::string source; ///< what is mounted, such as "/dev/sdb1"
+};
+
 /// A drive that came or went. One that is mounted elsewhere than before has come.
 struct DriveChange
 {
@@ -58,13 +67,16 @@ public:
     virtual ~IDrives();
     /// Compares the disks that are there with those of the last call, gives each new one a letter
     /// (see DriveMap) and takes away the places of those that are gone. Returns the differences.
-    /// isLeftAlone, which may be empty, is asked for each folder that a disk is mounted at, in
-    /// collection form: where it says true, the disk gets no letter and its files keep their paths
-    /// below "C:".
+    /// isLeftAlone, which may be empty, is asked at each call for each folder that a disk is
+    /// mounted at, in the form below "C:": where it says true, the disk has no letter, also one
+    /// that had some before, and its files have their paths below "C:".
     virtual std::vector<DriveChange>
     update(const std::function<bool(const CString& folder)>& isLeftAlone) = 0;
     /// The drive that had the letter, "A" to "Z", at the last update(). False if there was none,
     /// and if it has gone since.
     virtual bool look(char16_t letter, DriveInfo& info) = 0;
+    /// What is mounted at this moment, in the order of the mounts: also disks that are left alone,
+    /// and all disks of one id. Gives and takes no letters.
+    virtual std::vector<MountedDrive> mounted() = 0;
 };
 } // namespace qo

@@ -203,6 +203,14 @@ TEST(PosixDrives, TheSystemsOwnDiskAndThoseThatAreLeftAloneGetNoLetter)
     system.addDisk("sdd", 4, true, "ID_BUS=usb;ID_SERIAL=boot", "ID_FS_UUID=w");
     system.mount(mountLine("2:1", "/m/more") + mountLine("2:0", "/") + mountLine("3:1", "/m/own") +
                  mountLine("4:1", "/m/most") + mountLine("4:0", "/boot/efi"));
-    EXPECT_EQ(system.update([](const CString& folder) { return folder == u"C:\\m\\own"; }), "");
+    const auto isOwn = [](const CString& folder) { return folder == u"C:\\m\\own"; };
+    EXPECT_EQ(system.update(isOwn), "");
+    EXPECT_EQ(system.map.fromSystem("/m/own/x"), CString(u"C:\\m\\own\\x"));
+    const auto mounted = system.drives.mounted();
+    ASSERT_EQ(mounted.size(), 1U);
+    EXPECT_EQ(mounted[0].point + " " + mounted[0].source, "/m/own /dev/sdx1");
+    // A disk that had a letter before it got a root folder is left alone from then on.
+    EXPECT_EQ(system.update(), "+D");
+    EXPECT_EQ(system.update(isOwn), "-D");
     EXPECT_EQ(system.map.fromSystem("/m/own/x"), CString(u"C:\\m\\own\\x"));
 }

@@ -29,6 +29,8 @@ public:
         return found != m_drives.end();
     }
 
+    std::vector<qo::MountedDrive> mounted() override { return {}; }
+
     /// Plugs in a stick.
     void put(char16_t letter, const CString& id, const CString& label = CString())
     {

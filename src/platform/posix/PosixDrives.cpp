@@ -53,7 +53,8 @@ std::vector<PosixDrives::Drive> PosixDrives::mountedDrives() const
             continue;
         if (isOfSystem(mount.point))
             systemDisks.insert(device.disk().string());
-        Drive drive{device.info(), mount.point, mount.device, device.disk().string(), 0};
+        Drive drive{
+            device.info(), mount.point, mount.source, mount.device, device.disk().string(), 0};
         if (isWhole(mount) && isDriveOfUser(drive.info))
             drives.push_back(std::move(drive));
     }
@@ -65,11 +66,12 @@ std::vector<DriveChange>
 PosixDrives::update(const std::function<bool(const CString& folder)>& isLeftAlone)
 {
     std::vector<Drive> mounted = mountedDrives();
-    // The answers of others come before the lock.
+    // The answers of others come before the lock. They are about the form that a disk without a
+    // letter has, also while it has one.
     std::set<std::string> leftAlone;
     for (const Drive& drive : mounted)
     {
-        if (isLeftAlone && isLeftAlone(m_map.fromSystem(drive.point)))
+        if (isLeftAlone && isLeftAlone(DriveMap().fromSystem(drive.point)))
             leftAlone.insert(drive.point);
     }
     const std::lock_guard lock(m_mutex);
@@ -87,7 +89,7 @@ PosixDrives::update(const std::function<bool(const CString& folder)>& isLeftAlon
         const bool hasTwin = std::any_of(
             now.begin(), now.end(), [&](const Drive& d) { return d.info.id == drive.info.id; });
         const bool isOld = stays(drive);
-        if (hasTwin || (!isOld && leftAlone.contains(drive.point)))
+        if (hasTwin || leftAlone.contains(drive.point))
             continue;
         drive.letter = m_map.addDevice(drive.info.id, drive.point);
         if (drive.letter == 0)
@@ -106,6 +108,14 @@ PosixDrives::update(const std::function<bool(const CString& folder)>& isLeftAlon
     }
     m_drives = std::move(now);
     return changes;
+}
+
+std::vector<MountedDrive> PosixDrives::mounted()
+{
+    std::vector<MountedDrive> list;
+    for (Drive& drive : mountedDrives())
+        list.push_back({std::move(drive.info), std::move(drive.point), std::move(drive.source)});
+    return list;
 }
 
 bool PosixDrives::look(char16_t letter, DriveInfo& info)

@@ -30,12 +30,14 @@ public:
     std::vector<DriveChange>
     update(const std::function<bool(const CString& folder)>& isLeftAlone) override;
     bool look(char16_t letter, DriveInfo& info) override;
+    std::vector<MountedDrive> mounted() override;
 
 private:
     struct Drive
     {
         DriveInfo info;
         std::string point;
+        std::string source;
         std::string number; ///< of the block device, "8:17"
         std::string disk;   ///< its folder in sysfs
         char16_t letter = 0;
