@@ -4,44 +4,120 @@
 
 #include <QoKernel/Devices.h>
 
+#include <functional>
+#include <memory>
 #include <string>
-#include <vector>
+
+namespace qo::host
+{
+class Session;
+} // namespace qo::host
 
 namespace qo::cli
 {
-/// The plug-in's own spelling of a typed name. Throws HostError when there is none.
-CString needPlugin(const std::string& typed);
-/// The same for one that has folders and files.
-CString needFolderPlugin(const std::string& typed);
+/// What stands at a path of a place.
+struct FarEntry
+{
+    CString component; ///< its own spelling, where a path is found without regard to case
+    bool isFolder = false;
+    std::int64_t size = 0; ///< in bytes; 0 for a folder, and where the place does not say
+};
 
-/// "Music/Kino/01.mp3" in the plug-in; "", "/" and "." are its root.
-CQoCollPath farPath(const CString& plugin, const std::string& typed);
-/// "NAS/Music/Kino": a plug-in, and a folder in it.
-CQoCollPath farPlace(const std::string& typed);
+/// A place with folders and files that is not a folder of this machine's own: a storage service or
+/// a device. Its paths are collection paths below its root. For the kernel's thread.
+class FarPlace
+{
+public:
+    enum class Items
+    {
+        files,
+        folders
+    };
+    /// As a depth: all levels.
+    static constexpr int allLevels = 0xffff;
 
-/// A path below another one, or from the plug-in's root, as it may be typed; not harmless.
-std::string shownFar(const CStringArray& components);
-std::string shownFar(const CQoCollPath& path);
-/// The same with the plug-in's name before it.
-std::string shownPlace(const CQoCollPath& path);
+    FarPlace(std::string name, CQoCollPath root) : m_name(std::move(name)), m_root(std::move(root))
+    {
+    }
+    virtual ~FarPlace() = default;
+    FarPlace(const FarPlace&) = delete;
+    FarPlace& operator=(const FarPlace&) = delete;
 
-/// Why the plug-in could not do it, in the words of the plug-in where it gave some.
-std::string pluginCause();
-/// Throws HostError with that cause.
-[[noreturn]] void failFar(const std::string& what);
+    /// As the user calls it.
+    const std::string& name() const { return m_name; }
+    const CQoCollPath& root() const { return m_root; }
+    /// "Music/Kino/01.mp3" in the place; "", "/" and "." are its root.
+    CQoCollPath path(const std::string& typed) const;
+    /// Components, or a path from the root on, as they may be typed; not harmless.
+    std::string shown(const CStringArray& components) const;
+    std::string shown(const CQoCollPath& path) const { return shown(path.getComponents()); }
+    /// The same with the name of the place before it.
+    std::string shownWhole(const CQoCollPath& path) const { return m_name + "/" + shown(path); }
 
-/// What stands at the path. Throws HostError when there is nothing.
-boost::shared_ptr<IPhysicalResult> needEntry(const CQoCollPath& path, IQoProgress& progress);
-/// The records of files or folders below a folder, so many levels deep, by their paths and sizes
-/// alone. False when not all could be listed.
-bool listBelow(CQoPluginManager::EPluginItemType type,
-               const CQoCollPath& path,
-               const boost::shared_ptr<IPhysicalResult>& folder,
-               int depth,
-               IQoProgress& progress,
-               QoFileDbItemArray& records);
-/// As a depth: all levels.
-constexpr int allLevels = 0xffff;
+    /// The component for a name that a user or a local file has, and the name for people.
+    virtual CString componentOf(const std::string& name) const = 0;
+    virtual std::string nameOf(const CString& component) const = 0;
+    /// The name that a copy of the entry gets on the disk.
+    virtual CString localNameOf(const CString& component) const = 0;
+
+    /// False when there is nothing, or it cannot be looked up: then takeCause() says why.
+    virtual bool find(const CQoCollPath& path, IQoProgress& progress, FarEntry& entry) = 0;
+    /// The same; throws HostError.
+    FarEntry need(const CQoCollPath& path, IQoProgress& progress);
+    /// Appends records with path and size of the files or folders below one that need() has found,
+    /// so many levels deep. False when not all could be listed.
+    virtual bool list(const CQoCollPath& folder,
+                      Items items,
+                      int depth,
+                      IQoProgress& progress,
+                      QoFileDbItemArray& records) = 0;
+    /// Why the last call failed, as a clause; "" when there is no cause to tell.
+    virtual std::string takeCause() = 0;
+    /// Throws HostError with what, and that cause.
+    [[noreturn]] void fail(const std::string& what);
+
+    virtual bool takesFiles() = 0;
+    /// How many bytes it can still take; false when it does not say without being asked for long.
+    virtual bool room(std::int64_t& bytes) = 0;
+
+    // These give the cause of a failure, or "".
+
+    /// Copies a file to a new local one; what fails leaves no part of it.
+    virtual std::string fetch(const CQoCollPath& path,
+                              std::int64_t size,
+                              const CString& local,
+                              IQoProgress& progress) = 0;
+    /// Copies a local file to a path, whose folders are made. Does not ask what is there already
+    /// unless it replaces that. path becomes that of the copy, which may have another name.
+    virtual std::string send(const CString& local,
+                             std::int64_t size,
+                             CQoCollPath& path,
+                             bool replaces,
+                             IQoProgress& progress) = 0;
+    virtual std::string remove(const CQoCollPath& path, IQoProgress& progress) = 0;
+
+private:
+    const std::string m_name;
+    const CQoCollPath m_root;
+};
+
+/// How the commands over one kind of places are worded, and how a typed place is found.
+struct PlaceKind
+{
+    const char* noun;  ///< "service"
+    const char* fetch; ///< the names of the commands that copy
+    const char* send;
+    /// The place; on the kernel's thread. Throws HostError when there is none. With folder, typed
+    /// is "NAME/FOLDER", and folder gets what follows the name.
+    std::function<std::unique_ptr<FarPlace>(
+        host::Session& session, const std::string& typed, std::string* folder)>
+        open;
+};
+
+/// "browse", "rm", and the two commands that copy.
+void addFarBrowse(CommandLine& line, CLI::App& command, const PlaceKind& kind);
+void addFarRemoval(CommandLine& line, CLI::App& command, const PlaceKind& kind);
+void addFarTransfers(CommandLine& line, CLI::App& command, const PlaceKind& kind);
 
 /// Throws HostError when the user has interrupted the command.
 void stopIfCancelled(IQoProgress& progress);

@@ -11,7 +11,7 @@ namespace qo::cli
 /// A file that is fetched, sent or removed, and what became of it.
 struct FarDeed
 {
-    std::string path; ///< in the plug-in, with its name before it
+    std::string path; ///< in the place, with its name before it
     std::string file; ///< the local one; "" when there is none
     std::int64_t size = 0;
     std::string cause = {}; ///< "" when all went well

@@ -1,7 +1,6 @@
-#include "cli/places/PluginCommand.h"
-
-#include "cli/places/FarPlace.h"
+#include "cli/KernelCommand.h"
 #include "cli/places/PasswordInput.h"
+#include "cli/places/PluginPlace.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "plugins/base/PluginFailure.h"
@@ -73,10 +72,10 @@ ExitCode listPlugins(CommandLine& line, const PluginOptions& options)
                 record["kind"] = toUtf8(entry.kind);
                 record["place"] = shownAt(entry);
                 record["user"] = toUtf8(user);
-                record["music"] = shownFar(
-                    CStringArray::split(CQoPluginManager::getPluginMusicPath(entry.name), u'\\'));
-                record["movies"] = shownFar(
-                    CStringArray::split(CQoPluginManager::getPluginMoviesPath(entry.name), u'\\'));
+                record["music"] =
+                    shownPluginFolder(CQoPluginManager::getPluginMusicPath(entry.name));
+                record["movies"] =
+                    shownPluginFolder(CQoPluginManager::getPluginMoviesPath(entry.name));
                 record["total"] = Json();
                 record["free"] = Json();
                 const std::string room =
@@ -145,7 +144,7 @@ void tryPlugin(const boost::shared_ptr<host::StoredPlugin>& plugin,
     case CQoPluginManager::LC_WrongServerPath:
         throw HostError(ExitCode::failed, what + ": there is no such service at that address");
     case CQoPluginManager::LC_Failed:
-        failFar(what);
+        failPlugin(what);
     case CQoPluginManager::LC_Ok:
         break;
     }
@@ -224,11 +223,11 @@ ExitCode logOut(CommandLine& line, const PluginOptions& options)
 }
 
 /// The typed folder as plug-ins keep it. Throws HostError when there is none.
-CString chosenFolder(const CString& id, const std::string& typed, IQoProgress& progress)
+CString chosenFolder(FarPlace& place, const std::string& typed, IQoProgress& progress)
 {
-    const CQoCollPath path = farPath(id, typed);
-    if (!path.isEmpty() && !needEntry(path, progress)->IsFolder())
-        throw HostError(ExitCode::usage, shownPlace(path) + " is no folder");
+    const CQoCollPath path = place.path(typed);
+    if (!path.isEmpty() && !place.need(path, progress).isFolder)
+        throw HostError(ExitCode::usage, place.shownWhole(path) + " is no folder");
     return path.getComponents().join(u"\\");
 }
 
@@ -237,27 +236,35 @@ ExitCode setFolders(CommandLine& line, const PluginOptions& options)
     if (!options.music && !options.movies)
         throw HostError(ExitCode::usage, "say what to set: --music FOLDER or --movies FOLDER");
     const auto session = openKernel(line, KernelUse::change);
-    runShown(
-        line,
-        *session,
-        [&](host::ProgressReporter& progress)
-        {
-            const CString id = needFolderPlugin(options.name);
-            if (options.music)
-                CQoPluginManager::setPluginMusicPath(id,
-                                                     chosenFolder(id, *options.music, progress));
-            if (options.movies)
-                CQoPluginManager::setPluginMoviesPath(id,
-                                                      chosenFolder(id, *options.movies, progress));
-            if (!CQoPluginManager::savePluginSettings(id))
-                failFar("the settings of " + options.name + " cannot be saved");
-            if (line.json)
-                line.out.line(host::dump({{"name", toUtf8(id)}}));
-            else
-                line.note((line.dryRun ? "would have set the folders of " : "set: ") + toUtf8(id));
-        });
+    runShown(line,
+             *session,
+             [&](host::ProgressReporter& progress)
+             {
+                 const auto place = needPluginPlace(options.name);
+                 const CString& id = place->root().getDevice();
+                 if (options.music)
+                     CQoPluginManager::setPluginMusicPath(
+                         id, chosenFolder(*place, *options.music, progress));
+                 if (options.movies)
+                     CQoPluginManager::setPluginMoviesPath(
+                         id, chosenFolder(*place, *options.movies, progress));
+                 if (!CQoPluginManager::savePluginSettings(id))
+                     failPlugin("the settings of " + options.name + " cannot be saved");
+                 if (line.json)
+                     line.out.line(host::dump({{"name", toUtf8(id)}}));
+                 else
+                     line.note((line.dryRun ? "would have set the folders of " : "set: ") +
+                               toUtf8(id));
+             });
     session->saveSettings();
     return ExitCode::done;
+}
+std::unique_ptr<FarPlace> openPlugin(Session&, const std::string& typed, std::string* folder)
+{
+    const std::size_t slash = folder ? std::min(typed.find('/'), typed.size()) : typed.size();
+    if (folder)
+        *folder = typed.substr(slash);
+    return needPluginPlace(typed.substr(0, slash));
 }
 } // namespace
 
@@ -292,7 +299,9 @@ void setUpPlugin(CommandLine& line, CLI::App& command)
         addArgument(*each, "NAME", options->name, "The service")->required();
     addOptional(*set, "--music", options->music, "Where its music is")->type_name("FOLDER");
     addOptional(*set, "--movies", options->movies, "Where its videos are")->type_name("FOLDER");
-    addPluginBrowse(line, command);
-    addPluginTransfers(line, command);
+    const PlaceKind kind = {"service", "get", "put", openPlugin};
+    addFarBrowse(line, command, kind);
+    addFarRemoval(line, command, kind);
+    addFarTransfers(line, command, kind);
 }
 } // namespace qo::cli

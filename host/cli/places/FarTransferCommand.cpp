@@ -1,6 +1,6 @@
+#include "cli/KernelCommand.h"
 #include "cli/places/FarPlace.h"
 #include "cli/places/FarReport.h"
-#include "cli/places/PluginCommand.h"
 #include "cli/places/TransferProgress.h"
 #include "cli/shown/Text.h"
 #include "core/base/SystemPath.h"
@@ -32,11 +32,6 @@ struct Transfer
     std::int64_t size;
 };
 
-FarDeed deedOf(const Transfer& transfer)
-{
-    return {shownPlace(transfer.far), host::shownPath(transfer.local), transfer.size};
-}
-
 std::int64_t sizeOfAll(const std::vector<Transfer>& transfers)
 {
     std::int64_t sum = 0;
@@ -48,6 +43,7 @@ std::int64_t sizeOfAll(const std::vector<Transfer>& transfers)
 /// Carries out each of them with progress. The function gives the cause of a failure.
 template <class Function>
 ExitCode runTransfers(CommandLine& line,
+                      const FarPlace& place,
                       const std::vector<Transfer>& transfers,
                       FarReport& report,
                       ProgressReporter& reporter,
@@ -58,8 +54,8 @@ ExitCode runTransfers(CommandLine& line,
     {
         if (progress.isCanceled())
             throw report.interrupted();
-        progress.beginFile(toUtf8(farNameOf(each.far.getLast())));
-        FarDeed deed = deedOf(each);
+        progress.beginFile(place.nameOf(each.far.getLast()));
+        FarDeed deed = {place.shownWhole(each.far), host::shownPath(each.local), each.size};
         deed.cause = run(each, progress);
         if (!line.dryRun && progress.isCanceled() && !deed.cause.empty())
             throw report.interrupted();
@@ -70,31 +66,33 @@ ExitCode runTransfers(CommandLine& line,
 }
 
 /// What is fetched for a path: a file, or all files of a folder, which keep their places in it.
-void addFetches(const CQoCollPath& path,
+void addFetches(FarPlace& place,
+                const CQoCollPath& path,
                 const CString& folder,
                 ProgressReporter& progress,
                 std::vector<Transfer>& fetches)
 {
-    const auto entry = needEntry(path, progress);
+    const FarEntry entry = place.need(path, progress);
     const CString base =
-        path.isEmpty() ? folder : combinePath(folder, safeLocalName(farNameOf(path.getLast())));
-    if (!entry->IsFolder())
+        path.isEmpty() ? folder : combinePath(folder, place.localNameOf(path.getLast()));
+    if (!entry.isFolder)
     {
-        fetches.push_back({path, base, entry->GetSize()});
+        fetches.push_back({path, base, entry.size});
         return;
     }
     QoFileDbItemArray files;
-    if (!listBelow(CQoPluginManager::PI_Files, path, entry, allLevels, progress, files))
+    if (!place.list(path, FarPlace::Items::files, FarPlace::allLevels, progress, files))
     {
         stopIfCancelled(progress);
-        failFar("not all of " + shownPlace(path) + " can be listed, so nothing was fetched");
+        place.fail("not all of " + place.shownWhole(path) +
+                   " can be listed, so nothing was fetched");
     }
     for (const QoFileDbItemPtr& file : files)
     {
         const CQoCollPath far(file->path);
         CString local = base;
         for (const CString& component : far.relativeTo(path))
-            local = combinePath(local, safeLocalName(farNameOf(component)));
+            local = combinePath(local, place.localNameOf(component));
         fetches.push_back({far, local, file->size});
     }
 }
@@ -117,17 +115,17 @@ std::string localFailure(const CString& path, int error)
 }
 
 /// Fetches into a file of a passing name, which is then given its own. The cause of a failure.
-std::string fetchFile(const Transfer& fetch, bool replaces, IQoProgress& progress)
+std::string fetchFile(FarPlace& place, const Transfer& fetch, bool replaces, IQoProgress& progress)
 {
     const CString folder = fromSystemPath(host::parentOf(toSystemPath(fetch.local)));
     if (const int error = fileSystem().makeDirectories(folder))
         return localFailure(folder, error);
     const CString part = combinePath(folder, partName());
-    if (!CQoPluginManager::downloadFile(fetch.far, part, true, &progress))
-        return pluginCause();
+    std::string cause = place.fetch(fetch.far, fetch.size, part, progress);
+    if (!cause.empty())
+        return cause;
     NameInfo info;
     int error = fileSystem().look(part, info);
-    std::string cause;
     // A service that does not know the size of a file says 0.
     if (error == 0 && fetch.size > 0 && info.size != fetch.size)
         cause = std::to_string(info.size) + " bytes came instead of " + std::to_string(fetch.size);
@@ -143,17 +141,16 @@ std::string fetchFile(const Transfer& fetch, bool replaces, IQoProgress& progres
     return cause;
 }
 
-void needRoom(const CString& folder, std::int64_t bytes)
+/// Throws HostError when fewer bytes are left than these, which may be none.
+void needRoom(const std::string& where, std::int64_t bytes, std::int64_t room)
 {
-    std::uint64_t room = 0;
-    if (fileSystem().room(folder, room) == 0 && static_cast<std::uint64_t>(bytes) > room)
+    if (bytes > room)
         throw HostError(ExitCode::failed,
-                        "there is no room for " + sizeText(bytes) + " in " +
-                            host::shownPath(folder) + ": " +
-                            sizeText(static_cast<std::int64_t>(room)) + " are left");
+                        "there is no room for " + sizeText(bytes) + " in " + where + ": " +
+                            sizeText(room) + " are left");
 }
 
-ExitCode fetchAll(CommandLine& line, const TransferOptions& options)
+ExitCode fetchAll(CommandLine& line, const PlaceKind& kind, const TransferOptions& options)
 {
     const CString folder = fromSystemPath(host::existingFolder(options.to));
     needWritable(folder);
@@ -163,11 +160,15 @@ ExitCode fetchAll(CommandLine& line, const TransferOptions& options)
                     *session,
                     [&](ProgressReporter& progress)
                     {
-                        const CString id = needFolderPlugin(options.name);
+                        const auto place = kind.open(*session, options.name, nullptr);
                         std::vector<Transfer> fetches;
                         for (const std::string& path : options.paths)
-                            addFetches(farPath(id, path), folder, progress, fetches);
-                        needRoom(folder, sizeOfAll(fetches));
+                            addFetches(*place, place->path(path), folder, progress, fetches);
+                        std::uint64_t room = 0;
+                        if (fileSystem().room(folder, room) == 0)
+                            needRoom(host::shownPath(folder),
+                                     sizeOfAll(fetches),
+                                     static_cast<std::int64_t>(room));
                         std::set<CString> taken;
                         const auto fetch = [&](const Transfer& each, IQoProgress& shown)
                         {
@@ -177,14 +178,15 @@ ExitCode fetchAll(CommandLine& line, const TransferOptions& options)
                                         host::shownPath(each.local);
                             return line.dryRun || !cause.empty()
                                        ? cause
-                                       : fetchFile(each, options.replaces, shown);
+                                       : fetchFile(*place, each, options.replaces, shown);
                         };
-                        return runTransfers(line, fetches, report, progress, fetch);
+                        return runTransfers(line, *place, fetches, report, progress, fetch);
                     });
 }
 
 /// The typed files as they will be called in the folder. Throws HostError for what is no file.
-std::vector<Transfer> sendings(const TransferOptions& options, const CQoCollPath& folder)
+std::vector<Transfer>
+sendings(const FarPlace& place, const TransferOptions& options, const CQoCollPath& folder)
 {
     std::vector<Transfer> list;
     for (const std::string& typed : options.paths)
@@ -197,82 +199,93 @@ std::vector<Transfer> sendings(const TransferOptions& options, const CQoCollPath
         if (info.kind != FileKind::regular)
             throw HostError(ExitCode::usage, file + " is no file; folders are sent file by file");
         const std::string name = file.substr(file.rfind('/') + 1);
-        list.push_back({folder.child(farComponent(fromUtf8(name))), local, info.size});
+        list.push_back({folder.child(place.componentOf(name)), local, info.size});
     }
     return list;
 }
 
-/// Whether an entry of exactly that name is there; size gets its size.
-bool isThere(const CQoCollPath& path, IQoProgress& progress, std::int64_t& size)
+/// Whether an entry of exactly that name is there.
+bool isThere(FarPlace& place, const CQoCollPath& path, IQoProgress& progress, FarEntry& entry)
 {
-    boost::shared_ptr<IPhysicalResult> entry;
-    if (!CQoPluginManager::getPathResultFromPhysicalPlugin(path, &progress, entry) ||
-        farComponent(entry->GetName()) != path.getLast())
-        return false;
-    size = entry->GetSize();
-    return true;
+    return place.find(path, progress, entry) && entry.component == path.getLast();
 }
 
-std::string
-sendFile(const CommandLine& line, const Transfer& sending, bool replaces, IQoProgress& progress)
+std::string sendFile(const CommandLine& line,
+                     FarPlace& place,
+                     const Transfer& sending,
+                     bool replaces,
+                     IQoProgress& progress)
 {
-    std::int64_t size = 0;
-    if (!replaces && isThere(sending.far, progress, size))
+    FarEntry entry;
+    if (!replaces && isThere(place, sending.far, progress, entry))
         return "it is there already; --replace sends it again";
     if (line.dryRun)
         return "";
     CQoCollPath target = sending.far;
-    if (!CQoPluginManager::uploadFile(sending.local, target, sending.size, replaces, &progress))
-        return pluginCause();
-    if (!isThere(target, progress, size))
-        return "it was sent, but the service does not list it";
-    if (size != sending.size)
-        return "the service has " + std::to_string(size) + " bytes of it instead of " +
+    const std::string cause = place.send(sending.local, sending.size, target, replaces, progress);
+    if (!cause.empty())
+        return cause;
+    if (!isThere(place, target, progress, entry))
+        return "it was sent, but is not listed there";
+    if (entry.size != sending.size)
+        return std::to_string(entry.size) + " bytes of it are there instead of " +
                std::to_string(sending.size);
     return "";
 }
 
-ExitCode sendAll(CommandLine& line, const TransferOptions& options)
+ExitCode sendAll(CommandLine& line, const PlaceKind& kind, const TransferOptions& options)
 {
     const auto session = openKernel(line, KernelUse::look);
     FarReport report(line, "sent", "would be sent");
-    return runShown(
-        line,
-        *session,
-        [&](ProgressReporter& progress)
-        {
-            const CQoCollPath folder = farPlace(options.to);
-            if (!CQoPluginManager::canUploadToPlugin(folder.getDevice()))
-                throw HostError(ExitCode::failed, toUtf8(folder.getDevice()) + " takes no files");
-            const std::vector<Transfer> files = sendings(options, folder);
-            return runTransfers(line,
-                                files,
-                                report,
-                                progress,
-                                [&](const Transfer& each, IQoProgress& shown)
-                                { return sendFile(line, each, options.replaces, shown); });
-        });
+    return runShown(line,
+                    *session,
+                    [&](ProgressReporter& progress)
+                    {
+                        std::string typed;
+                        const auto place = kind.open(*session, options.to, &typed);
+                        const CQoCollPath folder = place->path(typed);
+                        if (!place->takesFiles())
+                            throw HostError(ExitCode::failed, place->name() + " takes no files");
+                        const std::vector<Transfer> files = sendings(*place, options, folder);
+                        std::int64_t room = 0;
+                        if (place->room(room))
+                            needRoom(place->name(), sizeOfAll(files), room);
+                        return runTransfers(
+                            line,
+                            *place,
+                            files,
+                            report,
+                            progress,
+                            [&](const Transfer& each, IQoProgress& shown)
+                            { return sendFile(line, *place, each, options.replaces, shown); });
+                    });
 }
 } // namespace
 
-void addPluginTransfers(CommandLine& line, CLI::App& command)
+void addFarTransfers(CommandLine& line, CLI::App& command, const PlaceKind& kind)
 {
+    const std::string noun = kind.noun;
     const auto fetched = std::make_shared<TransferOptions>();
-    CLI::App* const get = line.addCommand(command,
-                                          "get",
-                                          "Copy files and folders from a service",
-                                          [&line, fetched] { return fetchAll(line, *fetched); });
-    addArgument(*get, "NAME", fetched->name, "The service")->required();
+    CLI::App* const get =
+        line.addCommand(command,
+                        kind.fetch,
+                        "Copy files and folders from a " + noun,
+                        [&line, kind, fetched] { return fetchAll(line, kind, *fetched); });
+    addArgument(*get, "NAME", fetched->name, "The " + noun)->required();
     addArguments(*get, "PATH", fetched->paths, "Files and folders in it")->required();
     addArgument(*get, "--to", fetched->to, "The folder that the copies go to")
         ->required()
         ->type_name("DIR");
 
     const auto sent = std::make_shared<TransferOptions>();
-    CLI::App* const put = line.addCommand(
-        command, "put", "Copy files to a service", [&line, sent] { return sendAll(line, *sent); });
+    CLI::App* const put =
+        line.addCommand(command,
+                        kind.send,
+                        "Copy files to a " + noun,
+                        [&line, kind, sent] { return sendAll(line, kind, *sent); });
     addArguments(*put, "FILE", sent->paths, "The files")->required();
-    addArgument(*put, "--to", sent->to, "The service and a folder in it, which is made if need be")
+    addArgument(
+        *put, "--to", sent->to, "The " + noun + " and a folder in it, which is made if need be")
         ->required()
         ->type_name("NAME/FOLDER");
     get->add_flag("--replace", fetched->replaces, "Replace files that are there");

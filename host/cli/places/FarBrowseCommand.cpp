@@ -1,6 +1,6 @@
+#include "cli/KernelCommand.h"
 #include "cli/places/FarPlace.h"
 #include "cli/places/FarReport.h"
-#include "cli/places/PluginCommand.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 
@@ -21,7 +21,7 @@ struct BrowseOptions
     bool isLong = false;
 };
 
-/// Puts the entries of a plug-in into a list.
+/// Puts the entries of a place into a list.
 class FarListing
 {
 public:
@@ -33,10 +33,9 @@ public:
     {
     }
 
-    void add(const CQoCollPath& path, bool isFolder, std::int64_t size)
+    void add(const std::string& shown, bool isFolder, std::int64_t size)
     {
         ++m_count;
-        const std::string shown = shownFar(path);
         if (m_listing.isForPeople())
             return m_listing.addCells(
                 {isFolder ? "" : sizeText(size), harmless(shown) + (isFolder ? "/" : "")});
@@ -46,10 +45,10 @@ public:
         record["size"] = isFolder ? Json() : Json(size);
         m_listing.addRecord(record, shown);
     }
-    void add(const QoFileDbItemArray& records, bool areFolders)
+    void add(const FarPlace& place, const QoFileDbItemArray& records, bool areFolders)
     {
         for (const QoFileDbItemPtr& record : records)
-            add(CQoCollPath(record->path), areFolders, record->size);
+            add(place.shown(CQoCollPath(record->path)), areFolders, record->size);
     }
     void finish() { m_listing.finish(); }
     bool isEmpty() const { return m_count == 0; }
@@ -59,42 +58,42 @@ private:
     std::size_t m_count = 0;
 };
 
-ExitCode browse(CommandLine& line, const BrowseOptions& options)
+ExitCode browse(CommandLine& line, const PlaceKind& kind, const BrowseOptions& options)
 {
+    using Items = FarPlace::Items;
     const auto session = openKernel(line, KernelUse::look);
     FarListing listing(line, options.isLong);
     bool isComplete = true;
+    std::string cause;
     runShown(line,
              *session,
              [&](ProgressReporter& progress)
              {
-                 const CQoCollPath path = farPath(needFolderPlugin(options.name), options.path);
-                 const auto entry = needEntry(path, progress);
-                 if (!entry->IsFolder())
-                     return listing.add(path, false, entry->GetSize());
+                 const auto place = kind.open(*session, options.name, nullptr);
+                 const CQoCollPath path = place->path(options.path);
+                 const FarEntry entry = place->need(path, progress);
+                 if (!entry.isFolder)
+                     return listing.add(place->shown(path), false, entry.size);
                  QoFileDbItemArray folders;
                  QoFileDbItemArray files;
+                 const int depth = options.isDeep ? FarPlace::allLevels : 1;
                  if (!options.isDeep)
-                     isComplete =
-                         listBelow(CQoPluginManager::PI_Folders, path, entry, 1, progress, folders);
-                 isComplete = isComplete && listBelow(CQoPluginManager::PI_Files,
-                                                      path,
-                                                      entry,
-                                                      options.isDeep ? allLevels : 1,
-                                                      progress,
-                                                      files);
+                     isComplete = place->list(path, Items::folders, 1, progress, folders);
+                 isComplete = isComplete && place->list(path, Items::files, depth, progress, files);
                  stopIfCancelled(progress);
-                 listing.add(folders, true);
-                 listing.add(files, false);
+                 if (!isComplete)
+                     cause = place->takeCause();
+                 listing.add(*place, folders, true);
+                 listing.add(*place, files, false);
              });
     listing.finish();
     if (isComplete)
         return ExitCode::done;
-    CommandLine::complain("not all could be listed: " + pluginCause());
+    CommandLine::complain("not all could be listed" + (cause.empty() ? "" : ": " + cause));
     return listing.isEmpty() ? ExitCode::failed : ExitCode::partly;
 }
 
-ExitCode removeFar(CommandLine& line, const BrowseOptions& options)
+ExitCode removeFar(CommandLine& line, const PlaceKind& kind, const BrowseOptions& options)
 {
     const auto session = openKernel(line, KernelUse::look);
     FarReport report(line, "removed", "would be removed");
@@ -102,21 +101,22 @@ ExitCode removeFar(CommandLine& line, const BrowseOptions& options)
              *session,
              [&](ProgressReporter& progress)
              {
-                 const CString id = needFolderPlugin(options.name);
-                 if (!CQoPluginManager::canUploadToPlugin(id))
+                 const auto place = kind.open(*session, options.name, nullptr);
+                 if (!place->takesFiles())
                      throw HostError(ExitCode::failed, options.name + " lets nothing be removed");
                  std::vector<FarDeed> deeds;
                  std::vector<CQoCollPath> paths;
                  bool hasFolder = false;
                  for (const std::string& typed : options.paths)
                  {
-                     paths.push_back(farPath(id, typed));
+                     paths.push_back(place->path(typed));
                      if (paths.back().isEmpty())
                          throw HostError(ExitCode::usage,
-                                         "the root of a service cannot be removed");
-                     const auto entry = needEntry(paths.back(), progress);
-                     hasFolder = hasFolder || entry->IsFolder();
-                     deeds.push_back({shownPlace(paths.back()), "", entry->GetSize()});
+                                         std::string("the root of a ") + kind.noun +
+                                             " cannot be removed");
+                     const FarEntry entry = place->need(paths.back(), progress);
+                     hasFolder = hasFolder || entry.isFolder;
+                     deeds.push_back({place->shownWhole(paths.back()), "", entry.size});
                  }
                  if (!line.dryRun)
                      confirm(line,
@@ -129,8 +129,8 @@ ExitCode removeFar(CommandLine& line, const BrowseOptions& options)
                  {
                      if (progress.isCanceled())
                          throw report.interrupted();
-                     if (!line.dryRun && !CQoPluginManager::deleteFile(paths[i], &progress))
-                         deeds[i].cause = pluginCause();
+                     if (!line.dryRun)
+                         deeds[i].cause = place->remove(paths[i], progress);
                      report.add(deeds[i]);
                  }
              });
@@ -138,23 +138,29 @@ ExitCode removeFar(CommandLine& line, const BrowseOptions& options)
 }
 } // namespace
 
-void addPluginBrowse(CommandLine& line, CLI::App& command)
+void addFarBrowse(CommandLine& line, CLI::App& command, const PlaceKind& kind)
 {
+    const std::string noun = kind.noun;
     const auto shown = std::make_shared<BrowseOptions>();
     CLI::App* const browsing =
-        command.add_subcommand("browse", "List the folders and files of a service");
-    line.setListAction(*browsing, [&line, shown] { return browse(line, *shown); });
-    addArgument(*browsing, "NAME", shown->name, "The service")->required();
+        command.add_subcommand("browse", "List the folders and files of a " + noun);
+    line.setListAction(*browsing, [&line, kind, shown] { return browse(line, kind, *shown); });
+    addArgument(*browsing, "NAME", shown->name, "The " + noun)->required();
     addArgument(*browsing, "PATH", shown->path, "A folder or file in it (all)");
     browsing->add_flag("--deep", shown->isDeep, "All files below it, in folders of folders too");
     browsing->add_flag("-l,--long", shown->isLong, "Tabs between the columns, with their names");
+}
 
+void addFarRemoval(CommandLine& line, CLI::App& command, const PlaceKind& kind)
+{
+    const std::string noun = kind.noun;
     const auto removed = std::make_shared<BrowseOptions>();
-    CLI::App* const rm = line.addCommand(command,
-                                         "rm",
-                                         "Remove files and folders from a service",
-                                         [&line, removed] { return removeFar(line, *removed); });
-    addArgument(*rm, "NAME", removed->name, "The service")->required();
+    CLI::App* const rm =
+        line.addCommand(command,
+                        "rm",
+                        "Remove files and folders from a " + noun,
+                        [&line, kind, removed] { return removeFar(line, kind, *removed); });
+    addArgument(*rm, "NAME", removed->name, "The " + noun)->required();
     addArguments(*rm, "PATH", removed->paths, "Files and folders in it")->required();
 }
 } // namespace qo::cli
