@@ -43,7 +43,7 @@ HOST_ORDER = (
     {"core/doctor"},
     {"plugins/base"},
     {"plugins/http"},
-    {"plugins/folder", "plugins/webdav"},
+    {"plugins/folder", "plugins/webdav", "plugins/subsonic"},
     {"plugins/configured"},
     {"cli/shown"},
     {"cli"},

@@ -4,6 +4,7 @@
 #include "core/base/HostFiles.h"
 #include "plugins/base/PluginFailure.h"
 #include "plugins/folder/FolderPlugin.h"
+#include "plugins/subsonic/SubsonicPlugin.h"
 #include "plugins/webdav/WebdavPlugin.h"
 
 #include <boost/make_shared.hpp>
@@ -118,11 +119,6 @@ void unsetAll(KeyValueConfig& store, const CString& section, const CString& only
 }
 } // namespace
 
-std::vector<CString> pluginKinds()
-{
-    return {u"folder", u"webdav"};
-}
-
 std::vector<PluginEntry> pluginEntries(const KeyValueConfig& settings)
 {
     std::vector<PluginEntry> list;
@@ -146,6 +142,8 @@ makePlugin(const PluginEntry& entry, KVConfig* store, KVConfig* passwords)
         return boost::make_shared<FolderPlugin>(entry.name, entry.place, store);
     if (entry.kind == u"webdav")
         return boost::make_shared<WebdavPlugin>(entry.name, entry.place, store, passwords);
+    if (entry.kind == u"subsonic")
+        return boost::make_shared<SubsonicPlugin>(entry.name, entry.place, store, passwords);
     throw HostError(ExitCode::usage, "there is no kind of plug-ins \"" + toUtf8(entry.kind) + "\"");
 }
 

@@ -14,12 +14,9 @@ namespace qo::host
 struct PluginEntry
 {
     CString name;
-    CString kind;  ///< one of pluginKinds()
+    CString kind;  ///< "folder", "webdav" or "subsonic"
     CString place; ///< the folder in collection form, or the address
 };
-
-/// "folder" and what else there is.
-std::vector<CString> pluginKinds();
 
 /// In the order of the settings.
 std::vector<PluginEntry> pluginEntries(const KeyValueConfig& settings);

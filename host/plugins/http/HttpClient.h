@@ -11,6 +11,9 @@
 
 namespace qo::host
 {
+/// No honest list takes more bytes.
+constexpr std::size_t mostAnswerBytes = std::size_t{64} * 1024 * 1024;
+
 /// How long a server may be silent, and how long one that is busy is waited for; tests take less.
 struct HttpLimits
 {

@@ -14,8 +14,6 @@ namespace
 {
 using ClientPtr = std::shared_ptr<HttpClient>;
 
-/// No honest folder takes more.
-constexpr std::size_t mostListingBytes = std::size_t{64} * 1024 * 1024;
 constexpr long multiStatus = 207;
 
 class DavFillState final : public IFillStateResult
@@ -66,7 +64,7 @@ HttpAnswer askProperties(HttpClient& client,
     request.sink = [&](const HttpHead&, std::string_view part)
     {
         bytes += part.size();
-        isRead = bytes <= mostListingBytes && listing.add(part);
+        isRead = bytes <= mostAnswerBytes && listing.add(part);
         return isRead;
     };
     HttpAnswer answer = client.run(request);

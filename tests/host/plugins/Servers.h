@@ -18,15 +18,15 @@
 #include <thread>
 #include <vector>
 
-/// A socket that listens on a port of loopback that was free.
+/// A socket that listens on a port of 127.0.0.1, or the number after it, that was free.
 class ListeningSocket
 {
 public:
-    ListeningSocket()
+    explicit ListeningSocket(in_addr_t host = INADDR_LOOPBACK)
     {
         sockaddr_in address = {};
         address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_addr.s_addr = htonl(host);
         socklen_t size = sizeof(address);
         auto* const plain = reinterpret_cast<sockaddr*>(&address);
         EXPECT_EQ(::bind(fd, plain, size), 0);
@@ -50,7 +50,13 @@ public:
     std::function<std::string(const std::string& request)> answer;
     std::atomic<int> requests = 0;
 
-    HostileServer() : m_thread([this] { serve(); }) {}
+    /// One that is not "here" is at 127.0.0.2, which counts as another machine.
+    explicit HostileServer(bool isHere = true)
+        : m_host(isHere ? "127.0.0.1" : "127.0.0.2")
+        , m_socket(INADDR_LOOPBACK + (isHere ? 0 : 1))
+        , m_thread([this] { serve(); })
+    {
+    }
     ~HostileServer()
     {
         m_ends = true;
@@ -63,7 +69,7 @@ public:
 
     std::string url(const std::string& path = "/dav/") const
     {
-        return "http://127.0.0.1:" + std::to_string(m_socket.port) + path;
+        return "http://" + m_host + ":" + std::to_string(m_socket.port) + path;
     }
     static std::string
     reply(const std::string& status, const std::string& body, const std::string& header = "")
@@ -121,67 +127,75 @@ private:
         return text;
     }
 
+    const std::string m_host;
     ListeningSocket m_socket;
     std::atomic<bool> m_ends = false;
     std::vector<int> m_silent;
     std::thread m_thread;
 };
 
-/// "rclone serve webdav" over a folder, for the user "ann" with the password "s3cret".
-class RcloneServer
+/// A server that is installed here, on a port of loopback, as long as this lives: it is killed at
+/// the end, and its standard input ends when the test itself is killed.
+class ServerProcess
 {
 public:
-    explicit RcloneServer(const std::string& folder)
+    ServerProcess(const ServerProcess&) = delete;
+    ServerProcess& operator=(const ServerProcess&) = delete;
+
+    std::string url() const { return "http://" + m_address + "/"; }
+
+    bool isRunning = false;
+
+protected:
+    ServerProcess()
     {
+        const ListeningSocket free;
+        m_port = free.port;
+        m_address = "127.0.0.1:" + std::to_string(m_port);
+    }
+    ~ServerProcess()
+    {
+        if (m_pid > 0)
         {
-            const ListeningSocket free;
-            m_port = free.port;
+            ::kill(m_pid, SIGKILL);
+            ::waitpid(m_pid, nullptr, 0);
         }
-        const std::string address = "127.0.0.1:" + std::to_string(m_port);
-        std::vector<std::string> words = {"rclone",
-                                          "serve",
-                                          "webdav",
-                                          folder,
-                                          "--addr",
-                                          address,
-                                          "--user",
-                                          "ann",
-                                          "--pass",
-                                          "s3cret"};
+        ::close(m_input);
+    }
+
+    void start(std::vector<std::string> words)
+    {
         std::vector<char*> argv;
         for (std::string& word : words)
             argv.push_back(word.data());
         argv.push_back(nullptr);
+        int ends[2] = {-1, -1};
+        EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+        m_input = ends[1];
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_adddup2(&actions, ends[0], 0);
+        posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
         posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-        if (::posix_spawnp(&m_pid, "rclone", &actions, nullptr, argv.data(), environ) != 0)
+        if (::posix_spawnp(&m_pid, argv.front(), &actions, nullptr, argv.data(), environ) != 0)
             m_pid = -1;
         posix_spawn_file_actions_destroy(&actions);
+        ::close(ends[0]);
         isRunning = m_pid > 0 && waitForPort();
     }
-    ~RcloneServer()
-    {
-        if (m_pid <= 0)
-            return;
-        ::kill(m_pid, SIGKILL);
-        ::waitpid(m_pid, nullptr, 0);
-    }
-    RcloneServer(const RcloneServer&) = delete;
-    RcloneServer& operator=(const RcloneServer&) = delete;
 
-    std::string url() const { return "http://127.0.0.1:" + std::to_string(m_port) + "/"; }
-
-    bool isRunning = false;
+    int m_port = 0;
+    std::string m_address; ///< "127.0.0.1:8080"
 
 private:
+    /// False too when the process has ended.
     bool waitForPort() const
     {
         sockaddr_in address = {};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         address.sin_port = htons(static_cast<std::uint16_t>(m_port));
-        for (int i = 0; i < 400; ++i)
+        for (int i = 0; i < 2000 && ::waitpid(m_pid, nullptr, WNOHANG) == 0; ++i)
         {
             const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
             const int result =
@@ -194,6 +208,39 @@ private:
         return false;
     }
 
-    int m_port = 0;
     pid_t m_pid = -1;
+    int m_input = -1;
+};
+
+/// "rclone serve webdav" over a folder, for the user "ann" with the password "s3cret".
+class RcloneServer : public ServerProcess
+{
+public:
+    explicit RcloneServer(const std::string& folder)
+    {
+        start({"rclone",
+               "serve",
+               "webdav",
+               folder,
+               "--addr",
+               m_address,
+               "--user",
+               "ann",
+               "--pass",
+               "s3cret"});
+    }
+};
+
+/// supysonic over a folder of music, for the same user. What it keeps is in another folder.
+class SupysonicServer : public ServerProcess
+{
+public:
+    SupysonicServer(const std::string& music, const std::string& state)
+    {
+        start({"/usr/bin/python3",
+               QO_SOURCE_DIR "/tests/host/plugins/serve_music.py",
+               state,
+               music,
+               std::to_string(m_port)});
+    }
 };

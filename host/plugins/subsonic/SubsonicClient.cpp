@@ -1,0 +1,224 @@
+#include "plugins/subsonic/SubsonicClient.h"
+
+#include <openssl/evp.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace qo::host
+{
+namespace
+{
+enum SubsonicError
+{
+    missingParameter = 10,
+    otherClient = 20,
+    otherServer = 30,
+    wrongLogin = 40,
+    noTokens = 41,
+    notAllowed = 50,
+    accountExpired = 60,
+    notThere = 70
+};
+
+std::string hexText(std::string_view bytes)
+{
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    for (const char c : bytes)
+    {
+        const auto byte = static_cast<unsigned char>(c);
+        text += {digits[byte >> 4], digits[byte & 15]};
+    }
+    return text;
+}
+
+std::string md5Text(const std::string& text)
+{
+    unsigned char digest[EVP_MAX_MD_SIZE];
+    unsigned length = 0;
+    if (EVP_Digest(text.data(), text.size(), digest, &length, EVP_md5(), nullptr) != 1)
+        length = 0; // the server then refuses the empty token
+    return hexText({reinterpret_cast<const char*>(digest), length});
+}
+
+std::string newSalt()
+{
+    std::string salt = toUtf8(guidToText(systemClock().newGuid()));
+    std::erase_if(salt, [](char c) { return c == '-' || c == '{' || c == '}'; });
+    return salt;
+}
+
+bool isAnswerText(const std::string& type)
+{
+    return type.find("json") != std::string::npos || type.find("xml") != std::string::npos ||
+           type.starts_with("text/html");
+}
+
+/// The server's own words, unless they hold a secret of the question.
+CString serverWords(const std::string& message, const std::vector<std::string>& secrets)
+{
+    constexpr int longest = 200;
+    for (const std::string& secret : secrets)
+    {
+        if (!secret.empty() && message.find(secret) != std::string::npos)
+            return {};
+    }
+    return singleLine(fromUtf8(message).Left(longest));
+}
+
+CString wordsOfError(const SubsonicReply& reply, const std::vector<std::string>& secrets)
+{
+    switch (reply.code)
+    {
+    case otherClient:
+    case otherServer:
+        return u"the server speaks another version of the language of music servers";
+    case wrongLogin:
+        return u"the server does not accept the user and the password";
+    case missingParameter:
+    case noTokens:
+        return u"the server takes nothing but the password itself, which is not sent without "
+               u"encryption";
+    case notAllowed:
+        return u"the server does not allow that";
+    case notThere:
+        return u"the server does not have it";
+    default:
+        const CString words = serverWords(reply.message, secrets);
+        return words.IsEmpty() ? CString(u"the server could not do it")
+                               : u"the server says: " + words;
+    }
+}
+
+/// Why the answer is no success; "" for one that is.
+CString failureOf(const HttpAnswer& http,
+                  const SubsonicReply& reply,
+                  const std::vector<std::string>& secrets)
+{
+    using Form = SubsonicReply::Form;
+    if (reply.form == Form::reply && reply.code >= 0)
+        return reply.code == accountExpired ? CString(u"Account expired")
+                                            : http.place + u": " + wordsOfError(reply, secrets);
+    if (!http.isDone())
+        return http.failure;
+    if (reply.form == Form::foreign)
+        return http.place + u": this is no music server";
+    if (reply.form == Form::damaged)
+        return http.place + u": the server's answer is damaged or too large";
+    return {};
+}
+
+HttpAddress interfaceOf(HttpAddress root)
+{
+    if (!root.path.ends_with("/rest/"))
+        root.path += "rest/";
+    return root;
+}
+} // namespace
+
+SubsonicClient::SubsonicClient(HttpAddress root, HttpLimits limits)
+    : m_root(interfaceOf(std::move(root))), m_http(m_root, limits)
+{
+}
+
+void SubsonicClient::setCredentials(const CString& user, const CString& password)
+{
+    const std::lock_guard guard(m_lock);
+    m_login = {toUtf8(user), toUtf8(password), false};
+}
+
+SubsonicClient::Login SubsonicClient::login()
+{
+    const std::lock_guard guard(m_lock);
+    return m_login;
+}
+
+bool SubsonicClient::beginPassword()
+{
+    const std::lock_guard guard(m_lock);
+    const bool isSafe = m_root.isEncrypted() || m_root.isLoopback();
+    m_login.sendsPassword = m_login.sendsPassword || isSafe;
+    return isSafe;
+}
+
+SubsonicAnswer SubsonicClient::sendOnce(HttpRequest& request,
+                                        const std::vector<std::string>& secrets,
+                                        HttpAnswer& http)
+{
+    std::string text;
+    bool isTooLong = false;
+    HttpRequest sent = request;
+    sent.failureSink = [&](const HttpHead&, std::string_view bytes)
+    {
+        isTooLong = text.size() + bytes.size() > mostAnswerBytes;
+        if (!isTooLong)
+            text += bytes;
+        return !isTooLong;
+    };
+    bool isText = !request.sink;
+    sent.sink = [&](const HttpHead& head, std::string_view bytes)
+    {
+        isText = isText || isAnswerText(head.type);
+        return isText ? sent.failureSink(head, bytes) : request.sink(head, bytes);
+    };
+    http = m_http.run(sent);
+    SubsonicAnswer answer;
+    answer.status = http.status;
+    answer.reply.form = SubsonicReply::Form::damaged;
+    if (http.isDone() && !isText)
+        answer.reply.form = SubsonicReply::Form::reply; // the bytes of a track
+    else if (!isTooLong)
+        answer.reply = readSubsonicReply(text);
+    answer.failure = failureOf(http, answer.reply, secrets);
+    if (answer.failure.IsEmpty() && isText && request.sink)
+        answer.failure = http.place + u": the server sends no track";
+    return answer;
+}
+
+SubsonicAnswer SubsonicClient::send(const char* method,
+                                    const Parameters& parameters,
+                                    HttpRequest request,
+                                    HttpAnswer& http)
+{
+    request.address = m_root;
+    request.address.path += std::string(method) + ".view";
+    while (true)
+    {
+        const Login known = login();
+        const std::string salt = newSalt();
+        const std::string token = md5Text(known.password + salt);
+        const std::string hex = hexText(known.password);
+        request.address.query = "u=" + percentEncoded(known.user, "-._~");
+        request.address.query +=
+            known.sendsPassword ? "&p=enc:" + hex : "&t=" + token + "&s=" + salt;
+        request.address.query += "&v=1.13.0&c=qo&f=json";
+        for (const auto& [name, value] : parameters)
+            request.address.query += std::string("&") + name + "=" + percentEncoded(value, "-._~");
+        SubsonicAnswer answer = sendOnce(request, {salt, token, hex, known.password}, http);
+        const int code = answer.reply.code;
+        const bool wantsPassword = code == noTokens || code == missingParameter;
+        if (!wantsPassword || known.sendsPassword || known.user.empty() || !beginPassword())
+            return answer;
+    }
+}
+
+SubsonicAnswer
+SubsonicClient::ask(const char* method, const Parameters& parameters, const IsCanceled& isCanceled)
+{
+    HttpRequest request;
+    request.isCanceled = isCanceled;
+    HttpAnswer http;
+    return send(method, parameters, std::move(request), http);
+}
+
+HttpAnswer SubsonicClient::fetch(const std::string& trackId, const HttpRequest& request)
+{
+    HttpAnswer http;
+    SubsonicAnswer answer = send("download", {{"id", trackId}}, request, http);
+    if (answer.reply.code == notAllowed)
+        answer = send("stream", {{"id", trackId}, {"format", "raw"}}, request, http);
+    http.failure = answer.failure;
+    return http;
+}
+} // namespace qo::host
