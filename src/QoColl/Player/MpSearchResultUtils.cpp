@@ -83,12 +83,15 @@ CMpSearchResultUtils::getPlayDownloadItem(boost::shared_ptr<IPluginsManager>& ma
         result->getPath(), downloadPathInTempFolder(track.get()), id, download, track);
 }
 
+CString CMpSearchResultUtils::fileNameOf(const ITrackResult& track)
+{
+    const CString extension = track.GetExtension();
+    // The sanitizer leaves control characters and names of any length.
+    return qo::safeLocalName(sanitized(track.GetArtist()) + u" - " + sanitized(track.GetTitle()) +
+                             u"." + (extension.IsEmpty() ? CString(u"tmp") : sanitized(extension)));
+}
+
 CString CMpSearchResultUtils::downloadPathInTempFolder(const ITrackResult* track)
 {
-    const CString extension = track->GetExtension();
-    const CString name = sanitized(track->GetArtist()) + u" - " + sanitized(track->GetTitle()) +
-                         u"." + (extension.IsEmpty() ? CString(u"tmp") : sanitized(extension));
-    // The sanitizer leaves control characters and names of any length.
-    return qo::combinePath(CFileUtils::GetTempDir(CFileUtils::tempLivePlay),
-                           qo::safeLocalName(name));
+    return qo::combinePath(CFileUtils::GetTempDir(CFileUtils::tempLivePlay), fileNameOf(*track));
 }

@@ -15,6 +15,8 @@ public:
     /// What CMpSearchResultCollection::addSearchResultFile() takes, for a track of that plug-in.
     static CSearchResultDraggableObject makeDraggable(const CString& pluginId,
                                                       const ITrackResult& track);
+    /// The name of a track's file, such as "Ann - Dawn.mp3", that is safe on any disk.
+    static CString fileNameOf(const ITrackResult& track);
     /// An item that fetches the track into the temporary folder of the player and has not begun. An
     /// empty handle, with a line in the log, when the plug-in is gone or does not know the track.
     static boost::shared_ptr<IDownloadItem>

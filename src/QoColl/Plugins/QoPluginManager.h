@@ -256,8 +256,13 @@ public:
                                                             const CString& target,
                                                             bool direct,
                                                             IQoProgress* progress);
+    /// The same for a file or track that a listing or a search gave. The path names it to people.
+    static boost::shared_ptr<IDownloadItem>
+    getDownloadItem(const CQoCollPath& path, const CString& target, const PluginResultPtr& source);
     /// The same to a path of its own in the temporary folder of the player.
     static boost::shared_ptr<IDownloadItem> getPlayDownloadItem(const CQoCollPath& path);
+    /// Starts the item and waits. After a failure or a cancellation there is no target.
+    static bool runDownload(IDownloadItem& item, IQoProgress* progress);
     /// Fetches a file and waits. A track of a logical plug-in gets the tag that its path says.
     /// After a failure there is no target.
     static bool downloadFile(const CQoCollPath& path,

@@ -255,8 +255,7 @@ boost::shared_ptr<IDownloadItem> CQoPluginManager::getDownloadItem(const CQoColl
                                                                    bool direct,
                                                                    IQoProgress* progress)
 {
-    boost::shared_ptr<IDownloadWrapper> download;
-    if (!path.isPlugin() || !getDownloadFuncFromPlugin(path.getDevice(), download))
+    if (!path.isPlugin() || !canDownloadFromPlugin(path.getDevice()))
         return {};
     PluginResultPtr source;
     PhysicalResultPtr listed;
@@ -267,7 +266,15 @@ boost::shared_ptr<IDownloadItem> CQoPluginManager::getDownloadItem(const CQoColl
     const bool isFile =
         source && (path.isLogicalPlugin() ? path.getCount() == trackDepth
                                           : source->GetKind() == IGenericResult::RK_File);
-    if (!isFile)
+    return isFile ? getDownloadItem(path, target, source) : boost::shared_ptr<IDownloadItem>();
+}
+
+boost::shared_ptr<IDownloadItem> CQoPluginManager::getDownloadItem(const CQoCollPath& path,
+                                                                   const CString& target,
+                                                                   const PluginResultPtr& source)
+{
+    boost::shared_ptr<IDownloadWrapper> download;
+    if (!source || !getDownloadFuncFromPlugin(path.getDevice(), download))
         return {};
     return IQoDownloadItem::make<CQoPluginDownloadItem>(
         path.toString(), target, path.getDevice(), download, source);
@@ -277,6 +284,35 @@ boost::shared_ptr<IDownloadItem> CQoPluginManager::getPlayDownloadItem(const CQo
 {
     const CString target = qo::uniqueTempPath(CFileUtils::tempLivePlay, path.getLast());
     return getDownloadItem(path, target, true, nullptr);
+}
+
+bool CQoPluginManager::runDownload(IDownloadItem& item, IQoProgress* progress)
+{
+    item.Start();
+    int state = item.GetState();
+    while (state == IDownloadItem::DS_Running || state == downloadWaiting)
+    {
+        if (qo::isStopped(progress))
+        {
+            item.Cancel(); // or its thread would write on
+            if (item.GetState() == IDownloadItem::DS_Done)
+                qo::fileSystem().removeFile(item.GetTargetPath()); // it had come before
+            return false;
+        }
+        int done = 0;
+        int total = 0;
+        item.GetProgress(done, total);
+        const auto bytes = static_cast<std::uint32_t>(total);
+        qo::showTransfer(progress, static_cast<std::uint32_t>(done), bytes, bytes);
+        qo::systemClock().sleep(pauseOfDownload);
+        state = item.GetState();
+    }
+    if (state == IDownloadItem::DS_Done)
+        return true;
+    qo::log(
+        qo::level::error, u"CQoPluginManager::downloadFile : download failed with state %d", state);
+    qo::fileSystem().removeFile(item.GetTargetPath());
+    return false;
 }
 
 bool CQoPluginManager::downloadFile(const CQoCollPath& path,
@@ -293,33 +329,8 @@ bool CQoPluginManager::downloadFile(const CQoCollPath& path,
                              target);
         return false;
     }
-    item->Start();
-    int state = item->GetState();
-    while (state == IDownloadItem::DS_Running || state == downloadWaiting)
-    {
-        if (qo::isStopped(progress))
-        {
-            item->Cancel(); // or its thread would write on
-            if (item->GetState() == IDownloadItem::DS_Done)
-                qo::fileSystem().removeFile(target); // it had come before
-            return false;
-        }
-        int done = 0;
-        int total = 0;
-        item->GetProgress(done, total);
-        const auto bytes = static_cast<std::uint32_t>(total);
-        qo::showTransfer(progress, static_cast<std::uint32_t>(done), bytes, bytes);
-        qo::systemClock().sleep(pauseOfDownload);
-        state = item->GetState();
-    }
-    if (state != IDownloadItem::DS_Done)
-    {
-        qo::log(qo::level::error,
-                u"CQoPluginManager::downloadFile : download failed with state %d",
-                state);
-        qo::fileSystem().removeFile(target);
+    if (!runDownload(*item, progress))
         return false;
-    }
     if (path.isLogicalPlugin())
         writeTrackTag(path, target);
     return true;
