@@ -22,6 +22,7 @@ struct PluginOptions
     std::string name;
     std::string folder;
     std::string webdav;
+    std::string subsonic;
     std::string user;
     std::optional<std::string> music;
     std::optional<std::string> movies;
@@ -119,10 +120,15 @@ PluginEntry typedEntry(Session& session, const PluginOptions& options)
         entry.kind = u"webdav";
         entry.place = fromUtf8(options.webdav);
     }
+    else if (!options.subsonic.empty())
+    {
+        entry.kind = u"subsonic";
+        entry.place = fromUtf8(options.subsonic);
+    }
     if (entry.kind.IsEmpty())
         throw HostError(ExitCode::usage,
-                        "say where it is: --webdav URL, or --folder DIR for any mounted "
-                        "folder");
+                        "say where it is: --webdav URL, --subsonic URL for a music server, or "
+                        "--folder DIR for any mounted folder");
     return entry;
 }
 
@@ -147,6 +153,13 @@ void tryPlugin(const boost::shared_ptr<host::StoredPlugin>& plugin,
         failPlugin(what);
     case CQoPluginManager::LC_Ok:
         break;
+    }
+    if (const boost::shared_ptr<ILogicalBrowseWrapper> tracks = plugin->GetLogicalBrowse())
+    {
+        PluginResultArray artists;
+        if (!CQoPluginManager::getResultsSync(tracks->GetArtists(), artists, nullptr))
+            failPlugin(what);
+        return;
     }
     CString music;
     CString movies;
@@ -176,7 +189,10 @@ ExitCode logIn(CommandLine& line, const PluginOptions& options)
                 user = fromUtf8(options.user);
             const auto plugin = host::makePlugin(entry, nullptr, nullptr);
             password.Empty();
-            if (plugin->GetLogin() && !user.IsEmpty())
+            const boost::shared_ptr<ILoginWrapper> login = plugin->GetLogin();
+            if (login && !login->CanTryCredentials(user, password))
+                throw HostError(ExitCode::usage, "say who you are there: --user USER");
+            if (login && !user.IsEmpty())
             {
                 std::string typed = readPassword("Password of " + harmless(toUtf8(user)) + ":");
                 password = fromUtf8(typed);
@@ -242,6 +258,10 @@ ExitCode setFolders(CommandLine& line, const PluginOptions& options)
              {
                  const auto place = needPluginPlace(options.name);
                  const CString& id = place->root().getDevice();
+                 if (CQoPluginManager::isLogicalBrowsePlugin(id))
+                     throw HostError(ExitCode::usage,
+                                     place->name() + " has artists and albums, and no folders to "
+                                                     "choose from");
                  if (options.music)
                      CQoPluginManager::setPluginMusicPath(
                          id, chosenFolder(*place, *options.music, progress));
@@ -290,6 +310,13 @@ void setUpPlugin(CommandLine& line, CLI::App& command)
         addArgument(*login, "--webdav", options->webdav, "It is a WebDAV server, at this address")
             ->type_name("URL");
     webdav->excludes(login->get_option("--folder"));
+    addArgument(*login,
+                "--subsonic",
+                options->subsonic,
+                "It is a music server that speaks the Subsonic interface, at this address")
+        ->type_name("URL")
+        ->excludes(webdav)
+        ->excludes(login->get_option("--folder"));
     addArgument(*login, "--user", options->user, "The user there; the password is asked for")
         ->type_name("USER");
 

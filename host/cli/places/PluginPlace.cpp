@@ -105,8 +105,10 @@ CString needPlugin(const std::string& typed)
 std::unique_ptr<FarPlace> needPluginPlace(const std::string& typed)
 {
     const CString id = needPlugin(typed);
+    if (CQoPluginManager::isLogicalBrowsePlugin(id))
+        return trackPlace(id);
     if (!CQoPluginManager::isPhysicalBrowsePlugin(id))
-        throw HostError(ExitCode::usage, "the plug-in " + toUtf8(id) + " has no folders");
+        throw HostError(ExitCode::usage, "the plug-in " + toUtf8(id) + " cannot be browsed");
     return std::make_unique<PluginPlace>(id);
 }
 

@@ -6,8 +6,11 @@ namespace qo::cli
 {
 /// The plug-in's own spelling of a typed name. Throws HostError when there is none.
 CString needPlugin(const std::string& typed);
-/// A plug-in that has folders and files. Throws HostError when there is none of that name.
+/// A plug-in, whose artists and albums count as folders. Throws HostError when there is none of
+/// that name, or it cannot be browsed.
 std::unique_ptr<FarPlace> needPluginPlace(const std::string& typed);
+/// One of artists, albums and tracks.
+std::unique_ptr<FarPlace> trackPlace(const CString& id);
 /// "Music/Kino" for "Music\\Kino", as the settings keep folders of plug-ins.
 std::string shownPluginFolder(const CString& folder);
 /// Why the plug-in could not do it, in the words of the plug-in where it gave some.

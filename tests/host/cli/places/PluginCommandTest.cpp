@@ -27,6 +27,14 @@ protected:
         std::ofstream(qo.dir.path(relative)) << text;
     }
     std::string read(const std::string& relative) const { return qo.dir.read(relative); }
+    /// What the command says goes into the file "said".
+    int logIn(const std::string& password, const std::string& service) const
+    {
+        const std::string call = "echo '" + password + "' | " QO_COMMAND " --data '" +
+                                 qo.dir.path("data") + "' plugin login " + service +
+                                 " --user ann >'" + qo.dir.path("said") + "' 2>&1";
+        return WEXITSTATUS(std::system(call.c_str())); // NOLINT(concurrency-mt-unsafe)
+    }
     bool isEmpty(const std::string& relative) const { return fs::is_empty(qo.dir.path(relative)); }
 
     const QoCommand qo;
@@ -119,17 +127,10 @@ TEST_F(PluginCommand, APasswordIsInAFileOfItsOwnAlone)
             return HostileServer::reply("401 No", "", "WWW-Authenticate: Basic realm=\"r\"\r\n");
         return HostileServer::reply("207 OK", "<multistatus xmlns=\"DAV:\"/>");
     };
-    const auto logIn = [&](const std::string& password)
-    {
-        const std::string call = "echo '" + password + "' | " QO_COMMAND " --data '" +
-                                 qo.dir.path("data") + "' plugin login web --webdav " +
-                                 server.url() + " --user ann >'" + qo.dir.path("said") + "' 2>&1";
-        return WEXITSTATUS(std::system(call.c_str())); // NOLINT(concurrency-mt-unsafe)
-    };
     const std::string file = "data/Qorganizer/passwords";
-    EXPECT_EQ(logIn("wrong"), 1);
+    EXPECT_EQ(logIn("wrong", "web --webdav " + server.url()), 1);
     EXPECT_NE(read("said").find("does not accept"), std::string::npos) << read("said");
-    EXPECT_EQ(logIn("s3cret"), 0) << read("said");
+    EXPECT_EQ(logIn("s3cret", "web --webdav " + server.url()), 0) << read("said");
     EXPECT_EQ(fs::status(qo.dir.path(file)).permissions(), fs::perms(0600));
     EXPECT_NE(read(file).find("s3cret"), std::string::npos);
     EXPECT_EQ((read("said") + read("data/settings")).find("s3cret"), std::string::npos);
@@ -139,4 +140,43 @@ TEST_F(PluginCommand, APasswordIsInAFileOfItsOwnAlone)
     fs::permissions(qo.dir.path(file), fs::perms(0600));
     qo.expect({"plugin", "logout", "web"}, 0, "files stay");
     EXPECT_EQ(read(file).find("s3cret"), std::string::npos);
+}
+
+TEST_F(PluginCommand, AMusicServerIsBrowsedLikeFolders)
+{
+    const std::string file = qo.addTrack("x/1.mp3", {"artist=AC/DC", "album=..", "title=a\uFF0Fb"});
+    qo.addTrack("x/2.mp3", {"artist=Ann", "album=One", "title=Two"});
+    const SupysonicServer server(qo.music(), qo.dir.path("state"));
+    if (!server.isRunning)
+        GTEST_SKIP() << "supysonic is not installed";
+    const std::string service = "home --subsonic " + server.url();
+    qo.expect({"plugin", "login", "home", "--subsonic", server.url()}, 2, "--user");
+    EXPECT_EQ(logIn("wrong", service), 1);
+    EXPECT_EQ(logIn("s3cret", service), 0) << read("said");
+    const auto paths = [&](std::vector<std::string> words)
+    {
+        words.insert(words.begin(), {"plugin", "browse", "--json"});
+        std::vector<std::string> list;
+        for (const auto& record : qo.run(words).json())
+            list.push_back(record["path"]);
+        std::ranges::sort(list);
+        return list;
+    };
+    const std::string album = "AC\uFF0FDC/\uFF0E\uFF0E";
+    const std::string song = album + "/a\u201B\uFF0Fb.mp3";
+    EXPECT_EQ(paths({"home"}), (std::vector<std::string>{"AC\uFF0FDC", "Ann"}));
+    EXPECT_EQ(paths({"home", "AC\uFF0FDC"}), std::vector<std::string>{album});
+    EXPECT_EQ(paths({"home", "--deep"}), (std::vector<std::string>{song, "Ann/One/Two.mp3"}));
+    EXPECT_EQ(paths({"home", song}), std::vector<std::string>{song});
+
+    const std::string to = qo.dir.path("to");
+    qo.expect({"plugin", "get", "home", "/", "--to", to}, 0, "fetched: home/Ann/One/Two.mp3");
+    EXPECT_EQ(read("to/AC_DC/_/a\uFF0Fb.mp3"), read("music/x/1.mp3"));
+    qo.expect({"plugin", "get", "home", song, "--to", to}, 0, "fetched");
+    qo.expectRefusals("plugin",
+                      {{{"browse", "home", "Bob"}, 4, "there is no home/Bob"},
+                       {{"put", file, "--to", "home/Ann"}, 1, "takes no files"},
+                       {{"rm", "home", "Ann", "--yes"}, 1, "lets nothing be removed"},
+                       {{"set", "home", "--music", "Ann"}, 2, "no folders to choose from"}});
+    EXPECT_EQ((read("said") + read("data/settings")).find("s3cret"), std::string::npos);
 }

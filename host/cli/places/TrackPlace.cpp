@@ -1,0 +1,194 @@
+#include "cli/places/PluginPlace.h"
+#include "core/base/HostFiles.h"
+#include "plugins/base/PluginFailure.h"
+
+#include <map>
+
+namespace qo::cli
+{
+namespace
+{
+constexpr int trackLevel = 3; // the number of components of a track: artist, album, track
+
+// A slash in the name of an artist would end it, and ".." would lead up. Both are shown, and typed,
+// as signs that look alike; where such a sign is part of the name itself, a quote stands before it.
+struct LookAlike
+{
+    std::string_view plain;
+    std::string_view shown;
+};
+constexpr LookAlike slash = {"/", "\uFF0F"};
+constexpr LookAlike dot = {".", "\uFF0E"};
+constexpr LookAlike dots = {"..", "\uFF0E\uFF0E"};
+constexpr std::string_view quote = "\u201B";
+
+std::string replaced(std::string text, std::string_view from, const std::string& to)
+{
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+std::string shownName(const std::string& name)
+{
+    for (const LookAlike& each : {dot, dots})
+    {
+        if (name == each.plain)
+            return std::string(each.shown);
+    }
+    const std::string shown(slash.shown);
+    return replaced(replaced(name, shown, std::string(quote) + shown), slash.plain, shown);
+}
+
+std::string plainName(const std::string& typed)
+{
+    for (const LookAlike& each : {dot, dots})
+    {
+        if (typed == each.shown)
+            return std::string(each.plain);
+    }
+    std::string name;
+    for (std::size_t at = 0; at < typed.size();)
+    {
+        const std::string_view rest = std::string_view(typed).substr(at);
+        const bool isQuoted =
+            rest.starts_with(quote) && rest.substr(quote.size()).starts_with(slash.shown);
+        if (isQuoted || rest.starts_with(slash.shown))
+        {
+            name += isQuoted ? slash.shown : slash.plain;
+            at += slash.shown.size() + (isQuoted ? quote.size() : 0);
+            continue;
+        }
+        name += typed[at++];
+    }
+    return name;
+}
+
+/// A plug-in of artists, albums and tracks. Artists and albums are its folders.
+class TrackPlace final : public FarPlace
+{
+public:
+    explicit TrackPlace(const CString& id)
+        : FarPlace(toUtf8(id), CQoPluginManager::createPath(id)), m_id(id)
+    {
+        CQoPluginManager::getLogicalBrowseFuncFromPlugin(id, m_browse);
+    }
+
+    CString componentOf(const std::string& name) const override
+    {
+        return farComponent(fromUtf8(plainName(name)));
+    }
+    std::string nameOf(const CString& component) const override
+    {
+        return shownName(toUtf8(farNameOf(component)));
+    }
+    CString localNameOf(const CString& component) const override
+    {
+        return safeLocalName(farNameOf(component));
+    }
+
+    bool find(const CQoCollPath& path, IQoProgress& progress, FarEntry& entry) override
+    {
+        PluginResultPtr found;
+        if (!path.isEmpty() &&
+            !CQoPluginManager::getPathResultFromLogicalPlugin(m_browse, path, &progress, found))
+            return false;
+        m_results[path.toString()] = found;
+        const bool isTrack = path.getCount() == trackLevel;
+        entry = {path.getLast(), !isTrack, isTrack ? found->GetSize() : 0};
+        return true;
+    }
+    bool list(const CQoCollPath& folder,
+              Items items,
+              int depth,
+              IQoProgress& progress,
+              QoFileDbItemArray& records) override
+    {
+        const PluginResultPtr above = m_results[folder.toString()];
+        if (!above && !folder.isEmpty())
+            return false;
+        PluginResultArray results;
+        if (!CQoPluginManager::getResultsSync(request(folder, above), results, &progress))
+            return false;
+        bool isComplete = true;
+        for (const PluginResultPtr& each : results)
+        {
+            const CQoCollPath path = each ? pathIn(folder, *each) : CQoCollPath();
+            const bool isTrack = path.getCount() == trackLevel;
+            if (!each || progress.isCanceled())
+                continue;
+            m_results[path.toString()] = each;
+            if (isTrack == (items == Items::files))
+                records.Add(recordOf(path, isTrack ? each->GetSize() : 0));
+            if (!isTrack && depth > 1)
+                isComplete = list(path, items, depth - 1, progress, records) && isComplete;
+        }
+        return isComplete && !progress.isCanceled();
+    }
+    std::string takeCause() override { return host::plainWords(host::takePluginFailure()); }
+
+    bool takesFiles() override { return false; }
+    bool room(std::int64_t&) override { return false; }
+
+    std::string fetch(const CQoCollPath& path,
+                      std::int64_t,
+                      const CString& local,
+                      IQoProgress& progress) override
+    {
+        FarEntry entry;
+        if (!m_results[path.toString()] && !find(path, progress, entry))
+            return pluginCause();
+        // As the service has it: its own tags say more than the names in the path.
+        const auto item =
+            CQoPluginManager::getDownloadItem(path, local, m_results[path.toString()]);
+        return item && CQoPluginManager::runDownload(*item, &progress) ? "" : pluginCause();
+    }
+    std::string send(const CString&, std::int64_t, CQoCollPath&, bool, IQoProgress&) override
+    {
+        return "it takes no files";
+    }
+    std::string remove(const CQoCollPath&, IQoProgress&) override
+    {
+        return "it lets nothing be removed";
+    }
+
+private:
+    PluginOperationPtr request(const CQoCollPath& folder, const PluginResultPtr& above) const
+    {
+        if (folder.isEmpty())
+            return m_browse->GetArtists();
+        return folder.getCount() == 1 ? m_browse->GetAlbums(above)
+                                      : m_browse->GetTracksForAlbum(above);
+    }
+    static CQoCollPath pathIn(const CQoCollPath& folder, const IGenericResult& result)
+    {
+        if (folder.getCount() == trackLevel - 1)
+            return CQoCollPath::makeTrack(folder,
+                                          folder.getFirst(),
+                                          folder.getSecond(),
+                                          farComponent(result.GetTitle()),
+                                          farComponent(result.GetExtension()));
+        const CString name =
+            farComponent(folder.isEmpty() ? result.GetArtist() : result.GetAlbum());
+        return folder.child(name.IsEmpty() ? CString(u" ") : name);
+    }
+    static QoFileDbItemPtr recordOf(const CQoCollPath& path, std::int64_t size)
+    {
+        const auto record = boost::make_shared<QoFileDbItem>();
+        record->path = path.toString();
+        record->size = size;
+        return record;
+    }
+
+    const CString m_id;
+    boost::shared_ptr<ILogicalBrowseWrapper> m_browse;
+    /// What was found so far by its path: a service is not asked twice for the same artists.
+    std::map<CString, PluginResultPtr> m_results;
+};
+} // namespace
+
+std::unique_ptr<FarPlace> trackPlace(const CString& id)
+{
+    return std::make_unique<TrackPlace>(id);
+}
+} // namespace qo::cli
