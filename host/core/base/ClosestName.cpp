@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 namespace qo::host
@@ -14,28 +15,32 @@ CString lowered(CString text)
     return text;
 }
 
-/// How many letters have to be put in, taken out or replaced; limit when it is that or more.
+/// How many letters have to be put in, taken out, replaced or changed for their neighbour; limit
+/// when it is that or more.
 std::size_t distance(std::u16string_view a, std::u16string_view b, std::size_t limit)
 {
     const std::size_t difference = std::max(a.size(), b.size()) - std::min(a.size(), b.size());
     if (difference >= limit)
         return limit;
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
+    // Row i has the distances of the first i letters of a from the beginnings of b.
+    std::vector<std::size_t> beforeLast;
+    std::vector<std::size_t> last(b.size() + 1);
+    std::iota(last.begin(), last.end(), std::size_t{0});
     for (std::size_t i = 1; i <= a.size(); ++i)
     {
-        std::size_t corner = row[0];
-        row[0] = i;
+        std::vector<std::size_t> row(b.size() + 1, i);
         for (std::size_t j = 1; j <= b.size(); ++j)
         {
-            const std::size_t replaced = corner + (a[i - 1] == b[j - 1] ? 0 : 1);
-            corner = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
+            const std::size_t replaced = last[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            row[j] = std::min({last[j] + 1, row[j - 1] + 1, replaced});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                row[j] = std::min(row[j], beforeLast[j - 2] + 1);
         }
         if (*std::min_element(row.begin(), row.end()) >= limit)
             return limit;
+        beforeLast = std::exchange(last, std::move(row));
     }
-    return std::min(row[b.size()], limit);
+    return std::min(last[b.size()], limit);
 }
 } // namespace
 
