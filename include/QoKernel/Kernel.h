@@ -22,6 +22,7 @@
 #include "common/TraceFile.h"
 #include "platform/Clock.h"
 #include "platform/DriveMap.h"
+#include "platform/Drives.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/SpecialFolders.h"

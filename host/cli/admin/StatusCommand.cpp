@@ -71,7 +71,7 @@ void readDatabase(const CString& path, Database& database)
                            ": \"qo db migrate\" carries it over";
         return;
     }
-    database.files = host::countOwnFiles(path);
+    database.files = host::countFiles(path);
     CQoCollDb db(path);
     CollInfoDbItem info;
     db.getCollInfo(u"", info);

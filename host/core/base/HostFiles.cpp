@@ -3,6 +3,8 @@
 #include "core/base/ClosestName.h"
 #include "core/base/HostError.h"
 
+#include <QoKernel/Devices.h>
+
 #include <climits>
 #include <sys/stat.h>
 #include <system_error>
@@ -96,7 +98,32 @@ bool isDiskFull(const CString& path)
 std::string shownPath(const CString& path)
 {
     const std::string system = toSystemPath(path);
-    return system.empty() ? toUtf8(path) : system;
+    const CQoCollPath parsed(path);
+    if (!system.empty() || (!parsed.isUSB() && !parsed.isWPD()))
+        return system.empty() ? toUtf8(path) : system;
+    if (const std::string real = toSystemPath(theQoUSBManager.getRealPath(parsed)); !real.empty())
+        return real;
+    const auto& manager =
+        parsed.isUSB() ? static_cast<const CQoUSBManagerBase&>(theQoUSBManager) : theQoWPDManager;
+    UsbDeviceInfoPtr device;
+    std::string shown =
+        toUtf8(manager.getDevice(parsed.getDevice(), device) ? device->m_name : parsed.getDevice());
+    // The bytes of names come back as those of a path of the system do.
+    for (const CString& component : parsed.getComponents())
+        shown += toSystemPath(u"C:\\" + component);
+    return shown;
+}
+
+const CString& lastingPath(const CString& path)
+{
+    constexpr char16_t lettersOfDevices = u'D';
+    const bool hasLetter = path.GetLength() >= 2 && path[1] == u':';
+    if (hasLetter && toLower(path[0]) >= toLower(lettersOfDevices))
+        throw HostError(ExitCode::usage,
+                        shownPath(path) +
+                            " lies on a device, so its path is not kept: it may lead elsewhere "
+                            "the next time");
+    return path;
 }
 
 std::string absolutePath(const std::string& typed)

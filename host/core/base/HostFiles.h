@@ -26,8 +26,13 @@ std::string plainWords(const CString& cause);
 /// left for this user.
 bool isDiskFull(const CString& path);
 
-/// The path as a user sees it; the collection form when the system has none.
+/// The path as a user sees it: that of the system, for a file of a device that is away its name and
+/// the path on it, and the collection form for what has neither.
 std::string shownPath(const CString& path);
+
+/// The path, for whatever is kept across processes. Throws HostError for one by a letter that a
+/// disk has in this process alone: the next one may give that letter to another disk.
+const CString& lastingPath(const CString& path);
 
 /// An absolute path without ".", ".." and doubled slashes, from what a user typed. Does not look
 /// at the disk, so a link followed by ".." is taken literally.

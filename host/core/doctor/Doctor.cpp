@@ -75,7 +75,7 @@ bool Doctor::examineData()
 void Doctor::lookAtSnapshots()
 {
     Snapshots snapshots(Session::databasePath());
-    if (!snapshots.list().IsEmpty() || countOwnFiles(Session::databasePath()) == 0)
+    if (!snapshots.list().IsEmpty() || countFiles(Session::databasePath()) == 0)
         return;
     if (m_mends)
         (void)snapshots.take();

@@ -46,19 +46,10 @@ void noteWhatWaits(const Session& session, const RootFolders& roots, const CStri
     else if (haveRootsChanged(roots, database))
         session.note("the root folders have changed since the last scan: \"qo scan\" follows that");
 }
-} // namespace
 
-LoadReport loadStored(Session& session, ProgressReporter& progress)
+/// The root folders below which a scan that goes on may have stored files already.
+CStringArray begunFolders(const Session& session, const RootFolders& roots)
 {
-    LoadReport report;
-    const CString database = Session::databasePath();
-    if (!session.checkDatabase())
-    {
-        if (const std::string back = DatabaseGuard(database).wayBack(); !back.empty())
-            session.note(back);
-        return report;
-    }
-    const RootFolders roots;
     CStringArray folders = roots.folders();
     try
     {
@@ -73,10 +64,27 @@ LoadReport loadStored(Session& session, ProgressReporter& progress)
     {
         session.note(error.what()); // the collection can be shown without it
     }
+    return folders;
+}
+} // namespace
+
+LoadReport loadStored(Session& session, ProgressReporter& progress, const CString& collectionId)
+{
+    LoadReport report;
+    const CString database = Session::databasePath();
+    if (!session.checkDatabase())
+    {
+        if (const std::string back = DatabaseGuard(database).wayBack(); !back.empty())
+            session.note(back);
+        return report;
+    }
+    const RootFolders roots;
+    const CStringArray folders =
+        collectionId.IsEmpty() ? begunFolders(session, roots) : CStringArray();
     session.scanHost().forget();
     const auto start = std::chrono::steady_clock::now();
     CQoCollection& collection = CQoCollection::m_ownCollection;
-    const bool isLoaded = collection.loadStored(database, u"", folders, &progress);
+    const bool isLoaded = collection.loadStored(database, collectionId, folders, &progress);
     if (progress.wasStopped())
         throw HostError(ExitCode::interrupted, "interrupted");
     if (!isLoaded)
@@ -86,7 +94,8 @@ LoadReport loadStored(Session& session, ProgressReporter& progress)
     report.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     report.files = collection.getFileCount();
-    noteWhatWaits(session, roots, database);
+    if (collectionId.IsEmpty())
+        noteWhatWaits(session, roots, database);
     return report;
 }
 } // namespace qo::host

@@ -1,5 +1,7 @@
 #include "core/roots/RootFolders.h"
 
+#include "core/base/HostFiles.h"
+
 #include <QoKernel/Collection.h>
 
 namespace qo::host
@@ -68,7 +70,7 @@ bool RootFolders::add(const CString& folder, CQoPathInfo::EType kind)
     if (isListed && m_kinds.getType(folder) == kind)
         return false;
     if (!isListed)
-        m_folders.Add(folder);
+        m_folders.Add(lastingPath(folder));
     m_kinds.SetAt(folder, kind);
     return true;
 }

@@ -21,7 +21,7 @@ public:
 
     /// The root folder that equals the path or holds it; "" when there is none.
     CString holder(const CString& path) const;
-    /// False when it is listed already with that kind.
+    /// False when it is listed already with that kind. Throws HostError for a folder of a device.
     bool add(const CString& folder, CQoPathInfo::EType kind);
     /// Also removes a folder that is not listed but that the database still knows.
     void remove(const CString& folder);

@@ -83,11 +83,17 @@ std::string rootSentences(const std::vector<RootProblem>& problems, const std::s
     return text;
 }
 
-std::int64_t countOwnFiles(const CString& database)
+std::int64_t countFiles(const CString& database, const CString& collection)
 {
+    if (!fileSystem().exists(database))
+        return 0;
     CSQLiteDB db(database);
     db.Open();
-    return numberOf(db, u"SELECT COUNT(*) FROM FILE_T WHERE FT_COLL_ID = ''");
+    CSQLiteStatement statement =
+        db.CompileStatement(u"SELECT COUNT(*) FROM FILE_T WHERE FT_COLL_ID = ?1");
+    statement.BindText(1, collection);
+    const CSQLiteQueryResult result = statement.ExecuteQuery();
+    return result.Eof() ? 0 : result.GetInt64Field(0);
 }
 
 std::int64_t countFilesBelow(const CString& database, const CString& folder)

@@ -26,8 +26,9 @@ bool isSystemFolder(const std::string& folder);
 /// A line about each, in the past or present as `went` says: "went away during the scan".
 std::string rootSentences(const std::vector<RootProblem>& problems, const std::string& went);
 
-/// How many rows the user's own collection has. Throws what the database layer throws.
-std::int64_t countOwnFiles(const CString& database);
+/// How many rows a collection has, the user's own or that of a device; 0 without a database. Throws
+/// what the database layer throws.
+std::int64_t countFiles(const CString& database, const CString& collection = CString());
 
 /// How many rows of the user's own collection lie below the folder; 0 without a database.
 std::int64_t countFilesBelow(const CString& database, const CString& folder);

@@ -107,7 +107,7 @@ void insertEdits(CSQLiteDB& db, const EditedFile& file, const char16_t* onConfli
                             u" INTO EDIT_T (ET_ID, ET_PATH, ET_SIZE, ET_MODIF_TIME, ET_FIELD, "
                             u"ET_VALUE) VALUES (?1, ?2, ?3, ?4, ?5, ?6)");
     statement.BindText(1, file.id);
-    statement.BindText(2, file.path);
+    statement.BindText(2, lastingPath(file.path));
     statement.BindInt64(3, file.size);
     statement.BindInt64(4, file.modified);
     for (const auto& [field, value] : file.fields)
@@ -173,7 +173,7 @@ void insertPlaces(CSQLiteDB& db,
         statement.BindInt64(2, *lastSave);
     for (const CString& place : places)
     {
-        statement.BindText(1, place);
+        statement.BindText(1, lastingPath(place));
         statement.ExecuteDML();
     }
 }
@@ -220,7 +220,7 @@ void replaceFolders(CSQLiteDB& db, const std::vector<FarFolder>& folders)
         u"INSERT OR REPLACE INTO FOLDER_T (FO_PATH, FO_DEVICE, FO_KIND) VALUES (?1, ?2, ?3)");
     for (const FarFolder& folder : folders)
     {
-        statement.BindText(1, folder.path);
+        statement.BindText(1, lastingPath(folder.path));
         statement.BindInt64(2, static_cast<std::int64_t>(folder.device));
         statement.BindInt(3, folder.isLink ? linkKind : mountKind);
         statement.ExecuteDML();

@@ -1,3 +1,4 @@
+#include "core/base/HostFiles.h"
 #include "core/store/HostStore.h"
 #include "core/store/StoreSchema.h"
 
@@ -38,7 +39,7 @@ void insertEntries(CSQLiteDB& db, int playlist, const std::vector<StoredEntry>& 
         statement.BindInt(2, ++position);
         statement.BindInt(3, entry.row);
         statement.BindText(4, entry.id);
-        statement.BindText(5, entry.path);
+        statement.BindText(5, lastingPath(entry.path));
         statement.BindText(6, entry.text);
         statement.BindText(7, entry.title);
         statement.BindText(8, entry.artist);

@@ -71,10 +71,15 @@ CQoUSBManager::CQoUSBManager() : CQoUSBManagerBase(UsbDeviceInfo::usbDevice) {}
 void CQoUSBManager::init()
 {
     qo::log(level::flow, u"CQoUSBManager::init");
+    loadDevices();
+    refreshDevices();
+}
+
+void CQoUSBManager::loadDevices()
+{
     CStringArray records;
     CQoSettings::getList(CQoSettings::UsbDevicesCount, usbDeviceKey, records);
     loadDevicesFromCfg(records);
-    refreshDevices();
 }
 
 void CQoUSBManager::saveDevices()

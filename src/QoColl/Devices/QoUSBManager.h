@@ -32,6 +32,8 @@ public:
 
     /// Loads the devices from the settings and looks which are there.
     void init();
+    /// The former alone: no device is connected then, and no disk gets a letter.
+    void loadDevices();
     void saveDevices() override;
     void refreshDevices() override;
     bool detectMusicAndMoviesDirs(UsbDeviceInfoPtr& device,
