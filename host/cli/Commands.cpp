@@ -42,6 +42,7 @@ namespace qo::cli
     ROW(sorting, "undo", setUpUndo, "Take back what the last mv, rm, add or plan did")             \
     ROW(sorting, "runs", setUpRuns, "List what mv, rm, add and plans did, or the files of one")    \
     ROW(places, "plugin", setUpPlugin, "Storage services: browse them, copy from and to them")     \
+    ROW(places, "device", setUpDevice, "Disks, sticks and phones: take in, copy from and to them") \
     ROW(sharing, "extract", setUpExtract, "The collection as a text file, to be shown to others")  \
     ROW(sharing, "share", setUpShare, "Invite friends to one's collection")                        \
     ROW(upkeep, "config", setUpConfig, "The settings")                                             \

@@ -6,6 +6,7 @@
 #include "core/load/StoredLoad.h"
 #include "core/roots/RootFolders.h"
 #include "core/session/Heap.h"
+#include "devices/known/Devices.h"
 #include "plugins/configured/ConfiguredPlugins.h"
 
 #include <algorithm>
@@ -95,8 +96,27 @@ loadCollection(const CommandLine& line, Session& session, const host::LoadOption
                    });
 }
 
+void addDeviceOption(CommandLine& line, CLI::App& command)
+{
+    addArgument(command, "--on", line.device, "The files of a device that was adopted")
+        ->type_name("DEVICE");
+}
+
 host::LoadReport loadForReading(const CommandLine& line, Session& session)
 {
+    if (!line.device.empty())
+        return runLoad(line,
+                       session,
+                       [&](host::ProgressReporter& progress)
+                       {
+                           const host::Device device = host::Devices().need(line.device);
+                           if (!device.info->m_configured)
+                               throw HostError(ExitCode::usage,
+                                               device.name +
+                                                   " is not in the collection: \"qo device adopt\" "
+                                                   "takes it in");
+                           return host::loadStored(session, progress, device.collection());
+                       });
     const host::LoadReport report = !session.hasLock()
                                         ? runLoad(line,
                                                   session,

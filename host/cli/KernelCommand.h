@@ -65,6 +65,9 @@ auto runShown(const CommandLine& line, host::Session& session, Function function
 /// Checks the database and loads the collection, with progress and a way to interrupt.
 host::LoadReport
 loadCollection(const CommandLine& line, host::Session& session, const host::LoadOptions& options);
-/// What the database has, for a session that looks; the plain start for one that holds.
+/// Lets a command that lists what loadForReading() loads list the files of a device instead.
+void addDeviceOption(CommandLine& line, CLI::App& command);
+/// What the database has, for a session that looks; the plain start for one that holds. With a
+/// device on the command line, what it has of that.
 host::LoadReport loadForReading(const CommandLine& line, host::Session& session);
 } // namespace qo::cli

@@ -11,7 +11,7 @@ struct CommandLine;
 /// paths apart.
 CString findHolder(const host::RootFolders& roots, const CString& folder);
 
-/// Asks before a folder becomes a root folder that holds the system's own; throws HostError if that
-/// is not wanted.
+/// Asks before a folder becomes a root folder that holds the system's own. Throws HostError if that
+/// is not wanted, and for a folder of a device that was adopted.
 void confirmNewRoot(const CommandLine& line, const CString& folder);
 } // namespace qo::cli

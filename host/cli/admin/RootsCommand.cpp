@@ -7,6 +7,7 @@
 #include "core/collection/CollectionFiles.h"
 #include "core/roots/RootGuard.h"
 #include "core/roots/StoredRoots.h"
+#include "devices/known/Devices.h"
 
 #include <algorithm>
 
@@ -217,6 +218,7 @@ CString findHolder(const RootFolders& roots, const CString& folder)
 
 void confirmNewRoot(const CommandLine& line, const CString& folder)
 {
+    host::refuseFolderOfDevice(folder);
     if (!line.dryRun && host::isSystemFolder(toSystemPath(folder)))
         confirm(line,
                 host::shownPath(folder) + " holds folders of the system, such as /proc and /dev; a "

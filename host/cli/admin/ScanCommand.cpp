@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/KernelCommand.h"
+#include "cli/admin/DeviceScans.h"
 #include "cli/admin/MovedOffers.h"
 #include "cli/admin/RootChange.h"
 #include "cli/files/FileRecord.h"
@@ -9,6 +10,7 @@
 #include "core/load/UnfinishedScan.h"
 #include "core/roots/RootGuard.h"
 #include "core/roots/StoredRoots.h"
+#include "devices/known/Devices.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -106,7 +108,8 @@ private:
     bool m_isKept = false;
 };
 
-void addScannedFolders(const CommandLine& line, Session& session, const ScanOptions& options)
+/// False when there is no root folder; then adopted devices are all that is scanned.
+bool addScannedFolders(const CommandLine& line, Session& session, const ScanOptions& options)
 {
     const bool hasRoots = session.kernel().run(
         [&]
@@ -129,31 +132,38 @@ void addScannedFolders(const CommandLine& line, Session& session, const ScanOpti
                                          roots);
             return !roots.folders().IsEmpty();
         });
-    if (!hasRoots)
+    if (!hasRoots && !session.kernel().run([] { return host::hasAdoptedDevices(); }))
         throw HostError(ExitCode::usage,
                         "there is no folder to scan yet: name one, as in \"qo scan ~/Music\"");
     session.saveSettings();
+    return hasRoots;
 }
 
-LoadReport scanRoots(const CommandLine& line, Session& session, const ScanOptions& options)
+/// A copy of the database, which a dry run may write to; null for a real run.
+std::unique_ptr<ScratchDatabase> trialOf(const CommandLine& line, Session& session)
+{
+    if (!line.dryRun)
+        return nullptr;
+    return session.kernel().run(
+        []
+        {
+            auto copy = std::make_unique<ScratchDatabase>(u"trial");
+            copy->copyFrom(Session::databasePath());
+            return copy;
+        });
+}
+
+LoadReport scanRoots(const CommandLine& line,
+                     Session& session,
+                     const ScanOptions& options,
+                     const CString& database)
 {
     host::LoadOptions load;
     load.rescan = true;
     load.isLast = true;
     load.allowMissingRoot = options.allowMissingRoot;
     load.deep = options.deep;
-    std::unique_ptr<ScratchDatabase> trial; // a copy, which may be written to
-    if (line.dryRun)
-    {
-        trial = session.kernel().run(
-            []
-            {
-                auto copy = std::make_unique<ScratchDatabase>(u"trial");
-                copy->copyFrom(Session::databasePath());
-                return copy;
-            });
-        load.database = trial->path();
-    }
+    load.database = database;
     return loadCollection(line, session, load);
 }
 
@@ -183,17 +193,25 @@ ExitCode scan(CommandLine& line, const ScanOptions& options)
     const auto session = openKernel(line, KernelUse::hold);
     const int moved = options.findMoved ? findMoved(line, *session, options) : 0;
     RootsUntilScanned roots(*session);
-    addScannedFolders(line, *session, options);
+    const bool hasRoots = addScannedFolders(line, *session, options);
     // Records stand below the new ones already.
     if (moved > 0)
         roots.keep();
-    const LoadReport report = scanRoots(line, *session, options);
-    if (!line.dryRun)
-        roots.keep();
-    printScan(line, options, report, moved);
-    if (options.findMoved && !line.dryRun)
-        rememberHeads(line, *session);
-    return ExitCode::done;
+    const auto trial = trialOf(line, *session);
+    const CString database = trial ? trial->path() : CString();
+    if (!hasRoots)
+        session->kernel().run(
+            [&] { session->prepareDatabase(trial ? database : Session::databasePath(), true); });
+    else
+    {
+        const LoadReport report = scanRoots(line, *session, options, database);
+        if (!line.dryRun)
+            roots.keep();
+        printScan(line, options, report, moved);
+        if (options.findMoved && !line.dryRun)
+            rememberHeads(line, *session);
+    }
+    return scanDevices(line, *session, database, options.deep);
 }
 
 /// Resident memory of this process, as the system counts it; 0 when it does not say.

@@ -14,6 +14,7 @@
 #include "core/runs/RunFiles.h"
 #include "core/session/Session.h"
 #include "core/session/SettingValues.h"
+#include "devices/known/Devices.h"
 #include "plugins/configured/ConfiguredPlugins.h"
 
 #include <algorithm>
@@ -96,6 +97,7 @@ enum class Values
     rules,
     playlists,
     plugins,
+    devices,
     settings,
     settingValues, ///< of the setting that is named before
     fields,
@@ -123,6 +125,14 @@ constexpr ValueRow valueRows[] = {{"*", "--artist", Values::artists},
                                   {"*", "--rule", Values::rules},
                                   {"*", "RULE", Values::rules},
                                   {"*", "PLAYLIST", Values::playlists},
+                                  {"*", "--on", Values::devices},
+                                  {"device adopt", "NAME", Values::devices},
+                                  {"device forget", "NAME", Values::devices},
+                                  {"device info", "NAME", Values::devices},
+                                  {"device eject", "NAME", Values::devices},
+                                  {"device browse", "NAME", Values::devices},
+                                  {"device pull", "NAME", Values::devices},
+                                  {"device push", "--to", Values::devices},
                                   {"plugin login", "NAME", Values::plugins},
                                   {"plugin logout", "NAME", Values::plugins},
                                   {"plugin set", "NAME", Values::plugins},
@@ -196,6 +206,18 @@ public:
                 Words list;
                 for (const host::PluginEntry& each : host::pluginEntries(m_session.settings()))
                     list.push_back(toUtf8(each.name));
+                return list;
+            });
+    }
+    Words devices()
+    {
+        return m_session.kernel().run(
+            []
+            {
+                Words list;
+                const host::Devices devices;
+                for (const host::Device& each : devices.all())
+                    list.push_back(each.name);
                 return list;
             });
     }
@@ -396,6 +418,8 @@ void addValues(Candidates& found,
         return addAll(found, CandidateNames(line, cursor).playlists());
     case Values::plugins:
         return addAll(found, CandidateNames(line, cursor).plugins());
+    case Values::devices:
+        return addAll(found, CandidateNames(line, cursor).devices());
     case Values::settings:
         return addAll(found, CandidateNames(line, cursor).settings());
     case Values::settingValues:
@@ -446,8 +470,9 @@ Candidates valuesOf(const CLI::Option& option,
         addValues(found, row->values, line, cursor, current);
     if (facts.value == "DIR")
         found.files = Candidates::Files::folders;
-    else if (facts.value == "PATH" && commandKey(*cursor.command).starts_with("plugin "))
-        found.files = Candidates::Files::none; // the path is one in the service
+    else if (facts.value == "PATH" && (commandKey(*cursor.command).starts_with("plugin ") ||
+                                       commandKey(*cursor.command).starts_with("device ")))
+        found.files = Candidates::Files::none; // the path is one elsewhere
     else if (facts.value == "QUERY" || facts.value == "FILE" || facts.value == "PATH" ||
              facts.value == "RULE" || facts.value == "PLAN")
         found.files = Candidates::Files::any;

@@ -295,6 +295,37 @@ const std::vector<CommandText> texts = {
 {"plugin put", {
     {"qo plugin put Downloads/new.mp3 --to NAS/Music/Kino", "Copy a file into a folder of a service"},
     {"qo plugin put Downloads/*.mp3 --to NAS/Music --dry-run", "Show what that would do"}}},
+{"device", {
+    {"qo device", "The devices that are connected or adopted"},
+    {"qo device adopt Stick --music Music", "Take the music of a stick into the collection", 4}}},
+{"device ls", {
+    {"qo device ls", "The devices, with the room that is left on each"},
+    {"qo device ls --json", "The same for a program"}}},
+{"device adopt", {
+    {"qo device adopt Stick", "Take in the folders that seem to hold music and videos", 4},
+    {"qo device adopt /media/ann/Stick --music Music", "Name the device by its place", 4}},
+    "\"qo scan\" then looks through these folders whenever the device is connected. While it is away "
+    "its files stay in the collection: \"qo ls --on Stick\" lists them."},
+{"device forget", {
+    {"qo device forget Stick", "Take its files out of the collection; they stay on the device", 4},
+    {"qo device forget Stick --dry-run", "Show what that would do", 4}}},
+{"device info", {
+    {"qo device info Stick", "All that is known of it", 4},
+    {"qo device info Stick --json", "The same for a program", 4}}},
+{"device browse", {
+    {"qo device browse Stick", "What is in its first folder", 4},
+    {"qo device browse Stick Music --deep", "All files below a folder", 4}}},
+{"device pull", {
+    {"qo device pull Stick Music/Kino --to ~/Music", "Copy a folder with all that is in it", 4},
+    {"qo device pull Stick Music/a.mp3 --to . --replace", "Copy a file over an older copy", 4}},
+    "Each copy is read back and compared. Files that are there already stay as they are without "
+    "--replace."},
+{"device push", {
+    {"qo device push Downloads/*.mp3 --to Stick/Music", "Copy files to a device", 4},
+    {"qo device push Downloads/new.mp3 --to Stick/Music --dry-run", "Show what that would do", 4}}},
+{"device eject", {
+    {"qo device eject Stick", "Write all that is to be written, and take it out of use", 4},
+    {"qo device eject Stick --dry-run", "Show what that would do", 4}}},
 {"extract", {
     {"qo extract write mine.txt", "Write what one has into a text file, for a friend"},
     {"qo extract show mine.txt", "List what such a file holds", 4}},

@@ -47,6 +47,11 @@ void FarPlace::fail(const std::string& what)
     throw HostError(ExitCode::failed, what + ": " + (cause.empty() ? "no cause was given" : cause));
 }
 
+std::string FarPlace::remove(const CQoCollPath&, IQoProgress&)
+{
+    return "nothing can be removed from " + m_name;
+}
+
 void stopIfCancelled(IQoProgress& progress)
 {
     if (progress.isCanceled())

@@ -94,7 +94,8 @@ public:
                              CQoCollPath& path,
                              bool replaces,
                              IQoProgress& progress) = 0;
-    virtual std::string remove(const CQoCollPath& path, IQoProgress& progress) = 0;
+    /// With all that is in it, where the place lets files be removed by the command.
+    virtual std::string remove(const CQoCollPath& path, IQoProgress& progress);
 
 private:
     const std::string m_name;

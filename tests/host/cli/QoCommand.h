@@ -78,6 +78,7 @@ public:
         words.insert(words.end(), arguments.begin(), arguments.end());
         std::vector<std::string> variables{
             "HOME=" + dir.path("home"), "LC_ALL=C", "TZ=UTC", "TERM=dumb"};
+        variables.insert(variables.end(), moreVariables.begin(), moreVariables.end());
         std::vector<char*> argv = pointers(words);
         std::vector<char*> environment = pointers(variables);
         posix_spawn_file_actions_t actions;
@@ -177,6 +178,7 @@ public:
     }
 
     TempDir dir;
+    std::vector<std::string> moreVariables; ///< of its environment, "NAME=value"
 
 private:
     static std::vector<char*> pointers(std::vector<std::string>& words)

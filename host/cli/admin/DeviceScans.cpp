@@ -1,0 +1,84 @@
+#include "cli/admin/DeviceScans.h"
+
+#include "cli/KernelCommand.h"
+#include "cli/shown/Text.h"
+#include "core/base/Json.h"
+#include "core/roots/RootGuard.h"
+#include "devices/known/DeviceScan.h"
+
+namespace qo::cli
+{
+namespace
+{
+using host::Device;
+using host::DeviceReport;
+
+void printAway(CommandLine& line, const Device& device, const CString& database)
+{
+    const std::int64_t files = host::countFiles(database, device.collection());
+    if (line.json)
+        return line.out.line(
+            host::dump({{"device", device.name}, {"connected", false}, {"files", files}}));
+    line.note("the device " + device.name +
+              (device.state == Device::State::inRoots ? " is not scanned as one, since a root "
+                                                        "folder lies on it or holds it: "
+                                                      : " is away: ") +
+              countText(files, "file") + " of it stay in the collection");
+}
+
+void printFound(CommandLine& line, const Device& device, const DeviceReport& report)
+{
+    for (const std::string& remark : report.remarks)
+        line.note(remark);
+    if (line.json)
+        return line.out.line(host::dump({{"device", device.name},
+                                         {"connected", true},
+                                         {"files", report.files},
+                                         {"new", report.added},
+                                         {"changed", report.changed},
+                                         {"gone", report.gone},
+                                         {"seconds", report.seconds}}));
+    line.out.line(std::string(line.dryRun ? "A scan would find " : "Scanned ") +
+                  countText(report.files, "file") + " on " + harmless(device.name) + ": " +
+                  std::to_string(report.added) + " new, " + std::to_string(report.changed) +
+                  " changed, " + std::to_string(report.gone) + " gone, " +
+                  secondsText(report.seconds) + " s");
+}
+} // namespace
+
+ExitCode scanDevices(CommandLine& line, host::Session& session, const CString& trial, bool isDeep)
+{
+    if (!session.kernel().run([] { return host::hasAdoptedDevices(); }))
+        return ExitCode::done;
+    const CString database = trial.IsEmpty() ? host::Session::databasePath() : trial;
+    bool hasFailed = false;
+    const auto scanAll = [&](host::ProgressReporter& progress)
+    {
+        // Both collections would share artists and albums, and nobody looks at the own one again.
+        CQoCollection::m_ownCollection.clearCollection(&progress);
+        const host::Devices devices;
+        for (const Device& device : devices.adopted())
+        {
+            if (!device.isPresent())
+            {
+                printAway(line, device, database);
+                continue;
+            }
+            try
+            {
+                printFound(
+                    line, device, host::scanDevice(session, device, database, isDeep, progress));
+            }
+            catch (const HostError& error)
+            {
+                if (error.code() == ExitCode::interrupted)
+                    throw;
+                hasFailed = true;
+                CommandLine::complain(error.what());
+            }
+        }
+    };
+    runShown(line, session, scanAll);
+    return hasFailed ? ExitCode::partly : ExitCode::done;
+}
+} // namespace qo::cli

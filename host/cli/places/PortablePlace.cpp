@@ -1,0 +1,124 @@
+#include "cli/places/DevicePlace.h"
+#include "core/base/HostFiles.h"
+
+#include <QoKernel/Collection.h>
+
+namespace qo::cli
+{
+namespace
+{
+/// The bytes of one file, out of the positions that the kernel reports of it.
+class ByteProgress final : public CDummyProgress
+{
+public:
+    /// Positions are bytes, or hundredths of that many.
+    ByteProgress(IQoProgress& shown, std::int64_t hundred) : m_shown(shown), m_hundred(hundred) {}
+
+    void setPosition(std::uintptr_t position) override
+    {
+        constexpr std::uint64_t hundred = 100;
+        const std::uint64_t done =
+            m_hundred > 0 ? position * static_cast<std::uint64_t>(m_hundred) / hundred : position;
+        m_shown.setDoneSize(static_cast<std::uint32_t>(done), done >> 32U);
+    }
+    bool isCanceled() override { return m_shown.isCanceled(); }
+
+private:
+    IQoProgress& m_shown;
+    const std::int64_t m_hundred;
+};
+
+/// A phone or a player.
+class PortablePlace final : public FarPlace
+{
+public:
+    explicit PortablePlace(const host::Device& device)
+        : FarPlace(device.name, device.root()), m_isWritable(device.info->m_writable)
+    {
+    }
+
+    CString componentOf(const std::string& name) const override
+    {
+        return farComponent(fromUtf8(name));
+    }
+    std::string nameOf(const CString& component) const override
+    {
+        return toUtf8(farNameOf(component));
+    }
+    CString localNameOf(const CString& component) const override
+    {
+        return safeLocalName(farNameOf(component));
+    }
+
+    bool find(const CQoCollPath& path, IQoProgress& progress, FarEntry& entry) override
+    {
+        if (path.isEmpty())
+        {
+            entry = {{}, true, 0};
+            return true;
+        }
+        CQoWPDManager::ObjectInfo info;
+        if (!CQoWPDManager::getPathInfo(path, &progress, info))
+            return false;
+        entry = {info.m_pathName, info.isFolder(), info.m_size};
+        return true;
+    }
+    bool list(const CQoCollPath& folder,
+              Items items,
+              int depth,
+              IQoProgress& progress,
+              QoFileDbItemArray& records) override
+    {
+        return CQoWPDManager::getFilesFromDevice(
+            folder,
+            items == Items::files ? CQoWPDManager::deviceFiles : CQoWPDManager::deviceFolders,
+            depth > 1,
+            &progress,
+            records);
+    }
+    std::string takeCause() override { return {}; }
+
+    bool takesFiles() override { return m_isWritable; }
+    bool room(std::int64_t& bytes) override
+    {
+        CArray<CQoCollPath> paths;
+        paths.Add(root());
+        std::int64_t total = 0;
+        return CQoWPDManager::getDeviceFillStateInfo(paths, total, bytes);
+    }
+
+    std::string fetch(const CQoCollPath& path,
+                      std::int64_t size,
+                      const CString& local,
+                      IQoProgress& progress) override
+    {
+        ByteProgress bytes(progress, 0);
+        return CQoWPDManager::getFile(path.toString(), local, size, &bytes, true) ? "" : failed();
+    }
+    /// A device can have several files of one name, so the one that is replaced goes first.
+    std::string send(const CString& local,
+                     std::int64_t size,
+                     CQoCollPath& path,
+                     bool replaces,
+                     IQoProgress& progress) override
+    {
+        FarEntry entry;
+        if (replaces && find(path, progress, entry) &&
+            !CQoWPDManager::deleteFile(path.toString(), &progress))
+            return "the file that is there cannot be removed";
+        ByteProgress bytes(progress, size);
+        return CQoWPDManager::putFile(local, {}, path.toString(), size, &bytes) ? "" : failed();
+    }
+
+private:
+    static std::string failed() { return "the device did not do it; \"qo log\" says more"; }
+
+    const bool m_isWritable;
+};
+} // namespace
+
+std::unique_ptr<FarPlace> portablePlace(const host::Device& device)
+{
+    return std::make_unique<PortablePlace>(device);
+}
+} // namespace qo::cli
