@@ -126,6 +126,35 @@ CString CMpSearchResultCollection::getAvailableNewPath(const CString& name) cons
 boost::shared_ptr<CHDSearchResult>
 CMpSearchResultCollection::addSearchResultFile(const CSearchResultDraggableObject& object)
 {
+    CQoCollDb db(m_dbPath);
+    return add(db, object);
+}
+
+CPtrListT<CHDSearchResult> CMpSearchResultCollection::addSearchResultFiles(
+    const std::vector<CSearchResultDraggableObject>& objects)
+{
+    const int before = m_results.GetSize();
+    CPtrListT<CHDSearchResult> added;
+    try
+    {
+        CQoCollDb db(m_dbPath);
+        qo::DbTransaction transaction(db);
+        for (const CSearchResultDraggableObject& object : objects)
+            added.Add(add(db, object));
+        transaction.commit();
+    }
+    catch (...)
+    {
+        while (m_results.GetSize() > before)
+            m_results.RemoveAt(m_results.GetSize() - 1);
+        throw;
+    }
+    return added;
+}
+
+boost::shared_ptr<CHDSearchResult>
+CMpSearchResultCollection::add(CQoCollDb& db, const CSearchResultDraggableObject& object)
+{
     QoFileDbItemPtr item =
         qo::makeObject<QoFileDbItem>(QO_HERE(u".\\QoColl\\Player\\MpSearchResultCollection"));
     item->path = getAvailableNewPath(object.m_name);
@@ -137,7 +166,7 @@ CMpSearchResultCollection::addSearchResultFile(const CSearchResultDraggableObjec
     params.source = item->source;
     params.shareName = object.m_xml; // where files of shares have the name of their share
     item->params = CVelmoraFileParamsUtils::ToDbParam(params);
-    CQoCollDb(m_dbPath).insertFile(item, CQoCollection::m_searchResultCollID);
+    db.insertFile(item, CQoCollection::m_searchResultCollID);
     const auto result = CHDSearchResult::createSearchResult(item);
     m_results.Add(result);
     return result;

@@ -6,6 +6,9 @@
 #include "types/Export.h"
 #include "types/String.h"
 
+#include <vector>
+
+class CQoCollDb;
 struct CSearchResultDraggableObject;
 
 /// The tracks that searches on the web found and that were kept, as a small collection of its own
@@ -26,6 +29,9 @@ public:
     /// Stores a new one. CSQLiteException* goes to the caller.
     boost::shared_ptr<CHDSearchResult>
     addSearchResultFile(const CSearchResultDraggableObject& object);
+    /// The same for several, all or none of them.
+    CPtrListT<CHDSearchResult>
+    addSearchResultFiles(const std::vector<CSearchResultDraggableObject>& objects);
     /// Marks it as deleted.
     void deleteSearchResultFile(boost::shared_ptr<CHDSearchResult>& result);
 
@@ -42,6 +48,9 @@ protected:
     CString getAvailableNewPath(const CString& name) const;
 
 private:
+    boost::shared_ptr<CHDSearchResult> add(CQoCollDb& db,
+                                           const CSearchResultDraggableObject& object);
+
     CString m_dbPath;
     CPtrListT<CHDSearchResult> m_results;
 };

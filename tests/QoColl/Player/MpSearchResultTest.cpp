@@ -1,3 +1,4 @@
+#include "Database/DbFixture.h"
 #include "Physical/HDSearchResult.h"
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
@@ -176,6 +177,18 @@ TEST_F(MpSearchResults, ASaveThatFailsChangesNothing)
     EXPECT_TRUE(log.has("CMpSearchResultCollection::saveDbChanges : error saving to db ", 10));
     EXPECT_EQ(collection.getSearchResults().GetSize(), 1);
     EXPECT_EQ(result->getDbItem()->dbState, qo::dbState::deleted);
+}
+
+TEST_F(MpSearchResults, SeveralAreKeptAllOrNone)
+{
+    CSearchResultDraggableObject object;
+    object.m_name = u"tube::abc_1";
+    EXPECT_EQ(collection.addSearchResultFiles({object, object}).GetSize(), 2);
+    EXPECT_EQ(storedCount(), 2);
+    qo::fileSystem().removeFile(CQoPaths::getQoDbFilePath());
+    qo::fileSystem().makeDirectory(CQoPaths::getQoDbFilePath());
+    EXPECT_TRUE(thrownBy([&] { collection.addSearchResultFiles({object}); }));
+    EXPECT_EQ(collection.getSearchResults().GetSize(), 2);
 }
 
 TEST_F(MpSearchResults, ATrackThatWasFoundIsKeptAndComesFromItsPlugin)
