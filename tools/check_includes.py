@@ -31,7 +31,7 @@ HOST_ORDER = (
     {"core/session", "core/store"},
     {"core/collection"},
     {"core/query"},
-    {"core/stats"},
+    {"core/stats", "core/search"},
     {"core/rules"},
     {"core/plan"},
     {"core/playlist"},

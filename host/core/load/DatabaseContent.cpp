@@ -18,14 +18,18 @@ struct Check
     const char* name;
     const char16_t* sql; ///< counts what is wrong
 };
+// Results of searches have an identity from their first download on, and a collection that has no
+// row of its own.
 constexpr Check checks[] = {
     {"files without a path", u"SELECT COUNT(*) FROM FILE_T WHERE FT_PATH IS NULL OR FT_PATH = ''"},
     {"paths that stand twice",
      u"SELECT COUNT(*) - COUNT(DISTINCT FT_COLL_ID || '|' || FT_PATH) FROM FILE_T"},
     {"files without an identity",
-     u"SELECT COUNT(*) FROM FILE_T WHERE FT_VELMORA_ID IS NULL OR FT_VELMORA_ID = ''"},
+     u"SELECT COUNT(*) FROM FILE_T WHERE (FT_VELMORA_ID IS NULL OR FT_VELMORA_ID = '') "
+     u"AND FT_COLL_ID <> '?searchresult?'"},
     {"files of unknown collections",
-     u"SELECT COUNT(*) FROM FILE_T WHERE FT_COLL_ID NOT IN (SELECT CT_COLL_ID FROM COLL_T)"}};
+     u"SELECT COUNT(*) FROM FILE_T WHERE FT_COLL_ID <> '?searchresult?' "
+     u"AND FT_COLL_ID NOT IN (SELECT CT_COLL_ID FROM COLL_T)"}};
 
 /// The columns that a load or a save would miss.
 void checkColumns(const CSQLiteDB& db, std::vector<std::string>& faults)
