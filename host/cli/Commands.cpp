@@ -43,6 +43,7 @@ namespace qo::cli
     ROW(sorting, "runs", setUpRuns, "List what mv, rm, add and plans did, or the files of one")    \
     ROW(places, "plugin", setUpPlugin, "Storage services: browse them, copy from and to them")     \
     ROW(places, "device", setUpDevice, "Disks, sticks and phones: take in, copy from and to them") \
+    ROW(places, "search", setUpSearch, "Search in storage services, and fetch what was found")     \
     ROW(sharing, "extract", setUpExtract, "The collection as a text file, to be shown to others")  \
     ROW(sharing, "share", setUpShare, "Invite friends to one's collection")                        \
     ROW(upkeep, "config", setUpConfig, "The settings")                                             \

@@ -326,6 +326,23 @@ const std::vector<CommandText> texts = {
 {"device eject", {
     {"qo device eject Stick", "Write all that is to be written, and take it out of use", 4},
     {"qo device eject Stick --dry-run", "Show what that would do", 4}}},
+{"search", {
+    {"qo search \"blue sky\" --on home", "Look for tracks in a music server", 4},
+    {"qo search", "The tracks that were found so far, with their numbers"},
+    {"qo search blue --limit 5 --dry-run", "Look only, and keep nothing", 2}},
+    "What is found is kept, so that it can be fetched by its number later. A text that is the name "
+    "of a sub-command stands after \"--\"."},
+{"search ls", {
+    {"qo search ls", "The tracks that are kept, with their numbers"},
+    {"qo search ls --json", "The same for a program"}}},
+{"search get", {
+    {"qo search get 12 15 --to ~/Music", "Copy two of the tracks that were found", 4},
+    {"qo search get 12 --to ~/Music --dry-run", "Show what that would do", 4}},
+    "Files that are there already stay as they are without --replace. What is interrupted leaves no "
+    "part of a file."},
+{"search clear", {
+    {"qo search clear", "Forget the tracks that were found; those in playlists stay"},
+    {"qo search clear --dry-run", "Only say how many that would be"}}},
 {"extract", {
     {"qo extract write mine.txt", "Write what one has into a text file, for a friend"},
     {"qo extract show mine.txt", "List what such a file holds", 4}},

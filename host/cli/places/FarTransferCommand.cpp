@@ -1,6 +1,5 @@
 #include "cli/KernelCommand.h"
-#include "cli/places/FarPlace.h"
-#include "cli/places/FarReport.h"
+#include "cli/places/FarTransfer.h"
 #include "cli/places/TransferProgress.h"
 #include "cli/shown/Text.h"
 #include "core/base/SystemPath.h"
@@ -24,14 +23,6 @@ struct TransferOptions
     bool replaces = false;
 };
 
-/// One file with its two ends.
-struct Transfer
-{
-    CQoCollPath far;
-    CString local;
-    std::int64_t size;
-};
-
 std::int64_t sizeOfAll(const std::vector<Transfer>& transfers)
 {
     std::int64_t sum = 0;
@@ -42,12 +33,12 @@ std::int64_t sizeOfAll(const std::vector<Transfer>& transfers)
 
 /// Carries out each of them with progress. The function gives the cause of a failure.
 template <class Function>
-ExitCode runTransfers(CommandLine& line,
-                      const FarPlace& place,
-                      const std::vector<Transfer>& transfers,
-                      FarReport& report,
-                      ProgressReporter& reporter,
-                      Function run)
+void runTransfers(CommandLine& line,
+                  const FarPlace& place,
+                  const std::vector<Transfer>& transfers,
+                  FarReport& report,
+                  ProgressReporter& reporter,
+                  Function run)
 {
     TransferProgress progress(reporter, sizeOfAll(transfers));
     for (const Transfer& each : transfers)
@@ -62,7 +53,6 @@ ExitCode runTransfers(CommandLine& line,
         report.add(deed);
         progress.endFile(each.size);
     }
-    return report.exitCode();
 }
 
 /// What is fetched for a path: a file, or all files of a folder, which keep their places in it.
@@ -152,36 +142,20 @@ void needRoom(const std::string& where, std::int64_t bytes, std::int64_t room)
 
 ExitCode fetchAll(CommandLine& line, const PlaceKind& kind, const TransferOptions& options)
 {
-    const CString folder = fromSystemPath(host::existingFolder(options.to));
-    needWritable(folder);
-    const auto session = openKernel(line, KernelUse::look);
-    FarReport report(line, "fetched", "would be fetched");
-    return runShown(line,
-                    *session,
-                    [&](ProgressReporter& progress)
-                    {
-                        const auto place = kind.open(*session, options.name, nullptr);
-                        std::vector<Transfer> fetches;
-                        for (const std::string& path : options.paths)
-                            addFetches(*place, place->path(path), folder, progress, fetches);
-                        std::uint64_t room = 0;
-                        if (fileSystem().room(folder, room) == 0)
-                            needRoom(host::shownPath(folder),
-                                     sizeOfAll(fetches),
-                                     static_cast<std::int64_t>(room));
-                        std::set<CString> taken;
-                        const auto fetch = [&](const Transfer& each, IQoProgress& shown)
-                        {
-                            std::string cause = obstacle(each, options.replaces);
-                            if (cause.empty() && !taken.insert(each.local).second)
-                                cause = "another file of this call is called " +
-                                        host::shownPath(each.local);
-                            return line.dryRun || !cause.empty()
-                                       ? cause
-                                       : fetchFile(*place, each, options.replaces, shown);
-                        };
-                        return runTransfers(line, *place, fetches, report, progress, fetch);
-                    });
+    return fetchInto(line,
+                     options.to,
+                     [&](host::Session& session,
+                         const CString& folder,
+                         FarReport& report,
+                         ProgressReporter& progress)
+                     {
+                         const auto place = kind.open(session, options.name, nullptr);
+                         std::vector<Transfer> fetches;
+                         for (const std::string& path : options.paths)
+                             addFetches(*place, place->path(path), folder, progress, fetches);
+                         fetchTransfers(
+                             line, *place, fetches, folder, options.replaces, report, progress);
+                     });
 }
 
 /// The typed files as they will be called in the folder. Throws HostError for what is no file.
@@ -237,30 +211,64 @@ ExitCode sendAll(CommandLine& line, const PlaceKind& kind, const TransferOptions
 {
     const auto session = openKernel(line, KernelUse::look);
     FarReport report(line, "sent", "would be sent");
-    return runShown(line,
-                    *session,
-                    [&](ProgressReporter& progress)
-                    {
-                        std::string typed;
-                        const auto place = kind.open(*session, options.to, &typed);
-                        const CQoCollPath folder = place->path(typed);
-                        if (!place->takesFiles())
-                            throw HostError(ExitCode::failed, place->name() + " takes no files");
-                        const std::vector<Transfer> files = sendings(*place, options, folder);
-                        std::int64_t room = 0;
-                        if (place->room(room))
-                            needRoom(place->name(), sizeOfAll(files), room);
-                        return runTransfers(
-                            line,
-                            *place,
-                            files,
-                            report,
-                            progress,
-                            [&](const Transfer& each, IQoProgress& shown)
-                            { return sendFile(line, *place, each, options.replaces, shown); });
-                    });
+    runShown(line,
+             *session,
+             [&](ProgressReporter& progress)
+             {
+                 std::string typed;
+                 const auto place = kind.open(*session, options.to, &typed);
+                 const CQoCollPath folder = place->path(typed);
+                 if (!place->takesFiles())
+                     throw HostError(ExitCode::failed, place->name() + " takes no files");
+                 const std::vector<Transfer> files = sendings(*place, options, folder);
+                 std::int64_t room = 0;
+                 if (place->room(room))
+                     needRoom(place->name(), sizeOfAll(files), room);
+                 runTransfers(line,
+                              *place,
+                              files,
+                              report,
+                              progress,
+                              [&](const Transfer& each, IQoProgress& shown)
+                              { return sendFile(line, *place, each, options.replaces, shown); });
+             });
+    return report.exitCode();
 }
 } // namespace
+
+ExitCode fetchInto(CommandLine& line, const std::string& typed, const FetchRun& run)
+{
+    const CString folder = fromSystemPath(host::existingFolder(typed));
+    needWritable(folder);
+    const auto session = openKernel(line, KernelUse::look);
+    FarReport report(line, "fetched", "would be fetched");
+    runShown(line,
+             *session,
+             [&](ProgressReporter& progress) { run(*session, folder, report, progress); });
+    return report.exitCode();
+}
+
+void fetchTransfers(CommandLine& line,
+                    FarPlace& place,
+                    const std::vector<Transfer>& fetches,
+                    const CString& folder,
+                    bool replaces,
+                    FarReport& report,
+                    ProgressReporter& progress)
+{
+    std::uint64_t room = 0;
+    if (fileSystem().room(folder, room) == 0)
+        needRoom(host::shownPath(folder), sizeOfAll(fetches), static_cast<std::int64_t>(room));
+    std::set<CString> taken;
+    const auto fetch = [&](const Transfer& each, IQoProgress& shown)
+    {
+        std::string cause = obstacle(each, replaces);
+        if (cause.empty() && !taken.insert(each.local).second)
+            cause = "another file of this call is called " + host::shownPath(each.local);
+        return line.dryRun || !cause.empty() ? cause : fetchFile(place, each, replaces, shown);
+    };
+    runTransfers(line, place, fetches, report, progress, fetch);
+}
 
 void addFarTransfers(CommandLine& line, CLI::App& command, const PlaceKind& kind)
 {

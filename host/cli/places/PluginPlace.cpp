@@ -1,5 +1,6 @@
 #include "cli/places/PluginPlace.h"
 
+#include "cli/places/TrackPlace.h"
 #include "core/base/HostFiles.h"
 #include "plugins/base/PluginFailure.h"
 
@@ -106,7 +107,7 @@ std::unique_ptr<FarPlace> needPluginPlace(const std::string& typed)
 {
     const CString id = needPlugin(typed);
     if (CQoPluginManager::isLogicalBrowsePlugin(id))
-        return trackPlace(id);
+        return std::make_unique<TrackPlace>(id);
     if (!CQoPluginManager::isPhysicalBrowsePlugin(id))
         throw HostError(ExitCode::usage, "the plug-in " + toUtf8(id) + " cannot be browsed");
     return std::make_unique<PluginPlace>(id);

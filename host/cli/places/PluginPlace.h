@@ -9,8 +9,6 @@ CString needPlugin(const std::string& typed);
 /// A plug-in, whose artists and albums count as folders. Throws HostError when there is none of
 /// that name, or it cannot be browsed.
 std::unique_ptr<FarPlace> needPluginPlace(const std::string& typed);
-/// One of artists, albums and tracks.
-std::unique_ptr<FarPlace> trackPlace(const CString& id);
 /// "Music/Kino" for "Music\\Kino", as the settings keep folders of plug-ins.
 std::string shownPluginFolder(const CString& folder);
 /// Why the plug-in could not do it, in the words of the plug-in where it gave some.

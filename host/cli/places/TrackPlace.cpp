@@ -1,8 +1,12 @@
+#include "cli/places/TrackPlace.h"
+
 #include "cli/places/PluginPlace.h"
 #include "core/base/HostFiles.h"
 #include "plugins/base/PluginFailure.h"
 
-#include <map>
+#include <QoKernel/Collection.h>
+
+#include <boost/make_shared.hpp>
 
 namespace qo::cli
 {
@@ -64,131 +68,142 @@ std::string plainName(const std::string& typed)
     return name;
 }
 
-/// A plug-in of artists, albums and tracks. Artists and albums are its folders.
-class TrackPlace final : public FarPlace
+CQoCollPath trackPath(const CQoCollPath& album, const CString& title, const CString& extension)
 {
-public:
-    explicit TrackPlace(const CString& id)
-        : FarPlace(toUtf8(id), CQoPluginManager::createPath(id)), m_id(id)
-    {
-        CQoPluginManager::getLogicalBrowseFuncFromPlugin(id, m_browse);
-    }
+    return CQoCollPath::makeTrack(
+        album, album.getFirst(), album.getSecond(), farComponent(title), farComponent(extension));
+}
 
-    CString componentOf(const std::string& name) const override
-    {
-        return farComponent(fromUtf8(plainName(name)));
-    }
-    std::string nameOf(const CString& component) const override
-    {
-        return shownName(toUtf8(farNameOf(component)));
-    }
-    CString localNameOf(const CString& component) const override
-    {
-        return safeLocalName(farNameOf(component));
-    }
+/// The folder of an artist or album.
+CQoCollPath folderIn(const CQoCollPath& above, const CString& name)
+{
+    const CString component = farComponent(name);
+    return above.child(component.IsEmpty() ? CString(u" ") : component);
+}
 
-    bool find(const CQoCollPath& path, IQoProgress& progress, FarEntry& entry) override
-    {
-        PluginResultPtr found;
-        if (!path.isEmpty() &&
-            !CQoPluginManager::getPathResultFromLogicalPlugin(m_browse, path, &progress, found))
-            return false;
-        m_results[path.toString()] = found;
-        const bool isTrack = path.getCount() == trackLevel;
-        entry = {path.getLast(), !isTrack, isTrack ? found->GetSize() : 0};
-        return true;
-    }
-    bool list(const CQoCollPath& folder,
-              Items items,
-              int depth,
-              IQoProgress& progress,
-              QoFileDbItemArray& records) override
-    {
-        const PluginResultPtr above = m_results[folder.toString()];
-        if (!above && !folder.isEmpty())
-            return false;
-        PluginResultArray results;
-        if (!CQoPluginManager::getResultsSync(request(folder, above), results, &progress))
-            return false;
-        bool isComplete = true;
-        for (const PluginResultPtr& each : results)
-        {
-            const CQoCollPath path = each ? pathIn(folder, *each) : CQoCollPath();
-            const bool isTrack = path.getCount() == trackLevel;
-            if (!each || progress.isCanceled())
-                continue;
-            m_results[path.toString()] = each;
-            if (isTrack == (items == Items::files))
-                records.Add(recordOf(path, isTrack ? each->GetSize() : 0));
-            if (!isTrack && depth > 1)
-                isComplete = list(path, items, depth - 1, progress, records) && isComplete;
-        }
-        return isComplete && !progress.isCanceled();
-    }
-    std::string takeCause() override { return host::plainWords(host::takePluginFailure()); }
+CQoCollPath pathIn(const CQoCollPath& folder, const IGenericResult& result)
+{
+    if (folder.getCount() == trackLevel - 1)
+        return trackPath(folder, result.GetTitle(), result.GetExtension());
+    return folderIn(folder, folder.isEmpty() ? result.GetArtist() : result.GetAlbum());
+}
 
-    bool takesFiles() override { return false; }
-    bool room(std::int64_t&) override { return false; }
-
-    std::string fetch(const CQoCollPath& path,
-                      std::int64_t,
-                      const CString& local,
-                      IQoProgress& progress) override
-    {
-        FarEntry entry;
-        if (!m_results[path.toString()] && !find(path, progress, entry))
-            return pluginCause();
-        // As the service has it: its own tags say more than the names in the path.
-        const auto item =
-            CQoPluginManager::getDownloadItem(path, local, m_results[path.toString()]);
-        return item && CQoPluginManager::runDownload(*item, &progress) ? "" : pluginCause();
-    }
-    std::string send(const CString&, std::int64_t, CQoCollPath&, bool, IQoProgress&) override
-    {
-        return "it takes no files";
-    }
-    std::string remove(const CQoCollPath&, IQoProgress&) override
-    {
-        return "it lets nothing be removed";
-    }
-
-private:
-    PluginOperationPtr request(const CQoCollPath& folder, const PluginResultPtr& above) const
-    {
-        if (folder.isEmpty())
-            return m_browse->GetArtists();
-        return folder.getCount() == 1 ? m_browse->GetAlbums(above)
-                                      : m_browse->GetTracksForAlbum(above);
-    }
-    static CQoCollPath pathIn(const CQoCollPath& folder, const IGenericResult& result)
-    {
-        if (folder.getCount() == trackLevel - 1)
-            return CQoCollPath::makeTrack(folder,
-                                          folder.getFirst(),
-                                          folder.getSecond(),
-                                          farComponent(result.GetTitle()),
-                                          farComponent(result.GetExtension()));
-        const CString name =
-            farComponent(folder.isEmpty() ? result.GetArtist() : result.GetAlbum());
-        return folder.child(name.IsEmpty() ? CString(u" ") : name);
-    }
-    static QoFileDbItemPtr recordOf(const CQoCollPath& path, std::int64_t size)
-    {
-        const auto record = boost::make_shared<QoFileDbItem>();
-        record->path = path.toString();
-        record->size = size;
-        return record;
-    }
-
-    const CString m_id;
-    boost::shared_ptr<ILogicalBrowseWrapper> m_browse;
-    /// What was found so far by its path: a service is not asked twice for the same artists.
-    std::map<CString, PluginResultPtr> m_results;
-};
+QoFileDbItemPtr recordOf(const CQoCollPath& path, std::int64_t size)
+{
+    const auto record = boost::make_shared<QoFileDbItem>();
+    record->path = path.toString();
+    record->size = size;
+    return record;
+}
 } // namespace
 
-std::unique_ptr<FarPlace> trackPlace(const CString& id)
+TrackPlace::TrackPlace(const CString& id) : FarPlace(toUtf8(id), CQoPluginManager::createPath(id))
 {
-    return std::make_unique<TrackPlace>(id);
+    CQoPluginManager::getLogicalBrowseFuncFromPlugin(id, m_browse);
+}
+
+CQoCollPath TrackPlace::add(const boost::shared_ptr<ITrackResult>& track)
+{
+    const CQoCollPath album = folderIn(folderIn(root(), track->GetArtist()), track->GetAlbum());
+    CString title = track->GetTitle();
+    CQoCollPath path = trackPath(album, title, track->GetExtension());
+    for (int number = 2; m_results.contains(path.toString()); ++number)
+    {
+        title.Format(u"%s (%d)", track->GetTitle(), number);
+        path = trackPath(album, title, track->GetExtension());
+    }
+    m_results[path.toString()] = track;
+    return path;
+}
+
+CString TrackPlace::componentOf(const std::string& name) const
+{
+    return farComponent(fromUtf8(plainName(name)));
+}
+
+std::string TrackPlace::nameOf(const CString& component) const
+{
+    return shownName(toUtf8(farNameOf(component)));
+}
+
+CString TrackPlace::localNameOf(const CString& component) const
+{
+    return safeLocalName(farNameOf(component));
+}
+
+bool TrackPlace::find(const CQoCollPath& path, IQoProgress& progress, FarEntry& entry)
+{
+    PluginResultPtr found;
+    if (!path.isEmpty() &&
+        !CQoPluginManager::getPathResultFromLogicalPlugin(m_browse, path, &progress, found))
+        return false;
+    m_results[path.toString()] = found;
+    const bool isTrack = path.getCount() == trackLevel;
+    entry = {path.getLast(), !isTrack, isTrack ? found->GetSize() : 0};
+    return true;
+}
+
+PluginOperationPtr TrackPlace::request(const CQoCollPath& folder,
+                                       const PluginResultPtr& above) const
+{
+    if (folder.isEmpty())
+        return m_browse->GetArtists();
+    return folder.getCount() == 1 ? m_browse->GetAlbums(above) : m_browse->GetTracksForAlbum(above);
+}
+
+bool TrackPlace::list(const CQoCollPath& folder,
+                      Items items,
+                      int depth,
+                      IQoProgress& progress,
+                      QoFileDbItemArray& records)
+{
+    const PluginResultPtr above = m_results[folder.toString()];
+    if (!above && !folder.isEmpty())
+        return false;
+    PluginResultArray results;
+    if (!CQoPluginManager::getResultsSync(request(folder, above), results, &progress))
+        return false;
+    bool isComplete = true;
+    for (const PluginResultPtr& each : results)
+    {
+        if (!each || progress.isCanceled())
+            continue;
+        const CQoCollPath path = pathIn(folder, *each);
+        const bool isTrack = path.getCount() == trackLevel;
+        m_results[path.toString()] = each;
+        if (isTrack == (items == Items::files))
+            records.Add(recordOf(path, isTrack ? each->GetSize() : 0));
+        if (!isTrack && depth > 1)
+            isComplete = list(path, items, depth - 1, progress, records) && isComplete;
+    }
+    return isComplete && !progress.isCanceled();
+}
+
+std::string TrackPlace::takeCause()
+{
+    return host::plainWords(host::takePluginFailure());
+}
+
+std::string TrackPlace::fetch(const CQoCollPath& path,
+                              std::int64_t,
+                              const CString& local,
+                              IQoProgress& progress)
+{
+    FarEntry entry;
+    if (!m_results[path.toString()] && !find(path, progress, entry))
+        return pluginCause();
+    // As the service has it: its own tags say more than the names in the path.
+    const auto item = CQoPluginManager::getDownloadItem(path, local, m_results[path.toString()]);
+    return item && CQoPluginManager::runDownload(*item, &progress) ? "" : pluginCause();
+}
+
+std::string TrackPlace::send(const CString&, std::int64_t, CQoCollPath&, bool, IQoProgress&)
+{
+    return "it takes no files";
+}
+
+std::string TrackPlace::remove(const CQoCollPath&, IQoProgress&)
+{
+    return "it lets nothing be removed";
 }
 } // namespace qo::cli

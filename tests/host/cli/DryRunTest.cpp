@@ -115,6 +115,11 @@ void logIn(const Library& library)
 {
     EXPECT_EQ(library.run({"plugin", "login", "NAS", "--folder", "@x"}).code, 0);
 }
+void keepResult(const Library& library)
+{
+    library.qo.runSql("INSERT INTO FILE_T (FT_PATH, FT_COLL_ID) VALUES "
+                      "('\\\\sresult:web\\a', '?searchresult?')");
+}
 void writeList(const Library& library)
 {
     library.qo.dir.write("x.m3u", "music/x/loose.mp3\n");
@@ -254,6 +259,8 @@ const Case cases[] = {
     {"plugin put", {"plugin", "put", "%new.mp3", "--to", "NAS/more"}, 0, logIn},
     {"plugin put, taken", {"plugin", "put", "@x/loose.mp3", "--to", "NAS"}, 1, logIn},
     {"plugin rm", {"plugin", "rm", "NAS", "loose.mp3"}, 0, logIn},
+    {"search clear", {"search", "clear"}, 0, keepResult},
+    {"search clear, locked", {"search", "clear"}, 1, locked(store, keepResult)},
     {"extract write", {"extract", "write", "@x/mine.txt"}, 0},
     {"extract write, locked", {"extract", "write", "@x/mine.txt"}, 1, locked("music/x")},
     {"rule new", {"rule", "new", "mine"}, 0},

@@ -108,6 +108,9 @@ constexpr const char* calls[] = {"scan",
                                  "device browse none",
                                  "device pull none a.mp3 --to DIR",
                                  "device push DIR/other.mp3 --to none",
+                                 "search",
+                                 "search ls",
+                                 "search clear",
                                  "extract write DIR/mine.txt",
                                  "extract show DIR/mine.txt",
                                  "share invite Ann",
@@ -150,9 +153,10 @@ TEST(Json, EveryCommandGivesOneObjectALineOrRefuses)
     ASSERT_EQ(qo.scan().code, 0);
     qo.runSql("INSERT INTO SESSION_T VALUES (1, 'a session', 8, 0, 0)");
 
-    // What follows the disk until it is stopped, and texts of another kind, which are refused.
+    // What follows the disk until it is stopped, what needs a server, and texts of another kind,
+    // which are refused.
     std::set<std::string> named = {"qo", "qo watch", "qo tag", "qo cover", "qo reorg", "qo db"};
-    named.insert({"qo db dump", "qo extract", "qo share"});
+    named.insert({"qo db dump", "qo extract", "qo share", "qo search get"});
     for (const char* const line : calls)
     {
         const std::vector<std::string> words = wordsOf(line, song, qo.dir.path());

@@ -35,6 +35,31 @@ protected:
                                  " --user ann >'" + qo.dir.path("said") + "' 2>&1";
         return WEXITSTATUS(std::system(call.c_str())); // NOLINT(concurrency-mt-unsafe)
     }
+    /// Two tracks behind a music server, which is the plug-in "home"; null where none is installed.
+    std::unique_ptr<SupysonicServer> serveMusic() const
+    {
+        qo.addTrack("x/1.mp3", {"artist=AC/DC", "album=..", "title=a\uFF0Fb"});
+        qo.addTrack("x/2.mp3", {"artist=Ann", "album=One", "title=Two"});
+        auto server = std::make_unique<SupysonicServer>(qo.music(), qo.dir.path("state"));
+        if (!server->isRunning)
+            return nullptr;
+        const std::string service = "home --subsonic " + server->url();
+        EXPECT_EQ(logIn("wrong", service), 1);
+        EXPECT_EQ(logIn("s3cret", service), 0) << read("said");
+        return server;
+    }
+    /// Interrupts the command when it has begun a file in the folder "to", and expects none there.
+    void expectNoPartOf(const std::vector<std::string>& words) const
+    {
+        const pid_t pid = qo.start(words);
+        for (int i = 0; i < 1000 && isEmpty("to"); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        EXPECT_FALSE(isEmpty("to"));
+        ::kill(pid, SIGINT);
+        const QoCommand::Result result = qo.finish(pid);
+        EXPECT_EQ(result.code, 130) << result.err;
+        EXPECT_TRUE(isEmpty("to"));
+    }
     bool isEmpty(const std::string& relative) const { return fs::is_empty(qo.dir.path(relative)); }
 
     const QoCommand qo;
@@ -107,14 +132,7 @@ TEST_F(PluginCommand, AnInterruptedCopyLeavesNoPart)
 {
     write("nas/large.mp3", "");
     fs::resize_file(qo.dir.path("nas/large.mp3"), std::uintmax_t{4} << 30);
-    const pid_t pid = qo.start({"plugin", "get", "NAS", "large.mp3", "--to", qo.dir.path("to")});
-    for (int i = 0; i < 1000 && isEmpty("to"); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    EXPECT_FALSE(isEmpty("to"));
-    ::kill(pid, SIGINT);
-    const QoCommand::Result result = qo.finish(pid);
-    EXPECT_EQ(result.code, 130) << result.err;
-    EXPECT_TRUE(isEmpty("to"));
+    expectNoPartOf({"plugin", "get", "NAS", "large.mp3", "--to", qo.dir.path("to")});
 }
 
 TEST_F(PluginCommand, APasswordIsInAFileOfItsOwnAlone)
@@ -144,15 +162,10 @@ TEST_F(PluginCommand, APasswordIsInAFileOfItsOwnAlone)
 
 TEST_F(PluginCommand, AMusicServerIsBrowsedLikeFolders)
 {
-    const std::string file = qo.addTrack("x/1.mp3", {"artist=AC/DC", "album=..", "title=a\uFF0Fb"});
-    qo.addTrack("x/2.mp3", {"artist=Ann", "album=One", "title=Two"});
-    const SupysonicServer server(qo.music(), qo.dir.path("state"));
-    if (!server.isRunning)
+    const auto server = serveMusic();
+    if (!server)
         GTEST_SKIP() << "supysonic is not installed";
-    const std::string service = "home --subsonic " + server.url();
-    qo.expect({"plugin", "login", "home", "--subsonic", server.url()}, 2, "--user");
-    EXPECT_EQ(logIn("wrong", service), 1);
-    EXPECT_EQ(logIn("s3cret", service), 0) << read("said");
+    qo.expect({"plugin", "login", "new", "--subsonic", server->url()}, 2, "--user");
     const auto paths = [&](std::vector<std::string> words)
     {
         words.insert(words.begin(), {"plugin", "browse", "--json"});
@@ -175,8 +188,61 @@ TEST_F(PluginCommand, AMusicServerIsBrowsedLikeFolders)
     qo.expect({"plugin", "get", "home", song, "--to", to}, 0, "fetched");
     qo.expectRefusals("plugin",
                       {{{"browse", "home", "Bob"}, 4, "there is no home/Bob"},
-                       {{"put", file, "--to", "home/Ann"}, 1, "takes no files"},
+                       {{"put", qo.music("x/1.mp3"), "--to", "home/Ann"}, 1, "takes no files"},
                        {{"rm", "home", "Ann", "--yes"}, 1, "lets nothing be removed"},
                        {{"set", "home", "--music", "Ann"}, 2, "no folders to choose from"}});
     EXPECT_EQ((read("said") + read("data/settings")).find("s3cret"), std::string::npos);
+}
+
+TEST_F(PluginCommand, WhatASearchFindsIsKeptAndFetched)
+{
+    const auto server = serveMusic();
+    if (!server)
+        GTEST_SKIP() << "supysonic is not installed";
+    const std::string to = qo.dir.path("to");
+    const auto ids = [&](const std::vector<std::string>& words)
+    {
+        std::vector<int> list;
+        for (const auto& record : qo.run(words).json())
+            list.push_back(record["id"].is_null() ? 0 : record["id"].get<int>());
+        return list;
+    };
+    EXPECT_EQ(ids({"search", "Two", "--on", "home", "--json", "--dry-run"}), std::vector<int>{0});
+    EXPECT_EQ(ids({"search", "Two", "--json"}), std::vector<int>{1});
+    EXPECT_EQ(ids({"search", "\uFF0Fb", "--json"}), std::vector<int>{2});
+    EXPECT_EQ(ids({"search", "Two", "--json"}), std::vector<int>{1}) << "it is kept already";
+    EXPECT_EQ(ids({"search", "--json"}), (std::vector<int>{1, 2}));
+    qo.expect({"search", "nothing like it"}, 0, "nothing was found");
+    qo.expect({"--dry-run", "search", "get", "1", "2", "--to", to}, 0, "would be fetched");
+    EXPECT_FALSE(fs::exists(to + "/Ann - Two.mp3"));
+    qo.expect({"search", "get", "1", "2", "--to", to}, 0, "fetched: home/Ann/One/Two.mp3");
+    EXPECT_EQ(read("to/Ann - Two.mp3"), read("music/x/2.mp3"));
+    qo.expect({"search", "get", "1", "--to", to}, 1, "is there already");
+    qo.expect({"db", "check"}, 0, "");
+    qo.expectRefusals("search",
+                      {{{"a", "--on", "NAS"}, 2, "NAS cannot be searched"},
+                       {{"a", "--on", "none"}, 4, "no plug-in"},
+                       {{"get", "9", "--to", to}, 4, "no search result has the number 9"}});
+    qo.expect({"plugin", "logout", "home"}, 0, "");
+    qo.expect({"search", "get", "1", "--to", to}, 1, "which found \"Two\", is gone");
+    qo.expect({"search", "a"}, 2, "no service of yours can be searched");
+    qo.expect({"search", "clear"}, 0, "forgotten: 2 search results");
+    EXPECT_EQ(qo.run({"search", "ls"}).out, "");
+}
+
+TEST_F(PluginCommand, AnInterruptedFetchOfAFoundTrackLeavesNoPart)
+{
+    HostileServer server;
+    server.answer = [](const std::string& request)
+    {
+        // The track begins, and then nothing comes.
+        if (request.find("/download.view") != std::string::npos)
+            return std::string();
+        return HostileServer::reply("200 OK",
+                                    R"({"subsonic-response":{"status":"ok","searchResult3":{)"
+                                    R"("song":[{"id":"1","title":"a"},{"id":"2","title":"b"}]}}})");
+    };
+    ASSERT_EQ(logIn("s3cret", "home --subsonic " + server.url()), 0) << read("said");
+    qo.expect({"search", "x", "--limit", "1"}, 0, "1 of 2 tracks that were found");
+    expectNoPartOf({"search", "get", "1", "--to", qo.dir.path("to")});
 }
