@@ -3,9 +3,12 @@
 #include "core/base/Trimmed.h"
 
 #include <curl/curl.h>
+#include <openssl/evp.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
+#include <optional>
 #include <utility>
 
 namespace qo::host
@@ -54,6 +57,7 @@ struct Exchange
     CURL* handle;
     const HttpRequest& request;
     std::string location;
+    std::string tag;
     bool isEnded = false;
     bool hasReadFailed = false;
 
@@ -64,6 +68,7 @@ struct Exchange
         curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &head.status);
         curl_easy_getinfo(handle, CURLINFO_CONTENT_TYPE, &type);
         head.type = type ? type : "";
+        head.tag = tag;
         return head;
     }
 };
@@ -85,19 +90,26 @@ std::size_t takeBody(char* bytes, std::size_t, std::size_t count, void* data)
     return 0;
 }
 
-std::size_t takeHeader(char* bytes, std::size_t, std::size_t count, void* data)
+/// The value of a header line of that name, which is in lower case and has its colon.
+std::optional<std::string> valueOf(std::string_view line, std::string_view name)
 {
-    auto& exchange = *static_cast<Exchange*>(data);
-    const std::string_view line(bytes, count);
-    constexpr std::string_view name = "location:";
     const bool isIt =
         line.size() > name.size() &&
         std::equal(name.begin(),
                    name.end(),
                    line.begin(),
                    [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + 32 : b); });
-    if (isIt)
-        exchange.location = trimmed(line.substr(name.size()));
+    return isIt ? std::optional<std::string>(trimmed(line.substr(name.size()))) : std::nullopt;
+}
+
+std::size_t takeHeader(char* bytes, std::size_t, std::size_t count, void* data)
+{
+    auto& exchange = *static_cast<Exchange*>(data);
+    const std::string_view line(bytes, count);
+    if (auto location = valueOf(line, "location:"))
+        exchange.location = std::move(*location);
+    else if (auto tag = valueOf(line, "etag:"))
+        exchange.tag = std::move(*tag);
     return count;
 }
 
@@ -122,6 +134,28 @@ int showSent(void* data, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent)
     if (exchange.request.sent)
         exchange.request.sent(sent);
     return 0;
+}
+
+/// The method, and what is sent with it.
+void setContent(CURL* handle, const HttpRequest& request, Exchange& exchange)
+{
+    if (request.file)
+    {
+        curl_easy_setopt(handle, CURLOPT_UPLOAD, 1L);
+        curl_easy_setopt(handle, CURLOPT_READFUNCTION, giveFile);
+        curl_easy_setopt(handle, CURLOPT_READDATA, &exchange);
+        curl_easy_setopt(handle, CURLOPT_SEEKFUNCTION, rewindFile);
+        curl_easy_setopt(handle, CURLOPT_SEEKDATA, &exchange);
+        curl_easy_setopt(
+            handle, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(request.file->sizeAtOpen()));
+    }
+    else if (!request.body.empty())
+    {
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body.c_str());
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE, static_cast<long>(request.body.size()));
+    }
+    if (std::string_view(request.method) != "GET")
+        curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, request.method);
 }
 } // namespace
 
@@ -204,6 +238,17 @@ void HttpClient::setCredentials(const CString& user, const CString& password)
     m_idle.clear(); // a connection remembers who was let in
 }
 
+void HttpClient::trustKey(const std::string& digest)
+{
+    unsigned char bytes[32] = {};
+    for (std::size_t i = 0; i < sizeof(bytes) && 2 * i + 2 <= digest.size(); ++i)
+        std::from_chars(&digest[2 * i], &digest[2 * i] + 2, bytes[i], 16);
+    constexpr std::size_t textSize = 45; // four signs for three bytes, and the end
+    unsigned char text[textSize] = {};
+    EVP_EncodeBlock(text, bytes, sizeof(bytes));
+    m_key = "sha256//" + std::string(reinterpret_cast<const char*>(text));
+}
+
 std::unique_ptr<HttpClient::Connection> HttpClient::takeConnection()
 {
     const std::lock_guard guard(m_lock);
@@ -231,6 +276,12 @@ void HttpClient::prepare(Connection& connection, const HttpRequest& request)
     curl_easy_setopt(handle, CURLOPT_USERAGENT, "qo");
     curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, connection.error);
     connection.error[0] = '\0';
+    if (!m_key.empty())
+    {
+        curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 0L);
+        curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
+        curl_easy_setopt(handle, CURLOPT_PINNEDPUBLICKEY, m_key.c_str());
+    }
     const std::lock_guard guard(m_lock);
     if (m_user.empty())
         return;
@@ -243,28 +294,12 @@ HttpAnswer HttpClient::runOnce(Connection& connection, const HttpRequest& reques
 {
     prepare(connection, request);
     CURL* const handle = connection.handle;
-    Exchange exchange{handle, request, {}};
+    Exchange exchange{handle, request, {}, {}};
     curl_slist_free_all(std::exchange(connection.headers, nullptr));
     for (const std::string& header : request.headers)
         connection.headers = curl_slist_append(connection.headers, header.c_str());
     curl_easy_setopt(handle, CURLOPT_HTTPHEADER, connection.headers);
-    if (request.file)
-    {
-        curl_easy_setopt(handle, CURLOPT_UPLOAD, 1L);
-        curl_easy_setopt(handle, CURLOPT_READFUNCTION, giveFile);
-        curl_easy_setopt(handle, CURLOPT_READDATA, &exchange);
-        curl_easy_setopt(handle, CURLOPT_SEEKFUNCTION, rewindFile);
-        curl_easy_setopt(handle, CURLOPT_SEEKDATA, &exchange);
-        curl_easy_setopt(
-            handle, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(request.file->sizeAtOpen()));
-    }
-    else if (!request.body.empty())
-    {
-        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body.c_str());
-        curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE, static_cast<long>(request.body.size()));
-    }
-    if (std::string_view(request.method) != "GET")
-        curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, request.method);
+    setContent(handle, request, exchange);
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, takeBody);
     curl_easy_setopt(handle, CURLOPT_WRITEDATA, &exchange);
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, takeHeader);
@@ -277,6 +312,7 @@ HttpAnswer HttpClient::runOnce(Connection& connection, const HttpRequest& reques
     HttpAnswer answer;
     answer.status = exchange.head().status;
     answer.isEnded = exchange.isEnded;
+    answer.isOtherServer = code == CURLE_SSL_PINNEDPUBKEYNOTMATCH;
     answer.place = fromUtf8(request.address.url());
     course.location = exchange.location;
     curl_off_t busySeconds = 0;
@@ -285,6 +321,8 @@ HttpAnswer HttpClient::runOnce(Connection& connection, const HttpRequest& reques
     std::string cause;
     if (exchange.hasReadFailed)
         cause = "the local file cannot be read";
+    else if (code == CURLE_SSL_PINNEDPUBKEYNOTMATCH)
+        cause = "another server answers there than the one that is known";
     else if (code != CURLE_OK && !exchange.isEnded)
         cause = connection.error[0] != '\0' ? connection.error : curl_easy_strerror(code);
     else if (!isSuccess(answer.status))

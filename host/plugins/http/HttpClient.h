@@ -27,6 +27,7 @@ struct HttpHead
 {
     long status = 0;
     std::string type; ///< "text/html; charset=utf-8"; "" without one
+    std::string tag;  ///< of the content ("ETag"), with its quotes; "" without one
 };
 
 struct HttpRequest
@@ -48,9 +49,10 @@ struct HttpRequest
 struct HttpAnswer
 {
     long status = 0;
-    CString place;        ///< the address without its query
-    CString failure;      ///< "" for a status from 200 to 299; begins with the place
-    bool isEnded = false; ///< by the sink
+    CString place;              ///< the address without its query
+    CString failure;            ///< "" for a status from 200 to 299; begins with the place
+    bool isEnded = false;       ///< by the sink
+    bool isOtherServer = false; ///< its key is not the one of trustKey()
     bool isDone() const { return failure.IsEmpty(); }
 };
 
@@ -69,6 +71,9 @@ public:
 
     const HttpAddress& root() const { return m_root; }
     void setCredentials(const CString& user, const CString& password);
+    /// Certificates are no longer checked from now on, but the server's public key has to have this
+    /// SHA-256, in digits. Before the first request.
+    void trustKey(const std::string& digest);
     HttpAnswer run(HttpRequest request);
 
 private:
@@ -85,6 +90,7 @@ private:
 
     const HttpAddress m_root;
     const HttpLimits m_limits;
+    std::string m_key; ///< the trusted one, as libcurl takes it; "" to check certificates
     std::mutex m_lock; ///< guards what follows
     std::vector<std::unique_ptr<Connection>> m_idle;
     std::string m_user;
