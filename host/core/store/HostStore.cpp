@@ -33,7 +33,8 @@ constexpr std::pair<int, const char16_t*> countedTables[] = {
     {storeSchema::playlists, u"PLAYLIST_CHANGE_T"},
     {storeSchema::playlists, u"LIVING_LIST_T"},
     {storeSchema::notes, u"TAG_NOTE_T"},
-    {storeSchema::notes, u"OWN_NOTE_T"}};
+    {storeSchema::notes, u"OWN_NOTE_T"},
+    {storeSchema::offers, u"OFFER_T"}};
 
 /// Damage as SQLite finds it, or tables that are not as this program made them.
 bool isDamage(const CSQLiteException& exception)

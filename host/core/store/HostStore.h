@@ -100,6 +100,11 @@ public:
     /// Removes the one of that name, if there is one, and adds another unless its name is "".
     void replaceLivingList(const CString& formerName, const LivingList& list);
 
+    /// Which files each share offers, by its share id: a query as it was typed, "" for all.
+    std::map<CString, CString> offers() const;
+    void setOffer(const CString& shareId, const CString& query);
+    void forgetOffer(const CString& shareId);
+
 private:
     using Work = std::function<void(CSQLiteDB&)>;
 

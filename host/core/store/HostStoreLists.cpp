@@ -109,4 +109,44 @@ void HostStore::clearChecked()
 {
     write([](CSQLiteDB& db) { db.Execute(u"DELETE FROM CHECKED_T"); });
 }
+
+std::map<CString, CString> HostStore::offers() const
+{
+    std::map<CString, CString> queries;
+    read(
+        [&queries](CSQLiteDB& db)
+        {
+            if (!storeSchema::has(db, storeSchema::offers))
+                return;
+            CSQLiteStatement statement =
+                db.CompileStatement(u"SELECT OT_SHARE, OT_QUERY FROM OFFER_T");
+            for (CSQLiteQueryResult row = statement.ExecuteQuery(); !row.Eof(); row.NextRow())
+                queries[CString(row.textView(0))] = CString(row.textView(1));
+        });
+    return queries;
+}
+
+void HostStore::setOffer(const CString& shareId, const CString& query)
+{
+    write(
+        [&](CSQLiteDB& db)
+        {
+            CSQLiteStatement statement = db.CompileStatement(
+                u"INSERT OR REPLACE INTO OFFER_T (OT_SHARE, OT_QUERY) VALUES (?1, ?2)");
+            statement.BindText(1, shareId);
+            statement.BindText(2, query);
+            statement.ExecuteDML();
+        });
+}
+
+void HostStore::forgetOffer(const CString& shareId)
+{
+    write(
+        [&](CSQLiteDB& db)
+        {
+            forEachText(db,
+                        u"DELETE FROM OFFER_T WHERE OT_SHARE = ?1",
+                        std::vector<CString>{shareId});
+        });
+}
 } // namespace qo::host

@@ -10,7 +10,7 @@ namespace qo::host::storeSchema
 {
 namespace
 {
-constexpr int currentVersion = notes;
+constexpr int currentVersion = offers;
 
 constexpr const char16_t* statements[] = {
     u"CREATE TABLE IF NOT EXISTS EDIT_T (ET_ID TEXT NOT NULL, ET_FIELD TEXT NOT NULL, "
@@ -43,6 +43,7 @@ constexpr const char16_t* statements[] = {
     u"DEFAULT -1, ON_PLAYS INTEGER NOT NULL DEFAULT 0, ON_LAST_PLAYED INTEGER NOT NULL DEFAULT 0, "
     u"ON_ADDED_BY TEXT NOT "
     u"NULL DEFAULT '')",
+    u"CREATE TABLE IF NOT EXISTS OFFER_T (OT_SHARE TEXT PRIMARY KEY, OT_QUERY TEXT NOT NULL)",
     u"CREATE TABLE IF NOT EXISTS OLD_FILE_T (OF_NAME TEXT PRIMARY KEY, OF_STATE TEXT NOT NULL)"};
 
 int versionOf(CSQLiteDB& db)

@@ -248,13 +248,15 @@ TEST(HostStore, OlderOneGetsItsMissingTablesWithTheNextChange)
                                             u"PLAYLIST_CHANGE_T",
                                             u"LIVING_LIST_T",
                                             u"TAG_NOTE_T",
-                                            u"OWN_NOTE_T"})
+                                            u"OWN_NOTE_T",
+                                            u"OFFER_T"})
             db.Execute(u"DROP TABLE " + CString(table));
         db.Execute(u"PRAGMA user_version = 3");
     }
     EXPECT_TRUE(store.prepare().empty());
     EXPECT_TRUE(store.playlistEntries(1).empty() && store.livingLists().empty());
     EXPECT_TRUE(store.entriesWithoutFile().empty() && !store.begunPlaylistChange(1));
+    EXPECT_TRUE(store.offers().empty());
     store.replaceLivingList(u"", {u"a", u"x"});
     EXPECT_EQ(store.livingLists().size(), 1U);
     EXPECT_EQ(store.edits().size(), 1U);
