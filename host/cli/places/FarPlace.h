@@ -50,7 +50,7 @@ public:
     CQoCollPath path(const std::string& typed) const;
     /// Components, or a path from the root on, as they may be typed; not harmless.
     std::string shown(const CStringArray& components) const;
-    std::string shown(const CQoCollPath& path) const { return shown(path.getComponents()); }
+    std::string shown(const CQoCollPath& path) const { return shown(path.relativeTo(m_root)); }
     /// The same with the name of the place before it.
     std::string shownWhole(const CQoCollPath& path) const { return m_name + "/" + shown(path); }
 
@@ -107,7 +107,7 @@ struct PlaceKind
 {
     const char* noun;  ///< "service"
     const char* fetch; ///< the names of the commands that copy
-    const char* send;
+    const char* send;  ///< null where no place takes files
     /// The place; on the kernel's thread. Throws HostError when there is none. With folder, typed
     /// is "NAME/FOLDER", and folder gets what follows the name.
     std::function<std::unique_ptr<FarPlace>(

@@ -64,7 +64,7 @@ void addFetches(FarPlace& place,
 {
     const FarEntry entry = place.need(path, progress);
     const CString base =
-        path.isEmpty() ? folder : combinePath(folder, place.localNameOf(path.getLast()));
+        path == place.root() ? folder : combinePath(folder, place.localNameOf(path.getLast()));
     if (!entry.isFolder)
     {
         fetches.push_back({path, base, entry.size});
@@ -284,6 +284,9 @@ void addFarTransfers(CommandLine& line, CLI::App& command, const PlaceKind& kind
     addArgument(*get, "--to", fetched->to, "The folder that the copies go to")
         ->required()
         ->type_name("DIR");
+    get->add_flag("--replace", fetched->replaces, "Replace files that are there");
+    if (!kind.send)
+        return;
 
     const auto sent = std::make_shared<TransferOptions>();
     CLI::App* const put =
@@ -296,7 +299,6 @@ void addFarTransfers(CommandLine& line, CLI::App& command, const PlaceKind& kind
         *put, "--to", sent->to, "The " + noun + " and a folder in it, which is made if need be")
         ->required()
         ->type_name("NAME/FOLDER");
-    get->add_flag("--replace", fetched->replaces, "Replace files that are there");
     put->add_flag("--replace", sent->replaces, "Replace files that are there");
 }
 } // namespace qo::cli
