@@ -1,6 +1,8 @@
 #include "cli/files/FileChoice.h"
 
 #include "core/base/ClosestName.h"
+#include "core/base/HostFiles.h"
+#include "core/query/QueryWords.h"
 
 #include <QoKernel/Collection.h>
 #include <QoKernel/Logical.h>
@@ -92,6 +94,23 @@ QoFileDbItemArray chosenSingleFiles(const FileChoice& choice, const char* advice
     if (path && CQoCollection::m_ownCollection.getDir(*path))
         throw HostError(ExitCode::usage, words[0] + " is a folder; " + advice);
     return chosenFiles(choice);
+}
+
+void refuseRelativePaths(const std::string& query, const char* what)
+{
+    const auto alternatives =
+        host::QueryParser::parse({query}, [](const std::string&) { return false; });
+    for (const host::QueryAlternative& words : alternatives)
+        for (const host::QueryWord& word : words)
+        {
+            const bool isPath =
+                !word.field && !word.isQuoted && !word.isRegex && !word.value.starts_with('/') &&
+                (host::looksLikePath(word.value) || host::pathInCollection(word.value));
+            if (isPath)
+                throw HostError(ExitCode::usage,
+                                what + (" is looked up from any folder: write the path " +
+                                        word.value + " as " + host::absolutePath(word.value)));
+        }
 }
 
 void complainOfNothing(const FileChoice& choice)

@@ -35,6 +35,9 @@ void addOrder(CLI::App& command, FileChoice& choice);
 QoFileDbItemArray chosenFiles(const FileChoice& choice);
 /// The same for a command that shows much of each file: a single folder is refused, with advice.
 QoFileDbItemArray chosenSingleFiles(const FileChoice& choice, const char* advice);
+/// Refuses paths that are not whole in a query that is kept: they would be seen from another folder
+/// the next time. what begins the sentence: "a living list". On the kernel's thread.
+void refuseRelativePaths(const std::string& query, const char* what);
 /// Says that nothing fits, and what may have been meant.
 [[noreturn]] void complainOfNothing(const FileChoice& choice);
 /// Leaves no more than the limit.

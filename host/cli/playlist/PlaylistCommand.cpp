@@ -105,24 +105,6 @@ ExitCode showPlaylist(CommandLine& line, Playlists& playlists, const PlaylistOpt
     return ExitCode::done;
 }
 
-/// A path that is not whole would be seen from another folder the next time.
-void refuseRelativePaths(const std::string& query)
-{
-    const auto alternatives =
-        host::QueryParser::parse({query}, [](const std::string&) { return false; });
-    for (const host::QueryAlternative& words : alternatives)
-        for (const host::QueryWord& word : words)
-        {
-            const bool isPath =
-                !word.field && !word.isQuoted && !word.isRegex && !word.value.starts_with('/') &&
-                (host::looksLikePath(word.value) || host::pathInCollection(word.value));
-            if (isPath)
-                throw HostError(ExitCode::usage,
-                                "a living list is looked up from any folder: write the path " +
-                                    word.value + " as " + host::absolutePath(word.value));
-        }
-}
-
 ExitCode makePlaylist(CommandLine& line, Playlists& playlists, const PlaylistOptions& options)
 {
     const CString name = typedName(options.playlist);
@@ -131,7 +113,7 @@ ExitCode makePlaylist(CommandLine& line, Playlists& playlists, const PlaylistOpt
     list.name = name;
     if (!options.livingQuery.empty())
     {
-        refuseRelativePaths(options.livingQuery);
+        refuseRelativePaths(options.livingQuery, "a living list");
         list.query = fromUtf8(options.livingQuery);
         const std::string content =
             countText(static_cast<std::int64_t>(presentEntries(list).size()), "song");
