@@ -3,7 +3,7 @@
 #include "KVTagLib/Tags.h"
 #include "QoColl/Plugins/PluginFixture.h"
 #include "QoColl/Tags/MusicTagEx.h"
-#include "host/plugins/Servers.h"
+#include "support/Servers.h"
 #include "plugins/base/PluginFailure.h"
 
 #include <openssl/evp.h>

@@ -2,7 +2,7 @@
 
 #include "QoColl/Plugins/PluginFixture.h"
 #include "core/base/HostError.h"
-#include "host/plugins/Servers.h"
+#include "support/Servers.h"
 #include "plugins/base/PluginFailure.h"
 
 #include <filesystem>

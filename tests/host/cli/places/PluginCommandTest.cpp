@@ -1,5 +1,5 @@
 #include "host/cli/QoCommand.h"
-#include "host/plugins/Servers.h"
+#include "support/Servers.h"
 
 #include <csignal>
 #include <fstream>

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "core/share/Shares.h"
+#include "plugins/http/HttpClient.h"
+
+#include <QoKernel/Sharing.h>
+
+#include <map>
+#include <memory>
+
+namespace qo::host
+{
+/// How often a transfer that breaks off is taken up; tests take less.
+struct SharePatience
+{
+    int attempts = 5;          ///< in a row without a byte
+    std::uint32_t pause = 500; ///< milliseconds before the second one; doubles with each
+};
+
+/// Fetches what friends offer, from the addresses of their invitations. The server is known by the
+/// digest of its key and by nothing else, so a wrong one never sees the share id. A transfer that
+/// breaks off is taken up where it was, some times, unless the file has changed meanwhile. What
+/// went wrong is said by setPluginFailure().
+class ShareTransport final : public IVelmoraShareManager
+{
+public:
+    explicit ShareTransport(const std::vector<Share>& shares,
+                            HttpLimits limits = {},
+                            SharePatience patience = {});
+
+    int getExtract(const CString& device, const CString& localPath, IQoProgress* progress) override;
+    CString getDeviceName(const CString& device) override;
+    int getFile(const ShareFileRequest& request) override;
+
+private:
+    struct Source
+    {
+        CString name;
+        std::string shareId;
+        std::unique_ptr<HttpClient> client; ///< null when the invitation has no address
+        /// Why nothing of it can be had, once that is known: further files are not asked for.
+        CString refusal;
+    };
+    struct Fetch;
+
+    bool fetch(const CString& device, const std::string& path, Fetch& fetch);
+    /// One request, from the byte at which the local file ends.
+    HttpAnswer continueWith(const Source& source, const std::string& path, Fetch& fetch) const;
+
+    const SharePatience m_patience;
+    std::map<CString, Source> m_sources; ///< by the device of their paths
+};
+
+/// While it lives, the kernel fetches from these shares.
+class ShareTransportInUse
+{
+public:
+    explicit ShareTransportInUse(const std::vector<Share>& shares) : m_transport(shares)
+    {
+        CQoShareManager::SetVelmoraShareManager(&m_transport);
+    }
+    ~ShareTransportInUse() { CQoShareManager::SetVelmoraShareManager(nullptr); }
+    ShareTransportInUse(const ShareTransportInUse&) = delete;
+    ShareTransportInUse& operator=(const ShareTransportInUse&) = delete;
+
+private:
+    ShareTransport m_transport;
+};
+} // namespace qo::host
