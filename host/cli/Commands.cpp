@@ -45,7 +45,7 @@ namespace qo::cli
     ROW(places, "device", setUpDevice, "Disks, sticks and phones: take in, copy from and to them") \
     ROW(places, "search", setUpSearch, "Search in storage services, and fetch what was found")     \
     ROW(sharing, "extract", setUpExtract, "The collection as a text file, to be shown to others")  \
-    ROW(sharing, "share", setUpShare, "Invite friends to one's collection")                        \
+    ROW(sharing, "share", setUpShare, "Offer files to friends, and fetch what friends offer")      \
     ROW(upkeep, "config", setUpConfig, "The settings")                                             \
     ROW(upkeep, "log", setUpLog, "Show the log of the last run")                                   \
     ROW(upkeep, "doctor", setUpDoctor, "Look the whole house over, and say what to do")            \

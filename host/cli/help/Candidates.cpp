@@ -14,6 +14,7 @@
 #include "core/runs/RunFiles.h"
 #include "core/session/Session.h"
 #include "core/session/SettingValues.h"
+#include "core/share/Shares.h"
 #include "devices/known/Devices.h"
 #include "plugins/configured/ConfiguredPlugins.h"
 
@@ -98,6 +99,8 @@ enum class Values
     playlists,
     plugins,
     devices,
+    sharesOfFriends,
+    ownShares,
     settings,
     settingValues, ///< of the setting that is named before
     fields,
@@ -141,6 +144,11 @@ constexpr ValueRow valueRows[] = {{"*", "--artist", Values::artists},
                                   {"plugin get", "NAME", Values::plugins},
                                   {"plugin put", "--to", Values::plugins},
                                   {"search", "--on", Values::plugins},
+                                  {"share browse", "NAME", Values::sharesOfFriends},
+                                  {"share get", "NAME", Values::sharesOfFriends},
+                                  {"share scan", "FRIEND", Values::sharesOfFriends},
+                                  {"share forget", "FRIEND", Values::sharesOfFriends},
+                                  {"share revoke", "FRIEND", Values::ownShares},
                                   {"*", "KEY", Values::settings},
                                   {"config set", "VALUE", Values::settingValues},
                                   {"*", "FIELD", Values::fields},
@@ -219,6 +227,21 @@ public:
                 const host::Devices devices;
                 for (const host::Device& each : devices.all())
                     list.push_back(each.name);
+                return list;
+            });
+    }
+    Words shares(bool areOwn)
+    {
+        return m_session.kernel().run(
+            [areOwn]
+            {
+                Words list;
+                const host::Shares shares;
+                for (const host::Share& each : shares.all())
+                {
+                    if (each.isOwn == areOwn)
+                        list.push_back(toUtf8(each.peer));
+                }
                 return list;
             });
     }
@@ -421,6 +444,9 @@ void addValues(Candidates& found,
         return addAll(found, CandidateNames(line, cursor).plugins());
     case Values::devices:
         return addAll(found, CandidateNames(line, cursor).devices());
+    case Values::sharesOfFriends:
+    case Values::ownShares:
+        return addAll(found, CandidateNames(line, cursor).shares(values == Values::ownShares));
     case Values::settings:
         return addAll(found, CandidateNames(line, cursor).settings());
     case Values::settingValues:

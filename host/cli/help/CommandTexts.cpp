@@ -355,11 +355,40 @@ const std::vector<CommandText> texts = {
     {"qo extract show mine.txt", "List the files of an extract", 4},
     {"qo extract show mine.txt --json", "The same for a program", 4}}},
 {"share", {
-    {"qo share invite Ben", "Make a link in which you, Ben, invite a friend"},
-    {"qo share check link.txt", "Say whether a link is whole, and who invites", 1}}},
+    {"qo share invite Ann --at nas.example", "Offer all music and videos to Ann, and print the link for her"},
+    {"qo share serve --listen 0.0.0.0", "Let friends fetch what is offered to them", 2},
+    {"qo share get Ben /home/ben/Music/Kino --to Music", "Copy some of them", 4}},
+    "Friends do the rest with \"accept\", \"scan\" and \"get\". An invitation is a link. It names where the files are served and the key by which the server is known again; whoever "
+    "has the link gets the files, so it goes to the friend alone. See docs/sharing.md."},
 {"share invite", {
-    {"qo share invite Ben", "Print a link in which you, Ben, invite a friend; nothing is kept"},
-    {"qo share invite Ben --text 'My records'", "With a word for the friend"}}},
+    {"qo share invite Ann --at nas.example", "Offer all music and videos, now and later"},
+    {"qo share invite Eve --query 'genre:rock year:1990..' --at 192.168.1.5:8000", "Offer what a query finds, at another port"},
+    {"qo share invite Tom --text 'My records' --dry-run", "How many files that would be"}}},
+{"share revoke", {
+    {"qo share revoke Ann", "What Ann fetches just now ends, too", 4},
+    {"qo share revoke Ann --dry-run", "Whether something is offered to her", 4}}},
+{"share serve", {
+    {"qo share serve", "Serve to this machine alone, at port 4747", 2},
+    {"qo share serve --listen 0.0.0.0", "Serve to everyone who has a link and reaches this machine", 2},
+    {"qo share serve --listen '[::]:8000' --json", "Over IPv6 at another port, with a line for each visit for a program", 2}}},
+{"share accept", {
+    {"qo share accept link.txt", "Take the invitation that a file begins with", 1},
+    {"qo share accept link.txt --as Benny", "The same under another name for the friend", 1}}},
+{"share forget", {
+    {"qo share forget Ben", "His files leave the collection; copies of them stay", 4},
+    {"qo share forget Ben --dry-run", "Whether there is such a share", 4}}},
+{"share ls", {
+    {"qo share ls", "What is offered to friends, and what friends offer"},
+    {"qo share ls --json", "With the links, for a program"}}},
+{"share scan", {
+    {"qo share scan Ben", "Fetch the list of his files", 4},
+    {"qo share scan Ben --dry-run", "How many files he offers", 4}}},
+{"share browse", {
+    {"qo share browse Ben", "The top of what he offers", 4},
+    {"qo share browse Ben /home/ben/Music --json", "The files of a folder, for a program", 4}}},
+{"share get", {
+    {"qo share get Ben /home/ben/Music/Kino --to Music", "Copy a folder", 4},
+    {"qo share get Ben / --to Music --dry-run", "List all that would be copied", 4}}},
 {"share check", {
     {"qo share check link.txt", "Check the link that a file begins with", 1},
     {"qo share check 'https://qokernel.example/anywhere/1?t=1&u=Ben&w=&v=1&c=0'", "Or one as it was copied", 1}}},

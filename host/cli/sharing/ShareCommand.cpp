@@ -1,58 +1,76 @@
-#include "cli/CommandLine.h"
+#include "cli/sharing/ShareCommand.h"
+
 #include "cli/KernelCommand.h"
-#include "core/base/Json.h"
+#include "cli/shown/Listing.h"
+#include "cli/shown/Text.h"
 
 #include <QoKernel/Sharing.h>
-
-#include <algorithm>
 
 namespace qo::cli
 {
 namespace
 {
-struct InviteOptions
+ExitCode check(CommandLine& line, const std::string& typed)
 {
-    std::string name;
-    std::string text;
-    std::string type = "1";
-};
-
-/// A value stands in the link as it is.
-void checkLinkValue(const std::string& value, const char* what)
-{
-    const auto isForbidden = [](char c)
-    { return c == '&' || static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
-    if (std::ranges::any_of(value, isForbidden))
-        throw HostError(ExitCode::usage,
-                        std::string("the ") + what +
-                            " of an invitation cannot have \"&\" or a control character");
-    if (!isUtf8(value))
-        throw HostError(ExitCode::usage,
-                        std::string("the ") + what + " of an invitation has to be UTF-8");
-}
-
-ExitCode invite(CommandLine& line, const InviteOptions& options)
-{
-    checkLinkValue(options.name, "name");
-    checkLinkValue(options.text, "text");
-    if (options.name.empty())
-        throw HostError(ExitCode::usage, "say under which name you invite");
-    CMapStringToString params;
-    params.SetAt(u"t", fromUtf8(options.type));
-    params.SetAt(u"u", fromUtf8(options.name));
-    params.SetAt(u"w", fromUtf8(options.text));
-    params.SetAt(u"v", CShareInvitation::LINK_VERSION);
-    const CString id = CShareInvitation::GenerateShareID(params);
-    const CString link = CShareInvitation::GenerateShareLink(id, params);
+    const auto session = openKernel(line, KernelUse::look);
+    const host::Share share =
+        session->kernel().run([&] { return host::Share::ofLink(typedLink(typed)); });
+    const host::PeerAddress& address = share.address;
+    const std::string from = harmless(toUtf8(share.peer));
     if (line.json)
-        line.out.line(host::dump({{"link", toUtf8(link)}, {"id", toUtf8(id)}}));
+        line.out.line(
+            host::dump({{"name", toUtf8(share.peer)},
+                        {"id", toUtf8(share.shareId)},
+                        {"address", address.host.empty() ? Json() : Json(address.place())},
+                        {"text", address.text}}));
+    else if (address.host.empty())
+        line.out.line("a valid invitation from " + from +
+                      ", which does not say where it is served");
     else
-        line.out.line(toUtf8(link));
+        line.out.line("a valid invitation from " + from + ", served at " + address.place() +
+                      (address.text.empty() ? "" : ": " + harmless(address.text)));
     return ExitCode::done;
 }
 
-/// A link as it was typed, or the first line of a file of that name.
-CString linkOf(const std::string& typed)
+ExitCode listShares(CommandLine& line, bool isLong)
+{
+    const auto session = openKernel(line, KernelUse::look);
+    Listing listing(line,
+                    isLong,
+                    {"offered", "name", "files", "address", "query", "link"},
+                    {Listing::Column::text,
+                     Listing::Column::name,
+                     Listing::Column::text,
+                     Listing::Column::text,
+                     Listing::Column::text});
+    const host::Shares shares = session->kernel().run([] { return host::Shares(); });
+    for (const host::Share& share : shares.all())
+    {
+        const std::string query = share.query ? toUtf8(*share.query) : std::string();
+        if (listing.isForPeople())
+        {
+            const std::string content = query.empty() ? "all music and videos" : query;
+            listing.addCells({share.isOwn ? "to" : "from",
+                              oneLine(share.peer),
+                              share.isOwn ? content : countText(share.files, "file"),
+                              share.address.host.empty() ? "" : share.address.place()});
+            continue;
+        }
+        Json record;
+        record["offered"] = share.isOwn;
+        record["name"] = toUtf8(share.peer);
+        record["files"] = share.isOwn ? Json() : Json(share.files);
+        record["address"] = share.address.host.empty() ? Json() : Json(share.address.place());
+        record["query"] = share.isOwn && share.query ? Json(query) : Json();
+        record["link"] = toUtf8(share.link);
+        listing.addRecord(record);
+    }
+    listing.finish();
+    return ExitCode::done;
+}
+} // namespace
+
+CString typedLink(const std::string& typed)
 {
     const CString link = fromUtf8(typed);
     const CString start = link.Left(CShareInvitation::INVITE_LINK.GetLength());
@@ -62,53 +80,17 @@ CString linkOf(const std::string& typed)
     return CShareInvitation::GetInvitationFromFile(path).Trim();
 }
 
-ExitCode check(CommandLine& line, const std::string& typed)
-{
-    const auto session = openKernel(line, KernelUse::look);
-    const CString link = session->kernel().run([&] { return linkOf(typed); });
-    CString id;
-    CMapStringToString params;
-    const int result = CShareInvitation::IsShareInvitation(link);
-    if (result == CShareInvitation::SHARE_INVITATION_NEWER_VERSION)
-        throw HostError(ExitCode::failed,
-                        "the invitation was made by a newer version of the program: update qo to "
-                        "take it up");
-    if (result != CShareInvitation::SHARE_INVITATION_OK ||
-        CShareInvitation::ParseShareLink(link, id, params) != result)
-        throw HostError(ExitCode::failed,
-                        "this is no valid invitation: it is not whole, or somebody changed it; ask "
-                        "for a new one");
-    const auto value = [&params](const char16_t* key) { return toUtf8(params[key]); };
-    if (line.json)
-        line.out.line(host::dump({{"id", toUtf8(id)},
-                                  {"type", value(u"t")},
-                                  {"name", value(u"u")},
-                                  {"text", value(u"w")},
-                                  {"version", value(u"v")}}));
-    else
-        line.out.line("a valid invitation from " + harmless(value(u"u")) +
-                      (value(u"w").empty() ? "" : ": " + harmless(value(u"w"))));
-    return ExitCode::done;
-}
-} // namespace
-
 void setUpShare(CommandLine& line, CLI::App& command)
 {
     command.require_subcommand(1);
-    const auto options = std::make_shared<InviteOptions>();
-    CLI::App* const inviting = line.addCommand(command,
-                                               "invite",
-                                               "Make a link that invites a friend",
-                                               [&line, options] { return invite(line, *options); });
-    addArgument(*inviting, "NAME", options->name, "Your own name, as the friend knows you")
-        ->required();
-    addArgument(*inviting, "--text", options->text, "What else the friend needs to know")
-        ->type_name("TEXT");
-    inviting
-        ->add_option("--type",
-                     options->type,
-                     "The type that the link carries: 1, for both directions, without")
-        ->check(CLI::IsMember({"0", "1", "2"}));
+    const auto isLong = std::make_shared<bool>(false);
+    CLI::App* const ls =
+        command.add_subcommand("ls", "List what is offered to friends, and what friends offer");
+    line.setListAction(*ls, [&line, isLong] { return listShares(line, *isLong); });
+    ls->add_flag("-l,--long", *isLong, "All values, with tabs between them");
+    addShareInvitations(line, command);
+    addShareServing(line, command);
+    addFriendsShares(line, command);
 
     const auto typed = std::make_shared<std::string>();
     CLI::App* const checking = line.addCommand(command,

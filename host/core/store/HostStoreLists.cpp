@@ -142,11 +142,9 @@ void HostStore::setOffer(const CString& shareId, const CString& query)
 void HostStore::forgetOffer(const CString& shareId)
 {
     write(
-        [&](CSQLiteDB& db)
-        {
-            forEachText(db,
-                        u"DELETE FROM OFFER_T WHERE OT_SHARE = ?1",
-                        std::vector<CString>{shareId});
+        [&](CSQLiteDB& db) {
+            forEachText(
+                db, u"DELETE FROM OFFER_T WHERE OT_SHARE = ?1", std::vector<CString>{shareId});
         });
 }
 } // namespace qo::host

@@ -120,6 +120,19 @@ void keepResult(const Library& library)
     library.qo.runSql("INSERT INTO FILE_T (FT_PATH, FT_COLL_ID) VALUES "
                       "('\\\\sresult:web\\a', '?searchresult?')");
 }
+/// A friend's invitation.
+constexpr const char* aLink = "https://qokernel.example/anywhere/0e6da184056d4d8a8cfb0c7b8fb2dd10"
+                              "B683C9FC56DE0F2406FCC208FE769F91?t=1&u=Ann&w=127.0.0.1:4848,1ffc"
+                              "d2ba143252d8b996d93385a55a1442f4af91bc61659d8d817e3471880983,&v=1&c="
+                              "E2D7A67C31A679C2FD7F523A77170F59";
+void inviteAnn(const Library& library)
+{
+    EXPECT_EQ(library.run({"share", "invite", "Ann"}).code, 0);
+}
+void acceptBen(const Library& library)
+{
+    EXPECT_EQ(library.run({"share", "accept", aLink, "--as", "Ben"}).code, 0);
+}
 void writeList(const Library& library)
 {
     library.qo.dir.write("x.m3u", "music/x/loose.mp3\n");
@@ -263,6 +276,11 @@ const Case cases[] = {
     {"search clear, locked", {"search", "clear"}, 1, locked(store, keepResult)},
     {"extract write", {"extract", "write", "@x/mine.txt"}, 0},
     {"extract write, locked", {"extract", "write", "@x/mine.txt"}, 1, locked("music/x")},
+    {"share invite", {"share", "invite", "Ann"}, 0},
+    {"share invite, locked", {"share", "invite", "Ann"}, 1, locked(store)},
+    {"share revoke", {"share", "revoke", "Ann"}, 0, inviteAnn},
+    {"share accept", {"share", "accept", aLink}, 0},
+    {"share forget", {"share", "forget", "Ben"}, 0, acceptBen},
     {"rule new", {"rule", "new", "mine"}, 0},
     {"rule new, locked", {"rule", "new", "mine"}, 1, locked(store)},
     {"rule rm", {"rule", "rm", "mine"}, 0, makeRule},

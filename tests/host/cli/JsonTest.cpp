@@ -114,7 +114,11 @@ constexpr const char* calls[] = {"scan",
                                  "extract write DIR/mine.txt",
                                  "extract show DIR/mine.txt",
                                  "share invite Ann",
+                                 "share ls",
+                                 "share revoke Ann",
+                                 "share accept DIR/link.txt --as Ben",
                                  "share check DIR/link.txt",
+                                 "share forget Ben",
                                  "db check",
                                  "db snapshots",
                                  "db migrate",
@@ -149,7 +153,10 @@ TEST(Json, EveryCommandGivesOneObjectALineOrRefuses)
     qo.dir.write("front.jpg",
                  std::string("\xff\xd8\xff\xe0\0\x10JFIF\0\1\1\0\0\1\0\1\0\0\xff\xd9", 22));
     qo.dir.makeFolder("more");
-    qo.dir.write("link.txt", qo.run({"share", "invite", "Ann"}).out);
+    const QoCommand other;
+    other.addSound("a.mp3");
+    ASSERT_EQ(other.scan().code, 0);
+    qo.dir.write("link.txt", other.run({"share", "invite", "Ann"}).out);
     ASSERT_EQ(qo.scan().code, 0);
     qo.runSql("INSERT INTO SESSION_T VALUES (1, 'a session', 8, 0, 0)");
 
@@ -157,6 +164,8 @@ TEST(Json, EveryCommandGivesOneObjectALineOrRefuses)
     // which are refused.
     std::set<std::string> named = {"qo", "qo watch", "qo tag", "qo cover", "qo reorg", "qo db"};
     named.insert({"qo db dump", "qo extract", "qo share", "qo search get"});
+    // What needs two people.
+    named.insert({"qo share serve", "qo share scan", "qo share browse", "qo share get"});
     for (const char* const line : calls)
     {
         const std::vector<std::string> words = wordsOf(line, song, qo.dir.path());

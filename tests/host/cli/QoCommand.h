@@ -71,8 +71,9 @@ public:
     }
     std::string database() const { return dir.path("data/Qorganizer/qodb"); }
 
-    /// Starts it without waiting; its output goes to files of its own.
-    pid_t start(const std::vector<std::string>& arguments) const
+    /// Starts it without waiting; its output goes to files of its own, "out" and "err" with the
+    /// name ahead.
+    pid_t start(const std::vector<std::string>& arguments, const std::string& name = "") const
     {
         std::vector<std::string> words{QO_COMMAND, "--data", dir.path("data")};
         words.insert(words.end(), arguments.begin(), arguments.end());
@@ -85,9 +86,9 @@ public:
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_addopen(
-            &actions, 1, dir.path("out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+            &actions, 1, dir.path(name + "out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         posix_spawn_file_actions_addopen(
-            &actions, 2, dir.path("err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+            &actions, 2, dir.path(name + "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         pid_t pid = -1;
         const int error =
             ::posix_spawn(&pid, QO_COMMAND, &actions, nullptr, argv.data(), environment.data());
@@ -95,14 +96,14 @@ public:
         EXPECT_EQ(error, 0) << "cannot start " QO_COMMAND;
         return pid;
     }
-    Result finish(pid_t pid) const
+    Result finish(pid_t pid, const std::string& name = "") const
     {
         int status = 0;
         ::waitpid(pid, &status, 0);
         Result result;
         result.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        result.out = dir.read("out");
-        result.err = dir.read("err");
+        result.out = dir.read(name + "out");
+        result.err = dir.read(name + "err");
         return result;
     }
     Result run(const std::vector<std::string>& arguments) const { return finish(start(arguments)); }

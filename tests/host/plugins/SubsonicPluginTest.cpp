@@ -3,8 +3,8 @@
 #include "KVTagLib/Tags.h"
 #include "QoColl/Plugins/PluginFixture.h"
 #include "QoColl/Tags/MusicTagEx.h"
-#include "support/Servers.h"
 #include "plugins/base/PluginFailure.h"
+#include "support/Servers.h"
 
 #include <openssl/evp.h>
 

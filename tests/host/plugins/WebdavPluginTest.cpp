@@ -2,8 +2,8 @@
 
 #include "QoColl/Plugins/PluginFixture.h"
 #include "core/base/HostError.h"
-#include "support/Servers.h"
 #include "plugins/base/PluginFailure.h"
+#include "support/Servers.h"
 
 #include <filesystem>
 #include <fstream>

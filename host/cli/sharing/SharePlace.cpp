@@ -1,0 +1,178 @@
+#include "cli/sharing/SharePlace.h"
+
+#include "core/base/HostFiles.h"
+#include "core/session/Session.h"
+#include "plugins/base/PluginFailure.h"
+#include "share/ShareTransport.h"
+
+#include <QoKernel/Collection.h>
+#include <QoKernel/Physical.h>
+#include <QoKernel/Sharing.h>
+
+#include <boost/make_shared.hpp>
+
+#include <algorithm>
+
+namespace qo::cli
+{
+namespace
+{
+/// A transport reports bytes, and the kernel's own transfers a share of the whole, by one call.
+class BytesAsDone final : public CDummyProgress
+{
+public:
+    explicit BytesAsDone(IQoProgress& progress) : m_progress(progress) {}
+    void setPosition(std::uintptr_t done) override
+    {
+        constexpr int wordBits = 32;
+        m_progress.setDoneSize(done & UINT32_MAX, done >> wordBits);
+    }
+    bool isCanceled() override { return m_progress.isCanceled(); }
+
+private:
+    IQoProgress& m_progress;
+};
+
+class SharePlace final : public FarPlace
+{
+public:
+    SharePlace(const host::Share& share, const CQoCollPath& root)
+        : FarPlace(toUtf8(share.peer), root), m_transport({share})
+    {
+    }
+
+    CString componentOf(const std::string& name) const override
+    {
+        return farComponent(fromUtf8(name));
+    }
+    std::string nameOf(const CString& component) const override
+    {
+        return toUtf8(farNameOf(component));
+    }
+    CString localNameOf(const CString& component) const override
+    {
+        return safeLocalName(farNameOf(component));
+    }
+
+    bool find(const CQoCollPath& path, IQoProgress&, FarEntry& entry) override
+    {
+        const CQoCollection& shown = CQoCollection::m_foreignCollection;
+        if (const auto file = shown.getFileByPath(path))
+        {
+            const auto& record = file->getDbItem();
+            entry = {CQoCollPath(record->path).getLast(), false, record->size};
+            return true;
+        }
+        const auto folder = shown.getDir(path);
+        if (folder)
+            entry = {folder->getPath().getLast(), true, 0};
+        return folder != nullptr;
+    }
+    bool list(const CQoCollPath& folder,
+              Items items,
+              int depth,
+              IQoProgress&,
+              QoFileDbItemArray& records) override
+    {
+        QoFileDbItemArray all;
+        CQoCollection::m_foreignCollection.copyFiles(all);
+        CString lastFolder;
+        for (const QoFileDbItemPtr& item : all)
+        {
+            const CQoCollPath path(item->path);
+            if (!path.isSubPathOf(folder))
+                continue;
+            const CStringArray below = path.relativeTo(folder);
+            if (items == Items::files)
+            {
+                if (below.GetSize() <= depth)
+                    records.Add(item);
+                continue;
+            }
+            addFolders(folder, below, depth, lastFolder, records);
+        }
+        return true;
+    }
+    std::string takeCause() override { return host::plainWords(host::takePluginFailure()); }
+
+    bool takesFiles() override { return false; }
+    bool room(std::int64_t&) override { return false; }
+    std::string fetch(const CQoCollPath& path,
+                      std::int64_t,
+                      const CString& local,
+                      IQoProgress& progress) override
+    {
+        BytesAsDone bytes(progress);
+        if (CQoShareManager::getFile(path.toString(), local, 0, &bytes, false, false))
+            return "";
+        const std::string cause = takeCause();
+        return cause.empty() ? "it cannot be fetched" : cause;
+    }
+    std::string send(const CString&, std::int64_t, CQoCollPath&, bool, IQoProgress&) override
+    {
+        return "a share takes no files";
+    }
+    std::string remove(const CQoCollPath&, IQoProgress&) override
+    {
+        return "the files of a share are a friend's";
+    }
+
+private:
+    /// Files come in the order of their paths, so those of a folder follow each other.
+    static void addFolders(const CQoCollPath& folder,
+                           const CStringArray& below,
+                           int depth,
+                           CString& last,
+                           QoFileDbItemArray& records)
+    {
+        CQoCollPath path = folder;
+        for (int i = 0; i + 1 < below.GetSize() && i < depth; ++i)
+        {
+            path = path.child(below[i]);
+            const CString text = path.toString();
+            const bool isKnown = last.CompareNoCase(text) == 0 ||
+                                 last.Left(text.GetLength() + 1).CompareNoCase(text + u"\\") == 0;
+            if (isKnown)
+                continue;
+            const auto record = boost::make_shared<QoFileDbItem>();
+            record->path = text;
+            records.Add(record);
+            last = text;
+        }
+    }
+
+    const host::ShareTransportInUse m_transport;
+};
+
+/// The root below which all files lie: that of the friend's system where he has files on no other
+/// drive, so that paths look as they do there.
+CQoCollPath commonRoot(const host::Share& share)
+{
+    const CQoCollPath system = share.root().child(u"C:");
+    QoFileDbItemArray all;
+    CQoCollection::m_foreignCollection.copyFiles(all);
+    const bool isOne = std::all_of(all.begin(),
+                                   all.end(),
+                                   [&](const QoFileDbItemPtr& item)
+                                   { return CQoCollPath(item->path).isSubPathOf(system); });
+    return isOne ? system : share.root();
+}
+} // namespace
+
+std::unique_ptr<FarPlace> openSharePlace(const host::Share& share)
+{
+    CStringArray roots;
+    roots.Add(share.root().toString());
+    CDummyProgress progress;
+    if (!CQoCollection::m_foreignCollection.loadStored(
+            host::Session::databasePath(), share.collection(), roots, &progress))
+        throw HostError(ExitCode::failed,
+                        "the files of " + toUtf8(share.peer) +
+                            " cannot be loaded; \"qo log\" has the cause");
+    if (CQoCollection::m_foreignCollection.getFileCount() == 0)
+        throw HostError(ExitCode::notFound,
+                        "no files of " + toUtf8(share.peer) + " are known yet; \"qo share scan " +
+                            toUtf8(share.peer) + "\" fetches their list");
+    return std::make_unique<SharePlace>(share, commonRoot(share));
+}
+} // namespace qo::cli

@@ -1,0 +1,206 @@
+#include "cli/Interrupt.h"
+#include "cli/KernelCommand.h"
+#include "cli/files/FileRecord.h"
+#include "cli/sharing/ShareCommand.h"
+#include "cli/shown/Listing.h"
+#include "cli/shown/Text.h"
+#include "share/ShareServer.h"
+
+#include <QoKernel/Collection.h>
+
+#include <atomic>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+namespace qo::cli
+{
+namespace
+{
+using host::Offer;
+using host::PeerAddress;
+using host::Share;
+using host::ShareVisit;
+
+/// Offers what the shares say until a signal ends it, and follows changes of the collection and of
+/// the shares within a second or two.
+class Serving
+{
+public:
+    Serving(CommandLine& line, const PeerAddress& address)
+        : m_line(line), m_address(address), m_session(openKernel(line, KernelUse::look, false))
+    {
+    }
+
+    void run()
+    {
+        refresh();
+        const host::ShareKey key =
+            m_session->kernel().run([] { return host::ShareKey(host::Session::folder(), true); });
+        noteOtherKeys(key);
+        const host::ShareServer server(
+            key, m_offers, m_address, {}, [this](const ShareVisit& visit) { show(visit); });
+        PeerAddress place = m_address;
+        place.port = server.port();
+        m_line.note("serving at " + place.place() + "; Ctrl-C ends it");
+        while (!wasInterrupted() && !m_isClosed)
+        {
+            std::this_thread::sleep_for(pause);
+            if (++m_pauses % pausesToLook == 0)
+                follow();
+        }
+    }
+
+private:
+    static constexpr std::chrono::milliseconds pause{100};
+    static constexpr int pausesToLook = 10;
+
+    /// What the offers are made of.
+    struct State
+    {
+        std::vector<std::pair<CString, CString>> shares; ///< ids and queries
+        std::int64_t changed = 0;                        ///< of the collection, in ticks
+
+        bool operator==(const State&) const = default;
+    };
+
+    /// On the kernel's thread.
+    State read()
+    {
+        State state;
+        if (!m_session->checkDatabase())
+            return state;
+        m_shares = host::Shares().all();
+        for (const Share& share : m_shares)
+        {
+            if (share.isOwn && share.query)
+                state.shares.emplace_back(share.shareId, *share.query);
+        }
+        CollInfoDbItem info;
+        CQoCollDb(host::Session::databasePath()).getCollInfo(u"", info);
+        state.changed = toTicks(info.modifiedTime);
+        return state;
+    }
+
+    void follow()
+    {
+        try
+        {
+            refresh();
+            m_lastFailure.clear();
+        }
+        catch (const HostError& error)
+        {
+            // A database that is busy or being replaced; what was offered before goes on.
+            if (m_lastFailure != error.what())
+                m_line.note(error.what());
+            m_lastFailure = error.what();
+        }
+    }
+
+    void refresh()
+    {
+        const State state = m_session->kernel().run([this] { return read(); });
+        if (m_state && *m_state == state)
+            return;
+        if (state.shares.empty() && !m_state)
+            throw HostError(ExitCode::usage,
+                            "nothing is offered to anyone yet; \"qo share invite FRIEND\" does");
+        loadForReading(m_line, *m_session);
+        m_session->kernel().run([this] { makeOffers(); });
+        m_state = state;
+    }
+
+    /// On the kernel's thread.
+    void makeOffers()
+    {
+        std::vector<std::shared_ptr<Offer>> offers;
+        for (const Share& share : m_shares)
+        {
+            if (!share.isOwn || !share.query)
+                continue;
+            offers.push_back(Offer::of(share));
+            m_line.note("offering " +
+                        countText(static_cast<std::int64_t>(offers.back()->fileCount()), "file") +
+                        " to " + oneLine(share.peer));
+        }
+        m_offers.replace(std::move(offers));
+        CDummyProgress progress;
+        CQoCollection::m_ownCollection.clearCollection(&progress); // nobody asks it any more
+    }
+
+    void noteOtherKeys(const host::ShareKey& key) const
+    {
+        for (const Share& share : m_shares)
+        {
+            if (share.isOwn && share.query && share.address.keyDigest != key.digest())
+                m_line.note("the invitation of " + oneLine(share.peer) +
+                            " names another key, so he will not trust this server: revoke it, and "
+                            "invite him again");
+        }
+    }
+
+    /// From any thread.
+    void show(const ShareVisit& visit)
+    {
+        const std::lock_guard guard(m_outLock);
+        const std::string path = visit.path.IsEmpty() ? "" : host::shownPath(visit.path);
+        if (m_line.json)
+        {
+            Json record;
+            record["friend"] = visit.friendName.IsEmpty() ? Json() : Json(toUtf8(visit.friendName));
+            record["from"] = visit.from;
+            putPath(record, "path", path);
+            record["bytes"] = visit.bytes;
+            record["whole"] = visit.isWhole;
+            m_line.out.line(host::dump(record));
+        }
+        else if (visit.friendName.IsEmpty())
+            m_line.out.line("refused: " + visit.from + " has a wrong share id");
+        else
+            m_line.out.line(oneLine(visit.friendName) + " (" + visit.from + ")  " +
+                            sizeText(visit.bytes) + (visit.isWhole ? "" : ", broke off") + "  " +
+                            (path.empty() ? "the list of files" : harmless(path)));
+        m_line.out.flush();
+        m_isClosed = m_line.out.isClosed();
+    }
+
+    CommandLine& m_line;
+    const PeerAddress m_address;
+    const std::unique_ptr<host::Session> m_session;
+    std::vector<Share> m_shares;
+    std::optional<State> m_state;
+    host::Offers m_offers;
+    std::string m_lastFailure;
+    int m_pauses = 0;
+    std::mutex m_outLock; ///< guards the output
+    std::atomic<bool> m_isClosed = false;
+};
+
+ExitCode serve(CommandLine& line, const std::string& typed)
+{
+    const auto address = PeerAddress::ofPlace(typed.empty() ? "127.0.0.1" : typed);
+    if (!address)
+        throw HostError(ExitCode::usage,
+                        "\"" + typed +
+                            "\" is no address: write a number of this machine, or "
+                            "NUMBER:PORT; 0.0.0.0 stands for all of them");
+    Serving(line, *address).run();
+    return ExitCode::done;
+}
+} // namespace
+
+void addShareServing(CommandLine& line, CLI::App& command)
+{
+    const auto typed = std::make_shared<std::string>();
+    CLI::App* const serving = line.addCommand(command,
+                                              "serve",
+                                              "Let friends fetch what is offered to them",
+                                              [&line, typed] { return serve(line, *typed); });
+    addArgument(*serving,
+                "--listen",
+                *typed,
+                "The address to listen at: 127.0.0.1:4747, this machine alone, without it")
+        ->type_name("ADDRESS[:PORT]");
+}
+} // namespace qo::cli
