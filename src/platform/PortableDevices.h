@@ -69,6 +69,13 @@ public:
     virtual std::int64_t size() const = 0; ///< in bytes, when it was opened to read; else 0
 };
 
+/// Which properties of an object are asked for.
+enum class PropertySet : std::uint8_t
+{
+    listing, ///< names, kind, size and times, which a device says when it lists a folder
+    all      ///< those of the music too, which may cost a request for each object
+};
+
 /// The root of a device, whose children are its storages.
 inline constexpr const char16_t* deviceRootId = u"DEVICE";
 
@@ -85,7 +92,8 @@ public:
     /// In the device's order.
     virtual DeviceResult children(const CString& objectId, std::vector<CString>& ids) = 0;
     /// Keys as in QoColl/Devices/WPDKeys.h; what the device does not know is left out.
-    virtual DeviceResult properties(const CString& objectId, PropertyBag& values) = 0;
+    virtual DeviceResult
+    properties(const CString& objectId, PropertySet wanted, PropertyBag& values) = 0;
     virtual DeviceResult read(const CString& objectId, std::unique_ptr<IByteStream>& stream) = 0;
     /// An object without content, such as a folder.
     virtual DeviceResult createObject(const PropertyBag& values, CString& objectId) = 0;

@@ -163,7 +163,8 @@ private:
             }
             return m_portable.call();
         }
-        qo::DeviceResult properties(const CString& objectId, qo::PropertyBag& values) override
+        qo::DeviceResult
+        properties(const CString& objectId, qo::PropertySet, qo::PropertyBag& values) override
         {
             if (const Object* const object = m_portable.find(objectId))
                 values = object->values;

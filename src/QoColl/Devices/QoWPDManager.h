@@ -26,7 +26,8 @@ public:
     enum EDeviceItemType : int
     {
         deviceFolders = 1,
-        deviceFiles = 2
+        deviceFiles = 2,
+        withoutTags = 4 ///< the records have path, size and times, and nothing of the music
     };
     static constexpr int wholeDepth = 0xffff;
     /// The block of a transfer, in bytes.

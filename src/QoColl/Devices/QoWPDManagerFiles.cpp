@@ -88,9 +88,12 @@ bool walkObjects(qo::IPortableDevice& device,
         pending.pop_front();
         std::vector<ObjectInfo> children;
         qo::DeviceResult result = qo::deviceResult::ok;
-        isWhole =
-            CWPDUtils::getObjectChildren(device, folder.id, children, walk.progress, &result) &&
-            isWhole;
+        const bool withTags = (walk.types & CQoWPDManager::deviceFiles) != 0 &&
+                              (walk.types & CQoWPDManager::withoutTags) == 0;
+        const qo::PropertySet wanted = withTags ? qo::PropertySet::all : qo::PropertySet::listing;
+        isWhole = CWPDUtils::getObjectChildren(
+                      device, folder.id, children, walk.progress, &result, wanted) &&
+                  isWhole;
         std::set<CString> names;
         for (const ObjectInfo& child : children)
         {
@@ -168,8 +171,7 @@ bool CQoWPDManager::getPathInfo(qo::IPortableDevice& content,
             return false;
         found = ObjectInfo(*child);
     }
-    info = found;
-    return !path.isEmpty();
+    return !path.isEmpty() && CWPDUtils::getObjectInfo(content, found.m_id, info);
 }
 
 bool CQoWPDManager::getPathInfo(const CQoCollPath& path, IQoProgress* progress, ObjectInfo& info)

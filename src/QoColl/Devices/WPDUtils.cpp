@@ -270,7 +270,7 @@ bool CWPDUtils::getDeviceFillStateInfo(qo::IPortableDevice& device,
                                        std::int64_t& free)
 {
     PropertyBag values;
-    const DeviceResult result = device.properties(storageId, values);
+    const DeviceResult result = device.properties(storageId, qo::PropertySet::listing, values);
     const DeviceResult cause = result == ok ? qo::deviceResult::notFound : result;
     if (!takeIfThere(wpd::storageCapacity, values, total))
     {
@@ -292,10 +292,11 @@ bool CWPDUtils::getDeviceFillStateInfo(qo::IPortableDevice& device,
 bool CWPDUtils::getObjectInfo(qo::IPortableDevice& device,
                               const CString& objectId,
                               ObjectInfo& info,
-                              DeviceResult* cause)
+                              DeviceResult* cause,
+                              qo::PropertySet wanted)
 {
     PropertyBag bag;
-    const DeviceResult result = device.properties(objectId, bag);
+    const DeviceResult result = device.properties(objectId, wanted, bag);
     if (cause)
         *cause = result;
     if (result != ok)
@@ -326,7 +327,8 @@ bool CWPDUtils::getObjectChildren(qo::IPortableDevice& device,
                                   const CString& objectId,
                                   std::vector<ObjectInfo>& children,
                                   IQoProgress* progress,
-                                  DeviceResult* cause)
+                                  DeviceResult* cause,
+                                  qo::PropertySet wanted)
 {
     DeviceResult result = ok;
     DeviceResult& last = cause ? *cause : result;
@@ -346,7 +348,7 @@ bool CWPDUtils::getObjectChildren(qo::IPortableDevice& device,
         if (progress && progress->isCanceled())
             return false;
         ObjectInfo info;
-        if (!getObjectInfo(device, id, info, &last))
+        if (!getObjectInfo(device, id, info, &last, wanted))
             isWhole = false;
         else if (!info.m_pathName.IsEmpty())
             children.push_back(std::move(info));

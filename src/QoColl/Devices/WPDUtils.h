@@ -96,7 +96,8 @@ public:
     static bool getObjectInfo(qo::IPortableDevice& device,
                               const CString& objectId,
                               ObjectInfo& info,
-                              qo::DeviceResult* cause = nullptr);
+                              qo::DeviceResult* cause = nullptr,
+                              qo::PropertySet wanted = qo::PropertySet::all);
     /// Appends them in the device's order, without those whose name cannot stand in a path. False
     /// when the device does not list them, or says nothing of one, which is left out; with a device
     /// that has left it ends there. A cancel, asked for with each, ends it without a line.
@@ -104,7 +105,8 @@ public:
                                   const CString& objectId,
                                   std::vector<ObjectInfo>& children,
                                   IQoProgress* progress = nullptr,
-                                  qo::DeviceResult* cause = nullptr);
+                                  qo::DeviceResult* cause = nullptr,
+                                  qo::PropertySet wanted = qo::PropertySet::listing);
 
     // The properties that an object needs to be made.
     static bool getReqPropsForAllContentTypes(const CString& parentId,
