@@ -7,6 +7,7 @@
 #include "core/roots/RootFolders.h"
 #include "core/session/Heap.h"
 #include "devices/known/Devices.h"
+#include "devices/mtp/MtpDevices.h"
 #include "plugins/configured/ConfiguredPlugins.h"
 
 #include <algorithm>
@@ -62,6 +63,11 @@ std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use, bool
     options.doing = nameOf(line);
     options.saveSettings = !line.dryRun;
     options.plugins = host::configuredPlugins;
+    options.portables = [](Session& opened)
+    {
+        return std::make_unique<host::MtpDevices>([&opened](const std::string& sentence)
+                                                  { opened.note(sentence); });
+    };
     options.endsProcess = isLast && host::mayEndAtOnce();
     options.note = [&line](const std::string& sentence) { line.note(sentence); };
     auto session = std::make_unique<Session>(std::move(options));

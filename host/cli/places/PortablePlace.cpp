@@ -69,12 +69,10 @@ public:
               IQoProgress& progress,
               QoFileDbItemArray& records) override
     {
+        const int types =
+            items == Items::files ? CQoWPDManager::deviceFiles : CQoWPDManager::deviceFolders;
         return CQoWPDManager::getFilesFromDevice(
-            folder,
-            items == Items::files ? CQoWPDManager::deviceFiles : CQoWPDManager::deviceFolders,
-            depth > 1,
-            &progress,
-            records);
+            folder, types | CQoWPDManager::withoutTags, depth > 1, &progress, records);
     }
     std::string takeCause() override { return {}; }
 

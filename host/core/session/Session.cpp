@@ -58,6 +58,8 @@ Session::~Session()
         {
             m_usage.reset();
             CQoPluginManager::setPluginsManager({});
+            setPortableDevices(nullptr);
+            m_portables.reset();
             if (!m_options.endsProcess)
                 CQoCollection::cleanUpGlobal();
             CQoCollection::m_ownCollection.setScanHost(nullptr);
@@ -79,6 +81,11 @@ void Session::startKernel()
     m_fileKinds.apply();
     if (m_options.plugins)
         CQoPluginManager::setPluginsManager(m_options.plugins(*this));
+    if (m_options.portables)
+    {
+        m_portables = m_options.portables(*this);
+        setPortableDevices(m_portables.get());
+    }
     if (CQoSettings::getBool(CQoSettings::SendUsageStatistics) && savesSettings())
         m_usage = std::make_unique<UsageFile>(folder() + u"\\usage.json");
 }

@@ -19,6 +19,11 @@
 class CKVModule;
 class IPluginsManager;
 
+namespace qo
+{
+class IPortableDevices;
+} // namespace qo
+
 namespace qo::host
 {
 class UsageFile;
@@ -41,6 +46,8 @@ public:
             note; ///< takes sentences for the user; may be empty
         /// Makes the plug-ins of the session, on the kernel's thread; may be empty.
         std::function<boost::shared_ptr<IPluginsManager>(Session&)> plugins;
+        /// Likewise the way to portable devices; may be empty.
+        std::function<std::unique_ptr<IPortableDevices>(Session&)> portables;
     };
 
     /// Takes the lock and starts the kernel. Throws HostError.
@@ -101,6 +108,7 @@ private:
     KVConfig::Key* m_longestJingle = nullptr; ///< in seconds
     FileKinds m_fileKinds;
     std::unique_ptr<UsageFile> m_usage;
+    std::unique_ptr<IPortableDevices> m_portables;
     KernelThread m_kernel;
 };
 } // namespace qo::host
