@@ -13,6 +13,8 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <string>
 #include <thread>
@@ -228,6 +230,36 @@ public:
                "ann",
                "--pass",
                "s3cret"});
+    }
+};
+
+/// Apache's mod_dav over a folder, for the same user, who gives the password as Digest. It refuses
+/// to work for the administrator.
+class ApacheServer : public ServerProcess
+{
+public:
+    ApacheServer(const std::string& folder, const std::string& state)
+    {
+        std::filesystem::create_directories(state);
+        std::ofstream(state + "/users") << "ann:music:06f708c9deecf7bfa1ef0e2b95f7ba28\n";
+        std::ofstream settings(state + "/conf");
+        settings << "ServerRoot /usr/lib/apache2\nServerName localhost\n";
+        for (const char* const module : {"mpm_event",
+                                         "authn_core",
+                                         "authn_file",
+                                         "authz_core",
+                                         "authz_user",
+                                         "auth_digest",
+                                         "dav",
+                                         "dav_fs"})
+            settings << "LoadModule " << module << "_module modules/mod_" << module << ".so\n";
+        settings << "Listen " << m_address << "\nPidFile " << state << "/pid\nErrorLog " << state
+                 << "/errors\nDefaultRuntimeDir " << state << "\nMutex file:" << state
+                 << "\nDavLockDB " << state << "/locks\nDocumentRoot " << folder
+                 << "\n<Location />\nDav On\nAuthType Digest\nAuthName music\nAuthUserFile "
+                 << state << "/users\nRequire valid-user\n</Location>\n";
+        settings.close();
+        start({"/usr/sbin/apache2", "-X", "-f", state + "/conf"});
     }
 };
 

@@ -7,6 +7,7 @@
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
+#include <limits>
 
 namespace qo::host
 {
@@ -118,27 +119,31 @@ public:
     }
     PluginOperationPtr GetFillState() override
     {
-        return begin(
-            m_client,
-            [](HttpClient& client, ThreadOperation::Link& link)
-            {
-                DavListing listing;
-                PluginOutcome outcome = {
-                    askProperties(client, client.root(), "0", link, listing).failure, {}};
-                if (!outcome.failure.IsEmpty())
-                    return outcome;
-                const auto& entries = listing.entries();
-                if (entries.empty() || entries.front().available < 0)
-                    outcome.failure = u"the server does not say how much room is left";
-                else
-                    outcome.results.Add(boost::make_shared<DavFillState>(
-                        entries.front().available + std::max<std::int64_t>(entries.front().used, 0),
-                        entries.front().available));
-                return outcome;
-            });
+        return begin(m_client,
+                     [](HttpClient& client, ThreadOperation::Link& link)
+                     {
+                         DavListing listing;
+                         PluginOutcome outcome = {
+                             askProperties(client, client.root(), "0", link, listing).failure, {}};
+                         if (!outcome.failure.IsEmpty())
+                             return outcome;
+                         const auto& entries = listing.entries();
+                         if (entries.empty() || entries.front().available < 0)
+                             outcome.failure = u"the server does not say how much room is left";
+                         else
+                             outcome.results.Add(fillState(entries.front()));
+                         return outcome;
+                     });
     }
 
 private:
+    static boost::shared_ptr<DavFillState> fillState(const DavProperties& root)
+    {
+        constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+        const std::int64_t used = std::clamp<std::int64_t>(root.used, 0, most - root.available);
+        return boost::make_shared<DavFillState>(root.available + used, root.available);
+    }
+
     const ClientPtr m_client;
 };
 

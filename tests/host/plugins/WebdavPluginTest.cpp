@@ -3,10 +3,12 @@
 #include "QoColl/Plugins/PluginFixture.h"
 #include "core/base/HostError.h"
 #include "plugins/base/PluginFailure.h"
+#include "support/OrdinaryUser.h"
 #include "support/Servers.h"
 
 #include <filesystem>
 #include <fstream>
+#include <limits>
 
 namespace fs = std::filesystem;
 
@@ -39,6 +41,15 @@ protected:
         return isComplete ? pathsOf(files) : qo::toUtf8(qo::host::takePluginFailure());
     }
     std::string read(const std::string& relative) const { return dir.read(relative); }
+    void putSounds() const
+    {
+        fs::create_directories(dir.path("far/Music"));
+        fs::copy_file(QO_TEST_DATA "/sounds/sound.mp3", dir.path("far/Music/" + name));
+        fs::copy_file(QO_TEST_DATA "/sounds/sound.mp3", dir.path("own.mp3"));
+    }
+    void expectFilesToGoBothWays(const ServerProcess& server);
+
+    const std::string name = "50% off #1? (\xc3\xbc)&.mp3";
 };
 
 std::string entry(const std::string& href)
@@ -62,15 +73,9 @@ std::string many(int count, const std::string& text)
 }
 } // namespace
 
-TEST_F(WebdavPlugin, FilesGoBothWaysWithARealServer)
+/// With a real server over the folder "far", which putSounds() has made.
+void WebdavPlugin::expectFilesToGoBothWays(const ServerProcess& server)
 {
-    fs::create_directories(dir.path("far/Music"));
-    const std::string name = "50% off #1? (\xc3\xbc)&.mp3";
-    fs::copy_file(QO_TEST_DATA "/sounds/sound.mp3", dir.path("far/Music/" + name));
-    fs::copy_file(QO_TEST_DATA "/sounds/sound.mp3", dir.path("own.mp3"));
-    const RcloneServer server(dir.path("far"));
-    if (!server.isRunning)
-        GTEST_SKIP() << "rclone is not installed";
     add(server.url());
     EXPECT_EQ(CQoPluginManager::checkPluginCredentials(u"dav", u"ann", u"wrong", false),
               CQoPluginManager::LC_Failed);
@@ -109,6 +114,25 @@ TEST_F(WebdavPlugin, FilesGoBothWaysWithARealServer)
     EXPECT_FALSE(log.has(password));
 }
 
+TEST_F(WebdavPlugin, FilesGoBothWaysWithRclone)
+{
+    putSounds();
+    const RcloneServer server(dir.path("far"));
+    if (!server.isRunning)
+        GTEST_SKIP() << "rclone is not installed";
+    expectFilesToGoBothWays(server);
+}
+
+TEST_F(WebdavPlugin, FilesGoBothWaysWithApache)
+{
+    putSounds();
+    const OrdinaryUser ann(dir.path());
+    const ApacheServer server(dir.path("far"), dir.path("state"));
+    if (!ann.isPossible || !server.isRunning)
+        GTEST_SKIP() << "apache2 is not installed, or cannot be another user's";
+    expectFilesToGoBothWays(server);
+}
+
 TEST_F(WebdavPlugin, ATagCostsTwoSmallRequests)
 {
     // Ten bytes are the header of a tag of 100 bytes.
@@ -129,6 +153,49 @@ TEST_F(WebdavPlugin, ATagCostsTwoSmallRequests)
     EXPECT_TRUE(CQoPluginManager::getFilesFromPlugin(
         CQoPluginManager::PI_Files, at(u"dav"), 1, &progress, files));
     EXPECT_EQ(ranges, (std::vector<std::string>{"Range: bytes=0-9", "Range: bytes=0-109"}));
+}
+
+TEST_F(WebdavPlugin, RoomIsWhatTheServerSaysOfItsQuota)
+{
+    std::string properties;
+    HostileServer server;
+    server.answer = [&](const std::string&)
+    {
+        return listing("<response><href>/dav/</href><propstat><prop>" + properties +
+                       "</prop><status>HTTP/1.1 200 OK</status></propstat></response>");
+    };
+    add(server.url());
+    const struct
+    {
+        const char* properties;
+        bool isKnown;
+        std::int64_t total;
+        std::int64_t free;
+    } cases[] = {
+        {"<quota-available-bytes>5</quota-available-bytes><quota-used-bytes>15</quota-used-bytes>",
+         true,
+         20,
+         5},
+        {"<quota-available-bytes>5</quota-available-bytes>", true, 5, 5},
+        {"<quota-available-bytes>9223372036854775807</quota-available-bytes>"
+         "<quota-used-bytes>15</quota-used-bytes>",
+         true,
+         std::numeric_limits<std::int64_t>::max(),
+         std::numeric_limits<std::int64_t>::max()},
+        {"<quota-available-bytes>-3</quota-available-bytes>", false, 0, 0},
+        {"<quota-used-bytes>15</quota-used-bytes>", false, 0, 0}};
+    for (const auto& each : cases)
+    {
+        properties = each.properties;
+        std::int64_t total = 0;
+        std::int64_t free = 0;
+        bool unlimited = false;
+        EXPECT_EQ(CQoPluginManager::getPluginFillStateInfo(u"dav", total, free, unlimited),
+                  each.isKnown)
+            << properties;
+        EXPECT_EQ(total, each.total) << properties;
+        EXPECT_EQ(free, each.free) << properties;
+    }
 }
 
 TEST_F(WebdavPlugin, ThePasswordIsSentInTheSafestWayThatIsOffered)
