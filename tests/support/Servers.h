@@ -270,7 +270,7 @@ public:
     SupysonicServer(const std::string& music, const std::string& state)
     {
         start({"/usr/bin/python3",
-               QO_SOURCE_DIR "/tests/host/plugins/serve_music.py",
+               QO_SOURCE_DIR "/tests/support/serve_music.py",
                state,
                music,
                std::to_string(m_port)});

@@ -16,8 +16,9 @@ namespace qo::host
 namespace
 {
 constexpr int mostRedirections = 5;
-constexpr int mostWaits = 3; // for a server that is busy
-constexpr int pause = 100;   // milliseconds between two questions whether the user has cancelled
+constexpr int mostWaits = 3;                                     // for a server that is busy
+constexpr std::size_t mostUnread = std::size_t{1} * 1024 * 1024; // bytes that nobody asked for
+constexpr int pause = 100; // milliseconds between two questions whether the user has cancelled
 
 /// The sentence for a status; a cause follows the address.
 std::string wordsOf(long status, long busySeconds)
@@ -60,6 +61,7 @@ struct Exchange
     std::string tag;
     bool isEnded = false;
     bool hasReadFailed = false;
+    std::size_t unread = 0;
 
     HttpHead head() const
     {
@@ -84,7 +86,8 @@ std::size_t takeBody(char* bytes, std::size_t, std::size_t count, void* data)
     const HttpHead head = exchange.head();
     const auto& sink =
         isSuccess(head.status) ? exchange.request.sink : exchange.request.failureSink;
-    if (!sink || sink(head, {bytes, count}))
+    exchange.unread += sink ? 0 : count;
+    if (sink ? sink(head, {bytes, count}) : exchange.unread <= mostUnread)
         return count;
     exchange.isEnded = true;
     return 0;

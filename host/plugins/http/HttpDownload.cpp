@@ -71,13 +71,15 @@ CString HttpDownload::fetch(IFile& out, IQoProgress& progress)
         }
         done += static_cast<std::int64_t>(bytes.size());
         progress.setPosition(static_cast<std::uintptr_t>(done));
-        return m_end < 0 || done < m_end - m_first;
+        return m_end < 0 ? m_size == 0 || done <= m_size : done < m_end - m_first;
     };
     const HttpAnswer answer = send(std::move(request));
     if (writeError != 0)
         return failureAt(m_target, writeError);
     if (!answer.isDone())
         return answer.failure;
+    if (m_end < 0 && m_size > 0 && done > m_size)
+        return answer.place + u": more bytes come than the server has said";
     const bool isShort = m_end < 0
                              ? m_size > 0 && done < m_size
                              : done < m_end - m_first && !(m_size > 0 && m_first + done >= m_size);

@@ -233,6 +233,8 @@ TEST_F(WebdavPlugin, AnswersThatLieCostOneSentence)
     } cases[] = {
         {HostileServer::reply("401 No", ""), "does not accept"},
         {HostileServer::reply("403 No", ""), "does not allow"},
+        {"HTTP/1.1 403 No\r\nContent-Length: 9000000000\r\n\r\n" + std::string(2'000'000, 'x'),
+         "does not allow"},
         {HostileServer::reply("404 No", ""), "no such file"},
         {HostileServer::reply("429 No", "", "Retry-After: 7\r\n"), "after 7 seconds"},
         {HostileServer::reply("503 No", "", "Retry-After: 2\r\n"), "after 2 seconds"},
@@ -246,6 +248,7 @@ TEST_F(WebdavPlugin, AnswersThatLieCostOneSentence)
         {HostileServer::reply("207 OK", many(100'000, "<a>")), "damaged"},
         {HostileServer::reply("207 OK", doctype + "<multistatus xmlns=\"DAV:\"/>"), "damaged"},
         {listing(entry(std::string(100'000, 'x'))), "damaged"},
+        {listing(many(70, std::string(1'000'000, ' '))), "damaged"},
         {"not HTTP", "127.0.0.1"}};
     for (const auto& each : cases)
     {
@@ -291,6 +294,19 @@ TEST_F(WebdavPlugin, NamesLeadNowhereElse)
         EXPECT_THROW(qo::host::parseHttpAddress(address), qo::host::HostError);
 }
 
+TEST_F(WebdavPlugin, AFolderMayHaveTenThousandFiles)
+{
+    std::string entries;
+    for (int i = 0; i < 10'000; ++i)
+        entries += entry("/dav/" + std::to_string(i) + ".mp3");
+    HostileServer server;
+    server.answer = [&](const std::string&) { return listing(entries); };
+    add(server.url());
+    const std::string names = listed();
+    EXPECT_EQ(std::count(names.begin(), names.end(), '\n'), 10'000) << names.substr(0, 200);
+    EXPECT_EQ(server.requests, 1);
+}
+
 TEST_F(WebdavPlugin, WhatStallsOrBreaksOffLeavesNothing)
 {
     HostileServer server;
@@ -302,6 +318,8 @@ TEST_F(WebdavPlugin, WhatStallsOrBreaksOffLeavesNothing)
     for (const std::string& each :
          {std::string("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nabc"),
           HostileServer::reply("200 OK", "abc"),
+          HostileServer::reply("200 OK", std::string(2000, 'x')),
+          HostileServer::reply("416 No", ""),
           std::string()})
     {
         get = each;
