@@ -52,6 +52,26 @@ std::string wordsOf(long status, long busySeconds)
     }
 }
 
+/// The sentence for a transfer that did not come to its end; the library's own words where those
+/// say more, such as what is wrong with a certificate.
+std::string wordsOf(CURLcode code, const char* detail)
+{
+    switch (code)
+    {
+    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+        return "another server answers there than the one that is known";
+    case CURLE_OPERATION_TIMEDOUT:
+        return "the server does not answer, or has stopped in the middle";
+    case CURLE_PARTIAL_FILE:
+    case CURLE_GOT_NOTHING:
+    case CURLE_RECV_ERROR:
+    case CURLE_SEND_ERROR:
+        return "the server has broken off the connection";
+    default:
+        return *detail != '\0' ? detail : curl_easy_strerror(code);
+    }
+}
+
 /// What the callbacks of a transfer need.
 struct Exchange
 {
@@ -324,10 +344,8 @@ HttpAnswer HttpClient::runOnce(Connection& connection, const HttpRequest& reques
     std::string cause;
     if (exchange.hasReadFailed)
         cause = "the local file cannot be read";
-    else if (code == CURLE_SSL_PINNEDPUBKEYNOTMATCH)
-        cause = "another server answers there than the one that is known";
     else if (code != CURLE_OK && !exchange.isEnded)
-        cause = connection.error[0] != '\0' ? connection.error : curl_easy_strerror(code);
+        cause = wordsOf(code, connection.error);
     else if (!isSuccess(answer.status))
         cause = wordsOf(answer.status, course.busySeconds);
     if (!cause.empty())
