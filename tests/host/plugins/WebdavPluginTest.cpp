@@ -244,7 +244,6 @@ TEST_F(WebdavPlugin, AnswersThatLieCostOneSentence)
         {HostileServer::reply("302 Go", "", "Location: " + other.url() + "\r\n"), "another place"},
         {HostileServer::reply("302 Go", "", "Location: file:///etc/passwd\r\n"), "another place"},
         {"HTTP/1.1 207 OK\r\nContent-Length: 500\r\n\r\n<multistatus", "broken off"},
-        {"", "does not answer"},
         {HostileServer::reply("207 OK", "<multistatus xmlns=\"DAV:\"><response>"), "damaged"},
         {HostileServer::reply("207 OK", many(100'000, "<a>")), "damaged"},
         {HostileServer::reply("207 OK", doctype + "<multistatus xmlns=\"DAV:\"/>"), "damaged"},
@@ -316,16 +315,21 @@ TEST_F(WebdavPlugin, WhatStallsOrBreaksOffLeavesNothing)
     server.answer = [&](const std::string& request)
     { return request.starts_with("PROPFIND") ? listing(entry("/dav/a.mp3")) : get; };
     const CString target = dir.collPath("copy.mp3");
-    for (const std::string& each :
-         {std::string("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nabc"),
-          HostileServer::reply("200 OK", "abc"),
-          HostileServer::reply("200 OK", std::string(2000, 'x')),
-          HostileServer::reply("416 No", ""),
-          std::string()})
+    const struct
     {
-        get = each;
+        std::string answer;
+        const char* text;
+    } cases[] = {{"HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nabc", "broken off"},
+                 {HostileServer::reply("200 OK", "abc"), "before it was whole"},
+                 {HostileServer::reply("200 OK", std::string(2000, 'x')), "more bytes come"},
+                 {HostileServer::reply("416 No", ""), "is shorter"},
+                 {"", "does not answer"}};
+    for (const auto& each : cases)
+    {
+        get = each.answer;
         EXPECT_FALSE(CQoPluginManager::downloadFile(at(u"dav", u"a.mp3"), target, true, &progress));
-        EXPECT_FALSE(qo::host::takePluginFailure().IsEmpty());
+        const std::string cause = qo::toUtf8(qo::host::takePluginFailure());
+        EXPECT_NE(cause.find(each.text), std::string::npos) << each.text << ": " << cause;
         EXPECT_FALSE(fs::exists(dir.path("copy.mp3")));
     }
     server.answer = [](const std::string&) { return std::string(); };
