@@ -1,5 +1,7 @@
 #include "devices/mtp/MtpConnection.h"
 
+#include "devices/mtp/SilentOutput.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -70,6 +72,7 @@ MtpConnection::MtpConnection(LIBMTP_mtpdevice_t* handle, UsbNode node)
 
 MtpConnection::~MtpConnection()
 {
+    const SilentOutput silence;
     ::LIBMTP_Release_Device(m_handle);
 }
 

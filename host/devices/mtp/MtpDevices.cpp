@@ -2,9 +2,7 @@
 
 #include "devices/base/Holders.h"
 #include "devices/mtp/MtpStreams.h"
-
-#include <fcntl.h>
-#include <unistd.h>
+#include "devices/mtp/SilentOutput.h"
 
 #include <cinttypes>
 #include <cstdio>
@@ -14,47 +12,6 @@ namespace qo::host
 {
 namespace
 {
-/// Keeps the library, which tells whoever is at the terminal what it finds, from writing into the
-/// output of a command.
-class SilentOutput
-{
-public:
-    SilentOutput()
-    {
-        const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-        std::fflush(stdout);
-        for (Stream& stream : m_streams)
-        {
-            stream.saved = nowhere < 0 ? -1 : ::fcntl(stream.number, F_DUPFD_CLOEXEC, 3);
-            if (stream.saved >= 0)
-                ::dup2(nowhere, stream.number);
-        }
-        if (nowhere >= 0)
-            ::close(nowhere);
-    }
-    ~SilentOutput()
-    {
-        std::fflush(stdout);
-        for (const Stream& stream : m_streams)
-        {
-            if (stream.saved < 0)
-                continue;
-            ::dup2(stream.saved, stream.number);
-            ::close(stream.saved);
-        }
-    }
-    SilentOutput(const SilentOutput&) = delete;
-    SilentOutput& operator=(const SilentOutput&) = delete;
-
-private:
-    struct Stream
-    {
-        int number;
-        int saved;
-    };
-    Stream m_streams[2] = {{STDOUT_FILENO, -1}, {STDERR_FILENO, -1}};
-};
-
 /// A device may say any time.
 FILETIME timeOfSeconds(std::int64_t seconds)
 {

@@ -191,3 +191,52 @@ TEST_F(DeviceCommand, AStickThatIsInUseIsNotEjectedAndItsUserIsNamed)
     for (pid_t pid = 0; pids >> pid;)
         ::kill(pid, SIGTERM);
 }
+
+/// Runs a command line on a system with a phone that has the files of the folder "phone", and that
+/// leaves after so many bytes; what it says.
+std::string withPhone(const QoCommand& qo, const std::string& words, int limit = 0)
+{
+    const std::string call = "HOME='" + qo.dir.path("home") +
+                             "' timeout 100 umockdev-wrapper /usr/bin/python3 " QO_SOURCE_DIR
+                             "/tests/host/devices/phone.py '" +
+                             qo.dir.path("phone") + "' " + std::to_string(limit) +
+                             " " QO_COMMAND " --data '" + qo.dir.path("data") + "' " + words +
+                             " >'" + qo.dir.path("said") + "' 2>&1";
+    const int status = std::system(call.c_str()); // NOLINT(concurrency-mt-unsafe)
+    return qo.dir.read("said") + std::to_string(WEXITSTATUS(status));
+}
+
+TEST(PhoneCommand, APhoneOnTheBusIsListedCopiedAndScanned)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "two libraries want to stand before all others";
+#endif
+    if (std::system("command -v umockdev-wrapper >/dev/null") != 0) // NOLINT
+        GTEST_SKIP() << "there is no umockdev-wrapper";
+    const QoCommand qo;
+    const std::string content(700'001, 'x');
+    fs::create_directories(qo.dir.path("phone/Music"));
+    fs::copy_file(QO_TEST_DATA "/sounds/sound.mp3", qo.dir.path("phone/Music/song.mp3"));
+    qo.dir.write("phone/long.mp3", content);
+    qo.dir.write("new.mp3", "new");
+    qo.dir.makeFolder("to");
+    EXPECT_EQ(withPhone(qo, "device browse 'Phone 7' --deep"),
+              "683.6 KiB  Card/long.mp3\n  2.1 KiB  Card/Music/song.mp3\n0");
+    EXPECT_EQ(withPhone(qo, "device pull 'phone 7' Card/long.mp3 --to " + qo.dir.path("to")),
+              "qo: fetched: Phone 7/Card/long.mp3 (683.6 KiB)\n0");
+    EXPECT_EQ(qo.dir.read("to/long.mp3"), content);
+    EXPECT_EQ(withPhone(qo, "device push " + qo.dir.path("new.mp3") + " --to 'Phone 7/Card/A/B'"),
+              "qo: sent: Phone 7/Card/A/B/new.mp3 (3 B)\n0");
+    EXPECT_EQ(qo.dir.read("phone/A/B/new.mp3"), "new");
+    EXPECT_NE(withPhone(qo, "device adopt 'Phone 7' --music Card/Music").find("adopted"),
+              std::string::npos);
+    EXPECT_NE(withPhone(qo, "scan").find("1 file on Phone 7: 1 new"), std::string::npos);
+    qo.expect({"scan"}, 0, "away: 1 file of it stay");
+    qo.expect({"ls", "--on", "Phone 7"}, 0, "Phone 7/Card/Music/song.mp3");
+
+    fs::remove(qo.dir.path("to/long.mp3"));
+    const std::string pulled =
+        withPhone(qo, "device pull 'Phone 7' Card/long.mp3 --to " + qo.dir.path("to"), 300'000);
+    EXPECT_NE(pulled.find("not fetched: Phone 7/Card/long.mp3"), std::string::npos) << pulled;
+    EXPECT_TRUE(fs::is_empty(qo.dir.path("to")));
+}
