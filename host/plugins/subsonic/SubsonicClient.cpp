@@ -67,8 +67,19 @@ CString serverWords(const std::string& message, const std::vector<std::string>& 
     return singleLine(fromUtf8(message).Left(longest));
 }
 
+/// Whether the answer to a token says that the server knows none.
+bool knowsNoTokens(const SubsonicReply& reply)
+{
+    constexpr int firstWithTokens = 1013;
+    return reply.code == noTokens ||
+           (reply.code == missingParameter && reply.version > 0 && reply.version < firstWithTokens);
+}
+
 CString wordsOfError(const SubsonicReply& reply, const std::vector<std::string>& secrets)
 {
+    if (knowsNoTokens(reply))
+        return u"the server takes nothing but the password itself, which is not sent without "
+               u"encryption";
     switch (reply.code)
     {
     case otherClient:
@@ -76,10 +87,6 @@ CString wordsOfError(const SubsonicReply& reply, const std::vector<std::string>&
         return u"the server speaks another version of the language of music servers";
     case wrongLogin:
         return u"the server does not accept the user and the password";
-    case missingParameter:
-    case noTokens:
-        return u"the server takes nothing but the password itself, which is not sent without "
-               u"encryption";
     case notAllowed:
         return u"the server does not allow that";
     case notThere:
@@ -196,9 +203,8 @@ SubsonicAnswer SubsonicClient::send(const char* method,
         for (const auto& [name, value] : parameters)
             request.address.query += std::string("&") + name + "=" + percentEncoded(value, "-._~");
         SubsonicAnswer answer = sendOnce(request, {salt, token, hex, known.password}, http);
-        const int code = answer.reply.code;
-        const bool wantsPassword = code == noTokens || code == missingParameter;
-        if (!wantsPassword || known.sendsPassword || known.user.empty() || !beginPassword())
+        if (!knowsNoTokens(answer.reply) || known.sendsPassword || known.user.empty() ||
+            !beginPassword())
             return answer;
     }
 }

@@ -21,9 +21,9 @@ struct SubsonicAnswer
 };
 
 /// Questions to one music server. The password is never sent where a token will do: the MD5 sum of
-/// password and salt, with a new salt for each question. A server that knows no tokens (the errors
-/// 41, and 10 of older ones, which miss a parameter then) gets it only when the connection is
-/// encrypted, or leads nowhere but to this machine. From any thread.
+/// password and salt, with a new salt for each question. A server that knows no tokens (the error
+/// 41, and 10 of those before version 1.13, which miss a parameter then) gets it only when the
+/// connection is encrypted, or leads nowhere but to this machine. From any thread.
 class SubsonicClient
 {
 public:

@@ -118,6 +118,19 @@ CString titleOf(const Json& track, const CString& suffix)
     return title.IsEmpty() ? CString(u"[unknown]") : title;
 }
 
+/// 1010 for "1.10.2"; 0 for what is no version.
+int versionOf(const std::string& text)
+{
+    constexpr int mostMinor = 1000;
+    const std::size_t point = text.find('.');
+    if (point == std::string::npos)
+        return 0;
+    const int major = textToInt(fromUtf8(text.substr(0, point)).view());
+    const int minor = textToInt(fromUtf8(text.substr(point + 1)).view());
+    const bool isVersion = major > 0 && major < mostMinor && minor >= 0 && minor < mostMinor;
+    return isVersion ? major * mostMinor + minor : 0;
+}
+
 /// Calls the function with each object of a list. Some servers write a list of one as that one.
 template <class Function>
 void forEach(const Json& list, Function function)
@@ -206,6 +219,7 @@ SubsonicReply readSubsonicReply(std::string_view text)
         return reply;
     const Json& root = memberOf(document, "subsonic-response");
     reply.form = root.is_object() ? SubsonicReply::Form::reply : SubsonicReply::Form::foreign;
+    reply.version = versionOf(textOf(root, "version"));
     const Json& error = memberOf(root, "error");
     if (textOf(root, "status") != "ok" || error.is_object())
     {

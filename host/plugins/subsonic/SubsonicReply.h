@@ -36,6 +36,7 @@ struct SubsonicReply
     Form form = Form::foreign;
     int code = -1;       ///< -1: success; else the server's number of the error
     std::string message; ///< the server's own words
+    int version = 0;     ///< of the interface, 1010 for "1.10.2"; 0: unknown
     std::vector<SubsonicItem> artists;
     std::vector<SubsonicItem> albums;
     std::vector<SubsonicItem> tracks;

@@ -73,10 +73,10 @@ std::string good(const std::string& body)
     std::replace(text.begin(), text.end(), '\'', '"');
     return HostileServer::reply("200 OK", text, "Content-Type: application/json\r\n");
 }
-std::string bad(int code, const std::string& message)
+std::string bad(int code, const std::string& message, const std::string& more = "")
 {
-    return good("'status':'failed','error':{'code':" + std::to_string(code) + ",'message':'" +
-                message + "'}");
+    return good(more + "'status':'failed','error':{'code':" + std::to_string(code) +
+                ",'message':'" + message + "'}");
 }
 std::string artists(const std::string& list)
 {
@@ -174,26 +174,37 @@ TEST_F(SubsonicPlugin, TheServerGetsANewTokenForEachQuestion)
     expectNoSecrets();
 }
 
-TEST_F(SubsonicPlugin, ThePasswordItselfIsSentToThisMachineAlone)
+TEST_F(SubsonicPlugin, ThePasswordItselfIsSentWhereNoTokenWillDoAndToThisMachineAlone)
 {
-    for (const bool isHere : {true, false})
+    const std::string old = "'version':'1.12.0',";
+    const struct
+    {
+        bool isHere;
+        std::string refusal;
+        bool isSent;
+        const char* text;
+    } cases[] = {{true, bad(41, "no tokens"), true, "Ann\\One\\a\n"},
+                 {false, bad(41, "no tokens"), false, "without encryption"},
+                 {true, bad(10, "p is missing", old), true, "Ann\\One\\a\n"},
+                 {false, bad(10, "p is missing", old), false, "without encryption"},
+                 {true, bad(10, "something else is missing"), false, "something else is missing"}};
+    for (const auto& each : cases)
     {
         std::string all;
-        HostileServer server(isHere);
+        HostileServer server(each.isHere);
         server.answer = [&](const std::string& request)
         {
             all += request;
             return parameter(request, "p") == "enc:" + listenerPasswordHex
                        ? library(request, "{'id':'c','title':'a'}")
-                       : bad(41, "no tokens");
+                       : each.refusal;
         };
         plugins = boost::make_shared<qo::host::PluginList>();
         CQoPluginManager::setPluginsManager(plugins);
         add(server.url());
         const std::string shown = listed();
-        EXPECT_EQ(shown == "Ann\\One\\a\n", isHere) << shown;
-        EXPECT_EQ(shown.find("without encryption") != std::string::npos, !isHere) << shown;
-        EXPECT_EQ(all.find("p=enc:") != std::string::npos, isHere);
+        EXPECT_NE(shown.find(each.text), std::string::npos) << each.refusal << shown;
+        EXPECT_EQ(all.find("p=enc:") != std::string::npos, each.isSent) << each.refusal;
     }
     expectNoSecrets();
 }
