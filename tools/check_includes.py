@@ -50,6 +50,7 @@ HOST_ORDER = (
     {"devices/known"},
     {"devices/usb", "devices/mtp"},
     {"share"},
+    {"places"},
     {"cli/shown"},
     {"cli"},
     {"cli/files"},

@@ -29,7 +29,7 @@ struct CommandLine
     bool yes = false;
     bool quiet = false;
     bool noPager = false;
-    std::string device; ///< whose files are listed instead of the user's own; "" for these
+    std::string place; ///< whose files are listed instead of the user's own; "" for these
     Output out;
     std::function<ExitCode()> action;
 

@@ -6,9 +6,10 @@
 #include "core/load/StoredLoad.h"
 #include "core/roots/RootFolders.h"
 #include "core/session/Heap.h"
-#include "devices/known/Devices.h"
 #include "devices/mtp/MtpDevices.h"
+#include "places/ScannedPlace.h"
 #include "plugins/configured/ConfiguredPlugins.h"
+#include "share/ShareTransport.h"
 
 #include <algorithm>
 #include <functional>
@@ -68,6 +69,7 @@ std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use, bool
         return std::make_unique<host::MtpDevices>([&opened](const std::string& sentence)
                                                   { opened.note(sentence); });
     };
+    options.shares = [] { return std::make_unique<host::ShareTransport>(); };
     options.endsProcess = isLast && host::mayEndAtOnce();
     options.note = [&line](const std::string& sentence) { line.note(sentence); };
     auto session = std::make_unique<Session>(std::move(options));
@@ -102,26 +104,38 @@ loadCollection(const CommandLine& line, Session& session, const host::LoadOption
                    });
 }
 
-void addDeviceOption(CommandLine& line, CLI::App& command)
+std::unique_ptr<host::ScratchDatabase> trialOf(const CommandLine& line, Session& session)
 {
-    addArgument(command, "--on", line.device, "The files of a device that was adopted")
-        ->type_name("DEVICE");
+    if (!line.dryRun)
+        return nullptr;
+    return session.kernel().run(
+        []
+        {
+            auto copy = std::make_unique<host::ScratchDatabase>(u"trial");
+            copy->copyFrom(Session::databasePath());
+            return copy;
+        });
+}
+
+void addPlaceOption(CommandLine& line, CLI::App& command)
+{
+    addArgument(command,
+                "--on",
+                line.place,
+                "The files of a device, a storage service or a friend, as of the last scan of it")
+        ->type_name("NAME");
 }
 
 host::LoadReport loadForReading(const CommandLine& line, Session& session)
 {
-    if (!line.device.empty())
+    if (!line.place.empty())
         return runLoad(line,
                        session,
                        [&](host::ProgressReporter& progress)
                        {
-                           const host::Device device = host::Devices().need(line.device);
-                           if (!device.info->m_configured)
-                               throw HostError(ExitCode::usage,
-                                               device.name +
-                                                   " is not in the collection: \"qo device adopt\" "
-                                                   "takes it in");
-                           return host::loadStored(session, progress, device.collection());
+                           const host::FarCollection place =
+                               host::scannedPlace(session, line.place);
+                           return host::loadStored(session, progress, place.id);
                        });
     const host::LoadReport report = !session.hasLock()
                                         ? runLoad(line,

@@ -4,6 +4,7 @@
 #include "cli/Interrupt.h"
 #include "cli/shown/ProgressDisplay.h"
 #include "core/base/HostFiles.h"
+#include "core/base/ScratchDatabase.h"
 #include "core/load/CollectionLoader.h"
 #include "core/session/Session.h"
 
@@ -65,9 +66,11 @@ auto runShown(const CommandLine& line, host::Session& session, Function function
 /// Checks the database and loads the collection, with progress and a way to interrupt.
 host::LoadReport
 loadCollection(const CommandLine& line, host::Session& session, const host::LoadOptions& options);
-/// Lets a command that lists what loadForReading() loads list the files of a device instead.
-void addDeviceOption(CommandLine& line, CLI::App& command);
+/// A copy of the database, which a dry run may write to; null for a real run.
+std::unique_ptr<host::ScratchDatabase> trialOf(const CommandLine& line, host::Session& session);
+/// Lets a command that lists what loadForReading() loads list the files of another place instead.
+void addPlaceOption(CommandLine& line, CLI::App& command);
 /// What the database has, for a session that looks; the plain start for one that holds. With a
-/// device on the command line, what it has of that.
+/// place on the command line, what it has of that.
 host::LoadReport loadForReading(const CommandLine& line, host::Session& session);
 } // namespace qo::cli

@@ -65,30 +65,33 @@ struct ShareTransport::Fetch
     CString failure = {}; ///< one that no further request can mend
 };
 
-ShareTransport::ShareTransport(const std::vector<Share>& shares,
-                               HttpLimits limits,
-                               SharePatience patience)
-    : m_patience(patience)
+ShareTransport::Source* ShareTransport::find(const CString& device)
 {
-    for (const Share& share : shares)
+    const std::lock_guard guard(m_lock);
+    if (const auto known = m_sources.find(device); known != m_sources.end())
+        return &known->second;
+    for (const Share& share : Shares().all())
     {
-        if (share.isOwn)
+        if (share.isOwn || share.root().getDevice() != device)
             continue;
-        Source& source = m_sources[share.root().getDevice()];
+        Source& source = m_sources[device];
         source.name = share.peer;
         source.shareId = toUtf8(share.shareId);
-        if (share.address.host.empty())
-            continue;
-        source.client = std::make_unique<HttpClient>(
-            HttpAddress{"https://" + share.address.place(), "/1/"}, limits);
-        source.client->trustKey(share.address.keyDigest);
+        if (!share.address.host.empty())
+        {
+            source.client = std::make_unique<HttpClient>(
+                HttpAddress{"https://" + share.address.place(), "/1/"}, m_limits);
+            source.client->trustKey(share.address.keyDigest);
+        }
+        return &source;
     }
+    return nullptr;
 }
 
 CString ShareTransport::getDeviceName(const CString& device)
 {
-    const auto found = m_sources.find(device);
-    return found == m_sources.end() ? CString() : found->second.name;
+    const Source* const source = find(device);
+    return source ? source->name : CString();
 }
 
 int ShareTransport::getExtract(const CString& device,
@@ -111,13 +114,13 @@ int ShareTransport::getFile(const ShareFileRequest& request)
 
 bool ShareTransport::fetch(const CString& device, const std::string& path, Fetch& fetch)
 {
-    const auto found = m_sources.find(device);
-    if (found == m_sources.end() || !found->second.client)
+    Source* const found = find(device);
+    if (!found || !found->client)
     {
         setPluginFailure(u"the invitation of this share does not say where it is served");
         return false;
     }
-    Source& source = found->second;
+    Source& source = *found;
     if (!source.refusal.IsEmpty())
     {
         setPluginFailure(source.refusal);

@@ -7,6 +7,7 @@
 
 #include <map>
 #include <memory>
+#include <mutex>
 
 namespace qo::host
 {
@@ -24,9 +25,11 @@ struct SharePatience
 class ShareTransport final : public IVelmoraShareManager
 {
 public:
-    explicit ShareTransport(const std::vector<Share>& shares,
-                            HttpLimits limits = {},
-                            SharePatience patience = {});
+    /// From the friends' shares of the session, which are read when the first one is asked for.
+    explicit ShareTransport(HttpLimits limits = {}, SharePatience patience = {})
+        : m_limits(limits), m_patience(patience)
+    {
+    }
 
     int getExtract(const CString& device, const CString& localPath, IQoProgress* progress) override;
     CString getDeviceName(const CString& device) override;
@@ -43,27 +46,15 @@ private:
     };
     struct Fetch;
 
+    /// Null for a share that is not known.
+    Source* find(const CString& device);
     bool fetch(const CString& device, const std::string& path, Fetch& fetch);
     /// One request, from the byte at which the local file ends.
     HttpAnswer continueWith(const Source& source, const std::string& path, Fetch& fetch) const;
 
+    const HttpLimits m_limits;
     const SharePatience m_patience;
-    std::map<CString, Source> m_sources; ///< by the device of their paths
-};
-
-/// While it lives, the kernel fetches from these shares.
-class ShareTransportInUse
-{
-public:
-    explicit ShareTransportInUse(const std::vector<Share>& shares) : m_transport(shares)
-    {
-        CQoShareManager::SetVelmoraShareManager(&m_transport);
-    }
-    ~ShareTransportInUse() { CQoShareManager::SetVelmoraShareManager(nullptr); }
-    ShareTransportInUse(const ShareTransportInUse&) = delete;
-    ShareTransportInUse& operator=(const ShareTransportInUse&) = delete;
-
-private:
-    ShareTransport m_transport;
+    std::mutex m_lock;                   ///< guards the others
+    std::map<CString, Source> m_sources; ///< by the device of their paths; those once found stay
 };
 } // namespace qo::host

@@ -1,17 +1,17 @@
 #include "cli/admin/DeviceScans.h"
 
 #include "cli/KernelCommand.h"
+#include "cli/places/FarScanCommand.h"
 #include "cli/shown/Text.h"
 #include "core/base/Json.h"
 #include "core/roots/RootGuard.h"
-#include "devices/known/DeviceScan.h"
+#include "devices/known/Devices.h"
 
 namespace qo::cli
 {
 namespace
 {
 using host::Device;
-using host::DeviceReport;
 
 void printAway(CommandLine& line, const Device& device, const CString& database)
 {
@@ -24,25 +24,6 @@ void printAway(CommandLine& line, const Device& device, const CString& database)
                                                         "folder lies on it or holds it: "
                                                       : " is away: ") +
               countText(files, "file") + " of it stay in the collection");
-}
-
-void printFound(CommandLine& line, const Device& device, const DeviceReport& report)
-{
-    for (const std::string& remark : report.remarks)
-        line.note(remark);
-    if (line.json)
-        return line.out.line(host::dump({{"device", device.name},
-                                         {"connected", true},
-                                         {"files", report.files},
-                                         {"new", report.added},
-                                         {"changed", report.changed},
-                                         {"gone", report.gone},
-                                         {"seconds", report.seconds}}));
-    line.out.line(std::string(line.dryRun ? "A scan would find " : "Scanned ") +
-                  countText(report.files, "file") + " on " + harmless(device.name) + ": " +
-                  std::to_string(report.added) + " new, " + std::to_string(report.changed) +
-                  " changed, " + std::to_string(report.gone) + " gone, " +
-                  secondsText(report.seconds) + " s");
 }
 } // namespace
 
@@ -66,8 +47,11 @@ ExitCode scanDevices(CommandLine& line, host::Session& session, const CString& t
             }
             try
             {
-                printFound(
-                    line, device, host::scanDevice(session, device, database, isDeep, progress));
+                printFarScan(
+                    line,
+                    "device",
+                    device.name,
+                    host::scanFar(session, device.farCollection(), database, isDeep, progress));
             }
             catch (const HostError& error)
             {

@@ -139,20 +139,6 @@ bool addScannedFolders(const CommandLine& line, Session& session, const ScanOpti
     return hasRoots;
 }
 
-/// A copy of the database, which a dry run may write to; null for a real run.
-std::unique_ptr<ScratchDatabase> trialOf(const CommandLine& line, Session& session)
-{
-    if (!line.dryRun)
-        return nullptr;
-    return session.kernel().run(
-        []
-        {
-            auto copy = std::make_unique<ScratchDatabase>(u"trial");
-            copy->copyFrom(Session::databasePath());
-            return copy;
-        });
-}
-
 LoadReport scanRoots(const CommandLine& line,
                      Session& session,
                      const ScanOptions& options,

@@ -101,7 +101,7 @@ void setUpList(CommandLine& line, CLI::App& command)
     addQuery(command, options->choice);
     addNames(command, options->choice);
     addOrder(command, options->choice);
-    addDeviceOption(line, command);
+    addPlaceOption(line, command);
     CLI::Option* const isLong =
         command.add_flag("-l,--long", options->isLong, "Every field, with tabs between them");
     command.add_flag("-0,--null", options->withNul, "End each path with a NUL, for xargs -0")

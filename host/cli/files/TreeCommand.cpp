@@ -148,7 +148,7 @@ void setUpTree(CommandLine& line, CLI::App& command)
     auto options = std::make_shared<TreeOptions>();
     line.setListAction(command, [&line, options] { return tree(line, *options); });
     addArgument(command, "PATH", options->path, "Only this folder");
-    addDeviceOption(line, command);
+    addPlaceOption(line, command);
     command.add_flag("-d,--folders", options->foldersOnly, "Folders only");
     command.add_option("--depth", options->depth, "That many levels")
         ->type_name("N")

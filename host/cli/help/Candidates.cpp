@@ -99,6 +99,7 @@ enum class Values
     playlists,
     plugins,
     devices,
+    places, ///< devices, services and friends
     sharesOfFriends,
     ownShares,
     settings,
@@ -128,7 +129,7 @@ constexpr ValueRow valueRows[] = {{"*", "--artist", Values::artists},
                                   {"*", "--rule", Values::rules},
                                   {"*", "RULE", Values::rules},
                                   {"*", "PLAYLIST", Values::playlists},
-                                  {"*", "--on", Values::devices},
+                                  {"*", "--on", Values::places},
                                   {"device adopt", "NAME", Values::devices},
                                   {"device forget", "NAME", Values::devices},
                                   {"device info", "NAME", Values::devices},
@@ -444,6 +445,13 @@ void addValues(Candidates& found,
         return addAll(found, CandidateNames(line, cursor).plugins());
     case Values::devices:
         return addAll(found, CandidateNames(line, cursor).devices());
+    case Values::places:
+    {
+        CandidateNames names(line, cursor);
+        addAll(found, names.devices());
+        addAll(found, names.plugins());
+        return addAll(found, names.shares(false));
+    }
     case Values::sharesOfFriends:
     case Values::ownShares:
         return addAll(found, CandidateNames(line, cursor).shares(values == Values::ownShares));

@@ -280,6 +280,9 @@ const std::vector<CommandText> texts = {
 {"plugin set", {
     {"qo plugin set NAS --music Music/Kino", "Say where its music is"},
     {"qo plugin set NAS --movies \"\"", "It has all videos in its first folder"}}},
+{"plugin scan", {
+    {"qo plugin scan NAS", "Look through its folders for music and videos"},
+    {"qo ls --on NAS kino", "What is known of it since, with a query"}}},
 {"plugin browse", {
     {"qo plugin browse NAS", "What is in its first folder"},
     {"qo plugin browse NAS Music/Kino --deep", "All files below a folder"},
@@ -382,7 +385,7 @@ const std::vector<CommandText> texts = {
     {"qo share ls --json", "With the links, for a program"}}},
 {"share scan", {
     {"qo share scan Ben", "Fetch the list of his files", 4},
-    {"qo share scan Ben --dry-run", "How many files he offers", 4}}},
+    {"qo albums --on Ben", "What is known of them since", 4}}},
 {"share browse", {
     {"qo share browse Ben", "The top of what he offers", 4},
     {"qo share browse Ben /home/ben/Music --json", "The files of a folder, for a program", 4}}},

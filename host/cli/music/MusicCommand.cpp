@@ -22,7 +22,7 @@ void setUpMusic(CommandLine& line, CLI::App& command, std::function<void(const M
     addQuery(command, options->choice);
     addNames(command, options->choice);
     addOrder(command, options->choice);
-    addDeviceOption(line, command);
+    addPlaceOption(line, command);
     command.add_flag("-l,--long", options->isLong, "Tabs between the columns, with their names");
 }
 

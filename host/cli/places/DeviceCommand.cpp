@@ -5,7 +5,7 @@
 #include "cli/shown/Text.h"
 #include "core/base/SystemPath.h"
 #include "core/roots/RootGuard.h"
-#include "devices/known/DeviceScan.h"
+#include "devices/known/Devices.h"
 #include "devices/usb/Eject.h"
 
 #include <filesystem>
@@ -226,7 +226,7 @@ ExitCode forget(CommandLine& line, const DeviceOptions& options)
                 throw HostError(ExitCode::usage, device.name + " was not adopted");
             if (!line.dryRun)
             {
-                host::dropDevice(device);
+                host::dropFar(device.collection());
                 device.manager().removeDevice(device.info->m_id);
             }
             if (line.json)

@@ -1,4 +1,5 @@
 #include "cli/KernelCommand.h"
+#include "cli/places/FarScanCommand.h"
 #include "cli/places/PasswordInput.h"
 #include "cli/places/PluginPlace.h"
 #include "cli/shown/Listing.h"
@@ -227,7 +228,11 @@ ExitCode logOut(CommandLine& line, const PluginOptions& options)
                 [&](const PluginEntry& each) { return each.name.CompareNoCase(typed) == 0; });
             const CString name = entry == entries.end() ? needPlugin(options.name) : entry->name;
             if (!line.dryRun)
+            {
+                if (CQoPluginManager::existPlugin(name))
+                    host::dropFar(CQoPluginManager::createPath(name).toString());
                 host::removePlugin(*session, name);
+            }
             if (line.json)
                 line.out.line(host::dump({{"name", toUtf8(name)}}));
             else
@@ -236,6 +241,16 @@ ExitCode logOut(CommandLine& line, const PluginOptions& options)
         });
     session->saveSettings();
     return ExitCode::done;
+}
+
+/// Looks through what the service has, into a collection of its own.
+ExitCode scan(CommandLine& line, const PluginOptions& options)
+{
+    return scanPlace(line,
+                     {"plugin",
+                      [&](Session&) { return host::pluginCollection(needPlugin(options.name)); },
+                      [] { return host::plainWords(host::takePluginFailure()); },
+                      {}});
 }
 
 /// The typed folder as plug-ins keep it. Throws HostError when there is none.
@@ -322,7 +337,8 @@ void setUpPlugin(CommandLine& line, CLI::App& command)
 
     CLI::App* const logout = add("logout", "Forget a service with its password", logOut);
     CLI::App* const set = add("set", "Choose the folders of a service", setFolders);
-    for (CLI::App* const each : {logout, set})
+    CLI::App* const look = add("scan", "Look through a service, for --on NAME", scan);
+    for (CLI::App* const each : {logout, set, look})
         addArgument(*each, "NAME", options->name, "The service")->required();
     addOptional(*set, "--music", options->music, "Where its music is")->type_name("FOLDER");
     addOptional(*set, "--movies", options->movies, "Where its videos are")->type_name("FOLDER");

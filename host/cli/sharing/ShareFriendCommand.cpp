@@ -1,14 +1,12 @@
 #include "cli/KernelCommand.h"
+#include "cli/places/FarScanCommand.h"
 #include "cli/sharing/ShareCommand.h"
 #include "cli/sharing/SharePlace.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "plugins/base/PluginFailure.h"
-#include "share/ShareTransport.h"
 
-#include <QoKernel/Sharing.h>
-
-#include <algorithm>
+#include <optional>
 
 namespace qo::cli
 {
@@ -65,71 +63,20 @@ ExitCode forget(CommandLine& line, const FriendOptions& options)
     return ExitCode::done;
 }
 
-[[noreturn]] void failScan(const Share& share, const std::string& cause)
-{
-    throw HostError(ExitCode::failed,
-                    "the list of " + oneLine(share.peer) + " cannot be had: " +
-                        (cause.empty() ? std::string("\"qo log\" has the cause") : cause));
-}
-
 /// Fetches the friend's list and stores what changed in it.
 ExitCode scan(CommandLine& line, const FriendOptions& options)
 {
-    const auto session = openKernel(line, KernelUse::change);
-    return runShown(
-        line,
-        *session,
-        [&](host::ProgressReporter& progress)
-        {
-            if (!line.dryRun)
-                session->prepareDatabase(host::Session::databasePath());
-            Shares shares;
-            const Share share = shares.need(options.name, false);
-            const host::ShareTransportInUse transport({share});
-            host::takePluginFailure();
-            CQoCollection& collection = CQoCollection::m_foreignCollection;
-            CQoCollection::OpResultInfo result;
-            CStringArray roots;
-            roots.Add(share.root().toString());
-            const CString database = host::Session::databasePath();
-            // A dry run reads the stored list and fetches the new one without keeping either.
-            QoFileDbItemArray offered;
-            bool isLoaded = true;
-            if (line.dryRun)
-                CQoShareManager::getFilesFromShare(share.root(), &progress, offered);
-            else
-                isLoaded = collection.load(database,
-                                           share.collection(),
-                                           roots,
-                                           CQoPathsInfoMap(),
-                                           true,
-                                           &progress,
-                                           &result);
-            if (progress.wasStopped())
-                throw HostError(ExitCode::interrupted, "interrupted; the former list stays");
-            const std::string cause = host::plainWords(host::takePluginFailure());
-            if (result.m_unsupportedExtract)
-                failScan(share, "it was written by a newer version of the program");
-            if (result.m_extractFailed || !isLoaded || !cause.empty())
-                failScan(share, cause);
-            const int files =
-                line.dryRun ? static_cast<int>(offered.GetSize()) : collection.getFileCount();
-            if (!line.dryRun)
-                shares.setFiles(share, files);
-            if (line.json)
-                line.out.line(host::dump({{"name", toUtf8(share.peer)},
-                                          {"files", files},
-                                          {"added", result.m_inserted},
-                                          {"changed", result.m_updated},
-                                          {"gone", result.m_deleted}}));
-            else
-                line.note(oneLine(share.peer) + " offers " + countText(files, "file") +
-                          (line.dryRun ? std::string()
-                                       : ": " + std::to_string(result.m_inserted) + " new, " +
-                                             std::to_string(result.m_updated) + " changed, " +
-                                             std::to_string(result.m_deleted) + " gone"));
-            return ExitCode::done;
-        });
+    std::optional<Share> share;
+    return scanPlace(line,
+                     {"share",
+                      [&](host::Session&)
+                      {
+                          share = Shares().need(options.name, false);
+                          return share->farCollection();
+                      },
+                      [] { return host::plainWords(host::takePluginFailure()); },
+                      [&](const host::FarScanReport& report)
+                      { Shares().setFiles(*share, report.files); }});
 }
 
 std::unique_ptr<FarPlace> openShare(host::Session& session, const std::string& typed, std::string*)

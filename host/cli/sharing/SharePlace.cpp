@@ -3,7 +3,6 @@
 #include "core/base/HostFiles.h"
 #include "core/session/Session.h"
 #include "plugins/base/PluginFailure.h"
-#include "share/ShareTransport.h"
 
 #include <QoKernel/Collection.h>
 #include <QoKernel/Physical.h>
@@ -37,7 +36,7 @@ class SharePlace final : public FarPlace
 {
 public:
     SharePlace(const host::Share& share, const CQoCollPath& root)
-        : FarPlace(toUtf8(share.peer), root), m_transport({share})
+        : FarPlace(toUtf8(share.peer), root)
     {
     }
 
@@ -140,8 +139,6 @@ private:
             last = text;
         }
     }
-
-    const host::ShareTransportInUse m_transport;
 };
 
 /// The root below which all files lie: that of the friend's system where he has files on no other

@@ -4,6 +4,7 @@
 #include "core/base/HostError.h"
 
 #include <QoKernel/Devices.h>
+#include <QoKernel/Sharing.h>
 
 #include <climits>
 #include <sys/stat.h>
@@ -95,22 +96,46 @@ bool isDiskFull(const CString& path)
     return fileSystem().room(folder, bytes) == 0 && bytes == 0;
 }
 
-std::string shownPath(const CString& path)
+namespace
 {
-    const std::string system = toSystemPath(path);
-    const CQoCollPath parsed(path);
-    if (!system.empty() || (!parsed.isUSB() && !parsed.isWPD()))
-        return system.empty() ? toUtf8(path) : system;
-    if (const std::string real = toSystemPath(theQoUSBManager.getRealPath(parsed)); !real.empty())
+/// What stands for the root of a path that is none of this machine's: the name of a device, service
+/// or friend; the whole path where a device has it under the present drive letter.
+std::string shownPlace(const CQoCollPath& path)
+{
+    const CString& id = path.getDevice();
+    if (path.isPhysicalPlugin() || path.isLogicalPlugin())
+        return toUtf8(id);
+    if (path.isShare())
+        return toUtf8(CQoShareManager::getDeviceName(path));
+    if (!path.isUSB() && !path.isWPD())
+        return {};
+    if (std::string real = toSystemPath(theQoUSBManager.getRealPath(path)); !real.empty())
         return real;
     const auto& manager =
-        parsed.isUSB() ? static_cast<const CQoUSBManagerBase&>(theQoUSBManager) : theQoWPDManager;
+        path.isUSB() ? static_cast<const CQoUSBManagerBase&>(theQoUSBManager) : theQoWPDManager;
     UsbDeviceInfoPtr device;
-    std::string shown =
-        toUtf8(manager.getDevice(parsed.getDevice(), device) ? device->m_name : parsed.getDevice());
+    return toUtf8(manager.getDevice(id, device) ? device->m_name : id);
+}
+} // namespace
+
+std::string shownPath(const CString& path)
+{
+    if (std::string system = toSystemPath(path); !system.empty())
+        return system;
+    const CQoCollPath parsed(path);
+    const std::string place = shownPlace(parsed);
+    if (place.empty())
+        return toUtf8(path);
+    if (place.starts_with('/'))
+        return place;
+    std::string shown = place;
+    CStringArray names = parsed.getComponents();
+    // A friend's paths look as they do there.
+    if (parsed.isShare() && !names.IsEmpty() && names[0] == u"C:")
+        names.RemoveAt(0);
     // The bytes of names come back as those of a path of the system do.
-    for (const CString& component : parsed.getComponents())
-        shown += toSystemPath(u"C:\\" + component);
+    for (const CString& name : names)
+        shown += toSystemPath(u"C:\\" + name);
     return shown;
 }
 

@@ -11,6 +11,7 @@
 
 #include <QoKernel/Collection.h>
 #include <QoKernel/Devices.h>
+#include <QoKernel/Sharing.h>
 
 #include <algorithm>
 
@@ -60,6 +61,7 @@ Session::~Session()
             CQoPluginManager::setPluginsManager({});
             setPortableDevices(nullptr);
             m_portables.reset();
+            CQoShareManager::SetVelmoraShareManager(nullptr);
             if (!m_options.endsProcess)
                 CQoCollection::cleanUpGlobal();
             CQoCollection::m_ownCollection.setScanHost(nullptr);
@@ -86,6 +88,9 @@ void Session::startKernel()
         m_portables = m_options.portables(*this);
         setPortableDevices(m_portables.get());
     }
+    if (m_options.shares)
+        m_shares = m_options.shares();
+    CQoShareManager::SetVelmoraShareManager(m_shares.get());
     if (CQoSettings::getBool(CQoSettings::SendUsageStatistics) && savesSettings())
         m_usage = std::make_unique<UsageFile>(folder() + u"\\usage.json");
 }

@@ -18,6 +18,7 @@
 
 class CKVModule;
 class IPluginsManager;
+class IVelmoraShareManager;
 
 namespace qo
 {
@@ -48,6 +49,8 @@ public:
         std::function<boost::shared_ptr<IPluginsManager>(Session&)> plugins;
         /// Likewise the way to portable devices; may be empty.
         std::function<std::unique_ptr<IPortableDevices>(Session&)> portables;
+        /// Makes what fetches from friends, likewise.
+        std::function<std::unique_ptr<IVelmoraShareManager>()> shares;
     };
 
     /// Takes the lock and starts the kernel. Throws HostError.
@@ -109,6 +112,7 @@ private:
     FileKinds m_fileKinds;
     std::unique_ptr<UsageFile> m_usage;
     std::unique_ptr<IPortableDevices> m_portables;
+    std::unique_ptr<IVelmoraShareManager> m_shares;
     KernelThread m_kernel;
 };
 } // namespace qo::host

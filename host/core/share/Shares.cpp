@@ -46,6 +46,15 @@ CString Share::collection() const
     return text;
 }
 
+FarCollection Share::farCollection() const
+{
+    FarCollection far;
+    far.name = toUtf8(peer);
+    far.id = collection();
+    far.folders.Add(root().toString());
+    return far;
+}
+
 Share Share::ofLink(const CString& link)
 {
     Share share;

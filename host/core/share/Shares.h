@@ -1,11 +1,13 @@
 #pragma once
 
+#include "core/load/FarScan.h"
 #include "core/share/PeerAddress.h"
 #include "core/store/HostStore.h"
 
 #include <QoKernel/Collection.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qo::host
@@ -25,6 +27,7 @@ struct Share
     /// The root of the files of a friend's share, and the id of their collection in the database.
     CQoCollPath root() const;
     CString collection() const;
+    FarCollection farCollection() const;
 
     /// What a link says. Throws HostError for one that is no invitation of this program. The
     /// address has no host when the link carries none.
@@ -49,7 +52,8 @@ public:
     /// Of the session's data folder; without a database there are none.
     Shares();
 
-    const std::vector<Share>& all() const { return m_shares; }
+    const std::vector<Share>& all() const& { return m_shares; }
+    std::vector<Share> all() && { return std::move(m_shares); }
     /// The own share with a friend, or his. Throws HostError when there is none.
     const Share& need(const std::string& friendName, bool isOwn) const;
 

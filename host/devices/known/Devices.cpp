@@ -69,6 +69,17 @@ CQoPathsInfoMap Device::folderKinds() const
     return kinds;
 }
 
+FarCollection Device::farCollection() const
+{
+    FarCollection far = {name, collection(), folders(), folderKinds(), {}};
+    for (const CString& folder : far.folders)
+    {
+        if (!isPortable() && isPresent())
+            far.diskFolders.Add(theQoUSBManager.getRealPath(CQoCollPath(folder)));
+    }
+    return far;
+}
+
 Devices::Devices()
 {
     theQoUSBManager.init();

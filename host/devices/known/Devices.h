@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/load/FarScan.h"
+
 #include <QoKernel/Devices.h>
 #include <QoKernel/Kernel.h>
 
@@ -35,6 +37,7 @@ struct Device
     /// its root.
     CStringArray folders() const;
     CQoPathsInfoMap folderKinds() const;
+    FarCollection farCollection() const;
 
 private:
     bool hasFolders() const;

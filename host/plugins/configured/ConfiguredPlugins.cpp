@@ -171,6 +171,22 @@ void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried)
         throw HostError(ExitCode::failed, toUtf8(takePluginFailure()));
 }
 
+FarCollection pluginCollection(const CString& name)
+{
+    const CQoCollPath root = CQoPluginManager::createPath(name);
+    FarCollection collection;
+    collection.name = toUtf8(name);
+    collection.id = root.toString();
+    const bool areAll = CQoPluginManager::getPluginMusicPath(name).IsEmpty() &&
+                        CQoPluginManager::getPluginMoviesPath(name).IsEmpty();
+    CArray<CQoCollPath> paths;
+    CQoPluginManager::getPluginFullPaths(name, areAll, paths);
+    for (const CQoCollPath& path : paths)
+        collection.folders.Add(path.toString());
+    CQoPluginManager::getPluginQoPathsInfoMap(name, areAll, collection.kinds);
+    return collection;
+}
+
 void removePlugin(Session& session, const CString& name)
 {
     KeyValueConfig& settings = session.settings();

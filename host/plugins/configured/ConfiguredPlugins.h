@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/load/FarScan.h"
 #include "core/session/Session.h"
 #include "plugins/base/StoredPlugin.h"
 
@@ -34,6 +35,8 @@ boost::shared_ptr<IPluginsManager> configuredPlugins(Session& session);
 /// Enters a plug-in that has been tried, with its credentials, or in place of the former one of
 /// that name. Throws HostError when the passwords cannot be saved.
 void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried);
+/// The files of its folders for music and movies, or of all of it.
+FarCollection pluginCollection(const CString& name);
 /// Takes it out, with its settings and its password. Its files stay.
 void removePlugin(Session& session, const CString& name);
 } // namespace qo::host

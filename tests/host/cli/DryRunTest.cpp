@@ -272,6 +272,8 @@ const Case cases[] = {
     {"plugin put", {"plugin", "put", "%new.mp3", "--to", "NAS/more"}, 0, logIn},
     {"plugin put, taken", {"plugin", "put", "@x/loose.mp3", "--to", "NAS"}, 1, logIn},
     {"plugin rm", {"plugin", "rm", "NAS", "loose.mp3"}, 0, logIn},
+    {"plugin scan", {"plugin", "scan", "NAS"}, 0, logIn},
+    {"plugin scan, locked", {"plugin", "scan", "NAS"}, 1, locked(store, logIn)},
     {"search clear", {"search", "clear"}, 0, keepResult},
     {"search clear, locked", {"search", "clear"}, 1, locked(store, keepResult)},
     {"extract write", {"extract", "write", "@x/mine.txt"}, 0},

@@ -126,6 +126,7 @@ TEST_F(ShareServerTest, ContinuesOnlyTheFileThatWasBegun)
 TEST_F(ShareServerTest, FloodOfWrongIdsIsAnsweredLateAndHoldsNoFriendUp)
 {
     limits.waitingWrongIds = 4;
+    limits.wrongIdPause = 3000;
     serve();
     std::atomic<int> refused = 0;
     std::atomic<int> cutOff = 0;
@@ -141,13 +142,16 @@ TEST_F(ShareServerTest, FloodOfWrongIdsIsAnsweredLateAndHoldsNoFriendUp)
                 request.headers = {"Authorization: Bearer " + std::string(64, 'x')};
                 ++(own->run(std::move(request)).status == 403 ? refused : cutOff);
             });
-    while (cutOff < 16)
-        std::this_thread::yield();
-    EXPECT_EQ(refused, 0); // they wait
+    while (cutOff + refused < 16)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_EQ(refused, 0); // four wait
     EXPECT_EQ(ask("/1/extract"), 200);
     for (std::thread& each : flood)
         each.join();
     EXPECT_EQ(refused, 4);
+    server.reset();
+    limits.wrongIdPause = 10;
+    serve();
     for (const std::string& id : {std::string(),
                                   std::string(rightId).substr(1),
                                   std::string(rightId) + "0",

@@ -31,7 +31,7 @@ protected:
     void adopt() const
     {
         qo.expect({"device", "adopt", "Stick", "--music", "Music"}, 0, "adopted Stick");
-        qo.expect({"scan"}, 0, "1 file on Stick: 1 new");
+        qo.expect({"scan"}, 0, "1 file of Stick: 1 new");
     }
     nlohmann::json only() const
     {
@@ -78,7 +78,7 @@ TEST_F(DeviceCommand, AStickIsKnownByItsIdWhereverItIsPlugged)
     sticks.plug("Other", "first", "another");
     point = sticks.plug("Stick", "second", "serial");
     addSong("Music/02.mp3");
-    qo.expect({"scan"}, 0, "2 files on Stick: 1 new, 0 changed, 0 gone");
+    qo.expect({"scan"}, 0, "2 files of Stick: 1 new, 0 changed, 0 gone");
     qo.expect({"ls", "--on", "Stick"}, 0, qo.dir.path("m/second/Music/Kino/01.mp3"));
     EXPECT_EQ(ids()[1], before[0]);
     EXPECT_EQ(qo.paths(), std::vector<std::string>{qo.music("own.mp3")});

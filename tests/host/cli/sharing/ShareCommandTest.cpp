@@ -171,9 +171,9 @@ TEST_F(ShareCommand, FriendFetchesWhatIsOfferedAndNothingElse)
     ben.expect({"share", "accept", ben.dir.path("link")}, 0, "accepted the share of Ann");
     ben.expect({"share", "accept", ben.dir.path("link")}, 2, "accepted before, as Ann");
     ben.expect({"share", "get", "Ann", "/", "--to", ben.dir.path("to")}, 4, "no files of Ann");
-    ben.expect({"share", "scan", "Ann"}, 1, "the list of Ann cannot be had");
+    ben.expect({"share", "scan", "Ann"}, 1, "the files of Ann could not be taken");
     serve(ann);
-    ben.expect({"share", "scan", "Ann"}, 0, "1 file: 1 new, 0 changed, 0 gone");
+    ben.expect({"share", "scan", "Ann"}, 0, "1 file of Ann: 1 new, 0 changed, 0 gone");
     const std::string song = ann.music("Kino/01.mp3");
     ben.expect({"share", "browse", "Ann", ann.music("Kino")}, 0, "Kino/01.mp3");
     ben.expect({"share", "get", "Ann", song, "--to", ben.dir.path("to")}, 0, "fetched: Ann/");
@@ -181,6 +181,8 @@ TEST_F(ShareCommand, FriendFetchesWhatIsOfferedAndNothingElse)
     ben.expect(
         {"share", "get", "Ann", ann.music("Kino/02.mp3"), "--to", ben.dir.path("to")}, 4, "no Ann");
     EXPECT_EQ(ben.paths(), std::vector<std::string>()); // what is a friend's is not one's own
+    ben.expect({"tracks", "--on", "ann", "zvezda"}, 0, "Zvezda");
+    ben.expect({"artists", "--on", "Ben"}, 4, "there is no device, storage service or friend");
     EXPECT_EQ(ben.run({"share", "ls", "--json"}).json()[0]["files"], 1);
 
     // What Ann finds anew is offered within a second or two, and a file that has changed is not
@@ -188,14 +190,14 @@ TEST_F(ShareCommand, FriendFetchesWhatIsOfferedAndNothingElse)
     ann.addTrack("Kino/03.mp3", {"artist=Kino", "title=Son", "genre=rock"});
     ann.dir.write("music/Kino/01.mp3", ann.dir.read("music/Kino/01.mp3") + "more");
     ASSERT_EQ(ann.scan().code, 0);
-    for (int i = 0; i < 100 && ben.run({"share", "scan", "Ann", "--dry-run"}).err.find("2 files") ==
+    for (int i = 0; i < 100 && ben.run({"share", "scan", "Ann", "--dry-run"}).out.find("2 files") ==
                                    std::string::npos;
          ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     const std::string stale =
         ben.run({"share", "get", "Ann", song, "--to", ben.dir.path("to"), "--replace"}).err;
     EXPECT_NE(stale.find("instead of"), std::string::npos) << stale;
-    ben.expect({"share", "scan", "Ann"}, 0, "2 files: 1 new, 1 changed, 0 gone");
+    ben.expect({"share", "scan", "Ann"}, 0, "2 files of Ann: 1 new, 1 changed, 0 gone");
     ben.expect(
         {"share", "get", "Ann", song, "--to", ben.dir.path("to"), "--replace"}, 0, "fetched");
     EXPECT_TRUE(isCopied("Kino/01.mp3", "01.mp3"));
@@ -226,7 +228,7 @@ TEST_F(ShareCommand, TransferThatBreaksOffIsTakenUpAndAWrongServerIsNot)
     serve(ann);
     ben.dir.makeFolder("to");
     ben.expect({"share", "accept", ben.dir.path("link"), "--as", "Anna"}, 0, "share of Anna");
-    ben.expect({"share", "scan", "Anna"}, 0, "1 file: 1 new");
+    ben.expect({"share", "scan", "Anna"}, 0, "1 file of Anna: 1 new");
     proxy.bytesEach = 300'000;
     ben.expect({"share", "get", "Anna", file, "--to", ben.dir.path("to")}, 0, "fetched");
     EXPECT_GE(proxy.broken, 6);

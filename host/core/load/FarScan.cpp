@@ -1,10 +1,12 @@
-#include "devices/known/DeviceScan.h"
+#include "core/load/FarScan.h"
 
 #include "core/base/DatabaseError.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/base/RecordedFile.h"
+#include "core/roots/RootGuard.h"
 #include "core/roots/RootLister.h"
+#include "core/roots/StoredRoots.h"
 
 #include <QoKernel/Collection.h>
 
@@ -14,13 +16,13 @@ namespace qo::host
 {
 namespace
 {
-/// This host's end of the kernel's door while a device is scanned: lists as a walk of the root
-/// folders does, and keeps what went wrong.
-class DeviceScanHost final : public IQoScanHost
+/// This host's end of the kernel's door during the scan: lists as a walk of the root folders
+/// does, and keeps what went wrong.
+class FarScanHost final : public IQoScanHost
 {
 public:
-    DeviceScanHost(const CStringArray& realFolders, const CString& ignoredNames, bool isDeep)
-        : m_lister(realFolders, ignoredNames), m_isDeep(isDeep)
+    FarScanHost(const FarCollection& collection, const CString& ignoredNames, bool isDeep)
+        : m_name(collection.name), m_lister(collection.diskFolders, ignoredNames), m_isDeep(isDeep)
     {
     }
 
@@ -53,12 +55,12 @@ public:
         std::vector<std::string> all = m_remarks;
         for (const std::string& text :
              {fileRemark(m_unread,
-                         "a file of the device has tags that could not be read",
-                         "files of the device have tags that could not be read"),
-              fileRemark(m_twins,
-                         "a file of the device differs from another one in case alone and is left "
-                         "out",
-                         "files of the device differ from others in case alone and are left out")})
+                         "a file of " + m_name + " has tags that could not be read",
+                         "files of " + m_name + " have tags that could not be read"),
+              fileRemark(
+                  m_twins,
+                  "a file of " + m_name + " differs from another one in case alone and is left out",
+                  "files of " + m_name + " differ from others in case alone and are left out")})
         {
             if (!text.empty())
                 all.push_back(text);
@@ -67,6 +69,7 @@ public:
     }
 
 private:
+    const std::string m_name;
     RootLister m_lister;
     const bool m_isDeep;
     std::string m_failure;
@@ -93,37 +96,31 @@ public:
 };
 } // namespace
 
-DeviceReport scanDevice(Session& session,
-                        const Device& device,
-                        const CString& database,
-                        bool isDeep,
-                        ProgressReporter& progress)
+FarScanReport scanFar(Session& session,
+                      const FarCollection& collection,
+                      const CString& database,
+                      bool isDeep,
+                      ProgressReporter& progress)
 {
-    CStringArray real;
-    for (const CString& folder : device.folders())
-    {
-        if (!device.isPortable())
-            real.Add(theQoUSBManager.getRealPath(CQoCollPath(folder)));
-    }
-    DeviceScanHost host(real, session.ignoredNames(), isDeep);
+    FarScanHost host(collection, session.ignoredNames(), isDeep);
     ForeignLoad load(host);
     const auto start = std::chrono::steady_clock::now();
     CQoCollection::OpResultInfo result;
-    const bool isLoaded = load.collection.load(database,
-                                               device.collection(),
-                                               device.folders(),
-                                               device.folderKinds(),
-                                               true,
-                                               &progress,
-                                               &result);
+    const bool isLoaded = load.collection.load(
+        database, collection.id, collection.folders, collection.kinds, true, &progress, &result);
     if (progress.wasStopped())
         throw HostError(ExitCode::interrupted,
-                        "interrupted; the files of " + device.name + " are as they were before");
+                        "interrupted; the files of " + collection.name +
+                            " are as they were before");
+    const std::string failed =
+        "the files of " + collection.name + " could not be taken into the collection";
+    if (result.m_unsupportedExtract)
+        throw HostError(ExitCode::failed,
+                        failed + ": their list was written by a newer version of the program");
     if (!isLoaded || !host.failure().empty())
         throw HostError(ExitCode::failed,
-                        "the files of " + device.name +
-                            " could not be taken into the collection: " + host.failure());
-    DeviceReport report;
+                        failed + (host.failure().empty() ? "" : ": " + host.failure()));
+    FarScanReport report;
     report.files = load.collection.getFileCount();
     report.added = result.m_inserted;
     report.changed = result.m_updated;
@@ -134,11 +131,19 @@ DeviceReport scanDevice(Session& session,
     return report;
 }
 
-void dropDevice(const Device& device)
+void dropFar(const CString& collectionId)
 {
     const CString database = Session::databasePath();
-    if (!fileSystem().exists(database))
-        return;
-    CQoCollDb(database).deleteColl(device.collection());
+    // The user's own collection is the one without an id.
+    if (!collectionId.IsEmpty() && fileSystem().exists(database))
+        CQoCollDb(database).deleteColl(collectionId);
+}
+
+std::optional<std::int64_t> countFar(const CString& database, const CString& collectionId)
+{
+    CollInfoDbItem info;
+    if (!isCollection(database) || !CQoCollDb(database).getCollInfo(collectionId, info))
+        return {};
+    return countFiles(database, collectionId);
 }
 } // namespace qo::host
