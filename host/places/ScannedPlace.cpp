@@ -42,7 +42,7 @@ FarCollection scannedPlace(Session& session, const std::string& typed)
     {
         if (found.empty() || hasAdoptedDevices())
         {
-            const Device device = Devices().need(typed);
+            const Device device = Devices(Devices::Scope::adopted).need(typed);
             if (found.empty() && !device.info->m_configured)
                 throw HostError(ExitCode::usage,
                                 device.name +

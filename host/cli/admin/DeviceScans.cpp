@@ -37,7 +37,7 @@ ExitCode scanDevices(CommandLine& line, host::Session& session, const CString& t
     {
         // Both collections would share artists and albums, and nobody looks at the own one again.
         CQoCollection::m_ownCollection.clearCollection(&progress);
-        const host::Devices devices;
+        const host::Devices devices(host::Devices::Scope::adopted);
         for (const Device& device : devices.adopted())
         {
             if (!device.isPresent())

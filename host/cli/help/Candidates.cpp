@@ -225,7 +225,7 @@ public:
             []
             {
                 Words list;
-                const host::Devices devices;
+                const host::Devices devices(host::Devices::Scope::adopted);
                 for (const host::Device& each : devices.all())
                     list.push_back(each.name);
                 return list;

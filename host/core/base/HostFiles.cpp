@@ -37,6 +37,17 @@ std::string foldDots(const std::string& path)
     }
     return folded.empty() ? "/" : folded;
 }
+
+/// As collections know it: a file of a device by the device's id, where that has a letter.
+CString collectionForm(const std::string& path)
+{
+    const CString form = fromSystemPath(path);
+    UsbDeviceInfoPtr device;
+    if (form.GetLength() < 2 || form[1] != u':' ||
+        !theQoUSBManager.getDeviceByLetter(form[0], device))
+        return form;
+    return theQoUSBManager.getFullPath(device->m_id, form.Mid(2)).toString();
+}
 } // namespace
 
 int readFile(const CString& path, std::size_t limit, std::string& content)
@@ -174,10 +185,10 @@ std::string resolvedPath(const std::string& path)
 std::vector<CString> spellings(const std::string& typed)
 {
     const std::string lexical = absolutePath(typed);
-    std::vector<CString> list{fromSystemPath(lexical)};
+    std::vector<CString> list{collectionForm(lexical)};
     const auto add = [&list](const std::string& path)
     {
-        const CString form = fromSystemPath(path);
+        const CString form = collectionForm(path);
         if (std::find(list.begin(), list.end(), form) == list.end())
             list.push_back(form);
     };

@@ -59,7 +59,10 @@ std::string holderWords(const std::vector<std::string>& holders)
         return "another program uses it, and the system does not say which";
     std::string names;
     for (std::size_t i = 0; i < holders.size(); ++i)
-        names += (i == 0 ? "" : i + 1 == holders.size() ? " and " : ", ") + holders[i];
+    {
+        names += i == 0 ? "" : i + 1 == holders.size() ? " and " : ", ";
+        names += holders[i];
+    }
     return names + (holders.size() == 1 ? " uses it" : " use it");
 }
 } // namespace qo::host

@@ -80,10 +80,13 @@ FarCollection Device::farCollection() const
     return far;
 }
 
-Devices::Devices()
+Devices::Devices(Scope scope)
 {
     theQoUSBManager.init();
-    theQoWPDManager.init();
+    if (scope == Scope::all || CQoSettings::getInt(CQoSettings::WpdDevicesCount) > 0)
+        theQoWPDManager.init();
+    else
+        theQoWPDManager.loadDevicesFromCfg({});
     for (CQoUSBManagerBase* const manager : {static_cast<CQoUSBManagerBase*>(&theQoUSBManager),
                                              static_cast<CQoUSBManagerBase*>(&theQoWPDManager)})
     {

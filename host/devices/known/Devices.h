@@ -51,7 +51,13 @@ private:
 class Devices
 {
 public:
-    Devices();
+    enum class Scope
+    {
+        all,
+        adopted ///< a phone is opened only if one was adopted, since that takes a while
+    };
+
+    explicit Devices(Scope scope = Scope::all);
 
     const std::vector<Device>& all() const& { return m_all; }
     /// The device that is called so, has that id or is mounted at that folder. With rest, what

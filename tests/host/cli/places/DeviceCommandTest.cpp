@@ -80,6 +80,8 @@ TEST_F(DeviceCommand, AStickIsKnownByItsIdWhereverItIsPlugged)
     addSong("Music/02.mp3");
     qo.expect({"scan"}, 0, "2 files of Stick: 1 new, 0 changed, 0 gone");
     qo.expect({"ls", "--on", "Stick"}, 0, qo.dir.path("m/second/Music/Kino/01.mp3"));
+    qo.expect({"ls", "--on", "Stick", point + "/Music/Kino"}, 0, "Kino/01.mp3\n");
+    qo.expect({"tree", "--on", "Stick", point + "/Music/Kino"}, 0, "(1 file)");
     EXPECT_EQ(ids()[1], before[0]);
     EXPECT_EQ(qo.paths(), std::vector<std::string>{qo.music("own.mp3")});
     // No letter of any process is kept.
@@ -101,6 +103,11 @@ TEST_F(DeviceCommand, FilesAreListedAndCopiedBothWays)
     qo.dir.write("new.mp3", "new");
     const std::vector<std::string> push = {
         "device", "push", qo.dir.path("new.mp3"), "--to", "Stick/New"};
+    std::vector<std::string> dry = push;
+    dry.insert(dry.begin(), "--dry-run");
+    qo.expect(dry, 0, "would be sent");
+    qo.expect({"--dry-run", "device", "adopt", "Stick"}, 0, "would have adopted");
+    EXPECT_FALSE(fs::exists(point + "/New") || only()["adopted"].get<bool>());
     qo.expect(push, 0, "sent: Stick/New/new.mp3");
     qo.expect(push, 1, "is there already");
     qo.dir.write("new.mp3", "newer");
@@ -230,7 +237,8 @@ TEST(PhoneCommand, APhoneOnTheBusIsListedCopiedAndScanned)
     EXPECT_EQ(qo.dir.read("phone/A/B/new.mp3"), "new");
     EXPECT_NE(withPhone(qo, "device adopt 'Phone 7' --music Card/Music").find("adopted"),
               std::string::npos);
-    EXPECT_NE(withPhone(qo, "scan").find("1 file on Phone 7: 1 new"), std::string::npos);
+    const std::string scanned = withPhone(qo, "scan");
+    EXPECT_NE(scanned.find("1 file of Phone 7: 1 new"), std::string::npos) << scanned;
     qo.expect({"scan"}, 0, "away: 1 file of it stay");
     qo.expect({"ls", "--on", "Phone 7"}, 0, "Phone 7/Card/Music/song.mp3");
 
