@@ -20,6 +20,9 @@ public:
     explicit DiskPlace(const host::Device& device)
         : FarPlace(device.name, device.root()), m_place(device.place)
     {
+        NameInfo info;
+        if (fileSystem().look(real(root()), info) == 0)
+            m_mount = info.mount;
     }
 
     CString componentOf(const std::string& name) const override
@@ -111,19 +114,21 @@ public:
         if (!isThere())
             return causeOf(path, ENODEV);
         const CString folder = real(path.getParent());
+        int error = makeFolder(folder);
         const CString part = combinePath(folder, partName());
-        int error = fileSystem().makeDirectories(folder);
         if (error == 0)
             error = copy(local, part, part, progress);
-        if (error == 0)
-        {
-            error = replaces ? fileSystem().moveFile(part, real(path))
-                             : fileSystem().moveFileNoReplace(part, real(path));
-            if (error != 0)
-                fileSystem().removeFile(part);
-        }
-        if (error == 0)
+        if (error != 0)
+            return causeOf(path, error);
+        error = replaces ? fileSystem().moveFile(part, real(path))
+                         : fileSystem().moveFileNoReplace(part, real(path));
+        if (error != 0)
+            fileSystem().removeFile(part);
+        else
             error = fileSystem().sync(folder);
+        // FAT has no names with "?" or ":", for instance.
+        if (error == EINVAL)
+            return "the file system of " + name() + " can hold no such name";
         return error == 0 ? "" : causeOf(path, error);
     }
 
@@ -143,11 +148,23 @@ private:
         const CString real = theQoUSBManager.getRealPath(path);
         return path.isEmpty() ? addBackslash(real) : real;
     }
+    /// The folder with its parents. No file goes to another disk: not to the one below the mount
+    /// point, where a disk that leaves just now has its folders made, nor through a link.
+    int makeFolder(const CString& folder) const
+    {
+        if (const int error = fileSystem().makeDirectories(folder))
+            return error;
+        NameInfo info;
+        const int error = fileSystem().lookThrough(folder, info);
+        return error == 0 && info.mount != m_mount ? EXDEV : error;
+    }
     /// A disk that left in the middle fails with any error.
     std::string causeOf(const CQoCollPath& path, int error) const
     {
         if (!isThere())
             return "the device " + name() + " is not connected any more";
+        if (error == EXDEV)
+            return "its folder lies on another disk";
         return m_place + "/" + shown(path) + ": " + host::errorWords(error);
     }
 
@@ -173,6 +190,7 @@ private:
     }
 
     const std::string m_place;
+    std::uint64_t m_mount = 0; ///< by which its files are told from those of other disks
     std::string m_cause;
 };
 } // namespace

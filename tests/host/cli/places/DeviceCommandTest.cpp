@@ -115,6 +115,11 @@ TEST_F(DeviceCommand, FilesAreListedAndCopiedBothWays)
         {"device", "push", qo.dir.path("new.mp3"), "--to", point + "/New", "--replace"}, 0, "sent");
     std::ifstream copy(point + "/New/new.mp3");
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(copy), {}), "newer");
+    if (std::error_code error;
+        fs::create_directory_symlink(qo.dir.path("to"), point + "/out", error), !error)
+        qo.expect(
+            {"device", "push", qo.dir.path("new.mp3"), "--to", "Stick/out"}, 1, "another disk");
+    EXPECT_FALSE(fs::exists(qo.dir.path("to/new.mp3")));
     qo.dir.write("large.mp3", "");
     fs::resize_file(qo.dir.path("large.mp3"), std::uintmax_t{1} << 30);
     qo.expect({"device", "push", qo.dir.path("large.mp3"), "--to", "Stick"}, 1, "no room");
