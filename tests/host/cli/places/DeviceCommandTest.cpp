@@ -140,8 +140,8 @@ TEST_F(DeviceCommand, AStickTakenAwayInTheMiddleOfACopyCostsThatCopyAlone)
     sticks.make("Whole");
     point = sticks.plug("Whole", "whole", "other");
     std::vector<std::string> push = {"device", "push", "--to", "Whole/New"};
-    for (int i = 0; i < 60; ++i)
-        push.push_back(qo.dir.write(std::to_string(i) + ".mp3", std::string(100000, 'x')));
+    for (int i = 0; i < 300; ++i)
+        push.push_back(qo.dir.write(std::to_string(i) + ".mp3", std::string(30000, 'x')));
     const pid_t pid = qo.start(push);
     for (int i = 0; i < 1000 && !fs::exists(point + "/New/1.mp3"); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
