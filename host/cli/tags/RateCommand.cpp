@@ -4,6 +4,7 @@
 #include "cli/files/FileRecord.h"
 #include "cli/shown/Text.h"
 #include "cli/tags/TagWriting.h"
+#include "core/collection/CollectionFiles.h"
 #include "core/query/QueryRange.h"
 #include "core/store/HostStore.h"
 
@@ -27,7 +28,7 @@ std::vector<const QoFileDbItem*> chosenMedia(const FileChoice& choice)
     std::vector<const QoFileDbItem*> media;
     for (const QoFileDbItemPtr& item : chosenFiles(choice))
     {
-        if ((item->flags & fileFlag::mediaMask) != 0)
+        if (host::isMedia(*item))
             media.push_back(item.get());
     }
     if (media.empty())

@@ -19,6 +19,12 @@ inline CQoCollection& ownCollection()
     return CQoCollection::m_ownCollection;
 }
 
+/// Whether the record is that of music or a video.
+inline bool isMedia(const QoFileDbItem& item)
+{
+    return (item.flags & fileFlag::mediaMask) != 0;
+}
+
 /// The spellings that the collection takes for one path have one key.
 std::u16string pathKey(const CString& path);
 /// Whether the path, in collection form, lies below one of the folders, upper and lower case being

@@ -319,7 +319,7 @@ std::vector<StoredEntry> entriesOf(const QoFileDbItemArray& files)
 {
     std::vector<StoredEntry> entries;
     for (const QoFileDbItemPtr& item : files)
-        if (item->flags & fileFlag::mediaMask)
+        if (isMedia(*item))
             entries.push_back(entryOf(*item));
     return entries;
 }

@@ -184,8 +184,8 @@ QoFileDbItemPtr SongFinder::byTags(const CString& artist, const CString& title, 
     const Index& tags = index(m_byTags,
                               [](const QoFileDbItem& item)
                               {
-                                  const bool isMedia = (item.flags & fileFlag::mediaMask) != 0;
-                                  return isMedia && !item.artist.IsEmpty() && !item.title.IsEmpty()
+                                  const bool isSong = isMedia(item);
+                                  return isSong && !item.artist.IsEmpty() && !item.title.IsEmpty()
                                              ? tagsKey(item.artist, item.title)
                                              : std::u16string();
                               });
