@@ -27,7 +27,11 @@ std::int64_t sizeOfAll(const std::vector<Transfer>& transfers)
 {
     std::int64_t sum = 0;
     for (const Transfer& each : transfers)
-        sum += std::max<std::int64_t>(each.size, 0);
+    {
+        // A place may say anything of its sizes.
+        const std::int64_t size = std::max<std::int64_t>(each.size, 0);
+        sum = size > INT64_MAX - sum ? INT64_MAX : sum + size;
+    }
     return sum;
 }
 
