@@ -11,6 +11,7 @@ namespace
 {
 std::atomic<host::ProgressReporter*> target{nullptr};
 std::atomic<host::FolderWatch*> watchTarget{nullptr};
+std::atomic<int> loops{0};
 volatile std::sig_atomic_t lastSignal = 0;
 constexpr int endSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
@@ -18,7 +19,7 @@ void onEndSignal(int signal)
 {
     host::ProgressReporter* const reporter = target.load();
     host::FolderWatch* const watch = watchTarget.load();
-    if ((reporter || watch) && lastSignal == 0)
+    if ((reporter || watch || loops > 0) && lastSignal == 0)
     {
         lastSignal = signal;
         if (reporter)
@@ -53,6 +54,16 @@ WatchGuard::WatchGuard(host::FolderWatch& watch)
 WatchGuard::~WatchGuard()
 {
     watchTarget.store(nullptr);
+}
+
+LoopGuard::LoopGuard()
+{
+    ++loops;
+}
+
+LoopGuard::~LoopGuard()
+{
+    --loops;
 }
 
 void installSignalHandlers()

@@ -30,6 +30,16 @@ public:
     WatchGuard& operator=(const WatchGuard&) = delete;
 };
 
+/// While it lives, a loop of this process asks wasInterrupted() again and again, and ends then.
+class LoopGuard
+{
+public:
+    LoopGuard();
+    ~LoopGuard();
+    LoopGuard(const LoopGuard&) = delete;
+    LoopGuard& operator=(const LoopGuard&) = delete;
+};
+
 /// To be called once, at the start of the program. Also ignores SIGPIPE, so that writing into a
 /// closed pipe fails instead of ending the program.
 void installSignalHandlers();

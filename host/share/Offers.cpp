@@ -8,38 +8,81 @@
 #include <QoKernel/Sharing.h>
 
 #include <openssl/crypto.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <utility>
 
 namespace qo::host
 {
-std::shared_ptr<Offer> Offer::of(const Share& share)
+namespace
+{
+constexpr std::u16string_view listStart = u"offer-";
+
+CString listFolder()
+{
+    return CFileUtils::GetTempDir(CFileUtils::tempQorganizer);
+}
+} // namespace
+
+QoFileDbItemArray offeredFiles(const CString& query)
 {
     QueryRequest request;
-    if (share.query && !share.query->IsEmpty())
-        request.words = {toUtf8(*share.query)};
-    QoFileDbItemArray records;
-    if (share.query)
-        records = Query(request).files();
-    File extract;
-    const CString folder = CFileUtils::GetTempDir(CFileUtils::tempQorganizer);
-    extract.path = combinePath(folder, u"offer-" + guidToText(systemClock().newGuid()));
+    if (!query.IsEmpty())
+        request.words = {toUtf8(query)};
+    QoFileDbItemArray media;
+    for (const QoFileDbItemPtr& item : Query(request).files())
+    {
+        if (isMedia(*item))
+            media.Add(item);
+    }
+    return media;
+}
+
+void writeExtract(const QoFileDbItemArray& files, const CString& path)
+{
     const FILETIME changed = ownCollection().getCollInfo().modifiedTime;
-    FileInfo info;
-    if (!CQoDbExtract::CreateQoDbExtract(records, extract.path, changed) ||
-        fileSystem().info(extract.path, Spelling::exact, info) != 0)
+    if (!CQoDbExtract::CreateQoDbExtract(files, path, changed))
         throw HostError(ExitCode::failed,
-                        "the extract " + shownPath(extract.path) +
+                        "the extract " + shownPath(path) +
                             " cannot be written; \"qo log\" has the cause");
+}
+
+void removeLeftLists()
+{
+    std::vector<DirEntry> entries;
+    (void)fileSystem().list(listFolder(), entries);
+    for (const DirEntry& entry : entries)
+    {
+        if (!entry.name.view().starts_with(listStart))
+            continue;
+        const int process = textToInt(entry.name.view().substr(listStart.size()));
+        if (process > 0 && ::kill(process, 0) != 0 && errno == ESRCH)
+            fileSystem().removeFile(combinePath(listFolder(), entry.name));
+    }
+}
+
+std::shared_ptr<Offer> Offer::of(const Share& share)
+{
+    const QoFileDbItemArray records =
+        share.query ? offeredFiles(*share.query) : QoFileDbItemArray();
+    File extract;
+    CString name;
+    name.Format(u"%s%d-%s",
+                CString(listStart),
+                static_cast<int>(::getpid()),
+                guidToText(systemClock().newGuid()));
+    extract.path = combinePath(listFolder(), name);
+    writeExtract(records, extract.path);
+    FileInfo info;
+    if (const int error = fileSystem().info(extract.path, Spelling::exact, info))
+        throw HostError(ExitCode::failed, shownPath(extract.path) + ": " + errorWords(error));
     extract.size = info.size;
     Files files;
     for (const QoFileDbItemPtr& item : records)
-    {
-        // As in the extract, which leaves all others out.
-        if ((item->flags & fileFlag::mediaMask) != 0)
-            files.emplace(item->id, File{item->path, item->size});
-    }
+        files.emplace(item->id, File{item->path, item->size});
     return std::make_shared<Offer>(share, std::move(extract), std::move(files));
 }
 
@@ -80,15 +123,25 @@ std::shared_ptr<const Offer> Offers::find(std::string_view shareId) const
 
 void Offers::replace(std::vector<std::shared_ptr<Offer>> offers)
 {
+    std::vector<std::string> ids;
+    for (const auto& offer : offers)
+        ids.push_back(offer->shareId());
+    keepOnly(ids);
     const std::lock_guard guard(m_lock);
-    for (const auto& former : m_offers)
-    {
-        const bool stays = std::ranges::any_of(offers,
-                                               [&](const std::shared_ptr<Offer>& offer)
-                                               { return offer->shareId() == former->shareId(); });
-        if (!stays)
-            former->end();
-    }
     m_offers = std::move(offers);
+}
+
+void Offers::keepOnly(const std::vector<std::string>& shareIds)
+{
+    const std::lock_guard guard(m_lock);
+    std::erase_if(m_offers,
+                  [&](const std::shared_ptr<Offer>& offer)
+                  {
+                      const bool goes =
+                          std::ranges::find(shareIds, offer->shareId()) == shareIds.end();
+                      if (goes)
+                          offer->end();
+                      return goes;
+                  });
 }
 } // namespace qo::host

@@ -12,6 +12,16 @@
 
 namespace qo::host
 {
+/// The music and videos of the loaded collection that a share with that query offers; "" for all.
+/// Throws HostError for a query that cannot be read. On the thread that calls the kernel.
+QoFileDbItemArray offeredFiles(const CString& query);
+
+/// Writes an extract of these files of the loaded collection. Throws HostError. Likewise.
+void writeExtract(const QoFileDbItemArray& files, const CString& path);
+
+/// Removes the lists of servers that ended without doing so.
+void removeLeftLists();
+
 /// What a share offers at one moment: an extract in a temporary file, and the files that it names.
 /// Does not change, but for its end. From any thread.
 class Offer
@@ -61,6 +71,8 @@ public:
     std::shared_ptr<const Offer> find(std::string_view shareId) const;
     /// Those whose shares are not among the new ones end.
     void replace(std::vector<std::shared_ptr<Offer>> offers);
+    /// All but those of these share ids end.
+    void keepOnly(const std::vector<std::string>& shareIds);
 
 private:
     mutable std::mutex m_lock; ///< guards m_offers

@@ -14,6 +14,7 @@
 #include <condition_variable>
 #include <cstdarg>
 #include <cstdio>
+#include <map>
 #include <optional>
 #include <string_view>
 #include <thread>
@@ -30,6 +31,8 @@ constexpr std::size_t blockSize = std::size_t{64} * 1024;
 constexpr std::size_t memoryOfConnection = std::size_t{32} * 1024;
 constexpr unsigned serverThreads = 4;
 constexpr std::chrono::milliseconds tick{200};
+constexpr int ticksToTell = 5;
+constexpr std::size_t mostToldOf = 1000; // machines
 constexpr const char* tlsVersions = "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2";
 
 using Clock = ConnectionWatch::Clock;
@@ -74,6 +77,12 @@ std::optional<std::int64_t> rangeStart(std::string_view header)
     const std::int64_t first =
         wholeNumber(header.substr(unit.size(), header.size() - unit.size() - 1));
     return first >= 0 ? std::optional(first) : std::nullopt;
+}
+
+bool hasBody(MHD_Connection* connection)
+{
+    return !headerOf(connection, MHD_HTTP_HEADER_CONTENT_LENGTH).empty() ||
+           !headerOf(connection, MHD_HTTP_HEADER_TRANSFER_ENCODING).empty();
 }
 
 void addHeader(MHD_Response* response, const char* name, const std::string& value)
@@ -210,11 +219,15 @@ private:
     void watch()
     {
         std::unique_lock lock(m_lock);
+        int ticks = 0;
         while (!m_wake.wait_for(lock, tick, [this] { return m_ends; }))
         {
             m_watch.resume(Clock::now());
             m_watch.cutOff(std::chrono::seconds(m_limits.requestSeconds));
+            if (++ticks % ticksToTell == 0)
+                tellWrongIds();
         }
+        tellWrongIds();
     }
 
     static void connectionChanged(void* self,
@@ -223,10 +236,15 @@ private:
                                   MHD_ConnectionNotificationCode code)
     {
         auto& watch = static_cast<Running*>(self)->m_watch;
-        if (code == MHD_CONNECTION_NOTIFY_STARTED)
-            watch.came(connection);
-        else
-            watch.left(connection);
+        const auto note = [&]
+        {
+            if (code == MHD_CONNECTION_NOTIFY_STARTED)
+                watch.came(connection);
+            else
+                watch.left(connection);
+            return MHD_YES;
+        };
+        (void)guarded(note);
     }
 
     static void
@@ -238,26 +256,71 @@ private:
         if (!visit)
             return;
         visit->told.isWhole = visit->file && code == MHD_REQUEST_TERMINATED_COMPLETED_OK;
-        running.tell(*visit);
+        const auto tell = [&]
+        {
+            running.tell(*visit);
+            return MHD_YES;
+        };
+        (void)guarded(tell);
     }
 
-    void tell(const Visit& visit) const
+    /// What must not fly through C code counts as a failure of this one connection.
+    template <class Function>
+    static MHD_Result guarded(Function function)
+    {
+        try
+        {
+            return function();
+        }
+        catch (...)
+        {
+            return MHD_NO;
+        }
+    }
+
+    void tell(const Visit& visit)
     {
         const ShareVisit& told = visit.told;
         if (!visit.offer)
-            log(level::warning, u"share server : wrong share id from %s", fromUtf8(told.from));
-        else
-            log(level::flow,
-                u"share server : %s (%s) %s %s, %I64d bytes",
-                told.friendName,
-                fromUtf8(told.from),
-                !visit.file    ? u"was refused"
-                : told.isWhole ? u"has"
-                               : u"broke off",
-                told.path.IsEmpty() ? CString(u"the extract") : told.path,
-                told.bytes);
+        {
+            const std::lock_guard guard(m_wrongLock);
+            if (m_wrongIds.size() < mostToldOf || m_wrongIds.contains(told.from))
+                ++m_wrongIds[told.from];
+            return;
+        }
+        log(level::flow,
+            u"share server : %s (%s) %s %s, %I64d bytes",
+            told.friendName,
+            fromUtf8(told.from),
+            !visit.file    ? u"was refused"
+            : told.isWhole ? u"has"
+                           : u"broke off",
+            told.path.IsEmpty() ? CString(u"the extract") : told.path,
+            told.bytes);
         if (m_visited)
             m_visited(told);
+    }
+
+    /// Strangers decide how often they come, and shall not decide how much is written about it.
+    void tellWrongIds()
+    {
+        std::map<std::string, int> wrong;
+        {
+            const std::lock_guard guard(m_wrongLock);
+            wrong.swap(m_wrongIds);
+        }
+        for (const auto& [from, times] : wrong)
+        {
+            log(level::warning,
+                u"share server : %d requests with a wrong share id from %s",
+                times,
+                fromUtf8(from));
+            ShareVisit visit;
+            visit.from = from;
+            visit.times = times;
+            if (m_visited)
+                m_visited(visit);
+        }
     }
 
     static MHD_Result answer(void* self,
@@ -270,15 +333,18 @@ private:
                              void** data)
     {
         auto& running = *static_cast<Running*>(self);
-        // What must not fly through C code counts as a failure of this one connection.
-        try
+        const auto answer = [&]
         {
             const bool isNew = *data == nullptr;
             if (isNew)
                 *data = running.meet(connection).release();
             auto& visit = *static_cast<Visit*>(*data);
+            // An answer at the first call ends the connection: only whoever knows the id, and sends
+            // nothing after the request, may keep it.
             if (visit.offer)
-                return running.serve(connection, visit, url, method);
+                return isNew && !hasBody(connection)
+                           ? MHD_YES
+                           : running.serve(connection, visit, url, method);
             if (!isNew)
                 return refuse(connection, MHD_HTTP_FORBIDDEN);
             const auto until =
@@ -286,12 +352,8 @@ private:
             return running.m_watch.suspend(connection, until, running.m_limits.waitingWrongIds)
                        ? MHD_YES
                        : MHD_NO;
-        }
-        catch (const std::exception& failure)
-        {
-            log(level::error, u"share server : %s", fromUtf8(failure.what()));
-            return MHD_NO;
-        }
+        };
+        return guarded(answer);
     }
 
     std::unique_ptr<Visit> meet(MHD_Connection* connection)
@@ -335,8 +397,11 @@ private:
         std::unique_ptr<IFile> opened;
         if (error == 0)
             opened = fileSystem().open(file.path, OpenMode::read, error);
+        if (!opened)
+            return refuse(connection,
+                          error == ENOENT ? MHD_HTTP_NOT_FOUND : MHD_HTTP_INTERNAL_SERVER_ERROR);
         // The friend's list has another size: he needs a new list, and gets it with the next scan.
-        if (!opened || opened->sizeAtOpen() != file.size)
+        if (opened->sizeAtOpen() != file.size)
             return refuse(connection, MHD_HTTP_GONE);
         const std::string tag =
             "\"" + std::to_string(info.size) + "-" + std::to_string(toTicks(info.modified)) + "\"";
@@ -382,6 +447,8 @@ private:
     const std::string m_pem;
     ConnectionWatch m_watch;
     MHD_Daemon* m_daemon = nullptr;
+    std::mutex m_wrongLock;                ///< guards m_wrongIds
+    std::map<std::string, int> m_wrongIds; ///< requests of each machine, not told of yet
     std::mutex m_lock;
     std::condition_variable m_wake;
     bool m_ends = false; ///< guarded by m_lock

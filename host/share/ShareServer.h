@@ -18,15 +18,16 @@ struct ShareVisit
     CString path;       ///< of a file; "" for the extract
     std::int64_t bytes = 0;
     bool isWhole = false;
+    int times = 1; ///< a wrong share id is told of once a second for each machine
 };
 
 /// Bounds that keep strangers from wearing the server out; tests take others.
 struct ShareLimits
 {
     unsigned connections = 256;
-    unsigned connectionsOfOne = 64; ///< from one machine
+    unsigned connectionsOfOne = 64; ///< from one address
     unsigned stallSeconds = 30;     ///< no byte moves for so long
-    unsigned requestSeconds = 20;   ///< a request, with what precedes it, is complete
+    unsigned requestSeconds = 10;   ///< a request, with what precedes it, is complete
     unsigned wrongIdPause = 2000;   ///< milliseconds until a wrong share id is answered
     unsigned waitingWrongIds = 32;  ///< more of them are cut off at once
 };
@@ -45,7 +46,7 @@ class ShareServer
 {
 public:
     /// Begins to serve at the number of one of this machine's own addresses. visited is called from
-    /// the server's threads, several at once, and may be empty. Throws HostError.
+    /// the server's threads, several at once, must not wait, and may be empty. Throws HostError.
     ShareServer(const ShareKey& key,
                 const Offers& offers,
                 const PeerAddress& address,

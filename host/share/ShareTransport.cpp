@@ -15,6 +15,8 @@ constexpr long firstFailure = 400;
 constexpr long firstServerFailure = 500;
 /// The reader of extracts takes no longer one.
 constexpr std::int64_t largestExtract = std::int64_t{512} * 1024 * 1024;
+/// A server that gives a byte with each answer is not waited for any longer than a silent one.
+constexpr std::int64_t enoughBytes = std::int64_t{64} * 1024;
 constexpr std::uint32_t slice = 100; // milliseconds between two questions whether to stop
 
 /// False when the user has stopped meanwhile.
@@ -47,6 +49,8 @@ CString wordsOf(const HttpAnswer& answer)
                               u"he offers";
     case 410:
         return answer.place + u": the file has changed there; a new scan shows what it is now";
+    case 500:
+        return answer.place + u": the friend's server cannot read the file";
     default:
         return answer.failure;
     }
@@ -135,24 +139,26 @@ bool ShareTransport::fetch(const CString& device, const std::string& path, Fetch
         return false;
     }
     const std::int64_t start = fetch.position;
+    std::int64_t taken = start; // when the attempts were last counted anew
     int attempts = 0;
     std::uint32_t pause = m_patience.pause;
     while (true)
     {
-        const std::int64_t before = fetch.position;
         const HttpAnswer answer = continueWith(source, path, fetch);
         if (answer.isDone() && fetch.failure.IsEmpty())
             return true;
-        if (fetch.position > before)
+        const bool isStopped = fetch.progress && fetch.progress->isCanceled();
+        if (fetch.position >= taken + enoughBytes)
         {
+            taken = fetch.position;
             attempts = 0;
             pause = m_patience.pause;
         }
         // A server that cannot be reached to begin with is not waited for.
         const bool isOver = !fetch.failure.IsEmpty() || isFinal(answer) ||
                             fetch.position == start || ++attempts == m_patience.attempts;
-        const bool isStopped = fetch.progress && fetch.progress->isCanceled();
-        if (answer.status == forbidden || answer.isOtherServer)
+        const bool isUnreachable = answer.status == 0 && fetch.position == start;
+        if (answer.status == forbidden || answer.isOtherServer || (isUnreachable && !isStopped))
             source.refusal = wordsOf(answer);
         if (isOver && !isStopped)
             setPluginFailure(fetch.failure.IsEmpty() ? wordsOf(answer) : fetch.failure);

@@ -14,7 +14,7 @@ namespace qo::host
 /// How often a transfer that breaks off is taken up; tests take less.
 struct SharePatience
 {
-    int attempts = 5;          ///< in a row without a byte
+    int attempts = 5;          ///< in a row that bring next to nothing
     std::uint32_t pause = 500; ///< milliseconds before the second one; doubles with each
 };
 

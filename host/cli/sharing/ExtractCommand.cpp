@@ -5,6 +5,8 @@
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
+#include "core/collection/CollectionFiles.h"
+#include "share/Offers.h"
 
 #include <QoKernel/Sharing.h>
 
@@ -20,11 +22,6 @@ struct ExtractOptions
     FileChoice choice;
 };
 
-bool isMedia(const QoFileDbItemPtr& item)
-{
-    return (item->flags & fileFlag::mediaMask) != 0;
-}
-
 ExitCode writeExtract(CommandLine& line, const ExtractOptions& options)
 {
     const std::string file = host::absolutePath(options.file);
@@ -36,16 +33,14 @@ ExitCode writeExtract(CommandLine& line, const ExtractOptions& options)
         [&]
         {
             const QoFileDbItemArray files = chosenFiles(options.choice);
-            const auto media = std::ranges::count_if(files, isMedia);
+            const auto media = std::ranges::count_if(
+                files, [](const QoFileDbItemPtr& item) { return host::isMedia(*item); });
             if (media == 0)
                 throw HostError(ExitCode::notFound,
                                 "none of these files is music or a video, so there is nothing to "
                                 "offer");
-            const FILETIME changed = CQoCollection::m_ownCollection.getCollInfo().modifiedTime;
-            if (!line.dryRun && !CQoDbExtract::CreateQoDbExtract(files, path, changed))
-                throw HostError(ExitCode::failed,
-                                "the extract " + file +
-                                    " cannot be written; \"qo log\" has the cause");
+            if (!line.dryRun)
+                host::writeExtract(files, path);
             return media;
         });
     if (line.json)

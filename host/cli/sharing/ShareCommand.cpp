@@ -6,6 +6,8 @@
 
 #include <QoKernel/Sharing.h>
 
+#include <cerrno>
+
 namespace qo::cli
 {
 namespace
@@ -49,7 +51,9 @@ ExitCode listShares(CommandLine& line, bool isLong)
         const std::string query = share.query ? toUtf8(*share.query) : std::string();
         if (listing.isForPeople())
         {
-            const std::string content = query.empty() ? "all music and videos" : query;
+            const std::string content = !share.query    ? "nothing"
+                                        : query.empty() ? "all music and videos"
+                                                        : query;
             listing.addCells({share.isOwn ? "to" : "from",
                               oneLine(share.peer),
                               share.isOwn ? content : countText(share.files, "file"),
@@ -75,8 +79,12 @@ CString typedLink(const std::string& typed)
     const CString link = fromUtf8(typed);
     const CString start = link.Left(CShareInvitation::INVITE_LINK.GetLength());
     const CString path = fromSystemPath(host::absolutePath(typed));
-    if (start.CompareNoCase(CShareInvitation::INVITE_LINK) == 0 || !fileSystem().exists(path))
+    if (start.CompareNoCase(CShareInvitation::INVITE_LINK) == 0)
         return link;
+    FileInfo info;
+    if (const int error = fileSystem().info(path, Spelling::exact, info))
+        throw HostError(error == ENOENT ? ExitCode::notFound : ExitCode::failed,
+                        typed + " is no invitation, and as a file: " + host::errorWords(error));
     return CShareInvitation::GetInvitationFromFile(path).Trim();
 }
 

@@ -4,6 +4,7 @@
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "core/base/UserName.h"
+#include "share/Offers.h"
 #include "share/ShareKey.h"
 
 #include <QoKernel/Sharing.h>
@@ -60,17 +61,9 @@ std::int64_t offeredFiles(CommandLine& line, host::Session& session, const std::
     return session.kernel().run(
         [&]
         {
-            host::QueryRequest request;
             if (!query.empty())
-            {
                 refuseRelativePaths(query, "what is offered");
-                request.words = {query};
-            }
-            const QoFileDbItemArray files = host::Query(request).files();
-            return std::int64_t{
-                std::ranges::count_if(files,
-                                      [](const QoFileDbItemPtr& item)
-                                      { return (item->flags & fileFlag::mediaMask) != 0; })};
+            return std::int64_t{host::offeredFiles(fromUtf8(query)).GetSize()};
         });
 }
 

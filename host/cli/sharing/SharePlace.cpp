@@ -17,19 +17,27 @@ namespace qo::cli
 namespace
 {
 /// A transport reports bytes, and the kernel's own transfers a share of the whole, by one call.
+/// Ends a transfer that brings more than the friend's list says: it may never come to an end.
 class BytesAsDone final : public CDummyProgress
 {
 public:
-    explicit BytesAsDone(IQoProgress& progress) : m_progress(progress) {}
+    BytesAsDone(IQoProgress& progress, std::int64_t size)
+        : m_progress(progress), m_size(std::max<std::int64_t>(size, 0))
+    {
+    }
     void setPosition(std::uintptr_t done) override
     {
+        isTooLong = static_cast<std::int64_t>(done) > m_size;
         constexpr int wordBits = 32;
         m_progress.setDoneSize(done & UINT32_MAX, done >> wordBits);
     }
-    bool isCanceled() override { return m_progress.isCanceled(); }
+    bool isCanceled() override { return isTooLong || m_progress.isCanceled(); }
+
+    bool isTooLong = false;
 
 private:
     IQoProgress& m_progress;
+    const std::int64_t m_size; ///< bytes, as the list says
 };
 
 class SharePlace final : public FarPlace
@@ -97,13 +105,19 @@ public:
     bool takesFiles() override { return false; }
     bool room(std::int64_t&) override { return false; }
     std::string fetch(const CQoCollPath& path,
-                      std::int64_t,
+                      std::int64_t size,
                       const CString& local,
                       IQoProgress& progress) override
     {
-        BytesAsDone bytes(progress);
-        if (CQoShareManager::getFile(path.toString(), local, 0, &bytes, false, false))
+        BytesAsDone bytes(progress, size);
+        const bool isThere =
+            CQoShareManager::getFile(path.toString(), local, 0, &bytes, false, false);
+        if (isThere && !bytes.isTooLong)
             return "";
+        if (isThere)
+            fileSystem().removeFile(local);
+        if (bytes.isTooLong)
+            return "more bytes come than the friend's list says; a new scan shows what it is now";
         const std::string cause = takeCause();
         return cause.empty() ? "it cannot be fetched" : cause;
     }

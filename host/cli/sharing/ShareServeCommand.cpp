@@ -8,10 +8,11 @@
 
 #include <QoKernel/Collection.h>
 
-#include <atomic>
+#include <chrono>
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <utility>
 
 namespace qo::cli
 {
@@ -34,19 +35,22 @@ public:
 
     void run()
     {
+        const LoopGuard guard;
+        host::removeLeftLists();
         refresh();
         const host::ShareKey key =
             m_session->kernel().run([] { return host::ShareKey(host::Session::folder(), true); });
         noteOtherKeys(key);
         const host::ShareServer server(
-            key, m_offers, m_address, {}, [this](const ShareVisit& visit) { show(visit); });
+            key, m_offers, m_address, {}, [this](const ShareVisit& visit) { keep(visit); });
         PeerAddress place = m_address;
         place.port = server.port();
         m_line.note("serving at " + place.place() + "; Ctrl-C ends it");
-        while (!wasInterrupted() && !m_isClosed)
+        for (int pauses = 1; !wasInterrupted() && !m_line.out.isClosed(); ++pauses)
         {
             std::this_thread::sleep_for(pause);
-            if (++m_pauses % pausesToLook == 0)
+            showVisits();
+            if (pauses % pausesToLook == 0 && std::chrono::steady_clock::now() >= m_nextLook)
                 follow();
         }
     }
@@ -54,6 +58,9 @@ public:
 private:
     static constexpr std::chrono::milliseconds pause{100};
     static constexpr int pausesToLook = 10;
+    static constexpr std::chrono::seconds pauseWhenFailed{10};
+    /// Of those that wait to be shown; who reads slowly learns how many there were.
+    static constexpr std::size_t mostVisits = 1000;
 
     /// What the offers are made of.
     struct State
@@ -69,13 +76,19 @@ private:
     {
         State state;
         if (!m_session->checkDatabase())
-            return state;
+            throw HostError(ExitCode::usage,
+                            "there is no collection yet: \"qo scan DIR\" makes one");
         m_shares = host::Shares().all();
+        std::vector<std::string> ids;
         for (const Share& share : m_shares)
         {
-            if (share.isOwn && share.query)
-                state.shares.emplace_back(share.shareId, *share.query);
+            if (!share.isOwn || !share.query)
+                continue;
+            state.shares.emplace_back(share.shareId, *share.query);
+            ids.push_back(toUtf8(share.shareId));
         }
+        // Whatever becomes of the rest, what was revoked ends now.
+        m_offers.keepOnly(ids);
         CollInfoDbItem info;
         CQoCollDb(host::Session::databasePath()).getCollInfo(u"", info);
         state.changed = toTicks(info.modifiedTime);
@@ -93,8 +106,9 @@ private:
         {
             // A database that is busy or being replaced; what was offered before goes on.
             if (m_lastFailure != error.what())
-                m_line.note(error.what());
+                m_line.note(error.what() + std::string("; what was offered before stays"));
             m_lastFailure = error.what();
+            m_nextLook = std::chrono::steady_clock::now() + pauseWhenFailed;
         }
     }
 
@@ -119,10 +133,20 @@ private:
         {
             if (!share.isOwn || !share.query)
                 continue;
-            offers.push_back(Offer::of(share));
-            m_line.note("offering " +
-                        countText(static_cast<std::int64_t>(offers.back()->fileCount()), "file") +
-                        " to " + oneLine(share.peer));
+            const std::string peer = oneLine(share.peer);
+            // A query that can no longer be looked up ends one offer, and not those of others.
+            try
+            {
+                offers.push_back(Offer::of(share));
+                m_line.note(
+                    "offering " +
+                    countText(static_cast<std::int64_t>(offers.back()->fileCount()), "file") +
+                    " to " + peer);
+            }
+            catch (const HostError& error)
+            {
+                m_line.note("offering nothing to " + peer + ": " + error.what());
+            }
         }
         m_offers.replace(std::move(offers));
         CDummyProgress progress;
@@ -140,29 +164,54 @@ private:
         }
     }
 
-    /// From any thread.
+    /// From the server's threads, which do not wait for whoever reads the output.
+    void keep(const ShareVisit& visit)
+    {
+        const std::lock_guard guard(m_visitsLock);
+        if (m_visits.size() < mostVisits)
+            m_visits.push_back(visit);
+        else
+            ++m_untold;
+    }
+
+    void showVisits()
+    {
+        std::vector<ShareVisit> visits;
+        int untold = 0;
+        {
+            const std::lock_guard guard(m_visitsLock);
+            visits.swap(m_visits);
+            untold = std::exchange(m_untold, 0);
+        }
+        for (const ShareVisit& visit : visits)
+            show(visit);
+        if (untold > 0)
+            m_line.note(countText(untold, "further visit") + " came too fast to be shown");
+        m_line.out.flush();
+    }
+
     void show(const ShareVisit& visit)
     {
-        const std::lock_guard guard(m_outLock);
         const std::string path = visit.path.IsEmpty() ? "" : host::shownPath(visit.path);
         if (m_line.json)
         {
             Json record;
             record["friend"] = visit.friendName.IsEmpty() ? Json() : Json(toUtf8(visit.friendName));
             record["from"] = visit.from;
+            record["times"] = visit.times;
             putPath(record, "path", path);
             record["bytes"] = visit.bytes;
             record["whole"] = visit.isWhole;
             m_line.out.line(host::dump(record));
         }
         else if (visit.friendName.IsEmpty())
-            m_line.out.line("refused: " + visit.from + " has a wrong share id");
+            m_line.out.line(
+                "refused: " + visit.from + " has a wrong share id" +
+                (visit.times > 1 ? " (" + std::to_string(visit.times) + " times)" : std::string()));
         else
             m_line.out.line(oneLine(visit.friendName) + " (" + visit.from + ")  " +
                             sizeText(visit.bytes) + (visit.isWhole ? "" : ", broke off") + "  " +
                             (path.empty() ? "the list of files" : harmless(path)));
-        m_line.out.flush();
-        m_isClosed = m_line.out.isClosed();
     }
 
     CommandLine& m_line;
@@ -172,9 +221,10 @@ private:
     std::optional<State> m_state;
     host::Offers m_offers;
     std::string m_lastFailure;
-    int m_pauses = 0;
-    std::mutex m_outLock; ///< guards the output
-    std::atomic<bool> m_isClosed = false;
+    std::chrono::steady_clock::time_point m_nextLook;
+    std::mutex m_visitsLock; ///< guards the others
+    std::vector<ShareVisit> m_visits;
+    int m_untold = 0; ///< visits that found no room
 };
 
 ExitCode serve(CommandLine& line, const std::string& typed)
@@ -183,8 +233,8 @@ ExitCode serve(CommandLine& line, const std::string& typed)
     if (!address)
         throw HostError(ExitCode::usage,
                         "\"" + typed +
-                            "\" is no address: write a number of this machine, or "
-                            "NUMBER:PORT; 0.0.0.0 stands for all of them");
+                            "\" is no address: write an address of this machine, or "
+                            "ADDRESS:PORT; 0.0.0.0 stands for all of them");
     Serving(line, *address).run();
     return ExitCode::done;
 }

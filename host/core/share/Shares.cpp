@@ -1,6 +1,7 @@
 #include "core/share/Shares.h"
 
 #include "core/base/HostError.h"
+#include "core/base/Trimmed.h"
 #include "core/roots/StoredRoots.h"
 #include "core/session/Session.h"
 
@@ -9,6 +10,8 @@
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
+#include <map>
+#include <mutex>
 
 namespace qo::host
 {
@@ -45,6 +48,22 @@ CString Share::collection() const
     text.Format(u"share:%d", id);
     return text;
 }
+
+namespace
+{
+/// What a link of the database says; nothing for one that cannot be read. Each is parsed once in a
+/// process, since the kernel writes a line to the log for a link that it cannot read.
+std::optional<Share> knownLink(const CString& link)
+{
+    static std::mutex lock;
+    static std::map<CString, std::optional<Share>> links;
+    const std::lock_guard guard(lock);
+    const auto [entry, isNew] = links.try_emplace(link);
+    if (isNew && CShareInvitation::IsShareInvitation(link) == CShareInvitation::SHARE_INVITATION_OK)
+        entry->second = Share::ofLink(link);
+    return entry->second;
+}
+} // namespace
 
 FarCollection Share::farCollection() const
 {
@@ -85,13 +104,8 @@ Shares::Shares() : m_database(Session::databasePath()), m_store(Session::folder(
     CQoCollDb(m_database).getAllShares(rows);
     for (const auto& row : rows)
     {
-        Share share;
-        CMapStringToString params;
-        CString id;
         // A row of another program, whose links this one cannot read, is listed all the same.
-        if (CShareInvitation::ParseShareLink(row->invitation, id, params) ==
-            CShareInvitation::SHARE_INVITATION_OK)
-            share = Share::ofLink(row->invitation);
+        Share share = knownLink(row->invitation).value_or(Share());
         share.id = row->id;
         share.isOwn = row->initiator;
         share.peer = row->peer;
@@ -122,6 +136,19 @@ const Share& Shares::need(const std::string& friendName, bool isOwn) const
 
 void Shares::needFreeName(const CString& name, bool isOwn) const
 {
+    const std::string typed = toUtf8(name);
+    const bool isName = !trimmed(typed).empty() && !typed.starts_with('-') &&
+                        std::ranges::none_of(typed,
+                                             [](char c)
+                                             {
+                                                 const auto byte = static_cast<unsigned char>(c);
+                                                 return byte < 0x20 || byte == 0x7F || c == '/';
+                                             });
+    if (!isName)
+        throw HostError(ExitCode::usage,
+                        isOwn ? "a friend's name is a word or more, without slashes"
+                              : "the friend's name in the invitation is none that can be typed; "
+                                "give another one with --as");
     for (const Share& share : m_shares)
     {
         if (share.isOwn == isOwn && share.peer.CompareNoCase(name) == 0)
@@ -198,16 +225,23 @@ void Shares::remove(const Share& share)
     // The rows of the friend's files first: without their share nobody would find them.
     if (!share.isOwn)
         db.deleteColl(share.collection());
-    db.deleteShare(row);
+    // A share without a query offers nothing, whatever becomes of its row.
     if (share.isOwn)
         m_store.forgetOffer(share.shareId);
+    db.deleteShare(row);
 }
 
 void Shares::setFiles(const Share& share, int files) const
 {
-    Share changed = share;
-    changed.files = files;
-    auto row = rowOf(changed);
-    CQoCollDb(m_database).updateShare(row);
+    CQoCollDb db(m_database);
+    DbItemArray<QoShareDbItem> rows;
+    db.getAllShares(rows);
+    for (auto& row : rows)
+    {
+        if (row->id != share.id)
+            continue;
+        row->files = files;
+        db.updateShare(row);
+    }
 }
 } // namespace qo::host

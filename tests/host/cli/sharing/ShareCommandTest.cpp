@@ -196,7 +196,7 @@ TEST_F(ShareCommand, FriendFetchesWhatIsOfferedAndNothingElse)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     const std::string stale =
         ben.run({"share", "get", "Ann", song, "--to", ben.dir.path("to"), "--replace"}).err;
-    EXPECT_NE(stale.find("instead of"), std::string::npos) << stale;
+    EXPECT_NE(stale.find("more bytes come"), std::string::npos) << stale;
     ben.expect({"share", "scan", "Ann"}, 0, "2 files of Ann: 1 new, 1 changed, 0 gone");
     ben.expect(
         {"share", "get", "Ann", song, "--to", ben.dir.path("to"), "--replace"}, 0, "fetched");
@@ -256,5 +256,43 @@ TEST_F(ShareCommand, TransferThatBreaksOffIsTakenUpAndAWrongServerIsNot)
     ben.expect({"share", "scan", "Anna"}, 1, "another server answers there");
     stopServing();
     EXPECT_EQ(eve.dir.read("server-out"), "");
+}
+
+TEST_F(ShareCommand, WhatWasRevokedEndsWhateverElseFails)
+{
+    ann.addSound("Kino/a.mp3");
+    ann.addSound("b.mp3");
+    ASSERT_EQ(ann.scan().code, 0);
+    invite();
+    ASSERT_EQ(ann.run({"share", "invite", "Carl", "--query", "path:" + ann.music("Kino")}).code, 0);
+    serve(ann);
+    ben.expect({"share", "accept", ben.dir.path("link")}, 0, "accepted");
+    ben.expect({"share", "scan", "Ann"}, 0, "2 files of Ann");
+    ben.runSql("UPDATE FILE_T SET FT_SIZE = 10 WHERE FT_PATH LIKE '%b.mp3'");
+    ben.dir.makeFolder("to");
+    ben.expect({"share", "get", "Ann", ann.music("b.mp3"), "--to", ben.dir.path("to")},
+               1,
+               "more bytes come than the friend's list says");
+    EXPECT_EQ(copies(), std::vector<std::string>());
+
+    // A database that is away for a while empties no list.
+    std::filesystem::rename(ann.database(), ann.database() + "-away");
+    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+    ben.expect({"share", "scan", "Ann"}, 0, "2 files of Ann: 0 new, 1 changed, 0 gone");
+    std::filesystem::rename(ann.database() + "-away", ann.database());
+    // Nor does a query that finds no more what it names keep a revoked share alive.
+    std::filesystem::rename(ann.music("Kino"), ann.music("Tsoi"));
+    ASSERT_EQ(ann.scan().code, 0);
+    ann.expect({"share", "revoke", "Ben"}, 0, "nothing is offered any more");
+    for (int i = 0; i < 200 && ben.run({"share", "scan", "Ann"}).code == 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    ben.expect({"share", "scan", "Ann"}, 1, "he may have revoked it");
+
+    ::kill(server, SIGTERM);
+    const QoCommand::Result ended = ann.finish(server, "server-");
+    server = -1;
+    EXPECT_EQ(ended.code, 0) << ended.err;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(ann.dir.path("data")))
+        EXPECT_FALSE(entry.path().filename().string().starts_with("offer-")) << entry.path();
 }
 } // namespace
