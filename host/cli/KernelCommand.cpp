@@ -119,10 +119,7 @@ std::unique_ptr<host::ScratchDatabase> trialOf(const CommandLine& line, Session&
 
 void addPlaceOption(CommandLine& line, CLI::App& command)
 {
-    addArgument(command,
-                "--on",
-                line.place,
-                "The files of a device, a storage service or a friend, as of the last scan of it")
+    addArgument(command, "--on", line.place, "The files of a device, a service or a friend")
         ->type_name("NAME");
 }
 

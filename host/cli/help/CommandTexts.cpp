@@ -282,7 +282,7 @@ const std::vector<CommandText> texts = {
     {"qo plugin set NAS --movies \"\"", "It has all videos in its first folder"}}},
 {"plugin scan", {
     {"qo plugin scan NAS", "Look through its folders for music and videos"},
-    {"qo ls --on NAS kino", "What is known of it since, with a query"}}},
+    {"qo ls --on NAS kino", "What is known of it since, with a query", 4}}},
 {"plugin browse", {
     {"qo plugin browse NAS", "What is in its first folder"},
     {"qo plugin browse NAS Music/Kino --deep", "All files below a folder"},
@@ -375,8 +375,8 @@ const std::vector<CommandText> texts = {
     {"qo share serve --listen 0.0.0.0", "Serve to everyone who has a link and reaches this machine", 2},
     {"qo share serve --listen '[::]:8000' --json", "Over IPv6 at another port, with a line for each visit for a program", 2}}},
 {"share accept", {
-    {"qo share accept link.txt", "Take the invitation that a file begins with", 1},
-    {"qo share accept link.txt --as Benny", "The same under another name for the friend", 1}}},
+    {"qo share accept link.txt", "Take the invitation that a file begins with", 4},
+    {"qo share accept link.txt --as Benny", "The same under another name for the friend", 4}}},
 {"share forget", {
     {"qo share forget Ben", "His files leave the collection; copies of them stay", 4},
     {"qo share forget Ben --dry-run", "Whether there is such a share", 4}}},
@@ -393,7 +393,7 @@ const std::vector<CommandText> texts = {
     {"qo share get Ben /home/ben/Music/Kino --to Music", "Copy a folder", 4},
     {"qo share get Ben / --to Music --dry-run", "List all that would be copied", 4}}},
 {"share check", {
-    {"qo share check link.txt", "Check the link that a file begins with", 1},
+    {"qo share check link.txt", "Check the link that a file begins with", 4},
     {"qo share check 'https://qokernel.example/anywhere/1?t=1&u=Ben&w=&v=1&c=0'", "Or one as it was copied", 1}}},
 {"config", {
     {"qo config", "All settings"},
