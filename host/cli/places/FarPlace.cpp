@@ -28,6 +28,21 @@ std::string FarPlace::shown(const CStringArray& components) const
     return text;
 }
 
+CString FarPlace::componentOf(const std::string& name) const
+{
+    return farComponent(fromUtf8(name));
+}
+
+std::string FarPlace::nameOf(const CString& component) const
+{
+    return toUtf8(farNameOf(component));
+}
+
+CString FarPlace::localNameOf(const CString& component) const
+{
+    return safeLocalName(farNameOf(component));
+}
+
 FarEntry FarPlace::need(const CQoCollPath& path, IQoProgress& progress)
 {
     FarEntry entry;

@@ -55,10 +55,10 @@ public:
     std::string shownWhole(const CQoCollPath& path) const { return m_name + "/" + shown(path); }
 
     /// The component for a name that a user or a local file has, and the name for people.
-    virtual CString componentOf(const std::string& name) const = 0;
-    virtual std::string nameOf(const CString& component) const = 0;
+    virtual CString componentOf(const std::string& name) const;
+    virtual std::string nameOf(const CString& component) const;
     /// The name that a copy of the entry gets on the disk.
-    virtual CString localNameOf(const CString& component) const = 0;
+    virtual CString localNameOf(const CString& component) const;
 
     /// False when there is nothing, or it cannot be looked up: then takeCause() says why.
     virtual bool find(const CQoCollPath& path, IQoProgress& progress, FarEntry& entry) = 0;

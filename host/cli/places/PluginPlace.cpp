@@ -16,19 +16,6 @@ public:
     {
     }
 
-    CString componentOf(const std::string& name) const override
-    {
-        return farComponent(fromUtf8(name));
-    }
-    std::string nameOf(const CString& component) const override
-    {
-        return toUtf8(farNameOf(component));
-    }
-    CString localNameOf(const CString& component) const override
-    {
-        return safeLocalName(farNameOf(component));
-    }
-
     bool find(const CQoCollPath& path, IQoProgress& progress, FarEntry& entry) override
     {
         m_found.reset();
