@@ -61,8 +61,20 @@ private:
     int m_error;
 };
 
+/// Cannot be written.
+class ReadingStream : public IByteStream
+{
+public:
+    DeviceResult write(const void*, std::size_t, std::size_t& done) final
+    {
+        done = 0;
+        return deviceResult::accessDenied;
+    }
+    DeviceResult commit() final { return deviceResult::accessDenied; }
+};
+
 /// Reads parts of the object, each with a call of its own.
-class PartReader final : public IByteStream
+class PartReader final : public ReadingStream
 {
 public:
     PartReader(std::shared_ptr<MtpConnection> connection, const MtpId& id, std::int64_t size)
@@ -95,12 +107,6 @@ public:
         m_at += static_cast<std::int64_t>(done);
         return result;
     }
-    DeviceResult write(const void*, std::size_t, std::size_t& done) override
-    {
-        done = 0;
-        return deviceResult::accessDenied;
-    }
-    DeviceResult commit() override { return deviceResult::accessDenied; }
     std::int64_t size() const override { return m_size; }
 
 private:
@@ -110,7 +116,7 @@ private:
     std::int64_t m_at = 0;
 };
 
-class CopyReader final : public IByteStream
+class CopyReader final : public ReadingStream
 {
 public:
     DeviceResult fill(MtpConnection& connection, const MtpId& id, std::int64_t size)
@@ -132,12 +138,6 @@ public:
     {
         return m_file.read(buffer, size, done);
     }
-    DeviceResult write(const void*, std::size_t, std::size_t& done) override
-    {
-        done = 0;
-        return deviceResult::accessDenied;
-    }
-    DeviceResult commit() override { return deviceResult::accessDenied; }
     std::int64_t size() const override { return m_size; }
 
 private:
