@@ -17,6 +17,8 @@ import subprocess
 import sys
 import time
 
+import far
+
 
 def arguments():
     parser = argparse.ArgumentParser(description=__doc__)
@@ -298,6 +300,20 @@ def judgements(bench):
     yield bench.plan, lambda: [time_row("plan for all files", median("plan for all files"), 2, 1)]
     yield bench.renames, lambda: [
         ratio_row("apply of 10,000 renames", median("apply of 10,000 renames"), median("bare renames"), 3, 2)]
+    there = far.Far(bench)
+    yield there.webdav, lambda: [
+        ratio_row("scan of 1,000 files over WebDAV against the waits of its requests", median("WebDAV scan"),
+                  median("waits of a WebDAV scan"), 1.2, 1.05),
+        row("requests of a rescan over WebDAV", f"{median('requests of a rescan for a folder'):.2f} a folder", "",
+            median("requests of a rescan for a folder"), "a folder", 1, 1),
+        row("fetched for a file over WebDAV", f"{median('KiB for a file'):.1f} KiB", "", median("KiB for a file"), "KiB", 128, 32),
+        ratio_row("download of 1 GiB against rclone copy", median("download of 1 GiB"), median("rclone download of 1 GiB"), 1.25, 1),
+        ratio_row("upload of 1 GiB against rclone copy", median("upload of 1 GiB"), median("rclone upload of 1 GiB"), 1.25, 1),
+        row("memory while 1 GiB goes either way", f"{median('MiB more for 1 GiB'):.1f} MiB more", "",
+            median("MiB more for 1 GiB"), "MiB", 16, 8)]
+    yield there.friend, lambda: [
+        ratio_row("a friend's list of all files over HTTPS against a load, whole processes", median("friend's list"),
+                  median("process load beside a friend"), 4, 2)]
     yield bench.memory, lambda: [row("resident memory after load", f"{each:.2f} KB a file", "", each, "KB", 1.2, 0.8)
                                  for each in bench.times.get("memory", [])]
     if scale > 1:

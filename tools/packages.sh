@@ -9,7 +9,7 @@ build=(g++ cmake ninja-build pkg-config libboost-dev libicu-dev libsqlite3-dev l
 tests=(libgtest-dev locales python3-mutagen kid3-cli ffmpeg sqlite3 attr zsh fish man-db libxml2-utils
  rclone apache2-bin supysonic dosfstools e2fsprogs dbus-daemon python3-dbus python3-gi umockdev gir1.2-umockdev-1.0)
 checks=(clang-format-14 clang-tidy-14 codespell git)
-bench=(libbenchmark-dev time)
+bench=(libbenchmark-dev rclone time)
 fuzz=(clang)
 packaging=(debhelper dpkg-dev fakeroot lintian abigail-tools binutils mmdebstrap systemd xz-utils)
 
