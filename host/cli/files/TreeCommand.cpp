@@ -106,6 +106,15 @@ void printJson(CommandLine& line, const Dir& top)
     }
 }
 
+/// A friend's first drive is shown as his share, so it stands for that.
+Dir shownTop(const Dir& root)
+{
+    const bool isDrive = root->getFiles().IsEmpty() && root->getSubDirs().GetSize() == 1 &&
+                         host::shownPath(root->getSubDirs()[0]->getPath().toString()) ==
+                             host::shownPath(root->getPath().toString());
+    return isDrive ? root->getSubDirs()[0] : root;
+}
+
 std::vector<Dir> findTops(const std::string& typed)
 {
     const CQoCollection& collection = CQoCollection::m_ownCollection;
@@ -113,7 +122,7 @@ std::vector<Dir> findTops(const std::string& typed)
     if (typed.empty())
     {
         for (const Dir& root : collection.getRootDirs())
-            tops.push_back(root);
+            tops.push_back(shownTop(root));
         return tops;
     }
     for (const CString& form : spellings(typed))

@@ -182,6 +182,8 @@ TEST_F(ShareCommand, FriendFetchesWhatIsOfferedAndNothingElse)
         {"share", "get", "Ann", ann.music("Kino/02.mp3"), "--to", ben.dir.path("to")}, 4, "no Ann");
     EXPECT_EQ(ben.paths(), std::vector<std::string>()); // what is a friend's is not one's own
     ben.expect({"tracks", "--on", "ann", "zvezda"}, 0, "Zvezda");
+    EXPECT_TRUE(ben.run({"tree", "--on", "Ann"}).out.starts_with("Ann  (1 file)\n└── "));
+    EXPECT_EQ(ben.run({"tree", "--on", "Ann"}).out.find("── Ann"), std::string::npos);
     ben.expect({"artists", "--on", "Ben"}, 4, "there is no device, storage service or friend");
     EXPECT_EQ(ben.run({"share", "ls", "--json"}).json()[0]["files"], 1);
 
