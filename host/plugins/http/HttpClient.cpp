@@ -299,6 +299,9 @@ void HttpClient::prepare(Connection& connection, const HttpRequest& request)
     curl_easy_setopt(handle, CURLOPT_USERAGENT, "qo");
     curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, connection.error);
     connection.error[0] = '\0';
+    // A proxy is another machine.
+    if (request.address.isLoopback())
+        curl_easy_setopt(handle, CURLOPT_NOPROXY, "*");
     if (!m_key.empty())
     {
         curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 0L);
@@ -313,7 +316,10 @@ void HttpClient::prepare(Connection& connection, const HttpRequest& request)
     curl_easy_setopt(handle, CURLOPT_PASSWORD, m_password.c_str());
 }
 
-HttpAnswer HttpClient::runOnce(Connection& connection, const HttpRequest& request, Course& course)
+HttpAnswer HttpClient::runOnce(Connection& connection,
+                               const HttpRequest& request,
+                               Course& course,
+                               const CString& place)
 {
     prepare(connection, request);
     CURL* const handle = connection.handle;
@@ -336,7 +342,7 @@ HttpAnswer HttpClient::runOnce(Connection& connection, const HttpRequest& reques
     answer.status = exchange.head().status;
     answer.isEnded = exchange.isEnded;
     answer.isOtherServer = code == CURLE_SSL_PINNEDPUBKEYNOTMATCH;
-    answer.place = fromUtf8(request.address.url());
+    answer.place = place;
     course.location = exchange.location;
     curl_off_t busySeconds = 0;
     curl_easy_getinfo(handle, CURLINFO_RETRY_AFTER, &busySeconds);
@@ -381,10 +387,14 @@ HttpAnswer HttpClient::run(HttpRequest request)
     HttpAnswer answer;
     int redirections = 0;
     int waits = 0;
-    while (true)
+    // Where a redirection leads is the server's word, and may hold what no message shall.
+    const CString place = fromUtf8(request.address.url());
+    for (bool isFirst = true;; isFirst = false)
     {
+        if (!isFirst && request.again)
+            request.again();
         Course course;
-        answer = runOnce(*connection, request, course);
+        answer = runOnce(*connection, request, course, place);
         const bool isBusy = answer.status == 429 || answer.status == 503;
         if (isBusy && waits++ < mostWaits && waitUntilFree(request, course.busySeconds))
             continue;

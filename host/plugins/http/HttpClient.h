@@ -44,6 +44,8 @@ struct HttpRequest
     std::function<bool(const HttpHead& head, std::string_view bytes)> failureSink = {};
     std::function<bool()> isCanceled = {};
     std::function<void(std::int64_t sent)> sent = {};
+    /// Called before the request is sent again: what the sinks have got is void.
+    std::function<void()> again = {};
 };
 
 struct HttpAnswer
@@ -83,7 +85,10 @@ private:
 
     unsigned long firstScheme() const;
     std::unique_ptr<Connection> takeConnection();
-    HttpAnswer runOnce(Connection& connection, const HttpRequest& request, Course& course);
+    HttpAnswer runOnce(Connection& connection,
+                       const HttpRequest& request,
+                       Course& course,
+                       const CString& place);
     /// Waits as long as a busy server asks; false if that is too long, or has been cancelled.
     bool waitUntilFree(const HttpRequest& request, long seconds) const;
     void prepare(Connection& connection, const HttpRequest& request);

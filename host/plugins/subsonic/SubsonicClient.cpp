@@ -164,6 +164,11 @@ SubsonicAnswer SubsonicClient::sendOnce(HttpRequest& request,
         return !isTooLong;
     };
     bool isText = !request.sink;
+    sent.again = [&]
+    {
+        text.clear();
+        isText = !request.sink;
+    };
     sent.sink = [&](const HttpHead& head, std::string_view bytes)
     {
         isText = isText || isAnswerText(head.type);
