@@ -47,11 +47,10 @@ ExitCode scanDevices(CommandLine& line, host::Session& session, const CString& t
             }
             try
             {
-                printFarScan(
-                    line,
-                    "device",
-                    device.name,
-                    host::scanFar(session, device.farCollection(), database, isDeep, progress));
+                const host::FarScanReport report =
+                    host::scanFar(session, device.farCollection(), database, isDeep, progress);
+                printFarScan(line, "device", device.name, report);
+                hasFailed = hasFailed || !report.remarks.empty();
             }
             catch (const HostError& error)
             {

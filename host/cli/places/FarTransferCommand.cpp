@@ -170,7 +170,9 @@ sendings(const FarPlace& place, const TransferOptions& options, const CQoCollPat
     for (const std::string& typed : options.paths)
     {
         const std::string file = host::absolutePath(typed);
-        const CString local = fromSystemPath(file);
+        // A link stands for its file: not every place copies through links.
+        const std::string real = host::resolvedPath(file);
+        const CString local = fromSystemPath(real.empty() ? file : real);
         FileInfo info;
         if (const int error = fileSystem().info(local, Spelling::exact, info))
             throw HostError(ExitCode::notFound, file + ": " + host::errorWords(error));

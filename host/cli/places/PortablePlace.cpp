@@ -88,9 +88,21 @@ public:
                      IQoProgress& progress) override
     {
         FarEntry entry;
-        if (replaces && find(path, progress, entry) &&
-            !CQoWPDManager::deleteFile(path.toString(), &progress))
-            return "the file that is there cannot be removed";
+        if (replaces && find(path, progress, entry))
+        {
+            // What cannot come shall not cost what is there.
+            int error = 0;
+            if (!fileSystem().open(local, OpenMode::read, error))
+                return host::errorWords(error);
+            GUID content;
+            GUID format;
+            if (!CWPDUtils::getFormatInfo(path.getFileExt(), content, format))
+                return "the device knows no files of this kind";
+            if (progress.isCanceled())
+                return "interrupted";
+            if (!CQoWPDManager::deleteFile(path.toString(), &progress))
+                return "the file that is there cannot be removed";
+        }
         ByteProgress bytes(progress, size);
         return CQoWPDManager::putFile(local, {}, path.toString(), size, &bytes) ? "" : failed();
     }

@@ -47,7 +47,7 @@ private:
 ///
 /// Whoever makes one gives drive letters to the disks that are devices: from then on paths of their
 /// files come as "D:\a.mp3", and the next process may give "D:" to another disk. So nothing that is
-/// kept may be made of a path afterwards; see needLastingPath().
+/// kept may be made of a path afterwards; see lastingPath().
 class Devices
 {
 public:

@@ -154,13 +154,17 @@ DeviceResult MtpConnection::children(const MtpId& folder, std::vector<MtpId>& id
                {
                    const FileList files(
                        ::LIBMTP_Get_Files_And_Folders(&device, folder.storage, folder.object));
-                   for (const LIBMTP_file_t* at = files.get(); at && ids.size() < mostInFolder;
-                        at = at->next)
+                   for (const LIBMTP_file_t* at = files.get(); at; at = at->next)
                    {
+                       if (ids.size() >= mostInFolder)
+                           return false;
                        m_files[at->item_id] = fileOf(*at);
                        ids.push_back({folder.storage, at->item_id});
                    }
-                   return files || !::LIBMTP_Get_Errorstack(&device);
+                   // The library leaves out what it cannot ask about without a word, so a device
+                   // that went in the middle would seem to have less than it has.
+                   return ::access(m_node.path.c_str(), F_OK) == 0 &&
+                          (files || !::LIBMTP_Get_Errorstack(&device));
                });
 }
 

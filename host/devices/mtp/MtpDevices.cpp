@@ -240,6 +240,9 @@ DeviceResult MtpDevices::detect()
     for (int i = 0; error == LIBMTP_ERROR_NONE && i < count; ++i)
     {
         const UsbNode node = UsbNode::find(list[i].bus_location, list[i].devnum, m_root);
+        // Two of one kind could not be told apart, and one would be taken for the other.
+        if (node.serial.empty())
+            continue;
         const CString id = idOf(list[i], node);
         const auto before = m_known.find(id);
         const bool isSame = before != m_known.end() && before->second.node.path == node.path;

@@ -110,9 +110,13 @@ TEST_F(DeviceCommand, FilesAreListedAndCopiedBothWays)
     EXPECT_FALSE(fs::exists(point + "/New") || only()["adopted"].get<bool>());
     qo.expect(push, 0, "sent: Stick/New/new.mp3");
     qo.expect(push, 1, "is there already");
-    qo.dir.write("new.mp3", "newer");
+    // A link stands for its file.
+    qo.dir.write("real.mp3", "newer");
+    fs::remove(qo.dir.path("new.mp3"));
+    fs::create_symlink("real.mp3", qo.dir.path("new.mp3"));
     qo.expect(
         {"device", "push", qo.dir.path("new.mp3"), "--to", point + "/New", "--replace"}, 0, "sent");
+    EXPECT_FALSE(fs::is_symlink(point + "/New/new.mp3"));
     std::ifstream copy(point + "/New/new.mp3");
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(copy), {}), "newer");
     if (std::error_code error;
