@@ -229,8 +229,7 @@ ExitCode logOut(CommandLine& line, const PluginOptions& options)
             const CString name = entry == entries.end() ? needPlugin(options.name) : entry->name;
             if (!line.dryRun)
             {
-                if (CQoPluginManager::existPlugin(name))
-                    host::dropFar(CQoPluginManager::createPath(name).toString());
+                host::dropPluginCollections(name);
                 host::removePlugin(*session, name);
             }
             if (line.json)

@@ -10,6 +10,7 @@
 
 #include <QoKernel/Collection.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace qo::host
@@ -21,8 +22,14 @@ namespace
 class FarScanHost final : public IQoScanHost
 {
 public:
-    FarScanHost(const FarCollection& collection, const CString& ignoredNames, bool isDeep)
-        : m_name(collection.name), m_lister(collection.diskFolders, ignoredNames), m_isDeep(isDeep)
+    FarScanHost(const FarCollection& collection,
+                const CString& ignoredNames,
+                bool isDeep,
+                ProgressReporter& progress)
+        : m_progress(progress)
+        , m_name(collection.name)
+        , m_lister(collection.diskFolders, ignoredNames)
+        , m_isDeep(isDeep)
     {
     }
 
@@ -33,6 +40,17 @@ public:
     bool mustRead(const QoFileDbItem& record, const FileInfo& seen) override
     {
         return m_isDeep || isOtherFile(record, seen);
+    }
+    /// An empty place mostly is one that is away, such as the folder in which a disk was mounted.
+    void beforeNames(const QoFileDbItemArray& records) override
+    {
+        m_isEmptied =
+            !records.IsEmpty() && std::all_of(records.begin(),
+                                              records.end(),
+                                              [](const QoFileDbItemPtr& item)
+                                              { return item->dbState == dbState::deleted; });
+        if (m_isEmptied)
+            m_progress.cancel();
     }
     void failed(ETrouble trouble, const CString& path, const CString& cause) override
     {
@@ -49,6 +67,7 @@ public:
             m_twins.Add(path);
     }
 
+    bool isEmptied() const { return m_isEmptied; }
     const std::string& failure() const { return m_failure; }
     std::vector<std::string> remarks() const
     {
@@ -69,6 +88,8 @@ public:
     }
 
 private:
+    ProgressReporter& m_progress;
+    bool m_isEmptied = false;
     const std::string m_name;
     RootLister m_lister;
     const bool m_isDeep;
@@ -102,12 +123,19 @@ FarScanReport scanFar(Session& session,
                       bool isDeep,
                       ProgressReporter& progress)
 {
-    FarScanHost host(collection, session.ignoredNames(), isDeep);
+    if (collection.id.IsEmpty())
+        throw HostError(ExitCode::failed, collection.name + " has no collection of its own");
+    FarScanHost host(collection, session.ignoredNames(), isDeep, progress);
     ForeignLoad load(host);
     const auto start = std::chrono::steady_clock::now();
     CQoCollection::OpResultInfo result;
     const bool isLoaded = load.collection.load(
         database, collection.id, collection.folders, collection.kinds, true, &progress, &result);
+    if (host.isEmptied())
+        throw HostError(ExitCode::away,
+                        collection.name +
+                            " is empty, but the collection has files of it, which stay: is all of "
+                            "it there? Who forgets the place forgets them");
     if (progress.wasStopped())
         throw HostError(ExitCode::interrupted,
                         "interrupted; the files of " + collection.name +

@@ -156,6 +156,13 @@ void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried)
 {
     KeyValueConfig& settings = session.settings();
     needPrivate(passwordFile());
+    for (const PluginEntry& former : pluginEntries(settings))
+    {
+        // What is known of another service would be taken for this one's.
+        if (former.name.CompareNoCase(entry.name) == 0 &&
+            (former.kind != entry.kind || former.place != entry.place))
+            dropPluginCollections(former.name);
+    }
     settings.setValue(
         settings.addKey(
             settings.addSection(KVConfig::ordinarySection, pluginsSection), entry.name, u""),
@@ -169,6 +176,12 @@ void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried)
     CQoPluginManager::setPluginMoviesPath(entry.name, tried.GetMoviesPath());
     if (!CQoPluginManager::savePluginSettings(entry.name))
         throw HostError(ExitCode::failed, toUtf8(takePluginFailure()));
+}
+
+void dropPluginCollections(const CString& name)
+{
+    for (const auto type : {CQoCollPath::physicalPlugin, CQoCollPath::logicalPlugin})
+        dropFar(CQoCollPath(type, name).toString());
 }
 
 FarCollection pluginCollection(const CString& name)

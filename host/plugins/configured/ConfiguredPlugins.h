@@ -37,6 +37,9 @@ boost::shared_ptr<IPluginsManager> configuredPlugins(Session& session);
 void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried);
 /// The files of its folders for music and movies, or of all of it.
 FarCollection pluginCollection(const CString& name);
+/// Takes what is known of its files out of the database, whatever its kind is or was. Throws
+/// HostError.
+void dropPluginCollections(const CString& name);
 /// Takes it out, with its settings and its password. Its files stay.
 void removePlugin(Session& session, const CString& name);
 } // namespace qo::host

@@ -246,3 +246,20 @@ TEST_F(PluginCommand, AnInterruptedFetchOfAFoundTrackLeavesNoPart)
     qo.expect({"search", "x", "--limit", "1"}, 0, "1 of 2 tracks that were found");
     expectNoPartOf({"search", "get", "1", "--to", qo.dir.path("to")});
 }
+
+TEST(PlaceScan, WhatIsKnownOfAServiceStaysWhileItIsEmptyAndGoesWithIt)
+{
+    const QoCommand qo;
+    qo.addTrack("Kino/01.mp3", {"artist=Kino", "title=Zvezda"});
+    const auto known = [&qo] { return qo.run({"ls", "--on", "nas", "--json"}).json().size(); };
+    qo.expect({"plugin", "login", "NAS", "--folder", qo.music()}, 0, "logged in");
+    qo.expect({"plugin", "scan", "NAS"}, 0, "1 file of NAS: 1 new");
+    std::filesystem::rename(qo.music("Kino"), qo.dir.path("away"));
+    qo.expect({"plugin", "scan", "nas"}, 3, "NAS is empty, but the collection has files of it");
+    EXPECT_EQ(known(), 1U);
+    std::filesystem::rename(qo.dir.path("away"), qo.music("Tsoi"));
+    qo.expect({"plugin", "scan", "NAS"}, 0, "1 file of NAS: 1 new, 0 changed, 1 gone");
+    qo.dir.makeFolder("other");
+    qo.expect({"plugin", "login", "NAS", "--folder", qo.dir.path("other")}, 0, "logged in");
+    qo.expect({"ls", "--on", "NAS"}, 4, "not known yet");
+}
