@@ -124,6 +124,7 @@ std::shared_ptr<const Offer> Offers::find(std::string_view shareId) const
 void Offers::replace(std::vector<std::shared_ptr<Offer>> offers)
 {
     std::vector<std::string> ids;
+    ids.reserve(offers.size());
     for (const auto& offer : offers)
         ids.push_back(offer->shareId());
     keepOnly(ids);

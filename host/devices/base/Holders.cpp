@@ -47,7 +47,7 @@ std::vector<std::string> holdersOf(const std::function<bool(const std::string& p
         std::string name;
         std::ifstream comm(at->path() / "comm");
         std::getline(comm, name);
-        found.push_back(name + " (" + id + ")");
+        found.push_back(name.append(" (").append(id).append(")"));
     }
     std::ranges::sort(found);
     return found;

@@ -206,7 +206,8 @@ SubsonicAnswer SubsonicClient::send(const char* method,
             known.sendsPassword ? "&p=enc:" + hex : "&t=" + token + "&s=" + salt;
         request.address.query += "&v=1.13.0&c=qo&f=json";
         for (const auto& [name, value] : parameters)
-            request.address.query += std::string("&") + name + "=" + percentEncoded(value, "-._~");
+            request.address.query.append("&").append(name).append("=").append(
+                percentEncoded(value, "-._~"));
         SubsonicAnswer answer = sendOnce(request, {salt, token, hex, known.password}, http);
         if (!knowsNoTokens(answer.reply) || known.sendsPassword || known.user.empty() ||
             !beginPassword())
