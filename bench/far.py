@@ -94,13 +94,19 @@ class Far:
     def webdav(self):
         served = self.path("served")
         self.bench.run([self.bench.tool("tools", "library", "make_library"), served, "--files", "1000", "--seed", "7"])
+        # The server looks at its folder once, so what it is to give is there before it starts.
+        with open(self.path("one.bin"), "wb") as file:
+            for _ in range(GIGABYTE >> 20):
+                file.write(os.urandom(1 << 20))
+        for name in ("one.bin", "two.bin"):
+            shutil.copyfile(self.path("one.bin"), os.path.join(served, name))
         port = free_port()
         with subprocess.Popen(["rclone", "serve", "webdav", served, "--addr", f"127.0.0.1:{port}", "--user", USER[0],
                                "--pass", USER[1]], stderr=subprocess.DEVNULL) as server:
             try:
                 wait_for(port)
                 self.scans(port, served)
-                self.transfers(port, served)
+                self.transfers(port)
             finally:
                 server.terminate()
 
@@ -121,13 +127,10 @@ class Far:
             bench.note("WebDAV rescan", self.run(data, "plugin", "scan", "NAS")[0])
             bench.times.setdefault("requests of a rescan for a folder", []).append(counter.requests / folders)
 
-    def transfers(self, port, served):
+    def transfers(self, port):
         bench = self.bench
         data = "data-copies"
         local = self.path("one.bin")
-        with open(local, "wb") as file:
-            for _ in range(GIGABYTE >> 20):
-                file.write(os.urandom(1 << 20))
         small = self.path("small.bin")
         with open(small, "wb") as file:
             file.write(b"x")
@@ -136,8 +139,6 @@ class Far:
         login = ("plugin", "login", "NAS", "--webdav", f"http://127.0.0.1:{port}/", "--user", USER[0])
         self.run(data, *login, typed=USER[1] + "\n")
         os.makedirs(self.path("to"))
-        for name in ("one.bin", "two.bin"):
-            shutil.copyfile(local, os.path.join(served, name))
 
         def rclone(name, source, target):
             start = time.perf_counter()
@@ -153,8 +154,6 @@ class Far:
             seconds, other = self.run(data, "plugin", "put", local, "--to", "NAS/far", "--replace")
             bench.note("upload of 1 GiB", seconds)
             bench.times.setdefault("MiB more for 1 GiB", []).append((max(most, other) - least) / 1024)
-        for name in ("one.bin", "two.bin"):
-            os.unlink(os.path.join(served, name))
 
     def friend(self):
         """The whole collection as a friend's list, from one process to another."""
