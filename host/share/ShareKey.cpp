@@ -1,5 +1,6 @@
 #include "share/ShareKey.h"
 
+#include "core/base/HexText.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 
@@ -85,10 +86,7 @@ std::string digestOf(const std::string& pem)
     unsigned char digest[SHA256_DIGEST_LENGTH] = {};
     SHA256(bytes, static_cast<std::size_t>(size), digest);
     OPENSSL_free(bytes);
-    CString text;
-    for (const unsigned char byte : digest)
-        text.AppendFormat(u"%02x", static_cast<unsigned>(byte));
-    return toUtf8(text);
+    return hexText({reinterpret_cast<const char*>(digest), sizeof(digest)});
 }
 } // namespace
 

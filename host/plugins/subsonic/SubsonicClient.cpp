@@ -1,5 +1,7 @@
 #include "plugins/subsonic/SubsonicClient.h"
 
+#include "core/base/HexText.h"
+
 #include <openssl/evp.h>
 
 #include <algorithm>
@@ -20,18 +22,6 @@ enum SubsonicError
     accountExpired = 60,
     notThere = 70
 };
-
-std::string hexText(std::string_view bytes)
-{
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (const char c : bytes)
-    {
-        const auto byte = static_cast<unsigned char>(c);
-        text += {digits[byte >> 4], digits[byte & 15]};
-    }
-    return text;
-}
 
 std::string md5Text(const std::string& text)
 {
