@@ -1,6 +1,7 @@
 #include "cli/KernelCommand.h"
 #include "cli/files/FileRecord.h"
 #include "cli/places/DevicePlace.h"
+#include "cli/places/FarReport.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "core/base/SystemPath.h"
@@ -229,11 +230,10 @@ ExitCode forget(CommandLine& line, const DeviceOptions& options)
                 host::dropFar(device.collection());
                 device.manager().removeDevice(device.info->m_id);
             }
-            if (line.json)
-                line.out.line(host::dump({{"name", device.name}}));
-            else
-                line.note((line.dryRun ? "would have forgotten " : "forgotten: ") + device.name +
-                          "; its files stay where they are");
+            tellOf(line,
+                   device.name,
+                   (line.dryRun ? "would have forgotten " : "forgotten: ") + device.name +
+                       "; its files stay where they are");
         });
     session->saveSettings();
     return ExitCode::done;

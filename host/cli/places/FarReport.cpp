@@ -4,6 +4,14 @@
 
 namespace qo::cli
 {
+void tellOf(CommandLine& line, const std::string& name, const std::string& sentence)
+{
+    if (line.json)
+        line.out.line(host::dump({{"name", name}}));
+    else
+        line.note(sentence);
+}
+
 void FarReport::add(const FarDeed& deed)
 {
     ++(deed.cause.empty() ? m_succeeded : m_failed);

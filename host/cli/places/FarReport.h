@@ -17,6 +17,9 @@ struct FarDeed
     std::string cause = {}; ///< "" when all went well
 };
 
+/// Says what became of something with a name, such as a service: the sentence, or its name in JSON.
+void tellOf(CommandLine& line, const std::string& name, const std::string& sentence);
+
 /// Says what became of each file and keeps count.
 class FarReport
 {

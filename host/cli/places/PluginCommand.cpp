@@ -1,4 +1,5 @@
 #include "cli/KernelCommand.h"
+#include "cli/places/FarReport.h"
 #include "cli/places/FarScanCommand.h"
 #include "cli/places/PasswordInput.h"
 #include "cli/places/PluginPlace.h"
@@ -232,11 +233,10 @@ ExitCode logOut(CommandLine& line, const PluginOptions& options)
                 host::dropPluginCollections(name);
                 host::removePlugin(*session, name);
             }
-            if (line.json)
-                line.out.line(host::dump({{"name", toUtf8(name)}}));
-            else
-                line.note((line.dryRun ? "would have forgotten " : "forgotten: ") + toUtf8(name) +
-                          "; its files stay where they are");
+            tellOf(line,
+                   toUtf8(name),
+                   (line.dryRun ? "would have forgotten " : "forgotten: ") + toUtf8(name) +
+                       "; its files stay where they are");
         });
     session->saveSettings();
     return ExitCode::done;
@@ -284,15 +284,14 @@ ExitCode setFolders(CommandLine& line, const PluginOptions& options)
                          id, chosenFolder(*place, *options.movies, progress));
                  if (!CQoPluginManager::savePluginSettings(id))
                      failPlugin("the settings of " + options.name + " cannot be saved");
-                 if (line.json)
-                     line.out.line(host::dump({{"name", toUtf8(id)}}));
-                 else
-                     line.note((line.dryRun ? "would have set the folders of " : "set: ") +
-                               toUtf8(id));
+                 tellOf(line,
+                        toUtf8(id),
+                        (line.dryRun ? "would have set the folders of " : "set: ") + toUtf8(id));
              });
     session->saveSettings();
     return ExitCode::done;
 }
+
 std::unique_ptr<FarPlace> openPlugin(Session&, const std::string& typed, std::string* folder)
 {
     const std::size_t slash = folder ? std::min(typed.find('/'), typed.size()) : typed.size();

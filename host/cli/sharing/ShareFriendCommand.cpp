@@ -1,4 +1,5 @@
 #include "cli/KernelCommand.h"
+#include "cli/places/FarReport.h"
 #include "cli/places/FarScanCommand.h"
 #include "cli/sharing/ShareCommand.h"
 #include "cli/sharing/SharePlace.h"
@@ -55,11 +56,10 @@ ExitCode forget(CommandLine& line, const FriendOptions& options)
                 shares.remove(found);
             return found;
         });
-    if (line.json)
-        line.out.line(host::dump({{"name", toUtf8(share.peer)}}));
-    else
-        line.note((line.dryRun ? "would forget the share of " : "forgot the share of ") +
-                  oneLine(share.peer) + "; what was fetched stays");
+    tellOf(line,
+           toUtf8(share.peer),
+           (line.dryRun ? "would forget the share of " : "forgot the share of ") +
+               oneLine(share.peer) + "; what was fetched stays");
     return ExitCode::done;
 }
 

@@ -1,5 +1,6 @@
 #include "cli/KernelCommand.h"
 #include "cli/files/FileChoice.h"
+#include "cli/places/FarReport.h"
 #include "cli/sharing/ShareCommand.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
@@ -112,12 +113,11 @@ ExitCode revoke(CommandLine& line, const std::string& name)
                 shares.remove(found);
             return found;
         });
-    if (line.json)
-        line.out.line(host::dump({{"name", toUtf8(share.peer)}}));
-    else
-        line.note((line.dryRun ? "nothing would be offered any more to "
-                               : "nothing is offered any more to ") +
-                  oneLine(share.peer));
+    tellOf(line,
+           toUtf8(share.peer),
+           (line.dryRun ? "nothing would be offered any more to "
+                        : "nothing is offered any more to ") +
+               oneLine(share.peer));
     return ExitCode::done;
 }
 } // namespace
