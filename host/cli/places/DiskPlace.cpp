@@ -1,4 +1,5 @@
 #include "cli/places/DevicePlace.h"
+#include "cli/places/TransferProgress.h"
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
 
@@ -76,7 +77,7 @@ public:
                 const CQoCollPath below = path.child(entry.name);
                 if (isFolder ? items == Items::folders
                              : items == Items::files && entry.info.kind == FileKind::regular)
-                    add(below, entry.info.size, records);
+                    addRecord(below, entry.info.size, records);
                 if (isFolder && left > 1)
                     waiting.emplace_back(below, left - 1);
             }
@@ -134,13 +135,6 @@ public:
 
 private:
     static bool isFolder(const NameInfo& info) { return info.kind == NameInfo::Kind::directory; }
-    static void add(const CQoCollPath& path, std::int64_t size, QoFileDbItemArray& records)
-    {
-        const QoFileDbItemPtr record(new QoFileDbItem());
-        record->path = path.toString();
-        record->size = size;
-        records.Add(record);
-    }
 
     bool isThere() const { return theQoUSBManager.isConnected(root()); }
     CString real(const CQoCollPath& path) const
@@ -181,8 +175,7 @@ private:
             if (now - last >= interval && fileSystem().look(growing, info) == 0)
             {
                 last = now;
-                const auto size = static_cast<std::uint64_t>(info.size);
-                progress.setDoneSize(static_cast<std::uint32_t>(size), size >> 32U);
+                showDone(progress, static_cast<std::uint64_t>(info.size));
             }
             return progress.isCanceled();
         };

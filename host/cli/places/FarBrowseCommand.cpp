@@ -110,7 +110,7 @@ ExitCode removeFar(CommandLine& line, const PlaceKind& kind, const BrowseOptions
                  for (const std::string& typed : options.paths)
                  {
                      paths.push_back(place->path(typed));
-                     if (paths.back().isEmpty())
+                     if (paths.back() == place->root())
                          throw HostError(ExitCode::usage,
                                          std::string("the root of a ") + kind.noun +
                                              " cannot be removed");

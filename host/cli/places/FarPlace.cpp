@@ -2,6 +2,10 @@
 
 #include "core/base/HostFiles.h"
 
+#include <QoKernel/Collection.h>
+
+#include <boost/make_shared.hpp>
+
 #include <algorithm>
 
 namespace qo::cli
@@ -60,6 +64,24 @@ void FarPlace::fail(const std::string& what)
 {
     const std::string cause = takeCause();
     throw HostError(ExitCode::failed, what + ": " + (cause.empty() ? "no cause was given" : cause));
+}
+
+bool FarPlace::room(std::int64_t&)
+{
+    return false;
+}
+
+std::string FarPlace::send(const CString&, std::int64_t, CQoCollPath&, bool, IQoProgress&)
+{
+    return m_name + " takes no files";
+}
+
+void FarPlace::addRecord(const CQoCollPath& path, std::int64_t size, QoFileDbItemArray& records)
+{
+    const auto record = boost::make_shared<QoFileDbItem>();
+    record->path = path.toString();
+    record->size = size;
+    records.Add(record);
 }
 
 std::string FarPlace::remove(const CQoCollPath&, IQoProgress&)

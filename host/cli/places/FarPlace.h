@@ -76,9 +76,9 @@ public:
     /// Throws HostError with what, and that cause.
     [[noreturn]] void fail(const std::string& what);
 
-    virtual bool takesFiles() = 0;
+    virtual bool takesFiles() { return false; }
     /// How many bytes it can still take; false when it does not say without being asked for long.
-    virtual bool room(std::int64_t& bytes) = 0;
+    virtual bool room(std::int64_t& bytes);
 
     // These give the cause of a failure, or "".
 
@@ -93,9 +93,13 @@ public:
                              std::int64_t size,
                              CQoCollPath& path,
                              bool replaces,
-                             IQoProgress& progress) = 0;
+                             IQoProgress& progress);
     /// With all that is in it, where the place lets files be removed by the command.
     virtual std::string remove(const CQoCollPath& path, IQoProgress& progress);
+
+protected:
+    /// Appends what list() says of an entry.
+    static void addRecord(const CQoCollPath& path, std::int64_t size, QoFileDbItemArray& records);
 
 private:
     const std::string m_name;

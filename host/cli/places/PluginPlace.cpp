@@ -50,7 +50,6 @@ public:
     std::string takeCause() override { return host::plainWords(host::takePluginFailure()); }
 
     bool takesFiles() override { return CQoPluginManager::canUploadToPlugin(m_id); }
-    bool room(std::int64_t&) override { return false; }
 
     std::string fetch(const CQoCollPath& path,
                       std::int64_t,

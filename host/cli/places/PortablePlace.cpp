@@ -1,4 +1,5 @@
 #include "cli/places/DevicePlace.h"
+#include "cli/places/TransferProgress.h"
 #include "core/base/HostFiles.h"
 
 #include <QoKernel/Collection.h>
@@ -7,27 +8,6 @@ namespace qo::cli
 {
 namespace
 {
-/// The bytes of one file, out of the positions that the kernel reports of it.
-class ByteProgress final : public CDummyProgress
-{
-public:
-    /// Positions are bytes, or hundredths of that many.
-    ByteProgress(IQoProgress& shown, std::int64_t hundred) : m_shown(shown), m_hundred(hundred) {}
-
-    void setPosition(std::uintptr_t position) override
-    {
-        constexpr std::uint64_t hundred = 100;
-        const std::uint64_t done =
-            m_hundred > 0 ? position * static_cast<std::uint64_t>(m_hundred) / hundred : position;
-        m_shown.setDoneSize(static_cast<std::uint32_t>(done), done >> 32U);
-    }
-    bool isCanceled() override { return m_shown.isCanceled(); }
-
-private:
-    IQoProgress& m_shown;
-    const std::int64_t m_hundred;
-};
-
 /// A phone or a player.
 class PortablePlace final : public FarPlace
 {
@@ -77,7 +57,7 @@ public:
                       const CString& local,
                       IQoProgress& progress) override
     {
-        ByteProgress bytes(progress, 0);
+        ByteProgress bytes(progress);
         return CQoWPDManager::getFile(path.toString(), local, size, &bytes, true) ? "" : failed();
     }
     /// A device can have several files of one name, so the one that is replaced goes first.

@@ -6,8 +6,6 @@
 
 #include <QoKernel/Collection.h>
 
-#include <boost/make_shared.hpp>
-
 namespace qo::cli
 {
 namespace
@@ -87,14 +85,6 @@ CQoCollPath pathIn(const CQoCollPath& folder, const IGenericResult& result)
         return trackPath(folder, result.GetTitle(), result.GetExtension());
     return folderIn(folder, folder.isEmpty() ? result.GetArtist() : result.GetAlbum());
 }
-
-QoFileDbItemPtr recordOf(const CQoCollPath& path, std::int64_t size)
-{
-    const auto record = boost::make_shared<QoFileDbItem>();
-    record->path = path.toString();
-    record->size = size;
-    return record;
-}
 } // namespace
 
 TrackPlace::TrackPlace(const CString& id) : FarPlace(toUtf8(id), CQoPluginManager::createPath(id))
@@ -124,11 +114,6 @@ CString TrackPlace::componentOf(const std::string& name) const
 std::string TrackPlace::nameOf(const CString& component) const
 {
     return shownName(toUtf8(farNameOf(component)));
-}
-
-CString TrackPlace::localNameOf(const CString& component) const
-{
-    return safeLocalName(farNameOf(component));
 }
 
 bool TrackPlace::find(const CQoCollPath& path, IQoProgress& progress, FarEntry& entry)
@@ -172,7 +157,7 @@ bool TrackPlace::list(const CQoCollPath& folder,
         const bool isTrack = path.getCount() == trackLevel;
         m_results[path.toString()] = each;
         if (isTrack == (items == Items::files))
-            records.Add(recordOf(path, isTrack ? each->GetSize() : 0));
+            addRecord(path, isTrack ? each->GetSize() : 0, records);
         if (!isTrack && depth > 1)
             isComplete = list(path, items, depth - 1, progress, records) && isComplete;
     }
@@ -195,15 +180,5 @@ std::string TrackPlace::fetch(const CQoCollPath& path,
     // As the service has it: its own tags say more than the names in the path.
     const auto item = CQoPluginManager::getDownloadItem(path, local, m_results[path.toString()]);
     return item && CQoPluginManager::runDownload(*item, &progress) ? "" : pluginCause();
-}
-
-std::string TrackPlace::send(const CString&, std::int64_t, CQoCollPath&, bool, IQoProgress&)
-{
-    return "it takes no files";
-}
-
-std::string TrackPlace::remove(const CQoCollPath&, IQoProgress&)
-{
-    return "it lets nothing be removed";
 }
 } // namespace qo::cli

@@ -18,7 +18,6 @@ public:
 
     CString componentOf(const std::string& name) const override;
     std::string nameOf(const CString& component) const override;
-    CString localNameOf(const CString& component) const override;
     bool find(const CQoCollPath& path, IQoProgress& progress, FarEntry& entry) override;
     bool list(const CQoCollPath& folder,
               Items items,
@@ -26,18 +25,10 @@ public:
               IQoProgress& progress,
               QoFileDbItemArray& records) override;
     std::string takeCause() override;
-    bool takesFiles() override { return false; }
-    bool room(std::int64_t&) override { return false; }
     std::string fetch(const CQoCollPath& path,
                       std::int64_t size,
                       const CString& local,
                       IQoProgress& progress) override;
-    std::string send(const CString& local,
-                     std::int64_t size,
-                     CQoCollPath& path,
-                     bool replaces,
-                     IQoProgress& progress) override;
-    std::string remove(const CQoCollPath& path, IQoProgress& progress) override;
 
 private:
     PluginOperationPtr request(const CQoCollPath& folder, const PluginResultPtr& above) const;

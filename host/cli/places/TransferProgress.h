@@ -6,6 +6,35 @@
 
 namespace qo::cli
 {
+/// The kernel takes a number of bytes as two words.
+inline void showDone(IQoProgress& progress, std::uint64_t bytes)
+{
+    constexpr int wordBits = 32;
+    progress.setDoneSize(static_cast<std::uint32_t>(bytes), bytes >> wordBits);
+}
+
+/// The bytes of one file, out of the positions that are reported of it.
+class ByteProgress : public CDummyProgress
+{
+public:
+    /// Positions are bytes; with a size they are hundredths of that.
+    explicit ByteProgress(IQoProgress& shown, std::int64_t size = 0)
+        : m_shown(shown), m_size(static_cast<std::uint64_t>(size > 0 ? size : 0))
+    {
+    }
+
+    void setPosition(std::uintptr_t position) override
+    {
+        constexpr std::uint64_t hundred = 100;
+        showDone(m_shown, m_size > 0 ? position * m_size / hundred : position);
+    }
+    bool isCanceled() override { return m_shown.isCanceled(); }
+
+private:
+    IQoProgress& m_shown;
+    const std::uint64_t m_size;
+};
+
 /// Several files, one after the other, as one progress in bytes.
 class TransferProgress final : public CDummyProgress
 {

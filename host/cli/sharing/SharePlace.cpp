@@ -1,5 +1,6 @@
 #include "cli/sharing/SharePlace.h"
 
+#include "cli/places/TransferProgress.h"
 #include "core/base/HostFiles.h"
 #include "core/session/Session.h"
 #include "plugins/base/PluginFailure.h"
@@ -8,35 +9,30 @@
 #include <QoKernel/Physical.h>
 #include <QoKernel/Sharing.h>
 
-#include <boost/make_shared.hpp>
-
 #include <algorithm>
 
 namespace qo::cli
 {
 namespace
 {
-/// A transport reports bytes, and the kernel's own transfers a share of the whole, by one call.
 /// Ends a transfer that brings more than the friend's list says: it may never come to an end.
-class BytesAsDone final : public CDummyProgress
+class ListedBytes final : public ByteProgress
 {
 public:
-    BytesAsDone(IQoProgress& progress, std::int64_t size)
-        : m_progress(progress), m_size(std::max<std::int64_t>(size, 0))
+    ListedBytes(IQoProgress& progress, std::int64_t size)
+        : ByteProgress(progress), m_size(std::max<std::int64_t>(size, 0))
     {
     }
     void setPosition(std::uintptr_t done) override
     {
         isTooLong = static_cast<std::int64_t>(done) > m_size;
-        constexpr int wordBits = 32;
-        m_progress.setDoneSize(done & UINT32_MAX, done >> wordBits);
+        ByteProgress::setPosition(done);
     }
-    bool isCanceled() override { return isTooLong || m_progress.isCanceled(); }
+    bool isCanceled() override { return isTooLong || ByteProgress::isCanceled(); }
 
     bool isTooLong = false;
 
 private:
-    IQoProgress& m_progress;
     const std::int64_t m_size; ///< bytes, as the list says
 };
 
@@ -89,14 +85,12 @@ public:
     }
     std::string takeCause() override { return host::plainWords(host::takePluginFailure()); }
 
-    bool takesFiles() override { return false; }
-    bool room(std::int64_t&) override { return false; }
     std::string fetch(const CQoCollPath& path,
                       std::int64_t size,
                       const CString& local,
                       IQoProgress& progress) override
     {
-        BytesAsDone bytes(progress, size);
+        ListedBytes bytes(progress, size);
         const bool isThere =
             CQoShareManager::getFile(path.toString(), local, 0, &bytes, false, false);
         if (isThere && !bytes.isTooLong)
@@ -107,14 +101,6 @@ public:
             return "more bytes come than the friend's list says; a new scan shows what it is now";
         const std::string cause = takeCause();
         return cause.empty() ? "it cannot be fetched" : cause;
-    }
-    std::string send(const CString&, std::int64_t, CQoCollPath&, bool, IQoProgress&) override
-    {
-        return "a share takes no files";
-    }
-    std::string remove(const CQoCollPath&, IQoProgress&) override
-    {
-        return "the files of a share are a friend's";
     }
 
 private:
@@ -134,9 +120,7 @@ private:
                                  last.Left(text.GetLength() + 1).CompareNoCase(text + u"\\") == 0;
             if (isKnown)
                 continue;
-            const auto record = boost::make_shared<QoFileDbItem>();
-            record->path = text;
-            records.Add(record);
+            addRecord(path, 0, records);
             last = text;
         }
     }
