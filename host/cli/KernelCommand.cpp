@@ -104,6 +104,14 @@ loadCollection(const CommandLine& line, Session& session, const host::LoadOption
                    });
 }
 
+void readyDatabase(Session& session)
+{
+    if (session.hasLock())
+        session.prepareDatabase(Session::databasePath());
+    else
+        (void)session.checkDatabase();
+}
+
 std::unique_ptr<host::ScratchDatabase> trialOf(const CommandLine& line, Session& session)
 {
     if (!line.dryRun)

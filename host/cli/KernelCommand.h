@@ -66,6 +66,9 @@ auto runShown(const CommandLine& line, host::Session& session, Function function
 /// Checks the database and loads the collection, with progress and a way to interrupt.
 host::LoadReport
 loadCollection(const CommandLine& line, host::Session& session, const host::LoadOptions& options);
+/// Makes the database ready for a session that may change it, and looks at it for one that may not.
+/// On the kernel's thread; throws HostError.
+void readyDatabase(host::Session& session);
 /// A copy of the database, which a dry run may write to; null for a real run.
 std::unique_ptr<host::ScratchDatabase> trialOf(const CommandLine& line, host::Session& session);
 /// Lets a command that lists what loadForReading() loads list the files of another place instead.

@@ -18,20 +18,26 @@ struct Transfer
     std::int64_t size;
 };
 
+/// What a command fetches with, and where to.
+struct FetchWork
+{
+    CommandLine& line;
+    host::Session& session;
+    const CString folder;
+    const bool replaces;
+    FarReport& report;
+    host::ProgressReporter& progress;
+};
+
 /// Opens the kernel to fetch into a folder as it was typed, and runs the function on the kernel's
 /// thread.
-using FetchRun = std::function<void(
-    host::Session& session, const CString& folder, FarReport& report, host::ProgressReporter&)>;
-ExitCode fetchInto(CommandLine& line, const std::string& typed, const FetchRun& run);
+ExitCode fetchInto(CommandLine& line,
+                   const std::string& typed,
+                   bool replaces,
+                   const std::function<void(const FetchWork& work)>& run);
 
 /// Fetches files into a folder or below it, each under a passing name until all of it is there. A
 /// file that is there already stays unless it is replaced, and of two with one name one alone is
 /// fetched. Throws HostError where there is no room for all, and when the user interrupts.
-void fetchTransfers(CommandLine& line,
-                    FarPlace& place,
-                    const std::vector<Transfer>& fetches,
-                    const CString& folder,
-                    bool replaces,
-                    FarReport& report,
-                    host::ProgressReporter& progress);
+void fetchTransfers(const FetchWork& work, FarPlace& place, const std::vector<Transfer>& fetches);
 } // namespace qo::cli

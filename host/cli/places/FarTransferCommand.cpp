@@ -146,20 +146,15 @@ void needRoom(const std::string& where, std::int64_t bytes, std::int64_t room)
 
 ExitCode fetchAll(CommandLine& line, const PlaceKind& kind, const TransferOptions& options)
 {
-    return fetchInto(line,
-                     options.to,
-                     [&](host::Session& session,
-                         const CString& folder,
-                         FarReport& report,
-                         ProgressReporter& progress)
-                     {
-                         const auto place = kind.open(session, options.name, nullptr);
-                         std::vector<Transfer> fetches;
-                         for (const std::string& path : options.paths)
-                             addFetches(*place, place->path(path), folder, progress, fetches);
-                         fetchTransfers(
-                             line, *place, fetches, folder, options.replaces, report, progress);
-                     });
+    const auto run = [&](const FetchWork& work)
+    {
+        const auto place = kind.open(work.session, options.name, nullptr);
+        std::vector<Transfer> fetches;
+        for (const std::string& path : options.paths)
+            addFetches(*place, place->path(path), work.folder, work.progress, fetches);
+        fetchTransfers(work, *place, fetches);
+    };
+    return fetchInto(line, options.to, options.replaces, run);
 }
 
 /// The typed files as they will be called in the folder. Throws HostError for what is no file.
@@ -242,7 +237,10 @@ ExitCode sendAll(CommandLine& line, const PlaceKind& kind, const TransferOptions
 }
 } // namespace
 
-ExitCode fetchInto(CommandLine& line, const std::string& typed, const FetchRun& run)
+ExitCode fetchInto(CommandLine& line,
+                   const std::string& typed,
+                   bool replaces,
+                   const std::function<void(const FetchWork& work)>& run)
 {
     const CString folder = fromSystemPath(host::existingFolder(typed));
     needWritable(folder);
@@ -250,30 +248,27 @@ ExitCode fetchInto(CommandLine& line, const std::string& typed, const FetchRun& 
     FarReport report(line, "fetched", "would be fetched");
     runShown(line,
              *session,
-             [&](ProgressReporter& progress) { run(*session, folder, report, progress); });
+             [&](ProgressReporter& progress) {
+                 run({line, *session, folder, replaces, report, progress});
+             });
     return report.exitCode();
 }
 
-void fetchTransfers(CommandLine& line,
-                    FarPlace& place,
-                    const std::vector<Transfer>& fetches,
-                    const CString& folder,
-                    bool replaces,
-                    FarReport& report,
-                    ProgressReporter& progress)
+void fetchTransfers(const FetchWork& work, FarPlace& place, const std::vector<Transfer>& fetches)
 {
     std::uint64_t room = 0;
-    if (fileSystem().room(folder, room) == 0)
-        needRoom(host::shownPath(folder), sizeOfAll(fetches), static_cast<std::int64_t>(room));
+    if (fileSystem().room(work.folder, room) == 0)
+        needRoom(host::shownPath(work.folder), sizeOfAll(fetches), static_cast<std::int64_t>(room));
     std::set<CString> taken;
     const auto fetch = [&](const Transfer& each, IQoProgress& shown)
     {
-        std::string cause = obstacle(each, replaces);
+        std::string cause = obstacle(each, work.replaces);
         if (cause.empty() && !taken.insert(each.local).second)
             cause = "another file of this call is called " + host::shownPath(each.local);
-        return line.dryRun || !cause.empty() ? cause : fetchFile(place, each, replaces, shown);
+        return work.line.dryRun || !cause.empty() ? cause
+                                                  : fetchFile(place, each, work.replaces, shown);
     };
-    runTransfers(line, place, fetches, report, progress, fetch);
+    runTransfers(work.line, place, fetches, work.report, work.progress, fetch);
 }
 
 void addFarTransfers(CommandLine& line, CLI::App& command, const PlaceKind& kind)

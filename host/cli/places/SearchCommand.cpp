@@ -116,15 +116,6 @@ CString searchedPlugin(const std::string& typed)
     return able.front();
 }
 
-/// Database work of a command that changes what is kept, or looks.
-void prepareKept(host::Session& session)
-{
-    if (session.hasLock())
-        session.prepareDatabase(host::Session::databasePath());
-    else
-        (void)session.checkDatabase();
-}
-
 ExitCode search(CommandLine& line, const SearchOptions& options)
 {
     const auto session = openKernel(line, KernelUse::change);
@@ -145,7 +136,7 @@ ExitCode search(CommandLine& line, const SearchOptions& options)
             found = tracks.GetSize();
             if (found > options.limit)
                 tracks.SetSize(options.limit);
-            prepareKept(*session);
+            readyDatabase(*session);
             if (line.dryRun)
             {
                 for (const auto& track : tracks)
@@ -171,7 +162,7 @@ ExitCode listKept(CommandLine& line, const SearchOptions& options)
     session->kernel().run(
         [&]
         {
-            prepareKept(*session);
+            readyDatabase(*session);
             const SearchResults results;
             for (const SearchResultPtr& result : results.all())
                 listing.add(*result);
@@ -213,23 +204,13 @@ std::map<CString, FoundFetches> foundFetches(const std::vector<int>& numbers, co
 
 ExitCode fetchFound(CommandLine& line, const SearchOptions& options)
 {
-    return fetchInto(line,
-                     options.to,
-                     [&](host::Session& session,
-                         const CString& folder,
-                         FarReport& report,
-                         ProgressReporter& progress)
-                     {
-                         prepareKept(session);
-                         for (auto& [plugin, fetches] : foundFetches(options.numbers, folder))
-                             fetchTransfers(line,
-                                            *fetches.place,
-                                            fetches.transfers,
-                                            folder,
-                                            options.replaces,
-                                            report,
-                                            progress);
-                     });
+    const auto run = [&](const FetchWork& work)
+    {
+        readyDatabase(work.session);
+        for (auto& [plugin, fetches] : foundFetches(options.numbers, work.folder))
+            fetchTransfers(work, *fetches.place, fetches.transfers);
+    };
+    return fetchInto(line, options.to, options.replaces, run);
 }
 
 ExitCode clearKept(CommandLine& line, const SearchOptions&)
@@ -238,7 +219,7 @@ ExitCode clearKept(CommandLine& line, const SearchOptions&)
     const std::int64_t count = session->kernel().run(
         [&]
         {
-            prepareKept(*session);
+            readyDatabase(*session);
             SearchResults results;
             const std::vector<SearchResultPtr> unused = results.unused();
             if (!line.dryRun)

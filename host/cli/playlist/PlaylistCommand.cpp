@@ -177,11 +177,8 @@ ExitCode runDeed(CommandLine& line, const PlaylistDeed& deed, const PlaylistOpti
     return session->kernel().run(
         [&]
         {
-            const CString database = Session::databasePath();
-            if (deed.collection == CollectionUse::database && session->hasLock())
-                session->prepareDatabase(database);
-            else if (deed.collection == CollectionUse::database)
-                (void)session->checkDatabase();
+            if (deed.collection == CollectionUse::database)
+                readyDatabase(*session);
             Playlists playlists;
             return deed.run(line, playlists, options);
         });
