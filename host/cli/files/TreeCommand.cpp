@@ -3,6 +3,7 @@
 #include "cli/files/FileRecord.h"
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
+#include "core/query/CollectionPath.h"
 
 #include <QoKernel/Physical.h>
 
@@ -125,11 +126,9 @@ std::vector<Dir> findTops(const std::string& typed)
             tops.push_back(shownTop(root));
         return tops;
     }
-    for (const CString& form : spellings(typed))
-    {
-        if (const Dir dir = collection.getDir(form))
-            return {dir};
-    }
+    const auto path = host::pathInCollection(typed);
+    if (const Dir dir = path ? collection.getDir(*path) : Dir())
+        return {dir};
     throw HostError(ExitCode::notFound, typed + " is no folder of the collection");
 }
 

@@ -107,11 +107,7 @@ bool isDiskFull(const CString& path)
     return fileSystem().room(folder, bytes) == 0 && bytes == 0;
 }
 
-namespace
-{
-/// What stands for the root of a path that is none of this machine's: the name of a device, service
-/// or friend; the whole path where a device has it under the present drive letter.
-std::string shownPlace(const CQoCollPath& path)
+std::string placeNameOf(const CQoCollPath& path)
 {
     const CString& id = path.getDevice();
     if (path.isPhysicalPlugin() || path.isLogicalPlugin())
@@ -120,33 +116,37 @@ std::string shownPlace(const CQoCollPath& path)
         return toUtf8(CQoShareManager::getDeviceName(path));
     if (!path.isUSB() && !path.isWPD())
         return {};
-    if (std::string real = toSystemPath(theQoUSBManager.getRealPath(path)); !real.empty())
-        return real;
     const auto& manager =
         path.isUSB() ? static_cast<const CQoUSBManagerBase&>(theQoUSBManager) : theQoWPDManager;
     UsbDeviceInfoPtr device;
     return toUtf8(manager.getDevice(id, device) ? device->m_name : id);
 }
-} // namespace
 
 std::string shownPath(const CString& path)
 {
     if (std::string system = toSystemPath(path); !system.empty())
         return system;
     const CQoCollPath parsed(path);
-    const std::string place = shownPlace(parsed);
-    if (place.empty())
+    // A disk has its files under its present drive letter.
+    if (parsed.isUSB())
+    {
+        if (std::string real = toSystemPath(theQoUSBManager.getRealPath(parsed)); !real.empty())
+            return real;
+    }
+    std::string shown = placeNameOf(parsed);
+    if (shown.empty())
         return toUtf8(path);
-    if (place.starts_with('/'))
-        return place;
-    std::string shown = place;
     CStringArray names = parsed.getComponents();
     // A friend's paths look as they do there.
     if (parsed.isShare() && !names.IsEmpty() && names[0] == u"C:")
         names.RemoveAt(0);
-    // The bytes of names come back as those of a path of the system do.
+    // The bytes of names come back as those of a path of the system do. On a service or device a
+    // name may hold a slash, which no path of the system can have.
     for (const CString& name : names)
-        shown += toSystemPath(u"C:\\" + name);
+    {
+        const std::string system = toSystemPath(u"C:\\" + name);
+        shown += system.empty() ? "/" + toUtf8(name) : system;
+    }
     return shown;
 }
 

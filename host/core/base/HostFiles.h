@@ -29,6 +29,8 @@ bool isDiskFull(const CString& path);
 /// The path as a user sees it: that of the system, for a file of a device that is away its name and
 /// the path on it, and the collection form for what has neither.
 std::string shownPath(const CString& path);
+/// The name of the device, service or friend that a path lies on; "" for a path of this machine.
+std::string placeNameOf(const CQoCollPath& path);
 
 /// The path, for whatever is kept across processes. Throws HostError for one by a letter that a
 /// disk has in this process alone: the next one may give that letter to another disk.

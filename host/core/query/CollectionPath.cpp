@@ -11,6 +11,7 @@
 
 #include <fnmatch.h>
 
+#include <algorithm>
 #include <sstream>
 #include <string_view>
 
@@ -41,20 +42,100 @@ bool looksLikePattern(const std::string& typed)
            !hasTextOfQuery(typed);
 }
 
-/// The current folder stands for itself in a pattern, whatever signs its name has: in "/m/[live]"
-/// the pattern "*.mp3" is "/m/\[live]/*.mp3", which "/m/l/1.mp3" does not fit.
-std::string absolutePattern(const std::string& typed)
+/// Text that a pattern takes as it is, whatever signs it has.
+std::string literal(const std::string& text)
 {
-    if (typed.starts_with('/'))
-        return absolutePath(typed);
     std::string pattern;
-    for (const char c : absolutePath("."))
+    for (const char c : text)
     {
         if (std::string_view("*?[\\").find(c) != std::string_view::npos)
             pattern += '\\';
         pattern += c;
     }
-    return absolutePath(pattern + "/" + typed);
+    return pattern;
+}
+
+/// The current folder stands for itself: in "/m/[live]" the pattern "*.mp3" is
+/// "/m/\[live]/*.mp3", which "/m/l/1.mp3" does not fit.
+std::string absolutePattern(const std::string& typed)
+{
+    return absolutePath(typed.starts_with('/') ? typed : literal(absolutePath(".")) + "/" + typed);
+}
+
+/// The device, service or friend whose files are loaded; an invalid path for the user's own.
+CQoCollPath loadedPlace()
+{
+    const auto& roots = ownCollection().getRootDirs();
+    const CQoCollPath root = roots.IsEmpty() ? CQoCollPath() : roots[0]->getPath();
+    return root.needsEscape() ? CQoCollPath(root.getType(), root.getDevice()) : CQoCollPath();
+}
+
+/// "NAS", or "/mnt/stick" for a disk that is connected.
+std::string shownRoot(const CQoCollPath& place)
+{
+    std::string shown = shownPath(place.toString());
+    if (shown.ends_with('/'))
+        shown.pop_back();
+    return shown;
+}
+
+/// As what a path that was typed with a place in mind may be shown. shown is the root of the place.
+/// Example: "Stick/a.mp3" on the stick at /mnt is itself, "/mnt/a.mp3" or "/mnt/Stick/a.mp3".
+std::vector<std::string>
+textsInPlace(const CQoCollPath& place, const std::string& shown, const std::string& typed)
+{
+    const std::string below = absolutePath("/" + typed);
+    std::vector<std::string> texts{typed.starts_with('/') ? below : below.substr(1)};
+    const std::size_t end = below.find('/', 1);
+    const std::string first = below.substr(1, end == below.npos ? end : end - 1);
+    const std::string rest = end == below.npos ? std::string() : below.substr(end);
+    if (fromUtf8(first).CompareNoCase(fromUtf8(placeNameOf(place))) == 0)
+        texts.push_back(shown + rest);
+    texts.push_back(below == "/" ? shown : shown + below);
+    return texts;
+}
+
+/// The file or folder that is shown so. The tree is walked from its roots: shown names cannot be
+/// taken apart, since a name on a service may hold slashes, and the first drive of a friend is left
+/// out of them.
+std::optional<CString> pathShownAs(const std::string& text)
+{
+    const auto& roots = ownCollection().getRootDirs();
+    std::vector<boost::shared_ptr<CHDDirectory>> waiting(roots.begin(), roots.end());
+    while (!waiting.empty())
+    {
+        const auto dir = waiting.back();
+        waiting.pop_back();
+        const CString path = dir->getPath().toString();
+        const std::string shown = shownPath(path);
+        if (shown == text)
+            return path;
+        if (!text.starts_with(shown + "/"))
+            continue;
+        for (const auto& file : dir->getFiles())
+        {
+            if (shownPath(file->getDbItem()->path) == text)
+                return file->getDbItem()->path;
+        }
+        waiting.insert(waiting.end(), dir->getSubDirs().begin(), dir->getSubDirs().end());
+    }
+    return {};
+}
+
+std::optional<CString> pathInPlace(const std::string& typed)
+{
+    const CQoCollPath place = loadedPlace();
+    if (!place.isValid())
+        return {};
+    const std::string shown = shownRoot(place);
+    for (const std::string& text : textsInPlace(place, shown, typed))
+    {
+        if (text == shown)
+            return place.toString();
+        if (const auto path = pathShownAs(text))
+            return path;
+    }
+    return {};
 }
 } // namespace
 
@@ -69,7 +150,7 @@ std::optional<CString> pathInCollection(const std::string& typed)
         if ((record && record->path == form) || (dir && dir->getPath().toString() == form))
             return form;
     }
-    return {};
+    return pathInPlace(typed);
 }
 
 bool looksLikePath(const std::string& typed)
@@ -91,7 +172,13 @@ std::optional<PathSelection> PathSelection::of(const std::string& typed)
     selection.m_isPattern = looksLikePattern(typed);
     if (selection.m_isPattern)
     {
-        selection.m_pattern = absolutePattern(typed);
+        selection.m_patterns.push_back(absolutePattern(typed));
+        if (const CQoCollPath place = loadedPlace(); place.isValid())
+        {
+            const std::string shown = literal(shownRoot(place));
+            for (std::string& text : textsInPlace(place, shown, typed))
+                selection.m_patterns.push_back(std::move(text));
+        }
         return selection;
     }
     if (looksLikePath(typed))
@@ -105,7 +192,10 @@ bool PathSelection::holds(const CString& path) const
 {
     if (!m_isPattern)
         return path == m_path || path.view().starts_with(m_below.view());
-    return ::fnmatch(
-               m_pattern.c_str(), toSystemPath(path).c_str(), FNM_PATHNAME | FNM_LEADING_DIR) == 0;
+    const std::string shown = shownPath(path);
+    return std::ranges::any_of(
+        m_patterns,
+        [&shown](const std::string& pattern)
+        { return ::fnmatch(pattern.c_str(), shown.c_str(), FNM_PATHNAME | FNM_LEADING_DIR) == 0; });
 }
 } // namespace qo::host

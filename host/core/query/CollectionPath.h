@@ -5,11 +5,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace qo::host
 {
 /// The spelling of a typed path under which the loaded collection has a file or folder; none if it
-/// has nothing there. On the kernel's thread.
+/// has nothing there. A path of a place whose files are loaded, say the service "NAS", counts from
+/// its root and may have its name ahead: "NAS/Music/01.mp3", "Music/01.mp3" and "/Music/01.mp3" are
+/// one file, and "NAS" is the place itself. On the kernel's thread.
 std::optional<CString> pathInCollection(const std::string& typed);
 
 /// Whether a typed text can only be meant as a path: "/...", "./...", "../...", "." or "..".
@@ -34,6 +37,6 @@ private:
     bool m_isPattern = false;
     CString m_path;
     CString m_below;
-    std::string m_pattern; ///< absolute system path
+    std::vector<std::string> m_patterns; ///< of paths as they are shown; one must fit
 };
 } // namespace qo::host

@@ -81,9 +81,14 @@ const CString* QueryRecord::noteText(QueryField field) const
     }
 }
 
-std::u16string_view QueryRecord::nameText() const
+std::u16string_view QueryRecord::nameText()
 {
     const std::u16string_view path = m_item->path.view();
+    if (path.starts_with(u"\\\\") && path.find(u'%') != path.npos)
+    {
+        m_name = CQoCollPath(m_item->path).getLast();
+        return m_name.view();
+    }
     return path.substr(path.rfind(u'\\') + 1);
 }
 

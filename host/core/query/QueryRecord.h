@@ -76,11 +76,12 @@ private:
     const CString* noteText(QueryField field) const;
     std::u16string_view folderText();
     void setFolderText();
-    std::u16string_view nameText() const;
+    std::u16string_view nameText();
 
     QueryFacts& m_facts;
     const QoFileDbItem* m_item = nullptr;
     std::array<Text, textFields> m_texts;
+    CString m_name;          ///< of a file in a place, whose path is not spelled as it is shown
     std::u16string m_folder; ///< in collection form
     std::u16string m_folderText;
     std::u16string m_foldedFolder;

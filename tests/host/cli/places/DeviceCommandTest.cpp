@@ -81,7 +81,8 @@ TEST_F(DeviceCommand, AStickIsKnownByItsIdWhereverItIsPlugged)
     qo.expect({"scan"}, 0, "2 files of Stick: 1 new, 0 changed, 0 gone");
     qo.expect({"ls", "--on", "Stick"}, 0, qo.dir.path("m/second/Music/Kino/01.mp3"));
     qo.expect({"ls", "--on", "Stick", point + "/Music/Kino"}, 0, "Kino/01.mp3\n");
-    qo.expect({"tree", "--on", "Stick", point + "/Music/Kino"}, 0, "(1 file)");
+    qo.expect({"ls", "--on", "Stick", "stick/Music/Kino"}, 0, "Kino/01.mp3\n");
+    qo.expect({"tree", "--on", "Stick", "Music/Kino"}, 0, point + "/Music/Kino  (1 file)");
     EXPECT_EQ(ids()[1], before[0]);
     EXPECT_EQ(qo.paths(), std::vector<std::string>{qo.music("own.mp3")});
     // No letter of any process is kept.
