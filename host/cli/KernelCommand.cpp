@@ -45,6 +45,17 @@ host::LoadReport runLoad(const CommandLine& line,
             "the interruption came while the collection was being saved: everything was kept");
     return report;
 }
+
+host::LoadReport loadPlace(const CommandLine& line, Session& session, CQoCollection& collection)
+{
+    return runLoad(line,
+                   session,
+                   [&](host::ProgressReporter& progress)
+                   {
+                       const host::FarCollection place = host::scannedPlace(session, line.place);
+                       return host::loadStored(session, progress, place.id, collection);
+                   });
+}
 } // namespace
 
 void needWritable(const CString& folder)
@@ -125,29 +136,28 @@ std::unique_ptr<host::ScratchDatabase> trialOf(const CommandLine& line, Session&
         });
 }
 
-void addPlaceOption(CommandLine& line, CLI::App& command)
+void addPlaceOption(CommandLine& line, CLI::App& command, PlaceUse use)
 {
-    addArgument(command, "--on", line.place, "The files of a device, a service or a friend")
+    addArgument(command,
+                "--on",
+                line.place,
+                use == PlaceUse::instead ? "The files of a device, a service or a friend"
+                                         : "Those of a device, a service or a friend as well")
         ->type_name("NAME");
 }
 
-host::LoadReport loadForReading(const CommandLine& line, Session& session)
+host::LoadReport loadForReading(const CommandLine& line, Session& session, PlaceUse use)
 {
-    if (!line.place.empty())
-        return runLoad(line,
-                       session,
-                       [&](host::ProgressReporter& progress)
-                       {
-                           const host::FarCollection place =
-                               host::scannedPlace(session, line.place);
-                           return host::loadStored(session, progress, place.id);
-                       });
+    if (!line.place.empty() && use == PlaceUse::instead)
+        return loadPlace(line, session, CQoCollection::m_ownCollection);
     const host::LoadReport report = !session.hasLock()
                                         ? runLoad(line,
                                                   session,
                                                   [&session](host::ProgressReporter& progress)
                                                   { return host::loadStored(session, progress); })
                                         : loadCollection(line, session, {});
+    if (!line.place.empty())
+        loadPlace(line, session, CQoCollection::m_foreignCollection);
     const bool hasRoots =
         session.kernel().run([] { return !host::RootFolders().folders().IsEmpty(); });
     if (!hasRoots)

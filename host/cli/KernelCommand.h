@@ -71,9 +71,16 @@ loadCollection(const CommandLine& line, host::Session& session, const host::Load
 void readyDatabase(host::Session& session);
 /// A copy of the database, which a dry run may write to; null for a real run.
 std::unique_ptr<host::ScratchDatabase> trialOf(const CommandLine& line, host::Session& session);
-/// Lets a command that lists what loadForReading() loads list the files of another place instead.
-void addPlaceOption(CommandLine& line, CLI::App& command);
+/// What --on does with the collection of a place.
+enum class PlaceUse
+{
+    instead, ///< it is listed instead of the user's own
+    beside   ///< it is the kernel's foreign collection, beside the user's own
+};
+/// Gives a command that shows what loadForReading() loads the option --on.
+void addPlaceOption(CommandLine& line, CLI::App& command, PlaceUse use = PlaceUse::instead);
 /// What the database has, for a session that looks; the plain start for one that holds. With a
-/// place on the command line, what it has of that.
-host::LoadReport loadForReading(const CommandLine& line, host::Session& session);
+/// place on the command line, what it has of that, instead of it or beside it.
+host::LoadReport
+loadForReading(const CommandLine& line, host::Session& session, PlaceUse use = PlaceUse::instead);
 } // namespace qo::cli

@@ -170,16 +170,16 @@ Json itemJson(const CUVViewItem& item)
     if (const auto file = CUVUtils::getItemFile(&item))
         putPath(object, "path", file->getPath());
     object["items"] = Json::array();
-    for (const CUVViewItem* const each : item.getSubItems())
+    for (const CUVViewItem* const each : PaneModel::shownBelow(item))
         object["items"].push_back(itemJson(*each));
     return object;
 }
 
-/// How many files stand below an item; "" for a file.
+/// How many files stand below an item. Of a file, whether it is a foreign one.
 std::string countOf(const CUVViewItem& item)
 {
     if (item.isFile())
-        return {};
+        return item.getForeignFileCount() > 0 ? "  (foreign)" : "";
     return "  (" + std::to_string(item.getOwnFileCount()) +
            (item.getForeignFileCount() > 0
                 ? " own, " + std::to_string(item.getForeignFileCount()) + " foreign)"
@@ -212,7 +212,7 @@ void printItems(CommandLine& line,
         text += line.out.fitted(nameOf(*item), taken);
         text += count;
         line.out.line(text);
-        printItems(line, item->getSubItems(), selected, depth + 1);
+        printItems(line, PaneModel::shownBelow(*item), selected, depth + 1);
     }
 }
 
@@ -284,7 +284,7 @@ void setUpView(CommandLine& line, CLI::App& command)
                        [&line, options]
                        {
                            const auto session = openKernel(line, KernelUse::look);
-                           loadForReading(line, *session);
+                           loadForReading(line, *session, PlaceUse::beside);
                            session->kernel().run([&] { view(line, *options); });
                            return ExitCode::done;
                        });
@@ -304,6 +304,7 @@ void setUpView(CommandLine& line, CLI::App& command)
     addArguments(command, "--show", options->shown, "Only files of one of these kinds: audio,own")
         ->type_name("KIND,...");
     addArguments(command, "--hide", options->hidden, "All but these kinds")->type_name("KIND,...");
+    addPlaceOption(line, command, PlaceUse::beside);
     command.footer("Kinds: " + namesOf(kinds));
 }
 } // namespace qo::cli

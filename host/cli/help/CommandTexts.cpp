@@ -111,9 +111,11 @@ const std::vector<CommandText> texts = {
     {"qo session show 1 --json", "The same for a program", 4}}},
 {"view", {
     {"qo view --left genres --select Rock", "The artists and albums of a genre"},
-    {"qo view --select \"Hidden Machine\" --middle Stranger", "The files of an album"}},
+    {"qo view --select \"Hidden Machine\" --middle Stranger", "The files of an album"},
+    {"qo view --on Ben --hide own", "What a friend has, in the same panes", 4}},
     "The left pane decides what the middle one shows, and both what the right one shows. Numbers are "
-    "files, and marks are [x] for all of them and [-] for some."},
+    "files, and marks are [x] for all of them and [-] for some. With --on the files of one place stand "
+    "beside your own, as foreign ones."},
 {"mark", {
     {"qo mark artist:hidden year:..1990", "Mark what a query finds"},
     {"qo mark --all", "Mark everything"}},

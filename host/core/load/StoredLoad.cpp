@@ -66,9 +66,32 @@ CStringArray begunFolders(const Session& session, const RootFolders& roots)
     }
     return folders;
 }
+
+/// Lets the session's scan host hear why a load fails. The foreign collection has no host else.
+class ScanHostGuard
+{
+public:
+    ScanHostGuard(Session& session, CQoCollection& collection) : m_collection(collection)
+    {
+        m_collection.setScanHost(&session.scanHost());
+    }
+    ~ScanHostGuard()
+    {
+        if (&m_collection != &CQoCollection::m_ownCollection)
+            m_collection.setScanHost(nullptr);
+    }
+    ScanHostGuard(const ScanHostGuard&) = delete;
+    ScanHostGuard& operator=(const ScanHostGuard&) = delete;
+
+private:
+    CQoCollection& m_collection;
+};
 } // namespace
 
-LoadReport loadStored(Session& session, ProgressReporter& progress, const CString& collectionId)
+LoadReport loadStored(Session& session,
+                      ProgressReporter& progress,
+                      const CString& collectionId,
+                      CQoCollection& collection)
 {
     LoadReport report;
     const CString database = Session::databasePath();
@@ -83,7 +106,7 @@ LoadReport loadStored(Session& session, ProgressReporter& progress, const CStrin
         collectionId.IsEmpty() ? begunFolders(session, roots) : CStringArray();
     session.scanHost().forget();
     const auto start = std::chrono::steady_clock::now();
-    CQoCollection& collection = CQoCollection::m_ownCollection;
+    const ScanHostGuard guard(session, collection);
     const bool isLoaded = collection.loadStored(database, collectionId, folders, &progress);
     if (progress.wasStopped())
         throw HostError(ExitCode::interrupted, "interrupted");

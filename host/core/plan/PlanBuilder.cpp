@@ -13,6 +13,7 @@
 #include <QoKernel/Inside.h>
 #include <QoKernel/Physical.h>
 
+#include <cassert>
 #include <cerrno>
 #include <set>
 #include <utility>
@@ -249,6 +250,7 @@ private:
 ReorganizePlan
 PlanBuilder::build(const Options& options, const QoFileDbItemArray& records, IQoProgress& progress)
 {
+    assert(!CQoCollection::existForeignCollection());
     const CReorganizeRule* const rule = CReorganizeUtils::getRule(options.rule);
     if (!rule)
         throw HostError(ExitCode::notFound, "there is no rule " + toUtf8(options.rule));

@@ -22,7 +22,8 @@ public:
 
     /// Of the files in question; of all others only the places count. Refused ones come first, then
     /// those that move, then those that stay, each in the collection's order. What lies on no disk
-    /// is left out. Throws HostError: notFound for an unknown rule and for a target that is in no
+    /// is left out. No foreign collection may be loaded, since rules would count its tracks. Throws
+    /// HostError: notFound for an unknown rule and for a target that is in no
     /// root folder, interrupted when the progress stopped it.
     static ReorganizePlan
     build(const Options& options, const QoFileDbItemArray& records, IQoProgress& progress);

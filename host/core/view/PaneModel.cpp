@@ -23,13 +23,21 @@ bool takeName(std::u16string_view& path, std::u16string_view name)
     return true;
 }
 
-/// The path of a root folder, by which people know it; "" for all others.
+/// The path of a folder as people know it; "" for all that is no folder.
+CString folderPath(const CUVViewItem& item)
+{
+    const auto dir =
+        item.isDir() ? boost::dynamic_pointer_cast<CHDDirectory>(item.getLinkObj()) : nullptr;
+    return dir ? fromUtf8(shownPath(dir->getPath().toString())) : CString();
+}
+
+/// The same for a root folder, which is known by its path; "" for all others.
 CString rootPath(const CUVViewItem& item)
 {
     const auto dir = item.isDir() && !item.getParent()
                          ? boost::dynamic_pointer_cast<CHDDirectory>(item.getLinkObj())
                          : nullptr;
-    return dir && !dir->getParentDir() ? fromUtf8(shownPath(dir->getPath().toString())) : CString();
+    return dir && !dir->getParentDir() ? folderPath(item) : CString();
 }
 
 CUVViewItem* findBelow(const CUVViewItemList& items, std::u16string_view path)
@@ -42,7 +50,7 @@ CUVViewItem* findBelow(const CUVViewItemList& items, std::u16string_view path)
             continue;
         if (rest.empty())
             return item;
-        if (CUVViewItem* const found = findBelow(item->getSubItems(), rest))
+        if (CUVViewItem* const found = findBelow(PaneModel::shownBelow(*item), rest))
             return found;
     }
     return nullptr;
@@ -138,6 +146,14 @@ void PaneModel::selectMiddle(Item* item)
 {
     m_middleItem = item;
     buildRight();
+}
+
+const PaneModel::Items& PaneModel::shownBelow(const Item& item)
+{
+    const Items& items = item.getSubItems();
+    const bool isDrive = items.GetSize() == 1 && items[0]->isDir() && !rootPath(item).IsEmpty() &&
+                         folderPath(*items[0]) == rootPath(item);
+    return isDrive ? items[0]->getSubItems() : items;
 }
 
 PaneModel::Item* PaneModel::find(const Items& items, const std::string& path)

@@ -51,6 +51,9 @@ public:
     Item* selectedLeft() const { return m_leftItem; }
     Item* selectedMiddle() const { return m_middleItem; }
 
+    /// What people see below an item: as in the paths of a friend's files, his first drive is left
+    /// out.
+    static const Items& shownBelow(const Item& item);
     /// The item at the end of a path of names with slashes between them ("Pop/ABBA"), apart from
     /// case and accents; null if there is none. Names may hold slashes themselves.
     static Item* find(const Items& items, const std::string& path);

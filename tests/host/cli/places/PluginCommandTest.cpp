@@ -263,3 +263,67 @@ TEST(PlaceScan, WhatIsKnownOfAServiceStaysWhileItIsEmptyAndGoesWithIt)
     qo.expect({"plugin", "login", "NAS", "--folder", qo.dir.path("other")}, 0, "logged in");
     qo.expect({"ls", "--on", "NAS"}, 4, "not known yet");
 }
+
+TEST(PlaceList, FilesOfAPlaceStandBesideOnesOwnAndAreFoundByTheirPaths)
+{
+    QoCommand qo;
+    qo.addTrack("Kino/01.mp3", {"artist=Kino", "album=Noch", "title=Zvezda"});
+    ASSERT_EQ(qo.scan().code, 0);
+    ASSERT_EQ(qo.run({"mark", "zvezda"}).code, 0);
+    QoCommand nas;
+    const std::vector<std::string> far = {
+        "Kino/50% off/1%.mp3", "Kino/b\\\xff[1].mp3", "NAS/Solo/2.mp3"};
+    nas.addTrack(far[0], {"artist=KINO", "album=noch", "title=Son"});
+    nas.addTrack(far[1], {"artist=Kino", "album=46", "title=Trolley"});
+    nas.addTrack(far[2], {"artist=Tsoi", "album=Solo", "title=April"});
+    qo.expect({"plugin", "login", "NAS", "--folder", nas.music()}, 0, "logged in");
+    qo.expect({"plugin", "scan", "NAS"}, 0, "3 files");
+
+    const auto counts = [&qo](std::vector<std::string> words, const char* pane)
+    {
+        words.insert(words.begin(), {"view", "--json"});
+        std::string text;
+        const auto panes = qo.run(words).json();
+        for (const auto& item : panes.at(0)[pane])
+            text += item["name"].get<std::string>() + " " + item["own"].dump() + "+" +
+                    item["foreign"].dump() + " " + item["mark"].get<std::string>() + "; ";
+        return text;
+    };
+    EXPECT_EQ(counts({"--on", "nas"}, "left"), "Kino 1+2 some; Tsoi 0+1 none; ");
+    EXPECT_EQ(counts({"--on", "NAS", "--select", "Kino"}, "middle"),
+              "46 0+1 none; Noch 1+1 some; ");
+    EXPECT_EQ(counts({"--on", "NAS", "--show", "foreign"}, "left"),
+              "Kino 0+2 none; Tsoi 0+1 none; ");
+    EXPECT_EQ(counts({}, "left"), "Kino 1+0 all; ");
+    qo.expect({"view", "--on", "NAS", "--on", "NAS"}, 2, "--on can be given only once");
+    EXPECT_EQ(qo.run({"marked", "--json"}).json()[0]["files"], 1);
+    EXPECT_EQ(qo.run({"mark", "--all", "--json"}).json()[0]["marked"], 1);
+
+    // What is listed can be pasted back, with or without the name of the place.
+    const auto found = [&qo](const std::string& word)
+    {
+        const std::string paths = qo.run({"ls", "-0", "--on", "nas", word}).out;
+        return std::ranges::count(paths, '\0');
+    };
+    for (const std::string& each : far)
+    {
+        EXPECT_EQ(qo.run({"ls", "-0", "--on", "nas", "NAS/" + each}).out, "NAS/" + each + '\0');
+        EXPECT_EQ(qo.run({"ls", "-0", "--on", "nas", "/" + each}).out, "NAS/" + each + '\0');
+    }
+    for (const auto& [word, count] :
+         std::vector<std::pair<const char*, int>>{{"NAS", 3},
+                                                  {"/", 3},
+                                                  {"nas/Kino", 2},
+                                                  {"Kino", 2},
+                                                  {"NAS/NAS", 1},
+                                                  {"NAS/Solo", 1},
+                                                  {"^NAS/Kino", 1},
+                                                  {"K*/*/?%.mp3", 1},
+                                                  {"NAS/*/Solo", 1},
+                                                  {"*.mp3", 0},
+                                                  {"path:Kino/50% off", 1},
+                                                  {"name:1%.", 1}})
+        EXPECT_EQ(found(word), count) << word;
+    qo.expect({"ls", "--on", "NAS", "/Kino/none"}, 4, "/Kino/none is not there");
+    qo.expect({"tree", "--on", "NAS", "Kino/50% off"}, 0, "NAS/Kino/50% off  (1 file)");
+}

@@ -147,6 +147,19 @@ protected:
         return ben.dir.read("to/" + copy) == ann.dir.read("music/" + file);
     }
 
+    /// The paths of the friend's files are his own, after his name.
+    void expectShownAsThere(const std::string& song) const
+    {
+        ben.expect({"tracks", "--on", "ann", "zvezda"}, 0, "Zvezda");
+        EXPECT_TRUE(ben.run({"tree", "--on", "Ann"}).out.starts_with("Ann  (1 file)\n└── "));
+        EXPECT_EQ(ben.run({"tree", "--on", "Ann"}).out.find("── Ann"), std::string::npos);
+        ben.expect({"ls", "--on", "Ann", "--format", "{path}", song}, 0, "Ann" + song + "\n");
+        const std::vector<std::string> panes = {
+            "view", "--on", "Ann", "--left", "folders", "--select", "Ann" + ann.music("Kino")};
+        ben.expect(panes, 0, "01.mp3  (foreign)");
+        EXPECT_EQ(ben.run(panes).out.find("C:"), std::string::npos);
+    }
+
     const QoCommand ann;
     const QoCommand ben;
     const int port = freePort();
@@ -181,9 +194,7 @@ TEST_F(ShareCommand, FriendFetchesWhatIsOfferedAndNothingElse)
     ben.expect(
         {"share", "get", "Ann", ann.music("Kino/02.mp3"), "--to", ben.dir.path("to")}, 4, "no Ann");
     EXPECT_EQ(ben.paths(), std::vector<std::string>()); // what is a friend's is not one's own
-    ben.expect({"tracks", "--on", "ann", "zvezda"}, 0, "Zvezda");
-    EXPECT_TRUE(ben.run({"tree", "--on", "Ann"}).out.starts_with("Ann  (1 file)\n└── "));
-    EXPECT_EQ(ben.run({"tree", "--on", "Ann"}).out.find("── Ann"), std::string::npos);
+    expectShownAsThere(song);
     ben.expect({"artists", "--on", "Ben"}, 4, "there is no device, storage service or friend");
     EXPECT_EQ(ben.run({"share", "ls", "--json"}).json()[0]["files"], 1);
 
