@@ -45,7 +45,7 @@ CHDFile::~CHDFile() = default;
 void CHDFile::setFileTitle(const CString& path)
 {
     // Paths in other forms, or beyond 65,535 units, get the title as a text of its own.
-    const std::u16string_view name = qo::plainDriveFileName(path.view());
+    const std::u16string_view name = qo::plainFileName(path.view());
     const std::u16string_view title = name.substr(0, name.rfind(u'.'));
     if (name.empty() || path.GetLength() >= wholeText)
     {

@@ -124,19 +124,18 @@ CQoCollPath CQoCollPath::makeTrack(const CQoCollPath& base,
     return {base.m_type, base.m_device, components};
 }
 
-CQoCollPath::EDeviceType CQoCollPath::typeOf(const CString& path)
+CQoCollPath::EDeviceType CQoCollPath::typeOfText(std::u16string_view path) noexcept
 {
-    if (path.GetLength() < 2)
+    constexpr std::size_t slashes = 2;
+    if (path.size() < slashes)
         return invalid;
     if (path[0] != u'\\' || path[1] != u'\\')
         return path[1] == u':' ? drive : invalid;
-    const int end = endOfDevice(path);
-    if (end == 2)
+    const std::u16string_view device = path.substr(slashes, path.find(u'\\', slashes) - slashes);
+    if (device.empty())
         return invalid;
-    const int colon = path.Find(u':', 2);
-    if (colon < 0 || colon >= end)
-        return network;
-    return typeOfPrefix(path.view().substr(2, static_cast<std::size_t>(colon - 2)));
+    const std::size_t colon = device.find(u':');
+    return colon == std::u16string_view::npos ? network : typeOfPrefix(device.substr(0, colon));
 }
 
 bool CQoCollPath::parseDevice(const CString& text, int& start)

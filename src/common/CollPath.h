@@ -49,7 +49,8 @@ public:
                                  const CString& ext);
 
     /// The type of the path, without parsing more of it than needed.
-    static EDeviceType typeOf(const CString& path);
+    static EDeviceType typeOf(const CString& path) { return typeOfText(path.view()); }
+    static EDeviceType typeOfText(std::u16string_view path) noexcept;
 
     EDeviceType getType() const { return m_type; }
     bool isValid() const { return m_type > invalid; }

@@ -17,7 +17,7 @@ QO_API CString fileTitleOf(const CString& path);
 /// What follows the last '.' of the file name; "" without one.
 QO_API CString fileExtOf(const CString& path);
 
-/// The last component of a drive path without a doubled or closing backslash, as a view into the
-/// path; empty for any other path, which then needs CQoCollPath.
-QO_API std::u16string_view plainDriveFileName(std::u16string_view path) noexcept;
+/// The last component as a view into the path. Empty where that is not the component itself, which
+/// then needs CQoCollPath: the path has a doubled or closing backslash, or the name an escape.
+QO_API std::u16string_view plainFileName(std::u16string_view path) noexcept;
 } // namespace qo

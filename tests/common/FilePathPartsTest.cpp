@@ -8,8 +8,16 @@
 TEST(FilePathParts, AreThoseOfTheWholePathTakenApart)
 {
     // Every short text over the characters that matter, behind each kind of device.
-    const char16_t* devices[] = {
-        u"C:", u"C:\\", u"\\\\server\\", u"\\\\usb:id\\", u"", u"\\", u"x"};
+    const char16_t* devices[] = {u"C:",
+                                 u"C:\\",
+                                 u"\\\\server\\",
+                                 u"\\\\usb:id\\",
+                                 u"\\\\share:%1",
+                                 u"\\\\other:id\\a",
+                                 u"\\\\",
+                                 u"",
+                                 u"\\",
+                                 u"x"};
     const char16_t alphabet[] = {u'\\', u'.', u'a', u'%', u':'};
     constexpr int longest = 5;
     for (const char16_t* device : devices)

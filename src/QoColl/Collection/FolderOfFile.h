@@ -18,7 +18,7 @@ public:
         const std::u16string_view whole = filePath.view();
         if (isDirectlyBelow(whole))
             return false;
-        const std::u16string_view name = plainDriveFileName(whole);
+        const std::u16string_view name = plainFileName(whole);
         const std::u16string_view prefix = whole.substr(0, whole.size() - name.size());
         m_prefix = name.empty() ? CString() : CString(prefix);
         m_path = CQoCollPath(filePath).getParent();

@@ -15,7 +15,7 @@ CString normalForm(const CString& path)
 {
     const bool isNormal = path.GetLength() > 2 && path[2] == u'\\' &&
                           CQoCollPath::typeOf(path) == CQoCollPath::drive &&
-                          !qo::plainDriveFileName(path.view()).empty();
+                          !qo::plainFileName(path.view()).empty();
     return isNormal ? path : CQoCollPath(path).toString();
 }
 
