@@ -211,8 +211,10 @@ private:
 
     std::unique_ptr<CSQLiteDB> m_connection; ///< hosts need not know the facade
     CSQLiteDB& m_db;                         ///< the same
-    CString m_version;                       ///< as checkVersion() has read it
-    bool m_unreadable = false;               ///< the file turned out not to be a database
+    /// Inserts a file without an id. It is kept, since a scan saves many, and ends before m_db.
+    std::unique_ptr<CSQLiteStatement> m_newFile;
+    CString m_version;         ///< as checkVersion() has read it
+    bool m_unreadable = false; ///< the file turned out not to be a database
     bool m_isTableChecked = false;
     bool m_hasOtherColumns = false; ///< FILE_T has columns that this version does not know
 };

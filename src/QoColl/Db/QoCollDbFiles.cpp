@@ -188,12 +188,17 @@ bool CQoCollDb::hasOwnCollFiles() const
 
 void CQoCollDb::insertFile(QoFileDbItemPtr& item, const CString& collId)
 {
+    if (item->id != 0)
     {
         CSQLiteStatement statement = compileFileInsert();
         runFileInsert(statement, item, collId);
+        return;
     }
-    if (item->id == 0)
-        item->id = takeRowId(u"FILE_T");
+    // Parameters stay bound, and the id is one that is never bound here.
+    if (!m_newFile)
+        m_newFile.reset(new CSQLiteStatement(compileFileInsert()));
+    runFileInsert(*m_newFile, item, collId);
+    item->id = takeRowId(u"FILE_T");
 }
 
 void CQoCollDb::insertFiles(QoFileDbItemArray& items)

@@ -286,6 +286,7 @@ void CQoCollDb::setWriteAheadLogging()
                 u"CQoCollDb::setWriteAheadLogging: %s stays in journal mode [%s]",
                 m_db.path(),
                 mode);
+    m_newFile.reset();
     m_db.Close();
     m_db.Open();
 }
