@@ -50,6 +50,8 @@ struct MountedDrive
     DriveInfo info;
     std::string point;  ///< the system's path of the folder that it is mounted at
     std::string source; ///< what is mounted, such as "/dev/sdb1"
+    /// This one and all others at which it, or a folder of it, is mounted as well.
+    std::vector<std::string> points;
 };
 
 /// A drive that came or went. One that is mounted elsewhere than before has come.

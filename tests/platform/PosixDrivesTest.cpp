@@ -209,6 +209,13 @@ TEST(PosixDrives, TheSystemsOwnDiskAndThoseThatAreLeftAloneGetNoLetter)
     const auto mounted = system.drives.mounted();
     ASSERT_EQ(mounted.size(), 1U);
     EXPECT_EQ(mounted[0].point + " " + mounted[0].source, "/m/own /dev/sdx1");
+    // So is each other place of that disk, even one that shows a folder of it alone.
+    const std::string other = mountLine("3:1", "/m/other");
+    system.mount(other + mountLine("3:1", "/m/own"));
+    EXPECT_EQ(system.update(isOwn), "");
+    system.mount(other + mountLine("3:1", "/m/own", "/Music"));
+    EXPECT_EQ(system.update(isOwn), "");
+    system.mount(mountLine("3:1", "/m/own"));
     // A disk that had a letter before it got a root folder is left alone from then on.
     EXPECT_EQ(system.update(), "+D");
     EXPECT_EQ(system.update(isOwn), "-D");

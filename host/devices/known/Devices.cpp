@@ -119,8 +119,10 @@ void Devices::addMounted()
         const auto isIt = [&](const Device& each)
         { return !each.isPortable() && each.info->m_id == id; };
         const auto known = std::ranges::find_if(m_all, isIt);
-        const bool inRoots =
-            CQoPaths::isParentDirOrSubDirOfRootDirs(pathWithoutLetters(drive.point));
+        const bool inRoots = std::ranges::any_of(
+            drive.points,
+            [](const std::string& point)
+            { return CQoPaths::isParentDirOrSubDirOfRootDirs(pathWithoutLetters(point)); });
         if (known != m_all.end() && known->isPresent() && known->place == drive.point)
             known->source = drive.source;
         else if (inRoots && known != m_all.end() && known->state == Device::State::away)
@@ -228,9 +230,13 @@ void refuseFolderOfDevice(const CString& folder)
         UsbDeviceInfoPtr device;
         const bool isDevice =
             theQoUSBManager.getDevice(deviceLine(drive.info.id), device) && device->m_configured;
-        const CQoCollPath place(pathWithoutLetters(drive.point));
         const CQoCollPath root(folder);
-        if (isDevice && (root.isSubPathOrSame(place) || place.isSubPathOf(root)))
+        const auto meets = [&](const std::string& point)
+        {
+            const CQoCollPath place(pathWithoutLetters(point));
+            return root.isSubPathOrSame(place) || place.isSubPathOf(root);
+        };
+        if (isDevice && std::ranges::any_of(drive.points, meets))
             throw HostError(ExitCode::usage,
                             shownPath(folder) + " lies on the device " + shownName(*device) +
                                 " or holds it; \"qo scan\" reads that by itself, and \"qo device "

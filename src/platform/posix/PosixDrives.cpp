@@ -6,7 +6,9 @@
 #include "platform/posix/MountTable.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
+#include <utility>
 
 namespace qo
 {
@@ -46,6 +48,7 @@ std::vector<PosixDrives::Drive> PosixDrives::mountedDrives() const
 {
     std::vector<Drive> drives;
     std::set<std::string> systemDisks;
+    std::map<std::pair<std::string, CString>, std::vector<std::string>> points;
     for (const MountEntry& mount : readMounts(m_places.mounts))
     {
         const BlockDevice device(m_places.sys, m_places.udev, mount.device, mount.source);
@@ -55,9 +58,12 @@ std::vector<PosixDrives::Drive> PosixDrives::mountedDrives() const
             systemDisks.insert(device.disk().string());
         Drive drive{
             device.info(), mount.point, mount.source, mount.device, device.disk().string(), 0};
+        points[{drive.disk, drive.info.id}].push_back(mount.point);
         if (isWhole(mount) && isDriveOfUser(drive.info))
             drives.push_back(std::move(drive));
     }
+    for (Drive& drive : drives)
+        drive.points = points[{drive.disk, drive.info.id}];
     std::erase_if(drives, [&](const Drive& drive) { return systemDisks.contains(drive.disk); });
     return drives;
 }
@@ -69,9 +75,11 @@ PosixDrives::update(const std::function<bool(const CString& folder)>& isLeftAlon
     // The answers of others come before the lock. They are about the form that a disk without a
     // letter has, also while it has one.
     std::set<std::string> leftAlone;
+    const auto isOfOthers = [&](const std::string& point)
+    { return isLeftAlone && isLeftAlone(DriveMap().fromSystem(point)); };
     for (const Drive& drive : mounted)
     {
-        if (isLeftAlone && isLeftAlone(DriveMap().fromSystem(drive.point)))
+        if (std::ranges::any_of(drive.points, isOfOthers))
             leftAlone.insert(drive.point);
     }
     const std::lock_guard lock(m_mutex);
@@ -114,7 +122,10 @@ std::vector<MountedDrive> PosixDrives::mounted()
 {
     std::vector<MountedDrive> list;
     for (Drive& drive : mountedDrives())
-        list.push_back({std::move(drive.info), std::move(drive.point), std::move(drive.source)});
+        list.push_back({std::move(drive.info),
+                        std::move(drive.point),
+                        std::move(drive.source),
+                        std::move(drive.points)});
     return list;
 }
 

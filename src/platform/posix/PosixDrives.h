@@ -41,6 +41,7 @@ private:
         std::string number; ///< of the block device, "8:17"
         std::string disk;   ///< its folder in sysfs
         char16_t letter = 0;
+        std::vector<std::string> points = {}; ///< as in MountedDrive
 
         bool isSame(const Drive& other) const
         {

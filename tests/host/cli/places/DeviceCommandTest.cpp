@@ -178,6 +178,11 @@ TEST_F(DeviceCommand, WhatWouldMixUpTwoDisksIsRefused)
     EXPECT_EQ(only()["state"], "root folder");
     qo.expect({"device", "adopt", point}, 2, "a root folder of the collection lies on that disk");
     EXPECT_EQ(qo.paths(), std::vector<std::string>{point + "/Music/Kino/01.mp3"});
+    // And so at its other place.
+    const std::string second = qo.dir.path("m/second");
+    fs::create_directories(second);
+    ASSERT_EQ(::mount(point.c_str(), second.c_str(), nullptr, MS_BIND, nullptr), 0);
+    qo.expect({"device", "adopt", second}, 2, "a root folder of the collection lies on that disk");
 }
 
 TEST_F(DeviceCommand, AStickThatIsInUseIsNotEjectedAndItsUserIsNamed)
