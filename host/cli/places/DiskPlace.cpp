@@ -115,7 +115,7 @@ public:
         if (!isThere())
             return causeOf(path, ENODEV);
         const CString folder = real(path.getParent());
-        int error = makeFolder(folder);
+        int error = makeFolder(path.getParent());
         const CString part = combinePath(folder, partName());
         if (error == 0)
             error = copy(local, part, part, progress);
@@ -142,14 +142,26 @@ private:
         const CString real = theQoUSBManager.getRealPath(path);
         return path.isEmpty() ? addBackslash(real) : real;
     }
-    /// The folder with its parents. No file goes to another disk: not to the one below the mount
-    /// point, where a disk that leaves just now has its folders made, nor through a link.
-    int makeFolder(const CString& folder) const
+    /// The folder with its parents. Nothing goes to another disk: not to the one below the mount
+    /// point, which a disk that was taken out leaves bare, nor through a link. So the first folder
+    /// upwards that exists is looked at before anything is made, and the made one after.
+    int makeFolder(const CQoCollPath& folder) const
     {
-        if (const int error = fileSystem().makeDirectories(folder))
-            return error;
+        int error = ENOENT;
+        for (CQoCollPath there = folder; error == ENOENT; there = there.getParent())
+        {
+            error = needOnDisk(there);
+            if (there.isEmpty())
+                break;
+        }
+        if (error == 0)
+            error = fileSystem().makeDirectories(real(folder));
+        return error == 0 ? needOnDisk(folder) : error;
+    }
+    int needOnDisk(const CQoCollPath& folder) const
+    {
         NameInfo info;
-        const int error = fileSystem().lookThrough(folder, info);
+        const int error = fileSystem().lookThrough(real(folder), info);
         return error == 0 && info.mount != m_mount ? EXDEV : error;
     }
     /// A disk that left in the middle fails with any error.
