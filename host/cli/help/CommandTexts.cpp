@@ -284,6 +284,7 @@ const std::vector<CommandText> texts = {
     {"qo plugin set NAS --movies \"\"", "It has all videos in its first folder"}}},
 {"plugin scan", {
     {"qo plugin scan NAS", "Look through its folders for music and videos"},
+    {"qo plugin scan NAS --deep", "Read all tags again"},
     {"qo ls --on NAS kino", "What is known of it since, with a query", 4}}},
 {"plugin browse", {
     {"qo plugin browse NAS", "What is in its first folder"},

@@ -42,8 +42,8 @@ ExitCode scanPlace(CommandLine& line, const FarScanKind& kind)
                         (void)kind.takeCause();
                         try
                         {
-                            const host::FarScanReport report =
-                                host::scanFar(*session, collection, database, false, progress);
+                            const host::FarScanReport report = host::scanFar(
+                                *session, collection, database, kind.isDeep, progress);
                             if (kind.finish && !line.dryRun)
                                 kind.finish(report);
                             printFarScan(line, kind.name, collection.name, report);

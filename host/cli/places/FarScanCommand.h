@@ -23,6 +23,7 @@ struct FarScanKind
     std::function<std::string()> takeCause;
     /// What is left to do after a scan; may be empty.
     std::function<void(const host::FarScanReport& report)> finish;
+    bool isDeep = false; ///< whether files are read again that seem to be as they were
 };
 
 /// Scans the place; a dry run into a copy of the database.

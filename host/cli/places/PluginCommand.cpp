@@ -30,6 +30,7 @@ struct PluginOptions
     std::optional<std::string> movies;
     bool isLong = false;
     bool showsRoom = false;
+    bool readsAll = false;
 };
 
 std::string shownAt(const PluginEntry& entry)
@@ -249,7 +250,8 @@ ExitCode scan(CommandLine& line, const PluginOptions& options)
                      {"plugin",
                       [&](Session&) { return host::pluginCollection(needPlugin(options.name)); },
                       [] { return host::plainWords(host::takePluginFailure()); },
-                      {}});
+                      {},
+                      options.readsAll});
 }
 
 /// The typed folder as plug-ins keep it. Throws HostError when there is none.
@@ -336,6 +338,7 @@ void setUpPlugin(CommandLine& line, CLI::App& command)
     CLI::App* const logout = add("logout", "Forget a service with its password", logOut);
     CLI::App* const set = add("set", "Choose the folders of a service", setFolders);
     CLI::App* const look = add("scan", "Look through a service, for --on NAME", scan);
+    look->add_flag("--deep", options->readsAll, "Read every tag again, not only what changed");
     for (CLI::App* const each : {logout, set, look})
         addArgument(*each, "NAME", options->name, "The service")->required();
     addOptional(*set, "--music", options->music, "Where its music is")->type_name("FOLDER");

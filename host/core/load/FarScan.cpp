@@ -7,11 +7,13 @@
 #include "core/roots/RootGuard.h"
 #include "core/roots/RootLister.h"
 #include "core/roots/StoredRoots.h"
+#include "core/store/HostStore.h"
 
 #include <QoKernel/Collection.h>
 
 #include <algorithm>
 #include <chrono>
+#include <unordered_set>
 
 namespace qo::host
 {
@@ -39,7 +41,7 @@ public:
     }
     bool mustRead(const QoFileDbItem& record, const FileInfo& seen) override
     {
-        return m_isDeep || isOtherFile(record, seen);
+        return m_isDeep || isOtherFile(record, seen) || m_readAgain.contains(record.path);
     }
     /// An empty place mostly is one that is away, such as the folder in which a disk was mounted.
     void beforeNames(const QoFileDbItemArray& records) override
@@ -62,11 +64,22 @@ public:
                                 "known of it stay: " +
                                 plainWords(cause));
         else if (trouble == ETrouble::readTag || trouble == ETrouble::absent)
+        {
             m_unread.Add(path);
+            if (CQoCollPath::typeOf(path) == CQoCollPath::physicalPlugin)
+                m_notFetched.Add(path);
+        }
         else if (trouble == ETrouble::twin)
             m_twins.Add(path);
     }
 
+    /// Files whose tags could not be fetched are asked for by the next scan.
+    void startWithNotFetched(const CStringArray& paths)
+    {
+        m_readAgain = {paths.begin(), paths.end()};
+    }
+    const CStringArray& notFetched() const { return m_notFetched; }
+    bool startedWithAny() const { return !m_readAgain.empty(); }
     bool isEmptied() const { return m_isEmptied; }
     const std::string& failure() const { return m_failure; }
     std::vector<std::string> remarks() const
@@ -96,6 +109,8 @@ private:
     std::string m_failure;
     std::vector<std::string> m_remarks;
     CStringArray m_unread;
+    CStringArray m_notFetched;
+    std::unordered_set<CString> m_readAgain;
     CStringArray m_twins;
 };
 
@@ -126,6 +141,8 @@ FarScanReport scanFar(Session& session,
     if (collection.id.IsEmpty())
         throw HostError(ExitCode::failed, collection.name + " has no collection of its own");
     FarScanHost host(collection, session.ignoredNames(), isDeep, progress);
+    const bool isTrial = database != Session::databasePath();
+    host.startWithNotFetched(HostStore(Session::folder()).unreadFiles(collection.id));
     ForeignLoad load(host);
     const auto start = std::chrono::steady_clock::now();
     CQoCollection::OpResultInfo result;
@@ -148,6 +165,8 @@ FarScanReport scanFar(Session& session,
     if (!isLoaded || !host.failure().empty())
         throw HostError(ExitCode::failed,
                         failed + (host.failure().empty() ? "" : ": " + host.failure()));
+    if (!isTrial && (host.startedWithAny() || !host.notFetched().IsEmpty()))
+        HostStore(Session::folder()).setUnreadFiles(host.notFetched(), collection.id);
     FarScanReport report;
     report.files = load.collection.getFileCount();
     report.added = result.m_inserted;
@@ -162,6 +181,9 @@ FarScanReport scanFar(Session& session,
 void dropFar(const CString& collectionId)
 {
     const CString database = Session::databasePath();
+    HostStore store(Session::folder());
+    if (!collectionId.IsEmpty() && !store.unreadFiles(collectionId).IsEmpty())
+        store.setUnreadFiles({}, collectionId);
     // The user's own collection is the one without an id.
     if (!collectionId.IsEmpty() && fileSystem().exists(database))
         CQoCollDb(database).deleteColl(collectionId);

@@ -45,9 +45,10 @@ public:
     void setMark(const ScanMark& mark);
     void addReadFiles(const CStringArray& files);
 
-    /// Files that the last scan was not allowed to read, in collection form.
-    CStringArray unreadFiles() const;
-    void setUnreadFiles(const CStringArray& files);
+    /// Files that the last scan was not allowed to read, in collection form; with the id of a
+    /// service's collection those of which it could not fetch the tags.
+    CStringArray unreadFiles(const CString& collection = CString()) const;
+    void setUnreadFiles(const CStringArray& files, const CString& collection = CString());
 
     /// As the last scan found them.
     std::vector<FarFolder> folders() const;

@@ -30,28 +30,42 @@ void forEachText(CSQLiteDB& db, const char16_t* text, const Texts& values)
         statement.ExecuteDML();
     }
 }
+
+/// Adds the unread files of the service's collection, or of the own one, or else of all others.
+void readUnread(CSQLiteDB& db, const CString& collection, bool ofIt, CStringArray& files)
+{
+    const auto isOfIt = [&](const CString& path)
+    {
+        return collection.IsEmpty() ? CQoCollPath::typeOf(path) != CQoCollPath::physicalPlugin
+                                    : CQoCollPath(path).isSubPathOf(CQoCollPath(collection));
+    };
+    readTexts(db,
+              u"SELECT UT_PATH FROM UNREAD_T ORDER BY rowid",
+              [&](const CString& path)
+              {
+                  if (isOfIt(path) == ofIt)
+                      files.Add(path);
+              });
+}
 } // namespace
 
-CStringArray HostStore::unreadFiles() const
+CStringArray HostStore::unreadFiles(const CString& collection) const
 {
     CStringArray files;
-    read(
-        [&files](CSQLiteDB& db)
-        {
-            readTexts(db,
-                      u"SELECT UT_PATH FROM UNREAD_T ORDER BY rowid",
-                      [&files](const CString& path) { files.Add(path); });
-        });
+    read([&](CSQLiteDB& db) { readUnread(db, collection, true, files); });
     return files;
 }
 
-void HostStore::setUnreadFiles(const CStringArray& files)
+void HostStore::setUnreadFiles(const CStringArray& files, const CString& collection)
 {
     write(
-        [&files](CSQLiteDB& db)
+        [&](CSQLiteDB& db)
         {
+            CStringArray all;
+            readUnread(db, collection, false, all);
+            all.Append(files);
             db.Execute(u"DELETE FROM UNREAD_T");
-            forEachText(db, u"INSERT OR IGNORE INTO UNREAD_T (UT_PATH) VALUES (?1)", files);
+            forEachText(db, u"INSERT OR IGNORE INTO UNREAD_T (UT_PATH) VALUES (?1)", all);
         });
 }
 

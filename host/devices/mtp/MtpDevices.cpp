@@ -170,16 +170,24 @@ private:
                                                          : wpd::contentDocument);
         values.set(wpd::objectSize, isFolder ? 0 : file.size);
         values.set(wpd::objectCreated, timeOfSeconds(file.modified));
-        values.set(wpd::objectModified, timeOfSeconds(file.modified));
+        const auto setTime = [&] { values.set(wpd::objectModified, timeOfSeconds(file.modified)); };
         if (wanted != PropertySet::all || !LIBMTP_FILETYPE_IS_TRACK(file.type))
+        {
+            setTime();
             return deviceResult::ok;
+        }
         const auto call = [&](LIBMTP_mtpdevice_t& device)
         {
             const std::unique_ptr<LIBMTP_track_t, decltype(&::LIBMTP_destroy_track_t)> track(
                 ::LIBMTP_Get_Trackmetadata(&device, id.object), &::LIBMTP_destroy_track_t);
             if (track)
+            {
                 addTrack(*track, values);
-            return true; // a file of which it says nothing is still there
+                setTime();
+            }
+            // A file of which it says nothing is still there. With a time its record would count
+            // as read for good.
+            return true;
         };
         return m_connection->run("Get_Trackmetadata", call);
     }

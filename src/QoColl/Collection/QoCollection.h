@@ -282,7 +282,9 @@ protected:
                                      IQoProgress* progress,
                                      const QoFileDbItem* listed);
     bool checkLogicalPluginFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag);
-    bool checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag);
+    bool checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr& item,
+                                                bool readTag,
+                                                const QoFileDbItem* listed);
     /// Mark records as deleted, so that what a walk does not find leaves with the next save.
     void markDeletedAllFiles(IQoProgress* progress);
     void markFilesAsDeletedRec(const boost::shared_ptr<CHDDirectory>& dir);
@@ -293,7 +295,7 @@ protected:
     void setImported(const QoFileDbItemPtr& item,
                      CQoFileChangeInfo::ESetImportedAction action) const;
     /// The type of the root folder above the path; audioIsMusic without one.
-    CQoPathInfo::EType getSubDirPathInfo(const CQoCollPath& path) const;
+    CQoPathInfo::EType getSubDirPathInfo(const CString& path) const;
 
     // Changes of the host. Each returns whether the record must be built and saved. item is the
     // record of the path or null; index is its position, or the position where it belongs.

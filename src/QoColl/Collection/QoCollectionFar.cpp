@@ -1,8 +1,10 @@
 #include "Physical/HDDirectory.h"
+#include "QoColl/Collection/FolderOfFile.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoScanHost.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Collection/ScanLookup.h"
+#include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Devices/QoWPDManager.h"
 #include "QoColl/Plugins/QoPluginManager.h"
@@ -10,6 +12,8 @@
 #include "common/FilePathParts.h"
 #include "common/Log.h"
 #include "common/QoProgress.h"
+
+#include <boost/make_shared.hpp>
 
 #include <memory>
 
@@ -40,6 +44,39 @@ void takeDeviceFields(const QoFileDbItem& from, QoFileDbItem& to)
     to.duration = from.duration;
     to.bitrate = from.bitrate;
 }
+
+/// Looks files that a plug-in lists up among the records, and asks the host about known ones.
+class PluginScan final : public IPluginScan
+{
+public:
+    PluginScan(const QoFileDbItemArray& records, IQoScanHost& host)
+        : m_records(records), m_host(host)
+    {
+    }
+    bool isToBeRead(const QoFileDbItem& listed, bool& isKnown) override
+    {
+        int index = 0;
+        isKnown = CQoCollDbUtils::findQoDbFileItem(listed.path, m_records, index);
+        if (!isKnown)
+            return true;
+        const QoFileDbItem& known = *m_records[index];
+        qo::FileInfo seen;
+        // A plug-in says no times, and not always a size.
+        seen.size = listed.size > 0 ? listed.size : known.size;
+        seen.created = known.createTime;
+        seen.modified = known.modifTime;
+        return qo::isToBeRead(known, seen, m_host);
+    }
+    void notRead(const CString& path) override
+    {
+        m_host.failed(IQoScanHost::ETrouble::readTag, path, u"it could not be fetched");
+    }
+
+private:
+    const QoFileDbItemArray& m_records;
+    IQoScanHost& m_host;
+};
+
 /// Whether a source that has not listed all can be reached: it left something out, and would do so
 /// again in the next walk.
 bool isStillThere(const CQoCollPath& rootDir, IQoProgress* progress)
@@ -90,12 +127,15 @@ bool CQoCollection::listFarDir(const CQoCollPath& rootDir,
             rootDir, CQoWPDManager::deviceFiles, true, progress, listed);
     case CQoCollPath::physicalPlugin:
     case CQoCollPath::logicalPlugin:
+    {
+        PluginScan scan(m_fileDbItems, *m_scanHost);
         return CQoPluginManager::getFilesFromPlugin(CQoPluginManager::PI_Files,
                                                     rootDir,
                                                     CQoWPDManager::wholeDepth,
                                                     progress,
                                                     listed,
-                                                    &m_fileDbItems);
+                                                    &scan);
+    }
     case CQoCollPath::share:
         return listShare(rootDir, listed, progress);
     default:
@@ -111,9 +151,13 @@ bool CQoCollection::listShare(const CQoCollPath& rootDir,
     bool isWhole = true;
     QoFileDbItemArray offered;
     CQoShareManager::getFilesFromShare(rootDir, progress, offered, &isWhole);
+    qo::FolderOfFile folder;
+    bool isBelow = false;
     for (const QoFileDbItemPtr& item : offered)
     {
-        if (!CQoCollPath(item->path).isSubPathOf(rootDir))
+        if (folder.moveTo(item->path))
+            isBelow = folder.path().isSubPathOrSame(rootDir);
+        if (!isBelow)
             continue;
         // The peer says anything of its files.
         if (!CQoUtils::isMusicExt(qo::fileExtOf(item->path)))
@@ -141,7 +185,9 @@ bool CQoCollection::checkWpdFilePhysicalChanges(QoFileDbItemPtr& item,
         qo::FileInfo seen;
         seen.size = now.size;
         seen.created = now.createTime;
-        seen.modified = now.modifTime;
+        // A device that does not say the time of a track could not read its tags either.
+        seen.modified =
+            CQoCollDbUtils::IsNullFILETIME(now.modifTime) ? item->modifTime : now.modifTime;
         if (!qo::isToBeRead(*item, seen, *m_scanHost))
             return false;
         log(level::flow,
@@ -171,10 +217,20 @@ bool CQoCollection::checkLogicalPluginFilePhysicalChanges(QoFileDbItemPtr& item,
     return changed;
 }
 
-bool CQoCollection::checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr&, bool)
+/// Files of a physical plug-in are examined once, when they are listed first; a later listing has
+/// the tags of those that the host wanted read again.
+bool CQoCollection::checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr& item,
+                                                           bool readTag,
+                                                           const QoFileDbItem* listed)
 {
-    // Files of a physical plug-in are examined once, when they are listed.
-    return false;
+    if (!readTag || !listed || listed == item.get() || listed->dbState != dbState::modified)
+        return false;
+    log(level::flow,
+        u"CQoCollection::checkPhysicalPluginFilePhysicalChanges : file modified : %s",
+        item->path);
+    CQoCollDbUtils::copyTags(boost::make_shared<QoFileDbItem>(*listed), item);
+    item->dbState = dbState::modified;
+    return true;
 }
 
 boost::shared_ptr<CHDDirectory> CQoCollection::createNewDeviceDir(const CQoCollPath& path,

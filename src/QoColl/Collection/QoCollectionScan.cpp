@@ -14,6 +14,7 @@
 #include "QoColl/Devices/QoUSBManager.h"
 #include "QoColl/Sharing/QoDbExtract.h"
 #include "QoColl/Tags/MusicTagEx.h"
+#include "common/FileUtils.h"
 #include "common/Log.h"
 #include "common/MakeObject.h"
 #include "common/Paths.h"
@@ -414,7 +415,7 @@ bool CQoCollection::checkUpdateFileInfo(QoFileDbItemPtr& item,
     case CQoCollPath::wpd:
         return checkWpdFilePhysicalChanges(item, progress, listed);
     case CQoCollPath::physicalPlugin:
-        return checkPhysicalPluginFilePhysicalChanges(item, readTag);
+        return checkPhysicalPluginFilePhysicalChanges(item, readTag, listed);
     case CQoCollPath::logicalPlugin:
         return checkLogicalPluginFilePhysicalChanges(item, readTag);
     case CQoCollPath::share:
@@ -508,9 +509,19 @@ void CQoCollection::markDeletedFilesFromDirs(const qo::CollPathArray& dirs)
     }
 }
 
-CQoPathInfo::EType CQoCollection::getSubDirPathInfo(const CQoCollPath& path) const
+CQoPathInfo::EType CQoCollection::getSubDirPathInfo(const CString& path) const
 {
-    const auto root = getRootDir(path);
+    // The path mostly begins as that of its root folder does, and need not be parsed then.
+    for (const auto& each : m_rootDirs)
+    {
+        const CString rootPath = each->getPath().toString();
+        const CString start = qo::addBackslash(rootPath);
+        const int length = start.GetLength();
+        if (path.GetLength() > length && path[length] != u'\\' &&
+            path.Left(length).CompareNoCase(start) == 0)
+            return m_pathsInfoMap.getType(rootPath);
+    }
+    const auto root = getRootDir(CQoCollPath(path));
     return root ? m_pathsInfoMap.getType(root->getPath().toString()) : CQoPathInfo::audioIsMusic;
 }
 
@@ -521,7 +532,7 @@ void CQoCollection::setMusicAndVideoFlags(const QoFileDbItemPtr& item) const
     const bool isVideo = CQoUtils::isVideoExt(ext);
     const bool isMedia = isAudio || isVideo;
     // allIsMusic makes audio and video music, audioIsMusic only audio.
-    const CQoPathInfo::EType type = getSubDirPathInfo(CQoCollPath(item->path));
+    const CQoPathInfo::EType type = getSubDirPathInfo(item->path);
     const bool isMusic = (type == CQoPathInfo::allIsMusic && isMedia) ||
                          (type == CQoPathInfo::audioIsMusic && isAudio);
     item->flags = (item->flags & ~qo::fileFlag::musicMask) |

@@ -9,6 +9,17 @@
 
 class IQoProgress;
 
+/// The scan for which a plug-in is listed.
+class QO_API IPluginScan
+{
+public:
+    virtual ~IPluginScan();
+    /// Whether the tag of a listed file is fetched; isKnown says whether it has a record already.
+    virtual bool isToBeRead(const QoFileDbItem& listed, bool& isKnown) = 0;
+    /// The tag of that file could not be fetched.
+    virtual void notRead(const CString& path) = 0;
+};
+
 /// The kernel's view of the plug-ins that the host hands over: how they are set up, what is in
 /// them, and the transfer of files. Plug-ins are named by their ids, without regard to case; for an
 /// id that does not exist the answers are false, null and "". All functions may be called from one
@@ -189,17 +200,17 @@ public:
 
     // Append records with path and size of what is below the path, files with what their tags say.
     // type is a set of EPluginItemType; depth is the number of levels, 1 for the folder alone and
-    // 0xffff for all. No more than 64 levels are walked, and each folder once. A file with a record
-    // among the known ones, which are sorted by path, is not asked for its tag: a second scan then
-    // costs one request for each folder. True if all was listed: after a false, what is missing
-    // from the files may still be there.
+    // 0xffff for all. No more than 64 levels are walked, and each folder once. A scan
+    // decides whose tags are fetched, so a second one costs one request for each folder; known
+    // files that were read again have dbState::modified. True if all was listed: after a false,
+    // what is missing from the files may still be there.
 
     static bool getFilesFromPhysicalPlugin(EPluginItemType type,
                                            const CQoCollPath& path,
                                            int depth,
                                            IQoProgress* progress,
                                            QoFileDbItemArray& files,
-                                           const QoFileDbItemArray* known = nullptr);
+                                           IPluginScan* scan = nullptr);
     static bool getFilesFromPhysicalPlugin(EPluginItemType type,
                                            const boost::shared_ptr<IPhysicalBrowseWrapper>& browse,
                                            const boost::shared_ptr<IDownloadWrapper>& download,
@@ -208,7 +219,7 @@ public:
                                            int depth,
                                            IQoProgress* progress,
                                            QoFileDbItemArray& files,
-                                           const QoFileDbItemArray* known = nullptr);
+                                           IPluginScan* scan = nullptr);
     static bool getFilesFromLogicalPlugin(const CQoCollPath& path,
                                           IQoProgress* progress,
                                           QoFileDbItemArray& files);
@@ -223,9 +234,10 @@ public:
                                    int depth,
                                    IQoProgress* progress,
                                    QoFileDbItemArray& files,
-                                   const QoFileDbItemArray* known = nullptr);
-    /// Reads the tag at the start of a file with two small requests: 10 bytes, and the tag.
-    static void getFileInfoFromPhysicalPlugin(PhysicalResultPtr result,
+                                   IPluginScan* scan = nullptr);
+    /// Reads the tag at the start of a file with two small requests: 10 bytes, and the tag. False
+    /// if they failed, so that another time they may not.
+    static bool getFileInfoFromPhysicalPlugin(PhysicalResultPtr result,
                                               const boost::shared_ptr<IDownloadWrapper>& download,
                                               const QoFileDbItemPtr& item,
                                               IQoProgress* progress);

@@ -39,13 +39,13 @@ public:
                  const boost::shared_ptr<IDownloadWrapper>& download,
                  IQoProgress* progress,
                  QoFileDbItemArray& files,
-                 const QoFileDbItemArray* known)
+                 IPluginScan* scan)
         : m_type(type)
         , m_browse(browse)
         , m_download(download)
         , m_progress(progress)
         , m_files(files)
-        , m_known(known)
+        , m_scan(scan)
     {
     }
 
@@ -131,10 +131,22 @@ private:
     {
         qo::log(qo::level::detail, u"getFilesFromPhysicalPlugin add file %s", path.toString());
         const QoFileDbItemPtr record = recordAt(path, entry->GetSize());
-        int index = 0;
-        if (!m_known || !CQoCollDbUtils::findQoDbFileItem(record->path, *m_known, index))
-            CQoPluginManager::getFileInfoFromPhysicalPlugin(entry, m_download, record, m_progress);
+        bool isKnown = false;
+        if (!m_scan || m_scan->isToBeRead(*record, isKnown))
+            readTag(entry, record, isKnown);
         addRecord(record, m_files);
+    }
+    void readTag(const PhysicalResultPtr& entry, const QoFileDbItemPtr& record, bool isKnown)
+    {
+        // Without ranges nothing is read, and a known file keeps what it has.
+        if (!m_download)
+            return;
+        const bool isRead =
+            CQoPluginManager::getFileInfoFromPhysicalPlugin(entry, m_download, record, m_progress);
+        if (isRead && isKnown)
+            record->dbState = qo::dbState::modified;
+        else if (!isRead && m_scan && !qo::isStopped(m_progress))
+            m_scan->notRead(record->path);
     }
 
     const CQoPluginManager::EPluginItemType m_type;
@@ -142,7 +154,7 @@ private:
     const boost::shared_ptr<IDownloadWrapper>& m_download;
     IQoProgress* const m_progress;
     QoFileDbItemArray& m_files;
-    const QoFileDbItemArray* const m_known;
+    IPluginScan* const m_scan;
     bool m_isComplete = true;
     bool m_isCapped = false; ///< more levels were asked for than are walked
     std::vector<Level> m_levels;
@@ -173,12 +185,14 @@ void addTrack(const CQoCollPath& album, const IGenericResult& track, QoFileDbIte
 }
 } // namespace
 
+IPluginScan::~IPluginScan() = default;
+
 bool CQoPluginManager::getFilesFromPhysicalPlugin(EPluginItemType type,
                                                   const CQoCollPath& path,
                                                   int depth,
                                                   IQoProgress* progress,
                                                   QoFileDbItemArray& files,
-                                                  const QoFileDbItemArray* known)
+                                                  IPluginScan* scan)
 {
     boost::shared_ptr<IPhysicalBrowseWrapper> browse;
     PhysicalResultPtr folder;
@@ -194,7 +208,7 @@ bool CQoPluginManager::getFilesFromPhysicalPlugin(EPluginItemType type,
     boost::shared_ptr<IDownloadWrapper> download;
     checkCanSetDownloadRanges(path.getDevice(), download);
     return getFilesFromPhysicalPlugin(
-        type, browse, download, path, folder, depth, progress, files, known);
+        type, browse, download, path, folder, depth, progress, files, scan);
 }
 
 bool CQoPluginManager::getFilesFromPhysicalPlugin(
@@ -206,10 +220,10 @@ bool CQoPluginManager::getFilesFromPhysicalPlugin(
     int depth,
     IQoProgress* progress,
     QoFileDbItemArray& files,
-    const QoFileDbItemArray* known)
+    IPluginScan* scan)
 {
     return browse && result &&
-           PhysicalWalk(type, *browse, download, progress, files, known).run(path, result, depth);
+           PhysicalWalk(type, *browse, download, progress, files, scan).run(path, result, depth);
 }
 
 bool CQoPluginManager::getFilesFromLogicalPlugin(const CQoCollPath& path,
@@ -286,9 +300,9 @@ bool CQoPluginManager::getFilesFromPlugin(EPluginItemType type,
                                           int depth,
                                           IQoProgress* progress,
                                           QoFileDbItemArray& files,
-                                          const QoFileDbItemArray* known)
+                                          IPluginScan* scan)
 {
     if (path.isPhysicalPlugin())
-        return getFilesFromPhysicalPlugin(type, path, depth, progress, files, known);
+        return getFilesFromPhysicalPlugin(type, path, depth, progress, files, scan);
     return path.isLogicalPlugin() && getFilesFromLogicalPlugin(path, progress, files);
 }

@@ -117,37 +117,45 @@ bool CQoPluginManager::simpleDownload(const PhysicalResultPtr& result,
     return succeeded;
 }
 
-void CQoPluginManager::getFileInfoFromPhysicalPlugin(
+bool CQoPluginManager::getFileInfoFromPhysicalPlugin(
     PhysicalResultPtr result,
     const boost::shared_ptr<IDownloadWrapper>& download,
     const QoFileDbItemPtr& item,
     IQoProgress* progress)
 {
     if (!download || !result)
-        return;
+        return true;
     const ListedSize listed(*result);
     const CString temp =
         qo::uniqueTempPath(CFileUtils::tempQorganizer, CQoCollPath(item->path).getLast());
     const qo::PartFile part(temp);
+    const bool isTooShort = item->size > 0 && item->size < id3HeaderSize;
     if (!simpleDownload(result, id3HeaderSize, temp, download, progress))
-        return qo::logUnlessStopped(progress,
-                                    u"CQoPluginManager::getFileInfoFromPhysicalPlugin : couldnt "
-                                    u"download first 10 bytes for %s",
-                                    item->path);
+    {
+        qo::logUnlessStopped(progress,
+                             u"CQoPluginManager::getFileInfoFromPhysicalPlugin : couldnt "
+                             u"download first 10 bytes for %s",
+                             item->path);
+        return isTooShort;
+    }
     unsigned char header[id3HeaderSize] = {};
     if (!readHeader(temp, header))
-        return;
+        return isTooShort;
     const std::int64_t size = sizeOfId3Tag(header);
     if (size == 0)
-        return;
+        return true;
     qo::fileSystem().removeFile(temp);
     const bool isPlausible = size <= largestTag && (item->size == 0 || size <= item->size);
     if (!isPlausible || !simpleDownload(result, static_cast<int>(size), temp, download, progress))
-        return qo::logUnlessStopped(progress,
-                                    u"CQoPluginManager::getFileInfoFromPhysicalPlugin : couldnt "
-                                    u"download id3v2 header for %s",
-                                    item->path);
+    {
+        qo::logUnlessStopped(progress,
+                             u"CQoPluginManager::getFileInfoFromPhysicalPlugin : couldnt "
+                             u"download id3v2 header for %s",
+                             item->path);
+        return !isPlausible;
+    }
     KVTagLib::CTags tags(CQoPaths::getPictureTempDir());
     if (CMusicTagEx::readTag(temp, tags))
         takeTags(tags, *item);
+    return true;
 }

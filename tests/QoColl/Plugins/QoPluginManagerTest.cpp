@@ -86,8 +86,13 @@ TEST_F(FolderPluginFiles, AScanFindsFilesWithTheTagsAtTheirStartAndWaitsOnceForE
     // A second scan that knows the files fetches nothing of them.
     log.clear();
     QoFileDbItemArray again;
+    struct AllKnown final : IPluginScan
+    {
+        bool isToBeRead(const QoFileDbItem&, bool& isKnown) override { return !(isKnown = true); }
+        void notRead(const CString&) override {}
+    } scan;
     EXPECT_TRUE(CQoPluginManager::getFilesFromPlugin(
-        CQoPluginManager::PI_Files, at(u"NAS"), 0xffff, &progress, again, &files));
+        CQoPluginManager::PI_Files, at(u"NAS"), 0xffff, &progress, again, &scan));
     EXPECT_EQ(pathsOf(again), pathsOf(files));
     EXPECT_EQ(clock.rests[42], 2 * (1 + 3));
     EXPECT_FALSE(log.has("couldnt")) << log.all();

@@ -35,7 +35,7 @@ struct FakePhone
         calls += std::string(call) + " ";
         if (!isPresent)
             errors = &error;
-        return !isPresent;
+        return !isPresent || failing == call;
     }
 
     std::map<std::uint32_t, Object> objects;
@@ -45,6 +45,7 @@ struct FakePhone
     bool isHeld = false;   ///< by another program
     bool givesParts = true;
     std::string calls;
+    std::string failing; ///< a call that fails by itself
     LIBMTP_mtpdevice_t device = {};
     LIBMTP_devicestorage_t storage = {};
     char errorText[8] = "gone";

@@ -7,6 +7,7 @@
 #include "support/TempDir.h"
 
 #include <QoKernel/Collection.h>
+#include <QoKernel/Physical.h>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -144,6 +145,33 @@ TEST_F(MtpDevices, FilesAreListedFetchedSentAndRemoved)
               LIBMTP_FILES_AND_FOLDERS_ROOT);
     EXPECT_TRUE(CQoWPDManager::deleteFile(target, &progress));
     EXPECT_FALSE(phone().objects.contains(phone().last));
+}
+
+TEST_F(MtpDevices, ATrackWhoseTagsCouldNotBeReadIsReadByTheNextScan)
+{
+    addSong("a.mp3", "aa");
+    CQoCollection::initGlobal();
+    const CString db = dir.collPath("qodb");
+    CQoCollDb::CreateDatabaseIfNotValid(db, {});
+    CStringArray roots;
+    roots.Add(path(u"Music"));
+    CQoCollection& foreign = CQoCollection::m_foreignCollection;
+    const auto scan = [&]
+    {
+        CQoCollection::OpResultInfo result;
+        EXPECT_TRUE(foreign.load(db, u"phone", roots, CQoPathsInfoMap(), true, &progress, &result));
+        const auto file = foreign.getFileByPath(CQoCollPath(path(u"Music\\a.mp3")));
+        return std::to_string(result.m_inserted) + std::to_string(result.m_updated) + ":" +
+               qo::toUtf8(file->getDbItem()->artist);
+    };
+    std::string seen;
+    for (const char* failing : {"track", "track", "", "", "track"})
+    {
+        phone().failing = failing;
+        seen += scan() + " ";
+    }
+    EXPECT_EQ(seen, "10: 00: 01:Kino 00:Kino 00:Kino ");
+    CQoCollection::cleanUpGlobal();
 }
 
 TEST_F(MtpDevices, WhatIsUnpluggedFailsAtOnceAndIsFoundAgain)
