@@ -94,6 +94,18 @@ void SearchResults::forget(const std::vector<SearchResultPtr>& results)
     read();
 }
 
+void SearchResults::forgetUnusedOf(const CString& plugin)
+{
+    if (m_results.empty())
+        return; // there may be no database either
+    std::vector<SearchResultPtr> results = unused();
+    std::erase_if(results,
+                  [&](const SearchResultPtr& each)
+                  { return pluginOf(*each).CompareNoCase(plugin) != 0; });
+    if (!results.empty())
+        forget(results);
+}
+
 void SearchResults::save()
 {
     m_collection.saveDbChanges();

@@ -33,6 +33,8 @@ public:
     std::vector<SearchResultPtr> unused();
     /// Forgets them. Throws HostError when that cannot be saved.
     void forget(const std::vector<SearchResultPtr>& results);
+    /// Forgets those that the plug-in found and that no playlist holds. Throws likewise.
+    void forgetUnusedOf(const CString& plugin);
 
 private:
     void read();

@@ -2,6 +2,7 @@
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
+#include "core/search/SearchResults.h"
 #include "plugins/base/PluginFailure.h"
 #include "plugins/folder/FolderPlugin.h"
 #include "plugins/subsonic/SubsonicPlugin.h"
@@ -105,6 +106,22 @@ private:
     PluginList m_list;
 };
 
+/// The user as whom the plug-in logged in last; "" for one that cannot be made any more.
+CString userOf(const PluginEntry& entry, KeyValueConfig& settings)
+{
+    CString user;
+    CString password;
+    try
+    {
+        makePlugin(entry, &settings, nullptr)->GetCredentials(user, password);
+    }
+    catch (const HostError&)
+    {
+        return {};
+    }
+    return user;
+}
+
 /// Removes a key of a store, but not those of the same name in other sections.
 void unsetAll(KeyValueConfig& store, const CString& section, const CString& onlyKey = CString())
 {
@@ -156,21 +173,25 @@ void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried)
 {
     KeyValueConfig& settings = session.settings();
     needPrivate(passwordFile());
+    CString user;
+    CString password;
+    tried.GetCredentials(user, password);
     for (const PluginEntry& former : pluginEntries(settings))
     {
-        // What is known of another service would be taken for this one's.
-        if (former.name.CompareNoCase(entry.name) == 0 &&
-            (former.kind != entry.kind || former.place != entry.place))
+        if (former.name.CompareNoCase(entry.name) != 0)
+            continue;
+        // What is known of another service would be taken for this one's. Another user of the same
+        // service may get other tracks, or none, by the ids that were found.
+        if (former.kind != entry.kind || former.place != entry.place)
             dropPluginCollections(former.name);
+        else if (userOf(former, settings) != user)
+            SearchResults().forgetUnusedOf(former.name);
     }
     settings.setValue(
         settings.addKey(
             settings.addSection(KVConfig::ordinarySection, pluginsSection), entry.name, u""),
         entry.kind + u" " + entry.place);
     CQoPluginManager::setPluginsManager(configuredPlugins(session));
-    CString user;
-    CString password;
-    tried.GetCredentials(user, password);
     CQoPluginManager::setPluginCredentials(entry.name, user, password);
     CQoPluginManager::setPluginMusicPath(entry.name, tried.GetMusicPath());
     CQoPluginManager::setPluginMoviesPath(entry.name, tried.GetMoviesPath());
@@ -182,6 +203,7 @@ void dropPluginCollections(const CString& name)
 {
     for (const auto type : {CQoCollPath::physicalPlugin, CQoCollPath::logicalPlugin})
         dropFar(CQoCollPath(type, name).toString());
+    SearchResults().forgetUnusedOf(name);
 }
 
 FarCollection pluginCollection(const CString& name)
