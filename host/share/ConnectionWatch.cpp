@@ -28,11 +28,14 @@ void ConnectionWatch::setBusy(MHD_Connection* connection, bool isBusy)
     found->second.since = Clock::now();
 }
 
-void ConnectionWatch::cutOff(std::chrono::seconds longest)
+void ConnectionWatch::cutOff(std::chrono::milliseconds longest, std::size_t crowd)
 {
+    constexpr int shorterInCrowds = 5;
     const Clock::time_point now = Clock::now();
     // left() comes before the server closes the socket, so the number is that connection's own.
     const std::lock_guard guard(m_lock);
+    if (m_connections.size() > crowd)
+        longest /= shorterInCrowds;
     for (auto& [connection, state] : m_connections)
     {
         if (state.isBusy || now - state.since < longest || state.socket < 0)

@@ -20,8 +20,9 @@ public:
     void left(MHD_Connection* connection);
     /// A request is whole, or has been answered: the time for the next one begins.
     void setBusy(MHD_Connection* connection, bool isBusy);
-    /// Cuts off connections that are not busy for longer than that.
-    void cutOff(std::chrono::seconds longest);
+    /// Cuts off connections that are not busy for longer than that, or than a fifth of it while
+    /// there are more connections than so many: a crowd of silent ones keeps nobody out for long.
+    void cutOff(std::chrono::milliseconds longest, std::size_t crowd);
 
     /// Has the connection wait until then. False when as many wait already.
     bool suspend(MHD_Connection* connection, Clock::time_point until, std::size_t most);

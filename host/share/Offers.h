@@ -19,6 +19,12 @@ QoFileDbItemArray offeredFiles(const CString& query);
 /// Writes an extract of these files of the loaded collection. Throws HostError. Likewise.
 void writeExtract(const QoFileDbItemArray& files, const CString& path);
 
+/// By which a friend says which file he means, beside its row: a digest of its path, in components,
+/// and its size. Rows are given to other files when theirs are gone.
+std::string fileMark(const CStringArray& components, std::int64_t size);
+/// The header that carries it.
+inline constexpr const char* fileMarkHeader = "Qo-File";
+
 /// Removes the lists of servers that ended without doing so.
 void removeLeftLists();
 

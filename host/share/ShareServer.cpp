@@ -90,6 +90,13 @@ void addHeader(MHD_Response* response, const char* name, const std::string& valu
     MHD_add_response_header(response, name, value.c_str());
 }
 
+/// What a friend's list has of the file is a path in the share: the drive is its first component.
+std::string markOf(const Offer::File& file)
+{
+    const CQoCollPath path(file.path);
+    return fileMark(CQoCollPath::makeShare({}, path).getComponents(), file.size);
+}
+
 /// One request, from its head to its end.
 struct Visit
 {
@@ -223,7 +230,7 @@ private:
         while (!m_wake.wait_for(lock, tick, [this] { return m_ends; }))
         {
             m_watch.resume(Clock::now());
-            m_watch.cutOff(std::chrono::seconds(m_limits.requestSeconds));
+            m_watch.cutOff(std::chrono::seconds(m_limits.requestSeconds), m_limits.connections / 2);
             if (++ticks % ticksToTell == 0)
                 tellWrongIds();
         }
@@ -386,6 +393,9 @@ private:
             file = row > 0 && row <= INT_MAX ? visit.offer->file(static_cast<int>(row)) : nullptr;
             if (file)
                 visit.told.path = file->path;
+            const std::string_view mark = headerOf(connection, fileMarkHeader);
+            if (file && !mark.empty() && mark != markOf(*file))
+                return refuse(connection, MHD_HTTP_GONE);
         }
         return file ? give(connection, visit, *file) : refuse(connection, MHD_HTTP_NOT_FOUND);
     }

@@ -38,7 +38,9 @@ struct ShareLimits
 ///   GET /1/extract        the extract of that share
 ///   GET /1/files/17       the file in row 17 of that extract, also from a byte on ("Range")
 ///
-/// Everything else is 403 for a wrong share id, and else 404 or 405. A path never comes from
+/// A request for a file may say which one it means ("Qo-File", as fileMark() makes it); 410 when
+/// the row has another one by now. Everything else is 403 for a wrong share id, and else 404 or
+/// 405. A path never comes from
 /// outside. It stands on libmicrohttpd, since a few threads then wait for any number of slow
 /// clients, and its memory and connections are bounded; a server with a thread for each client is
 /// stopped by as many clients as it has threads.

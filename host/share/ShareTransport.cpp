@@ -1,6 +1,7 @@
 #include "share/ShareTransport.h"
 
 #include "plugins/base/PluginFailure.h"
+#include "share/Offers.h"
 
 #include <algorithm>
 #include <utility>
@@ -65,8 +66,9 @@ struct ShareTransport::Fetch
     IQoProgress* progress;
     std::int64_t largest; ///< the local file may not become longer
     std::unique_ptr<IFile> out = {};
-    std::string tag = {}; ///< of the content that the bytes are of
-    CString failure = {}; ///< one that no further request can mend
+    std::string tag = {};  ///< of the content that the bytes are of
+    CString failure = {};  ///< one that no further request can mend
+    std::string mark = {}; ///< of the file that is meant; "" for none
 };
 
 ShareTransport::Source* ShareTransport::find(const CString& device)
@@ -109,6 +111,8 @@ int ShareTransport::getExtract(const CString& device,
 int ShareTransport::getFile(const ShareFileRequest& request)
 {
     Fetch work{request.localPath, request.offset, request.progress, INT64_MAX};
+    if (request.size >= 0)
+        work.mark = fileMark(CQoCollPath(request.path).getComponents(), request.size);
     const bool isRow =
         !request.fileId.IsEmpty() &&
         std::ranges::all_of(request.fileId.view(), [](char16_t c) { return c >= '0' && c <= '9'; });
@@ -178,6 +182,8 @@ ShareTransport::continueWith(const Source& source, const std::string& path, Fetc
     HttpRequest request;
     request.address = place;
     request.headers = {"Authorization: Bearer " + source.shareId};
+    if (!fetch.mark.empty())
+        request.headers.push_back(std::string(fileMarkHeader) + ": " + fetch.mark);
     if (continues)
         request.headers.push_back("Range: bytes=" + std::to_string(fetch.position) + "-");
     if (continues && !fetch.tag.empty())

@@ -23,6 +23,13 @@ bool CQoShareDownloadItem::getFileInfo(std::int64_t& size)
 bool CQoShareDownloadItem::download(IQoProgress* progress)
 {
     return m_sharePath.isShare() && !m_fileId.IsEmpty() &&
-           CQoShareManager::fetch(
-               {m_targetPath, m_sharePath.getDevice(), m_fileId, 0, progress, true, true});
+           CQoShareManager::fetch({m_targetPath,
+                                   m_sharePath.getDevice(),
+                                   m_fileId,
+                                   0,
+                                   progress,
+                                   true,
+                                   true,
+                                   m_sharePath.toString(),
+                                   m_size});
 }

@@ -125,10 +125,18 @@ bool CQoShareManager::getFile(const CString& sharePath,
                               bool flag2)
 {
     const CQoCollPath path(sharePath);
-    const CString fileId = getFileID(path);
-    if (!path.isShare() || fileId.IsEmpty())
+    const QoFileDbItemPtr record = recordOfPath(path);
+    if (!path.isShare() || !record || record->clipUid.IsEmpty())
         return false;
-    return fetch({localPath, path.getDevice(), fileId, offset, progress, flag1, flag2});
+    return fetch({localPath,
+                  path.getDevice(),
+                  record->clipUid,
+                  offset,
+                  progress,
+                  flag1,
+                  flag2,
+                  record->path,
+                  record->size});
 }
 
 bool CQoShareManager::fetch(const ShareFileRequest& request)

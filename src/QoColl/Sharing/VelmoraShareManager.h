@@ -17,6 +17,10 @@ struct ShareFileRequest
     IQoProgress* progress = nullptr; ///< gets the number of bytes, and is asked for a cancel
     bool flag1 = false;              ///< both are passed through from the caller
     bool flag2 = false;
+    /// The file as the extract named it, in the share, and its size; "" and -1 where a caller does
+    /// not know. The peer may have given the row to another file since.
+    CString path = {};
+    std::int64_t size = -1;
 };
 
 /// The transport to peers, which the host hands over with CQoShareManager. The kernel does no

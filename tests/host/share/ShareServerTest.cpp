@@ -110,6 +110,19 @@ TEST_F(ShareServerTest, GivesWhatTheExtractNamesAndNothingElse)
     for (const char* const method : {"POST", "PUT", "DELETE", "PROPFIND", "X"})
         EXPECT_EQ(ask("/1/files/17", rightId, method), 405) << method;
     EXPECT_EQ(ask("/1/files/18"), 404); // it is no longer there
+    // A friend says which file he means: the row may be another one's by now.
+    const auto askFor = [&](const CString& name, std::int64_t size)
+    {
+        const CQoCollPath path(dir.collPath(toUtf8(name)));
+        const CQoCollPath far = CQoCollPath::makeShare(u"17", path);
+        return ask("/1/files/17",
+                   rightId,
+                   "GET",
+                   {"Qo-File: " + fileMark(CQoCollPath(far.toString()).getComponents(), size)});
+    };
+    EXPECT_EQ(askFor(u"a.mp3", 300'000), 200);
+    EXPECT_EQ(askFor(u"b.mp3", 300'000), 410);
+    EXPECT_EQ(askFor(u"a.mp3", 299'999), 410);
     dir.write("a.mp3", std::string(300'001, 'a'));
     EXPECT_EQ(ask("/1/files/17"), 410); // nor is this what the friend knows
     EXPECT_EQ(ask("/1/extract", rightId, "GET", {"X: " + std::string(100'000, 'x')}), 431);
@@ -176,6 +189,8 @@ TEST_F(ShareServerTest, FloodOfWrongIdsIsAnsweredLateAndHoldsNoFriendUp)
 
 TEST_F(ShareServerTest, SilentConnectionsAreCutOffAndItEndsWithOpenOnes)
 {
+    limits.connections = limits.connectionsOfOne = 10;
+    limits.requestSeconds = 10;
     serve();
     sockaddr_in place = {};
     place.sin_family = AF_INET;
@@ -188,7 +203,9 @@ TEST_F(ShareServerTest, SilentConnectionsAreCutOffAndItEndsWithOpenOnes)
         ASSERT_EQ(::connect(fd, reinterpret_cast<sockaddr*>(&place), sizeof(place)), 0);
     }
     char byte = 0;
+    const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(::recv(open[0], &byte, 1, 0), 0); // not before the server closes it
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(8));
     EXPECT_EQ(ask("/1/extract"), 200);
     std::thread waiting([this] { (void)ask("/1/extract", "wrong"); });
     server.reset();

@@ -209,7 +209,7 @@ TEST_F(ShareCommand, FriendFetchesWhatIsOfferedAndNothingElse)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     const std::string stale =
         ben.run({"share", "get", "Ann", song, "--to", ben.dir.path("to"), "--replace"}).err;
-    EXPECT_NE(stale.find("more bytes come"), std::string::npos) << stale;
+    EXPECT_NE(stale.find("the file has changed there"), std::string::npos) << stale;
     ben.expect({"share", "scan", "Ann"}, 0, "2 files of Ann: 1 new, 1 changed, 0 gone");
     ben.expect(
         {"share", "get", "Ann", song, "--to", ben.dir.path("to"), "--replace"}, 0, "fetched");
@@ -285,7 +285,7 @@ TEST_F(ShareCommand, WhatWasRevokedEndsWhateverElseFails)
     ben.dir.makeFolder("to");
     ben.expect({"share", "get", "Ann", ann.music("b.mp3"), "--to", ben.dir.path("to")},
                1,
-               "more bytes come than the friend's list says");
+               "the file has changed there; a new scan shows what it is now");
     EXPECT_EQ(copies(), std::vector<std::string>());
 
     // A database that is away for a while empties no list.
