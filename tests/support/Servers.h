@@ -218,18 +218,23 @@ private:
 class RcloneServer : public ServerProcess
 {
 public:
-    explicit RcloneServer(const std::string& folder)
+    /// Over TLS with a certificate: CERTIFICATE.pem, and CERTIFICATE.key.
+    explicit RcloneServer(const std::string& folder, const std::string& certificate = {})
     {
-        start({"rclone",
-               "serve",
-               "webdav",
-               folder,
-               "--addr",
-               m_address,
-               "--user",
-               "ann",
-               "--pass",
-               "s3cret"});
+        std::vector<std::string> words = {"rclone",
+                                          "serve",
+                                          "webdav",
+                                          folder,
+                                          "--addr",
+                                          m_address,
+                                          "--user",
+                                          "ann",
+                                          "--pass",
+                                          "s3cret"};
+        if (!certificate.empty())
+            words.insert(words.end(),
+                         {"--cert", certificate + ".pem", "--key", certificate + ".key"});
+        start(words);
     }
 };
 

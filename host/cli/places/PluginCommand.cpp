@@ -26,6 +26,7 @@ struct PluginOptions
     std::string webdav;
     std::string subsonic;
     std::string user;
+    std::string authorities;
     std::optional<std::string> music;
     std::optional<std::string> movies;
     bool isLong = false;
@@ -113,6 +114,7 @@ PluginEntry typedEntry(Session& session, const PluginOptions& options)
     if (!isName)
         throw HostError(ExitCode::usage,
                         "a plug-in's name is a word or more, without slashes and colons");
+    const PluginEntry former = entry;
     if (!options.folder.empty())
     {
         entry.kind = u"folder";
@@ -127,6 +129,16 @@ PluginEntry typedEntry(Session& session, const PluginOptions& options)
     {
         entry.kind = u"subsonic";
         entry.place = fromUtf8(options.subsonic);
+    }
+    // Another server has nothing to do with the authorities of the former one.
+    if (entry.kind != former.kind || entry.place != former.place)
+        entry.authorities.Empty();
+    if (!options.authorities.empty())
+    {
+        entry.authorities = fromSystemPath(host::absolutePath(options.authorities));
+        host::needCertificates(entry.authorities);
+        if (!entry.kind.IsEmpty() && entry.kind != u"webdav")
+            throw HostError(ExitCode::usage, "--ca goes with --webdav");
     }
     if (entry.kind.IsEmpty())
         throw HostError(ExitCode::usage,
@@ -334,6 +346,12 @@ void setUpPlugin(CommandLine& line, CLI::App& command)
         ->excludes(login->get_option("--folder"));
     addArgument(*login, "--user", options->user, "The user there; the password is asked for")
         ->type_name("USER");
+
+    addArgument(*login,
+                "--ca",
+                options->authorities,
+                "The authorities that sign its certificate, in place of the system's (PEM)")
+        ->type_name("FILE");
 
     CLI::App* const logout = add("logout", "Forget a service with its password", logOut);
     CLI::App* const set = add("set", "Choose the folders of a service", setFolders);

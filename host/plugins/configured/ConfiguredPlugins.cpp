@@ -9,14 +9,24 @@
 #include "plugins/webdav/WebdavPlugin.h"
 
 #include <boost/make_shared.hpp>
+#include <openssl/bio.h>
+#include <openssl/pem.h>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace qo::host
 {
 namespace
 {
 constexpr const char16_t* pluginsSection = u"Plugins";
+
+constexpr const char16_t* authoritiesKey = u"Authorities";
+
+CString sectionOf(const CString& plugin)
+{
+    return u"Plugin " + plugin;
+}
 
 CString passwordFile()
 {
@@ -147,6 +157,14 @@ std::vector<PluginEntry> pluginEntries(const KeyValueConfig& settings)
                             blank < 0 ? entry.value : entry.value.Left(blank),
                             blank < 0 ? CString() : entry.value.Mid(blank + 1)});
     }
+    for (const KeyValueConfig::Entry& entry : settings.entries())
+    {
+        for (PluginEntry& plugin : list)
+        {
+            if (entry.key == authoritiesKey && entry.section == sectionOf(plugin.name))
+                plugin.authorities = entry.value;
+        }
+    }
     return list;
 }
 
@@ -158,10 +176,30 @@ makePlugin(const PluginEntry& entry, KVConfig* store, KVConfig* passwords)
     if (entry.kind == u"folder")
         return boost::make_shared<FolderPlugin>(entry.name, entry.place, store);
     if (entry.kind == u"webdav")
-        return boost::make_shared<WebdavPlugin>(entry.name, entry.place, store, passwords);
+    {
+        const auto plugin =
+            boost::make_shared<WebdavPlugin>(entry.name, entry.place, store, passwords);
+        if (!entry.authorities.IsEmpty())
+            plugin->trustAuthorities(entry.authorities);
+        return plugin;
+    }
     if (entry.kind == u"subsonic")
         return boost::make_shared<SubsonicPlugin>(entry.name, entry.place, store, passwords);
     throw HostError(ExitCode::usage, "there is no kind of plug-ins \"" + toUtf8(entry.kind) + "\"");
+}
+
+void needCertificates(const CString& file)
+{
+    const std::unique_ptr<BIO, decltype(&::BIO_free)> opened(
+        ::BIO_new_file(toSystemPath(file).c_str(), "r"), &::BIO_free);
+    if (!opened)
+        throw HostError(ExitCode::notFound, shownPath(file) + ": " + errorWords(errno));
+    const std::unique_ptr<X509, decltype(&::X509_free)> first(
+        ::PEM_read_bio_X509(opened.get(), nullptr, nullptr, nullptr), &::X509_free);
+    if (!first)
+        throw HostError(ExitCode::usage,
+                        shownPath(file) + " has no certificate (a PEM file begins one with "
+                                          "\"-----BEGIN CERTIFICATE-----\")");
 }
 
 boost::shared_ptr<IPluginsManager> configuredPlugins(Session& session)
@@ -191,6 +229,13 @@ void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried)
         settings.addKey(
             settings.addSection(KVConfig::ordinarySection, pluginsSection), entry.name, u""),
         entry.kind + u" " + entry.place);
+    unsetAll(settings, sectionOf(entry.name), authoritiesKey);
+    if (!entry.authorities.IsEmpty())
+    {
+        KVConfig::Section* const section =
+            settings.addSection(KVConfig::ordinarySection, sectionOf(entry.name));
+        settings.setValue(settings.addKey(section, authoritiesKey, u""), entry.authorities);
+    }
     CQoPluginManager::setPluginsManager(configuredPlugins(session));
     CQoPluginManager::setPluginCredentials(entry.name, user, password);
     CQoPluginManager::setPluginMusicPath(entry.name, tried.GetMusicPath());
@@ -231,7 +276,7 @@ void removePlugin(Session& session, const CString& name)
     unsetAll(passwords, u"Passwords", name);
     passwords.save();
     unsetAll(settings, pluginsSection, name);
-    unsetAll(settings, u"Plugin " + name);
+    unsetAll(settings, sectionOf(name));
     CQoPluginManager::setPluginsManager(configuredPlugins(session));
 }
 } // namespace qo::host

@@ -17,6 +17,9 @@ struct PluginEntry
     CString name;
     CString kind;  ///< "folder", "webdav" or "subsonic"
     CString place; ///< the folder in collection form, or the address
+    /// The file with the authorities that a WebDAV server's certificate is checked by, in
+    /// collection form; "" for those of the system.
+    CString authorities = {};
 };
 
 /// In the order of the settings.
@@ -31,6 +34,9 @@ makePlugin(const PluginEntry& entry, KVConfig* store, KVConfig* passwords);
 /// passwords are in the file "passwords" of the data folder, mode 0600. It is not used while others
 /// may read it.
 boost::shared_ptr<IPluginsManager> configuredPlugins(Session& session);
+
+/// Throws HostError unless the file can be read and has certificates (PEM).
+void needCertificates(const CString& file);
 
 /// Enters a plug-in that has been tried, with its credentials, or in place of the former one of
 /// that name. Throws HostError when the passwords cannot be saved.

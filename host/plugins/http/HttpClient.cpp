@@ -208,6 +208,8 @@ public:
             if (isCanceled && isCanceled())
             {
                 result = CURLE_ABORTED_BY_CALLBACK;
+                // Nor is the answer of a silent name server waited for.
+                curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
                 break;
             }
             if (curl_multi_perform(multi, &running) != CURLM_OK ||
@@ -272,6 +274,11 @@ void HttpClient::trustKey(const std::string& digest)
     m_key = "sha256//" + std::string(reinterpret_cast<const char*>(text));
 }
 
+void HttpClient::trustAuthorities(const CString& file)
+{
+    m_authorities = toSystemPath(file);
+}
+
 std::unique_ptr<HttpClient::Connection> HttpClient::takeConnection()
 {
     const std::lock_guard guard(m_lock);
@@ -307,6 +314,11 @@ void HttpClient::prepare(Connection& connection, const HttpRequest& request)
         curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 0L);
         curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
         curl_easy_setopt(handle, CURLOPT_PINNEDPUBLICKEY, m_key.c_str());
+    }
+    if (!m_authorities.empty())
+    {
+        curl_easy_setopt(handle, CURLOPT_CAINFO, m_authorities.c_str());
+        curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
     }
     const std::lock_guard guard(m_lock);
     if (m_user.empty())

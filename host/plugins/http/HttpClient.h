@@ -76,6 +76,9 @@ public:
     /// Certificates are no longer checked from now on, but the server's public key has to have this
     /// SHA-256, in digits. Before the first request.
     void trustKey(const std::string& digest);
+    /// Certificates count from now on when an authority of this file (PEM) has signed them, and
+    /// those of the system do not. Before the first request.
+    void trustAuthorities(const CString& file);
     HttpAnswer run(HttpRequest request);
 
 private:
@@ -95,8 +98,9 @@ private:
 
     const HttpAddress m_root;
     const HttpLimits m_limits;
-    std::string m_key; ///< the trusted one, as libcurl takes it; "" to check certificates
-    std::mutex m_lock; ///< guards what follows
+    std::string m_key;         ///< the trusted one, as libcurl takes it; "" to check certificates
+    std::string m_authorities; ///< the file; "" for those of the system
+    std::mutex m_lock;         ///< guards what follows
     std::vector<std::unique_ptr<Connection>> m_idle;
     std::string m_user;
     std::string m_password;

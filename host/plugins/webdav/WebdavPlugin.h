@@ -19,6 +19,8 @@ public:
                  KVConfig* passwords,
                  HttpLimits limits = {});
     ~WebdavPlugin() override;
+    /// As HttpClient::trustAuthorities().
+    void trustAuthorities(const CString& file) { m_client->trustAuthorities(file); }
 
     boost::shared_ptr<IPhysicalBrowseWrapper> GetPhysicalBrowse() override { return m_browse; }
     boost::shared_ptr<IPhysicalUploadWrapper> GetPhysicalUpload() override { return m_upload; }

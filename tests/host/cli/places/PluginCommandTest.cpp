@@ -217,6 +217,34 @@ TEST_F(PluginCommand, TagsThatCouldNotBeFetchedAreFetchedByTheNextScan)
     EXPECT_EQ(title(), "New");
 }
 
+TEST_F(PluginCommand, AnAuthorityOfOnesOwnIsTrustedForItsServerAlone)
+{
+    for (const std::string& name : {qo.dir.path("own"), qo.dir.path("other")})
+    {
+        const std::string call =
+            "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -subj /CN=qo "
+            "-addext subjectAltName=IP:127.0.0.1 -keyout '" +
+            name + ".key' -out '" + name + ".pem' 2>/dev/null";
+        ASSERT_EQ(std::system(call.c_str()), 0); // NOLINT(concurrency-mt-unsafe)
+    }
+    const RcloneServer server(qo.dir.path("nas"), qo.dir.path("own"));
+    if (!server.isRunning)
+        GTEST_SKIP() << "rclone is not installed";
+    const std::string service = "web --webdav https" + server.url().substr(4);
+    const std::string ca = " --ca " + qo.dir.path("own.pem");
+    EXPECT_EQ(logIn("s3cret", service), 1);
+    EXPECT_NE(read("said").find("certificate"), std::string::npos) << read("said");
+    EXPECT_EQ(logIn("s3cret", service + " --ca " + qo.dir.path("other.pem")), 1);
+    EXPECT_EQ(logIn("s3cret", service + " --ca " + qo.dir.path("own.key")), 2) << read("said");
+    EXPECT_EQ(logIn("s3cret", service + " --ca " + qo.dir.path("none")), 4) << read("said");
+    EXPECT_EQ(logIn("s3cret", "web --folder " + qo.dir.path("nas") + ca), 2) << read("said");
+    EXPECT_EQ(logIn("s3cret", service + ca), 0) << read("said");
+    qo.expect({"plugin", "browse", "web", "Music"}, 0, "Music/Kino/");
+    EXPECT_EQ(logIn("s3cret", "web"), 0) << "it is kept: " << read("said");
+    qo.expect({"plugin", "logout", "web"}, 0, "");
+    EXPECT_EQ(logIn("s3cret", service), 1);
+}
+
 TEST_F(PluginCommand, AMusicServerIsBrowsedLikeFolders)
 {
     const auto server = serveMusic();
