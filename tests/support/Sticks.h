@@ -66,15 +66,16 @@ public:
     }
     static bool unplug(const std::string& point) { return run("umount -l '" + point + "'"); }
 
-    std::string problem; ///< why there are no disks; "" when there are
-
-private:
     static bool hasFat()
     {
         std::ifstream list("/proc/filesystems");
         const std::string text{std::istreambuf_iterator<char>(list), {}};
         return text.find("vfat") != std::string::npos;
     }
+
+    std::string problem; ///< why there are no disks; "" when there are
+
+private:
     static bool run(const std::string& command)
     {
         return std::system(command.c_str()) == 0; // NOLINT(concurrency-mt-unsafe)

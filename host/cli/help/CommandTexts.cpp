@@ -281,7 +281,9 @@ const std::vector<CommandText> texts = {
     {"qo plugin logout NAS --dry-run", "Show what that would do"}}},
 {"plugin set", {
     {"qo plugin set NAS --music Music/Kino", "Say where its music is"},
-    {"qo plugin set NAS --movies \"\"", "It has all videos in its first folder"}}},
+    {"qo plugin set NAS --movies \"\"", "It has all videos in its first folder"},
+    {"qo plugin set NAS --music-rule artist-track", "Sort music by a rule that is put there"}},
+    "Rules sort what \"qo plugin put\" puts into the service without naming a folder in it."},
 {"plugin scan", {
     {"qo plugin scan NAS", "Look through its folders for music and videos"},
     {"qo plugin scan NAS --deep", "Read all tags again"},
@@ -300,7 +302,8 @@ const std::vector<CommandText> texts = {
     "part of a file."},
 {"plugin put", {
     {"qo plugin put Downloads/new.mp3 --to NAS/Music/Kino", "Copy a file into a folder of a service"},
-    {"qo plugin put Downloads/*.mp3 --to NAS/Music --dry-run", "Show what that would do"}}},
+    {"qo plugin put Downloads/*.mp3 --to NAS/Music --dry-run", "Show what that would do"},
+    {"qo plugin put Downloads/*.mp3 --to NAS", "Sort them by the rules of the service, if it has any"}}},
 {"device", {
     {"qo device", "The devices that are connected or adopted"},
     {"qo device adopt Stick --music Music", "Take the music of a stick into the collection", 4}}},
@@ -309,9 +312,11 @@ const std::vector<CommandText> texts = {
     {"qo device ls --json", "The same for a program"}}},
 {"device adopt", {
     {"qo device adopt Stick", "Take in the folders that seem to hold music and videos", 4},
-    {"qo device adopt /media/ann/Stick --music Music", "Name the device by its place", 4}},
+    {"qo device adopt /media/ann/Stick --music Music", "Name the device by its place", 4},
+    {"qo device adopt Stick --music-rule artist-track", "Sort music by a rule that is pushed", 4}},
     "\"qo scan\" then looks through these folders whenever the device is connected. While it is away "
-    "its files stay in the collection: \"qo ls --on Stick\" lists them."},
+    "its files stay in the collection: \"qo ls --on Stick\" lists them. Rules sort what \"qo device push\" "
+    "pushes to the device without naming a folder on it."},
 {"device forget", {
     {"qo device forget Stick", "Take its files out of the collection; they stay on the device", 4},
     {"qo device forget Stick --dry-run", "Show what that would do", 4}}},
@@ -328,7 +333,8 @@ const std::vector<CommandText> texts = {
     "--replace."},
 {"device push", {
     {"qo device push Downloads/*.mp3 --to Stick/Music", "Copy files to a device", 4},
-    {"qo device push Downloads/new.mp3 --to Stick/Music --dry-run", "Show what that would do", 4}}},
+    {"qo device push Downloads/new.mp3 --to Stick/Music --dry-run", "Show what that would do", 4},
+    {"qo device push Downloads/*.mp3 --to Stick", "Sort them by the rules of the device, if it has any", 4}}},
 {"device eject", {
     {"qo device eject Stick", "Write all that is to be written, and take it out of use", 4},
     {"qo device eject Stick --dry-run", "Show what that would do", 4}}},

@@ -2,6 +2,7 @@
 #include "cli/files/FileRecord.h"
 #include "cli/places/DevicePlace.h"
 #include "cli/places/FarReport.h"
+#include "cli/places/SortedSendings.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "core/base/SystemPath.h"
@@ -24,6 +25,7 @@ struct DeviceOptions
     std::string name;
     std::optional<std::string> music;
     std::optional<std::string> movies;
+    UploadOptions uploads;
     bool isLong = false;
 };
 
@@ -84,6 +86,8 @@ Json recordOf(const Device& device)
     record["files"] = host::countFiles(Session::databasePath(), device.collection());
     record["music"] = shownFolder(device, device.info->m_musicPath);
     record["movies"] = shownFolder(device, device.info->m_moviesPath);
+    record["musicRule"] = toUtf8(device.info->m_musicUploadRule);
+    record["moviesRule"] = toUtf8(device.info->m_moviesUploadRule);
     record["id"] = toUtf8(device.info->m_id);
     return record;
 }
@@ -112,6 +116,8 @@ ExitCode listDevices(CommandLine& line, const DeviceOptions& options)
          "files",
          "music",
          "movies",
+         "musicRule",
+         "moviesRule",
          "id"},
         {Column::name, Column::text, Column::text, Column::text, Column::number, Column::path});
     session->kernel().run(
@@ -147,7 +153,7 @@ ExitCode showDevice(CommandLine& line, const DeviceOptions& options)
         line.out.line(host::dump(record));
         return ExitCode::done;
     }
-    constexpr std::size_t width = 9;
+    constexpr std::size_t width = 11;
     for (const auto& [key, value] : record.items())
     {
         const std::string text = value.is_string()    ? value.get<std::string>()
@@ -194,6 +200,14 @@ void chooseFolders(const Device& device, const DeviceOptions& options, IQoProgre
     device.manager().setDevicePaths(info->m_id, music, movies, info->m_extraDirs);
 }
 
+void chooseRules(const Device& device, const UploadOptions& uploads)
+{
+    const UsbDeviceInfo& info = *device.info;
+    const CString music = uploads.music ? keptRule(*uploads.music) : info.m_musicUploadRule;
+    const CString movies = uploads.movies ? keptRule(*uploads.movies) : info.m_moviesUploadRule;
+    device.manager().setDeviceUploadRules(info.m_id, music, movies);
+}
+
 ExitCode adopt(CommandLine& line, const DeviceOptions& options)
 {
     const auto session = openKernel(line, KernelUse::change);
@@ -203,6 +217,7 @@ ExitCode adopt(CommandLine& line, const DeviceOptions& options)
              {
                  const Device device = Devices().needPresent(options.name);
                  chooseFolders(device, options, progress);
+                 chooseRules(device, options.uploads);
                  device.manager().setDeviceConfigured(device.info->m_id);
                  if (line.json)
                      return line.out.line(host::dump(recordOf(device)));
@@ -292,6 +307,7 @@ void setUpDevice(CommandLine& line, CLI::App& command)
         addArgument(*each, "NAME", options->name, "The device, or where it is mounted")->required();
     addOptional(*adopted, "--music", options->music, "Where its music is")->type_name("FOLDER");
     addOptional(*adopted, "--movies", options->movies, "Where its videos are")->type_name("FOLDER");
+    addUploadOptions(*adopted, options->uploads);
     const PlaceKind kind = {"device", "pull", "push", openDevice};
     addFarBrowse(line, command, kind);
     addFarTransfers(line, command, kind);

@@ -19,7 +19,9 @@ class DiskPlace final : public FarPlace
 {
 public:
     explicit DiskPlace(const host::Device& device)
-        : FarPlace(device.name, device.root()), m_place(device.place)
+        : FarPlace(device.name, device.root())
+        , m_place(device.place)
+        , m_uploadRules(uploadRulesOf(*device.info))
     {
         NameInfo info;
         if (fileSystem().look(real(root()), info) == 0)
@@ -87,6 +89,8 @@ public:
     std::string takeCause() override { return std::exchange(m_cause, {}); }
 
     bool takesFiles() override { return true; }
+    UploadRules uploadRules() const override { return m_uploadRules; }
+    VolumeRules nameRules() const override { return volumeRulesOf(real(root())); }
     bool room(std::int64_t& bytes) override
     {
         std::uint64_t left = 0;
@@ -195,6 +199,7 @@ private:
     }
 
     const std::string m_place;
+    const UploadRules m_uploadRules;
     std::uint64_t m_mount = 0; ///< by which its files are told from those of other disks
     std::string m_cause;
 };

@@ -96,7 +96,7 @@ ExitCode browse(CommandLine& line, const PlaceKind& kind, const BrowseOptions& o
 ExitCode removeFar(CommandLine& line, const PlaceKind& kind, const BrowseOptions& options)
 {
     const auto session = openKernel(line, KernelUse::look);
-    FarReport report(line, "removed", "would be removed");
+    FarReport report(line, "removed");
     runShown(line,
              *session,
              [&](ProgressReporter& progress)

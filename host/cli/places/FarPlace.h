@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "core/plan/TargetName.h"
 
 #include <QoKernel/Devices.h>
 
@@ -21,6 +22,17 @@ struct FarEntry
     CString component; ///< its own spelling, where a path is found without regard to case
     bool isFolder = false;
     std::int64_t size = 0; ///< in bytes; 0 for a folder, and where the place does not say
+};
+
+/// How a place wants music and videos sorted that are sent there.
+struct UploadRules
+{
+    CString musicFolder; ///< as the settings keep it, "Music\\Kino"; "" for the root
+    CString musicRule;   ///< as keptRule() has it; "" for none
+    CString moviesFolder;
+    CString moviesRule;
+
+    bool isEmpty() const { return musicRule.IsEmpty() && moviesRule.IsEmpty(); }
 };
 
 /// A place with folders and files that is not a folder of this machine's own: a storage service or
@@ -77,6 +89,9 @@ public:
     [[noreturn]] void fail(const std::string& what);
 
     virtual bool takesFiles() { return false; }
+    virtual UploadRules uploadRules() const { return {}; }
+    /// What names of files and folders in it can be.
+    virtual VolumeRules nameRules() const { return {}; }
     /// How many bytes it can still take; false when it does not say without being asked for long.
     virtual bool room(std::int64_t& bytes);
 

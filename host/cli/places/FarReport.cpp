@@ -27,10 +27,10 @@ void FarReport::add(const FarDeed& deed)
     else if (deed.cause.empty())
     {
         const std::string file = deed.file.empty() ? "" : " (" + sizeText(deed.size) + ")";
-        m_line.note(std::string(m_done) + ": " + deed.path + file);
+        m_line.note(m_done + ": " + deed.path + file);
     }
     if (!deed.cause.empty())
-        CommandLine::complain("not " + std::string(m_done) + ": " + deed.path + ": " + deed.cause);
+        CommandLine::complain(m_notDone + ": " + deed.path + ": " + deed.cause);
 }
 
 ExitCode FarReport::exitCode() const

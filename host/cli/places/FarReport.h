@@ -24,10 +24,11 @@ void tellOf(CommandLine& line, const std::string& name, const std::string& sente
 class FarReport
 {
 public:
-    /// The words are those of one that went well, such as "fetched", and of a dry run, such as
-    /// "would be fetched".
-    FarReport(CommandLine& line, const char* done, const char* wouldBeDone)
-        : m_line(line), m_done(line.dryRun ? wouldBeDone : done)
+    /// done: what became of a file that went well, such as "fetched".
+    FarReport(CommandLine& line, const std::string& done)
+        : m_line(line)
+        , m_done((line.dryRun ? "would be " : "") + done)
+        , m_notDone((line.dryRun ? "would not be " : "not ") + done)
     {
     }
 
@@ -39,7 +40,8 @@ public:
 
 private:
     CommandLine& m_line;
-    const char* const m_done;
+    const std::string m_done;
+    const std::string m_notDone;
     std::int64_t m_succeeded = 0;
     std::int64_t m_failed = 0;
 };

@@ -1,8 +1,10 @@
 #include "cli/KernelCommand.h"
 #include "cli/places/FarTransfer.h"
+#include "cli/places/SortedSendings.h"
 #include "cli/places/TransferProgress.h"
 #include "cli/shown/Text.h"
 #include "core/base/SystemPath.h"
+#include "core/plan/TargetName.h"
 
 #include <QoKernel/Collection.h>
 
@@ -21,6 +23,7 @@ struct TransferOptions
     std::vector<std::string> paths;
     std::string to;
     bool replaces = false;
+    bool isUnsorted = false;
 };
 
 std::int64_t sizeOfAll(const std::vector<Transfer>& transfers)
@@ -179,6 +182,23 @@ sendings(const FarPlace& place, const TransferOptions& options, const CQoCollPat
     return list;
 }
 
+/// Of files that would get one name the first alone is sent.
+void dropTwins(const FarPlace& place, std::vector<Transfer>& sendings, FarReport& report)
+{
+    std::set<CString> taken;
+    const auto isTwin = [&](const Transfer& each)
+    {
+        if (taken.insert(host::sameNameKey(each.far.toString())).second)
+            return false;
+        report.add({host::shownPath(each.local),
+                    host::shownPath(each.local),
+                    each.size,
+                    "another file of this call is called " + place.shownWhole(each.far)});
+        return true;
+    };
+    std::erase_if(sendings, isTwin);
+}
+
 /// Whether an entry of exactly that name is there.
 bool isThere(FarPlace& place, const CQoCollPath& path, IQoProgress& progress, FarEntry& entry)
 {
@@ -211,7 +231,7 @@ std::string sendFile(const CommandLine& line,
 ExitCode sendAll(CommandLine& line, const PlaceKind& kind, const TransferOptions& options)
 {
     const auto session = openKernel(line, KernelUse::look);
-    FarReport report(line, "sent", "would be sent");
+    FarReport report(line, "sent");
     runShown(line,
              *session,
              [&](ProgressReporter& progress)
@@ -221,7 +241,11 @@ ExitCode sendAll(CommandLine& line, const PlaceKind& kind, const TransferOptions
                  const CQoCollPath folder = place->path(typed);
                  if (!place->takesFiles())
                      throw HostError(ExitCode::failed, place->name() + " takes no files");
-                 const std::vector<Transfer> files = sendings(*place, options, folder);
+                 std::vector<Transfer> files = sendings(*place, options, folder);
+                 const bool isSorted = folder.isEmpty() && !options.isUnsorted;
+                 if (isSorted && !place->uploadRules().isEmpty())
+                     sortSendings(*session, progress, *place, files, report);
+                 dropTwins(*place, files, report);
                  std::int64_t room = 0;
                  if (place->room(room))
                      needRoom(place->name(), sizeOfAll(files), room);
@@ -245,7 +269,7 @@ ExitCode fetchInto(CommandLine& line,
     const CString folder = fromSystemPath(host::existingFolder(typed));
     needWritable(folder);
     const auto session = openKernel(line, KernelUse::look);
-    FarReport report(line, "fetched", "would be fetched");
+    FarReport report(line, "fetched");
     runShown(line,
              *session,
              [&](ProgressReporter& progress) {
@@ -301,5 +325,6 @@ void addFarTransfers(CommandLine& line, CLI::App& command, const PlaceKind& kind
         ->required()
         ->type_name("NAME/FOLDER");
     put->add_flag("--replace", sent->replaces, "Replace files that are there");
+    put->add_flag("--unsorted", sent->isUnsorted, "Leave its rules for music and videos aside");
 }
 } // namespace qo::cli

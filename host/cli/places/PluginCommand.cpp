@@ -3,6 +3,7 @@
 #include "cli/places/FarScanCommand.h"
 #include "cli/places/PasswordInput.h"
 #include "cli/places/PluginPlace.h"
+#include "cli/places/SortedSendings.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "plugins/base/PluginFailure.h"
@@ -29,6 +30,7 @@ struct PluginOptions
     std::string authorities;
     std::optional<std::string> music;
     std::optional<std::string> movies;
+    UploadOptions uploads;
     bool isLong = false;
     bool showsRoom = false;
     bool readsAll = false;
@@ -58,7 +60,16 @@ ExitCode listPlugins(CommandLine& line, const PluginOptions& options)
     const auto session = openKernel(line, KernelUse::look);
     Listing listing(line,
                     options.isLong,
-                    {"name", "kind", "place", "user", "music", "movies", "total", "free"},
+                    {"name",
+                     "kind",
+                     "place",
+                     "user",
+                     "music",
+                     "movies",
+                     "musicRule",
+                     "moviesRule",
+                     "total",
+                     "free"},
                     {Listing::Column::name,
                      Listing::Column::text,
                      Listing::Column::text,
@@ -81,6 +92,11 @@ ExitCode listPlugins(CommandLine& line, const PluginOptions& options)
                     shownPluginFolder(CQoPluginManager::getPluginMusicPath(entry.name));
                 record["movies"] =
                     shownPluginFolder(CQoPluginManager::getPluginMoviesPath(entry.name));
+                CString musicRule;
+                CString moviesRule;
+                CQoPluginManager::getPluginUploadRules(entry.name, musicRule, moviesRule);
+                record["musicRule"] = toUtf8(musicRule);
+                record["moviesRule"] = toUtf8(moviesRule);
                 record["total"] = Json();
                 record["free"] = Json();
                 const std::string room =
@@ -277,31 +293,38 @@ CString chosenFolder(FarPlace& place, const std::string& typed, IQoProgress& pro
 
 ExitCode setFolders(CommandLine& line, const PluginOptions& options)
 {
-    if (!options.music && !options.movies)
-        throw HostError(ExitCode::usage, "say what to set: --music FOLDER or --movies FOLDER");
+    if (!options.music && !options.movies && !options.uploads.isGiven())
+        throw HostError(ExitCode::usage,
+                        "say what to set: --music FOLDER, --movies FOLDER, --music-rule RULE or "
+                        "--movies-rule RULE");
     const auto session = openKernel(line, KernelUse::change);
-    runShown(line,
-             *session,
-             [&](host::ProgressReporter& progress)
-             {
-                 const auto place = needPluginPlace(options.name);
-                 const CString& id = place->root().getDevice();
-                 if (CQoPluginManager::isLogicalBrowsePlugin(id))
-                     throw HostError(ExitCode::usage,
-                                     place->name() + " has artists and albums, and no folders to "
-                                                     "choose from");
-                 if (options.music)
-                     CQoPluginManager::setPluginMusicPath(
-                         id, chosenFolder(*place, *options.music, progress));
-                 if (options.movies)
-                     CQoPluginManager::setPluginMoviesPath(
-                         id, chosenFolder(*place, *options.movies, progress));
-                 if (!CQoPluginManager::savePluginSettings(id))
-                     failPlugin("the settings of " + options.name + " cannot be saved");
-                 tellOf(line,
-                        toUtf8(id),
-                        (line.dryRun ? "would have set the folders of " : "set: ") + toUtf8(id));
-             });
+    runShown(
+        line,
+        *session,
+        [&](host::ProgressReporter& progress)
+        {
+            const auto place = needPluginPlace(options.name);
+            const CString& id = place->root().getDevice();
+            if (CQoPluginManager::isLogicalBrowsePlugin(id))
+                throw HostError(ExitCode::usage,
+                                place->name() + " has artists and albums, and no folders to "
+                                                "choose from");
+            if (options.music)
+                CQoPluginManager::setPluginMusicPath(
+                    id, chosenFolder(*place, *options.music, progress));
+            if (options.movies)
+                CQoPluginManager::setPluginMoviesPath(
+                    id, chosenFolder(*place, *options.movies, progress));
+            if (options.uploads.music)
+                CQoPluginManager::setPluginMusicUploadRule(id, keptRule(*options.uploads.music));
+            if (options.uploads.movies)
+                CQoPluginManager::setPluginMoviesUploadRule(id, keptRule(*options.uploads.movies));
+            if (!CQoPluginManager::savePluginSettings(id))
+                failPlugin("the settings of " + options.name + " cannot be saved");
+            tellOf(line,
+                   toUtf8(id),
+                   (line.dryRun ? "would have set the folders of " : "set: ") + toUtf8(id));
+        });
     session->saveSettings();
     return ExitCode::done;
 }
@@ -361,6 +384,7 @@ void setUpPlugin(CommandLine& line, CLI::App& command)
         addArgument(*each, "NAME", options->name, "The service")->required();
     addOptional(*set, "--music", options->music, "Where its music is")->type_name("FOLDER");
     addOptional(*set, "--movies", options->movies, "Where its videos are")->type_name("FOLDER");
+    addUploadOptions(*set, options->uploads);
     const PlaceKind kind = {"service", "get", "put", openPlugin};
     addFarBrowse(line, command, kind);
     addFarRemoval(line, command, kind);

@@ -50,6 +50,14 @@ public:
     std::string takeCause() override { return host::plainWords(host::takePluginFailure()); }
 
     bool takesFiles() override { return CQoPluginManager::canUploadToPlugin(m_id); }
+    UploadRules uploadRules() const override
+    {
+        UploadRules rules;
+        rules.musicFolder = CQoPluginManager::getPluginMusicPath(m_id);
+        rules.moviesFolder = CQoPluginManager::getPluginMoviesPath(m_id);
+        CQoPluginManager::getPluginUploadRules(m_id, rules.musicRule, rules.moviesRule);
+        return rules;
+    }
 
     std::string fetch(const CQoCollPath& path,
                       std::int64_t,

@@ -13,7 +13,9 @@ class PortablePlace final : public FarPlace
 {
 public:
     explicit PortablePlace(const host::Device& device)
-        : FarPlace(device.name, device.root()), m_isWritable(device.info->m_writable)
+        : FarPlace(device.name, device.root())
+        , m_isWritable(device.info->m_writable)
+        , m_uploadRules(uploadRulesOf(*device.info))
     {
     }
 
@@ -44,6 +46,14 @@ public:
     std::string takeCause() override { return {}; }
 
     bool takesFiles() override { return m_isWritable; }
+    UploadRules uploadRules() const override { return m_uploadRules; }
+    /// Phones keep files where names are those of FAT, whatever the transfer could carry.
+    VolumeRules nameRules() const override
+    {
+        VolumeRules rules;
+        rules.ignoresCase = rules.hasWindowsNames = true;
+        return rules;
+    }
     bool room(std::int64_t& bytes) override
     {
         CArray<CQoCollPath> paths;
@@ -91,6 +101,7 @@ private:
     static std::string failed() { return "the device did not do it; \"qo log\" says more"; }
 
     const bool m_isWritable;
+    const UploadRules m_uploadRules;
 };
 } // namespace
 

@@ -270,6 +270,7 @@ const Case cases[] = {
      1,
      locked("home", logIn)},
     {"plugin put", {"plugin", "put", "%new.mp3", "--to", "NAS/more"}, 0, logIn},
+    {"plugin set, a rule", {"plugin", "set", "NAS", "--music-rule", "artist-track"}, 0, logIn},
     {"plugin put, taken", {"plugin", "put", "@x/loose.mp3", "--to", "NAS"}, 1, logIn},
     {"plugin rm", {"plugin", "rm", "NAS", "loose.mp3"}, 0, logIn},
     {"plugin scan", {"plugin", "scan", "NAS"}, 0, logIn},

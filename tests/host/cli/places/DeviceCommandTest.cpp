@@ -129,6 +129,13 @@ TEST_F(DeviceCommand, FilesAreListedAndCopiedBothWays)
     fs::resize_file(qo.dir.path("large.mp3"), std::uintmax_t{1} << 30);
     qo.expect({"device", "push", qo.dir.path("large.mp3"), "--to", "Stick"}, 1, "no room");
     qo.expect({"complete", "fish", "device", "info", "S"}, 0, "Stick\t");
+    const std::vector<std::string> adopt = {
+        "device", "adopt", "Stick", "--music", "Music", "--music-rule", "artist-track"};
+    qo.expect(adopt, 0, "adopted");
+    EXPECT_EQ(only()["musicRule"], "artist-track");
+    qo.expect({"device", "push", qo.addTrack("Ann: One.mp3", {"title=x"}), "--to", point},
+              0,
+              "sent: Stick/Music/Ann" + std::string(Sticks::hasFat() ? "_" : ":") + " One.mp3");
 }
 
 TEST_F(DeviceCommand, AStickTakenAwayInTheMiddleOfACopyCostsThatCopyAlone)
@@ -250,8 +257,11 @@ TEST(PhoneCommand, APhoneOnTheBusIsListedCopiedAndScanned)
     EXPECT_EQ(withPhone(qo, "device push " + qo.dir.path("new.mp3") + " --to 'Phone 7/Card/A/B'"),
               "qo: sent: Phone 7/Card/A/B/new.mp3 (3 B)\n0");
     EXPECT_EQ(qo.dir.read("phone/A/B/new.mp3"), "new");
-    EXPECT_NE(withPhone(qo, "device adopt 'Phone 7' --music Card/Music").find("adopted"),
-              std::string::npos);
+    const std::string adopt = "device adopt 'Phone 7' --music Card/Music --music-rule artist-track";
+    EXPECT_NE(withPhone(qo, adopt).find("adopted"), std::string::npos);
+    const std::string song = qo.addTrack("Ann: One.mp3", {"title=x"});
+    EXPECT_EQ(withPhone(qo, "--dry-run device push '" + song + "' --to 'Phone 7'"),
+              "qo: would be sent: Phone 7/Card/Music/Ann_ One.mp3 (3.1 KiB)\n0");
     const std::string scanned = withPhone(qo, "scan");
     EXPECT_NE(scanned.find("1 file of Phone 7: 1 new"), std::string::npos) << scanned;
     qo.expect({"scan"}, 0, "away: 1 file of it stay");

@@ -110,6 +110,101 @@ TEST_F(PluginCommand, FilesAreListedCopiedBothWaysAndRemoved)
     EXPECT_EQ(qo.run({"plugin"}).out, "");
 }
 
+/// The same with rules for what is put there: "Shelf" for music, and the file of "Clips" for
+/// videos.
+class UploadRules : public PluginCommand
+{
+protected:
+    UploadRules()
+    {
+        qo.addTrack("1.mp3", {"artist=KINO", "album=N/o", "title=a:b?", "track=1/9"});
+        qo.addTrack("2.mp3", {"artist=kino", "album=N/o", "title=Son", "track=2"});
+        EXPECT_EQ(qo.scan().code, 0);
+        dir("nas/Films");
+        addRule("Shelf",
+                {"--folder",
+                 "{artist.name}/{album.name}",
+                 "--music",
+                 "{track.number} {track.name}",
+                 "--artist-limit",
+                 "2",
+                 "--less-folder",
+                 "{artist.name}"});
+        addRule("Clips", {"--music", "Film {track.name}"});
+        qo.expect({"plugin", "set", "NAS", "--music", "Music", "--movies", "Films"}, 0, "set");
+        qo.expect(
+            {"plugin", "set", "NAS", "--music-rule", "shelf", "--movies-rule", clips()}, 0, "set");
+    }
+
+    void addRule(const char* name, std::vector<std::string> words) const
+    {
+        words.insert(words.begin(), {"rule", "new", name});
+        qo.expect(words, 0, "written");
+    }
+    std::string clips() const { return qo.dir.path("data/Qorganizer/Clips.xml"); }
+};
+
+TEST_F(UploadRules, PutMusicAndVideosWhereTheyWantThem)
+{
+    const auto record = qo.run({"plugin", "ls", "--json"}).json().front();
+    EXPECT_EQ(record["musicRule"], "Shelf");
+    EXPECT_EQ(record["moviesRule"], clips());
+    // The collection does not know these, so their artists count as such without tracks there.
+    qo.addTrack("3.mp3", {"artist=Kino", "album=46", "title=Trolley"});
+    qo.addTrack("again.mp3", {"artist=KINO", "title=Trolley"});
+    qo.addTrack("Solo/April.mp3", {"artist=Tsoi", "title=April"});
+    qo.addTrack("Solo/May.mp3", {"artist=TSOI", "title=May"});
+    qo.addTrack("none.mp3", {"title=x"});
+    qo.addTrack("clip.mp4", {"title=Clip"}, "sound.m4a");
+    qo.addSound("cover.png", "blue.png");
+    const std::string folder = "NAS/Music/Kino/"; // that is there already, spelled so
+    const std::map<std::string, std::string> targets = {
+        {"1.mp3", folder + "N_o/01 a_b_.mp3"},
+        {"2.mp3", folder + "N_o/02 Son.mp3"},
+        {"3.mp3", folder + "Trolley.mp3"},
+        {"again.mp3", "another file of this call is called " + folder + "Trolley.mp3"},
+        {"Solo/April.mp3", "NAS/Music/Tsoi/April.mp3"},
+        {"Solo/May.mp3", "NAS/Music/Tsoi/May.mp3"},
+        {"none.mp3", "the file has no value for {artist.name}, which is to name its folder"},
+        {"cover.png", "NAS/cover.png"},
+        {"clip.mp4", "NAS/Films/Film Clip.mp4"}};
+    std::vector<std::string> put = {"plugin", "put", "--to", "NAS", "--json"};
+    for (const auto& [name, target] : targets)
+        put.push_back(qo.music(name));
+    for (const char* const flag : {"--dry-run", "--yes"})
+    {
+        std::vector<std::string> words = put;
+        words.insert(words.begin(), flag);
+        const auto result = qo.run(words);
+        EXPECT_EQ(result.code, 6) << result.err;
+        std::map<std::string, std::string> found;
+        for (const auto& each : result.json())
+            found[each["file"].get<std::string>().substr(qo.music().size() + 1)] =
+                each[each["error"] == "" ? "path" : "error"];
+        EXPECT_EQ(found, targets);
+        EXPECT_EQ(fs::exists(qo.dir.path("nas/Films/Film Clip.mp4")), words[0] == "--yes");
+    }
+    EXPECT_TRUE(read("nas/Music/Kino/N_o/01 a_b_.mp3") == read("music/1.mp3"));
+}
+
+TEST_F(UploadRules, HoldWhereNoFolderIsNamedAndUntilTheyAreTakenOff)
+{
+    const std::string song = qo.music("1.mp3");
+    const auto put = [&](const std::string& to, int code, const std::string& said) {
+        qo.expect({"plugin", "put", song, "--to", to}, code, said);
+    };
+    put("NAS", 0, "sent: NAS/Music/Kino/N_o/01 a_b_.mp3");
+    put("NAS", 1, "it is there already");
+    put("NAS/Music", 0, "sent: NAS/Music/1.mp3");
+    qo.expect({"plugin", "put", song, "--to", "NAS", "--unsorted"}, 0, "sent: NAS/1.mp3");
+    EXPECT_EQ(qo.run({"rule", "rm", "Shelf", "--yes"}).code, 0);
+    put("NAS", 4, "the music rule of NAS cannot be used: there is no rule \"Shelf\"");
+    qo.expect({"plugin", "set", "NAS", "--music-rule", ""}, 0, "set");
+    put("NAS", 1, "NAS/1.mp3: it is there already");
+    qo.expect({"plugin", "set", "NAS", "--movies-rule", "none"}, 4, "no rule \"none\"");
+    qo.expect({"plugin", "put", song, song, "--to", "NAS/New", "--replace"}, 6, "another file");
+}
+
 TEST_F(PluginCommand, WhatCannotBeDoneIsRefused)
 {
     write("nas/Music/Kino/02.mp3", "second");
