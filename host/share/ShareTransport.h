@@ -1,23 +1,18 @@
 #pragma once
 
 #include "core/share/Shares.h"
-#include "plugins/http/HttpClient.h"
+#include "plugins/http/HttpResume.h"
 
 #include <QoKernel/Sharing.h>
 
 #include <map>
 #include <memory>
 #include <mutex>
+#include <string>
+#include <vector>
 
 namespace qo::host
 {
-/// How often a transfer that breaks off is taken up; tests take less.
-struct SharePatience
-{
-    int attempts = 5;          ///< in a row that bring next to nothing
-    std::uint32_t pause = 500; ///< milliseconds before the second one; doubles with each
-};
-
 /// Fetches what friends offer, from the addresses of their invitations. The server is known by the
 /// digest of its key and by nothing else, so a wrong one never sees the share id. A transfer that
 /// breaks off is taken up where it was, some times, unless the file has changed meanwhile. What
@@ -26,7 +21,7 @@ class ShareTransport final : public IVelmoraShareManager
 {
 public:
     /// From the friends' shares of the session, which are read when the first one is asked for.
-    explicit ShareTransport(HttpLimits limits = {}, SharePatience patience = {})
+    explicit ShareTransport(HttpLimits limits = {}, HttpPatience patience = {})
         : m_limits(limits), m_patience(patience)
     {
     }
@@ -44,16 +39,22 @@ private:
         /// Why nothing of it can be had, once that is known: further files are not asked for.
         CString refusal;
     };
-    struct Fetch;
+    /// What is fetched to where.
+    struct Fetch
+    {
+        CString localPath;
+        std::int64_t position; ///< so many bytes are in the local file
+        std::int64_t largest;  ///< the local file may not become longer
+        IQoProgress* progress;
+        std::vector<std::string> headers = {};
+    };
 
     /// Null for a share that is not known.
     Source* find(const CString& device);
-    bool fetch(const CString& device, const std::string& path, Fetch& fetch);
-    /// One request, from the byte at which the local file ends.
-    HttpAnswer continueWith(const Source& source, const std::string& path, Fetch& fetch) const;
+    bool fetch(const CString& device, const std::string& path, const Fetch& fetch);
 
     const HttpLimits m_limits;
-    const SharePatience m_patience;
+    const HttpPatience m_patience;
     std::mutex m_lock;                   ///< guards the others
     std::map<CString, Source> m_sources; ///< by the device of their paths; those once found stay
 };

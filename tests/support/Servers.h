@@ -122,7 +122,11 @@ private:
             if (count <= 0)
                 break;
             text.append(block, static_cast<std::size_t>(count));
+            const bool hadEnd = end != std::string::npos;
             end = text.find("\r\n\r\n");
+            const std::string goOn = "HTTP/1.1 100 Continue\r\n\r\n";
+            if (!hadEnd && text.find("Expect: 100") < end && end != std::string::npos)
+                ::send(open, goOn.data(), goOn.size(), MSG_NOSIGNAL);
             const std::size_t field = text.find("Content-Length: ");
             length = field < end ? std::strtoul(text.c_str() + field + 16, nullptr, 10) : 0;
         }

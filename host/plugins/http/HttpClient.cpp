@@ -177,7 +177,9 @@ void setContent(CURL* handle, const HttpRequest& request, Exchange& exchange)
         curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body.c_str());
         curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE, static_cast<long>(request.body.size()));
     }
-    if (std::string_view(request.method) != "GET")
+    if (std::string_view(request.method) == "HEAD")
+        curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
+    else if (std::string_view(request.method) != "GET")
         curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, request.method);
 }
 } // namespace
@@ -352,6 +354,7 @@ HttpAnswer HttpClient::runOnce(Connection& connection,
     const CURLcode code = connection.perform(request.isCanceled);
     HttpAnswer answer;
     answer.status = exchange.head().status;
+    answer.tag = exchange.tag;
     answer.isEnded = exchange.isEnded;
     answer.isOtherServer = code == CURLE_SSL_PINNEDPUBKEYNOTMATCH;
     answer.place = place;
@@ -395,7 +398,7 @@ HttpAnswer HttpClient::run(HttpRequest request)
 {
     std::unique_ptr<Connection> connection = takeConnection();
     const std::string_view method = request.method;
-    const bool isReading = method == "GET" || method == "PROPFIND";
+    const bool isReading = method == "GET" || method == "HEAD" || method == "PROPFIND";
     HttpAnswer answer;
     int redirections = 0;
     int waits = 0;

@@ -52,6 +52,7 @@ struct HttpAnswer
 {
     long status = 0;
     CString place;              ///< the address without its query
+    std::string tag;            ///< as in HttpHead
     CString failure;            ///< "" for a status from 200 to 299; begins with the place
     bool isEnded = false;       ///< by the sink
     bool isOtherServer = false; ///< its key is not the one of trustKey()

@@ -1,6 +1,7 @@
 #include "plugins/http/HttpDownload.h"
 
 #include "plugins/base/PluginFailure.h"
+#include "plugins/http/HttpResume.h"
 
 #include <algorithm>
 #include <utility>
@@ -38,22 +39,31 @@ bool HttpDownload::Run(IQoProgress* progress)
     }
     if (m_end == m_first)
         return true;
-    const CString cause = fetch(*out, *progress);
+    const CString cause = m_end < 0 ? fetchWhole(*out, *progress) : fetchRange(*out, *progress);
     if (!cause.IsEmpty() && !progress->isCanceled())
         setPluginFailure(cause);
     return cause.IsEmpty();
 }
 
-CString HttpDownload::fetch(IFile& out, IQoProgress& progress)
+CString HttpDownload::fetchWhole(IFile& out, IQoProgress& progress)
 {
+    HttpResume content(out, m_target, 0, m_size > 0 ? m_size : INT64_MAX, &progress);
+    if (!content.run([this](HttpRequest request) { return send(std::move(request)); }))
+        return content.cause();
+    return content.position() < m_size
+               ? content.answer().place + u": the file ended before it was whole"
+               : CString();
+}
+
+CString HttpDownload::fetchRange(IFile& out, IQoProgress& progress)
+{
+    const std::int64_t length = m_end - m_first;
     std::int64_t skip = 0;
     std::int64_t done = 0;
     bool isFirst = true;
     int writeError = 0;
     HttpRequest request;
-    if (m_end >= 0)
-        request.headers = {"Range: bytes=" + std::to_string(m_first) + "-" +
-                           std::to_string(m_end - 1)};
+    request.headers = {"Range: bytes=" + std::to_string(m_first) + "-" + std::to_string(m_end - 1)};
     request.isCanceled = [&] { return progress.isCanceled(); };
     request.sink = [&](const HttpHead& head, std::string_view bytes)
     {
@@ -62,8 +72,7 @@ CString HttpDownload::fetch(IFile& out, IQoProgress& progress)
         const auto skipped = std::min<std::int64_t>(skip, static_cast<std::int64_t>(bytes.size()));
         skip -= skipped;
         bytes.remove_prefix(static_cast<std::size_t>(skipped));
-        if (m_end >= 0)
-            bytes = bytes.substr(0, static_cast<std::size_t>(m_end - m_first - done));
+        bytes = bytes.substr(0, static_cast<std::size_t>(length - done));
         if (!bytes.empty() && !out.write(bytes.data(), bytes.size()))
         {
             writeError = out.error();
@@ -71,18 +80,14 @@ CString HttpDownload::fetch(IFile& out, IQoProgress& progress)
         }
         done += static_cast<std::int64_t>(bytes.size());
         progress.setPosition(static_cast<std::uintptr_t>(done));
-        return m_end < 0 ? m_size == 0 || done <= m_size : done < m_end - m_first;
+        return done < length;
     };
     const HttpAnswer answer = send(std::move(request));
     if (writeError != 0)
         return failureAt(m_target, writeError);
     if (!answer.isDone())
         return answer.failure;
-    if (m_end < 0 && m_size > 0 && done > m_size)
-        return answer.place + u": more bytes come than the server has said";
-    const bool isShort = m_end < 0
-                             ? m_size > 0 && done < m_size
-                             : done < m_end - m_first && !(m_size > 0 && m_first + done >= m_size);
+    const bool isShort = done < length && !(m_size > 0 && m_first + done >= m_size);
     return isShort ? answer.place + u": the file ended before it was whole" : CString();
 }
 } // namespace qo::host

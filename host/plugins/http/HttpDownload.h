@@ -6,8 +6,9 @@
 
 namespace qo::host
 {
-/// Fetches a file, or a range of it. A server that knows no ranges sends the file from its start;
-/// then the bytes before the range are left out here.
+/// Fetches a file, or a range of it. A file that breaks off is taken up as HttpResume does. A
+/// server that knows no ranges sends the file from its start; then the bytes before the range are
+/// left out here.
 class HttpDownload : public IPluginDownload
 {
 public:
@@ -19,12 +20,13 @@ protected:
     /// The size is what the server has said of the file; 0 when it has not.
     HttpDownload(const CString& target, std::int64_t size) : m_target(target), m_size(size) {}
 
-    /// Sends the request to where the file is: the request has no address yet.
+    /// Sends a request to where the file is, some times: the request has no address yet.
     virtual HttpAnswer send(HttpRequest request) = 0;
 
 private:
-    /// The cause of a failure; "" when all has come.
-    CString fetch(IFile& out, IQoProgress& progress);
+    /// Each gives the cause of a failure; "" when all has come.
+    CString fetchWhole(IFile& out, IQoProgress& progress);
+    CString fetchRange(IFile& out, IQoProgress& progress);
 
     const CString m_target;
     const std::int64_t m_size;

@@ -14,7 +14,7 @@ constexpr std::uint32_t pauseOfCleanUp = 150;  // likewise
 
 /// Servers save what they have of an upload that was cut short a moment after its end: then a part
 /// is removed until it stays away. Where that fails, it has a name that no listing shows.
-void removePart(HttpClient& client, const HttpAddress& part, bool wasCutShort)
+void removePart(HttpClient& client, const HttpAddress& part, bool mayComeBack)
 {
     const std::uint32_t start = systemClock().tickCount();
     const auto isOver = [start] { return systemClock().tickCount() - start > longestCleanUp; };
@@ -27,9 +27,25 @@ void removePart(HttpClient& client, const HttpAddress& part, bool wasCutShort)
         if (isRemoved && !isDone)
             return;
         isRemoved = isRemoved || isDone;
-        if (wasCutShort)
+        if (mayComeBack)
             systemClock().sleep(pauseOfCleanUp);
-    } while (wasCutShort && !isOver());
+    } while (mayComeBack && !isOver());
+}
+
+/// The entity tag of a file; "" when there is none, or the server says none.
+std::string tagAt(HttpClient& client, const HttpAddress& address, ThreadOperation::Link& link)
+{
+    HttpRequest head = {"HEAD", address};
+    head.isCanceled = [&link] { return link.isCanceled.load(); };
+    const HttpAnswer answer = client.run(head);
+    return answer.isDone() ? answer.tag : std::string();
+}
+
+/// Whether the connection broke off, so that it is not known what the server has of a file.
+bool wasCutShort(const HttpAnswer& answer)
+{
+    constexpr long firstRedirection = 300;
+    return !answer.isDone() && answer.status < firstRedirection;
 }
 } // namespace
 
@@ -46,12 +62,18 @@ PluginOutcome upload(HttpClient& client,
         return {failureAt(source, error), {}};
     const HttpAddress part = folder.child(toUtf8(partName()), false);
     const HttpAddress target = folder.child(toUtf8(name), false);
+    const std::string tag = replace ? tagAt(client, target, link) : std::string();
     HttpRequest put = {"PUT", part};
     put.file = file.get();
     put.headers = {"Content-Type: application/octet-stream"};
     put.isCanceled = [&link] { return link.isCanceled.load(); };
     put.sent = [&link](std::int64_t sent) { link.done = sent; };
     HttpAnswer answer = client.run(put);
+    bool mayComeBack = wasCutShort(answer);
+    // Servers differ in what conditions they know for the target of a move, so it is asked for.
+    if (answer.isDone() && replace && tagAt(client, target, link) != tag)
+        answer.failure = fromUtf8(target.url()) +
+                         u": another program has changed it meanwhile, so it stays as it is";
     if (answer.isDone())
     {
         HttpRequest move = {"MOVE", part};
@@ -59,6 +81,7 @@ PluginOutcome upload(HttpClient& client,
                         std::string("Overwrite: ") + (replace ? "T" : "F")};
         move.isCanceled = put.isCanceled;
         answer = client.run(move);
+        mayComeBack = wasCutShort(answer);
     }
     if (answer.isDone())
     {
@@ -66,7 +89,7 @@ PluginOutcome upload(HttpClient& client,
         outcome.results.Add(boost::make_shared<DavEntry>(target, name, false, file->sizeAtOpen()));
         return outcome;
     }
-    removePart(client, part, answer.status < 300);
+    removePart(client, part, mayComeBack);
     return {answer.failure, {}};
 }
 } // namespace qo::host

@@ -307,6 +307,74 @@ TEST_F(WebdavPlugin, AFolderMayHaveTenThousandFiles)
     EXPECT_EQ(server.requests, 1);
 }
 
+TEST_F(WebdavPlugin, AFileThatBreaksOffIsTakenUpWhileItIsTheSame)
+{
+    const std::string content = std::string(400, 'a') + std::string(600, 'b');
+    const auto begun = [&](const std::string& tag)
+    {
+        return "HTTP/1.1 200 OK\r\nETag: " + tag + "\r\nContent-Length: 1000\r\n\r\n" +
+               content.substr(0, 400);
+    };
+    const std::string same = "\"1\"";
+    const std::string rest = HostileServer::reply(
+        "206 OK", content.substr(400), "ETag: \"1\"\r\nContent-Range: bytes 400-999/1000\r\n");
+    const struct
+    {
+        std::string first;
+        std::string second;
+        const char* cause; ///< "" for a success
+    } cases[] = {{begun(same), rest, ""},
+                 {begun(same), HostileServer::reply("200 OK", content), "changed while"},
+                 {begun("W/" + same), rest, "broken off"},
+                 {begun(same), HostileServer::reply("404 No", ""), "no such file"}};
+    HostileServer server;
+    add(server.url());
+    const CString target = dir.collPath("copy.mp3");
+    for (const auto& each : cases)
+    {
+        server.answer = [&](const std::string& request)
+        {
+            if (request.starts_with("PROPFIND"))
+                return listing(entry("/dav/a.mp3"));
+            const bool continues = request.find("Range: bytes=400-") != std::string::npos &&
+                                   request.find("If-Range: \"1\"") != std::string::npos;
+            return continues ? each.second : each.first;
+        };
+        qo::host::takePluginFailure();
+        const bool isWhole =
+            CQoPluginManager::downloadFile(at(u"dav", u"a.mp3"), target, true, &progress);
+        const std::string cause = qo::toUtf8(qo::host::takePluginFailure());
+        EXPECT_EQ(isWhole, *each.cause == '\0') << cause;
+        EXPECT_NE(cause.find(each.cause), std::string::npos) << cause;
+        EXPECT_EQ(isWhole ? read("copy.mp3") : content, content);
+    }
+}
+
+TEST_F(WebdavPlugin, WhatAnotherProgramChangesMeanwhileIsNotReplaced)
+{
+    dir.write("new.mp3", "new");
+    HostileServer server;
+    std::string methods;
+    server.answer = [&](const std::string& request)
+    {
+        if (request.find("Authorization: Basic") == std::string::npos)
+            return HostileServer::reply("401 No", "", "WWW-Authenticate: Basic realm=\"r\"\r\n");
+        const std::string method = request.substr(0, request.find(' '));
+        const bool isSent = methods.find("PUT") != std::string::npos;
+        methods += method + " ";
+        return method == "PROPFIND"
+                   ? listing(entry("/dav/a.mp3"))
+                   : HostileServer::reply(
+                         "200 OK", "", isSent ? "ETag: \"2\"\r\n" : "ETag: \"1\"\r\n");
+    };
+    add(server.url());
+    CQoCollPath far = at(u"dav", u"a.mp3");
+    EXPECT_FALSE(CQoPluginManager::uploadFile(dir.collPath("new.mp3"), far, 3, true, &progress));
+    const std::string cause = qo::toUtf8(qo::host::takePluginFailure());
+    EXPECT_NE(cause.find("another program has changed it"), std::string::npos) << cause;
+    EXPECT_TRUE(methods.ends_with("HEAD PUT HEAD DELETE ")) << methods.substr(0, 100);
+}
+
 TEST_F(WebdavPlugin, WhatStallsOrBreaksOffLeavesNothing)
 {
     HostileServer server;
