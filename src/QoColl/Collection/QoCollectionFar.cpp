@@ -197,6 +197,10 @@ bool CQoCollection::checkWpdFilePhysicalChanges(QoFileDbItemPtr& item,
     }
     if (&now != item.get())
         takeDeviceFields(now, *item);
+    if (CQoCollDbUtils::IsNullFILETIME(now.modifTime) &&
+        !CQoCollDbUtils::IsNullFILETIME(now.createTime))
+        m_scanHost->failed(
+            IQoScanHost::ETrouble::readTag, item->path, u"the device does not say what is in it");
     return true;
 }
 

@@ -155,7 +155,16 @@ TEST_F(MtpDevices, ATrackWhoseTagsCouldNotBeReadIsReadByTheNextScan)
     CQoCollDb::CreateDatabaseIfNotValid(db, {});
     CStringArray roots;
     roots.Add(path(u"Music"));
+    struct Host final : IQoScanHost
+    {
+        void failed(ETrouble trouble, const CString&, const CString&) override
+        {
+            failures += trouble == ETrouble::readTag ? 1 : 0;
+        }
+        int failures = 0;
+    } host;
     CQoCollection& foreign = CQoCollection::m_foreignCollection;
+    foreign.setScanHost(&host);
     const auto scan = [&]
     {
         CQoCollection::OpResultInfo result;
@@ -171,6 +180,8 @@ TEST_F(MtpDevices, ATrackWhoseTagsCouldNotBeReadIsReadByTheNextScan)
         seen += scan() + " ";
     }
     EXPECT_EQ(seen, "10: 00: 01:Kino 00:Kino 00:Kino ");
+    EXPECT_EQ(host.failures, 1);
+    foreign.setScanHost(nullptr);
     CQoCollection::cleanUpGlobal();
 }
 
