@@ -83,6 +83,7 @@ TEST_F(DeviceCommand, AStickIsKnownByItsIdWhereverItIsPlugged)
     qo.expect({"ls", "--on", "Stick", point + "/Music/Kino"}, 0, "Kino/01.mp3\n");
     qo.expect({"ls", "--on", "Stick", "stick/Music/Kino"}, 0, "Kino/01.mp3\n");
     qo.expect({"tree", "--on", "Stick", "Music/Kino"}, 0, point + "/Music/Kino  (1 file)");
+    qo.expect({"view", "--on", "Stick"}, 0, "(1 own, 2 foreign)");
     EXPECT_EQ(ids()[1], before[0]);
     EXPECT_EQ(qo.paths(), std::vector<std::string>{qo.music("own.mp3")});
     // No letter of any process is kept.

@@ -195,6 +195,11 @@ TEST_F(UploadRules, HoldWhereNoFolderIsNamedAndUntilTheyAreTakenOff)
     };
     put("NAS", 0, "sent: NAS/Music/Kino/N_o/01 a_b_.mp3");
     put("NAS", 1, "it is there already");
+    // Of a file that has changed since it was scanned the tags count.
+    const QoCommand other;
+    other.expect({"tag", "set", song, "title=New"}, 0, "");
+    other.expect({"tag", "write", song}, 0, "written");
+    put("NAS", 0, "sent: NAS/Music/Kino/01 New.mp3");
     put("NAS/Music", 0, "sent: NAS/Music/1.mp3");
     qo.expect({"plugin", "put", song, "--to", "NAS", "--unsorted"}, 0, "sent: NAS/1.mp3");
     EXPECT_EQ(qo.run({"rule", "rm", "Shelf", "--yes"}).code, 0);
