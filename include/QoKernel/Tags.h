@@ -4,6 +4,7 @@
 #include "KVTagLib/PictureTag.h"
 #include "KVTagLib/TagField.h"
 #include "KVTagLib/Tags.h"
+#include "KVTagLib/TagsAhead.h"
 #include "KVTagLib/TagsReader.h"
 #include "KVTagLib/TagsReaderFactory.h"
 #include "KVTagLib/TagsWriter.h"

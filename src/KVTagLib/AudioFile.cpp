@@ -58,6 +58,12 @@ public:
 };
 #pragma GCC diagnostic pop
 
+/// Once for all formats and threads.
+void useInfoTexts()
+{
+    static const InfoTexts texts;
+}
+
 /// For tags that a file may not have.
 template <class Tag>
 void collectIf(Tag* tag, TagValues& values)
@@ -198,7 +204,7 @@ constexpr bool isBigEndian = std::is_same_v<SomeFile, RIFF::AIFF::File>;
 template <class SomeFile>
 std::unique_ptr<TagLib::File> openChunks(IOStream& stream, ID3v2::FrameFactory&)
 {
-    static const InfoTexts texts;
+    useInfoTexts();
     return hasUnboundedFrames(stream, isBigEndian<SomeFile>) ? nullptr
                                                              : std::make_unique<SomeFile>(&stream);
 }

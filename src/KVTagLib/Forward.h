@@ -8,4 +8,5 @@ class CTagsReaderFactory;
 class CTagsWriterFactory;
 class ITagsReader;
 class ITagsWriter;
+class TagsAhead;
 } // namespace KVTagLib

@@ -33,7 +33,6 @@ public:
     CTags(const CString& pictureDir, TagExtent extent) : m_extent(extent), m_pictureDir(pictureDir)
     {
     }
-    ~CTags() = default;
 
     /// The first artist whose name is not empty; "" if all names are; false without any artist.
     bool GetFirstValidArtist(CString& artist) const;

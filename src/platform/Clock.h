@@ -50,6 +50,8 @@ public:
     virtual unsigned processId() const = 0;
     /// A new random id (version 4).
     virtual GUID newGuid() const = 0;
+    /// How often the calling thread has slept, as for a disk or a lock; this one has no idea.
+    virtual std::uint64_t threadWaits() const { return 0; }
     /// Lets the calling thread rest.
     virtual void sleep(std::uint32_t milliseconds) const;
 };

@@ -1,6 +1,7 @@
 #include "platform/posix/PosixClock.h"
 
 #include <sys/random.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -50,6 +51,13 @@ unsigned PosixClock::threadId() const
 unsigned PosixClock::processId() const
 {
     return static_cast<unsigned>(::getpid());
+}
+
+std::uint64_t PosixClock::threadWaits() const
+{
+    rusage usage{};
+    ::getrusage(RUSAGE_THREAD, &usage);
+    return static_cast<std::uint64_t>(usage.ru_nvcsw);
 }
 
 GUID PosixClock::newGuid() const

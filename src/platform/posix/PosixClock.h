@@ -14,5 +14,6 @@ public:
     unsigned threadId() const override;
     unsigned processId() const override;
     GUID newGuid() const override;
+    std::uint64_t threadWaits() const override;
 };
 } // namespace qo
