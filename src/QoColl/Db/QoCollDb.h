@@ -203,6 +203,8 @@ private:
     void recreate(bool hasVersion, const ConfigInfo& config);
     bool makeTables(bool hasVersion); ///< false if another process has made them meanwhile
     CSQLiteStatement compileFileInsert();
+    CSQLiteStatement& insertOfNewFile();
+    CSQLiteStatement& updateOfFile(bool withLyrics);
     void runFileInsert(CSQLiteStatement& statement, QoFileDbItemPtr& item, const CString& collId);
     /// Reads the first row of a query; false, with item unchanged, if there is none.
     bool extractFirst(CSQLiteStatement& statement, QoFileDbItemPtr& item);
@@ -211,10 +213,12 @@ private:
 
     std::unique_ptr<CSQLiteDB> m_connection; ///< hosts need not know the facade
     CSQLiteDB& m_db;                         ///< the same
-    /// Inserts a file without an id. It is kept, since a scan saves many, and ends before m_db.
-    std::unique_ptr<CSQLiteStatement> m_newFile;
-    CString m_version;         ///< as checkVersion() has read it
-    bool m_unreadable = false; ///< the file turned out not to be a database
+    // What a save runs for each record is compiled once: for a row of many columns that costs as
+    // much as running it.
+    std::unique_ptr<CSQLiteStatement> m_insertOfNew;
+    std::unique_ptr<CSQLiteStatement> m_updates[2]; ///< without lyrics and with them
+    CString m_version;                              ///< as checkVersion() has read it
+    bool m_unreadable = false;                      ///< the file turned out not to be a database
     bool m_isTableChecked = false;
     bool m_hasOtherColumns = false; ///< FILE_T has columns that this version does not know
 };

@@ -188,17 +188,30 @@ bool CQoCollDb::hasOwnCollFiles() const
 
 void CQoCollDb::insertFile(QoFileDbItemPtr& item, const CString& collId)
 {
-    if (item->id != 0)
+    if (item->id == 0)
     {
-        CSQLiteStatement statement = compileFileInsert();
-        runFileInsert(statement, item, collId);
+        runFileInsert(insertOfNewFile(), item, collId);
+        item->id = takeRowId(u"FILE_T");
         return;
     }
-    // Parameters stay bound, and the id is one that is never bound here.
-    if (!m_newFile)
-        m_newFile.reset(new CSQLiteStatement(compileFileInsert()));
-    runFileInsert(*m_newFile, item, collId);
-    item->id = takeRowId(u"FILE_T");
+    CSQLiteStatement statement = compileFileInsert();
+    runFileInsert(statement, item, collId);
+}
+
+/// For records without an id: a parameter that was bound once would stay bound.
+CSQLiteStatement& CQoCollDb::insertOfNewFile()
+{
+    if (!m_insertOfNew)
+        m_insertOfNew.reset(new CSQLiteStatement(compileFileInsert()));
+    return *m_insertOfNew;
+}
+
+CSQLiteStatement& CQoCollDb::updateOfFile(bool withLyrics)
+{
+    auto& kept = m_updates[withLyrics ? 1 : 0];
+    if (!kept)
+        kept.reset(new CSQLiteStatement(m_db.CompileStatement(qo::updateFileText(withLyrics))));
+    return *kept;
 }
 
 void CQoCollDb::insertFiles(QoFileDbItemArray& items)
@@ -242,9 +255,7 @@ void CQoCollDb::runFileInsert(CSQLiteStatement& statement,
 
 void CQoCollDb::updateFile(QoFileDbItemPtr& item)
 {
-    static const CString plainSql = qo::updateFileText(false);
-    static const CString lyricsSql = qo::updateFileText(true);
-    CSQLiteStatement statement = m_db.CompileStatement(item->lyricsLoaded ? lyricsSql : plainSql);
+    CSQLiteStatement& statement = updateOfFile(item->lyricsLoaded);
     bindParams(
         item, item->lyricsLoaded ? qo::bindFileId | qo::bindFileLyrics : qo::bindFileId, statement);
     statement.ExecuteDML();

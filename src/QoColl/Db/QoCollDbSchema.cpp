@@ -286,7 +286,9 @@ void CQoCollDb::setWriteAheadLogging()
                 u"CQoCollDb::setWriteAheadLogging: %s stays in journal mode [%s]",
                 m_db.path(),
                 mode);
-    m_newFile.reset();
+    m_insertOfNew.reset();
+    for (auto& update : m_updates)
+        update.reset();
     m_db.Close();
     m_db.Open();
 }
