@@ -373,7 +373,7 @@ void CollectionLoader::takeIn(const CStringArray& walked,
     SlicedScan scan(collection,
                     m_session.scanHost(),
                     m_progress,
-                    m_options.filesInSlice,
+                    {m_options.filesInSlice, m_options.tagThreads},
                     fresh,
                     m_options.rescan ? mark.filesAtFirst() : CStringArray());
     SlicedScan::End end;

@@ -25,6 +25,7 @@ struct LoadOptions
     CString database;    ///< "" for the collection's own; another one for a trial run
     bool isLast = false; ///< nobody looks at the logical tree afterwards: it may be out of date
     int filesInSlice = SlicedScan::defaultSlice;
+    int tagThreads = 0; ///< that read tags; 0: as the machine and the files have it
 };
 
 struct LoadReport

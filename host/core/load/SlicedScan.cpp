@@ -6,8 +6,10 @@
 #include "core/session/ScanHost.h"
 
 #include <QoKernel/Physical.h>
+#include <QoKernel/Tags.h>
 
 #include <algorithm>
+#include <deque>
 #include <functional>
 
 namespace qo::host
@@ -116,19 +118,54 @@ private:
     bool m_haveMoved = false;
 };
 
+/// The files of all slices, so that reading goes on while a slice is saved.
+class SlicedScan::FilesAhead
+{
+public:
+    FilesAhead(const SlicedScan& scan, const std::vector<DiskChange>& changes)
+        : m_host(scan.m_host)
+        , m_ahead(filesOf(changes),
+                  CQoPaths::getPictureTempDir(),
+                  [&progress = scan.m_progress] { return progress.isCanceled(); },
+                  {.threads = scan.m_tagThreads})
+    {
+        m_host.setTagsAhead(&m_ahead);
+    }
+    ~FilesAhead() { m_host.setTagsAhead(nullptr); }
+    FilesAhead(const FilesAhead&) = delete;
+    FilesAhead& operator=(const FilesAhead&) = delete;
+
+private:
+    static std::deque<CString> filesOf(const std::vector<DiskChange>& changes)
+    {
+        std::deque<CString> files;
+        for (const DiskChange& change : changes)
+        {
+            // What moved has not changed as a rule, and is not read then.
+            if (change.action == CQoFileChangeInfo::scan)
+                files.push_back(CQoUtils::getRealPath(change.lastPath()));
+        }
+        return files;
+    }
+
+    ScanHost& m_host;
+    KVTagLib::TagsAhead m_ahead;
+};
+
 SlicedScan::SlicedScan(CQoCollection& collection,
                        ScanHost& host,
                        ProgressReporter& progress,
-                       int filesInSlice,
+                       const Effort& effort,
                        const CStringArray& freshRoots,
                        const CStringArray& filesReadBefore)
     : m_collection(collection)
     , m_host(host)
     , m_progress(progress)
-    , m_filesInSlice(static_cast<std::size_t>(std::max(filesInSlice, 1)))
+    , m_filesInSlice(static_cast<std::size_t>(std::max(effort.filesInSlice, 1)))
+    , m_tagThreads(effort.tagThreads)
 {
     for (const CString& root : freshRoots)
-        m_freshRoots.push_back(pathKey(addBackslash(root)));
+        m_freshRoots.push_back(addBackslash(root));
     for (const CString& file : filesReadBefore)
         m_read.insert(pathKey(file));
 }
@@ -139,6 +176,7 @@ SlicedScan::Report SlicedScan::read(const std::vector<DiskChange>& changes, cons
     report.files = m_collection.getFileCount();
     m_progress.setStage(IQoProgress::stageCheck);
     m_progress.setRange(IQoProgress::rangeKnown, static_cast<int>(changes.size()));
+    const FilesAhead ahead(*this, changes);
     bool isLast = false;
     for (std::size_t from = 0; !isLast && report.isSaved && !m_progress.isCanceled();)
     {
@@ -273,9 +311,10 @@ bool SlicedScan::isOfThisScan(const CString& path) const
 
 bool SlicedScan::isBelowFresh(const CString& path) const
 {
-    const std::u16string key = pathKey(path);
-    return std::any_of(m_freshRoots.begin(),
-                       m_freshRoots.end(),
-                       [&key](const std::u16string& root) { return key.starts_with(root); });
+    return std::any_of(
+        m_freshRoots.begin(),
+        m_freshRoots.end(),
+        [whole = path.view()](const CString& root)
+        { return compareNoCase(whole.substr(0, root.view().size()), root.view()) == 0; });
 }
 } // namespace qo::host

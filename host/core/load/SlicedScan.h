@@ -24,6 +24,12 @@ public:
     /// As many files as are read in a moment: the least that is worth a save of its own.
     static constexpr int defaultSlice = 2000;
 
+    struct Effort
+    {
+        int filesInSlice = defaultSlice;
+        int tagThreads = 0; ///< that read tags; 0: as the machine and the files have it
+    };
+
     struct Report
     {
         int added = 0; ///< saved
@@ -52,7 +58,7 @@ public:
     SlicedScan(CQoCollection& collection,
                ScanHost& host,
                ProgressReporter& progress,
-               int filesInSlice,
+               const Effort& effort,
                const CStringArray& freshRoots,
                const CStringArray& filesReadBefore);
 
@@ -66,6 +72,7 @@ public:
 private:
     class SliceProgress;
     class NamesOfThisScan;
+    class FilesAhead;
 
     bool apply(const std::vector<DiskChange>& changes,
                std::size_t from,
@@ -88,7 +95,8 @@ private:
     ScanHost& m_host;
     ProgressReporter& m_progress;
     std::size_t m_filesInSlice;
-    std::vector<std::u16string> m_freshRoots;  ///< keys with closing backslash
+    int m_tagThreads;
+    std::vector<CString> m_freshRoots;         ///< with closing backslash
     std::unordered_set<std::u16string> m_read; ///< keys of what was read elsewhere
 };
 } // namespace qo::host

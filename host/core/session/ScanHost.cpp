@@ -107,6 +107,9 @@ void ScanHost::failed(ETrouble trouble, const CString& path, const CString& caus
     case ETrouble::absent:
         m_unread.Add(path);
         break;
+    case ETrouble::givenUp:
+        m_givenUp.Add(path);
+        break;
     case ETrouble::unlisted: // of far collections alone
         break;
     case ETrouble::twin:
@@ -119,6 +122,7 @@ void ScanHost::forget()
 {
     m_lastFailure.clear();
     m_unread.RemoveAll();
+    m_givenUp.RemoveAll();
     m_twins.RemoveAll();
     m_ofOtherKind = 0;
     m_notesFailure.clear();
@@ -139,6 +143,9 @@ std::vector<std::string> ScanHost::fileRemarks() const
         fileRemark(m_unread,
                    "a file has tags that could not be read (\"qo info\" says why)",
                    "files have tags that could not be read (\"qo info\" says why)"),
+        fileRemark(m_givenUp,
+                   "the disk did not give a file, which the next scan reads",
+                   "files were not given by their disk, and the next scan reads them"),
         fileRemark(
             m_twins,
             "a file was left out, as the collection knows another one by its name, upper and "

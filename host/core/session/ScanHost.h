@@ -28,6 +28,9 @@ public:
     /// True for a file of another size or another write time, be it an older one, and for one that
     /// may be read at last.
     bool mustRead(const QoFileDbItem& record, const FileInfo& seen) override;
+    /// Not owned; null for none.
+    void setTagsAhead(KVTagLib::TagsAhead* ahead) { m_ahead = ahead; }
+    KVTagLib::TagsAhead* tagsAhead() override { return m_ahead; }
     void failed(ETrouble trouble, const CString& path, const CString& cause) override;
 
     /// Who follows what the analysis makes of the records.
@@ -62,11 +65,13 @@ private:
 
     bool m_readAll = false;
     INames* m_names = nullptr;
+    KVTagLib::TagsAhead* m_ahead = nullptr;
     std::set<CString> m_readAgain;
     std::set<std::string> m_readExts;
     int m_ofOtherKind = 0;
     std::string m_lastFailure;
     CStringArray m_unread;
+    CStringArray m_givenUp;
     CStringArray m_twins;
     std::vector<TagNotes> m_tagNotes; ///< of files that were read since the last save
     std::vector<CString> m_added;     ///< lasting ids of the new ones among them

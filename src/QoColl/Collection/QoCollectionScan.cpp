@@ -1,4 +1,5 @@
 #include "KVTagLib/Tags.h"
+#include "KVTagLib/TagsAhead.h"
 #include "Physical/HDDirectory.h"
 #include "Physical/HDFile.h"
 #include "QoColl/Collection/FileFinder.h"
@@ -456,27 +457,34 @@ bool CQoCollection::checkDiskFilePhysicalChanges(QoFileDbItemPtr& item,
         item->dbState = dbState::modified;
         followFurtherExt(item);
     }
-    bool hasLeft = false;
+    bool isUnsettled = false;
     if (readTag)
     {
         KVTagLib::CTags tags(CQoPaths::getPictureTempDir());
+        KVTagLib::TagsAhead* const ahead = m_scanHost->tagsAhead();
         CMusicTagEx tag;
         CString cause;
-        const bool hasTags = CMusicTagEx::readTag(real, tags, &cause);
+        const bool hasTags = CMusicTagEx::readTag(real, tags, &cause, ahead);
         if (hasTags)
         {
             tag.setFileTags(tags);
             tag.getTag(item);
         }
-        else if (!cause.IsEmpty())
-            m_scanHost->failed(IQoScanHost::ETrouble::readTag, item->path, cause);
+        const bool isGivenUp = !hasTags && ahead && ahead->hasGivenUp();
+        if (!hasTags && !cause.IsEmpty())
+            m_scanHost->failed(isGivenUp ? IQoScanHost::ETrouble::givenUp
+                                         : IQoScanHost::ETrouble::readTag,
+                               item->path,
+                               cause);
         m_scanHost->fileRead(*item, hasTags ? &tags : nullptr);
-        hasLeft = !hasTags && CQoCollPath::typeOf(item->path) == CQoCollPath::usb &&
-                  !theQoUSBManager.isConnected(CQoCollPath(item->path));
+        const bool hasLeft = !hasTags && CQoCollPath::typeOf(item->path) == CQoCollPath::usb &&
+                             !theQoUSBManager.isConnected(CQoCollPath(item->path));
+        isUnsettled = isGivenUp || hasLeft;
     }
     item->createTime = info.created;
-    // What could not be read since the stick was pulled out is read by the next scan.
-    item->modifTime = hasLeft ? FILETIME() : info.modified;
+    // What could not be read since the stick was pulled out, or a server does not answer, is read
+    // by the next scan.
+    item->modifTime = isUnsettled ? FILETIME() : info.modified;
     item->size = info.size;
     return true;
 }

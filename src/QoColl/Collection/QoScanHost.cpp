@@ -25,6 +25,11 @@ bool IQoScanHost::mustRead(const QoFileDbItem&, const qo::FileInfo&)
 
 void IQoScanHost::beforeNames(const QoFileDbItemArray&) {}
 
+KVTagLib::TagsAhead* IQoScanHost::tagsAhead()
+{
+    return nullptr;
+}
+
 void IQoScanHost::fileRead(const QoFileDbItem&, const KVTagLib::CTags*) {}
 
 void IQoScanHost::beforeSave() {}

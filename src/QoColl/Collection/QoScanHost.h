@@ -17,6 +17,7 @@ public:
         load,     ///< the collection could not be loaded; the path is that of the database
         save,     ///< nor saved
         readTag,  ///< the file is in the collection, without tags
+        givenUp,  ///< nor is its tag, as its disk did not give the file: the next scan reads it
         absent,   ///< the file's attributes cannot be had; its record stays as it is
         unlisted, ///< a source did not list all below the folder; what it left out keeps its
                   ///< records
@@ -35,6 +36,10 @@ public:
     /// Whether a known file is read although its write time is not newer than the stored one, which
     /// is all that the collection itself goes by. This one says no.
     virtual bool mustRead(const QoFileDbItem& record, const qo::FileInfo& seen);
+    /// What reads the tags of files before their turn comes; it must have been given these files,
+    /// by their system's paths (see CQoUtils::getRealPath) and in the order in which the collection
+    /// goes through them. This one has null: each file is read when its turn comes.
+    virtual KVTagLib::TagsAhead* tagsAhead();
     /// Called when a file was read, before its record is saved. tags is null for a file without
     /// readable tags. The record has its lasting id and, if it is new, dbState::added.
     virtual void fileRead(const QoFileDbItem& record, const KVTagLib::CTags* tags);

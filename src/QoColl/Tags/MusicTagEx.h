@@ -127,7 +127,11 @@ public:
     /// Reads the tag of a file. False after a failure, and the attributes have no values then;
     /// cause, which may be null, gets what was wrong with a file that has a format of ours.
     bool readTag(const char16_t* path, CString* cause = nullptr);
-    static bool readTag(const char16_t* path, KVTagLib::CTags& tags, CString* cause = nullptr);
+    /// With ahead, which may be null, the file is one of those that are read ahead.
+    static bool readTag(const char16_t* path,
+                        KVTagLib::CTags& tags,
+                        CString* cause = nullptr,
+                        KVTagLib::TagsAhead* ahead = nullptr);
     /// What the first of them makes of what the second found.
     void setFileTags(const KVTagLib::CTags& tags);
     /// Writes all current values into the file, which is made writable for this. Lyrics that the

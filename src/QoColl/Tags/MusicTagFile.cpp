@@ -1,4 +1,5 @@
 #include "KVTagLib/Tags.h"
+#include "KVTagLib/TagsAhead.h"
 #include "KVTagLib/TagsReader.h"
 #include "KVTagLib/TagsReaderFactory.h"
 #include "KVTagLib/TagsWriter.h"
@@ -105,10 +106,14 @@ void CMusicTagEx::setFileTags(const CTags& tags)
     setNumbers(time, bitrate);
 }
 
-bool CMusicTagEx::readTag(const char16_t* path, CTags& tags, CString* cause)
+bool CMusicTagEx::readTag(const char16_t* path,
+                          CTags& tags,
+                          CString* cause,
+                          KVTagLib::TagsAhead* ahead)
 {
     const std::unique_ptr<KVTagLib::ITagsReader> reader(
-        KVTagLib::CTagsReaderFactory::CreateTagsReader(path));
+        ahead ? ahead->createTagsReader(path)
+              : KVTagLib::CTagsReaderFactory::CreateTagsReader(path));
     if (!reader)
     {
         qo::log(qo::level::error,

@@ -173,7 +173,7 @@ protected:
         return collection.load(path, u"", folders, {}, rescan, &silent, nullptr);
     }
 
-    SlicedScan::Report scanInSlices(const CStringArray& fresh, int files)
+    SlicedScan::Report scanInSlices(const CStringArray& fresh, const SlicedScan::Effort& effort)
     {
         ScanHost host;
         collection.setScanHost(&host);
@@ -191,7 +191,7 @@ protected:
         SlicedScan::End end;
         end.foldersToAnalyze = allRoots;
         const SlicedScan::Report report =
-            SlicedScan(collection, host, progress, files, fresh, {}).read(changes, end);
+            SlicedScan(collection, host, progress, effort, fresh, {}).read(changes, end);
         collection.setScanHost(nullptr);
         return report;
     }
@@ -246,17 +246,19 @@ TEST_F(SlicedScanTest, EndsAsAScanInOnePieceDoes)
     ASSERT_TRUE(load(database("whole"), roots, true));
     const std::vector<std::string> whole = stateOf(collection);
     ASSERT_GT(whole.size(), 80U);
-    for (const int files : {1, 7, 1000})
+    for (const auto& [files, threads] : {std::pair(1, 1), {7, 2}, {7, 16}, {1000, 0}})
     {
-        const CString path = database(("sliced" + std::to_string(files)).c_str());
+        const std::string name =
+            "sliced" + std::to_string(files) + " by " + std::to_string(threads);
+        const CString path = database(name.c_str());
         ASSERT_TRUE(load(path, {}, false));
         collection.addRootDirs(roots, {});
-        const SlicedScan::Report report = scanInSlices(roots, files);
+        const SlicedScan::Report report = scanInSlices(roots, {files, threads});
         EXPECT_TRUE(report.isSaved);
         EXPECT_EQ(report.hasMoved, files < report.added) << "or the test shows nothing";
         EXPECT_EQ(report.added, collection.getFileCount());
         ASSERT_TRUE(load(path, roots, false));
-        EXPECT_EQ(stateOf(collection), whole) << files << " files in a slice";
+        EXPECT_EQ(stateOf(collection), whole) << name;
     }
 }
 
@@ -285,7 +287,7 @@ TEST_F(SlicedScanTest, OldRootBesideANewOneKeepsWhatAScanInOnePieceKeeps)
     const CString sliced = prepare("sliced");
     ASSERT_TRUE(load(sliced, old, false));
     collection.addRootDirs(fresh, {});
-    const SlicedScan::Report report = scanInSlices(fresh, 4);
+    const SlicedScan::Report report = scanInSlices(fresh, {4});
     EXPECT_TRUE(report.isSaved);
     EXPECT_EQ(report.changed, 0);
     ASSERT_TRUE(load(sliced, both, false));
