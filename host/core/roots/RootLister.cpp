@@ -25,7 +25,66 @@ bool isWaiting(const CString& name)
     rest = rest.substr(0, rest.find(u'.'));
     return rest.find(u'-') != rest.npos && rest.find_first_not_of(u"0123456789-") == rest.npos;
 }
+
+bool isFolderEntry(const DirEntry& entry)
+{
+    return entry.info.kind == FileKind::directory;
+}
+
+/// A folder as the disk has it.
+struct Listed
+{
+    std::vector<DirEntry> entries = {};
+    int error = 0;
+    std::optional<FileInfo> here = {}; ///< of the folder itself; only where it has folders
+};
+
+std::size_t listFolder(const CString& folder, Listed& listed)
+{
+    listed.error = fileSystem().list(folder, listed.entries);
+    FileInfo here;
+    if (std::any_of(listed.entries.begin(), listed.entries.end(), isFolderEntry) &&
+        fileSystem().info(folder, Spelling::exact, here) == 0)
+        listed.here = here;
+    constexpr std::size_t bytesOfName = 64;
+    return listed.entries.size() * (sizeof(DirEntry) + bytesOfName);
+}
 } // namespace
+
+/// Folders of one walk that wait to be listed, in its order.
+class RootLister::FoldersAhead
+{
+public:
+    void add(const CString& folder) { m_pool.add(folder); }
+    Listed take(const CString& folder)
+    {
+        Listed listed;
+        m_pool.take(folder, listed, {});
+        return listed;
+    }
+
+private:
+    // A disk that answers from memory is listed faster by the walk alone.
+    AheadPool<Listed> m_pool{listFolder, {.threads = 0}};
+};
+
+/// What was listed ahead is as old as the walk, and goes with it.
+class RootLister::WalkAhead
+{
+public:
+    explicit WalkAhead(std::unique_ptr<FoldersAhead>& ahead) : m_ahead(ahead)
+    {
+        m_ahead = std::make_unique<FoldersAhead>();
+    }
+    ~WalkAhead() { m_ahead.reset(); }
+    WalkAhead(const WalkAhead&) = delete;
+    WalkAhead& operator=(const WalkAhead&) = delete;
+
+private:
+    std::unique_ptr<FoldersAhead>& m_ahead;
+};
+
+RootLister::~RootLister() = default;
 
 RootLister::RootLister(const CStringArray& roots, const CString& ignoredNames)
     : m_rules(ignoredNames)
@@ -89,18 +148,14 @@ bool RootLister::leadsIntoRoot(const CString& link) const
                        [&](const CString& root) { return target.view().starts_with(root.view()); });
 }
 
-void RootLister::noteFarFolders(const CString& folder, const std::vector<DirEntry>& entries)
+void RootLister::noteFarFolders(const CString& folder,
+                                const std::vector<DirEntry>& entries,
+                                const std::optional<FileInfo>& here)
 {
-    FileInfo here;
-    bool isKnown = false;
     for (const DirEntry& entry : entries)
     {
-        if (entry.info.kind != FileKind::directory)
-            continue;
-        if (!isKnown && fileSystem().info(folder, Spelling::exact, here) != 0)
-            return;
-        isKnown = true;
-        if (entry.info.isLink || entry.info.device != here.device)
+        if (here && isFolderEntry(entry) &&
+            (entry.info.isLink || entry.info.device != here->device))
             m_farFolders.push_back(
                 {addBackslash(folder) + entry.name, entry.info.device, entry.info.isLink});
     }
@@ -110,23 +165,34 @@ int RootLister::list(const CString& folder, std::vector<DirEntry>& entries)
 {
     if (m_clears)
         clearTemporaries(folder);
-    const int error = fileSystem().list(folder, entries);
-    if (error != 0)
-        m_errors.insert_or_assign(folder, error);
+    Listed listed;
+    if (m_ahead)
+        listed = m_ahead->take(folder);
+    else
+        listFolder(folder, listed);
+    entries = std::move(listed.entries);
+    if (listed.error != 0)
+        m_errors.insert_or_assign(folder, listed.error);
     const auto isRules = [](const DirEntry& entry) { return entry.name == IgnoreRules::fileName; };
     if (std::any_of(entries.begin(), entries.end(), isRules))
         readRules(folder);
     std::erase_if(entries,
                   [&](const DirEntry& entry)
                   {
-                      const bool isFolder = entry.info.kind == FileKind::directory;
-                      if (!isWaiting(entry.name) && m_rules.isLeftOut(folder, entry.name, isFolder))
+                      if (!isWaiting(entry.name) &&
+                          m_rules.isLeftOut(folder, entry.name, isFolderEntry(entry)))
                           return true;
                       return entry.info.isLink && entry.info.kind != FileKind::other &&
                              leadsIntoRoot(addBackslash(folder) + entry.name);
                   });
-    noteFarFolders(folder, entries);
-    return error;
+    noteFarFolders(folder, entries, listed.here);
+    for (const DirEntry& entry : entries)
+    {
+        // The walk comes to links at its end.
+        if (m_ahead && isFolderEntry(entry) && !entry.info.isLink)
+            m_ahead->add(addBackslash(folder) + entry.name);
+    }
+    return listed.error;
 }
 
 void RootLister::forEachFile(
@@ -138,6 +204,7 @@ void RootLister::forEachFile(
     filter.m_flags = QoKernel::CFileFilter::testType;
     filter.m_typeMask = QoKernel::CFileFilter::plainFiles;
     QoKernel::CFileFinder finder;
+    const WalkAhead ahead(m_ahead);
     for (bool any = finder.findFirst({folder, true, this, &m_rootFolders}, filter); any;
          any = finder.findNext())
     {

@@ -7,6 +7,8 @@
 
 #include <functional>
 #include <map>
+#include <memory>
+#include <optional>
 #include <set>
 #include <utility>
 #include <vector>
@@ -14,15 +16,18 @@
 namespace qo::host
 {
 /// What every walk of ours through root folders sees of them: not what IgnoreRules leave out, and
-/// no link to what lies in a root folder anyway, which has
-/// its own path there. Takes note of folders that cannot be listed and of other disks. For one
-/// thread.
+/// no link to what lies in a root folder anyway, which has its own path there. Takes note of
+/// folders that cannot be listed and of other disks. Where a disk is slow, a walk asks for several
+/// folders at a time, on threads that use the platform alone. For one thread.
 class RootLister final : public IFolderLister
 {
 public:
     /// All root folders of the collection, whether they are walked or not, and the names that
     /// IgnoreRules take.
     RootLister(const CStringArray& roots, const CString& ignoredNames);
+    ~RootLister() override;
+    RootLister(const RootLister&) = delete;
+    RootLister& operator=(const RootLister&) = delete;
 
     /// Lets the walk remove what writers that were killed left behind; for who may change
     /// something.
@@ -46,17 +51,23 @@ public:
     const std::vector<FarFolder>& farFolders() const { return m_farFolders; }
 
 private:
+    class FoldersAhead;
+    class WalkAhead;
+
     void readRules(const CString& folder);
     void readRulesAbove(const CString& folder);
     bool hasAllRulesFor(const CString& file) const;
-    void noteFarFolders(const CString& folder, const std::vector<DirEntry>& entries);
+    void noteFarFolders(const CString& folder,
+                        const std::vector<DirEntry>& entries,
+                        const std::optional<FileInfo>& here);
     bool leadsIntoRoot(const CString& link) const;
 
     std::vector<CString> m_roots; ///< as they are on the disk, with closing backslashes
     std::set<std::pair<std::uint64_t, std::uint64_t>> m_rootFolders; ///< device and inode
     IgnoreRules m_rules;
     bool m_clears = false;
-    std::set<CString> m_readFolders; ///< whose rules are known
+    std::unique_ptr<FoldersAhead> m_ahead; ///< during a walk
+    std::set<CString> m_readFolders;       ///< whose rules are known
     std::map<CString, int> m_errors;
     std::map<CString, int> m_ruleErrors;
     std::vector<FarFolder> m_farFolders;

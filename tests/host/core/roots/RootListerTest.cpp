@@ -1,5 +1,6 @@
 #include "core/roots/RootLister.h"
 
+#include "support/SlowDisk.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -130,4 +131,31 @@ TEST(RootLister, AFileHasItsOwnPathWhateverLinksLeadToIt)
     EXPECT_TRUE(found.contains("music/z/2.mp3"));
     EXPECT_TRUE(found.contains("more/3.mp3"));
     EXPECT_EQ(found.size(), 5U) << "each file once";
+}
+
+TEST(RootLister, WalkOfASlowDiskListsSeveralFoldersAtATimeAndSeesTheSame)
+{
+    const TempDir dir;
+    for (int i = 0; i < 60; ++i)
+        dir.write("music/" + std::to_string(i % 6) + "/" + std::to_string(i) + "/a.mp3", "x");
+    fs::create_directory_symlink(dir.path("music/3/3"), dir.path("music/0/link"));
+    CStringArray roots;
+    roots.Add(dir.collPath("music"));
+    const auto walk = [&]
+    {
+        std::vector<CString> files;
+        RootLister lister(roots, u"");
+        lister.forEachFile(roots[0],
+                           [&](const CString& path, const qo::FileInfo& info)
+                           {
+                               files.push_back(path);
+                               return info.size == 1;
+                           });
+        return files;
+    };
+    const std::vector<CString> expected = walk();
+    EXPECT_EQ(expected.size(), 60U);
+    const SlowDisk disk("list");
+    EXPECT_EQ(walk(), expected);
+    EXPECT_GE(disk.mostAtATime(), 4);
 }
