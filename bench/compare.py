@@ -189,6 +189,19 @@ class Bench:
             self.note("bare renames", float(floor))
             self.note("apply of 10,000 renames", float(own))
 
+    def slow_disk(self):
+        """First scans of some files from a disk that takes 5 ms for each call: one file at a time, and with all threads."""
+        work = os.path.dirname(self.music)
+        music = os.path.join(work, "library-slow")
+        if not os.path.exists(music):
+            self.run([self.tool("tools", "library", "make_library"), music, "--files", "2000"])
+        for _ in range(self.options.runs):
+            data = os.path.join(work, "data-slow")
+            shutil.rmtree(data, ignore_errors=True)
+            one, all_threads = self.run([self.tool("bench", "bench_slow_scan"), music, data]).split()[1:]
+            self.note("slow scan of one file at a time", float(one))
+            self.note("slow scan", float(all_threads))
+
     def extract(self):
         """An extract of all rows: the bare write of its bytes, its writing and its reading."""
         for _ in range(self.options.runs):
@@ -261,7 +274,7 @@ def row(name, value, floor, shown, unit, must, aim):
     """A line of the table; shown is what must reach the limits, in their unit."""
     verdict = "aim" if shown <= aim else "yes" if shown <= must else "NO"
     ratio = f"{shown:.2f} x" if unit == "x" else ""
-    return Row(f"| {name} | {value} | {floor} | {ratio} | {must} {unit} | {aim} {unit} | {verdict} |", shown > must)
+    return Row(f"| {name} | {value} | {floor} | {ratio} | {must:.3g} {unit} | {aim:.3g} {unit} | {verdict} |", shown > must)
 
 
 def ratio_row(name, value, floor, must, aim):
@@ -300,6 +313,9 @@ def judgements(bench):
     yield bench.plan, lambda: [time_row("plan for all files", median("plan for all files"), 2, 1)]
     yield bench.renames, lambda: [
         ratio_row("apply of 10,000 renames", median("apply of 10,000 renames"), median("bare renames"), 3, 2)]
+    yield bench.slow_disk, lambda: [
+        ratio_row("first scan of 2,000 files from a slow disk against one file at a time", median("slow scan"),
+                  median("slow scan of one file at a time"), 1 / 6, 0.1)]
     there = far.Far(bench)
     yield there.webdav, lambda: [
         ratio_row("scan of 1,000 files over WebDAV against the waits of its requests", median("WebDAV scan"),
