@@ -195,10 +195,17 @@ bool CQoCollection::checkWpdFilePhysicalChanges(QoFileDbItemPtr& item,
             item->path);
         item->dbState = dbState::modified;
     }
-    if (&now != item.get())
+    const bool isSilent = CQoCollDbUtils::IsNullFILETIME(now.modifTime) &&
+                          !CQoCollDbUtils::IsNullFILETIME(now.createTime);
+    if (isSilent && item->dbState == dbState::modified)
+    {
+        // Its tags may come with the next scan, and until then the known ones stay.
+        item->size = now.size;
+        item->modifTime = now.modifTime;
+    }
+    else if (&now != item.get())
         takeDeviceFields(now, *item);
-    if (CQoCollDbUtils::IsNullFILETIME(now.modifTime) &&
-        !CQoCollDbUtils::IsNullFILETIME(now.createTime))
+    if (isSilent)
         m_scanHost->failed(
             IQoScanHost::ETrouble::readTag, item->path, u"the device does not say what is in it");
     return true;
@@ -232,7 +239,12 @@ bool CQoCollection::checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr& item
     log(level::flow,
         u"CQoCollection::checkPhysicalPluginFilePhysicalChanges : file modified : %s",
         item->path);
-    CQoCollDbUtils::copyTags(boost::make_shared<QoFileDbItem>(*listed), item);
+    const bool hasTags = !listed->artist.IsEmpty() || !listed->album.IsEmpty() ||
+                         !listed->title.IsEmpty() || !listed->genre.IsEmpty();
+    // A file that has no tag at the source any more keeps the known one, as a file on a disk does.
+    if (hasTags)
+        CQoCollDbUtils::copyTags(boost::make_shared<QoFileDbItem>(*listed), item);
+    item->size = listed->size;
     item->dbState = dbState::modified;
     return true;
 }
