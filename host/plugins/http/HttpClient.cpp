@@ -129,7 +129,13 @@ std::size_t takeHeader(char* bytes, std::size_t, std::size_t count, void* data)
 {
     auto& exchange = *static_cast<Exchange*>(data);
     const std::string_view line(bytes, count);
-    if (auto location = valueOf(line, "location:"))
+    // A status line: what an answer before said, as a refusal, does not count for this one.
+    if (line.starts_with("HTTP/"))
+    {
+        exchange.location.clear();
+        exchange.tag.clear();
+    }
+    else if (auto location = valueOf(line, "location:"))
         exchange.location = std::move(*location);
     else if (auto tag = valueOf(line, "etag:"))
         exchange.tag = std::move(*tag);

@@ -14,6 +14,7 @@ constexpr long firstServerFailure = 500;
 /// A server that gives a byte with each answer is not waited for any longer than a silent one.
 constexpr std::int64_t enoughBytes = std::int64_t{64} * 1024;
 constexpr std::uint32_t pauseSlice = 100; // milliseconds between two questions whether to stop
+constexpr const char16_t* hasChanged = u": the file changed while it was fetched";
 } // namespace
 
 HttpResume::HttpResume(IFile& out,
@@ -38,7 +39,10 @@ bool HttpResume::run(const Send& send, const HttpPatience& patience)
     while (true)
     {
         m_isFirstPart = true;
+        const bool isResumed = m_position > 0;
         m_answer = send(nextRequest());
+        if (isResumed && m_isFirstPart && m_answer.isDone() && m_answer.status != statusOfPart)
+            m_trouble = hasChanged;
         if (m_trouble)
             m_failure = m_answer.place + m_trouble;
         if (m_answer.isDone() && m_failure.IsEmpty())
@@ -93,8 +97,9 @@ bool HttpResume::take(const HttpHead& head, std::string_view bytes)
 {
     if (std::exchange(m_isFirstPart, false))
     {
-        if (m_position > 0 && head.status != statusOfPart)
-            m_trouble = u": the file changed while it was fetched";
+        const bool isOther = !m_tag.empty() && !head.tag.empty() && head.tag != m_tag;
+        if (m_position > 0 && (head.status != statusOfPart || isOther))
+            m_trouble = hasChanged;
         m_tag = head.tag;
     }
     const auto count = static_cast<std::int64_t>(bytes.size());

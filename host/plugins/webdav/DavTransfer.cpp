@@ -32,13 +32,22 @@ void removePart(HttpClient& client, const HttpAddress& part, bool mayComeBack)
     } while (mayComeBack && !isOver());
 }
 
-/// The entity tag of a file; "" when there is none, or the server says none.
-std::string tagAt(HttpClient& client, const HttpAddress& address, ThreadOperation::Link& link)
+/// What the server says of a file, with its entity tag. That there is none, or that it does not
+/// answer such questions, is no failure.
+HttpAnswer look(HttpClient& client, const HttpAddress& address, ThreadOperation::Link& link)
 {
+    constexpr long absent = 404;
+    constexpr long notAllowed = 405;
+    constexpr long notKnown = 501;
     HttpRequest head = {"HEAD", address};
     head.isCanceled = [&link] { return link.isCanceled.load(); };
-    const HttpAnswer answer = client.run(head);
-    return answer.isDone() ? answer.tag : std::string();
+    HttpAnswer answer = client.run(head);
+    for (const long status : {absent, notAllowed, notKnown})
+    {
+        if (answer.status == status)
+            return {};
+    }
+    return answer;
 }
 
 /// Whether the connection broke off, so that it is not known what the server has of a file.
@@ -62,7 +71,9 @@ PluginOutcome upload(HttpClient& client,
         return {failureAt(source, error), {}};
     const HttpAddress part = folder.child(toUtf8(partName()), false);
     const HttpAddress target = folder.child(toUtf8(name), false);
-    const std::string tag = replace ? tagAt(client, target, link) : std::string();
+    const HttpAnswer former = replace ? look(client, target, link) : HttpAnswer();
+    if (!former.isDone())
+        return {former.failure, {}};
     HttpRequest put = {"PUT", part};
     put.file = file.get();
     put.headers = {"Content-Type: application/octet-stream"};
@@ -71,9 +82,14 @@ PluginOutcome upload(HttpClient& client,
     HttpAnswer answer = client.run(put);
     bool mayComeBack = wasCutShort(answer);
     // Servers differ in what conditions they know for the target of a move, so it is asked for.
-    if (answer.isDone() && replace && tagAt(client, target, link) != tag)
-        answer.failure = fromUtf8(target.url()) +
-                         u": another program has changed it meanwhile, so it stays as it is";
+    if (answer.isDone() && replace)
+    {
+        const HttpAnswer now = look(client, target, link);
+        answer.failure = now.failure;
+        if (now.isDone() && now.tag != former.tag)
+            answer.failure = fromUtf8(target.url()) +
+                             u": another program has changed it meanwhile, so it stays as it is";
+    }
     if (answer.isDone())
     {
         HttpRequest move = {"MOVE", part};
