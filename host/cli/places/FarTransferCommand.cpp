@@ -188,7 +188,8 @@ void dropTwins(const FarPlace& place, std::vector<Transfer>& sendings, FarReport
     std::set<CString> taken;
     const auto isTwin = [&](const Transfer& each)
     {
-        if (taken.insert(host::sameNameKey(each.far.toString())).second)
+        const CString path = each.far.toString();
+        if (taken.insert(place.nameRules().ignoresCase ? host::sameNameKey(path) : path).second)
             return false;
         report.add({host::shownPath(each.local),
                     host::shownPath(each.local),
