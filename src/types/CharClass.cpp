@@ -89,6 +89,11 @@ int compareNoCase(std::u16string_view a, std::u16string_view b) noexcept
     return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
 }
 
+bool startsNoCase(std::u16string_view text, std::u16string_view start) noexcept
+{
+    return compareNoCase(text.substr(0, start.size()), start) == 0;
+}
+
 std::size_t hashNoCase(std::u16string_view text) noexcept
 {
     // FNV-1a over the folded units.

@@ -29,6 +29,9 @@ QO_API bool isSpace(char16_t c) noexcept;
 /// this is 0.
 QO_API int compareNoCase(std::u16string_view a, std::u16string_view b) noexcept;
 
+/// Whether the text begins with that one by the same comparison; every text begins with "".
+QO_API bool startsNoCase(std::u16string_view text, std::u16string_view start) noexcept;
+
 /// A hash that is equal for texts which compareNoCase() calls equal.
 QO_API std::size_t hashNoCase(std::u16string_view text) noexcept;
 

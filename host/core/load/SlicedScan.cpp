@@ -311,10 +311,9 @@ bool SlicedScan::isOfThisScan(const CString& path) const
 
 bool SlicedScan::isBelowFresh(const CString& path) const
 {
-    return std::any_of(
-        m_freshRoots.begin(),
-        m_freshRoots.end(),
-        [whole = path.view()](const CString& root)
-        { return compareNoCase(whole.substr(0, root.view().size()), root.view()) == 0; });
+    return std::any_of(m_freshRoots.begin(),
+                       m_freshRoots.end(),
+                       [&path](const CString& root)
+                       { return startsNoCase(path.view(), root.view()); });
 }
 } // namespace qo::host

@@ -23,6 +23,7 @@
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "types/CharClass.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -526,7 +527,7 @@ CQoPathInfo::EType CQoCollection::getSubDirPathInfo(const CString& path) const
         const CString start = qo::addBackslash(rootPath);
         const int length = start.GetLength();
         if (path.GetLength() > length && path[length] != u'\\' &&
-            path.Left(length).CompareNoCase(start) == 0)
+            qo::startsNoCase(path.view(), start.view()))
             return m_pathsInfoMap.getType(rootPath);
     }
     const auto root = getRootDir(CQoCollPath(path));

@@ -133,9 +133,9 @@ int CShareInvitation::ParseShareLink(const CString& link,
                                      CString& shareId,
                                      CMapStringToString& params)
 {
-    const int length = INVITE_LINK.GetLength();
-    if (link.Left(length).CompareNoCase(INVITE_LINK) != 0)
+    if (!qo::startsNoCase(link.view(), INVITE_LINK.view()))
         return SHARE_INVITATION_INVALID;
+    const int length = INVITE_LINK.GetLength();
     const int question = link.Find(u'?', length);
     if (question < 0)
         return SHARE_INVITATION_INVALID;

@@ -176,8 +176,7 @@ bool isDrive(std::u16string_view path, char16_t letter)
 /// Whether the path is the prefix or lies below it, without regard to case.
 bool hasPrefix(std::u16string_view path, std::u16string_view prefix)
 {
-    return path.size() >= prefix.size() &&
-           compareNoCase(path.substr(0, prefix.size()), prefix) == 0 &&
+    return startsNoCase(path, prefix) &&
            (path.size() == prefix.size() || path[prefix.size()] == u'\\');
 }
 
