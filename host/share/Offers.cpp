@@ -1,15 +1,14 @@
 #include "share/Offers.h"
 
-#include "core/base/HexText.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/collection/CollectionFiles.h"
 #include "core/query/Query.h"
+#include "share/DigestText.h"
 
 #include <QoKernel/Sharing.h>
 
 #include <openssl/crypto.h>
-#include <openssl/sha.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -54,10 +53,7 @@ void writeExtract(const QoFileDbItemArray& files, const CString& path)
 
 std::string fileMark(const CStringArray& components, std::int64_t size)
 {
-    const std::string text = toUtf8(components.join(u"\\")) + "\n" + std::to_string(size);
-    unsigned char digest[SHA256_DIGEST_LENGTH] = {};
-    SHA256(reinterpret_cast<const unsigned char*>(text.data()), text.size(), digest);
-    return hexText({reinterpret_cast<const char*>(digest), sizeof(digest)});
+    return digestText(toUtf8(components.join(u"\\")) + "\n" + std::to_string(size));
 }
 
 void removeLeftLists()

@@ -1,13 +1,12 @@
 #include "share/ShareKey.h"
 
-#include "core/base/HexText.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
+#include "share/DigestText.h"
 
 #include <openssl/bio.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
-#include <openssl/sha.h>
 #include <openssl/x509.h>
 
 #include <cerrno>
@@ -83,10 +82,10 @@ std::string digestOf(const std::string& pem)
     const int size = i2d_PUBKEY(key.get(), &bytes);
     if (size <= 0)
         return {};
-    unsigned char digest[SHA256_DIGEST_LENGTH] = {};
-    SHA256(bytes, static_cast<std::size_t>(size), digest);
+    std::string digest =
+        digestText({reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size)});
     OPENSSL_free(bytes);
-    return hexText({reinterpret_cast<const char*>(digest), sizeof(digest)});
+    return digest;
 }
 } // namespace
 
