@@ -190,6 +190,17 @@ void setContent(CURL* handle, const HttpRequest& request, Exchange& exchange)
 }
 } // namespace
 
+bool restUnless(std::uint32_t milliseconds, const std::function<bool()>& isCanceled)
+{
+    for (std::uint32_t rested = 0; rested < milliseconds; rested += pause)
+    {
+        if (isCanceled && isCanceled())
+            return false;
+        systemClock().sleep(pause);
+    }
+    return !isCanceled || !isCanceled();
+}
+
 /// A handle with its open connection. One transfer at a time.
 class HttpClient::Connection
 {
@@ -391,13 +402,8 @@ bool HttpClient::waitUntilFree(const HttpRequest& request, long seconds) const
 {
     if (seconds <= 0 || seconds > m_limits.busySeconds)
         return false;
-    for (long left = seconds * 1000; left > 0; left -= pause)
-    {
-        if (request.isCanceled && request.isCanceled())
-            return false;
-        systemClock().sleep(pause);
-    }
-    return !request.file || request.file->seek(0);
+    return restUnless(static_cast<std::uint32_t>(seconds * 1000), request.isCanceled) &&
+           (!request.file || request.file->seek(0));
 }
 
 HttpAnswer HttpClient::run(HttpRequest request)

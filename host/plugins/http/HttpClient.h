@@ -2,6 +2,7 @@
 
 #include "plugins/http/HttpAddress.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -58,6 +59,9 @@ struct HttpAnswer
     bool isOtherServer = false; ///< its key is not the one of trustKey()
     bool isDone() const { return failure.IsEmpty(); }
 };
+
+/// Waits so many milliseconds; false when the user has stopped meanwhile. isCanceled may be empty.
+bool restUnless(std::uint32_t milliseconds, const std::function<bool()>& isCanceled);
 
 /// Requests to one server. Certificates are checked. A redirection is followed for reading, up to
 /// five times, and never to another host, scheme or port: so no password gets there. Without

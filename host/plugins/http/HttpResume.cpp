@@ -13,7 +13,6 @@ constexpr long firstClientFailure = 400;
 constexpr long firstServerFailure = 500;
 /// A server that gives a byte with each answer is not waited for any longer than a silent one.
 constexpr std::int64_t enoughBytes = std::int64_t{64} * 1024;
-constexpr std::uint32_t pauseSlice = 100; // milliseconds between two questions whether to stop
 constexpr const char16_t* hasChanged = u": the file changed while it was fetched";
 } // namespace
 
@@ -53,7 +52,8 @@ bool HttpResume::run(const Send& send, const HttpPatience& patience)
             attempts = 0;
             pause = patience.pause;
         }
-        if (isOver() || ++attempts == patience.attempts || !wait(pause))
+        if (isOver() || ++attempts == patience.attempts ||
+            !restUnless(pause, [this] { return isStopped(); }))
             return false;
         pause *= 2;
     }
@@ -67,17 +67,6 @@ bool HttpResume::isOver() const
     const bool canGoOn = m_position > m_start && !m_tag.empty() && !m_tag.starts_with("W/");
     return !canGoOn || isRefused || m_answer.isOtherServer || m_answer.isEnded ||
            !m_failure.IsEmpty();
-}
-
-bool HttpResume::wait(std::uint32_t milliseconds) const
-{
-    for (std::uint32_t done = 0; done < milliseconds; done += pauseSlice)
-    {
-        if (isStopped())
-            return false;
-        systemClock().sleep(pauseSlice);
-    }
-    return !isStopped();
 }
 
 HttpRequest HttpResume::nextRequest()

@@ -46,8 +46,6 @@ private:
     bool take(const HttpHead& head, std::string_view bytes);
     bool isOver() const;
     bool isStopped() const { return m_progress && m_progress->isCanceled(); }
-    /// False when the user has stopped meanwhile.
-    bool wait(std::uint32_t milliseconds) const;
 
     IFile& m_out;
     const CString m_path;
