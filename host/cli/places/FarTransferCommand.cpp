@@ -186,10 +186,11 @@ sendings(const FarPlace& place, const TransferOptions& options, const CQoCollPat
 void dropTwins(const FarPlace& place, std::vector<Transfer>& sendings, FarReport& report)
 {
     std::set<CString> taken;
+    const bool ignoresCase = place.nameRules().ignoresCase;
     const auto isTwin = [&](const Transfer& each)
     {
         const CString path = each.far.toString();
-        if (taken.insert(place.nameRules().ignoresCase ? host::sameNameKey(path) : path).second)
+        if (taken.insert(ignoresCase ? host::sameNameKey(path) : path).second)
             return false;
         report.add({host::shownPath(each.local),
                     host::shownPath(each.local),
