@@ -23,20 +23,23 @@ bool takeName(std::u16string_view& path, std::u16string_view name)
     return true;
 }
 
+/// Null for what is no folder.
+boost::shared_ptr<CHDDirectory> folderOf(const CUVViewItem& item)
+{
+    return item.isDir() ? boost::dynamic_pointer_cast<CHDDirectory>(item.getLinkObj()) : nullptr;
+}
+
 /// The path of a folder as people know it; "" for all that is no folder.
 CString folderPath(const CUVViewItem& item)
 {
-    const auto dir =
-        item.isDir() ? boost::dynamic_pointer_cast<CHDDirectory>(item.getLinkObj()) : nullptr;
+    const auto dir = folderOf(item);
     return dir ? fromUtf8(shownPath(dir->getPath().toString())) : CString();
 }
 
 /// The same for a root folder, which is known by its path; "" for all others.
 CString rootPath(const CUVViewItem& item)
 {
-    const auto dir = item.isDir() && !item.getParent()
-                         ? boost::dynamic_pointer_cast<CHDDirectory>(item.getLinkObj())
-                         : nullptr;
+    const auto dir = item.getParent() ? nullptr : folderOf(item);
     return dir && !dir->getParentDir() ? folderPath(item) : CString();
 }
 
