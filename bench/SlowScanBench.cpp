@@ -24,25 +24,16 @@ void wait()
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
 }
 
-class SlowFile final : public qo::IFile
+class SlowFile final : public PassingFile
 {
 public:
-    explicit SlowFile(std::unique_ptr<qo::IFile> file) : m_file(std::move(file)) {}
+    using PassingFile::PassingFile;
 
     std::int64_t read(void* buffer, std::size_t size) override
     {
         wait();
-        return m_file->read(buffer, size);
+        return PassingFile::read(buffer, size);
     }
-    bool write(const void* data, std::size_t size) override { return m_file->write(data, size); }
-    bool seek(std::int64_t position) override { return m_file->seek(position); }
-    bool seekToEnd() override { return m_file->seekToEnd(); }
-    std::int64_t position() const override { return m_file->position(); }
-    std::int64_t sizeAtOpen() const override { return m_file->sizeAtOpen(); }
-    int error() const override { return m_file->error(); }
-
-private:
-    std::unique_ptr<qo::IFile> m_file;
 };
 
 class SlowFiles final : public TestFileSystem

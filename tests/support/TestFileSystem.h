@@ -5,6 +5,27 @@
 #include <functional>
 #include <string>
 
+/// An open file that another one stands behind.
+class PassingFile : public qo::IFile
+{
+public:
+    explicit PassingFile(std::unique_ptr<qo::IFile> real) : m_real(std::move(real)) {}
+
+    std::int64_t read(void* buffer, std::size_t size) override
+    {
+        return m_real->read(buffer, size);
+    }
+    bool write(const void* data, std::size_t size) override { return m_real->write(data, size); }
+    bool seek(std::int64_t position) override { return m_real->seek(position); }
+    bool seekToEnd() override { return m_real->seekToEnd(); }
+    std::int64_t position() const override { return m_real->position(); }
+    std::int64_t sizeAtOpen() const override { return m_real->sizeAtOpen(); }
+    int error() const override { return m_real->error(); }
+
+private:
+    std::unique_ptr<qo::IFile> m_real;
+};
+
 /// The real file system, which everything uses while this lives. A hook is asked before each call,
 /// with the name of the call and its first path, and answers with the error number with which the
 /// call shall fail, 0 for letting it through: so a test makes a disk that fails at the n-th call,
