@@ -73,7 +73,7 @@ private:
     CString m_error;
 };
 
-TagsAhead::TagsAhead(const std::deque<CString>& files,
+TagsAhead::TagsAhead(const std::vector<CString>& files,
                      const CString& pictureDir,
                      std::function<bool()> isStopped,
                      const Limits& limits)

@@ -4,9 +4,9 @@
 #include "types/String.h"
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace KVTagLib
 {
@@ -29,7 +29,7 @@ public:
     /// Pictures are extracted into that folder, as CTags
     /// has it. isStopped is asked while a file is waited for, on the thread that asked for the
     /// file; it may be empty.
-    TagsAhead(const std::deque<CString>& files,
+    TagsAhead(const std::vector<CString>& files,
               const CString& pictureDir,
               std::function<bool()> isStopped,
               const Limits& limits);

@@ -67,11 +67,7 @@ public:
     /// result is waited for. Throws what the work threw.
     Outcome take(const CString& path, Result& result, const Stop& stop)
     {
-        if (m_shared->isDead())
-            return Outcome::givenUp;
-        if (!m_shared->moveTo(path))
-            return m_shared->workAtOnce(path, result);
-        return m_shared->takeFront(result, stop);
+        return m_shared->take(path, result, stop);
     }
 
 private:
@@ -119,83 +115,17 @@ public:
         m_done.wait_for(lock, farewell, [this] { return m_threads == 0; });
     }
 
-    bool isDead()
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_givenUp >= mostGivenUp;
-    }
-
-    /// Whether the path comes next; then it is the front of what is begun or to come.
-    bool moveTo(const CString& path)
-    {
-        const std::lock_guard lock(m_mutex);
-        const bool isFound = isNext(path, searchedItems);
-        // Who left out more than are searched is found again by a whole search now and then.
-        m_misses = isFound ? 0 : m_misses + 1;
-        return isFound || (m_misses % missesToASearch == 0 && isNext(path, PTRDIFF_MAX));
-    }
-    bool isNext(const CString& path, std::ptrdiff_t range)
-    {
-        const auto searched = [range](auto& queue)
-        { return queue.begin() + std::min<std::ptrdiff_t>(std::ssize(queue), range); };
-        const auto begunEnd = searched(m_begun);
-        const auto begun = std::find_if(
-            m_begun.begin(), begunEnd, [&](const auto& item) { return item->path == path; });
-        if (begun != begunEnd)
-        {
-            for (auto passedOver = begun - m_begun.begin(); passedOver > 0; --passedOver)
-                dropFront();
-            return true;
-        }
-        if (begunEnd != m_begun.end())
-            return false;
-        const auto toComeEnd = searched(m_toCome);
-        const auto toCome = std::find(m_toCome.begin(), toComeEnd, path);
-        if (toCome == toComeEnd)
-            return false;
-        m_toCome.erase(m_toCome.begin(), toCome);
-        while (!m_begun.empty())
-            dropFront();
-        if (m_threads == 0)
-            m_toCome.pop_front();
-        return m_threads > 0;
-    }
-
-    /// On the caller's thread.
-    Outcome workAtOnce(const CString& path, Result& result)
-    {
-        const WaitShare::Measured measured = WaitShare::measure([&] { m_work(path, result); });
-        const std::lock_guard lock(m_mutex);
-        note(measured);
-        return Outcome::done;
-    }
-
-    /// Waits for the front and takes it away.
-    Outcome takeFront(Result& result, const Stop& stop)
+    Outcome take(const CString& path, Result& result, const Stop& stop)
     {
         std::unique_lock lock(m_mutex);
-        // Counted in polls, so that no patience is lost while the whole process is stopped.
-        for (std::uint32_t waited = 0; m_begun.empty() || !m_begun.front()->isDone;)
-        {
-            if (m_done.wait_for(lock, poll) == std::cv_status::no_timeout)
-                continue;
-            waited += static_cast<std::uint32_t>(poll.count());
-            if (m_limits.patience > 0 && waited >= m_limits.patience)
-            {
-                giveUpFront();
-                return Outcome::givenUp;
-            }
-            lock.unlock();
-            if (stop && stop())
-                return Outcome::stopped;
-            lock.lock();
-        }
-        const std::shared_ptr<Item> item = m_begun.front();
-        dropFront();
+        if (m_givenUp >= mostGivenUp)
+            return Outcome::givenUp;
+        if (moveTo(path))
+            return takeFront(lock, result, stop);
         lock.unlock();
-        if (item->failure)
-            std::rethrow_exception(item->failure);
-        result = std::move(item->result);
+        const WaitShare::Measured measured = WaitShare::measure([&] { m_work(path, result); });
+        lock.lock();
+        note(measured);
         return Outcome::done;
     }
 
@@ -254,6 +184,70 @@ private:
     }
 
     // The following are called with the lock held.
+
+    /// Whether the path comes next; then it is the front of what is begun or to come.
+    bool moveTo(const CString& path)
+    {
+        const bool isFound = isNext(path, searchedItems);
+        // Who left out more than are searched is found again by a whole search now and then.
+        m_misses = isFound ? 0 : m_misses + 1;
+        return isFound || (m_misses % missesToASearch == 0 && isNext(path, PTRDIFF_MAX));
+    }
+
+    bool isNext(const CString& path, std::ptrdiff_t range)
+    {
+        const auto searched = [range](auto& queue)
+        { return queue.begin() + std::min<std::ptrdiff_t>(std::ssize(queue), range); };
+        const auto begunEnd = searched(m_begun);
+        const auto begun = std::find_if(
+            m_begun.begin(), begunEnd, [&](const auto& item) { return item->path == path; });
+        if (begun != begunEnd)
+        {
+            for (auto passedOver = begun - m_begun.begin(); passedOver > 0; --passedOver)
+                dropFront();
+            return true;
+        }
+        if (begunEnd != m_begun.end())
+            return false;
+        const auto toComeEnd = searched(m_toCome);
+        const auto toCome = std::find(m_toCome.begin(), toComeEnd, path);
+        if (toCome == toComeEnd)
+            return false;
+        m_toCome.erase(m_toCome.begin(), toCome);
+        while (!m_begun.empty())
+            dropFront();
+        if (m_threads == 0)
+            m_toCome.pop_front();
+        return m_threads > 0;
+    }
+
+    /// Waits for the front and takes it away.
+    Outcome takeFront(std::unique_lock<std::mutex>& lock, Result& result, const Stop& stop)
+    {
+        // Counted in polls, so that no patience is lost while the whole process is stopped.
+        for (std::uint32_t waited = 0; m_begun.empty() || !m_begun.front()->isDone;)
+        {
+            if (m_done.wait_for(lock, poll) == std::cv_status::no_timeout)
+                continue;
+            waited += static_cast<std::uint32_t>(poll.count());
+            if (m_limits.patience > 0 && waited >= m_limits.patience)
+            {
+                giveUpFront();
+                return Outcome::givenUp;
+            }
+            lock.unlock();
+            if (stop && stop())
+                return Outcome::stopped;
+            lock.lock();
+        }
+        const std::shared_ptr<Item> item = m_begun.front();
+        dropFront();
+        lock.unlock();
+        if (item->failure)
+            std::rethrow_exception(item->failure);
+        result = std::move(item->result);
+        return Outcome::done;
+    }
 
     void note(const WaitShare::Measured& measured)
     {

@@ -6,6 +6,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <vector>
 
 using namespace tagfiles;
 using KVTagLib::CTags;
@@ -44,11 +45,11 @@ class TagsAheadTest : public testing::Test
 protected:
     /// Files of many formats with tags and a picture, damaged and empty ones, and one that has
     /// gone.
-    std::deque<CString> makeFiles(int count)
+    std::vector<CString> makeFiles(int count)
     {
         const char* const sounds[] = {
             "sound.mp3", "sound.flac", "sound.m4a", "sound.opus", "sound.wav"};
-        std::deque<CString> files;
+        std::vector<CString> files;
         for (int i = 0; i < count; ++i)
         {
             const std::string sound = sounds[i % std::size(sounds)];
@@ -123,7 +124,7 @@ private:
 
 TEST_F(TagsAheadTest, GivesWhatAReaderOfEachFileGives)
 {
-    const std::deque<CString> files = makeFiles(120);
+    const std::vector<CString> files = makeFiles(120);
     std::vector<Outcome> expected;
     for (const CString& file : files)
         expected.push_back(
@@ -147,7 +148,7 @@ TEST_F(TagsAheadTest, GivesWhatAReaderOfEachFileGives)
 
 TEST_F(TagsAheadTest, FileThatTheDiskDoesNotGiveHoldsNobodyUp)
 {
-    const std::deque<CString> files = makeFiles(40);
+    const std::vector<CString> files = makeFiles(40);
     StuckFile stuck(files[3]);
     TagsAhead ahead(files, pictures, {}, {.threads = 1, .patience = 150});
     for (std::size_t i = 0; i < files.size(); ++i)
@@ -161,7 +162,7 @@ TEST_F(TagsAheadTest, FileThatTheDiskDoesNotGiveHoldsNobodyUp)
 
 TEST_F(TagsAheadTest, StopEndsTheWaitForAFileAndLeavesNoCause)
 {
-    const std::deque<CString> files = makeFiles(4);
+    const std::vector<CString> files = makeFiles(4);
     StuckFile stuck(files[0]);
     TagsAhead ahead(files, pictures, [] { return true; }, {.threads = 2});
     const Outcome outcome = outcomeOf(ahead.createTagsReader(files[0]), pictures);
@@ -172,7 +173,7 @@ TEST_F(TagsAheadTest, StopEndsTheWaitForAFileAndLeavesNoCause)
 
 TEST_F(TagsAheadTest, FilesOfASlowDiskAreReadByManyThreadsAtOnce)
 {
-    const std::deque<CString> files = makeFiles(300);
+    const std::vector<CString> files = makeFiles(300);
     const SlowDisk disk("open");
     TagsAhead ahead(files, pictures, {}, {});
     for (const CString& file : files)

@@ -9,7 +9,6 @@
 #include <QoKernel/Tags.h>
 
 #include <algorithm>
-#include <deque>
 #include <functional>
 
 namespace qo::host
@@ -136,9 +135,9 @@ public:
     FilesAhead& operator=(const FilesAhead&) = delete;
 
 private:
-    static std::deque<CString> filesOf(const std::vector<DiskChange>& changes)
+    static std::vector<CString> filesOf(const std::vector<DiskChange>& changes)
     {
-        std::deque<CString> files;
+        std::vector<CString> files;
         for (const DiskChange& change : changes)
         {
             // What moved has not changed as a rule, and is not read then.
