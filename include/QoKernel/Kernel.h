@@ -34,6 +34,7 @@
 #include "types/Map.h"
 #include "types/MisreadText.h"
 #include "types/Normalize.h"
+#include "types/PassingSecret.h"
 #include "types/PercentEncoding.h"
 #include "types/StringArray.h"
 #include "types/Utf.h"

@@ -5,7 +5,6 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <iostream>
 
 namespace qo::cli
@@ -36,32 +35,35 @@ private:
     termios m_before = {};
     bool m_isChanged = false;
 };
+
+/// Without a stream, whose buffer would keep the line.
+host::Secret readLine()
+{
+    host::Secret line;
+    for (char c = 0; ::read(STDIN_FILENO, &c, 1) == 1 && c != '\n';)
+        line.append({&c, 1});
+    return line;
+}
 } // namespace
 
-std::string readPassword(const std::string& question)
+host::Secret readPassword(const std::string& question)
 {
-    std::string password;
+    host::Secret password;
     if (::isatty(STDIN_FILENO) == 1)
     {
         const QuietTerminal quiet;
         std::cerr << question << " " << std::flush;
-        std::getline(std::cin, password);
+        password = readLine();
         std::cerr << std::endl;
     }
     else
     {
-        std::getline(std::cin, password);
+        password = readLine();
     }
     if (password.empty())
         throw host::HostError(host::ExitCode::refused,
                               "no password was given: type it when asked, or send it as a line to "
                               "standard input");
     return password;
-}
-
-void wipe(std::string& secret)
-{
-    ::explicit_bzero(secret.data(), secret.size());
-    secret.clear();
 }
 } // namespace qo::cli

@@ -82,6 +82,7 @@ ExitCode listPlugins(CommandLine& line, const PluginOptions& options)
             {
                 CString user;
                 CString password;
+                const PassingSecret secret(password);
                 CQoPluginManager::getPluginCredentials(entry.name, user, password);
                 Json record;
                 record["name"] = toUtf8(entry.name);
@@ -214,21 +215,17 @@ ExitCode logIn(CommandLine& line, const PluginOptions& options)
             const PluginEntry entry = typedEntry(*session, options);
             CString user;
             CString password;
+            const PassingSecret secret(password);
             if (CQoPluginManager::existPlugin(entry.name))
                 CQoPluginManager::getPluginCredentials(entry.name, user, password);
             if (!options.user.empty())
                 user = fromUtf8(options.user);
             const auto plugin = host::makePlugin(entry, nullptr, nullptr);
-            password.Empty();
             const boost::shared_ptr<ILoginWrapper> login = plugin->GetLogin();
             if (login && !login->CanTryCredentials(user, password))
                 throw HostError(ExitCode::usage, "say who you are there: --user USER");
             if (login && !user.IsEmpty())
-            {
-                std::string typed = readPassword("Password of " + harmless(toUtf8(user)) + ":");
-                password = fromUtf8(typed);
-                wipe(typed);
-            }
+                password = readPassword("Password of " + harmless(toUtf8(user)) + ":").text();
             tryPlugin(plugin, user, password);
             if (!line.dryRun)
                 host::enterPlugin(*session, entry, *plugin);

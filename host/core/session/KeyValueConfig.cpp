@@ -2,6 +2,7 @@
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
+#include "core/base/Secret.h"
 #include "core/session/SettingText.h"
 
 #include <algorithm>
@@ -89,6 +90,7 @@ KeyValueConfig::KeyValueConfig(const CString& file, bool readOnly)
                         "the settings file " + shownPath(file) +
                             " cannot be read: " + errorWords(error));
     parse(text);
+    host::wipe(text);
 }
 
 KeyValueConfig::~KeyValueConfig()
@@ -263,16 +265,31 @@ void KeyValueConfig::save()
     if (!m_isDirty || m_readOnly)
         return;
     keepRejected();
-    const std::string text = toText();
+    std::string text = toText();
     // Users who keep their settings under version control have a link here: the file that it leads
     // to is replaced, not the link.
     const std::string real = resolvedPath(toSystemPath(m_file));
     const CString target = real.empty() ? m_file : fromSystemPath(real);
-    if (const int error = fileSystem().replaceFile(target, text.data(), text.size()))
+    const int error = fileSystem().replaceFile(target, text.data(), text.size());
+    host::wipe(text);
+    if (error != 0)
         throw HostError(ExitCode::failed,
                         "the settings file " + shownPath(m_file) +
                             " cannot be written: " + errorWords(error));
     m_isDirty = false;
+}
+
+void KeyValueConfig::wipe()
+{
+    for (const auto& section : m_sections)
+    {
+        for (const auto& key : section->keys)
+        {
+            const PassingSecret secret(key->value);
+        }
+        section->keys.clear();
+        section->byName.clear();
+    }
 }
 
 void KeyValueConfig::keepRejected()

@@ -49,6 +49,9 @@ public:
     /// Writes the file, or what it links to, in one piece if anything changed. Throws HostError.
     void save();
 
+    /// Overwrites every value, and empties it. For stores of passwords, when they are done with.
+    void wipe();
+
     /// What was wrong with the file, as one sentence; empty when all was well.
     const std::string& complaint() const { return m_complaint; }
     /// Whether there was no file, nothing in it, or something wrong with it.

@@ -51,7 +51,7 @@ StoredPlugin::StoredPlugin(const CString& id, KVConfig* store, KVConfig* passwor
     : m_id(id), m_store(store), m_passwords(passwords)
 {
     if (m_passwords)
-        m_password = m_passwords->getValue(passwordKey());
+        m_password = Secret(m_passwords->getValue(passwordKey()));
     if (!m_store)
         return;
     for (const TextSetting& setting : textSettings)
@@ -78,7 +78,7 @@ KVConfig::Key* StoredPlugin::passwordKey() const
 bool StoredPlugin::saveSettings()
 {
     if (m_passwords)
-        m_passwords->setValue(passwordKey(), m_password);
+        m_passwords->setValue(passwordKey(), m_password.text());
     if (!m_store)
         return true;
     for (const TextSetting& setting : textSettings)
@@ -90,20 +90,20 @@ bool StoredPlugin::saveSettings()
 bool StoredPlugin::removeSettings()
 {
     m_values = PluginValues();
-    m_password.Empty();
+    m_password = Secret();
     return saveSettings();
 }
 
 void StoredPlugin::GetCredentials(CString& user, CString& password)
 {
     user = m_values.user;
-    password = m_password;
+    password = m_password.text();
 }
 
 void StoredPlugin::SetCredentials(const CString& user, const CString& password)
 {
     m_values.user = user;
-    m_password = password;
+    m_password = Secret(password);
 }
 
 void StoredPlugin::GetExtraPaths(CStringArray& paths, CQoPathsInfoMap& info)

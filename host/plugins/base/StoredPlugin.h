@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/base/Secret.h"
+
 #include <QoKernel/Devices.h>
 #include <QoKernel/Kernel.h>
 
@@ -54,7 +56,7 @@ private:
     KVConfig* const m_store;
     KVConfig* const m_passwords;
     PluginValues m_values;
-    CString m_password;
+    Secret m_password;
 };
 
 /// The plug-ins that this host has.

@@ -58,6 +58,14 @@ public:
             add(session, entry);
     }
 
+    ~ConfiguredPlugins() override
+    {
+        if (m_passwords && savePasswords())
+            m_passwords->wipe();
+    }
+    ConfiguredPlugins(const ConfiguredPlugins&) = delete;
+    ConfiguredPlugins& operator=(const ConfiguredPlugins&) = delete;
+
     boost::shared_ptr<IPlugin> GetPlugin(const CString& id) override
     {
         return m_list.GetPlugin(id);
@@ -213,6 +221,7 @@ void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried)
     needPrivate(passwordFile());
     CString user;
     CString password;
+    const PassingSecret secret(password);
     tried.GetCredentials(user, password);
     for (const PluginEntry& former : pluginEntries(settings))
     {

@@ -3,11 +3,14 @@
 #include "core/base/Trimmed.h"
 
 #include <curl/curl.h>
+#include <malloc.h>
 #include <openssl/evp.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <optional>
 #include <utility>
 
@@ -165,6 +168,33 @@ int showSent(void* data, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent)
     return 0;
 }
 
+void giveBack(void* memory)
+{
+    if (memory)
+        ::explicit_bzero(memory, ::malloc_usable_size(memory));
+    std::free(memory);
+}
+
+void* resized(void* memory, std::size_t size)
+{
+    void* const other = std::malloc(size);
+    if (other && memory)
+    {
+        std::memcpy(other, memory, std::min(size, ::malloc_usable_size(memory)));
+        giveBack(memory);
+    }
+    return other;
+}
+
+/// The library keeps passwords, and headers with them, in memory that it does not overwrite when it
+/// gives it back.
+void startLibrary()
+{
+    static const CURLcode started = curl_global_init_mem(
+        CURL_GLOBAL_DEFAULT, std::malloc, giveBack, resized, ::strdup, std::calloc);
+    (void)started;
+}
+
 /// The method, and what is sent with it.
 void setContent(CURL* handle, const HttpRequest& request, Exchange& exchange)
 {
@@ -261,8 +291,7 @@ struct HttpClient::Course
 HttpClient::HttpClient(HttpAddress root, HttpLimits limits)
     : m_root(std::move(root)), m_limits(limits), m_scheme(firstScheme())
 {
-    static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
-    (void)started;
+    startLibrary();
 }
 
 unsigned long HttpClient::firstScheme() const
@@ -277,7 +306,7 @@ void HttpClient::setCredentials(const CString& user, const CString& password)
 {
     const std::lock_guard guard(m_lock);
     m_user = toUtf8(user);
-    m_password = toUtf8(password);
+    m_password = Secret(password);
     m_scheme = firstScheme();
     m_idle.clear(); // a connection remembers who was let in
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/Secret.h"
 #include "plugins/http/HttpAddress.h"
 
 #include <cstdint>
@@ -108,7 +109,7 @@ private:
     std::mutex m_lock;         ///< guards what follows
     std::vector<std::unique_ptr<Connection>> m_idle;
     std::string m_user;
-    std::string m_password;
+    Secret m_password;
     unsigned long m_scheme; ///< the ways to send the password that are tried
 };
 } // namespace qo::host

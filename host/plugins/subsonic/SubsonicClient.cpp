@@ -23,7 +23,7 @@ enum SubsonicError
     notThere = 70
 };
 
-std::string md5Text(const std::string& text)
+std::string md5Text(std::string_view text)
 {
     unsigned char digest[EVP_MAX_MD_SIZE];
     unsigned length = 0;
@@ -46,12 +46,12 @@ bool isAnswerText(const std::string& type)
 }
 
 /// The server's own words, unless they hold a secret of the question.
-CString serverWords(const std::string& message, const std::vector<std::string>& secrets)
+CString serverWords(const std::string& message, const std::vector<Secret>& secrets)
 {
     constexpr int longest = 200;
-    for (const std::string& secret : secrets)
+    for (const Secret& secret : secrets)
     {
-        if (!secret.empty() && message.find(secret) != std::string::npos)
+        if (!secret.empty() && message.find(secret.view()) != std::string::npos)
             return {};
     }
     return singleLine(fromUtf8(message).Left(longest));
@@ -65,7 +65,7 @@ bool knowsNoTokens(const SubsonicReply& reply)
            (reply.code == missingParameter && reply.version > 0 && reply.version < firstWithTokens);
 }
 
-CString wordsOfError(const SubsonicReply& reply, const std::vector<std::string>& secrets)
+CString wordsOfError(const SubsonicReply& reply, const std::vector<Secret>& secrets)
 {
     if (knowsNoTokens(reply))
         return u"the server takes nothing but the password itself, which is not sent without "
@@ -89,9 +89,8 @@ CString wordsOfError(const SubsonicReply& reply, const std::vector<std::string>&
 }
 
 /// Why the answer is no success; "" for one that is.
-CString failureOf(const HttpAnswer& http,
-                  const SubsonicReply& reply,
-                  const std::vector<std::string>& secrets)
+CString
+failureOf(const HttpAnswer& http, const SubsonicReply& reply, const std::vector<Secret>& secrets)
 {
     using Form = SubsonicReply::Form;
     if (reply.form == Form::reply && reply.code >= 0)
@@ -122,7 +121,7 @@ SubsonicClient::SubsonicClient(HttpAddress root, HttpLimits limits)
 void SubsonicClient::setCredentials(const CString& user, const CString& password)
 {
     const std::lock_guard guard(m_lock);
-    m_login = {toUtf8(user), toUtf8(password), false};
+    m_login = {toUtf8(user), Secret(password), false};
 }
 
 SubsonicClient::Login SubsonicClient::login()
@@ -139,9 +138,8 @@ bool SubsonicClient::beginPassword()
     return isSafe;
 }
 
-SubsonicAnswer SubsonicClient::sendOnce(HttpRequest& request,
-                                        const std::vector<std::string>& secrets,
-                                        HttpAnswer& http)
+SubsonicAnswer
+SubsonicClient::sendOnce(HttpRequest& request, const std::vector<Secret>& secrets, HttpAnswer& http)
 {
     std::string text;
     bool isTooLong = false;
@@ -189,16 +187,21 @@ SubsonicAnswer SubsonicClient::send(const char* method,
     {
         const Login known = login();
         const std::string salt = newSalt();
-        const std::string token = md5Text(known.password + salt);
-        const std::string hex = hexText(known.password);
+        Secret salted = known.password;
+        salted.append(salt);
+        const std::string token = md5Text(salted.view());
+        std::string digits = hexText(known.password.view());
+        const Secret hex(digits);
+        wipe(digits);
         request.address.query = "u=" + percentEncoded(known.user, "-._~");
-        request.address.query +=
-            known.sendsPassword ? "&p=enc:" + hex : "&t=" + token + "&s=" + salt;
+        request.address.query += known.sendsPassword ? "&p=enc:" + std::string(hex.view())
+                                                     : "&t=" + token + "&s=" + salt;
         request.address.query += "&v=1.13.0&c=qo&f=json";
         for (const auto& [name, value] : parameters)
             request.address.query.append("&").append(name).append("=").append(
                 percentEncoded(value, "-._~"));
-        SubsonicAnswer answer = sendOnce(request, {salt, token, hex, known.password}, http);
+        SubsonicAnswer answer =
+            sendOnce(request, {Secret(salt), Secret(token), hex, known.password}, http);
         if (!knowsNoTokens(answer.reply) || known.sendsPassword || known.user.empty() ||
             !beginPassword())
             return answer;

@@ -43,14 +43,14 @@ private:
     struct Login
     {
         std::string user;
-        std::string password;
+        Secret password;
         bool sendsPassword = false;
     };
 
     SubsonicAnswer
     send(const char* method, const Parameters& parameters, HttpRequest request, HttpAnswer& http);
     SubsonicAnswer
-    sendOnce(HttpRequest& request, const std::vector<std::string>& secrets, HttpAnswer& http);
+    sendOnce(HttpRequest& request, const std::vector<Secret>& secrets, HttpAnswer& http);
     Login login();
     /// Whether the password may be sent; from then on it is.
     bool beginPassword();

@@ -278,6 +278,7 @@ SubsonicPlugin::SubsonicPlugin(const CString& id,
 {
     CString user;
     CString password;
+    const PassingSecret secret(password);
     GetCredentials(user, password);
     m_client->setCredentials(user, password);
 }

@@ -287,6 +287,7 @@ WebdavPlugin::WebdavPlugin(const CString& id,
 {
     CString user;
     CString password;
+    const PassingSecret secret(password);
     GetCredentials(user, password);
     m_client->setCredentials(user, password);
 }

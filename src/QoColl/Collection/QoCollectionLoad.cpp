@@ -12,6 +12,7 @@
 #include "platform/Clock.h"
 #include "platform/Platform.h"
 #include "types/CharClass.h"
+#include "types/PassingSecret.h"
 #include "types/Utf.h"
 
 #include <algorithm>
@@ -223,6 +224,7 @@ bool CQoCollection::checkUpdateCollInfo(const qo::CollPathArray& rootDirs, bool 
     else if (!m_collId.IsEmpty() && rootDirs[0].isPlugin())
     {
         CString password;
+        const qo::PassingSecret secret(password);
         (void)CQoPluginManager::getPluginCredentials(m_collId, userName, password);
     }
 

@@ -5,29 +5,13 @@
 #include "QoColl/Plugins/PluginSupport.h"
 #include "QoColl/Plugins/PluginWrappers.h"
 #include "QoColl/Plugins/QoPluginManager.h"
+#include "types/PassingSecret.h"
 
 namespace
 {
 constexpr int deepestPath = 260;
 /// How many levels of folders are looked at for names that mean music or movies.
 constexpr int detectDepth = 2;
-
-/// A password for the length of a call; what is no one else's is overwritten at the end.
-class PassingSecret
-{
-public:
-    explicit PassingSecret(CString& text) : m_text(text) {}
-    ~PassingSecret()
-    {
-        for (int i = 0; i < m_text.GetLength(); ++i)
-            m_text.SetAt(i, u' ');
-    }
-    PassingSecret(const PassingSecret&) = delete;
-    PassingSecret& operator=(const PassingSecret&) = delete;
-
-private:
-    CString& m_text;
-};
 
 /// Whether there is the plug-in, with which the call is made then.
 template <class Call>
@@ -83,7 +67,7 @@ CString startFolder(const CString& id)
         return {};
     CString user;
     CString password;
-    const PassingSecret secret(password);
+    const qo::PassingSecret secret(password);
     CQoPluginManager::getPluginCredentials(id, user, password);
     return u"users\\" + user;
 }
@@ -116,7 +100,7 @@ bool CQoPluginManager::isPluginConfigured(const CString& id)
         return true;
     CString user;
     CString password;
-    const PassingSecret secret(password);
+    const qo::PassingSecret secret(password);
     return getPluginCredentials(id, user, password) && !user.IsEmpty();
 }
 
@@ -124,7 +108,7 @@ CQoPluginManager::ELoginCheckResult CQoPluginManager::checkPluginCredentials(con
 {
     CString user;
     CString password;
-    const PassingSecret secret(password);
+    const qo::PassingSecret secret(password);
     getPluginCredentials(id, user, password);
     return checkPluginCredentials(id, user, password, false);
 }
@@ -134,7 +118,7 @@ CQoPluginManager::ELoginCheckResult CQoPluginManager::checkPluginCredentials(con
                                                                              CString password,
                                                                              bool /*flag*/)
 {
-    const PassingSecret secret(password);
+    const qo::PassingSecret secret(password);
     const boost::shared_ptr<ILoginWrapper> login = getLoginFunctionality(id);
     if (!login)
         return LC_Ok;

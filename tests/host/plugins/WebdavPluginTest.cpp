@@ -219,6 +219,74 @@ TEST_F(WebdavPlugin, ThePasswordIsSentInTheSafestWayThatIsOffered)
     EXPECT_EQ(all.find(password), std::string::npos);
 }
 
+/// A password with each unit's lowest bit turned over, so that this text is not what is searched.
+const std::string turnedPassword = "Vnse!bmmdf!nqfo!tdt`ld!1234";
+
+/// How often it is in the memory of this process, as UTF-8 or as UTF-16.
+int foundInMemory()
+{
+    constexpr std::size_t largestRegion = std::size_t{1} << 30; // beyond are maps of sanitizers
+    const auto isAt = [](const std::string& bytes, std::size_t at, std::size_t width)
+    {
+        for (std::size_t i = 0; i < turnedPassword.size(); ++i)
+        {
+            if (at + i * width >= bytes.size() || bytes[at + i * width] != (turnedPassword[i] ^ 1))
+                return false;
+        }
+        return true;
+    };
+    std::ifstream maps("/proc/self/maps");
+    std::ifstream memory("/proc/self/mem", std::ios::binary);
+    int found = 0;
+    for (std::string line; std::getline(maps, line);)
+    {
+        std::size_t from = 0;
+        std::size_t to = 0;
+        char rights[5] = "";
+        if (std::sscanf(line.c_str(), "%zx-%zx %4s", &from, &to, rights) != 3 ||
+            std::string(rights) != "rw-p" || to - from > largestRegion)
+            continue;
+        std::string bytes(to - from, '\0');
+        memory.clear();
+        memory.seekg(static_cast<std::streamoff>(from));
+        memory.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        for (std::size_t i = 0; i < bytes.size(); ++i)
+            found += isAt(bytes, i, 1) || isAt(bytes, i, 2) ? 1 : 0;
+    }
+    return found;
+}
+
+TEST_F(WebdavPlugin, ThePasswordIsOverwrittenWhereverItWas)
+{
+    HostileServer server;
+    server.answer = [](const std::string& request)
+    {
+        return request.find("Authorization: Basic ") != std::string::npos
+                   ? listing(entry("/dav/a.mp3"))
+                   : HostileServer::reply("401 No", "", "WWW-Authenticate: Basic realm=\"r\"\r\n");
+    };
+    {
+        qo::host::WebdavPlugin plugin(u"dav", qo::fromUtf8(server.url()), nullptr, nullptr);
+        CString typed;
+        const qo::PassingSecret secret(typed);
+        qo::host::Secret bytes;
+        for (const char c : turnedPassword)
+        {
+            const char turned = c ^ 1;
+            bytes.append({&turned, 1});
+        }
+        typed = bytes.text();
+        plugin.SetCredentials(u"ann", typed);
+        PluginResultArray results;
+        EXPECT_TRUE(CQoPluginManager::getResultsSync(
+            plugin.GetPhysicalBrowse()->GetRootFolder(), results, &progress));
+        EXPECT_TRUE(CQoPluginManager::getResultsSync(
+            plugin.GetLogin()->CheckCredentials(u"ann", typed), results, &progress));
+        EXPECT_GT(foundInMemory(), 0);
+    }
+    EXPECT_EQ(foundInMemory(), 0);
+}
+
 TEST_F(WebdavPlugin, AnswersThatLieCostOneSentence)
 {
     HostileServer other;
