@@ -220,7 +220,7 @@ ExitCode logIn(CommandLine& line, const PluginOptions& options)
                 CQoPluginManager::getPluginCredentials(entry.name, user, password);
             if (!options.user.empty())
                 user = fromUtf8(options.user);
-            const auto plugin = host::makePlugin(entry, nullptr, nullptr);
+            const auto plugin = host::makePlugin(entry, nullptr);
             const boost::shared_ptr<ILoginWrapper> login = plugin->GetLogin();
             if (login && !login->CanTryCredentials(user, password))
                 throw HostError(ExitCode::usage, "say who you are there: --user USER");
@@ -256,8 +256,8 @@ ExitCode logOut(CommandLine& line, const PluginOptions& options)
             const CString name = entry == entries.end() ? needPlugin(options.name) : entry->name;
             if (!line.dryRun)
             {
-                host::dropPluginCollections(name);
                 host::removePlugin(*session, name);
+                host::dropPluginCollections(name);
             }
             tellOf(line,
                    toUtf8(name),

@@ -281,6 +281,7 @@ void KeyValueConfig::save()
 
 void KeyValueConfig::wipe()
 {
+    m_isDirty = false;
     for (const auto& section : m_sections)
     {
         for (const auto& key : section->keys)

@@ -49,7 +49,8 @@ public:
     /// Writes the file, or what it links to, in one piece if anything changed. Throws HostError.
     void save();
 
-    /// Overwrites every value, and empties it. For stores of passwords, when they are done with.
+    /// Overwrites every value, and empties the store, without saving anything any more. For
+    /// passwords, when they are done with.
     void wipe();
 
     /// What was wrong with the file, as one sentence; empty when all was well.

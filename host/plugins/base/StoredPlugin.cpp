@@ -1,5 +1,8 @@
 #include "plugins/base/StoredPlugin.h"
 
+#include "core/base/HostError.h"
+#include "plugins/base/PluginFailure.h"
+
 #include <algorithm>
 
 namespace qo::host
@@ -47,16 +50,18 @@ void readExtraPaths(const CString& text, PluginValues& values)
 }
 } // namespace
 
-StoredPlugin::StoredPlugin(const CString& id, KVConfig* store, KVConfig* passwords)
+StoredPlugin::StoredPlugin(const CString& id,
+                           KVConfig* store,
+                           const std::optional<PasswordStore>& passwords)
     : m_id(id), m_store(store), m_passwords(passwords)
 {
-    if (m_passwords)
-        m_password = Secret(m_passwords->getValue(passwordKey()));
     if (!m_store)
         return;
     for (const TextSetting& setting : textSettings)
         m_values.*setting.value = m_store->getValue(key(setting.key));
     readExtraPaths(m_store->getValue(key(extraPathsKey)), m_values);
+    if (m_passwords && !m_values.user.IsEmpty())
+        m_login = Login(m_values.user, [store = *m_passwords, id] { return store.read(id); });
 }
 
 StoredPlugin::~StoredPlugin() = default;
@@ -68,17 +73,18 @@ KVConfig::Key* StoredPlugin::key(const char16_t* name) const
     return m_store->addKey(section, name, u"");
 }
 
-KVConfig::Key* StoredPlugin::passwordKey() const
-{
-    KVConfig::Section* const section =
-        m_passwords->addSection(KVConfig::ordinarySection, u"Passwords");
-    return m_passwords->addKey(section, m_id, u"");
-}
-
 bool StoredPlugin::saveSettings()
 {
-    if (m_passwords)
-        m_passwords->setValue(passwordKey(), m_password.text());
+    try
+    {
+        if (m_passwords && !m_login.known().empty())
+            m_passwords->write(m_id, m_login.known());
+    }
+    catch (const HostError& error)
+    {
+        setPluginFailure(fromUtf8(error.what()));
+        return false;
+    }
     if (!m_store)
         return true;
     for (const TextSetting& setting : textSettings)
@@ -90,20 +96,20 @@ bool StoredPlugin::saveSettings()
 bool StoredPlugin::removeSettings()
 {
     m_values = PluginValues();
-    m_password = Secret();
+    m_login = Login();
     return saveSettings();
 }
 
 void StoredPlugin::GetCredentials(CString& user, CString& password)
 {
     user = m_values.user;
-    password = m_password.text();
+    password = m_login.known().text();
 }
 
 void StoredPlugin::SetCredentials(const CString& user, const CString& password)
 {
     m_values.user = user;
-    m_password = Secret(password);
+    m_login.change(user, password);
 }
 
 void StoredPlugin::GetExtraPaths(CStringArray& paths, CQoPathsInfoMap& info)

@@ -1,9 +1,12 @@
 #pragma once
 
-#include "core/base/Secret.h"
+#include "plugins/base/Login.h"
+#include "plugins/base/PasswordStore.h"
 
 #include <QoKernel/Devices.h>
 #include <QoKernel/Kernel.h>
+
+#include <optional>
 
 namespace qo::host
 {
@@ -20,12 +23,14 @@ struct PluginValues
 };
 
 /// A plug-in that keeps its settings in the host's store, in a section "Plugin NAME", and its
-/// password in a store of its own, which nobody else may read.
+/// password in a store of its own, from which it comes when the service is first asked something.
 class StoredPlugin : public IPlugin
 {
 public:
-    /// The stores outlive the plug-in's use. What has none is not kept for longer than the run.
-    StoredPlugin(const CString& id, KVConfig* store, KVConfig* passwords = nullptr);
+    /// The store outlives the plug-in's use. What has none is not kept for longer than the run.
+    StoredPlugin(const CString& id,
+                 KVConfig* store,
+                 const std::optional<PasswordStore>& passwords = std::nullopt);
     ~StoredPlugin() override;
     StoredPlugin(const StoredPlugin&) = delete;
     StoredPlugin& operator=(const StoredPlugin&) = delete;
@@ -35,6 +40,7 @@ public:
     virtual bool removeSettings();
 
     CString GetId() const override { return m_id; }
+    /// The password is "" unless it was set in this run.
     void GetCredentials(CString& user, CString& password) override;
     void SetCredentials(const CString& user, const CString& password) override;
     CString GetMusicPath() override { return m_values.musicPath; }
@@ -48,15 +54,17 @@ public:
     void GetExtraPaths(CStringArray& paths, CQoPathsInfoMap& info) override;
     void SetExtraPaths(const CStringArray& paths, const CQoPathsInfoMap& info) override;
 
+protected:
+    const Login& login() const { return m_login; }
+
 private:
     KVConfig::Key* key(const char16_t* name) const;
-    KVConfig::Key* passwordKey() const;
 
     const CString m_id;
     KVConfig* const m_store;
-    KVConfig* const m_passwords;
+    const std::optional<PasswordStore> m_passwords;
     PluginValues m_values;
-    Secret m_password;
+    Login m_login;
 };
 
 /// The plug-ins that this host has.

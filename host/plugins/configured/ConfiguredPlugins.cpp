@@ -3,6 +3,7 @@
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/search/SearchResults.h"
+#include "plugins/base/PasswordStore.h"
 #include "plugins/base/PluginFailure.h"
 #include "plugins/folder/FolderPlugin.h"
 #include "plugins/subsonic/SubsonicPlugin.h"
@@ -28,101 +29,17 @@ CString sectionOf(const CString& plugin)
     return u"Plugin " + plugin;
 }
 
-CString passwordFile()
+void addConfigured(Session& session, const PluginEntry& entry, PluginList& list)
 {
-    return Session::folder() + u"\\passwords";
+    try
+    {
+        list.add(makePlugin(entry, &session.settings(), PasswordStore(!session.savesSettings())));
+    }
+    catch (const HostError& error)
+    {
+        session.note("the plug-in " + toUtf8(entry.name) + " is left out: " + error.what());
+    }
 }
-
-/// Throws HostError when others may read the file.
-void needPrivate(const CString& file)
-{
-    constexpr std::uint32_t rightsOfOthers = 077;
-    NameInfo info;
-    if (fileSystem().lookThrough(file, info) == 0 && (info.mode & rightsOfOthers) != 0)
-        throw HostError(ExitCode::failed,
-                        "the passwords in " + shownPath(file) +
-                            " are not used, since others may read that file: take their rights "
-                            "away with \"chmod 600\", and change the passwords");
-}
-
-/// The plug-ins with the store of their passwords.
-class ConfiguredPlugins final : public IPluginsManager
-{
-public:
-    explicit ConfiguredPlugins(Session& session)
-    {
-        const std::vector<PluginEntry> entries = pluginEntries(session.settings());
-        if (!entries.empty())
-            openPasswords(session);
-        for (const PluginEntry& entry : entries)
-            add(session, entry);
-    }
-
-    ~ConfiguredPlugins() override
-    {
-        if (m_passwords && savePasswords())
-            m_passwords->wipe();
-    }
-    ConfiguredPlugins(const ConfiguredPlugins&) = delete;
-    ConfiguredPlugins& operator=(const ConfiguredPlugins&) = delete;
-
-    boost::shared_ptr<IPlugin> GetPlugin(const CString& id) override
-    {
-        return m_list.GetPlugin(id);
-    }
-    void GetBrowsePlugins(CStringArray& ids) override { m_list.GetBrowsePlugins(ids); }
-    bool SavePluginSettings(const CString& id) override
-    {
-        return m_list.SavePluginSettings(id) && savePasswords();
-    }
-    bool RemovePluginSettings(const CString& id) override
-    {
-        return m_list.RemovePluginSettings(id) && savePasswords();
-    }
-
-private:
-    void openPasswords(Session& session)
-    {
-        try
-        {
-            needPrivate(passwordFile());
-            m_passwords =
-                std::make_unique<KeyValueConfig>(passwordFile(), !session.savesSettings());
-        }
-        catch (const HostError& error)
-        {
-            session.note(error.what());
-        }
-    }
-    void add(Session& session, const PluginEntry& entry)
-    {
-        try
-        {
-            m_list.add(makePlugin(entry, &session.settings(), m_passwords.get()));
-        }
-        catch (const HostError& error)
-        {
-            session.note("the plug-in " + toUtf8(entry.name) + " is left out: " + error.what());
-        }
-    }
-    bool savePasswords()
-    {
-        try
-        {
-            if (m_passwords)
-                m_passwords->save();
-            return true;
-        }
-        catch (const HostError& error)
-        {
-            setPluginFailure(fromUtf8(error.what()));
-            return false;
-        }
-    }
-
-    std::unique_ptr<KeyValueConfig> m_passwords;
-    PluginList m_list;
-};
 
 /// The user as whom the plug-in logged in last; "" for one that cannot be made any more.
 CString userOf(const PluginEntry& entry, KeyValueConfig& settings)
@@ -131,7 +48,7 @@ CString userOf(const PluginEntry& entry, KeyValueConfig& settings)
     CString password;
     try
     {
-        makePlugin(entry, &settings, nullptr)->GetCredentials(user, password);
+        makePlugin(entry, &settings)->GetCredentials(user, password);
     }
     catch (const HostError&)
     {
@@ -177,7 +94,7 @@ std::vector<PluginEntry> pluginEntries(const KeyValueConfig& settings)
 }
 
 boost::shared_ptr<StoredPlugin>
-makePlugin(const PluginEntry& entry, KVConfig* store, KVConfig* passwords)
+makePlugin(const PluginEntry& entry, KVConfig* store, const std::optional<PasswordStore>& passwords)
 {
     if (entry.place.IsEmpty())
         throw HostError(ExitCode::usage, "it has no place");
@@ -212,13 +129,16 @@ void needCertificates(const CString& file)
 
 boost::shared_ptr<IPluginsManager> configuredPlugins(Session& session)
 {
-    return boost::make_shared<ConfiguredPlugins>(session);
+    const auto list = boost::make_shared<PluginList>();
+    for (const PluginEntry& entry : pluginEntries(session.settings()))
+        addConfigured(session, entry, *list);
+    return list;
 }
 
 void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried)
 {
     KeyValueConfig& settings = session.settings();
-    needPrivate(passwordFile());
+    PasswordStore::needPrivateFile();
     CString user;
     CString password;
     const PassingSecret secret(password);
@@ -279,11 +199,15 @@ FarCollection pluginCollection(const CString& name)
 void removePlugin(Session& session, const CString& name)
 {
     KeyValueConfig& settings = session.settings();
+    const bool isPasswordGone = PasswordStore(!session.savesSettings()).remove(name);
+    CString user;
+    CString password;
+    CQoPluginManager::getPluginCredentials(name, user, password);
+    if (!isPasswordGone && !user.IsEmpty())
+        session.note("the password of " + toUtf8(name) +
+                     " may be left in the desktop's store of passwords, which does not run now");
     CQoPluginManager::removePluginSettings(name);
     CQoPluginManager::setPluginsManager({});
-    KeyValueConfig passwords(passwordFile(), !session.savesSettings());
-    unsetAll(passwords, u"Passwords", name);
-    passwords.save();
     unsetAll(settings, pluginsSection, name);
     unsetAll(settings, sectionOf(name));
     CQoPluginManager::setPluginsManager(configuredPlugins(session));

@@ -28,11 +28,11 @@ std::vector<PluginEntry> pluginEntries(const KeyValueConfig& settings);
 /// The plug-in of an entry. Throws HostError for a kind that there is not, and for a place that
 /// cannot be one of the kind.
 boost::shared_ptr<StoredPlugin>
-makePlugin(const PluginEntry& entry, KVConfig* store, KVConfig* passwords);
+makePlugin(const PluginEntry& entry,
+           KVConfig* store,
+           const std::optional<PasswordStore>& passwords = std::nullopt);
 
-/// All plug-ins of the session's settings; an entry that makes no plug-in costs a note. Their
-/// passwords are in the file "passwords" of the data folder, mode 0600. It is not used while others
-/// may read it.
+/// All plug-ins of the session's settings; an entry that makes no plug-in costs a note.
 boost::shared_ptr<IPluginsManager> configuredPlugins(Session& session);
 
 /// Throws HostError unless the file can be read and has certificates (PEM).
@@ -46,6 +46,7 @@ FarCollection pluginCollection(const CString& name);
 /// Takes what is known of its files out of the database, whatever its kind is or was. Throws
 /// HostError.
 void dropPluginCollections(const CString& name);
-/// Takes it out, with its settings and its password. Its files stay.
+/// Takes it out, with its settings and its password. Its files stay. Throws HostError, and changes
+/// nothing, when the store of its password is locked.
 void removePlugin(Session& session, const CString& name);
 } // namespace qo::host

@@ -1,5 +1,6 @@
 #include "plugins/http/HttpClient.h"
 
+#include "core/base/HostError.h"
 #include "core/base/Trimmed.h"
 
 #include <curl/curl.h>
@@ -302,13 +303,38 @@ unsigned long HttpClient::firstScheme() const
 
 HttpClient::~HttpClient() = default;
 
+void HttpClient::setLogin(const Login& login)
+{
+    const std::lock_guard guard(m_lock);
+    m_login = login;
+    forgetConnections();
+}
+
 void HttpClient::setCredentials(const CString& user, const CString& password)
 {
     const std::lock_guard guard(m_lock);
-    m_user = toUtf8(user);
-    m_password = Secret(password);
+    m_login.change(user, password);
+    forgetConnections();
+}
+
+void HttpClient::forgetConnections()
+{
     m_scheme = firstScheme();
     m_idle.clear(); // a connection remembers who was let in
+}
+
+CString HttpClient::needPassword()
+{
+    const std::lock_guard guard(m_lock);
+    try
+    {
+        (void)m_login.password();
+        return {};
+    }
+    catch (const HostError& error)
+    {
+        return fromUtf8(error.what());
+    }
 }
 
 void HttpClient::trustKey(const std::string& digest)
@@ -369,11 +395,11 @@ void HttpClient::prepare(Connection& connection, const HttpRequest& request)
         curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
     }
     const std::lock_guard guard(m_lock);
-    if (m_user.empty())
+    if (m_login.user().empty())
         return;
     curl_easy_setopt(handle, CURLOPT_HTTPAUTH, static_cast<long>(m_scheme));
-    curl_easy_setopt(handle, CURLOPT_USERNAME, m_user.c_str());
-    curl_easy_setopt(handle, CURLOPT_PASSWORD, m_password.c_str());
+    curl_easy_setopt(handle, CURLOPT_USERNAME, m_login.user().c_str());
+    curl_easy_setopt(handle, CURLOPT_PASSWORD, m_login.known().c_str());
 }
 
 HttpAnswer HttpClient::runOnce(Connection& connection,
@@ -437,14 +463,20 @@ bool HttpClient::waitUntilFree(const HttpRequest& request, long seconds) const
 
 HttpAnswer HttpClient::run(HttpRequest request)
 {
+    HttpAnswer answer;
+    // Where a redirection leads is the server's word, and may hold what no message shall.
+    const CString place = fromUtf8(request.address.url());
+    if (const CString cause = needPassword(); !cause.IsEmpty())
+    {
+        answer.place = place;
+        answer.failure = place + u": " + cause;
+        return answer;
+    }
     std::unique_ptr<Connection> connection = takeConnection();
     const std::string_view method = request.method;
     const bool isReading = method == "GET" || method == "HEAD" || method == "PROPFIND";
-    HttpAnswer answer;
     int redirections = 0;
     int waits = 0;
-    // Where a redirection leads is the server's word, and may hold what no message shall.
-    const CString place = fromUtf8(request.address.url());
     for (bool isFirst = true;; isFirst = false)
     {
         if (!isFirst && request.again)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/base/Secret.h"
+#include "plugins/base/Login.h"
 #include "plugins/http/HttpAddress.h"
 
 #include <cstdint>
@@ -78,6 +78,8 @@ public:
     HttpClient& operator=(const HttpClient&) = delete;
 
     const HttpAddress& root() const { return m_root; }
+    void setLogin(const Login& login);
+    /// As Login::change().
     void setCredentials(const CString& user, const CString& password);
     /// Certificates are no longer checked from now on, but the server's public key has to have this
     /// SHA-256, in digits. Before the first request.
@@ -101,6 +103,9 @@ private:
     /// Waits as long as a busy server asks; false if that is too long, or has been cancelled.
     bool waitUntilFree(const HttpRequest& request, long seconds) const;
     void prepare(Connection& connection, const HttpRequest& request);
+    void forgetConnections();
+    /// Why there is no password; "" when there is one, or no login.
+    CString needPassword();
 
     const HttpAddress m_root;
     const HttpLimits m_limits;
@@ -108,8 +113,7 @@ private:
     std::string m_authorities; ///< the file; "" for those of the system
     std::mutex m_lock;         ///< guards what follows
     std::vector<std::unique_ptr<Connection>> m_idle;
-    std::string m_user;
-    Secret m_password;
+    Login m_login;
     unsigned long m_scheme; ///< the ways to send the password that are tried
 };
 } // namespace qo::host

@@ -1,6 +1,7 @@
 #include "plugins/subsonic/SubsonicClient.h"
 
 #include "core/base/HexText.h"
+#include "core/base/HostError.h"
 
 #include <openssl/evp.h>
 
@@ -118,23 +119,31 @@ SubsonicClient::SubsonicClient(HttpAddress root, HttpLimits limits)
 {
 }
 
+void SubsonicClient::setLogin(const Login& login)
+{
+    const std::lock_guard guard(m_lock);
+    m_known = {login, false};
+}
+
 void SubsonicClient::setCredentials(const CString& user, const CString& password)
 {
     const std::lock_guard guard(m_lock);
-    m_login = {toUtf8(user), Secret(password), false};
+    m_known.login.change(user, password);
+    m_known.sendsPassword = false;
 }
 
-SubsonicClient::Login SubsonicClient::login()
+SubsonicClient::Known SubsonicClient::known()
 {
     const std::lock_guard guard(m_lock);
-    return m_login;
+    (void)m_known.login.password();
+    return m_known;
 }
 
 bool SubsonicClient::beginPassword()
 {
     const std::lock_guard guard(m_lock);
     const bool isSafe = m_root.isEncrypted() || m_root.isLoopback();
-    m_login.sendsPassword = m_login.sendsPassword || isSafe;
+    m_known.sendsPassword = m_known.sendsPassword || isSafe;
     return isSafe;
 }
 
@@ -185,15 +194,26 @@ SubsonicAnswer SubsonicClient::send(const char* method,
     request.address.path += std::string(method) + ".view";
     while (true)
     {
-        const Login known = login();
+        Known known;
+        try
+        {
+            known = this->known();
+        }
+        catch (const HostError& error)
+        {
+            SubsonicAnswer answer;
+            answer.failure = fromUtf8(request.address.url() + ": " + error.what());
+            return answer;
+        }
+        const Secret& password = known.login.known();
         const std::string salt = newSalt();
-        Secret salted = known.password;
+        Secret salted = password;
         salted.append(salt);
         const std::string token = md5Text(salted.view());
-        std::string digits = hexText(known.password.view());
+        std::string digits = hexText(password.view());
         const Secret hex(digits);
         wipe(digits);
-        request.address.query = "u=" + percentEncoded(known.user, "-._~");
+        request.address.query = "u=" + percentEncoded(known.login.user(), "-._~");
         request.address.query += known.sendsPassword ? "&p=enc:" + std::string(hex.view())
                                                      : "&t=" + token + "&s=" + salt;
         request.address.query += "&v=1.13.0&c=qo&f=json";
@@ -201,8 +221,8 @@ SubsonicAnswer SubsonicClient::send(const char* method,
             request.address.query.append("&").append(name).append("=").append(
                 percentEncoded(value, "-._~"));
         SubsonicAnswer answer =
-            sendOnce(request, {Secret(salt), Secret(token), hex, known.password}, http);
-        if (!knowsNoTokens(answer.reply) || known.sendsPassword || known.user.empty() ||
+            sendOnce(request, {Secret(salt), Secret(token), hex, password}, http);
+        if (!knowsNoTokens(answer.reply) || known.sendsPassword || known.login.user().empty() ||
             !beginPassword())
             return answer;
     }

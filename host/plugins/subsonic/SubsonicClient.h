@@ -32,6 +32,8 @@ public:
 
     explicit SubsonicClient(HttpAddress root, HttpLimits limits = {});
 
+    void setLogin(const Login& login);
+    /// As Login::change().
     void setCredentials(const CString& user, const CString& password);
     SubsonicAnswer
     ask(const char* method, const Parameters& parameters, const IsCanceled& isCanceled);
@@ -40,10 +42,9 @@ public:
     HttpAnswer fetch(const std::string& trackId, const HttpRequest& request);
 
 private:
-    struct Login
+    struct Known
     {
-        std::string user;
-        Secret password;
+        Login login;
         bool sendsPassword = false;
     };
 
@@ -51,13 +52,14 @@ private:
     send(const char* method, const Parameters& parameters, HttpRequest request, HttpAnswer& http);
     SubsonicAnswer
     sendOnce(HttpRequest& request, const std::vector<Secret>& secrets, HttpAnswer& http);
-    Login login();
+    /// With the password. Throws HostError when there is none.
+    Known known();
     /// Whether the password may be sent; from then on it is.
     bool beginPassword();
 
     HttpAddress m_root;
     HttpClient m_http;
     std::mutex m_lock; ///< guards the login
-    Login m_login;
+    Known m_known;
 };
 } // namespace qo::host

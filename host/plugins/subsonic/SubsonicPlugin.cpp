@@ -267,7 +267,7 @@ private:
 SubsonicPlugin::SubsonicPlugin(const CString& id,
                                const CString& address,
                                KVConfig* store,
-                               KVConfig* passwords,
+                               const std::optional<PasswordStore>& passwords,
                                HttpLimits limits)
     : StoredPlugin(id, store, passwords)
     , m_client(std::make_shared<SubsonicClient>(parseHttpAddress(address), limits))
@@ -276,11 +276,7 @@ SubsonicPlugin::SubsonicPlugin(const CString& id,
     , m_login(boost::make_shared<SubsonicLogin>(m_client))
     , m_search(boost::make_shared<SubsonicSearch>(m_client))
 {
-    CString user;
-    CString password;
-    const PassingSecret secret(password);
-    GetCredentials(user, password);
-    m_client->setCredentials(user, password);
+    m_client->setLogin(login());
 }
 
 SubsonicPlugin::~SubsonicPlugin() = default;

@@ -16,7 +16,7 @@ public:
     SubsonicPlugin(const CString& id,
                    const CString& address,
                    KVConfig* store,
-                   KVConfig* passwords,
+                   const std::optional<PasswordStore>& passwords,
                    HttpLimits limits = {});
     ~SubsonicPlugin() override;
 

@@ -276,7 +276,7 @@ private:
 WebdavPlugin::WebdavPlugin(const CString& id,
                            const CString& address,
                            KVConfig* store,
-                           KVConfig* passwords,
+                           const std::optional<PasswordStore>& passwords,
                            HttpLimits limits)
     : StoredPlugin(id, store, passwords)
     , m_client(std::make_shared<HttpClient>(parseHttpAddress(address), limits))
@@ -285,11 +285,7 @@ WebdavPlugin::WebdavPlugin(const CString& id,
     , m_download(boost::make_shared<DavDownloads>(m_client))
     , m_login(boost::make_shared<DavLogin>(m_client))
 {
-    CString user;
-    CString password;
-    const PassingSecret secret(password);
-    GetCredentials(user, password);
-    m_client->setCredentials(user, password);
+    m_client->setLogin(login());
 }
 
 WebdavPlugin::~WebdavPlugin() = default;

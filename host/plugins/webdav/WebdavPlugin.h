@@ -16,7 +16,7 @@ public:
     WebdavPlugin(const CString& id,
                  const CString& address,
                  KVConfig* store,
-                 KVConfig* passwords,
+                 const std::optional<PasswordStore>& passwords,
                  HttpLimits limits = {});
     ~WebdavPlugin() override;
     /// As HttpClient::trustAuthorities().

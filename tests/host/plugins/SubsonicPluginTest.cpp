@@ -23,7 +23,7 @@ protected:
     void add(const std::string& url)
     {
         const auto plugin = boost::make_shared<qo::host::SubsonicPlugin>(
-            u"music", qo::fromUtf8(url), nullptr, nullptr, qo::host::HttpLimits{1, 1, 5});
+            u"music", qo::fromUtf8(url), nullptr, std::nullopt, qo::host::HttpLimits{1, 1, 5});
         plugin->SetCredentials(u"ann", qo::fromUtf8(listenerPassword));
         plugins->add(plugin);
     }

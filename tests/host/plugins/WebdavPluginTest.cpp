@@ -23,7 +23,7 @@ protected:
     {
         const qo::host::HttpLimits limits = {1, 1, 5};
         const auto plugin = boost::make_shared<qo::host::WebdavPlugin>(
-            u"dav", qo::fromUtf8(url), nullptr, nullptr, limits);
+            u"dav", qo::fromUtf8(url), nullptr, std::nullopt, limits);
         plugin->SetCredentials(u"ann", qo::fromUtf8(password));
         plugins->add(plugin);
     }
@@ -266,7 +266,7 @@ TEST_F(WebdavPlugin, ThePasswordIsOverwrittenWhereverItWas)
                    : HostileServer::reply("401 No", "", "WWW-Authenticate: Basic realm=\"r\"\r\n");
     };
     {
-        qo::host::WebdavPlugin plugin(u"dav", qo::fromUtf8(server.url()), nullptr, nullptr);
+        qo::host::WebdavPlugin plugin(u"dav", qo::fromUtf8(server.url()), nullptr, std::nullopt);
         CString typed;
         const qo::PassingSecret secret(typed);
         qo::host::Secret bytes;

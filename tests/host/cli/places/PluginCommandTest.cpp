@@ -1,4 +1,5 @@
 #include "host/cli/QoCommand.h"
+#include "host/cli/places/Keyring.h"
 #include "support/Servers.h"
 
 #include <csignal>
@@ -30,9 +31,13 @@ protected:
     /// What the command says goes into the file "said".
     int logIn(const std::string& password, const std::string& service) const
     {
-        const std::string call = "echo '" + password + "' | " QO_COMMAND " --data '" +
-                                 qo.dir.path("data") + "' plugin login " + service +
-                                 " --user ann >'" + qo.dir.path("said") + "' 2>&1";
+        std::string variables; // and never the bus of whoever runs the tests
+        for (const std::string& variable : qo.moreVariables)
+            variables += " '" + variable + "'";
+        const std::string call =
+            "echo '" + password + "' | env -u DBUS_SESSION_BUS_ADDRESS -u XDG_RUNTIME_DIR" +
+            variables + " " QO_COMMAND " --data '" + qo.dir.path("data") + "' plugin login " +
+            service + " --user ann >'" + qo.dir.path("said") + "' 2>&1";
         return WEXITSTATUS(std::system(call.c_str())); // NOLINT(concurrency-mt-unsafe)
     }
     /// Two tracks behind a music server, which is the plug-in "home"; null where none is installed.
@@ -62,7 +67,7 @@ protected:
     }
     bool isEmpty(const std::string& relative) const { return fs::is_empty(qo.dir.path(relative)); }
 
-    const QoCommand qo;
+    QoCommand qo;
 };
 } // namespace
 
@@ -235,16 +240,65 @@ TEST_F(PluginCommand, AnInterruptedCopyLeavesNoPart)
     expectNoPartOf({"plugin", "get", "NAS", "large.mp3", "--to", qo.dir.path("to")});
 }
 
+/// An empty WebDAV folder for "ann:s3cret".
+std::string guardedFolder(const std::string& request)
+{
+    if (request.find("Authorization: Basic YW5uOnMzY3JldA==") == std::string::npos)
+        return HostileServer::reply("401 No", "", "WWW-Authenticate: Basic realm=\"r\"\r\n");
+    return HostileServer::reply("207 OK", "<multistatus xmlns=\"DAV:\"/>");
+}
+
+TEST_F(PluginCommand, APasswordIsInTheStoreOfTheDesktopWhereThereIsOne)
+{
+    HostileServer server;
+    server.answer = guardedFolder;
+    const std::string service = "web --webdav " + server.url();
+    const std::string file = "data/Qorganizer/passwords";
+    EXPECT_EQ(logIn("s3cret", service), 0) << read("said");
+    EXPECT_NE(read(file).find("s3cret"), std::string::npos);
+
+    Keyring keyring(qo.dir.path("keyring"));
+    if (!keyring.isRunning())
+        GTEST_SKIP() << "the GNOME keyring does not run here";
+    qo.moreVariables = {keyring.variable()};
+    qo.expect({"plugin", "browse", "web"}, 0, "");
+    EXPECT_EQ(logIn("s3cret", service), 0) << read("said");
+    EXPECT_EQ(read(file).find("s3cret"), std::string::npos);
+    qo.expect({"plugin", "browse", "web"}, 0, "");
+    qo.expect({"plugin", "set", "web", "--music", "", "--dry-run"}, 0, "");
+    EXPECT_TRUE(keyring.lock());
+    qo.expect({"plugin", "ls"}, 0, "ann");
+    for (const char* const command : {"browse", "logout"})
+        qo.expect({"plugin", command, "web"}, 1, "is locked: unlock it");
+    EXPECT_EQ(logIn("s3cret", service), 1);
+    EXPECT_NE(read("said").find("is locked: unlock it"), std::string::npos) << read("said");
+    EXPECT_EQ(read(file).find("s3cret"), std::string::npos);
+    keyring.end();
+    qo.expect({"plugin", "browse", "web"}, 1, "\"qo plugin login web\" asks for it anew");
+    qo.expect({"plugin", "logout", "web"}, 0, "may be left in the desktop's store");
+}
+
+TEST_F(PluginCommand, ALogoutTakesThePasswordOutOfTheStoreOfTheDesktop)
+{
+    const Keyring keyring(qo.dir.path("keyring"));
+    if (!keyring.isRunning())
+        GTEST_SKIP() << "the GNOME keyring does not run here";
+    qo.moreVariables = {keyring.variable()};
+    HostileServer server;
+    server.answer = guardedFolder;
+    const std::string service = "web --webdav " + server.url();
+    EXPECT_EQ(logIn("s3cret", service), 0) << read("said");
+    qo.expect({"plugin", "logout", "web"}, 0, "files stay");
+    // With the settings as they were only the password is missing.
+    std::ofstream(qo.dir.path("data/settings"), std::ios::app)
+        << "[Plugins]\nweb=webdav " << server.url() << "\n[Plugin web]\nUser=ann\n# end\n";
+    qo.expect({"plugin", "browse", "web"}, 1, "is in no store of passwords");
+}
+
 TEST_F(PluginCommand, APasswordIsInAFileOfItsOwnAlone)
 {
     HostileServer server;
-    server.answer = [](const std::string& request)
-    {
-        // "ann:s3cret"
-        if (request.find("Authorization: Basic YW5uOnMzY3JldA==") == std::string::npos)
-            return HostileServer::reply("401 No", "", "WWW-Authenticate: Basic realm=\"r\"\r\n");
-        return HostileServer::reply("207 OK", "<multistatus xmlns=\"DAV:\"/>");
-    };
+    server.answer = guardedFolder;
     const std::string file = "data/Qorganizer/passwords";
     EXPECT_EQ(logIn("wrong", "web --webdav " + server.url()), 1);
     EXPECT_NE(read("said").find("does not accept"), std::string::npos) << read("said");
@@ -434,7 +488,7 @@ TEST_F(PluginCommand, AnInterruptedFetchOfAFoundTrackLeavesNoPart)
 
 TEST(PlaceScan, WhatIsKnownOfAServiceStaysWhileItIsEmptyAndGoesWithIt)
 {
-    const QoCommand qo;
+    QoCommand qo;
     qo.addTrack("Kino/01.mp3", {"artist=Kino", "title=Zvezda"});
     const auto known = [&qo] { return qo.run({"ls", "--on", "nas", "--json"}).json().size(); };
     qo.expect({"plugin", "login", "NAS", "--folder", qo.music()}, 0, "logged in");
