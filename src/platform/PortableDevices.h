@@ -100,6 +100,10 @@ public:
     /// An object that is there after the commit() of the stream.
     virtual DeviceResult createObjectWithData(const PropertyBag& values,
                                               std::unique_ptr<IByteStream>& stream) = 0;
+    /// Whether rename() can be expected to work for that file.
+    virtual bool canRename(const CString& objectId) = 0;
+    /// Gives a file another name in its folder.
+    virtual DeviceResult rename(const CString& objectId, const CString& name) = 0;
     /// Removes objects that have no children.
     virtual DeviceResult remove(const std::vector<CString>& objectIds) = 0;
 };

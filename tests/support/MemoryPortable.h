@@ -93,6 +93,12 @@ public:
         m_unplugAt = number;
         m_calls = 0;
     }
+    /// That call alone fails, likewise.
+    void failAt(int number)
+    {
+        m_failAt = number;
+        m_calls = 0;
+    }
     int calls() const { return m_calls; }
 
     std::vector<CString> deviceIds{u"phone"};
@@ -101,6 +107,7 @@ public:
     CString card;
     CString broken; ///< the id of an object of which the device says nothing
     bool isReadOnly = false;
+    bool canRename = true;
 
 private:
     class Stream : public qo::IByteStream
@@ -191,6 +198,17 @@ private:
             stream = std::make_unique<Stream>(m_portable, values);
             return m_portable.call();
         }
+        bool canRename(const CString& objectId) override
+        {
+            return m_portable.canRename && m_portable.find(objectId);
+        }
+        qo::DeviceResult rename(const CString& objectId, const CString& name) override
+        {
+            const qo::DeviceResult result = m_portable.call();
+            if (result == qo::deviceResult::ok)
+                m_portable.find(objectId)->values.set(qo::wpd::objectOriginalName, name);
+            return result;
+        }
         qo::DeviceResult remove(const std::vector<CString>& objectIds) override
         {
             const qo::DeviceResult result = m_portable.call();
@@ -206,11 +224,15 @@ private:
 
     qo::DeviceResult call()
     {
-        return ++m_calls >= m_unplugAt && m_unplugAt > 0 ? qo::deviceResult::notConnected
-                                                         : qo::deviceResult::ok;
+        ++m_calls;
+        if (m_calls == m_failAt)
+            return qo::deviceResult::failed;
+        return m_calls >= m_unplugAt && m_unplugAt > 0 ? qo::deviceResult::notConnected
+                                                       : qo::deviceResult::ok;
     }
 
     int m_lastId = 0;
     int m_calls = 0;
     int m_unplugAt = 0;
+    int m_failAt = 0;
 };

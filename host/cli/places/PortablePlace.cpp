@@ -70,7 +70,6 @@ public:
         ByteProgress bytes(progress);
         return CQoWPDManager::getFile(path.toString(), local, size, &bytes, true) ? "" : failed();
     }
-    /// A device can have several files of one name, so the one that is replaced goes first.
     std::string send(const CString& local,
                      std::int64_t size,
                      CQoCollPath& path,
@@ -90,8 +89,8 @@ public:
                 return "the device knows no files of this kind";
             if (progress.isCanceled())
                 return "interrupted";
-            if (!CQoWPDManager::deleteFile(path.toString(), &progress))
-                return "the file that is there cannot be removed";
+            ByteProgress bytes(progress, size);
+            return CQoWPDManager::replaceFile(local, path.toString(), size, &bytes) ? "" : failed();
         }
         ByteProgress bytes(progress, size);
         return CQoWPDManager::putFile(local, {}, path.toString(), size, &bytes) ? "" : failed();

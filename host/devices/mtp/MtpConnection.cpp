@@ -184,4 +184,16 @@ DeviceResult MtpConnection::file(const MtpId& id, MtpFile& file)
                    return found != nullptr;
                });
 }
+
+DeviceResult MtpConnection::rename(const MtpId& id, const CString& name)
+{
+    return run("Set_File_Name",
+               [&](LIBMTP_mtpdevice_t& device)
+               {
+                   const FileList file(::LIBMTP_Get_Filemetadata(&device, id.object));
+                   m_files.erase(id.object);
+                   return file &&
+                          ::LIBMTP_Set_File_Name(&device, file.get(), toUtf8(name).c_str()) == 0;
+               });
+}
 } // namespace qo::host

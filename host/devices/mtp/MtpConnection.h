@@ -69,6 +69,7 @@ public:
     DeviceResult children(const MtpId& folder, std::vector<MtpId>& ids);
     /// Of an object that a listing had, or the device is asked.
     DeviceResult file(const MtpId& id, MtpFile& file);
+    DeviceResult rename(const MtpId& id, const CString& name);
 
 private:
     const UsbNode m_node;

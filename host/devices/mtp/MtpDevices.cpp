@@ -122,6 +122,27 @@ public:
     {
         return writeObject(m_connection, values, stream);
     }
+    bool canRename(const CString& objectId) override
+    {
+        MtpId id;
+        MtpFile file;
+        bool can = false;
+        const auto call = [&](LIBMTP_mtpdevice_t& device)
+        {
+            can = ::LIBMTP_Is_Property_Supported(
+                      &device, LIBMTP_PROPERTY_ObjectFileName, file.type) == 1;
+            return true;
+        };
+        return MtpId::parse(objectId, id) && !id.isStorage() &&
+               m_connection->file(id, file) == deviceResult::ok &&
+               m_connection->run("Is_Property_Supported", call) == deviceResult::ok && can;
+    }
+    DeviceResult rename(const CString& objectId, const CString& name) override
+    {
+        MtpId id;
+        return MtpId::parse(objectId, id) && !id.isStorage() ? m_connection->rename(id, name)
+                                                             : deviceResult::notFound;
+    }
     DeviceResult remove(const std::vector<CString>& objectIds) override
     {
         for (const CString& each : objectIds)

@@ -114,6 +114,14 @@ public:
                         std::int64_t total,
                         IQoProgress* progress);
     static bool deleteFile(const CString& path, IQoProgress* progress);
+    /// Copies a local file to the place of one that is there. Where the device can rename files the
+    /// new one is sent under a passing name, and the former one stays until all of it is there.
+    /// Elsewhere the former one goes first, since of two files of one name a path leads to the
+    /// older one; a failure then leaves neither.
+    static bool replaceFile(const CString& source,
+                            const CString& target,
+                            std::int64_t total,
+                            IQoProgress* progress);
     /// A download to a temporary file, not started yet.
     static boost::shared_ptr<IDownloadItem> getPlayDownloadItem(const CString& id);
 };

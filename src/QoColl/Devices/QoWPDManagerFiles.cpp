@@ -1,8 +1,10 @@
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Devices/QoWPDManager.h"
+#include "QoColl/Plugins/FarName.h"
 #include "common/Log.h"
 #include "common/MakeObject.h"
 #include "common/QoProgress.h"
+#include "platform/FileSystem.h"
 
 #include <algorithm>
 #include <deque>
@@ -32,6 +34,27 @@ findChild(const std::vector<ObjectInfo>& children, const CString& name, bool any
             similar = &child;
     }
     return similar;
+}
+
+/// The file that is exactly there: never another one whose name differs in case, and no folder with
+/// all that is in it.
+bool findFile(qo::IPortableDevice& device,
+              const CQoCollPath& path,
+              IQoProgress* progress,
+              ObjectInfo& file)
+{
+    ObjectInfo folder;
+    folder.m_id = qo::deviceRootId;
+    const CQoCollPath parent = path.getParent();
+    std::vector<ObjectInfo> children;
+    if (parent.isEmpty() ||
+        CQoWPDManager::getPathInfo(device, parent, folder.m_id, progress, folder))
+        (void)CWPDUtils::getObjectChildren(device, folder.m_id, children, progress);
+    const ObjectInfo* const found = findChild(children, path.getLast(), false);
+    if (!found || found->isFolder())
+        return false;
+    file = *found;
+    return true;
 }
 
 std::unique_ptr<qo::IPortableDevice> openToRead(const CQoCollPath& path, const char16_t* message)
@@ -100,7 +123,7 @@ bool walkObjects(qo::IPortableDevice& device,
             if (walk.progress->isCanceled())
                 return false;
             // A path leads to the first object of its name, so a later one cannot be reached.
-            if (!names.insert(child.m_pathName).second)
+            if (!names.insert(child.m_pathName).second || qo::isPartName(child.m_pathName.view()))
                 continue;
             const CQoCollPath path = folder.path.child(child.m_pathName);
             if (!child.isFolder())
@@ -308,15 +331,8 @@ bool CQoWPDManager::deleteFile(const CString& path, IQoProgress* progress)
         qo::log(level::error, u"CQoWPDManager::deleteFile : error opening device device: %s", path);
         return false;
     }
-    ObjectInfo folder;
-    folder.m_id = qo::deviceRootId;
-    const CQoCollPath parent = parsed.getParent();
-    std::vector<ObjectInfo> children;
-    if (parent.isEmpty() || getPathInfo(*device, parent, folder.m_id, progress, folder))
-        (void)CWPDUtils::getObjectChildren(*device, folder.m_id, children, progress);
-    // Never another file whose name differs in case, and no folder with all that is in it.
-    const ObjectInfo* const file = findChild(children, parsed.getLast(), false);
-    if (!file || file->isFolder())
+    ObjectInfo file;
+    if (!findFile(*device, parsed, progress, file))
     {
         if (!progress->isCanceled())
             qo::log(level::error,
@@ -324,8 +340,7 @@ bool CQoWPDManager::deleteFile(const CString& path, IQoProgress* progress)
                     path);
         return false;
     }
-    if (const qo::DeviceResult result = device->remove({file->m_id});
-        result != qo::deviceResult::ok)
+    if (const qo::DeviceResult result = device->remove({file.m_id}); result != qo::deviceResult::ok)
     {
         qo::log(level::error,
                 u"CQoWPDManager::deleteFile : failed to delete file %s, hr = 0x%lx",
@@ -334,4 +349,44 @@ bool CQoWPDManager::deleteFile(const CString& path, IQoProgress* progress)
         return false;
     }
     return true;
+}
+
+bool CQoWPDManager::replaceFile(const CString& source,
+                                const CString& target,
+                                std::int64_t total,
+                                IQoProgress* progress)
+{
+    const CQoCollPath path(target);
+    std::unique_ptr<qo::IPortableDevice> device;
+    ObjectInfo former;
+    if (CWPDUtils::openDevice(path.getDevice(), device, false) != qo::deviceResult::ok ||
+        !findFile(*device, path, progress, former))
+        return false;
+    if (!device->canRename(former.m_id))
+        return deleteFile(target, progress) && putFile(source, {}, target, total, progress);
+
+    const CQoCollPath part = path.getParent().child(qo::partName() + u"." + path.getFileExt());
+    qo::FileInfo info;
+    if (qo::fileSystem().info(source, qo::Spelling::exact, info) != 0 ||
+        !putFile(source, {}, part.toString(), total, progress))
+        return false;
+    // The rest takes no time worth a cancel, which would leave two files.
+    CDummyProgress toItsEnd;
+    ObjectInfo sent;
+    const bool isWhole = findFile(*device, part, &toItsEnd, sent) && sent.m_size == info.size;
+    if (!isWhole || !deleteFile(target, &toItsEnd))
+    {
+        (void)deleteFile(part.toString(), &toItsEnd);
+        return false;
+    }
+    const qo::DeviceResult result = device->rename(sent.m_id, path.getLast());
+    if (result == qo::deviceResult::ok)
+        return true;
+    qo::log(level::error,
+            u"CQoWPDManager::replaceFile : failed to rename %s to %s, hr = 0x%lx",
+            part.toString(),
+            path.getLast(),
+            result);
+    // What is there under the passing name stays until there is another one.
+    return putFile(source, {}, target, total, progress) && deleteFile(part.toString(), &toItsEnd);
 }

@@ -15,8 +15,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
+#include <set>
 #include <thread>
 
 namespace
@@ -182,6 +184,64 @@ TEST_F(QoWPDManager, DeviceThatIsUnpluggedAtAnyCallLeavesNothingHalfDone)
         std::filesystem::remove(m_dir.path("got"));
     }
     EXPECT_EQ(m_phone.objects.size(), before);
+}
+
+TEST_F(QoWPDManager, AFileIsReplacedWithoutAMomentAtWhichNeitherIsThere)
+{
+    const CString target = u"\\\\wpd:phone\\Card\\Music\\song.mp3";
+    m_dir.write("new.mp3", "the new one");
+    m_phone.addFile(m_music, u"song.mp3", "the old one.");
+    const std::vector<MemoryPortable::Object> before = m_phone.objects;
+    const auto contents = [&]
+    {
+        std::multiset<std::string> all;
+        for (const MemoryPortable::Object& object : m_phone.objects)
+            all.insert(object.content);
+        return all;
+    };
+    const auto isWhole = [&](const CString& name, const std::string& content)
+    {
+        return std::any_of(
+            m_phone.objects.begin(),
+            m_phone.objects.end(),
+            [&](const MemoryPortable::Object& object)
+            {
+                const auto* const its = object.values.find(qo::wpd::objectOriginalName);
+                return its && std::get<CString>(*its) == name && object.content == content;
+            });
+    };
+    CDummyProgress progress;
+    const auto replace = [&]
+    { return CQoWPDManager::replaceFile(m_dir.collPath("new.mp3"), target, 0, &progress); };
+    for (const bool isPulled : {false, true})
+    {
+        int failures = 0;
+        for (int call = 1;; ++call)
+        {
+            ASSERT_LT(call, 100);
+            m_phone.objects = before;
+            m_phone.failAt(isPulled ? 0 : call);
+            m_phone.unplugAt(isPulled ? call : 0);
+            const bool isDone = replace();
+            const bool wasReached = m_phone.calls() >= call;
+            EXPECT_EQ(isDone, isWhole(u"song.mp3", "the new one")) << call;
+            EXPECT_TRUE(isWhole(u"song.mp3", "the old one.") || contents().contains("the new one"))
+                << call;
+            // A failure from which there is a way leaves one file.
+            EXPECT_TRUE(isPulled || m_phone.objects.size() == before.size()) << call;
+            failures += isDone ? 0 : 1;
+            if (!wasReached)
+                break;
+        }
+        EXPECT_GT(failures, 3);
+    }
+    m_phone.failAt(0);
+    m_phone.unplugAt(0);
+    m_phone.objects = before;
+    m_phone.canRename = false;
+    EXPECT_TRUE(replace());
+    EXPECT_TRUE(isWhole(u"song.mp3", "the new one"));
+    EXPECT_EQ(m_phone.objects.size(), before.size());
 }
 
 TEST_F(QoWPDManager, CancelledCopyLeavesNoFileAndNoObject)

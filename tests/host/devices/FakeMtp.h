@@ -201,6 +201,22 @@ uint32_t LIBMTP_Create_Folder(LIBMTP_mtpdevice_t*, char* name, uint32_t parent, 
 {
     return phone().fails("folder") ? 0 : phone().add({parent, name});
 }
+int LIBMTP_Is_Property_Supported(LIBMTP_mtpdevice_t*,
+                                 LIBMTP_property_t const property,
+                                 LIBMTP_filetype_t const type)
+{
+    return !phone().fails("property") && property == LIBMTP_PROPERTY_ObjectFileName &&
+                   type == LIBMTP_FILETYPE_MP3
+               ? 1
+               : 0;
+}
+int LIBMTP_Set_File_Name(LIBMTP_mtpdevice_t*, LIBMTP_file_t* file, const char* name)
+{
+    if (phone().fails("rename"))
+        return -1;
+    phone().objects[file->item_id].name = name;
+    return 0;
+}
 int LIBMTP_Delete_Object(LIBMTP_mtpdevice_t*, uint32_t number)
 {
     return phone().fails("delete") || phone().objects.erase(number) == 0 ? -1 : 0;

@@ -16,6 +16,7 @@ gi.require_version("UMockdev", "1.0")
 from gi.repository import UMockdev  # noqa: E402
 
 STORAGE, ROOT, FOLDER_FORMAT, MP3_FORMAT = 0x10001, 0xFFFFFFFF, 0x3001, 0x3009
+FILE_NAME = 0xDC07
 COMMAND, DATA, RESPONSE = 1, 2, 3
 OK, BAD_HANDLE, UNSUPPORTED = 0x2001, 0x2009, 0x2005
 BULK_IN, BULK_OUT, INTERRUPT_IN = 0x81, 0x02, 0x83
@@ -88,11 +89,16 @@ class Phone:
     def data_of(self, code, values):
         """The data that an operation gives; None for one that gives none."""
         if code == 0x1001:
-            operations = [0x1001, 0x1002, 0x1003, 0x1004, 0x1005, 0x1007, 0x1008, 0x1009, 0x100B, 0x100C, 0x100D, 0x101B]
+            operations = [0x1001, 0x1002, 0x1003, 0x1004, 0x1005, 0x1007, 0x1008, 0x1009, 0x100B, 0x100C, 0x100D, 0x101B,
+                          0x9801, 0x9802, 0x9804]
             return (struct.pack("<HIH", 100, 6, 100) + text("microsoft.com: 1.0;") + struct.pack("<H", 0)
                     + array("H", operations) + array("H", []) + array("H", []) + array("H", [])
                     + array("H", [FOLDER_FORMAT, MP3_FORMAT])
                     + text("Maker") + text("Phone 7") + text("1.0") + text("0A1B"))
+        if code == 0x9801:  # the properties of objects: their names
+            return array("H", [FILE_NAME])
+        if code == 0x9802:  # a text that can be set
+            return struct.pack("<HHB", FILE_NAME, 0xFFFF, 1) + text("") + struct.pack("<IB", 0, 0)
         if code == 0x1004:
             return array("I", [STORAGE])
         if code == 0x1005:
@@ -124,7 +130,9 @@ class Phone:
             results = [STORAGE, values[1], self.new]
         elif code == 0x100D:
             self.objects[self.new][2] = sent
-        elif code not in (0x1001, 0x1002, 0x1003, 0x1004, 0x1005, 0x1007, 0x1008, 0x1009, 0x101B):
+        elif code == 0x9804:
+            self.objects[values[0]][1] = sent[1:].decode("utf-16-le").rstrip("\0")
+        elif code not in (0x9801, 0x9802, 0x1001, 0x1002, 0x1003, 0x1004, 0x1005, 0x1007, 0x1008, 0x1009, 0x101B):
             status = UNSUPPORTED
         data = self.data_of(code, values) if status == OK else None
         if data is not None:
@@ -140,7 +148,7 @@ class Phone:
             length, kind, code, self.transaction = struct.unpack_from("<IHHI", data)
             assert kind == COMMAND and length == len(data), data
             values = struct.unpack_from(f"<{(length - 12) // 4}I", data, 12)
-            if code not in (0x100C, 0x100D):
+            if code not in (0x100C, 0x100D, 0x9804):
                 return self.answer(code, values, b"")
             self.command = (code, values)
             return None

@@ -258,6 +258,12 @@ TEST(PhoneCommand, APhoneOnTheBusIsListedCopiedAndScanned)
     EXPECT_EQ(withPhone(qo, "device push " + qo.dir.path("new.mp3") + " --to 'Phone 7/Card/A/B'"),
               "qo: sent: Phone 7/Card/A/B/new.mp3 (3 B)\n0");
     EXPECT_EQ(qo.dir.read("phone/A/B/new.mp3"), "new");
+    qo.dir.write("new.mp3", "newer");
+    const std::string push = "device push " + qo.dir.path("new.mp3") + " --to 'Phone 7/Card/A/B'";
+    EXPECT_NE(withPhone(qo, push).find("--replace sends it again"), std::string::npos);
+    EXPECT_EQ(withPhone(qo, push + " --replace"), "qo: sent: Phone 7/Card/A/B/new.mp3 (5 B)\n0");
+    EXPECT_EQ(qo.dir.read("phone/A/B/new.mp3"), "newer");
+    EXPECT_EQ(std::distance(fs::directory_iterator(qo.dir.path("phone/A/B")), {}), 1);
     const std::string adopt = "device adopt 'Phone 7' --music Card/Music --music-rule artist-track";
     EXPECT_NE(withPhone(qo, adopt).find("adopted"), std::string::npos);
     const std::string song = qo.addTrack("Ann: One.mp3", {"title=x"});
