@@ -4,7 +4,7 @@
 set -euo pipefail
 
 build=(g++ cmake ninja-build pkg-config libboost-dev libicu-dev libsqlite3-dev libtag1-dev libtinyxml-dev libssl-dev
- libcli11-dev libcurl4-openssl-dev libexpat1-dev libmicrohttpd-dev libmtp-dev libsystemd-dev nlohmann-json3-dev
+ libcli11-dev libcurl4-openssl-dev libexpat1-dev libmicrohttpd-dev libmtp-dev libsystemd-dev nettle-dev nlohmann-json3-dev
  libmimalloc-dev python3)
 tests=(libgtest-dev locales python3-mutagen kid3-cli ffmpeg sqlite3 attr zsh fish man-db libxml2-utils
  rclone apache2-bin supysonic dosfstools e2fsprogs dbus-daemon gnome-keyring python3-dbus python3-gi umockdev gir1.2-umockdev-1.0)

@@ -3,7 +3,7 @@
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 
-#include <openssl/evp.h>
+#include <nettle/sha2.h>
 
 #include <string_view>
 
@@ -18,10 +18,12 @@ constexpr int nameBytes = 20; ///< 160 bits of the digest, 40 digits
 /// The same picture gets the same name on every file, run and machine.
 CString digestName(const TagLib::ByteVector& content)
 {
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned length = 0;
-    if (EVP_Digest(content.data(), content.size(), digest, &length, EVP_sha256(), nullptr) != 1)
-        return {};
+    unsigned char digest[SHA256_DIGEST_SIZE];
+    sha256_ctx context;
+    ::sha256_init(&context);
+    ::sha256_update(
+        &context, content.size(), reinterpret_cast<const unsigned char*>(content.data()));
+    ::sha256_digest(&context, sizeof(digest), digest);
     CString name;
     for (int i = 0; i < nameBytes; ++i)
     {

@@ -18,9 +18,9 @@ constexpr std::int64_t smallBlockBytes = 64 << 10;
 } // namespace
 
 AudioRegionReader::AudioRegionReader(qo::IFile& file, std::int64_t limit)
-    : m_file(file), m_size(file.sizeAtOpen()), m_left(limit), m_context(EVP_MD_CTX_new())
+    : m_file(file), m_size(file.sizeAtOpen()), m_left(limit)
 {
-    m_sound = m_context && EVP_DigestInit_ex(m_context.get(), EVP_sha256(), nullptr) == 1;
+    ::sha256_init(&m_context);
 }
 
 ByteVector AudioRegionReader::look(std::int64_t position, std::int64_t length)
@@ -68,8 +68,9 @@ void AudioRegionReader::add(const ByteVector& bytes)
 {
     const std::int64_t taken = std::min<std::int64_t>(bytes.size(), m_left);
     m_left -= taken;
-    m_sound = m_sound &&
-              EVP_DigestUpdate(m_context.get(), bytes.data(), static_cast<std::size_t>(taken)) == 1;
+    ::sha256_update(&m_context,
+                    static_cast<std::size_t>(taken),
+                    reinterpret_cast<const unsigned char*>(bytes.data()));
 }
 
 void AudioRegionReader::addNumber(std::int64_t number)
@@ -79,9 +80,8 @@ void AudioRegionReader::addNumber(std::int64_t number)
 
 std::string AudioRegionReader::digest()
 {
-    unsigned char bytes[EVP_MAX_MD_SIZE];
-    unsigned length = 0;
-    m_sound = m_sound && EVP_DigestFinal_ex(m_context.get(), bytes, &length) == 1;
-    return {bytes, bytes + length};
+    unsigned char bytes[SHA256_DIGEST_SIZE];
+    ::sha256_digest(&m_context, sizeof(bytes), bytes);
+    return {bytes, bytes + sizeof(bytes)};
 }
 } // namespace KVTagLib

@@ -2,12 +2,11 @@
 
 #include "platform/FileSystem.h"
 
-#include <openssl/evp.h>
+#include <nettle/sha2.h>
 #include <taglib/tbytevector.h>
 
 #include <cstdint>
 #include <limits>
-#include <memory>
 
 namespace KVTagLib
 {
@@ -36,18 +35,13 @@ public:
     std::string digest();
 
 private:
-    struct Free
-    {
-        void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
-    };
-
     /// Reads the block that starts at that position.
     void fill(std::int64_t position);
 
     qo::IFile& m_file;
     std::int64_t m_size;
     std::int64_t m_left; ///< bytes that the digest still takes
-    std::unique_ptr<EVP_MD_CTX, Free> m_context;
+    sha256_ctx m_context;
     TagLib::ByteVector m_block;
     std::int64_t m_blockAt = 0;
     bool m_sound = true;

@@ -8,8 +8,7 @@
 #include "types/CharClass.h"
 #include "types/Utf.h"
 
-#include <openssl/evp.h>
-#include <openssl/hmac.h>
+#include <nettle/hmac.h>
 
 #include <algorithm>
 #include <array>
@@ -19,6 +18,11 @@ namespace
 {
 constexpr std::size_t digestSize = 32;
 using Digest = std::array<unsigned char, digestSize>;
+
+const unsigned char* bytesOf(const std::string& text)
+{
+    return reinterpret_cast<const unsigned char*>(text.data());
+}
 
 /// The first half of the digest exclusive-or the second, as 32 upper-case digits.
 CString foldedDigest(const Digest& digest)
@@ -107,15 +111,10 @@ CString CShareInvitation::GetCRC(const CString& shareId, CMapStringToString& par
     const std::string text = qo::toUtf8(shareId + values);
     const std::string key = K1 + K2;
     Digest digest = {};
-    unsigned length = 0;
-    if (!HMAC(EVP_sha256(),
-              key.data(),
-              static_cast<int>(key.size()),
-              reinterpret_cast<const unsigned char*>(text.data()),
-              text.size(),
-              digest.data(),
-              &length))
-        return {};
+    hmac_sha256_ctx context;
+    ::hmac_sha256_set_key(&context, key.size(), bytesOf(key));
+    ::hmac_sha256_update(&context, text.size(), bytesOf(text));
+    ::hmac_sha256_digest(&context, digest.size(), digest.data());
     return foldedDigest(digest);
 }
 
@@ -214,9 +213,10 @@ CString CShareInvitation::GenerateShareID(CMapStringToString& params)
                       qo::systemClock().tickCount());
     const std::string bytes = qo::toUtf8(seed);
     Digest digest = {};
-    unsigned length = 0;
-    if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), &length, EVP_sha256(), nullptr) != 1)
-        return {};
+    sha256_ctx context;
+    ::sha256_init(&context);
+    ::sha256_update(&context, bytes.size(), bytesOf(bytes));
+    ::sha256_digest(&context, digest.size(), digest.data());
     return id + foldedDigest(digest);
 }
 
