@@ -88,7 +88,7 @@ ExitCode listRoots(CommandLine& line)
 /// such one.
 host::StoredRoot findUnlisted(const RootFolders& roots, const std::string& typed)
 {
-    const auto unlisted = host::unlistedRoots(Session::databasePath(), roots);
+    const auto unlisted = host::unlistedRoots(host::storedRoots(Session::databasePath()), roots);
     for (const CString& form : spellings(typed))
     {
         for (const host::StoredRoot& root : unlisted)

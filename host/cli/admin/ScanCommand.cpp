@@ -128,8 +128,8 @@ bool addScannedFolders(const CommandLine& line, Session& session, const ScanOpti
             }
             roots.store();
             if (roots.folders().IsEmpty())
-                host::refuseUnnamedRoots(host::unlistedRoots(Session::databasePath(), roots),
-                                         roots);
+                host::refuseUnnamedRoots(
+                    host::unlistedRoots(host::storedRoots(Session::databasePath()), roots), roots);
             return !roots.folders().IsEmpty();
         });
     if (!hasRoots && !session.kernel().run([] { return host::hasAdoptedDevices(); }))

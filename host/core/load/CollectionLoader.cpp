@@ -86,7 +86,7 @@ LoadReport CollectionLoader::load()
 void CollectionLoader::loadGuarded()
 {
     RootFolders roots;
-    const std::vector<StoredRoot> unlisted = unlistedRoots(m_database, roots);
+    const std::vector<StoredRoot> unlisted = unlistedRoots(storedRoots(m_database), roots);
     refuseUnnamedRoots(unlisted, roots);
     if (m_session.hasLock() && m_isOwn)
     {

@@ -236,6 +236,30 @@ std::string DatabaseGuard::findDamage(bool everyPage) const
     }
 }
 
+bool DatabaseGuard::isSound() const
+{
+    try
+    {
+        DatabaseSwap(m_database).refuseUnfinished();
+        if (!isThere())
+            return false;
+        CSQLiteDB db(m_database);
+        db.SetBusyTimeout(patience);
+        db.Open();
+        db.Execute(u"BEGIN;");
+        return !otherVersion(db) && missingParts(db).empty() && differingCounts(db).empty();
+    }
+    catch (const HostError&)
+    {
+        return false;
+    }
+    catch (CSQLiteException* raw)
+    {
+        const std::unique_ptr<CSQLiteException> exception(raw);
+        return false;
+    }
+}
+
 bool DatabaseGuard::hasRow() const
 {
     return DatabaseRepair(m_database).hasRow();

@@ -34,6 +34,9 @@ public:
     std::optional<MigrationReport> migrate(const MigrationOptions& options) const;
     /// What that would come to; changes nothing.
     std::optional<MigrationReport> tryMigration(const MigrationOptions& options) const;
+    /// Whether there is a database of this version without damage, as findDamage() sees it, and
+    /// nothing else to see to. One connection answers that; why it is not so, the others say.
+    bool isSound() const;
     /// For whoever reads: false when there is no collection yet. Changes nothing, so another
     /// version is refused.
     bool check() const;

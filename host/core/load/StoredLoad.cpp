@@ -12,6 +12,7 @@
 #include <QoKernel/Collection.h>
 
 #include <algorithm>
+#include <optional>
 
 namespace qo::host
 {
@@ -25,44 +26,53 @@ bool holds(const CStringArray& folders, const CString& folder)
 /// Whether the settings name other root folders than the last scan looked through.
 bool haveRootsChanged(const RootFolders& roots, const CString& database)
 {
-    const std::vector<StoredRoot> stored = storedRoots(database);
+    const std::vector<StoredRoot> stored = knownStoredRoots(database);
     const auto isStored = [&stored](const CString& folder)
     {
         return std::any_of(stored.begin(),
                            stored.end(),
                            [&folder](const StoredRoot& root) { return root.folder == folder; });
     };
-    return roots.hasRemoved() || !unlistedRoots(database, roots).empty() ||
+    return roots.hasRemoved() || !unlistedRoots(stored, roots).empty() ||
            !std::all_of(roots.folders().begin(), roots.folders().end(), isStored);
 }
 
-void noteWhatWaits(const Session& session, const RootFolders& roots, const CString& database)
+/// None when it cannot be read: the collection can be shown without it.
+std::optional<UnfinishedScan> unfinishedScan(const Session& session)
+{
+    try
+    {
+        return UnfinishedScan(Session::folder());
+    }
+    catch (const HostError& error)
+    {
+        session.note(error.what());
+        return {};
+    }
+}
+
+void noteWhatWaits(const Session& session,
+                   const RootFolders& roots,
+                   const CString& database,
+                   const std::optional<UnfinishedScan>& unfinished)
 {
     if (hasUnappliedMoves())
         session.note("files were moved by a command that was cut short: some stand here under "
                      "their former paths until the next command that changes something");
-    if (CollectionLoader::hasUnfinishedScan())
+    if (unfinished && unfinished->wasThere())
         session.note("the last scan was interrupted: \"qo scan\" goes on with it");
     else if (haveRootsChanged(roots, database))
         session.note("the root folders have changed since the last scan: \"qo scan\" follows that");
 }
 
 /// The root folders below which a scan that goes on may have stored files already.
-CStringArray begunFolders(const Session& session, const RootFolders& roots)
+CStringArray begunFolders(const RootFolders& roots, const UnfinishedScan& unfinished)
 {
     CStringArray folders = roots.folders();
-    try
+    for (const CString& begun : unfinished.rootsAtFirst())
     {
-        const UnfinishedScan unfinished(Session::folder());
-        for (const CString& begun : unfinished.rootsAtFirst())
-        {
-            if (!holds(folders, begun))
-                folders.Add(begun);
-        }
-    }
-    catch (const HostError& error)
-    {
-        session.note(error.what()); // the collection can be shown without it
+        if (!holds(folders, begun))
+            folders.Add(begun);
     }
     return folders;
 }
@@ -102,8 +112,11 @@ LoadReport loadStored(Session& session,
         return report;
     }
     const RootFolders roots;
-    const CStringArray folders =
-        collectionId.IsEmpty() ? begunFolders(session, roots) : CStringArray();
+    const bool isOwn = collectionId.IsEmpty();
+    const auto unfinished = isOwn ? unfinishedScan(session) : std::optional<UnfinishedScan>();
+    CStringArray folders;
+    if (isOwn)
+        folders = unfinished ? begunFolders(roots, *unfinished) : roots.folders();
     session.scanHost().forget();
     const auto start = std::chrono::steady_clock::now();
     const ScanHostGuard guard(session, collection);
@@ -117,8 +130,8 @@ LoadReport loadStored(Session& session,
     report.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     report.files = collection.getFileCount();
-    if (collectionId.IsEmpty())
-        noteWhatWaits(session, roots, database);
+    if (isOwn)
+        noteWhatWaits(session, roots, database, unfinished);
     return report;
 }
 } // namespace qo::host

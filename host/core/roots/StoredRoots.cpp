@@ -37,9 +37,12 @@ CollInfoDbItem storedInfo(const CString& database)
 
 std::vector<StoredRoot> storedRoots(const CString& database)
 {
+    return isCollection(database) ? knownStoredRoots(database) : std::vector<StoredRoot>();
+}
+
+std::vector<StoredRoot> knownStoredRoots(const CString& database)
+{
     std::vector<StoredRoot> roots;
-    if (!isCollection(database))
-        return roots;
     const CollInfoDbItem info = storedInfo(database);
     for (int i = 0; i < info.rootDirs.GetSize(); ++i)
     {
@@ -49,15 +52,14 @@ std::vector<StoredRoot> storedRoots(const CString& database)
     return roots;
 }
 
-std::vector<StoredRoot> unlistedRoots(const CString& database, const RootFolders& roots)
+std::vector<StoredRoot> unlistedRoots(std::vector<StoredRoot> stored, const RootFolders& roots)
 {
-    std::vector<StoredRoot> unlisted = storedRoots(database);
-    std::erase_if(unlisted,
+    std::erase_if(stored,
                   [&roots](const StoredRoot& root) {
                       return !CQoCollPath(root.folder).isValid() ||
                              !roots.holder(root.folder).IsEmpty();
                   });
-    return unlisted;
+    return stored;
 }
 
 void refuseUnnamedRoots(const std::vector<StoredRoot>& unlisted, const RootFolders& roots)

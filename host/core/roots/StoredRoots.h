@@ -28,9 +28,12 @@ CollInfoDbItem storedInfo(const CString& database);
 /// calls the kernel; throws what the database layer throws.
 std::vector<StoredRoot> storedRoots(const CString& database);
 
+/// The same of a database that isCollection() or a load has found to be one.
+std::vector<StoredRoot> knownStoredRoots(const CString& database);
+
 /// Those of them that none of the list equals or holds: a load would take their
 /// files out of the collection.
-std::vector<StoredRoot> unlistedRoots(const CString& database, const RootFolders& roots);
+std::vector<StoredRoot> unlistedRoots(std::vector<StoredRoot> stored, const RootFolders& roots);
 
 /// Throws HostError (away) when one of them is unlisted though the user did not remove it.
 void refuseUnnamedRoots(const std::vector<StoredRoot>& unlisted, const RootFolders& roots);
