@@ -58,6 +58,7 @@ use_command() {
     local files
     files=$(find "$work/sounds" -type f | wc -l)
     [ "$(qo ls --json | wc -l)" -eq "$files" ] || fail "the command does not show the $files files that it has scanned"
+    quietly qo device
     say "the command scans $files files and shows them"
 }
 

@@ -6,10 +6,9 @@
 #include "core/load/StoredLoad.h"
 #include "core/roots/RootFolders.h"
 #include "core/session/Heap.h"
-#include "devices/mtp/MtpDevices.h"
+#include "far/OnDemand.h"
 #include "places/ScannedPlace.h"
 #include "plugins/configured/ConfiguredPlugins.h"
-#include "share/ShareTransport.h"
 
 #include <algorithm>
 #include <functional>
@@ -77,10 +76,10 @@ std::unique_ptr<Session> openKernel(const CommandLine& line, KernelUse use, bool
     options.plugins = host::configuredPlugins;
     options.portables = [](Session& opened)
     {
-        return std::make_unique<host::MtpDevices>([&opened](const std::string& sentence)
-                                                  { opened.note(sentence); });
+        return host::portablesOnDemand([&opened](const std::string& sentence)
+                                       { opened.note(sentence); });
     };
-    options.shares = [] { return std::make_unique<host::ShareTransport>(); };
+    options.shares = host::sharesOnDemand;
     options.endsProcess = isLast && host::mayEndAtOnce();
     options.note = [&line](const std::string& sentence) { line.note(sentence); };
     auto session = std::make_unique<Session>(std::move(options));

@@ -2,7 +2,7 @@
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
-#include "share/DigestText.h"
+#include "core/share/DigestText.h"
 
 #include <openssl/bio.h>
 #include <openssl/evp.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "share/Offers.h"
+#include "core/share/Offers.h"
 #include "share/ShareKey.h"
 
 #include <cstdint>
@@ -54,12 +54,12 @@ public:
                 const PeerAddress& address,
                 const ShareLimits& limits,
                 std::function<void(const ShareVisit&)> visited);
-    /// Ends what is under way.
-    ~ShareServer();
+    /// Ends what is under way. Virtual, since whoever loads the module does not link with it.
+    virtual ~ShareServer();
     ShareServer(const ShareServer&) = delete;
     ShareServer& operator=(const ShareServer&) = delete;
 
-    int port() const;
+    virtual int port() const;
 
 private:
     class Running;

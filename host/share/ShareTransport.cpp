@@ -1,7 +1,7 @@
 #include "share/ShareTransport.h"
 
+#include "core/share/Offers.h"
 #include "plugins/base/PluginFailure.h"
-#include "share/Offers.h"
 
 #include <algorithm>
 #include <utility>

@@ -8,7 +8,7 @@
 #include "core/base/SystemPath.h"
 #include "core/roots/RootGuard.h"
 #include "devices/known/Devices.h"
-#include "devices/usb/Eject.h"
+#include "far/FarEnds.h"
 
 #include <filesystem>
 
@@ -271,7 +271,7 @@ ExitCode eject(CommandLine& line, const DeviceOptions& options)
         throw HostError(ExitCode::away, "the device " + device.name + " is not connected");
     if (host::isBelow(data, device.place))
         throw HostError(ExitCode::busy, "the data of qo itself lies on the device " + device.name);
-    const std::string remark = line.dryRun ? std::string() : host::ejectDisk(device);
+    const std::string remark = line.dryRun ? std::string() : host::farEnds().ejectDisk(device);
     if (line.json)
         line.out.line(
             host::dump({{"name", device.name}, {"place", device.place}, {"remark", remark}}));

@@ -6,6 +6,7 @@
 #include "cli/places/SortedSendings.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
+#include "far/FarEnds.h"
 #include "plugins/base/PluginFailure.h"
 #include "plugins/configured/ConfiguredPlugins.h"
 
@@ -153,7 +154,7 @@ PluginEntry typedEntry(Session& session, const PluginOptions& options)
     if (!options.authorities.empty())
     {
         entry.authorities = fromSystemPath(host::absolutePath(options.authorities));
-        host::needCertificates(entry.authorities);
+        host::farEnds().needCertificates(entry.authorities);
         if (!entry.kind.IsEmpty() && entry.kind != u"webdav")
             throw HostError(ExitCode::usage, "--ca goes with --webdav");
     }

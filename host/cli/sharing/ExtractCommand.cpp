@@ -6,7 +6,7 @@
 #include "cli/shown/Text.h"
 #include "core/base/HostFiles.h"
 #include "core/collection/CollectionFiles.h"
-#include "share/Offers.h"
+#include "core/share/Offers.h"
 
 #include <QoKernel/Sharing.h>
 

@@ -5,7 +5,8 @@
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
 #include "core/base/UserName.h"
-#include "share/Offers.h"
+#include "core/share/Offers.h"
+#include "far/FarEnds.h"
 #include "share/ShareKey.h"
 
 #include <QoKernel/Sharing.h>
@@ -86,7 +87,7 @@ ExitCode invite(CommandLine& line, const InviteOptions& options)
             const std::string own =
                 options.ownName.empty() ? toUtf8(host::ownerOf(folder)) : options.ownName;
             host::Shares shares;
-            address.keyDigest = host::ShareKey(folder, line.dryRun).digest();
+            address.keyDigest = host::farEnds().shareKey(folder, line.dryRun).digest();
             return shares.offer({options.name, own, fromUtf8(options.query), address}, line.dryRun);
         });
     if (line.json)

@@ -4,6 +4,7 @@
 #include "cli/sharing/ShareCommand.h"
 #include "cli/shown/Listing.h"
 #include "cli/shown/Text.h"
+#include "far/FarEnds.h"
 #include "share/ShareServer.h"
 
 #include <QoKernel/Collection.h>
@@ -38,13 +39,13 @@ public:
         const LoopGuard guard;
         host::removeLeftLists();
         refresh();
-        const host::ShareKey key =
-            m_session->kernel().run([] { return host::ShareKey(host::Session::folder(), true); });
+        const host::ShareKey key = m_session->kernel().run(
+            [] { return host::farEnds().shareKey(host::Session::folder(), true); });
         noteOtherKeys(key);
-        const host::ShareServer server(
+        const auto server = host::farEnds().shareServer(
             key, m_offers, m_address, {}, [this](const ShareVisit& visit) { keep(visit); });
         PeerAddress place = m_address;
-        place.port = server.port();
+        place.port = server->port();
         m_line.note("serving at " + place.place() + "; Ctrl-C ends it");
         for (int pauses = 1; !wasInterrupted() && !m_line.out.isClosed(); ++pauses)
         {

@@ -1,6 +1,6 @@
 #include "devices/usb/Eject.h"
 
-#include "core/base/Bus.h"
+#include "bus/Bus.h"
 #include "core/base/HostError.h"
 #include "core/base/SystemPath.h"
 #include "devices/base/Holders.h"

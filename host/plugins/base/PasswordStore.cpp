@@ -1,11 +1,12 @@
 #include "plugins/base/PasswordStore.h"
 
+#include "bus/SecretService.h"
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/base/SystemPath.h"
 #include "core/session/KeyValueConfig.h"
 #include "core/session/Session.h"
-#include "plugins/base/SecretService.h"
+#include "far/FarEnds.h"
 
 namespace qo::host
 {
@@ -73,7 +74,7 @@ Secret PasswordStore::read(const CString& plugin) const
     Secret password = PasswordFile(true).read(plugin);
     if (!password.empty())
         return password;
-    if (const auto service = SecretService::open())
+    if (const auto service = farEnds().secretService())
         password = service->find(attributesOf(plugin));
     if (password.empty())
         throw HostError(ExitCode::failed,
@@ -88,7 +89,7 @@ void PasswordStore::write(const CString& plugin, const Secret& password) const
     needPrivateFile();
     if (m_isTrial)
         return;
-    const auto service = SecretService::open();
+    const auto service = farEnds().secretService();
     if (service)
         service->store("qo: " + toUtf8(plugin), attributesOf(plugin), password);
     PasswordFile(false).write(plugin, service ? Secret() : password);
@@ -100,7 +101,7 @@ bool PasswordStore::remove(const CString& plugin) const
         return true;
     PasswordFile file(false);
     const bool wasInFile = !file.read(plugin).empty();
-    const auto service = SecretService::open();
+    const auto service = farEnds().secretService();
     if (service)
         service->remove(attributesOf(plugin));
     file.write(plugin, {});

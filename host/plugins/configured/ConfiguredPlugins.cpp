@@ -3,18 +3,15 @@
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/search/SearchResults.h"
+#include "far/FarEnds.h"
 #include "plugins/base/PasswordStore.h"
 #include "plugins/base/PluginFailure.h"
 #include "plugins/folder/FolderPlugin.h"
-#include "plugins/subsonic/SubsonicPlugin.h"
-#include "plugins/webdav/WebdavPlugin.h"
 
 #include <boost/make_shared.hpp>
-#include <openssl/bio.h>
-#include <openssl/pem.h>
 
 #include <algorithm>
-#include <cerrno>
+#include <optional>
 
 namespace qo::host
 {
@@ -29,17 +26,49 @@ CString sectionOf(const CString& plugin)
     return u"Plugin " + plugin;
 }
 
-void addConfigured(Session& session, const PluginEntry& entry, PluginList& list)
+/// The plug-ins, made when one is first asked for.
+class ConfiguredPlugins final : public IPluginsManager
 {
-    try
+public:
+    explicit ConfiguredPlugins(Session& session) : m_session(session) {}
+
+    boost::shared_ptr<IPlugin> GetPlugin(const CString& id) override
     {
-        list.add(makePlugin(entry, &session.settings(), PasswordStore(!session.savesSettings())));
+        return list().GetPlugin(id);
     }
-    catch (const HostError& error)
+    void GetBrowsePlugins(CStringArray& ids) override { list().GetBrowsePlugins(ids); }
+    bool SavePluginSettings(const CString& id) override { return list().SavePluginSettings(id); }
+    bool RemovePluginSettings(const CString& id) override
     {
-        session.note("the plug-in " + toUtf8(entry.name) + " is left out: " + error.what());
+        return list().RemovePluginSettings(id);
     }
-}
+
+private:
+    PluginList& list()
+    {
+        if (m_list)
+            return *m_list;
+        m_list.emplace();
+        for (const PluginEntry& entry : pluginEntries(m_session.settings()))
+            add(entry);
+        return *m_list;
+    }
+    void add(const PluginEntry& entry)
+    {
+        try
+        {
+            m_list->add(makePlugin(
+                entry, &m_session.settings(), PasswordStore(!m_session.savesSettings())));
+        }
+        catch (const HostError& error)
+        {
+            m_session.note("the plug-in " + toUtf8(entry.name) + " is left out: " + error.what());
+        }
+    }
+
+    Session& m_session;
+    std::optional<PluginList> m_list;
+};
 
 /// The user as whom the plug-in logged in last; "" for one that cannot be made any more.
 CString userOf(const PluginEntry& entry, KeyValueConfig& settings)
@@ -100,39 +129,14 @@ makePlugin(const PluginEntry& entry, KVConfig* store, const std::optional<Passwo
         throw HostError(ExitCode::usage, "it has no place");
     if (entry.kind == u"folder")
         return boost::make_shared<FolderPlugin>(entry.name, entry.place, store);
-    if (entry.kind == u"webdav")
-    {
-        const auto plugin =
-            boost::make_shared<WebdavPlugin>(entry.name, entry.place, store, passwords);
-        if (!entry.authorities.IsEmpty())
-            plugin->trustAuthorities(entry.authorities);
+    if (const auto plugin = farEnds().plugin(entry, store, passwords))
         return plugin;
-    }
-    if (entry.kind == u"subsonic")
-        return boost::make_shared<SubsonicPlugin>(entry.name, entry.place, store, passwords);
     throw HostError(ExitCode::usage, "there is no kind of plug-ins \"" + toUtf8(entry.kind) + "\"");
-}
-
-void needCertificates(const CString& file)
-{
-    const std::unique_ptr<BIO, decltype(&::BIO_free)> opened(
-        ::BIO_new_file(toSystemPath(file).c_str(), "r"), &::BIO_free);
-    if (!opened)
-        throw HostError(ExitCode::notFound, shownPath(file) + ": " + errorWords(errno));
-    const std::unique_ptr<X509, decltype(&::X509_free)> first(
-        ::PEM_read_bio_X509(opened.get(), nullptr, nullptr, nullptr), &::X509_free);
-    if (!first)
-        throw HostError(ExitCode::usage,
-                        shownPath(file) + " has no certificate (a PEM file begins one with "
-                                          "\"-----BEGIN CERTIFICATE-----\")");
 }
 
 boost::shared_ptr<IPluginsManager> configuredPlugins(Session& session)
 {
-    const auto list = boost::make_shared<PluginList>();
-    for (const PluginEntry& entry : pluginEntries(session.settings()))
-        addConfigured(session, entry, *list);
-    return list;
+    return boost::make_shared<ConfiguredPlugins>(session);
 }
 
 void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried)

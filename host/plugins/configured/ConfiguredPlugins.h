@@ -32,11 +32,9 @@ makePlugin(const PluginEntry& entry,
            KVConfig* store,
            const std::optional<PasswordStore>& passwords = std::nullopt);
 
-/// All plug-ins of the session's settings; an entry that makes no plug-in costs a note.
+/// All plug-ins of the session's settings, which are made when one is first asked for; an entry
+/// that makes no plug-in costs a note then.
 boost::shared_ptr<IPluginsManager> configuredPlugins(Session& session);
-
-/// Throws HostError unless the file can be read and has certificates (PEM).
-void needCertificates(const CString& file);
 
 /// Enters a plug-in that has been tried, with its credentials, or in place of the former one of
 /// that name. Throws HostError when the passwords cannot be saved.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/base/Bus.h"
+#include "bus/Bus.h"
 #include "core/base/Secret.h"
 
 #include <memory>
@@ -19,6 +19,9 @@ namespace qo::host
 class SecretService
 {
 public:
+    // Virtual, since whoever loads the module does not link with it.
+    virtual ~SecretService();
+
     /// What an item is found by.
     using Attributes = std::vector<std::pair<std::string, std::string>>;
 
@@ -28,10 +31,11 @@ public:
     // These throw HostError.
 
     /// "" when there is none.
-    Secret find(const Attributes& attributes);
+    virtual Secret find(const Attributes& attributes);
     /// In place of the one that is there.
-    void store(const std::string& label, const Attributes& attributes, const Secret& secret);
-    void remove(const Attributes& attributes);
+    virtual void
+    store(const std::string& label, const Attributes& attributes, const Secret& secret);
+    virtual void remove(const Attributes& attributes);
 
 private:
     SecretService();

@@ -1,4 +1,4 @@
-#include "plugins/base/SecretService.h"
+#include "bus/SecretService.h"
 
 #include "core/base/HostError.h"
 
@@ -116,6 +116,8 @@ SecretService::SecretService() : m_bus(Bus::Kind::session, longestAnswer)
     reply.read("o", &session);
     m_session = session;
 }
+
+SecretService::~SecretService() = default;
 
 std::unique_ptr<SecretService> SecretService::open()
 {

@@ -1,4 +1,4 @@
-#include "core/base/Bus.h"
+#include "bus/Bus.h"
 
 #include <cstring>
 

@@ -1,14 +1,14 @@
-#include "share/Offers.h"
+#include "core/share/Offers.h"
 
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/collection/CollectionFiles.h"
 #include "core/query/Query.h"
-#include "share/DigestText.h"
+#include "core/share/DigestText.h"
 
 #include <QoKernel/Sharing.h>
 
-#include <openssl/crypto.h>
+#include <nettle/memops.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -121,7 +121,7 @@ std::shared_ptr<const Offer> Offers::find(std::string_view shareId) const
         // Each id is compared to its end, and with all of them, so that the time of an answer does
         // not say how much of an id was right. How long ids are is no secret.
         if (id.size() == shareId.size() && !id.empty() &&
-            CRYPTO_memcmp(id.data(), shareId.data(), id.size()) == 0)
+            ::memeql_sec(id.data(), shareId.data(), id.size()) == 1)
             found = offer;
     }
     return found;
