@@ -78,4 +78,7 @@ void confirm(const CommandLine& line, const std::string& question);
 
 /// Adds every command; Commands.cpp has the table of them.
 void addCommands(CommandLine& line);
+/// Adds only those whose names stand anywhere in the arguments, which is all that a line without a
+/// mistake needs and a fraction of the work. False when there is none, or one that tells of others.
+bool addNamedCommands(CommandLine& line, const std::vector<std::string>& arguments);
 } // namespace qo::cli

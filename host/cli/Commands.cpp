@@ -1,5 +1,9 @@
 #include "cli/CommandLine.h"
 
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
 namespace qo::cli
 {
 // Every command: its group, its name, the function that gives it options and an action, and the
@@ -61,27 +65,61 @@ namespace qo::cli
 QO_COMMANDS(QO_DECLARE)
 #undef QO_DECLARE
 
+namespace
+{
+struct Row
+{
+    const char* group;
+    std::string_view name;
+    void (*setUp)(CommandLine& line, CLI::App& command);
+    const char* description;
+
+    void add(CommandLine& line) const
+    {
+        setUp(line, *line.app.add_subcommand(std::string(name), description)->group(group));
+    }
+};
+
+namespace group
+{
+constexpr const char* collection = "Collection";
+constexpr const char* looking = "Looking";
+constexpr const char* tags = "Tags";
+constexpr const char* sorting = "Sorting";
+constexpr const char* places = "Places";
+constexpr const char* sharing = "Sharing";
+constexpr const char* upkeep = "Upkeep";
+constexpr const char* hidden = ""; // not in the help
+} // namespace group
+
+#define QO_ROW(of, ...) {group::of, __VA_ARGS__},
+constexpr Row rows[] = {QO_COMMANDS(QO_ROW)};
+#undef QO_ROW
+
+/// Commands that tell of others.
+constexpr std::string_view tellers[] = {"help", "completion", "complete", "man"};
+} // namespace
+
 void addCommands(CommandLine& line)
 {
-    constexpr const char* collection = "Collection";
-    constexpr const char* looking = "Looking";
-    constexpr const char* tags = "Tags";
-    constexpr const char* sorting = "Sorting";
-    constexpr const char* places = "Places";
-    constexpr const char* sharing = "Sharing";
-    constexpr const char* upkeep = "Upkeep";
-    constexpr const char* hidden = ""; // not in the help
-    struct Row
-    {
-        const char* group;
-        const char* name;
-        void (*setUp)(CommandLine& line, CLI::App& command);
-        const char* description;
-    };
-#define QO_ROW(...) {__VA_ARGS__},
-    static constexpr Row rows[] = {QO_COMMANDS(QO_ROW)};
-#undef QO_ROW
     for (const Row& row : rows)
-        row.setUp(line, *line.app.add_subcommand(row.name, row.description)->group(row.group));
+        row.add(line);
+}
+
+bool addNamedCommands(CommandLine& line, const std::vector<std::string>& arguments)
+{
+    const auto isNamed = [&arguments](std::string_view name)
+    { return std::find(arguments.begin(), arguments.end(), name) != arguments.end(); };
+    if (std::any_of(std::begin(tellers), std::end(tellers), isNamed))
+        return false;
+    bool isAny = false;
+    for (const Row& row : rows)
+    {
+        if (!isNamed(row.name))
+            continue;
+        row.add(line);
+        isAny = true;
+    }
+    return isAny;
 }
 } // namespace qo::cli

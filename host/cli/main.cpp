@@ -10,6 +10,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -37,31 +40,52 @@ int run(CommandLine& line)
     std::_Exit(128 + SIGPIPE);
 }
 
-int parseAndRun(CommandLine& line, int argc, char** argv)
+/// Parses the arguments with the commands that they name. False where all commands are needed: for
+/// help, and to say what is wrong with a line.
+bool parseAlone(CommandLine& line, const std::vector<std::string>& arguments)
 {
     try
     {
-        qo::cli::addCommands(line);
-        line.app.parse(qo::cli::parseable(argc, argv));
-        return run(line);
+        if (!qo::cli::addNamedCommands(line, arguments))
+            return false;
+        line.app.parse(std::vector<std::string>(arguments));
+        return true;
+    }
+    catch (const CLI::ParseError&)
+    {
+        return false;
+    }
+}
+
+/// The line is made here, and stays for what there is to do at the end.
+int parseAndRun(std::optional<CommandLine>& line, const std::vector<std::string>& arguments)
+{
+    try
+    {
+        if (!parseAlone(line.emplace(), arguments))
+        {
+            qo::cli::addCommands(line.emplace());
+            line->app.parse(std::vector<std::string>(arguments));
+        }
+        return run(*line);
     }
     catch (const CLI::ParseError& error)
     {
         if (error.get_exit_code() == 0)
-            return line.app.exit(error);
-        CommandLine::complain(qo::cli::parseFailure(line.app, error));
+            return line->app.exit(error);
+        CommandLine::complain(qo::cli::parseFailure(line->app, error));
         return static_cast<int>(ExitCode::usage);
     }
     catch (const HostError& error)
     {
-        line.out.end();
+        line->out.end();
         CommandLine::complain(error.what());
         return error.code() == ExitCode::interrupted ? qo::cli::interruptExitCode()
                                                      : static_cast<int>(error.code());
     }
     catch (const std::exception& error)
     {
-        line.out.end();
+        line->out.end();
         CommandLine::complain(error.what());
         return static_cast<int>(ExitCode::failed);
     }
@@ -70,15 +94,14 @@ int parseAndRun(CommandLine& line, int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    qo::host::useLargePages();
     qo::useUnsharedConnections();
     qo::cli::installSignalHandlers();
     bool nobodyReads = false;
     int code = 0;
     {
-        CommandLine line;
-        code = parseAndRun(line, argc, argv);
-        nobodyReads = line.out.isBrokenPipe();
+        std::optional<CommandLine> line;
+        code = parseAndRun(line, qo::cli::parseable(argc, argv));
+        nobodyReads = line->out.isBrokenPipe();
     }
     if (nobodyReads && code == 0)
         endByBrokenPipe();
