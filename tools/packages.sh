@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that are missing, and only those.
-#   tools/packages.sh build|tests|checks|bench|fuzz|packaging...
+#   tools/packages.sh build|tests|checks|bench|peers|fuzz|packaging...
 set -euo pipefail
 
 build=(g++ cmake ninja-build pkg-config libboost-dev libicu-dev libsqlite3-dev libtag1-dev libtinyxml-dev libssl-dev
@@ -10,6 +10,7 @@ tests=(libgtest-dev locales python3-mutagen kid3-cli ffmpeg sqlite3 attr zsh fis
  rclone apache2-bin supysonic dosfstools e2fsprogs dbus-daemon gnome-keyring python3-dbus python3-gi umockdev gir1.2-umockdev-1.0)
 checks=(clang-format-14 clang-tidy-14 codespell git)
 bench=(libbenchmark-dev rclone time)
+peers=(mpd)
 fuzz=(clang)
 packaging=(debhelper dpkg-dev fakeroot lintian abigail-tools binutils mmdebstrap systemd xz-utils)
 
@@ -21,9 +22,10 @@ for set in "$@"; do
     tests) wanted+=("${tests[@]}") ;;
     checks) wanted+=("${checks[@]}") ;;
     bench) wanted+=("${bench[@]}") ;;
+    peers) wanted+=("${peers[@]}") ;;
     fuzz) wanted+=("${fuzz[@]}") ;;
     packaging) wanted+=("${packaging[@]}") ;;
-    *) echo "packages.sh: there is no set \"$set\" (build, tests, checks, bench, fuzz, packaging)" >&2; exit 2 ;;
+    *) echo "packages.sh: there is no set \"$set\" (build, tests, checks, bench, peers, fuzz, packaging)" >&2; exit 2 ;;
     esac
 done
 
