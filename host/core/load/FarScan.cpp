@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <unordered_set>
 
 namespace qo::host
@@ -33,6 +34,26 @@ public:
         , m_lister(collection.diskFolders, ignoredNames)
         , m_isDeep(isDeep)
     {
+    }
+
+    /// Called with the unread files before the records are saved, so that an end between the two
+    /// costs a few fetches, and no tag for good.
+    void setNotFetchedSink(std::function<void(const CStringArray& files)> sink)
+    {
+        m_sink = std::move(sink);
+    }
+    void beforeSave() override
+    {
+        try
+        {
+            if (m_sink && !m_notFetched.IsEmpty())
+                m_sink(m_notFetched);
+        }
+        catch (const HostError& error)
+        {
+            m_failure = error.what();
+            m_progress.cancel();
+        }
     }
 
     int list(const CString& folder, std::vector<DirEntry>& entries) override
@@ -103,6 +124,7 @@ public:
 private:
     ProgressReporter& m_progress;
     bool m_isEmptied = false;
+    std::function<void(const CStringArray& files)> m_sink;
     const std::string m_name;
     RootLister m_lister;
     const bool m_isDeep;
@@ -142,7 +164,17 @@ FarScanReport scanFar(Session& session,
         throw HostError(ExitCode::failed, collection.name + " has no collection of its own");
     FarScanHost host(collection, session.ignoredNames(), isDeep, progress);
     const bool isTrial = database != Session::databasePath();
-    host.startWithNotFetched(HostStore(Session::folder()).unreadFiles(collection.id));
+    const CStringArray former = HostStore(Session::folder()).unreadFiles(collection.id);
+    host.startWithNotFetched(former);
+    if (!isTrial)
+        host.setNotFetchedSink(
+            [&](const CStringArray& files)
+            {
+                CStringArray all = former;
+                for (const CString& file : files)
+                    all.Add(file);
+                HostStore(Session::folder()).setUnreadFiles(all, collection.id);
+            });
     ForeignLoad load(host);
     const auto start = std::chrono::steady_clock::now();
     CQoCollection::OpResultInfo result;
@@ -153,7 +185,7 @@ FarScanReport scanFar(Session& session,
                         collection.name +
                             " is empty, but the collection has files of it, which stay: is all of "
                             "it there? Who forgets the place forgets them");
-    if (progress.wasStopped())
+    if (progress.wasStopped() && host.failure().empty())
         throw HostError(ExitCode::interrupted,
                         "interrupted; the files of " + collection.name +
                             " are as they were before");
