@@ -28,7 +28,7 @@ struct PluginOptions
     std::string webdav;
     std::string subsonic;
     std::string user;
-    std::string authorities;
+    std::optional<std::string> authorities; ///< "" for those of the system again
     std::optional<std::string> music;
     std::optional<std::string> movies;
     UploadOptions uploads;
@@ -151,9 +151,11 @@ PluginEntry typedEntry(Session& session, const PluginOptions& options)
     // Another server has nothing to do with the authorities of the former one.
     if (entry.kind != former.kind || entry.place != former.place)
         entry.authorities.Empty();
-    if (!options.authorities.empty())
+    if (options.authorities && options.authorities->empty())
+        entry.authorities.Empty();
+    else if (options.authorities)
     {
-        entry.authorities = fromSystemPath(host::absolutePath(options.authorities));
+        entry.authorities = fromSystemPath(host::absolutePath(*options.authorities));
         host::farEnds().needCertificates(entry.authorities);
         if (!entry.kind.IsEmpty() && entry.kind != u"webdav")
             throw HostError(ExitCode::usage, "--ca goes with --webdav");
@@ -368,7 +370,7 @@ void setUpPlugin(CommandLine& line, CLI::App& command)
     addArgument(*login, "--user", options->user, "The user there; the password is asked for")
         ->type_name("USER");
 
-    addArgument(*login,
+    addOptional(*login,
                 "--ca",
                 options->authorities,
                 "The authorities that sign its certificate, in place of the system's (PEM)")

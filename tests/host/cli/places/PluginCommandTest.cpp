@@ -406,6 +406,8 @@ TEST_F(PluginCommand, AnAuthorityOfOnesOwnIsTrustedForItsServerAlone)
     EXPECT_EQ(logIn("s3cret", service + ca), 0) << read("said");
     qo.expect({"plugin", "browse", "web", "Music"}, 0, "Music/Kino/");
     EXPECT_EQ(logIn("s3cret", "web"), 0) << "it is kept: " << read("said");
+    EXPECT_EQ(logIn("s3cret", "web --ca ''"), 1);
+    EXPECT_NE(read("said").find("certificate"), std::string::npos) << read("said");
     qo.expect({"plugin", "logout", "web"}, 0, "");
     EXPECT_EQ(logIn("s3cret", service), 1);
 }
