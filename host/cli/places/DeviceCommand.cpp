@@ -179,6 +179,38 @@ chosenFolder(const Device& device, FarPlace& place, const std::string& typed, IQ
     return path.getComponents().join(u"\\");
 }
 
+/// The folder that is called like music, where there is one alone and none that is called like
+/// videos; else "". Relative to the device.
+CString onlyMusicFolder(FarPlace& place, IQoProgress& progress)
+{
+    constexpr int depth = 2; // as far as the detection looks
+    QoFileDbItemArray folders;
+    (void)place.list(place.root(), FarPlace::Items::folders, depth, progress, folders);
+    CStringArray names;
+    for (const QoFileDbItemPtr& folder : folders)
+        names.Add(folder->path);
+    CStringArray music;
+    CStringArray movies;
+    CQoDeviceUtils::findMusicDirs(names, music, movies);
+    CString only;
+    for (const CString& path : music)
+    {
+        const bool isBelowAnother =
+            std::any_of(music.begin(),
+                        music.end(),
+                        [&](const CString& other)
+                        { return CQoCollPath(path).isSubPathOf(CQoCollPath(other)); });
+        if (isBelowAnother)
+            continue;
+        if (!only.IsEmpty())
+            return {};
+        only = path;
+    }
+    return movies.IsEmpty() && !only.IsEmpty()
+               ? CQoCollPath(only).relativeTo(place.root()).join(u"\\")
+               : CString();
+}
+
 void chooseFolders(const Device& device, const DeviceOptions& options, IQoProgress& progress)
 {
     const auto place = devicePlace(device);
@@ -196,6 +228,9 @@ void chooseFolders(const Device& device, const DeviceOptions& options, IQoProgre
         device.manager().detectMusicAndMoviesDirs(info, foundMusic, foundMovies);
         music = info->m_musicPath;
         movies = info->m_moviesPath;
+        // Without a pair of folders it gives the whole device for both.
+        if (foundMusic && !foundMovies && music.IsEmpty() && movies.IsEmpty())
+            music = onlyMusicFolder(*place, progress);
     }
     device.manager().setDevicePaths(info->m_id, music, movies, info->m_extraDirs);
 }

@@ -96,6 +96,22 @@ TEST_F(DeviceCommand, AStickIsKnownByItsIdWhereverItIsPlugged)
     EXPECT_TRUE(fs::exists(point + "/Music/02.mp3"));
 }
 
+TEST_F(DeviceCommand, TheOneFolderForMusicIsAdoptedAlone)
+{
+    fs::create_directories(point + "/Other/Music of others");
+    qo.expect({"device", "adopt", "Stick"}, 0, "adopted");
+    EXPECT_EQ(only()["music"], "") << "there are two";
+    fs::remove_all(point + "/Other");
+    qo.dir.makeFolder("to");
+    fs::create_directories(point + "/Photos");
+    fs::copy_file(point + "/Music/Kino/01.mp3", point + "/Photos/02.mp3");
+    qo.expect({"device", "adopt", "Stick"}, 0, "adopted");
+    EXPECT_EQ(only()["music"], "Music");
+    EXPECT_EQ(only()["movies"], "");
+    qo.expect({"scan"}, 0, "1 file of Stick");
+    qo.expect({"device", "forget", "Stick"}, 0, "");
+}
+
 TEST_F(DeviceCommand, FilesAreListedAndCopiedBothWays)
 {
     qo.expect({"device", "browse", "Stick", "Music"}, 0, "Music/Kino/\n");
