@@ -96,8 +96,35 @@ private:
         return state;
     }
 
+    /// Compares sizes and write times of the two databases and of what was last written to them. A
+    /// write that is so new that another one could have the same time counts as a change still to
+    /// come.
+    bool mayHaveChanged()
+    {
+        constexpr std::int64_t coarsest = 3 * 10'000'000; // three seconds in ticks
+        const CString database = host::Session::databasePath();
+        const CString store = host::Session::folder() + u"\\host.db";
+        std::vector<std::int64_t> marks;
+        bool isRecent = false;
+        for (const CString& file : {database, database + u"-wal", store, store + u"-wal"})
+        {
+            FileInfo info;
+            const bool isThere = fileSystem().info(file, Spelling::exact, info) == 0;
+            marks.push_back(isThere ? info.size : -1);
+            marks.push_back(isThere ? toTicks(info.modified) : 0);
+            isRecent =
+                isRecent ||
+                (isThere && toTicks(systemClock().now()) - toTicks(info.modified) < coarsest);
+        }
+        const bool isOther = marks != m_marks;
+        m_marks = std::move(marks);
+        return isOther || isRecent || !m_lastFailure.empty();
+    }
+
     void follow()
     {
+        if (!mayHaveChanged())
+            return;
         try
         {
             refresh();
@@ -222,6 +249,7 @@ private:
     std::optional<State> m_state;
     host::Offers m_offers;
     std::string m_lastFailure;
+    std::vector<std::int64_t> m_marks; ///< what mayHaveChanged() saw last
     std::chrono::steady_clock::time_point m_nextLook;
     std::mutex m_visitsLock; ///< guards the others
     std::vector<ShareVisit> m_visits;
