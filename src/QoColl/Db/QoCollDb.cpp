@@ -6,6 +6,7 @@
 #include "Database/src/DbFacade/SQLiteQueryResult.h"
 #include "Database/src/DbFacade/SQLiteStatement.h"
 
+#include <algorithm>
 #include <limits>
 #include <memory>
 #include <new>
@@ -24,14 +25,24 @@ CQoCollDb::~CQoCollDb() = default;
 CSQLiteDbTransaction* CQoCollDb::beginTransaction(eSQLiteTransactionType type,
                                                   eSQLiteEndTransaction end)
 {
-    // The default cache is too small for a large save, which would write its pages to the disk and
-    // read them back several times. 64 MiB are used only as needed, and freed with the connection.
     if (type == eSQLiteTransactionType::immediate)
-    {
-        CSQLiteStatement cacheSize = m_db.CompileStatement(u"PRAGMA cache_size = -65536;");
-        cacheSize.ExecuteQuery();
-    }
+        fitCache();
     return std::make_unique<CSQLiteDbTransaction>(&m_db, type, end).release();
+}
+
+/// The default cache is too small for a large save, which would write its pages to the disk and
+/// read them back several times. What a save visits in no order is an index or two: a quarter of
+/// the file holds them. The memory is used only as needed, and freed with the connection.
+void CQoCollDb::fitCache()
+{
+    constexpr int leastPages = 2048; // of 4 KiB: 8 MiB
+    constexpr int mostPages = 16'384;
+    CSQLiteStatement count = m_db.CompileStatement(u"PRAGMA page_count;");
+    const int quarter = count.ExecuteQuery().GetIntField(0) / 4;
+    CString sql;
+    sql.Format(u"PRAGMA cache_size = %d;", std::clamp(quarter, leastPages, mostPages));
+    CSQLiteStatement cacheSize = m_db.CompileStatement(sql);
+    cacheSize.ExecuteQuery();
 }
 
 namespace

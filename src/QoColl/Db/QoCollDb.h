@@ -202,6 +202,8 @@ private:
     /// without a version turns out to be damaged.
     void recreate(bool hasVersion, const ConfigInfo& config);
     bool makeTables(bool hasVersion); ///< false if another process has made them meanwhile
+    /// Gives the connection as much memory for pages as a save of a file of this size needs.
+    void fitCache();
     CSQLiteStatement compileFileInsert();
     CSQLiteStatement& insertOfNewFile();
     CSQLiteStatement& updateOfFile(bool withLyrics);
@@ -217,8 +219,9 @@ private:
     // much as running it.
     std::unique_ptr<CSQLiteStatement> m_insertOfNew;
     std::unique_ptr<CSQLiteStatement> m_updates[2]; ///< without lyrics and with them
-    CString m_version;                              ///< as checkVersion() has read it
-    bool m_unreadable = false;                      ///< the file turned out not to be a database
+    int m_insertsSinceFit = 0;
+    CString m_version;         ///< as checkVersion() has read it
+    bool m_unreadable = false; ///< the file turned out not to be a database
     bool m_isTableChecked = false;
     bool m_hasOtherColumns = false; ///< FILE_T has columns that this version does not know
 };

@@ -251,6 +251,12 @@ void CQoCollDb::runFileInsert(CSQLiteStatement& statement,
         item, item->id != 0 ? qo::bindFileId | qo::bindFileLyrics : qo::bindFileLyrics, statement);
     statement.BindText(qo::fileCollIdParameter, collId);
     statement.ExecuteDML();
+    constexpr int insertsBetweenFits = 16'384;
+    if (++m_insertsSinceFit == insertsBetweenFits)
+    {
+        m_insertsSinceFit = 0;
+        fitCache();
+    }
 }
 
 void CQoCollDb::updateFile(QoFileDbItemPtr& item)
