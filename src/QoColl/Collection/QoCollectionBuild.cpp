@@ -17,6 +17,7 @@
 #include "common/QoProgress.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
+#include "types/TextPool.h"
 
 // createColl() in three passes over the records that changed: cleanupColl() takes what is no longer
 // valid out of the tree, createHDObjects() adds files and folders, and, after the analysis of
@@ -98,6 +99,26 @@ void createLTObjectsOf(const boost::shared_ptr<CHDFile>& file)
         break;
     }
 }
+
+/// Gives texts that many of the changed records have in common one buffer each, as those have that
+/// come from the database.
+void shareTexts(const QoFileDbItemArray& files)
+{
+    constexpr CString QoFileDbItem::*fields[] = {&QoFileDbItem::artist,
+                                                 &QoFileDbItem::album,
+                                                 &QoFileDbItem::genre,
+                                                 &QoFileDbItem::trackNumber,
+                                                 &QoFileDbItem::year,
+                                                 &QoFileDbItem::picturePath};
+    qo::TextPool pool;
+    for (const QoFileDbItemPtr& item : files)
+    {
+        if (item->dbState == qo::dbState::unchanged)
+            continue;
+        for (CString QoFileDbItem::*const field : fields)
+            (*item).*field = pool.intern(((*item).*field).view());
+    }
+}
 } // namespace
 
 void CQoCollection::addRootDirs(const CStringArray& paths, const CQoPathsInfoMap& info)
@@ -176,6 +197,7 @@ void CQoCollection::createColl(QoFileDbItemArray& files,
     progress->setRange(IQoProgress::rangeKnown, buildPasses * files.GetSize());
     cleanupColl(files, progress);
     CLTManager::cleanUp(false);
+    shareTexts(files);
     createHDObjects(files, progress);
     detectLogicalStuff(dirsToAnalyze, files, progress);
     createLTObjects(files, progress);

@@ -50,9 +50,10 @@ CString makeVelmoraId()
                          time.millisecond);
     }
     last.counter = isRepeated ? last.counter + 1 : 0;
+    if (last.counter == 0)
+        return last.text;
     CString id = last.text;
-    if (last.counter > 0)
-        id.AppendFormat(u"_%d", last.counter);
-    return id;
+    id.AppendFormat(u"_%d", last.counter);
+    return CString(id.view()); // without the room in which it grew: every record keeps one
 }
 } // namespace qo

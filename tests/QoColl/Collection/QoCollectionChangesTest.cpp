@@ -1,5 +1,6 @@
 #include "CollectionFixture.h"
 #include "Database/src/DbFacade/SQLiteException.h"
+#include "KVTagLib/Tags.h"
 #include "Logical/LTAlbum.h"
 #include "Logical/LTArtist.h"
 #include "Logical/LTTrack.h"
@@ -122,6 +123,29 @@ TEST_F(Changes, ANewFileIsBuiltOnceThoughItIsScannedAndChanged)
     ASSERT_TRUE(apply());
     EXPECT_FALSE(log.has("found duplicated db file", 10)) << log.all();
     EXPECT_EQ(stored(), "a\\cover.jpg a\\one.mp3 a\\three.ogg a\\two.flac b\\notes.txt ");
+}
+
+TEST_F(Changes, EqualTextsOfReadFilesAreStoredOnce)
+{
+    KVTagLib::CTags tags;
+    tags.AddArtist(u"The Band", false);
+    tags.SetAlbum(u"Big Pink");
+    tags.SetYear(u"1968");
+    for (const char* const name : {"a/three.ogg", "a/four.ogg"})
+    {
+        put("sound.ogg", std::string("music/") + name);
+        ASSERT_TRUE(CMusicTagEx::writeTag(path(name), tags));
+        scan(name);
+    }
+    ASSERT_TRUE(apply());
+    const QoFileDbItemPtr three = record("a/three.ogg");
+    const QoFileDbItemPtr four = record("a/four.ogg");
+    EXPECT_EQ(three->artist, u"The Band");
+    for (const auto field : {&QoFileDbItem::artist, &QoFileDbItem::album, &QoFileDbItem::year})
+        EXPECT_TRUE(((*three).*field).sharesBufferWith((*four).*field));
+    const auto file =
+        boost::static_pointer_cast<CHDMusicFile>(collection.getFileByPath(four->path));
+    EXPECT_TRUE(file->getTrack()->getYear().sharesBufferWith(three->year));
 }
 
 TEST_F(Changes, AMissingFileIsStillRecordedAndAForeignFolderIsNot)
