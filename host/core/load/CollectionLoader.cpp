@@ -297,16 +297,8 @@ void CollectionLoader::scan(const RootFolders& roots,
     readDatabase(rootsBefore(roots, fresh), roots.kinds());
     collection.addRootDirs(fresh, roots.kinds());
     m_progress.setStage(IQoProgress::stageScan);
-    const std::vector<FoundFile> found = walk.files(m_progress);
     QoFileDbItemArray records;
-    collection.copyFiles(records);
-    std::function<bool(const CString&)> isWalked;
-    if (!m_options.rescan)
-        isWalked = [&fresh](const CString& path) { return isBelowAny(path, fresh); };
-    const std::vector<DiskChange> changes =
-        m_progress.isCanceled()
-            ? std::vector<DiskChange>()
-            : DiskChanges(m_session.scanHost(), unread).between(records, found, isWalked);
+    const std::vector<DiskChange> changes = differences(records, walk, unread, fresh);
     if (m_progress.isCanceled())
         throw HostError(ExitCode::interrupted, interruptedText());
     // Afterwards, since with a folder that goes away all in it seems to have gone.
@@ -317,6 +309,23 @@ void CollectionLoader::scan(const RootFolders& roots,
     if (m_isOwn)
         rememberFarFolders(walked, lister);
     tell(unread);
+}
+
+/// What the walk met is let go of here, before the scan needs its memory. The records are those
+/// that were compared; the walk is waited for before they are copied.
+std::vector<DiskChange> CollectionLoader::differences(QoFileDbItemArray& records,
+                                                      RootWalk& walk,
+                                                      UnreadFiles& unread,
+                                                      const CStringArray& fresh)
+{
+    const std::vector<FoundFile> found = walk.files(m_progress);
+    CQoCollection::m_ownCollection.copyFiles(records);
+    std::function<bool(const CString&)> isWalked;
+    if (!m_options.rescan)
+        isWalked = [&fresh](const CString& path) { return isBelowAny(path, fresh); };
+    return m_progress.isCanceled()
+               ? std::vector<DiskChange>()
+               : DiskChanges(m_session.scanHost(), unread).between(records, found, isWalked);
 }
 
 void CollectionLoader::guardLosses(const LossGuard& guard) const

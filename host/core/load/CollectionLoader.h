@@ -79,6 +79,10 @@ private:
               const CStringArray& walked,
               const CStringArray& fresh,
               const std::vector<RootProblem>& givenUp);
+    std::vector<DiskChange> differences(QoFileDbItemArray& records,
+                                        RootWalk& walk,
+                                        UnreadFiles& unread,
+                                        const CStringArray& fresh);
     void guardLosses(const LossGuard& guard) const;
     void rememberFarFolders(const CStringArray& walked, const RootLister& lister) const;
     void takeIn(const CStringArray& walked,

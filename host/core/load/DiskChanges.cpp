@@ -45,6 +45,9 @@ DiskChanges::between(const QoFileDbItemArray& records,
 {
     m_changes.clear();
     m_unmet.clear();
+    // Of a first scan all files are changes, and this saves moving them as the list grows.
+    if (records.IsEmpty())
+        m_changes.reserve(found.size());
     auto next = found.begin();
     for (const QoFileDbItemPtr& record : records)
     {
