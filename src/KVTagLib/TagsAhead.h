@@ -12,7 +12,7 @@ namespace KVTagLib
 {
 /// Reads the tags of files that are known to come, on threads of its own, so that whoever asks for
 /// one file after the other finds most of them read. There are as many threads as cores, and up to
-/// sixteen where files keep them waiting. What was read and not asked for yet is bounded: by 16 MiB
+/// sixteen where files keep them waiting. What was read and not asked for yet is bounded: by 8 MiB
 /// of texts, and by a number of files. The object itself is for one thread.
 class QO_API TagsAhead
 {

@@ -39,7 +39,7 @@ public:
         int threads = 0;              ///< to begin with; without any, the caller's does the work
         bool grows = true;            ///< up to sixteen, where the work is mostly waiting
         std::size_t results = 16'384; ///< that wait for being asked for
-        std::size_t bytes = 16 << 20; ///< that these take
+        std::size_t bytes = 8 << 20;  ///< that these take
         std::uint32_t patience = 0;   ///< milliseconds to wait for one result; 0: any time
     };
 
