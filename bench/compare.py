@@ -15,6 +15,7 @@ import sqlite3
 import statistics
 import subprocess
 import sys
+import tempfile
 import time
 
 import far
@@ -26,7 +27,7 @@ def arguments():
     parser.add_argument("--files", type=int, default=100000)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--runs", type=int, default=3)
-    parser.add_argument("--scale", type=int, default=0, help="also load and save a database with so many times the rows")
+    parser.add_argument("--scale", type=int, default=0, help="also load, save and scan so many times the files")
     parser.add_argument("--work", help="folder for the library and the databases (default: BUILD/work)")
     return parser.parse_args()
 
@@ -243,6 +244,28 @@ class Bench:
             self.floor("save beside it", "bench_save", self.database(self.data), self.fresh)
             self.floor("scaled save", "bench_save", self.database(self.big_data), self.fresh)
 
+    def link_copies(self):
+        """A tree with so many times the files, by hard links: they cost no room, and each counts as a file."""
+        tree = f"{self.music}-times-{self.options.scale}"
+        done = tree + ".complete"
+        if not os.path.exists(done):
+            shutil.rmtree(tree, ignore_errors=True)
+            os.makedirs(tree)
+            for number in range(self.options.scale):
+                self.run(["cp", "-al", self.music, os.path.join(tree, str(number))])
+            open(done, "w").close()
+        return tree
+
+    def scaled_scans(self):
+        """First scans and rescans of many times the files, in turn with plain ones."""
+        tree = self.link_copies()
+        for _ in range(self.options.runs):
+            plain, scaled = (tempfile.mkdtemp(prefix=name, dir=self.data_of_runs) for name in ("plain-", "scaled-"))
+            self.qo("first scan beside it", plain, "scan", self.music)
+            self.qo("scaled first scan", scaled, "scan", tree)
+            self.qo("rescan beside it", plain, "scan")
+            self.qo("scaled rescan", scaled, "scan")
+
     def change(self, assignments):
         """A copy of the data folder whose rows have other values."""
         shutil.rmtree(self.changed_data, ignore_errors=True)
@@ -336,6 +359,9 @@ def judgements(bench):
         yield bench.scaled, lambda: [
             ratio_row(f"{name} of a row at {scale} times the rows", median("scaled " + name) / scale,
                       median(name + " beside it"), must, aim) for name, must, aim in (("load", 1.2, 1.05), ("save", 1.3, 1.1))]
+        yield bench.scaled_scans, lambda: [
+            ratio_row(f"{name} of a file at {scale} times the files", median("scaled " + name) / scale,
+                      median(name + " beside it"), 1.2, 1.1) for name in ("first scan", "rescan")]
 
 
 def main():
