@@ -302,7 +302,7 @@ const std::vector<CommandText> texts = {
     "part of a file."},
 {"plugin put", {
     {"qo plugin put Downloads/new.mp3 --to NAS/Music/Kino", "Copy a file into a folder of a service"},
-    {"qo plugin put Downloads/*.mp3 --to NAS/Music --dry-run", "Show what that would do"},
+    {"qo plugin put Downloads --to NAS/Music --dry-run", "Show what would become of a folder"},
     {"qo plugin put Downloads/*.mp3 --to NAS", "Sort them by the rules of the service, if it has any"}}},
 {"device", {
     {"qo device", "The devices that are connected or adopted"},

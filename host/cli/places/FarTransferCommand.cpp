@@ -9,6 +9,7 @@
 #include <QoKernel/Collection.h>
 
 #include <algorithm>
+#include <deque>
 #include <set>
 
 namespace qo::cli
@@ -160,9 +161,47 @@ ExitCode fetchAll(CommandLine& line, const PlaceKind& kind, const TransferOption
     return fetchInto(line, options.to, options.replaces, run);
 }
 
-/// The typed files as they will be called in the folder. Throws HostError for what is no file.
-std::vector<Transfer>
-sendings(const FarPlace& place, const TransferOptions& options, const CQoCollPath& folder)
+/// Adds all files of a folder of this machine, which keep their places in it. Links are left out,
+/// since they may lead around in a ring.
+void addFolder(const FarPlace& place,
+               const CString& local,
+               const CQoCollPath& far,
+               IQoProgress& progress,
+               std::vector<Transfer>& list)
+{
+    std::deque<std::pair<CString, CQoCollPath>> waiting = {{local, far}};
+    while (!waiting.empty())
+    {
+        stopIfCancelled(progress);
+        const auto [folder, target] = waiting.front();
+        waiting.pop_front();
+        std::vector<DirEntry> entries;
+        if (const int error = fileSystem().list(folder, entries))
+            throw HostError(ExitCode::failed,
+                            host::shownPath(folder) + " cannot be listed, so nothing was sent: " +
+                                host::errorWords(error));
+        for (const DirEntry& entry : entries)
+        {
+            if (entry.info.isLink || isPartName(entry.name.view()))
+                continue;
+            const CString path = combinePath(folder, entry.name);
+            const std::string file = toSystemPath(path);
+            const CQoCollPath below =
+                target.child(place.componentOf(file.substr(file.rfind('/') + 1)));
+            if (entry.info.kind == FileKind::directory)
+                waiting.emplace_back(path, below);
+            else if (entry.info.kind == FileKind::regular)
+                list.push_back({below, path, entry.info.size});
+        }
+    }
+}
+
+/// The typed files and folders as they will be called in the folder. Throws HostError for what is
+/// neither.
+std::vector<Transfer> sendings(const FarPlace& place,
+                               const TransferOptions& options,
+                               const CQoCollPath& folder,
+                               IQoProgress& progress)
 {
     std::vector<Transfer> list;
     for (const std::string& typed : options.paths)
@@ -174,10 +213,14 @@ sendings(const FarPlace& place, const TransferOptions& options, const CQoCollPat
         FileInfo info;
         if (const int error = fileSystem().info(local, Spelling::exact, info))
             throw HostError(ExitCode::notFound, file + ": " + host::errorWords(error));
-        if (info.kind != FileKind::regular)
-            throw HostError(ExitCode::usage, file + " is no file; folders are sent file by file");
         const std::string name = file.substr(file.rfind('/') + 1);
-        list.push_back({folder.child(place.componentOf(name)), local, info.size});
+        if (info.kind == FileKind::other || name.empty())
+            throw HostError(ExitCode::usage, file + " is no file, and no folder with a name");
+        const CQoCollPath far = folder.child(place.componentOf(name));
+        if (info.kind == FileKind::directory)
+            addFolder(place, local, far, progress, list);
+        else
+            list.push_back({far, local, info.size});
     }
     return list;
 }
@@ -243,7 +286,7 @@ ExitCode sendAll(CommandLine& line, const PlaceKind& kind, const TransferOptions
                  const CQoCollPath folder = place->path(typed);
                  if (!place->takesFiles())
                      throw HostError(ExitCode::failed, place->name() + " takes no files");
-                 std::vector<Transfer> files = sendings(*place, options, folder);
+                 std::vector<Transfer> files = sendings(*place, options, folder, progress);
                  const bool isSorted = folder.isEmpty() && !options.isUnsorted;
                  if (isSorted && !place->uploadRules().isEmpty())
                      sortSendings(*session, progress, *place, files, report);
@@ -319,9 +362,9 @@ void addFarTransfers(CommandLine& line, CLI::App& command, const PlaceKind& kind
     CLI::App* const put =
         line.addCommand(command,
                         kind.send,
-                        "Copy files to a " + noun,
+                        "Copy files and folders to a " + noun,
                         [&line, kind, sent] { return sendAll(line, kind, *sent); });
-    addArguments(*put, "FILE", sent->paths, "The files")->required();
+    addArguments(*put, "FILE", sent->paths, "Files and folders")->required();
     addArgument(
         *put, "--to", sent->to, "The " + noun + " and a folder in it, which is made if need be")
         ->required()

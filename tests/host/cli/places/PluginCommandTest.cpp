@@ -228,9 +228,39 @@ TEST_F(PluginCommand, WhatCannotBeDoneIsRefused)
          {{"login", "more"}, 2, "say where it is"},
          {{"login", "more", "--folder", to + "/none"}, 4, "none"},
          {{"get", "NAS", "Music/Kino/02.mp3", "--to", to, "--replace"}, 1, "no plain file"},
-         {{"put", to, "--to", "NAS"}, 2, "is no file"},
+         {{"put", "/dev/null", "--to", "NAS"}, 2, "is no file"},
          {{"rm", "NAS", "/", "--yes"}, 2, "root"},
          {{"set", "NAS", "--music", "Music/Kino/02.mp3"}, 2, "no folder"}});
+}
+
+TEST_F(PluginCommand, AFolderIsSentWithItsFolders)
+{
+    dir("Viktor/Live");
+    write("Viktor/1.mp3", "one");
+    write("Viktor/Live/2.mp3", "two");
+    fs::create_directory_symlink(qo.dir.path("Viktor"), qo.dir.path("Viktor/Live/around"));
+    std::vector<std::string> put = {
+        "plugin", "put", qo.dir.path("Viktor") + "/", "--to", "NAS/Music/Kino", "--dry-run"};
+    qo.expect(put, 0, "would be sent: NAS/Music/Kino/Viktor/Live/2.mp3");
+    EXPECT_FALSE(fs::exists(qo.dir.path("nas/Music/Kino/Viktor")));
+    put.pop_back();
+    qo.expect(put, 0, "sent: NAS/Music/Kino/Viktor/Live/2.mp3");
+    EXPECT_EQ(read("nas/Music/Kino/Viktor/1.mp3"), "one");
+    EXPECT_EQ(read("nas/Music/Kino/Viktor/Live/2.mp3"), "two");
+    EXPECT_FALSE(fs::exists(qo.dir.path("nas/Music/Kino/Viktor/Live/around")));
+    write("Viktor/new.mp3", "new");
+    qo.expect(put, 6, "sent: NAS/Music/Kino/Viktor/new.mp3");
+
+    write("Viktor/large.mp3", "");
+    fs::resize_file(qo.dir.path("Viktor/large.mp3"), std::uintmax_t{4} << 30);
+    put.back() = "NAS/Other";
+    const pid_t pid = qo.start(put);
+    EXPECT_TRUE(QoCommand::waitFor(qo.dir.path("nas/Other/Viktor")));
+    ::kill(pid, SIGINT);
+    EXPECT_EQ(qo.finish(pid).code, 130);
+    for (const auto& entry : fs::recursive_directory_iterator(qo.dir.path("nas/Other")))
+        EXPECT_EQ(entry.path().filename().string().find("qo-part"), std::string::npos) << entry;
+    EXPECT_FALSE(fs::exists(qo.dir.path("nas/Other/Viktor/large.mp3")));
 }
 
 TEST_F(PluginCommand, AnInterruptedCopyLeavesNoPart)
@@ -266,6 +296,11 @@ TEST_F(PluginCommand, APasswordIsInTheStoreOfTheDesktopWhereThereIsOne)
     EXPECT_EQ(read(file).find("s3cret"), std::string::npos);
     qo.expect({"plugin", "browse", "web"}, 0, "");
     qo.expect({"plugin", "set", "web", "--music", "", "--dry-run"}, 0, "");
+    const std::string settings = read("data/settings");
+    qo.expect({"plugin", "logout", "web"}, 0, "files stay");
+    qo.dir.write("data/settings", settings);
+    qo.expect({"plugin", "browse", "web"}, 1, "is in no store of passwords");
+    EXPECT_EQ(logIn("s3cret", service), 0) << read("said");
     EXPECT_TRUE(keyring.lock());
     qo.expect({"plugin", "ls"}, 0, "ann");
     for (const char* const command : {"browse", "logout"})
@@ -276,23 +311,6 @@ TEST_F(PluginCommand, APasswordIsInTheStoreOfTheDesktopWhereThereIsOne)
     keyring.end();
     qo.expect({"plugin", "browse", "web"}, 1, "\"qo plugin login web\" asks for it anew");
     qo.expect({"plugin", "logout", "web"}, 0, "may be left in the desktop's store");
-}
-
-TEST_F(PluginCommand, ALogoutTakesThePasswordOutOfTheStoreOfTheDesktop)
-{
-    const Keyring keyring(qo.dir.path("keyring"));
-    if (!keyring.isRunning())
-        GTEST_SKIP() << "the GNOME keyring does not run here";
-    qo.moreVariables = {keyring.variable()};
-    HostileServer server;
-    server.answer = guardedFolder;
-    const std::string service = "web --webdav " + server.url();
-    EXPECT_EQ(logIn("s3cret", service), 0) << read("said");
-    qo.expect({"plugin", "logout", "web"}, 0, "files stay");
-    // With the settings as they were only the password is missing.
-    std::ofstream(qo.dir.path("data/settings"), std::ios::app)
-        << "[Plugins]\nweb=webdav " << server.url() << "\n[Plugin web]\nUser=ann\n# end\n";
-    qo.expect({"plugin", "browse", "web"}, 1, "is in no store of passwords");
 }
 
 TEST_F(PluginCommand, APasswordIsInAFileOfItsOwnAlone)
