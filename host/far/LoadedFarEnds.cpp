@@ -2,14 +2,22 @@
 #include "far/FarEnds.h"
 
 #include <dlfcn.h>
+#include <system_error>
+
+#include <filesystem>
+#include <string>
 
 namespace qo::host
 {
 namespace
 {
-/// Where installed programs have their modules, seen from the program, and so in the folder of the
-/// build. The system's loader knows what the first word means.
-constexpr const char* modulePath = "$ORIGIN/../" QO_FAR_MODULE;
+/// Beside the program as an installed one has it, and so in the folder of the build.
+std::string modulePath()
+{
+    std::error_code error;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+    return (program.parent_path() / "../" QO_FAR_MODULE).lexically_normal().string();
+}
 
 const FarEnds& loadFarEnds()
 {
@@ -19,7 +27,7 @@ const FarEnds& loadFarEnds()
                          "the part for devices, services and friends cannot be loaded: " + cause);
     };
     // All its symbols at once: one that is missing is said here rather than in the midst of work.
-    void* const module = ::dlopen(modulePath, RTLD_NOW | RTLD_LOCAL);
+    void* const module = ::dlopen(modulePath().c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!module)
         throw fail(::dlerror());
     const auto farEndsOf = reinterpret_cast<FarEndsOf*>(::dlsym(module, "qoFarEnds"));
