@@ -29,7 +29,7 @@ const FarEnds& loadFarEnds()
     // All its symbols at once: one that is missing is said here rather than in the midst of work.
     void* const module = ::dlopen(modulePath().c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!module)
-        throw fail(::dlerror());
+        throw fail(::dlerror()); // NOLINT(concurrency-mt-unsafe)
     const auto farEndsOf = reinterpret_cast<FarEndsOf*>(::dlsym(module, "qoFarEnds"));
     const FarEnds* const found = farEndsOf ? farEndsOf(QO_VERSION) : nullptr;
     if (!found)

@@ -101,7 +101,7 @@ private:
     /// come.
     bool mayHaveChanged()
     {
-        constexpr std::int64_t coarsest = 3 * 10'000'000; // three seconds in ticks
+        constexpr std::int64_t coarsest = std::int64_t(3) * 10'000'000; // three seconds in ticks
         const CString database = host::Session::databasePath();
         const CString store = host::Session::folder() + u"\\host.db";
         std::vector<std::int64_t> marks;

@@ -214,8 +214,10 @@ SubsonicAnswer SubsonicClient::send(const char* method,
         const Secret hex(digits);
         wipe(digits);
         request.address.query = "u=" + percentEncoded(known.login.user(), "-._~");
-        request.address.query += known.sendsPassword ? "&p=enc:" + std::string(hex.view())
-                                                     : "&t=" + token + "&s=" + salt;
+        if (known.sendsPassword)
+            request.address.query.append("&p=enc:").append(hex.view());
+        else
+            request.address.query.append("&t=").append(token).append("&s=").append(salt);
         request.address.query += "&v=1.13.0&c=qo&f=json";
         for (const auto& [name, value] : parameters)
             request.address.query.append("&").append(name).append("=").append(

@@ -5,6 +5,7 @@
 #include "common/MakeObject.h"
 #include "common/QoProgress.h"
 #include "platform/FileSystem.h"
+#include "platform/Platform.h"
 
 #include <algorithm>
 #include <deque>
