@@ -24,6 +24,13 @@ void BusReply::enter(char type, const char* contents)
     check(::sd_bus_message_enter_container(m_message, type, contents), {});
 }
 
+const char* BusReply::object()
+{
+    const char* object = nullptr;
+    read("o", &object);
+    return object;
+}
+
 const char* BusReply::nextObject()
 {
     const char* object = nullptr;
@@ -49,9 +56,7 @@ Bus::object(const char* service, const std::string& object, const char* face, co
         ::sd_bus_get_property(
             m_bus, service, object.c_str(), face, property, &error.error, reply.slot(), "o"),
         error);
-    const char* path = nullptr;
-    reply.read("o", &path);
-    return path;
+    return reply.object();
 }
 
 bool Bus::flag(const char* service,

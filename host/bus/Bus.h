@@ -32,7 +32,9 @@ public:
     {
         check(::sd_bus_message_read(m_message, types, values...), {});
     }
-    /// The next of a list of objects that entered() has opened; null at its end.
+    /// The path of an object; valid as long as the answer.
+    const char* object();
+    /// The next of a list of objects that enter() has opened; null at its end.
     const char* nextObject();
     /// Opens a container.
     void enter(char type, const char* contents);

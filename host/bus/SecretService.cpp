@@ -112,9 +112,7 @@ SecretService::SecretService() : m_bus(Bus::Kind::session, longestAnswer)
     const char* none = nullptr;
     reply.read("s", &none);
     reply.leave();
-    const char* session = nullptr;
-    reply.read("o", &session);
-    m_session = session;
+    m_session = reply.object();
 }
 
 SecretService::~SecretService() = default;
@@ -171,9 +169,7 @@ void SecretService::unlock(const std::string& object)
     {
     }
     reply.leave();
-    const char* prompt = nullptr;
-    reply.read("o", &prompt);
-    settle(prompt);
+    settle(reply.object());
 }
 
 std::vector<std::string> SecretService::search(const Attributes& attributes)
@@ -208,8 +204,7 @@ Secret SecretService::find(const Attributes& attributes)
                 m_bus.call(secrets, items[0], itemFace, "GetSecret", "o", m_session.c_str());
             (void)::sd_bus_message_sensitive(reply.message());
             reply.enter('r', "oayays");
-            const char* session = nullptr;
-            reply.read("o", &session);
+            reply.object(); // the session
             const void* bytes = nullptr;
             std::size_t size = 0;
             for (int i = 0; i < 2; ++i) // the parameters, of which there are none, and the secret
@@ -222,9 +217,7 @@ Secret SecretService::find(const Attributes& attributes)
 std::string SecretService::defaultCollection()
 {
     BusReply reply = m_bus.call(secrets, secretsPath, secretsFace, "ReadAlias", "s", "default");
-    const char* object = nullptr;
-    reply.read("o", &object);
-    const std::string collection = object;
+    const std::string collection = reply.object();
     if (collection == "/")
         throw HostError(ExitCode::failed,
                         "the desktop's store of passwords has no keyring to put one into");
@@ -273,9 +266,7 @@ void SecretService::remove(const Attributes& attributes)
             for (const std::string& item : search(attributes))
             {
                 BusReply reply = m_bus.call(secrets, item, itemFace, "Delete", "");
-                const char* prompt = nullptr;
-                reply.read("o", &prompt);
-                settle(prompt);
+                settle(reply.object());
             }
         });
 }
