@@ -1,5 +1,6 @@
 #include "bus/SecretService.h"
 
+#include "bus/Bus.h"
 #include "core/base/HostError.h"
 
 #include <chrono>
@@ -101,9 +102,51 @@ int takeCompleted(sd_bus_message* message, void* data, sd_bus_error*)
     *static_cast<int*>(data) = dismissed;
     return 0;
 }
-} // namespace
 
-SecretService::SecretService() : m_bus(Bus::Kind::session, longestAnswer)
+/// A window that nobody waits for any more would stay open.
+void closePrompt(Bus& bus, const std::string& prompt)
+{
+    try
+    {
+        bus.call(secrets, prompt, promptFace, "Dismiss", "");
+    }
+    catch (const BusFailure&)
+    {
+        // It has closed by itself, or its program has ended.
+    }
+}
+
+/// sd-bus speaks it, which the host has for UDisks2 already, and it takes six calls. libsecret
+/// would bring glib with a thread of its own, and would not say whether a password is locked or
+/// missing. Passwords go over the bus as they are: it is a socket of this user's alone.
+class BusSecrets final : public SecretService
+{
+public:
+    /// Throws BusFailure.
+    explicit BusSecrets(std::function<bool()> isCanceled);
+
+    Secret find(const Attributes& attributes) override;
+    void
+    store(const std::string& label, const Attributes& attributes, const Secret& secret) override;
+    void remove(const Attributes& attributes) override;
+
+private:
+    /// Where the items are; the locked ones are unlocked.
+    std::vector<std::string> search(const Attributes& attributes);
+    void unlock(const std::string& object);
+    std::string defaultCollection();
+    /// Has the desktop ask what it needs to know, and waits for the user. "/" is nothing to ask.
+    void settle(const std::string& prompt);
+    /// Waits for the answer while it is -1. Throws HostError when the user interrupts that.
+    void await(const int& answer);
+
+    const std::function<bool()> m_isCanceled;
+    Bus m_bus;
+    std::string m_session;
+};
+
+BusSecrets::BusSecrets(std::function<bool()> isCanceled)
+    : m_isCanceled(std::move(isCanceled)), m_bus(Bus::Kind::session, longestAnswer)
 {
     // This starts the service where it does not run yet.
     BusReply reply =
@@ -115,21 +158,23 @@ SecretService::SecretService() : m_bus(Bus::Kind::session, longestAnswer)
     m_session = reply.object();
 }
 
-SecretService::~SecretService() = default;
-
-std::unique_ptr<SecretService> SecretService::open()
+void BusSecrets::await(const int& answer)
 {
-    try
+    const auto end = std::chrono::steady_clock::now() + longestPrompt;
+    constexpr std::uint64_t pause = 100'000; // microseconds
+    while (answer < 0 && std::chrono::steady_clock::now() < end)
     {
-        return std::unique_ptr<SecretService>(new SecretService());
-    }
-    catch (const BusFailure&)
-    {
-        return nullptr; // a service that cannot be started is none
+        if (m_isCanceled && m_isCanceled())
+            throw HostError(ExitCode::interrupted,
+                            "interrupted while the desktop asked for the password of its store");
+        const int result = ::sd_bus_process(m_bus.get(), nullptr);
+        BusReply::check(result, {});
+        if (result == 0)
+            BusReply::check(::sd_bus_wait(m_bus.get(), pause), {});
     }
 }
 
-void SecretService::settle(const std::string& prompt)
+void BusSecrets::settle(const std::string& prompt)
 {
     if (prompt == "/")
         return;
@@ -147,20 +192,22 @@ void SecretService::settle(const std::string& prompt)
     const std::unique_ptr<sd_bus_slot, decltype(&::sd_bus_slot_unref)> match(slot,
                                                                              &::sd_bus_slot_unref);
     m_bus.call(secrets, prompt, promptFace, "Prompt", "s", "");
-    const auto end = std::chrono::steady_clock::now() + longestPrompt;
-    constexpr std::uint64_t pause = 100'000; // microseconds
-    while (dismissed < 0 && std::chrono::steady_clock::now() < end)
+    try
     {
-        const int result = ::sd_bus_process(m_bus.get(), nullptr);
-        BusReply::check(result, {});
-        if (result == 0)
-            BusReply::check(::sd_bus_wait(m_bus.get(), pause), {});
+        await(dismissed);
     }
+    catch (const HostError&)
+    {
+        closePrompt(m_bus, prompt);
+        throw;
+    }
+    if (dismissed < 0)
+        closePrompt(m_bus, prompt);
     if (dismissed != 0)
         failLocked();
 }
 
-void SecretService::unlock(const std::string& object)
+void BusSecrets::unlock(const std::string& object)
 {
     BusReply reply = m_bus.call(
         secrets, secretsPath, secretsFace, "Unlock", "ao", std::uint32_t{1}, object.c_str());
@@ -172,7 +219,7 @@ void SecretService::unlock(const std::string& object)
     settle(reply.object());
 }
 
-std::vector<std::string> SecretService::search(const Attributes& attributes)
+std::vector<std::string> BusSecrets::search(const Attributes& attributes)
 {
     Request request(m_bus, secretsPath, secretsFace, "SearchItems");
     request.add(attributes);
@@ -192,7 +239,7 @@ std::vector<std::string> SecretService::search(const Attributes& attributes)
     return found;
 }
 
-Secret SecretService::find(const Attributes& attributes)
+Secret BusSecrets::find(const Attributes& attributes)
 {
     return withSentence(
         [&]
@@ -214,7 +261,7 @@ Secret SecretService::find(const Attributes& attributes)
         });
 }
 
-std::string SecretService::defaultCollection()
+std::string BusSecrets::defaultCollection()
 {
     BusReply reply = m_bus.call(secrets, secretsPath, secretsFace, "ReadAlias", "s", "default");
     const std::string collection = reply.object();
@@ -226,9 +273,7 @@ std::string SecretService::defaultCollection()
     return collection;
 }
 
-void SecretService::store(const std::string& label,
-                          const Attributes& attributes,
-                          const Secret& secret)
+void BusSecrets::store(const std::string& label, const Attributes& attributes, const Secret& secret)
 {
     withSentence(
         [&]
@@ -258,7 +303,7 @@ void SecretService::store(const std::string& label,
         });
 }
 
-void SecretService::remove(const Attributes& attributes)
+void BusSecrets::remove(const Attributes& attributes)
 {
     withSentence(
         [&]
@@ -269,5 +314,18 @@ void SecretService::remove(const Attributes& attributes)
                 settle(reply.object());
             }
         });
+}
+} // namespace
+
+std::unique_ptr<SecretService> openSecretService(std::function<bool()> isCanceled)
+{
+    try
+    {
+        return std::make_unique<BusSecrets>(std::move(isCanceled));
+    }
+    catch (const BusFailure&)
+    {
+        return nullptr; // a service that cannot be started is none
+    }
 }
 } // namespace qo::host

@@ -46,8 +46,9 @@ public:
            const std::optional<PasswordStore>& passwords) const = 0;
     /// Throws HostError unless the file can be read and has certificates (PEM).
     virtual void needCertificates(const CString& file) const = 0;
-    /// See SecretService::open().
-    virtual std::unique_ptr<SecretService> secretService() const = 0;
+    /// See openSecretService().
+    virtual std::unique_ptr<SecretService>
+    secretService(std::function<bool()> isCanceled) const = 0;
     /// See ShareTransport.
     virtual std::unique_ptr<IVelmoraShareManager> shareTransport() const = 0;
     /// See ShareKey.

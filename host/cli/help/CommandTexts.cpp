@@ -275,7 +275,8 @@ const std::vector<CommandText> texts = {
     {"qo plugin login NAS", "Log in again, with a new password"}},
     "A WebDAV server is --webdav https://nas.example/dav --user ann, and a music server "
     "--subsonic https://music.example --user ann. The password is asked for, or read from standard "
-    "input, and kept in the desktop's store of passwords, else in a file that you alone may read."},
+    "input, and kept in the desktop's store of passwords, else in a file that you alone may read. "
+    "--keep-in file is for a store that nobody can unlock, as over ssh."},
 {"plugin logout", {
     {"qo plugin logout NAS", "Forget it, with its password; its files stay"},
     {"qo plugin logout NAS --dry-run", "Show what that would do"}}},

@@ -1,3 +1,4 @@
+#include "cli/Interrupt.h"
 #include "cli/KernelCommand.h"
 #include "cli/places/FarReport.h"
 #include "cli/places/FarScanCommand.h"
@@ -28,6 +29,7 @@ struct PluginOptions
     std::string webdav;
     std::string subsonic;
     std::string user;
+    std::string keepIn;                     ///< "desktop" or "file"; "" for the best of them
     std::optional<std::string> authorities; ///< "" for those of the system again
     std::optional<std::string> music;
     std::optional<std::string> movies;
@@ -209,6 +211,17 @@ void tryPlugin(const boost::shared_ptr<host::StoredPlugin>& plugin,
     plugin->SetMoviesPath(movies);
 }
 
+/// How a password is kept or removed while the user may interrupt that.
+host::PasswordUse passwordUse(const PluginOptions& options)
+{
+    host::PasswordUse use;
+    if (!options.keepIn.empty())
+        use.place =
+            options.keepIn == "file" ? host::PasswordPlace::file : host::PasswordPlace::desktop;
+    use.isCanceled = wasInterrupted;
+    return use;
+}
+
 ExitCode logIn(CommandLine& line, const PluginOptions& options)
 {
     const auto session = openKernel(line, KernelUse::change);
@@ -229,9 +242,12 @@ ExitCode logIn(CommandLine& line, const PluginOptions& options)
                 throw HostError(ExitCode::usage, "say who you are there: --user USER");
             if (login && !user.IsEmpty())
                 password = readPassword("Password of " + harmless(toUtf8(user)) + ":").text();
+            if (password.IsEmpty() && !options.keepIn.empty())
+                throw HostError(ExitCode::usage, "there is no password to keep: say --user USER");
             tryPlugin(plugin, user, password);
+            const LoopGuard guard;
             if (!line.dryRun)
-                host::enterPlugin(*session, entry, *plugin);
+                host::enterPlugin(*session, entry, *plugin, passwordUse(options));
             if (line.json)
                 line.out.line(host::dump({{"name", toUtf8(entry.name)},
                                           {"kind", toUtf8(entry.kind)},
@@ -259,7 +275,8 @@ ExitCode logOut(CommandLine& line, const PluginOptions& options)
             const CString name = entry == entries.end() ? needPlugin(options.name) : entry->name;
             if (!line.dryRun)
             {
-                host::removePlugin(*session, name);
+                const LoopGuard guard;
+                host::removePlugin(*session, name, passwordUse(options));
                 host::dropPluginCollections(name);
             }
             tellOf(line,
@@ -370,6 +387,12 @@ void setUpPlugin(CommandLine& line, CLI::App& command)
     addArgument(*login, "--user", options->user, "The user there; the password is asked for")
         ->type_name("USER");
 
+    addArgument(*login,
+                "--keep-in",
+                options->keepIn,
+                "Where its password is kept: in the desktop's store, or in a file as plain text")
+        ->type_name("PLACE")
+        ->check(CLI::IsMember({"desktop", "file"}));
     addOptional(*login,
                 "--ca",
                 options->authorities,

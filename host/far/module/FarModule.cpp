@@ -46,7 +46,10 @@ public:
 
     void needCertificates(const CString& file) const override { host::needCertificates(file); }
 
-    std::unique_ptr<SecretService> secretService() const override { return SecretService::open(); }
+    std::unique_ptr<SecretService> secretService(std::function<bool()> isCanceled) const override
+    {
+        return openSecretService(std::move(isCanceled));
+    }
 
     std::unique_ptr<IVelmoraShareManager> shareTransport() const override
     {

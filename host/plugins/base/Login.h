@@ -13,7 +13,8 @@ namespace qo::host
 class Login
 {
 public:
-    using Source = std::function<Secret()>;
+    using IsCanceled = std::function<bool()>;
+    using Source = std::function<Secret(const IsCanceled& isCanceled)>;
 
     Login() = default;
     /// The source may throw HostError.
@@ -30,11 +31,12 @@ public:
         m_source = {};
     }
     const std::string& user() const { return m_user; }
-    /// Throws what the source throws, and asks it again the next time.
-    const Secret& password()
+    /// Throws what the source throws, and asks it again the next time. isCanceled, which may be
+    /// empty, ends its waiting.
+    const Secret& password(const IsCanceled& isCanceled)
     {
         if (m_source)
-            m_password = m_source();
+            m_password = m_source(isCanceled);
         m_source = {};
         return m_password;
     }

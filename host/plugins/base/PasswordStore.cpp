@@ -17,14 +17,6 @@ CString passwordFile()
     return Session::folder() + u"\\passwords";
 }
 
-/// By the data folder, too: another one may have a plug-in of that name.
-SecretService::Attributes attributesOf(const CString& plugin)
-{
-    return {{"xdg:schema", "qo.Password"},
-            {"folder", toSystemPath(Session::folder())},
-            {"plugin", toUtf8(plugin)}};
-}
-
 /// The file for the length of a call.
 class PasswordFile
 {
@@ -35,6 +27,21 @@ public:
     PasswordFile& operator=(const PasswordFile&) = delete;
 
     Secret read(const CString& plugin) { return Secret(m_config.getValue(keyOf(plugin))); }
+    /// What the plug-in's item in the desktop's store is found by; none when there can be none.
+    SecretService::Attributes attributesOf(const CString& plugin)
+    {
+        const CString id = m_config.getValue(storeId());
+        if (id.IsEmpty())
+            return {};
+        return {{"xdg:schema", "qo.Password"}, {"data", toUtf8(id)}, {"plugin", toUtf8(plugin)}};
+    }
+    void makeId()
+    {
+        if (!m_config.getValue(storeId()).IsEmpty())
+            return;
+        m_config.setValue(storeId(), guidToText(systemClock().newGuid()));
+        m_config.save();
+    }
     void write(const CString& plugin, const Secret& password)
     {
         CString text = password.text();
@@ -52,6 +59,11 @@ private:
         return m_config.addKey(
             m_config.addSection(KVConfig::ordinarySection, u"Passwords"), plugin, u"");
     }
+    KVConfig::Key* storeId()
+    {
+        return m_config.addKey(
+            m_config.addSection(KVConfig::ordinarySection, u"Desktop"), u"Id", u"");
+    }
 
     KeyValueConfig m_config;
 };
@@ -68,14 +80,15 @@ void PasswordStore::needPrivateFile()
                             "away with \"chmod 600\", and change the passwords");
 }
 
-Secret PasswordStore::read(const CString& plugin) const
+Secret PasswordStore::read(const CString& plugin, const IsCanceled& isCanceled) const
 {
     needPrivateFile();
-    Secret password = PasswordFile(true).read(plugin);
-    if (!password.empty())
-        return password;
-    if (const auto service = farEnds().secretService())
-        password = service->find(attributesOf(plugin));
+    PasswordFile file(true);
+    Secret password = file.read(plugin);
+    const SecretService::Attributes attributes = file.attributesOf(plugin);
+    const bool mayBeElsewhere = password.empty() && !attributes.empty();
+    if (const auto service = mayBeElsewhere ? farEnds().secretService(isCanceled) : nullptr)
+        password = service->find(attributes);
     if (password.empty())
         throw HostError(ExitCode::failed,
                         "its password is in no store of passwords that can be reached: \"qo plugin "
@@ -84,27 +97,49 @@ Secret PasswordStore::read(const CString& plugin) const
     return password;
 }
 
-void PasswordStore::write(const CString& plugin, const Secret& password) const
+void PasswordStore::write(const CString& plugin,
+                          const Secret& password,
+                          PasswordPlace place,
+                          const IsCanceled& isCanceled) const
 {
     needPrivateFile();
     if (m_isTrial)
         return;
-    const auto service = farEnds().secretService();
+    PasswordFile file(false);
+    const auto service =
+        place == PasswordPlace::file ? nullptr : farEnds().secretService(isCanceled);
+    if (place == PasswordPlace::desktop && !service)
+        throw HostError(ExitCode::failed, "the desktop offers no store of passwords");
     if (service)
-        service->store("qo: " + toUtf8(plugin), attributesOf(plugin), password);
-    PasswordFile(false).write(plugin, service ? Secret() : password);
+    {
+        file.makeId();
+        try
+        {
+            service->store("qo: " + toUtf8(plugin), file.attributesOf(plugin), password);
+        }
+        catch (const HostError& error)
+        {
+            if (error.code() == ExitCode::interrupted)
+                throw;
+            throw HostError(error.code(),
+                            std::string(error.what()) +
+                                "; \"--keep-in file\" keeps the password in a file instead");
+        }
+    }
+    file.write(plugin, service ? Secret() : password);
 }
 
-bool PasswordStore::remove(const CString& plugin) const
+bool PasswordStore::remove(const CString& plugin, const IsCanceled& isCanceled) const
 {
     if (m_isTrial)
         return true;
     PasswordFile file(false);
     const bool wasInFile = !file.read(plugin).empty();
-    const auto service = farEnds().secretService();
+    const SecretService::Attributes attributes = file.attributesOf(plugin);
+    const auto service = attributes.empty() ? nullptr : farEnds().secretService(isCanceled);
     if (service)
-        service->remove(attributesOf(plugin));
+        service->remove(attributes);
     file.write(plugin, {});
-    return wasInFile || service;
+    return wasInFile || service || attributes.empty();
 }
 } // namespace qo::host

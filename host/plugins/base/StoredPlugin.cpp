@@ -1,8 +1,5 @@
 #include "plugins/base/StoredPlugin.h"
 
-#include "core/base/HostError.h"
-#include "plugins/base/PluginFailure.h"
-
 #include <algorithm>
 
 namespace qo::host
@@ -53,15 +50,17 @@ void readExtraPaths(const CString& text, PluginValues& values)
 StoredPlugin::StoredPlugin(const CString& id,
                            KVConfig* store,
                            const std::optional<PasswordStore>& passwords)
-    : m_id(id), m_store(store), m_passwords(passwords)
+    : m_id(id), m_store(store)
 {
     if (!m_store)
         return;
     for (const TextSetting& setting : textSettings)
         m_values.*setting.value = m_store->getValue(key(setting.key));
     readExtraPaths(m_store->getValue(key(extraPathsKey)), m_values);
-    if (m_passwords && !m_values.user.IsEmpty())
-        m_login = Login(m_values.user, [store = *m_passwords, id] { return store.read(id); });
+    if (passwords && !m_values.user.IsEmpty())
+        m_login = Login(m_values.user,
+                        [store = *passwords, id](const Login::IsCanceled& isCanceled)
+                        { return store.read(id, isCanceled); });
 }
 
 StoredPlugin::~StoredPlugin() = default;
@@ -75,16 +74,6 @@ KVConfig::Key* StoredPlugin::key(const char16_t* name) const
 
 bool StoredPlugin::saveSettings()
 {
-    try
-    {
-        if (m_passwords && !m_login.known().empty())
-            m_passwords->write(m_id, m_login.known());
-    }
-    catch (const HostError& error)
-    {
-        setPluginFailure(fromUtf8(error.what()));
-        return false;
-    }
     if (!m_store)
         return true;
     for (const TextSetting& setting : textSettings)

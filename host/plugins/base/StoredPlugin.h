@@ -22,8 +22,9 @@ struct PluginValues
     CQoPathsInfoMap extraTypes;
 };
 
-/// A plug-in that keeps its settings in the host's store, in a section "Plugin NAME", and its
-/// password in a store of its own, from which it comes when the service is first asked something.
+/// A plug-in that keeps its settings in the host's store, in a section "Plugin NAME". Its password
+/// comes out of a store of its own when the service is first asked something; who enters the
+/// plug-in puts it there.
 class StoredPlugin : public IPlugin
 {
 public:
@@ -62,7 +63,6 @@ private:
 
     const CString m_id;
     KVConfig* const m_store;
-    const std::optional<PasswordStore> m_passwords;
     PluginValues m_values;
     Login m_login;
 };

@@ -5,7 +5,6 @@
 #include "core/search/SearchResults.h"
 #include "far/FarEnds.h"
 #include "plugins/base/PasswordStore.h"
-#include "plugins/base/PluginFailure.h"
 #include "plugins/folder/FolderPlugin.h"
 
 #include <boost/make_shared.hpp>
@@ -139,7 +138,7 @@ boost::shared_ptr<IPluginsManager> configuredPlugins(Session& session)
     return boost::make_shared<ConfiguredPlugins>(session);
 }
 
-void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried)
+void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried, const PasswordUse& use)
 {
     KeyValueConfig& settings = session.settings();
     PasswordStore::needPrivateFile();
@@ -158,6 +157,9 @@ void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried)
         else if (userOf(former, settings) != user)
             SearchResults().forgetUnusedOf(former.name);
     }
+    if (!password.IsEmpty())
+        PasswordStore(!session.savesSettings())
+            .write(entry.name, Secret(password), use.place, use.isCanceled);
     settings.setValue(
         settings.addKey(
             settings.addSection(KVConfig::ordinarySection, pluginsSection), entry.name, u""),
@@ -174,7 +176,8 @@ void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried)
     CQoPluginManager::setPluginMusicPath(entry.name, tried.GetMusicPath());
     CQoPluginManager::setPluginMoviesPath(entry.name, tried.GetMoviesPath());
     if (!CQoPluginManager::savePluginSettings(entry.name))
-        throw HostError(ExitCode::failed, toUtf8(takePluginFailure()));
+        throw HostError(ExitCode::failed,
+                        "the settings of " + toUtf8(entry.name) + " cannot be saved");
 }
 
 void dropPluginCollections(const CString& name)
@@ -200,10 +203,11 @@ FarCollection pluginCollection(const CString& name)
     return collection;
 }
 
-void removePlugin(Session& session, const CString& name)
+void removePlugin(Session& session, const CString& name, const PasswordUse& use)
 {
     KeyValueConfig& settings = session.settings();
-    const bool isPasswordGone = PasswordStore(!session.savesSettings()).remove(name);
+    const bool isPasswordGone =
+        PasswordStore(!session.savesSettings()).remove(name, use.isCanceled);
     CString user;
     CString password;
     CQoPluginManager::getPluginCredentials(name, user, password);

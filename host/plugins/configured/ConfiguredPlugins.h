@@ -36,9 +36,20 @@ makePlugin(const PluginEntry& entry,
 /// that makes no plug-in costs a note then.
 boost::shared_ptr<IPluginsManager> configuredPlugins(Session& session);
 
+/// What a password that is kept or removed needs to know. The desktop may ask the user to unlock
+/// its store, which isCanceled ends; it may be empty.
+struct PasswordUse
+{
+    PasswordPlace place = PasswordPlace::best;
+    PasswordStore::IsCanceled isCanceled = {};
+};
+
 /// Enters a plug-in that has been tried, with its credentials, or in place of the former one of
-/// that name. Throws HostError when the passwords cannot be saved.
-void enterPlugin(Session& session, const PluginEntry& entry, IPlugin& tried);
+/// that name. Throws HostError when the password cannot be kept.
+void enterPlugin(Session& session,
+                 const PluginEntry& entry,
+                 IPlugin& tried,
+                 const PasswordUse& use);
 /// The files of its folders for music and movies, or of all of it.
 FarCollection pluginCollection(const CString& name);
 /// Takes what is known of its files out of the database, whatever its kind is or was. Throws
@@ -46,5 +57,5 @@ FarCollection pluginCollection(const CString& name);
 void dropPluginCollections(const CString& name);
 /// Takes it out, with its settings and its password. Its files stay. Throws HostError, and changes
 /// nothing, when the store of its password is locked.
-void removePlugin(Session& session, const CString& name);
+void removePlugin(Session& session, const CString& name, const PasswordUse& use);
 } // namespace qo::host

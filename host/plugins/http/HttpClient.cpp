@@ -323,12 +323,12 @@ void HttpClient::forgetConnections()
     m_idle.clear(); // a connection remembers who was let in
 }
 
-CString HttpClient::needPassword()
+CString HttpClient::needPassword(const std::function<bool()>& isCanceled)
 {
     const std::lock_guard guard(m_lock);
     try
     {
-        (void)m_login.password();
+        (void)m_login.password(isCanceled);
         return {};
     }
     catch (const HostError& error)
@@ -466,7 +466,7 @@ HttpAnswer HttpClient::run(HttpRequest request)
     HttpAnswer answer;
     // Where a redirection leads is the server's word, and may hold what no message shall.
     const CString place = fromUtf8(request.address.url());
-    if (const CString cause = needPassword(); !cause.IsEmpty())
+    if (const CString cause = needPassword(request.isCanceled); !cause.IsEmpty())
     {
         answer.place = place;
         answer.failure = place + u": " + cause;

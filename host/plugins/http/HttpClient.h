@@ -105,7 +105,7 @@ private:
     void prepare(Connection& connection, const HttpRequest& request);
     void forgetConnections();
     /// Why there is no password; "" when there is one, or no login.
-    CString needPassword();
+    CString needPassword(const std::function<bool()>& isCanceled);
 
     const HttpAddress m_root;
     const HttpLimits m_limits;

@@ -132,10 +132,10 @@ void SubsonicClient::setCredentials(const CString& user, const CString& password
     m_known.sendsPassword = false;
 }
 
-SubsonicClient::Known SubsonicClient::known()
+SubsonicClient::Known SubsonicClient::known(const IsCanceled& isCanceled)
 {
     const std::lock_guard guard(m_lock);
-    (void)m_known.login.password();
+    (void)m_known.login.password(isCanceled);
     return m_known;
 }
 
@@ -197,7 +197,7 @@ SubsonicAnswer SubsonicClient::send(const char* method,
         Known known;
         try
         {
-            known = this->known();
+            known = this->known(request.isCanceled);
         }
         catch (const HostError& error)
         {

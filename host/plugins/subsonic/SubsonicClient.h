@@ -53,7 +53,7 @@ private:
     SubsonicAnswer
     sendOnce(HttpRequest& request, const std::vector<Secret>& secrets, HttpAnswer& http);
     /// With the password. Throws HostError when there is none.
-    Known known();
+    Known known(const IsCanceled& isCanceled);
     /// Whether the password may be sent; from then on it is.
     bool beginPassword();
 

@@ -11,12 +11,18 @@
 #include <thread>
 #include <vector>
 
-/// A session bus with the GNOME keyring on it, both in a folder of their own. There is no window
-/// to ask anyone with, so a locked keyring stays locked.
+/// A session bus with a store of passwords on it, both in a folder of their own.
 class Keyring
 {
 public:
-    explicit Keyring(const std::string& folder) : m_folder(folder)
+    /// The GNOME keyring. There is no window to ask anyone with, so a locked one stays locked.
+    explicit Keyring(const std::string& folder)
+        : Keyring(folder,
+                  "exec gnome-keyring-daemon --unlock --components=secrets --foreground <'" +
+                      folder + "/bus.conf'") // any bytes are a password
+    {
+    }
+    Keyring(const std::string& folder, const std::string& words) : m_folder(folder)
     {
         std::filesystem::create_directories(folder);
         std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
@@ -28,10 +34,8 @@ public:
         m_bus = start("exec dbus-daemon --nofork --config-file='" + folder + "/bus.conf'");
         for (int i = 0; i < 500 && !std::filesystem::exists(folder + "/bus"); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        m_keyring = start("exec gnome-keyring-daemon --unlock --components=secrets --foreground "
-                          "<'" +
-                          folder + "/bus.conf'"); // any bytes are a password
-        for (int i = 0; i < 100 && !isRunning(); ++i)
+        m_keyring = start(words);
+        for (int i = 0; i < 200 && !isRunning(); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     ~Keyring()
