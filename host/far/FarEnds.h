@@ -53,7 +53,7 @@ public:
     virtual std::unique_ptr<IVelmoraShareManager> shareTransport() const = 0;
     /// See ShareKey.
     virtual ShareKey shareKey(const CString& folder, bool isTrial) const = 0;
-    /// See ShareServer.
+    /// See startShareServer().
     virtual std::unique_ptr<ShareServer>
     shareServer(const ShareKey& key,
                 const Offers& offers,

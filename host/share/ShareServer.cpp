@@ -126,22 +126,21 @@ void logServer(void*, const char* format, va_list arguments)
     std::vsnprintf(line, sizeof(line), format, arguments);
     log(level::detail, u"share server : %s", fromUtf8(line));
 }
-} // namespace
 
-class ShareServer::Running
+class RunningServer final : public ShareServer
 {
 public:
-    Running(const ShareKey& key,
-            const Offers& offers,
-            const PeerAddress& address,
-            const ShareLimits& limits,
-            std::function<void(const ShareVisit&)> visited)
+    RunningServer(const ShareKey& key,
+                  const Offers& offers,
+                  const PeerAddress& address,
+                  const ShareLimits& limits,
+                  std::function<void(const ShareVisit&)> visited)
         : m_offers(offers), m_limits(limits), m_visited(std::move(visited)), m_pem(key.pem())
     {
         start(address);
         m_timer = std::thread([this] { watch(); });
     }
-    ~Running()
+    ~RunningServer() override
     {
         {
             const std::lock_guard guard(m_lock);
@@ -152,10 +151,10 @@ public:
         m_watch.resumeAll();
         MHD_stop_daemon(m_daemon);
     }
-    Running(const Running&) = delete;
-    Running& operator=(const Running&) = delete;
+    RunningServer(const RunningServer&) = delete;
+    RunningServer& operator=(const RunningServer&) = delete;
 
-    int port() const
+    int port() const override
     {
         const MHD_DaemonInfo* const info = MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_BIND_PORT);
         return info ? info->port : 0;
@@ -186,7 +185,7 @@ private:
                                     0,
                                     nullptr,
                                     nullptr,
-                                    &Running::answer,
+                                    &RunningServer::answer,
                                     this,
                                     MHD_OPTION_EXTERNAL_LOGGER,
                                     &logServer,
@@ -210,10 +209,10 @@ private:
                                     MHD_OPTION_CONNECTION_MEMORY_LIMIT,
                                     memoryOfConnection,
                                     MHD_OPTION_NOTIFY_CONNECTION,
-                                    &Running::connectionChanged,
+                                    &RunningServer::connectionChanged,
                                     this,
                                     MHD_OPTION_NOTIFY_COMPLETED,
-                                    &Running::completed,
+                                    &RunningServer::completed,
                                     this,
                                     MHD_OPTION_END);
         if (!m_daemon)
@@ -242,7 +241,7 @@ private:
                                   void**,
                                   MHD_ConnectionNotificationCode code)
     {
-        auto& watch = static_cast<Running*>(self)->m_watch;
+        auto& watch = static_cast<RunningServer*>(self)->m_watch;
         const auto note = [&]
         {
             if (code == MHD_CONNECTION_NOTIFY_STARTED)
@@ -257,7 +256,7 @@ private:
     static void
     completed(void* self, MHD_Connection* connection, void** data, MHD_RequestTerminationCode code)
     {
-        auto& running = *static_cast<Running*>(self);
+        auto& running = *static_cast<RunningServer*>(self);
         running.m_watch.setBusy(connection, false);
         const std::unique_ptr<Visit> visit(static_cast<Visit*>(std::exchange(*data, nullptr)));
         if (!visit)
@@ -339,7 +338,7 @@ private:
                              std::size_t*,
                              void** data)
     {
-        auto& running = *static_cast<Running*>(self);
+        auto& running = *static_cast<RunningServer*>(self);
         const auto answer = [&]
         {
             const bool isNew = *data == nullptr;
@@ -465,19 +464,14 @@ private:
     std::thread m_timer;
 };
 
-ShareServer::ShareServer(const ShareKey& key,
-                         const Offers& offers,
-                         const PeerAddress& address,
-                         const ShareLimits& limits,
-                         std::function<void(const ShareVisit&)> visited)
-    : m_running(std::make_unique<Running>(key, offers, address, limits, std::move(visited)))
-{
-}
+} // namespace
 
-ShareServer::~ShareServer() = default;
-
-int ShareServer::port() const
+std::unique_ptr<ShareServer> startShareServer(const ShareKey& key,
+                                              const Offers& offers,
+                                              const PeerAddress& address,
+                                              const ShareLimits& limits,
+                                              std::function<void(const ShareVisit&)> visited)
 {
-    return m_running->port();
+    return std::make_unique<RunningServer>(key, offers, address, limits, std::move(visited));
 }
 } // namespace qo::host

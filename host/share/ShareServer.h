@@ -47,22 +47,18 @@ struct ShareLimits
 class ShareServer
 {
 public:
-    /// Begins to serve at the number of one of this machine's own addresses. visited is called from
-    /// the server's threads, several at once, must not wait, and may be empty. Throws HostError.
-    ShareServer(const ShareKey& key,
-                const Offers& offers,
-                const PeerAddress& address,
-                const ShareLimits& limits,
-                std::function<void(const ShareVisit&)> visited);
-    /// Ends what is under way. Virtual, since whoever loads the module does not link with it.
-    virtual ~ShareServer();
-    ShareServer(const ShareServer&) = delete;
-    ShareServer& operator=(const ShareServer&) = delete;
+    /// Ends what is under way.
+    virtual ~ShareServer() = default;
 
-    virtual int port() const;
-
-private:
-    class Running;
-    std::unique_ptr<Running> m_running;
+    virtual int port() const = 0;
 };
+
+/// Begins to serve at the number of one of this machine's own addresses. visited is called from the
+/// server's threads, several at once, must not wait, and may be empty. The offers outlive the
+/// server. Throws HostError.
+std::unique_ptr<ShareServer> startShareServer(const ShareKey& key,
+                                              const Offers& offers,
+                                              const PeerAddress& address,
+                                              const ShareLimits& limits,
+                                              std::function<void(const ShareVisit&)> visited);
 } // namespace qo::host

@@ -68,7 +68,7 @@ public:
                 const ShareLimits& limits,
                 std::function<void(const ShareVisit&)> visited) const override
     {
-        return std::make_unique<ShareServer>(key, offers, address, limits, std::move(visited));
+        return startShareServer(key, offers, address, limits, std::move(visited));
     }
 };
 } // namespace

@@ -38,15 +38,15 @@ protected:
     }
     void serve()
     {
-        server = std::make_unique<ShareServer>(key,
-                                               offers,
-                                               address,
-                                               limits,
-                                               [this](const ShareVisit& visit)
-                                               {
-                                                   ++tellings;
-                                                   visits += visit.times;
-                                               });
+        server = startShareServer(key,
+                                  offers,
+                                  address,
+                                  limits,
+                                  [this](const ShareVisit& visit)
+                                  {
+                                      ++tellings;
+                                      visits += visit.times;
+                                  });
     }
     std::unique_ptr<HttpClient> client() const
     {
