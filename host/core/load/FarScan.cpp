@@ -4,6 +4,7 @@
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/base/RecordedFile.h"
+#include "core/load/ScanHostUse.h"
 #include "core/roots/RootGuard.h"
 #include "core/roots/RootLister.h"
 #include "core/roots/StoredRoots.h"
@@ -140,17 +141,19 @@ private:
 class ForeignLoad
 {
 public:
-    explicit ForeignLoad(IQoScanHost& host) { collection.setScanHost(&host); }
+    explicit ForeignLoad(IQoScanHost& host) : m_use(collection, host) {}
     ~ForeignLoad()
     {
         CDummyProgress progress;
         collection.clearCollection(&progress);
-        collection.setScanHost(nullptr);
     }
     ForeignLoad(const ForeignLoad&) = delete;
     ForeignLoad& operator=(const ForeignLoad&) = delete;
 
     CQoCollection& collection = CQoCollection::m_foreignCollection;
+
+private:
+    const ScanHostUse m_use;
 };
 } // namespace
 

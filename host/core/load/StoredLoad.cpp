@@ -3,6 +3,7 @@
 #include "core/base/HostError.h"
 #include "core/base/HostFiles.h"
 #include "core/load/DatabaseGuard.h"
+#include "core/load/ScanHostUse.h"
 #include "core/load/UnfinishedScan.h"
 #include "core/roots/RootFolders.h"
 #include "core/roots/StoredRoots.h"
@@ -76,26 +77,6 @@ CStringArray begunFolders(const RootFolders& roots, const UnfinishedScan& unfini
     }
     return folders;
 }
-
-/// Lets the session's scan host hear why a load fails. The foreign collection has no host else.
-class ScanHostGuard
-{
-public:
-    ScanHostGuard(Session& session, CQoCollection& collection) : m_collection(collection)
-    {
-        m_collection.setScanHost(&session.scanHost());
-    }
-    ~ScanHostGuard()
-    {
-        if (&m_collection != &CQoCollection::m_ownCollection)
-            m_collection.setScanHost(nullptr);
-    }
-    ScanHostGuard(const ScanHostGuard&) = delete;
-    ScanHostGuard& operator=(const ScanHostGuard&) = delete;
-
-private:
-    CQoCollection& m_collection;
-};
 } // namespace
 
 LoadReport loadStored(Session& session,
@@ -119,7 +100,10 @@ LoadReport loadStored(Session& session,
         folders = unfinished ? begunFolders(roots, *unfinished) : roots.folders();
     session.scanHost().forget();
     const auto start = std::chrono::steady_clock::now();
-    const ScanHostGuard guard(session, collection);
+    // It hears why a load fails. The own collection has had it since the start.
+    std::optional<ScanHostUse> use;
+    if (&collection != &CQoCollection::m_ownCollection)
+        use.emplace(collection, session.scanHost());
     const bool isLoaded = collection.loadStored(database, collectionId, folders, &progress);
     if (progress.wasStopped())
         throw HostError(ExitCode::interrupted, "interrupted");
