@@ -4,6 +4,8 @@
 
 #include <QoKernel/Collection.h>
 
+#include <set>
+
 namespace qo::cli
 {
 namespace
@@ -90,17 +92,33 @@ public:
             if (progress.isCanceled())
                 return "interrupted";
             ByteProgress bytes(progress, size);
-            return CQoWPDManager::replaceFile(local, path.toString(), size, &bytes) ? "" : failed();
+            if (!CQoWPDManager::replaceFile(local, path.toString(), size, &bytes))
+                return failed();
         }
-        ByteProgress bytes(progress, size);
-        return CQoWPDManager::putFile(local, {}, path.toString(), size, &bytes) ? "" : failed();
+        else
+        {
+            ByteProgress bytes(progress, size);
+            if (!CQoWPDManager::putFile(local, {}, path.toString(), size, &bytes))
+                return failed();
+        }
+        cleanFolder(local, path, progress);
+        return "";
     }
 
 private:
+    /// Each folder costs one look, unless there is something to clean.
+    void cleanFolder(const CString& sent, const CQoCollPath& path, IQoProgress& progress)
+    {
+        const CString folder = path.getParent().toString();
+        if (!m_cleanFolders.contains(folder) &&
+            CQoWPDManager::removeLeftParts(sent, path.toString(), &progress) == 0)
+            m_cleanFolders.insert(folder);
+    }
     static std::string failed() { return "the device did not do it; \"qo log\" says more"; }
 
     const bool m_isWritable;
     const UploadRules m_uploadRules;
+    std::set<CString> m_cleanFolders;
 };
 } // namespace
 

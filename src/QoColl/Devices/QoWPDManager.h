@@ -122,6 +122,11 @@ public:
                             const CString& target,
                             std::int64_t total,
                             IQoProgress* progress);
+    /// To be called when a local file has been sent to that path. A cable that is pulled while a
+    /// file is replaced leaves one there under a passing name, which may be all that the device
+    /// has of it. Those in the folder of the path go whose bytes are the first ones of the local
+    /// file, so none is lost. How many stay; -1 when the folder cannot be listed.
+    static int removeLeftParts(const CString& source, const CString& target, IQoProgress* progress);
     /// A download to a temporary file, not started yet.
     static boost::shared_ptr<IDownloadItem> getPlayDownloadItem(const CString& id);
 };

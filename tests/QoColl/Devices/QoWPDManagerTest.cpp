@@ -2,6 +2,7 @@
 
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Plugins/DownloadItem.h"
+#include "QoColl/Plugins/FarName.h"
 #include "common/Kernel.h"
 #include "common/QoProgress.h"
 #include "platform/FileSystem.h"
@@ -242,6 +243,32 @@ TEST_F(QoWPDManager, AFileIsReplacedWithoutAMomentAtWhichNeitherIsThere)
     EXPECT_TRUE(replace());
     EXPECT_TRUE(isWhole(u"song.mp3", "the new one"));
     EXPECT_EQ(m_phone.objects.size(), before.size());
+}
+
+TEST_F(QoWPDManager, OnlyWhatTheSentFileHasAllOfIsCleanedAway)
+{
+    CDummyProgress progress;
+    m_dir.write("new.mp3", m_content);
+    const CString target = u"\\\\wpd:phone\\Card\\Music\\song.mp3";
+    const auto partWith = [&](const std::string& content)
+    { m_phone.addFile(m_music, qo::partName() + u".mp3", content); };
+    partWith("x");
+    partWith("");
+    partWith(m_content);
+    EXPECT_EQ(CQoWPDManager::removeLeftParts(m_dir.collPath("new.mp3"), target, &progress), 0);
+    EXPECT_EQ(pathsBelow(u"\\\\wpd:phone\\"), CString(u"Card\\Music\\a.mp3"));
+    const std::size_t before = m_phone.objects.size();
+    partWith("y");
+    partWith(m_content + "more");
+    // These are no passing names, or no files.
+    m_phone.addFile(m_music, u".qo-part-mine.mp3", "x");
+    m_phone.addFile(m_music, qo::partName(), "x");
+    m_phone.addFolder(m_music, qo::partName() + u".mp3");
+    EXPECT_EQ(CQoWPDManager::removeLeftParts(m_dir.collPath("new.mp3"), target, &progress), 2);
+    CancelAt now(0);
+    partWith("x");
+    EXPECT_EQ(CQoWPDManager::removeLeftParts(m_dir.collPath("new.mp3"), target, &now), -1);
+    EXPECT_EQ(m_phone.objects.size(), before + 6);
 }
 
 TEST_F(QoWPDManager, CancelledCopyLeavesNoFileAndNoObject)

@@ -277,6 +277,9 @@ TEST(PhoneCommand, APhoneOnTheBusIsListedCopiedAndScanned)
     qo.dir.write("new.mp3", "newer");
     const std::string push = "device push " + qo.dir.path("new.mp3") + " --to 'Phone 7/Card/A/B'";
     EXPECT_NE(withPhone(qo, push).find("--replace sends it again"), std::string::npos);
+    // What a pulled cable has left goes once the device has all of it.
+    const std::string part = "phone/A/B/.qo-part-11111111-2222-3333-4444-555555555555.mp3";
+    qo.dir.write(part, "new");
     EXPECT_EQ(withPhone(qo, push + " --replace"), "qo: sent: Phone 7/Card/A/B/new.mp3 (5 B)\n0");
     EXPECT_EQ(qo.dir.read("phone/A/B/new.mp3"), "newer");
     EXPECT_EQ(std::distance(fs::directory_iterator(qo.dir.path("phone/A/B")), {}), 1);
