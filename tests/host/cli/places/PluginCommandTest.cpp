@@ -121,6 +121,53 @@ TEST_F(UploadRules, PutMusicAndVideosWhereTheyWantThem)
     EXPECT_TRUE(read("nas/Music/Kino/N_o/01 a_b_.mp3") == read("music/1.mp3"));
 }
 
+TEST_F(UploadRules, SortWholeFoldersOnAServerFileByFile)
+{
+    const RcloneServer server(qo.dir.path("nas"));
+    if (!server.isRunning)
+        GTEST_SKIP() << "rclone is not installed";
+    EXPECT_EQ(logIn("s3cret", "web --webdav " + server.url()), 0) << read("said");
+    qo.expect({"plugin", "set", "web", "--music", "Music", "--movies", "Films"}, 0, "set");
+    qo.expect(
+        {"plugin", "set", "web", "--music-rule", "shelf", "--movies-rule", clips()}, 0, "set");
+    qo.addTrack("Box/deep/1.mp3", {"artist=Kino", "title=50% #1"});
+    qo.addTrack("Box/2.mp3", {"artist=KINO", "title=Two"});
+    qo.addTrack("Box/again/2.mp3", {"artist=kino", "title=Two"});
+    qo.addTrack("Box/none.mp3", {"title=x"});
+    qo.addTrack("Box/deep/clip.mp4", {"title=Clip"}, "sound.m4a");
+    qo.addSound("Box/deep/cover.png", "blue.png");
+    fs::create_directory_symlink(qo.music("Box"), qo.music("Box/deep/around"));
+    const std::map<std::string, std::string> targets = {
+        {"deep/1.mp3", "web/Music/Kino/50% #1.mp3"},
+        {"2.mp3", "web/Music/Kino/Two.mp3"},
+        {"again/2.mp3", "another file of this call is called web/Music/Kino/Two.mp3"},
+        {"none.mp3", "the file has no value for {artist.name}, which is to name its folder"},
+        {"deep/clip.mp4", "web/Films/Film Clip.mp4"},
+        {"deep/cover.png", "web/Box/deep/cover.png"}};
+    for (const char* const flag : {"--dry-run", "--yes"})
+    {
+        const auto result =
+            qo.run({"plugin", "put", qo.music("Box"), "--to", "web", "--json", flag});
+        EXPECT_EQ(result.code, 6) << result.err;
+        std::map<std::string, std::string> found;
+        for (const auto& each : result.json())
+            found[each["file"].get<std::string>().substr(qo.music("Box").size() + 1)] =
+                each[each["error"] == "" ? "path" : "error"];
+        EXPECT_EQ(found, targets);
+    }
+    for (const auto& [file, target] : targets)
+    {
+        EXPECT_TRUE(!target.starts_with("web/") ||
+                    read("nas/" + target.substr(4)) == read("music/Box/" + file))
+            << target;
+    }
+    qo.expect({"plugin", "put", qo.music("Box"), "--to", "web"}, 1, "it is there already");
+    qo.expect({"plugin", "put", qo.music("Box"), "--to", "web", "--unsorted"}, 6, "Box/none.mp3");
+    EXPECT_TRUE(read("nas/Box/deep/1.mp3") == read("music/Box/deep/1.mp3"));
+    for (const auto& entry : fs::recursive_directory_iterator(qo.dir.path("nas")))
+        EXPECT_EQ(entry.path().filename().string().find("qo-part"), std::string::npos) << entry;
+}
+
 TEST_F(UploadRules, HoldWhereNoFolderIsNamedAndUntilTheyAreTakenOff)
 {
     const std::string song = qo.music("1.mp3");
