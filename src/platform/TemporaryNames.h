@@ -22,6 +22,10 @@ QO_API bool isTemporaryName(std::string_view name);
 /// while for a folder.
 std::string temporaryBeside(const std::string& target);
 
+/// A path that is free, of the same form, for a file that will become the target by a rename; both
+/// in collection form. Removes what others left there likewise.
+QO_API CString temporaryPathBeside(const CString& target);
+
 /// Removes the temporary files and folders in a folder, not those below it, whose process runs no
 /// longer on this machine or which have not changed for a day. How many went. Looks at the names in
 /// the folder, and at nothing else as long as none is of the form.

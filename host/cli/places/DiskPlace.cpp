@@ -73,7 +73,7 @@ public:
             for (const DirEntry& entry : entries)
             {
                 // Links may lead out of the disk.
-                if (entry.info.isLink || isPartName(entry.name.view()))
+                if (entry.info.isLink)
                     continue;
                 const bool isFolder = entry.info.kind == FileKind::directory;
                 const CQoCollPath below = path.child(entry.name);
@@ -100,6 +100,12 @@ public:
         return true;
     }
 
+    void clearBefore(const CQoCollPath& folder) override
+    {
+        if (isThere() && needOnDisk(folder) == 0)
+            host::clearPassingFiles(real(folder));
+    }
+
     std::string fetch(const CQoCollPath& path,
                       std::int64_t,
                       const CString& local,
@@ -120,7 +126,7 @@ public:
             return causeOf(path, ENODEV);
         const CString folder = real(path.getParent());
         int error = makeFolder(path.getParent());
-        const CString part = combinePath(folder, partName());
+        const CString part = host::passingPathBeside(real(path));
         if (error == 0)
             error = copy(local, part, part, progress);
         if (error != 0)

@@ -92,6 +92,8 @@ public:
     virtual UploadRules uploadRules() const { return {}; }
     /// What names of files and folders in it can be.
     virtual VolumeRules nameRules() const { return {}; }
+    /// Removes what transfers that were killed have left in a folder, which may not exist.
+    virtual void clearBefore(const CQoCollPath&) {}
     /// How many bytes it can still take; false when it does not say without being asked for long.
     virtual bool room(std::int64_t& bytes);
 

@@ -118,7 +118,7 @@ std::string fetchFile(FarPlace& place, const Transfer& fetch, bool replaces, IQo
     const CString folder = fromSystemPath(host::parentOf(toSystemPath(fetch.local)));
     if (const int error = fileSystem().makeDirectories(folder))
         return localFailure(folder, error);
-    const CString part = combinePath(folder, partName());
+    const CString part = host::passingPathBeside(fetch.local);
     std::string cause = place.fetch(fetch.far, fetch.size, part, progress);
     if (!cause.empty())
         return cause;
@@ -182,7 +182,7 @@ void addFolder(const FarPlace& place,
                                 host::errorWords(error));
         for (const DirEntry& entry : entries)
         {
-            if (entry.info.isLink || isPartName(entry.name.view()))
+            if (entry.info.isLink)
                 continue;
             const CString path = combinePath(folder, entry.name);
             const std::string file = toSystemPath(path);
@@ -273,6 +273,18 @@ std::string sendFile(const CommandLine& line,
     return "";
 }
 
+/// The room that leftovers take counts.
+void clearFolders(FarPlace& place, const std::vector<Transfer>& sendings)
+{
+    std::set<CString> cleared;
+    for (const Transfer& each : sendings)
+    {
+        const CQoCollPath folder = each.far.getParent();
+        if (cleared.insert(folder.toString()).second)
+            place.clearBefore(folder);
+    }
+}
+
 ExitCode sendAll(CommandLine& line, const PlaceKind& kind, const TransferOptions& options)
 {
     const auto session = openKernel(line, KernelUse::look);
@@ -291,6 +303,8 @@ ExitCode sendAll(CommandLine& line, const PlaceKind& kind, const TransferOptions
                  if (isSorted && !place->uploadRules().isEmpty())
                      sortSendings(*session, progress, *place, files, report);
                  dropTwins(*place, files, report);
+                 if (!line.dryRun)
+                     clearFolders(*place, files);
                  std::int64_t room = 0;
                  if (place->room(room))
                      needRoom(place->name(), sizeOfAll(files), room);

@@ -4,6 +4,7 @@
 #include "core/base/HostError.h"
 
 #include <QoKernel/Devices.h>
+#include <QoKernel/Inside.h>
 #include <QoKernel/Sharing.h>
 
 #include <climits>
@@ -223,6 +224,16 @@ std::string existingFolder(const std::string& typed)
 CString timeStampOfNow()
 {
     return timeStamp(systemClock().localTime());
+}
+
+CString passingPathBeside(const CString& target)
+{
+    return temporaryPathBeside(target);
+}
+
+void clearPassingFiles(const CString& folder)
+{
+    clearTemporaries(folder);
 }
 
 CString freeName(const CString& wanted)

@@ -53,6 +53,12 @@ std::string existingFolder(const std::string& typed);
 /// "20260131_235959", local time: part of the names of files that are set aside.
 CString timeStampOfNow();
 
+/// A free path for a file that becomes the target by a rename. No listing shows such a file. One
+/// that stays, because its process was killed, goes with the next of these calls for its folder.
+CString passingPathBeside(const CString& target);
+/// Removes from a folder at once what was left like that.
+void clearPassingFiles(const CString& folder);
+
 /// A name that starts as wanted and that no file has.
 CString freeName(const CString& wanted);
 } // namespace qo::host

@@ -1,5 +1,6 @@
 #include "plugins/folder/FolderTransfer.h"
 
+#include "core/base/HostFiles.h"
 #include "plugins/base/PluginFailure.h"
 
 #include <algorithm>
@@ -76,7 +77,7 @@ FolderUpload::FolderUpload(const CString& source,
     : m_source(source)
     , m_target(combinePath(folder, name))
     , m_name(name)
-    , m_part(combinePath(folder, partName()))
+    , m_part(passingPathBeside(m_target))
     , m_replace(replace)
     , m_block(blockSize)
 {

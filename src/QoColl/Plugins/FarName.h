@@ -15,7 +15,9 @@ QO_API CString farComponent(const CString& name);
 /// more than 1,000 units.
 QO_API CString farEntryName(const CString& name);
 
-/// A name that nothing else has, for a file while it is being copied: ".qo-part-" and an id.
+/// A name that nothing else has, for a file while it is being sent to a server or a device:
+/// ".qo-part-" and an id. What is copied within file systems of this machine has one of
+/// temporaryPathBeside().
 QO_API CString partName();
 /// Whether it is one: of a copy that is under way, or that was never finished. Lists leave it out.
 QO_API bool isPartName(std::u16string_view name);

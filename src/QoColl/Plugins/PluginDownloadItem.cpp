@@ -1,19 +1,9 @@
 #include "QoColl/Plugins/PluginDownloadItem.h"
 
-#include "QoColl/Plugins/FarName.h"
 #include "QoColl/Plugins/PluginWrappers.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
-
-namespace
-{
-/// What has come so far lies beside the target under a name that nobody else has: a file that stood
-/// there is replaced when all has come, and two downloads of one name do not meet.
-CString partBeside(const CString& target)
-{
-    return target.Left(target.ReverseFind(u'\\') + 1) + qo::partName();
-}
-} // namespace
+#include "platform/TemporaryNames.h"
 
 CQoPluginDownloadItem::CQoPluginDownloadItem(Key key,
                                              const CString& sourcePath,
@@ -29,7 +19,9 @@ CQoPluginDownloadItem::~CQoPluginDownloadItem() = default;
 
 bool CQoPluginDownloadItem::getFileInfo(std::int64_t& size)
 {
-    m_part = partBeside(m_targetPath);
+    // A file that stands there is replaced when all has come, and two downloads of one name do not
+    // meet.
+    m_part = qo::temporaryPathBeside(m_targetPath);
     m_download = m_wrapper->CreateDownload(m_source, m_part);
     return m_download && m_download->GetSize(size);
 }

@@ -5,6 +5,7 @@
 #include "platform/Platform.h"
 #include "platform/posix/OpenFolder.h"
 #include "platform/posix/TreeRemover.h"
+#include "types/Guid.h"
 
 #include <climits>
 #include <fcntl.h>
@@ -149,6 +150,13 @@ std::string temporaryBeside(const std::string& target)
     std::snprintf(process, sizeof(process), "%x", static_cast<unsigned>(::getpid()));
     return folder + std::string(namePrefix) + machineText() + "-" + process + "-" +
            std::string(randomLetters, 'X');
+}
+
+CString temporaryPathBeside(const CString& target)
+{
+    const CString path = fromSystemPath(temporaryBeside(toSystemPath(target)));
+    return path.Left(path.GetLength() - static_cast<int>(randomLetters)) +
+           guidToText(systemClock().newGuid()).Left(randomLetters);
 }
 
 int clearTemporaries(const CString& folder)

@@ -1,4 +1,5 @@
 #include "host/cli/QoCommand.h"
+#include "support/LeftTemporary.h"
 #include "support/Sticks.h"
 
 #include <fstream>
@@ -179,6 +180,20 @@ TEST_F(DeviceCommand, AStickTakenAwayInTheMiddleOfACopyCostsThatCopyAlone)
     EXPECT_EQ(pushed.code, 6) << pushed.err;
     EXPECT_NE(pushed.err.find("is not connected any more"), std::string::npos) << pushed.err;
     EXPECT_TRUE(fs::is_empty(point)) << "nothing goes to the disk below";
+
+    // What the stick has of that copy takes its room, until the next push into the folder.
+    point = sticks.plug("Whole", "whole", "other");
+    const std::string left = point + "/New/" + leftTemporaryBeside(point + "/New/x");
+    std::ofstream(left) << std::string(10 << 20, 'x');
+    qo.expect({"device",
+               "push",
+               qo.dir.write("large.mp3", std::string(2 << 20, 'x')),
+               "--to",
+               "Whole/New"},
+              0,
+              "sent");
+    for (const auto& entry : fs::directory_iterator(point + "/New"))
+        EXPECT_NE(entry.path().filename().string().front(), '.') << entry;
 }
 
 TEST_F(DeviceCommand, WhatWouldMixUpTwoDisksIsRefused)

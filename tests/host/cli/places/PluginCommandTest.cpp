@@ -165,7 +165,7 @@ TEST_F(UploadRules, SortWholeFoldersOnAServerFileByFile)
     qo.expect({"plugin", "put", qo.music("Box"), "--to", "web", "--unsorted"}, 6, "Box/none.mp3");
     EXPECT_TRUE(read("nas/Box/deep/1.mp3") == read("music/Box/deep/1.mp3"));
     for (const auto& entry : fs::recursive_directory_iterator(qo.dir.path("nas")))
-        EXPECT_EQ(entry.path().filename().string().find("qo-part"), std::string::npos) << entry;
+        EXPECT_EQ(entry.path().filename().string().find(".qo-"), std::string::npos) << entry;
 }
 
 TEST_F(UploadRules, HoldWhereNoFolderIsNamedAndUntilTheyAreTakenOff)
@@ -235,7 +235,7 @@ TEST_F(PluginCommand, AFolderIsSentWithItsFolders)
     ::kill(pid, SIGINT);
     EXPECT_EQ(qo.finish(pid).code, 130);
     for (const auto& entry : fs::recursive_directory_iterator(qo.dir.path("nas/Other")))
-        EXPECT_EQ(entry.path().filename().string().find("qo-part"), std::string::npos) << entry;
+        EXPECT_EQ(entry.path().filename().string().find(".qo-"), std::string::npos) << entry;
     EXPECT_FALSE(fs::exists(qo.dir.path("nas/Other/Viktor/large.mp3")));
 }
 
