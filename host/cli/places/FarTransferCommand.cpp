@@ -161,9 +161,32 @@ ExitCode fetchAll(CommandLine& line, const PlaceKind& kind, const TransferOption
     return fetchInto(line, options.to, options.replaces, run);
 }
 
+/// The names that files and folders of this machine get in a place, which may hold fewer names.
+/// Example: "a:b.mp3" is "a_b.mp3" on FAT.
+class FittingNames
+{
+public:
+    explicit FittingNames(const FarPlace& place) : m_place(place), m_rules(place.nameRules()) {}
+
+    CString folder(const std::string& name) const
+    {
+        return host::fittingFolderName(m_place.componentOf(name), m_rules);
+    }
+    CString file(const std::string& name) const
+    {
+        const CString component = m_place.componentOf(name);
+        const CString fitting = host::fittingFileName(component, m_rules);
+        return fitting.IsEmpty() ? component : fitting; // the place says what it thinks of it
+    }
+
+private:
+    const FarPlace& m_place;
+    const VolumeRules m_rules;
+};
+
 /// Adds all files of a folder of this machine, which keep their places in it. Links are left out,
 /// since they may lead around in a ring.
-void addFolder(const FarPlace& place,
+void addFolder(const FittingNames& names,
                const CString& local,
                const CQoCollPath& far,
                IQoProgress& progress,
@@ -186,12 +209,11 @@ void addFolder(const FarPlace& place,
                 continue;
             const CString path = combinePath(folder, entry.name);
             const std::string file = toSystemPath(path);
-            const CQoCollPath below =
-                target.child(place.componentOf(file.substr(file.rfind('/') + 1)));
+            const std::string name = file.substr(file.rfind('/') + 1);
             if (entry.info.kind == FileKind::directory)
-                waiting.emplace_back(path, below);
+                waiting.emplace_back(path, target.child(names.folder(name)));
             else if (entry.info.kind == FileKind::regular)
-                list.push_back({below, path, entry.info.size});
+                list.push_back({target.child(names.file(name)), path, entry.info.size});
         }
     }
 }
@@ -204,6 +226,7 @@ std::vector<Transfer> sendings(const FarPlace& place,
                                IQoProgress& progress)
 {
     std::vector<Transfer> list;
+    const FittingNames names(place);
     for (const std::string& typed : options.paths)
     {
         const std::string file = host::absolutePath(typed);
@@ -216,11 +239,10 @@ std::vector<Transfer> sendings(const FarPlace& place,
         const std::string name = file.substr(file.rfind('/') + 1);
         if (info.kind == FileKind::other || name.empty())
             throw HostError(ExitCode::usage, file + " is no file, and no folder with a name");
-        const CQoCollPath far = folder.child(place.componentOf(name));
         if (info.kind == FileKind::directory)
-            addFolder(place, local, far, progress, list);
+            addFolder(names, local, folder.child(names.folder(name)), progress, list);
         else
-            list.push_back({far, local, info.size});
+            list.push_back({folder.child(names.file(name)), local, info.size});
     }
     return list;
 }

@@ -298,6 +298,13 @@ TEST(PhoneCommand, APhoneOnTheBusIsListedCopiedAndScanned)
     EXPECT_EQ(withPhone(qo, push + " --replace"), "qo: sent: Phone 7/Card/A/B/new.mp3 (5 B)\n0");
     EXPECT_EQ(qo.dir.read("phone/A/B/new.mp3"), "newer");
     EXPECT_EQ(std::distance(fs::directory_iterator(qo.dir.path("phone/A/B")), {}), 1);
+    qo.dir.makeFolder("Box?");
+    qo.dir.write("Box?/a: b?.mp3", "x");
+    qo.dir.write("Box?/A_ b_.mp3", "y");
+    const std::string fitting =
+        withPhone(qo, "device push '" + qo.dir.path("Box?") + "' --to 'Phone 7/Card'");
+    EXPECT_NE(fitting.find("another file of this call is called"), std::string::npos) << fitting;
+    EXPECT_TRUE(fs::exists(qo.dir.path("phone/Box_/a_ b_.mp3"))) << fitting;
     const std::string adopt = "device adopt 'Phone 7' --music Card/Music --music-rule artist-track";
     EXPECT_NE(withPhone(qo, adopt).find("adopted"), std::string::npos);
     const std::string song = qo.addTrack("Ann: One.mp3", {"title=x"});
