@@ -469,6 +469,7 @@ TEST_F(WebdavPlugin, WhatStallsOrBreaksOffLeavesNothing)
         EXPECT_FALSE(fs::exists(dir.path("copy.mp3")));
     }
     server.answer = [](const std::string&) { return std::string(); };
+    EXPECT_NE(listed().find("does not answer"), std::string::npos);
     CountedProgress impatient(3);
     const auto before = std::chrono::steady_clock::now();
     EXPECT_FALSE(CQoPluginManager::downloadFile(at(u"dav", u"a.mp3"), target, true, &impatient));

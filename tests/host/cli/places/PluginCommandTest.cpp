@@ -314,6 +314,74 @@ TEST_F(PluginCommand, TagsThatCouldNotBeFetchedAreFetchedByTheNextScan)
     EXPECT_EQ(std::system(count.c_str()), 0); // NOLINT(concurrency-mt-unsafe)
 }
 
+TEST_F(PluginCommand, AListingThatHangsEndsWithCtrlCAndLosesNothing)
+{
+    std::atomic<bool> hangs = false;
+    HostileServer server;
+    server.answer = [&](const std::string& request)
+    {
+        const bool isRoot = request.starts_with("PROPFIND /dav/ ");
+        const std::string folder = "<resourcetype><collection/></resourcetype>";
+        const std::string file = "<getcontentlength>9</getcontentlength>";
+        if (!request.starts_with("PROPFIND"))
+            return HostileServer::reply("404 No", "");
+        if (hangs && !isRoot)
+            return std::string();
+        return HostileServer::reply(
+            "207 OK",
+            "<multistatus xmlns=\"DAV:\">" +
+                (isRoot ? entry("/dav/in/", folder) + (hangs ? "" : entry("/dav/a.mp3", file))
+                        : entry("/dav/in/b.mp3", file)) +
+                "</multistatus>");
+    };
+    EXPECT_EQ(logIn("s3cret", "web --webdav " + server.url()), 0) << read("said");
+    qo.expect({"plugin", "scan", "web"}, 0, "2 new");
+    hangs = true;
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"plugin", "scan", "web"},
+          {"plugin", "browse", "web", "--deep"},
+          {"plugin", "get", "web", "/", "--to", qo.dir.path("to")}})
+    {
+        const int before = server.requests;
+        const pid_t pid = qo.start(words);
+        for (int i = 0; i < 2000 && server.requests < before + 2; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        ::kill(pid, SIGINT);
+        EXPECT_EQ(qo.finish(pid).code, 130) << words[1];
+    }
+    EXPECT_TRUE(isEmpty("to"));
+    EXPECT_EQ(qo.run({"ls", "--on", "web", "--json"}).json().size(), 2U);
+}
+
+TEST_F(PluginCommand, AModuleThatIsMissingOrOfAnotherVersionIsNamed)
+{
+    dir("bin");
+    dir("lib/qo");
+    fs::copy_file(QO_COMMAND, qo.dir.path("bin/qo"));
+    const fs::path module = fs::path(QO_COMMAND).parent_path().parent_path() / "lib/qo/libqofar.so";
+    ASSERT_TRUE(fs::exists(module));
+    const auto said = [&](const std::string& words)
+    {
+        const std::string call = qo.dir.path("bin/qo") + " --data '" + qo.dir.path("data") + "' " +
+                                 words + " >'" + qo.dir.path("said") + "' 2>&1";
+        const int status = std::system(call.c_str()); // NOLINT(concurrency-mt-unsafe)
+        return read("said") + std::to_string(WEXITSTATUS(status));
+    };
+    const std::string login = "plugin login web --webdav http://127.0.0.1:1";
+    const std::string missing = said(login);
+    EXPECT_NE(missing.find("libqofar.so: cannot open"), std::string::npos) << missing;
+    EXPECT_TRUE(missing.ends_with("\n1")) << missing;
+    // As that of another version answers.
+    write("other.cpp", "extern \"C\" const void* qoFarEnds(const char*) { return nullptr; }");
+    const std::string make = "c++ -shared -fPIC -o '" + qo.dir.path("lib/qo/libqofar.so") + "' '" +
+                             qo.dir.path("other.cpp") + "'";
+    ASSERT_EQ(std::system(make.c_str()), 0); // NOLINT(concurrency-mt-unsafe)
+    EXPECT_NE(said(login).find("start the program anew"), std::string::npos);
+    // What needs no module works without it, and a device that cannot be asked for costs a note.
+    EXPECT_EQ(said("plugin browse NAS"), "Music/\n0");
+    EXPECT_NE(said("device").find("cannot be loaded"), std::string::npos);
+}
+
 TEST_F(PluginCommand, AnAuthorityOfOnesOwnIsTrustedForItsServerAlone)
 {
     for (const std::string& name : {qo.dir.path("own"), qo.dir.path("other")})

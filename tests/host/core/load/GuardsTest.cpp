@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -117,6 +118,65 @@ TEST(DatabaseGuard, MakesAnAbsentOrEmptyDatabaseSilentlyAndKeepsSomebodyElsesInA
     const CStringArray copies = Snapshots(path).list();
     ASSERT_EQ(copies.GetSize(), 1);
     EXPECT_EQ(DatabaseGuard::countRows(copies[0]).at("sqliteX"), 1);
+}
+
+TEST(DatabaseGuard, OnlyAWholeDatabaseOfThisVersionIsSoundAndTheLookChangesNothing)
+{
+    const TempDir dir;
+    for (const char16_t* const path : {u"C:\\a.mp3", u"C:\\b.mp3"})
+        makeDatabase(dir.collPath("whole"), path);
+    const std::string whole = dir.read("whole");
+    const auto run = [&](const char16_t* sql)
+    {
+        return [&dir, sql](const std::string& name)
+        {
+            CSQLiteDB db(dir.collPath(name));
+            db.Open();
+            db.Execute(sql);
+        };
+    };
+    const auto nothing = [](const std::string&) {};
+    const auto emptyIndex = [&](const std::string& name)
+    {
+        CSQLiteDB db(dir.collPath(name));
+        db.Open();
+        db.Execute(u"PRAGMA writable_schema = ON");
+        db.Execute(u"UPDATE sqlite_master SET rootpage = (SELECT rootpage FROM sqlite_master "
+                   u"WHERE name = 'IDX_AS_VELMORA_ID') WHERE name = 'IDX_FT_SESSION'");
+    };
+    struct Case
+    {
+        const char* name;
+        std::string content;
+        std::function<void(const std::string& name)> spoil;
+        bool isSound;
+    };
+    std::string overwritten = whole;
+    overwritten.replace(whole.size() / 2, whole.size() / 4, whole.size() / 4, 'x');
+    const Case cases[] = {
+        {"sound", whole, nothing, true},
+        {"empty", "", nothing, false},
+        {"text", std::string(5000, 'x'), nothing, false},
+        {"cut", whole.substr(0, whole.size() / 2), nothing, false},
+        {"overwritten", overwritten, nothing, false},
+        {"of another version", whole, run(u"UPDATE VERSION_T SET VT_VERSION = '9.9.9.9'"), false},
+        {"without a table", whole, run(u"DROP TABLE PLAYLIST_T"), false},
+        {"with an index that lacks rows", whole, emptyIndex, false},
+        {"somebody else's", "", run(u"CREATE TABLE diary (day TEXT)"), false},
+        {"with changes of another",
+         "",
+         [&dir](const std::string& name) { dir.write(name + "-wal", std::string(512, 'x')); },
+         false}};
+    EXPECT_FALSE(DatabaseGuard(dir.collPath("absent")).isSound());
+    EXPECT_FALSE(fs::exists(dir.path("absent")));
+    for (const Case& each : cases)
+    {
+        dir.write(each.name, each.content);
+        each.spoil(each.name);
+        const std::string before = dir.read(each.name);
+        EXPECT_EQ(DatabaseGuard(dir.collPath(each.name)).isSound(), each.isSound) << each.name;
+        EXPECT_TRUE(dir.read(each.name) == before) << each.name;
+    }
 }
 
 TEST(DatabaseGuard, LockedDatabaseIsBusyAndUntouched)
