@@ -43,6 +43,18 @@ CString rootPath(const CUVViewItem& item)
     return dir && !dir->getParentDir() ? folderPath(item) : CString();
 }
 
+/// The drive that is all of a friend's root folder; the item itself for all others.
+template <class Item>
+Item* driveOf(Item* item)
+{
+    if (!item || item->getSubItems().GetSize() != 1)
+        return item;
+    CUVViewItem* const only = item->getSubItems()[0];
+    const bool isDrive =
+        only->isDir() && !rootPath(*item).IsEmpty() && folderPath(*only) == rootPath(*item);
+    return isDrive ? only : item;
+}
+
 CUVViewItem* findBelow(const CUVViewItemList& items, std::u16string_view path)
 {
     for (CUVViewItem* const item : items)
@@ -140,7 +152,7 @@ void PaneModel::buildAnew()
 
 void PaneModel::selectLeft(Item* item)
 {
-    m_leftItem = item;
+    m_leftItem = driveOf(item);
     m_middleItem = nullptr;
     buildMiddle();
 }
@@ -153,10 +165,13 @@ void PaneModel::selectMiddle(Item* item)
 
 const PaneModel::Items& PaneModel::shownBelow(const Item& item)
 {
-    const Items& items = item.getSubItems();
-    const bool isDrive = items.GetSize() == 1 && items[0]->isDir() && !rootPath(item).IsEmpty() &&
-                         folderPath(*items[0]) == rootPath(item);
-    return isDrive ? items[0]->getSubItems() : items;
+    return driveOf(&item)->getSubItems();
+}
+
+PaneModel::Item* PaneModel::selectedLeft() const
+{
+    Item* const above = m_leftItem ? m_leftItem->getParent() : nullptr;
+    return above && driveOf(above) == m_leftItem ? above : m_leftItem;
 }
 
 PaneModel::Item* PaneModel::find(const Items& items, const std::string& path)

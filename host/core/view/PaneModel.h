@@ -48,7 +48,7 @@ public:
     /// Items of the respective pane, or null for nothing.
     void selectLeft(Item* item);
     void selectMiddle(Item* item);
-    Item* selectedLeft() const { return m_leftItem; }
+    Item* selectedLeft() const;
     Item* selectedMiddle() const { return m_middleItem; }
 
     /// What people see below an item: as in the paths of a friend's files, his first drive is left
@@ -84,7 +84,7 @@ private:
     Items m_left;
     Items m_middle;
     Items m_right;
-    Item* m_leftItem = nullptr;
+    Item* m_leftItem = nullptr; ///< of a friend's root folder its drive, which is not shown
     Item* m_middleItem = nullptr;
 };
 } // namespace qo::host

@@ -154,10 +154,15 @@ protected:
         EXPECT_TRUE(ben.run({"tree", "--on", "Ann"}).out.starts_with("Ann  (1 file)\n└── "));
         EXPECT_EQ(ben.run({"tree", "--on", "Ann"}).out.find("── Ann"), std::string::npos);
         ben.expect({"ls", "--on", "Ann", "--format", "{path}", song}, 0, "Ann" + song + "\n");
-        const std::vector<std::string> panes = {
+        std::vector<std::string> panes = {
             "view", "--on", "Ann", "--left", "folders", "--select", "Ann" + ann.music("Kino")};
         ben.expect(panes, 0, "01.mp3  (foreign)");
         EXPECT_EQ(ben.run(panes).out.find("C:"), std::string::npos);
+        panes.back() = "Ann";
+        const std::string first = ann.music().substr(0, ann.music().find('/', 1)).substr(1);
+        const std::string shown = ben.run(panes).out;
+        EXPECT_TRUE(shown.starts_with("left\n> [ ] Ann  ")) << shown;
+        EXPECT_NE(shown.find("middle\n  [ ] " + first + "  ("), std::string::npos) << shown;
     }
 
     const QoCommand ann;
