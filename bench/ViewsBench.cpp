@@ -71,8 +71,10 @@ void buildCollection(int files)
         item->title.Format(u"%s %s in the %s", word(), word(), word());
         item->genre.Format(u"Genre %d", album % 40);
         item->trackNumber.Format(u"%d", i % 12 + 1);
-        item->path.Format(
+        CString path;
+        path.Format(
             u"C:\\music\\%03d\\%05d\\%02d %s.mp3", album / 50, album, i % 12 + 1, item->title);
+        item->path = path;
         item->dbState = qo::dbState::added;
         items.Add(item);
     }

@@ -46,6 +46,10 @@ bool findByName(const CPtrListT<CHDDirectory>& dirs, const CString& shortName, i
     { return CHDDirectory::cmpDirShortName(name, other); };
     return dirs.findByKey(shortName, 0, dirs.GetSize(), compare, index);
 }
+
+/// For the search of a path that is given as a text, or as another file has it.
+constexpr auto byPath = [](const auto& path, const boost::shared_ptr<CHDFile>& file)
+{ return CHDFile::cmpFilePath(path, file); };
 } // namespace
 
 constinit const boost::shared_ptr<CHDDirectory> CHDDirectory::NullDir;
@@ -150,9 +154,8 @@ bool CHDDirectory::addFile(const boost::shared_ptr<CHDDirectory>& dir,
     const int count = files.GetSize();
     int index = count;
     // Records usually come sorted: one comparison shows that the file belongs at the end.
-    const bool behindLast =
-        count == 0 || CHDFile::cmpFilePath(file->getPath(), files[count - 1]) > 0;
-    if (!behindLast && files.findByKey(file->getPath(), 0, count, CHDFile::cmpFilePath, index))
+    const bool behindLast = count == 0 || byPath(file->getPath(), files[count - 1]) > 0;
+    if (!behindLast && files.findByKey(file->getPath(), 0, count, byPath, index))
         return false;
     file->setParentDir(dir);
     files.InsertAt(index, file);
@@ -165,7 +168,7 @@ bool CHDDirectory::takeOutFile(const boost::shared_ptr<CHDFile>& file)
     const int count = m_files.GetSize();
     // Callers that empty a directory take out the first file each time.
     const bool isFirst = count > 0 && m_files[0] == file;
-    if (!isFirst && !m_files.findByKey(file->getPath(), 0, count, CHDFile::cmpFilePath, index))
+    if (!isFirst && !m_files.findByKey(file->getPath(), 0, count, byPath, index))
         return false;
     if (m_files[index] != file)
         return false;
@@ -184,7 +187,7 @@ void CHDDirectory::removeFile(const boost::shared_ptr<CHDFile>& file)
 boost::shared_ptr<CHDFile> CHDDirectory::getFile(const CString& path) const
 {
     int index = 0;
-    const bool found = m_files.findByKey(path, 0, m_files.GetSize(), CHDFile::cmpFilePath, index);
+    const bool found = m_files.findByKey(path, 0, m_files.GetSize(), byPath, index);
     return found ? m_files[index] : boost::shared_ptr<CHDFile>();
 }
 

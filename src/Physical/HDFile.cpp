@@ -42,24 +42,22 @@ CHDFile::CHDFile(EHDFileType type, const boost::shared_ptr<QoFileDbItem>& item)
 
 CHDFile::~CHDFile() = default;
 
-void CHDFile::setFileTitle(const CString& path)
+void CHDFile::setFileTitle(const qo::FilePath& path)
 {
-    // Paths in other forms, or beyond 65,535 units, get the title as a text of its own.
-    const std::u16string_view name = qo::plainFileName(path.view());
-    const std::u16string_view title = name.substr(0, name.rfind(u'.'));
-    if (name.empty() || path.GetLength() >= wholeText)
+    // Paths in other forms, or names beyond 65,535 units, get the title as a text of its own.
+    const std::u16string_view name = qo::plainFileName(path);
+    if (name.size() != path.name().view().size() || name.empty() || name.size() >= wholeText)
     {
         m_titleText = qo::fileTitleOf(path);
         return;
     }
-    m_titleText = path;
-    m_titleStart = static_cast<std::uint16_t>(title.data() - path.GetString());
-    m_titleLength = static_cast<std::uint16_t>(title.size());
+    m_titleText = path.name();
+    m_titleLength = static_cast<std::uint16_t>(name.substr(0, name.rfind(u'.')).size());
 }
 
 CString CHDFile::getFileTitle() const
 {
-    return m_titleLength == wholeText ? m_titleText : m_titleText.Mid(m_titleStart, m_titleLength);
+    return m_titleLength == wholeText ? m_titleText : m_titleText.Left(m_titleLength);
 }
 
 CString CHDFile::toString(bool /*full*/) const
@@ -81,7 +79,7 @@ void CHDFile::setParentDir(const boost::shared_ptr<CHDDirectory>& dir)
     m_parent = dir;
 }
 
-const CString& CHDFile::getPath() const noexcept
+const qo::FilePath& CHDFile::getPath() const noexcept
 {
     return m_dbItem->path;
 }
@@ -170,7 +168,12 @@ void CHDFile::keepTag()
 
 int CHDFile::cmpFilePath(const CString& path, const boost::shared_ptr<CHDFile>& file)
 {
-    return CQoUtils::comparePaths(path, file->getPath());
+    return -file->getPath().CompareNoCase(path);
+}
+
+int CHDFile::cmpFilePath(const qo::FilePath& path, const boost::shared_ptr<CHDFile>& file)
+{
+    return path.CompareNoCase(file->getPath());
 }
 
 bool CHDFile::isOneOfExt(const char16_t* ext, const char16_t* const* table, int count)

@@ -3,7 +3,7 @@
 #include "Physical/HDObject.h"
 #include "QoColl/Db/Records/Forward.h"
 #include "QoColl/Tags/Forward.h"
-#include "types/String.h"
+#include "types/FilePath.h"
 
 #include <cstdint>
 
@@ -46,7 +46,7 @@ public:
     void setParentDir(const boost::shared_ptr<CHDDirectory>& dir);
     const boost::shared_ptr<CHDDirectory>& getParentDir() const noexcept { return m_parent; }
     /// Valid until the record's path changes.
-    const CString& getPath() const noexcept;
+    const qo::FilePath& getPath() const noexcept;
     /// The last component of the path, with extension.
     CString getFileName() const;
     /// The name without extension, as it was when the object was made: it does not follow a rename.
@@ -76,6 +76,7 @@ public:
 
     /// Negative, 0 or positive, by the whole path without regard to case.
     static int cmpFilePath(const CString& path, const boost::shared_ptr<CHDFile>& file);
+    static int cmpFilePath(const qo::FilePath& path, const boost::shared_ptr<CHDFile>& file);
     /// Whether the extension is in the table, without regard to case.
     static bool isOneOfExt(const char16_t* ext, const char16_t* const* table, int count);
     static bool isPictureFile(const CString& ext);
@@ -85,14 +86,13 @@ protected:
     CHDFile(EHDFileType type, const boost::shared_ptr<QoFileDbItem>& item);
 
 private:
-    void setFileTitle(const CString& path);
+    void setFileTitle(const qo::FilePath& path);
 
     static constexpr std::uint16_t wholeText = 0xFFFF;
 
     EHDFileType m_fileType;
-    /// The position of the title in m_titleText. That is usually the path, whose buffer is shared,
-    /// so the title costs no memory of its own.
-    std::uint16_t m_titleStart = 0;
+    /// How much of m_titleText is the title. That is usually the name in the path, whose buffer is
+    /// shared, so the title costs no memory of its own.
     std::uint16_t m_titleLength = wholeText;
     boost::shared_ptr<CHDDirectory> m_parent;
     CString m_titleText;

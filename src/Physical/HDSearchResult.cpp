@@ -35,7 +35,7 @@ CString CHDSearchResult::toString(bool /*full*/) const
     return m_dbItem->path;
 }
 
-const CString& CHDSearchResult::getPath() const noexcept
+const qo::FilePath& CHDSearchResult::getPath() const noexcept
 {
     return m_dbItem->path;
 }

@@ -24,7 +24,7 @@ public:
 
     const CString& getTitle() const noexcept { return m_title; }
     bool isVideo() const noexcept { return m_isVideo; }
-    const CString& getPath() const noexcept;
+    const qo::FilePath& getPath() const noexcept;
     void getSimpleTag(SimpleMusicTag& tag) const;
     /// The text that the plug-in which found it stored with it; "" without one.
     CString getXML() const;

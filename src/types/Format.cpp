@@ -1,6 +1,7 @@
 #include "types/Format.h"
 
 #include "types/CharClass.h"
+#include "types/FilePath.h"
 #include "types/String.h"
 #include "types/Utf.h"
 
@@ -194,6 +195,11 @@ bool printText(CString& out, const Directive& d, const FormatArg& arg)
     if (arg.kind() == FormatArg::Kind::narrowText && arg.pointer())
     {
         converted = fromUtf8(static_cast<const char*>(arg.pointer()));
+        text = converted.view();
+    }
+    else if (arg.kind() == FormatArg::Kind::path)
+    {
+        converted = static_cast<const FilePath*>(arg.pointer())->text();
         text = converted.view();
     }
     else if (arg.kind() == FormatArg::Kind::text || arg.kind() == FormatArg::Kind::narrowText)

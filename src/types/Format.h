@@ -23,6 +23,7 @@ public:
         character,
         text,
         narrowText,
+        path,
         pointer
     };
 
@@ -43,6 +44,10 @@ public:
     }
     explicit FormatArg(double value) noexcept : m_kind(Kind::real) { m_value.real = value; }
     explicit FormatArg(const CString& text) noexcept;
+    explicit FormatArg(const FilePath& path) noexcept : m_kind(Kind::path)
+    {
+        m_value.pointer = &path;
+    }
     /// A null text prints as "(null)".
     explicit FormatArg(const char16_t* text) noexcept : m_kind(Kind::text)
     {

@@ -8,6 +8,7 @@ struct GUID;
 
 namespace qo
 {
+class FilePath;
 class FormatArg;
 class TextPool;
 } // namespace qo

@@ -150,9 +150,9 @@ public:
         for (const auto& file : files)
         {
             const QoFileDbItem& item = *file->getDbItem();
-            for (const CString* field :
-                 {&item.path, &item.artist, &item.album, &item.title, &item.genre})
-                text += *field + u" | ";
+            for (const CString& field :
+                 {item.path.text(), item.artist, item.album, item.title, item.genre})
+                text += field + u" | ";
             text.AppendFormat(u"%d\n", item.dbState);
         }
         return text;

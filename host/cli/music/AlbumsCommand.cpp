@@ -50,8 +50,9 @@ private:
         CQoCollection::m_ownCollection.copyFiles(records);
         for (const QoFileDbItemPtr& item : records)
         {
-            const int dot = item->path.ReverseFind(u'.');
-            if (!item->album.IsEmpty() && CQoUtils::isPictureFile(item->path.Mid(dot + 1)))
+            const CString& name = item->path.name();
+            const int dot = name.ReverseFind(u'.');
+            if (!item->album.IsEmpty() && CQoUtils::isPictureFile(name.Mid(dot + 1)))
                 m_pictures.emplace(keyOf(item->artist, item->album), item->path);
         }
         return m_pictures;

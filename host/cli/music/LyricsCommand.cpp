@@ -58,7 +58,7 @@ private:
     void addFromTag()
     {
         CMusicTagEx tag;
-        if (CMusicTagEx::fileSupportsTags(m_record->path) && tag.readTag(m_record->path))
+        if (CMusicTagEx::fileSupportsTags(m_record->path) && tag.readTag(m_record->path.text()))
             add("tag", m_record->path, tag.getLyrics());
     }
     void addFromRecord()

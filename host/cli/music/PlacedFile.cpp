@@ -206,7 +206,7 @@ Json PlacedFile::record() const
     object["by"] = by();
     object["reason"] = reason();
     putPath(
-        object, "musicFile", m_placement.musicFile ? m_placement.musicFile->getPath() : CString());
+        object, "musicFile", m_placement.musicFile ? m_placement.musicFile->getPath() : FilePath());
     object["narrowedBy"] = Json::array();
     for (const CNSAtom::EType type : m_placement.narrowedBy)
         object["narrowedBy"].push_back(fieldName(type));

@@ -20,7 +20,7 @@ class PlacedFile
 public:
     PlacedFile(Placement placement, const std::vector<FolderVote>& votes);
 
-    const CString& path() const { return m_placement.file->getPath(); }
+    const FilePath& path() const { return m_placement.file->getPath(); }
     bool isPlaced() const { return m_owner.isPlaced; }
     /// "Artist / Album / Title", as far as there are.
     std::string ownerText() const;

@@ -71,7 +71,7 @@ Json findingJson(const Playlist& list, const EntryFinding& finding)
     object["position"] = finding.index + 1;
     object["state"] = wordOf(finding.state);
     putEntry(object, finding.entry);
-    putPath(object, "now", finding.now ? finding.now->path : CString());
+    putPath(object, "now", finding.now ? finding.now->path : FilePath());
     return object;
 }
 
@@ -117,7 +117,7 @@ ExitCode repairPlaylists(CommandLine& line, Playlists& playlists, const Playlist
             {
                 Json object = findingJson(list, finding);
                 object["by"] = finding.found ? Json(wordsOf(finding.by)) : Json();
-                putPath(object, "found", finding.found ? finding.found->path : CString());
+                putPath(object, "found", finding.found ? finding.found->path : FilePath());
                 line.out.line(dump(object));
             }
             else

@@ -63,7 +63,7 @@ bool HeadStore::update(const QoFileDbItemArray& records, IQoProgress& progress)
         isWhole = isWhole && !progress.isCanceled();
         if (!isWhole)
             continue;
-        progress.setCurrentItem(record->path, IQoProgress::itemFilePath);
+        progress.setCurrentItem(record->path.text(), IQoProgress::itemFilePath);
         const auto digest = KVTagLib::digestOfSoundHead(CQoUtils::getRealPath(record->path));
         if (!digest)
             continue;

@@ -157,7 +157,7 @@ std::vector<ListedSong> exportedSongs(const std::vector<StoredEntry>& entries,
         if (!isFound)
             missing.push_back(i);
         ListedSong song = isFound ? songOf(*answer.item) : songOf(entries[i]);
-        const CString& path = isFound ? answer.item->path : entries[i].path;
+        const CString path = isFound ? answer.item->path.text() : entries[i].path;
         const std::string system = path.IsEmpty() ? "" : toSystemPath(path);
         song.place = system.empty() ? withoutLineBreaks(placeOf(entries[i]))
                                     : placeFor(system, style, folder);

@@ -126,9 +126,9 @@ QoFileDbItemPtr SongFinder::byExactPath(const CString& path)
         m_byExactPath.emplace();
         m_byExactPath->reserve(static_cast<std::size_t>(all().GetSize()));
         for (const QoFileDbItemPtr& item : all())
-            m_byExactPath->emplace(item->path.view(), item);
+            m_byExactPath->emplace(item->path, item);
     }
-    const auto found = m_byExactPath->find(path.view());
+    const auto found = m_byExactPath->find(path);
     return found == m_byExactPath->end() ? QoFileDbItemPtr() : found->second;
 }
 

@@ -57,8 +57,7 @@ private:
     QoFileDbItemPtr byExactPath(const CString& path);
 
     QoFileDbItemArray m_all;
-    /// By the paths as they are in the records, which stay.
-    std::optional<std::unordered_map<std::u16string_view, QoFileDbItemPtr>> m_byExactPath;
+    std::optional<std::unordered_map<FilePath, QoFileDbItemPtr>> m_byExactPath;
     std::optional<Index> m_byId;
     std::optional<Index> m_byPath;
     std::optional<std::vector<End>> m_byEnd; ///< sorted by the paths from their ends

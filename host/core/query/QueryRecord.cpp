@@ -83,19 +83,20 @@ const CString* QueryRecord::noteText(QueryField field) const
 
 std::u16string_view QueryRecord::nameText()
 {
-    const std::u16string_view path = m_item->path.view();
-    if (path.starts_with(u"\\\\") && path.find(u'%') != path.npos)
+    const std::u16string_view name = m_item->path.name().view();
+    const std::u16string_view folder = m_item->path.folder().view();
+    if (folder.starts_with(u"\\\\") &&
+        (folder.find(u'%') != folder.npos || name.find(u'%') != name.npos))
     {
         m_name = CQoCollPath(m_item->path).getLast();
         return m_name.view();
     }
-    return path.substr(path.rfind(u'\\') + 1);
+    return name;
 }
 
 std::u16string_view QueryRecord::folderText()
 {
-    const std::u16string_view path = m_item->path.view();
-    const std::u16string_view folder = path.substr(0, path.rfind(u'\\') + 1);
+    const std::u16string_view folder = m_item->path.folder().view();
     if (folder != m_folder)
     {
         m_folder = folder;

@@ -3,8 +3,6 @@
 #include "common/CollPath.h"
 #include "common/FilePathParts.h"
 
-#include <cstring>
-
 namespace qo
 {
 /// The folder of the file that was asked for last. Records are sorted by path, so most of them are
@@ -13,29 +11,17 @@ class FolderOfFile
 {
 public:
     /// Makes the file's folder the current one; true when that is another folder than before.
-    bool moveTo(const CString& filePath)
+    bool moveTo(const FilePath& file)
     {
-        const std::u16string_view whole = filePath.view();
-        if (isDirectlyBelow(whole))
+        if (!m_prefix.IsEmpty() && file.folder() == m_prefix && !file.name().IsEmpty())
             return false;
-        const std::u16string_view name = plainFileName(whole);
-        const std::u16string_view prefix = whole.substr(0, whole.size() - name.size());
-        m_prefix = name.empty() ? CString() : CString(prefix);
-        m_path = CQoCollPath(filePath).getParent();
+        m_prefix = plainFileName(file).empty() ? CString() : file.folder();
+        m_path = CQoCollPath(file).getParent();
         return true;
     }
     const CQoCollPath& path() const { return m_path; }
 
 private:
-    /// Whether the path is the folder's path and one name.
-    bool isDirectlyBelow(std::u16string_view path) const noexcept
-    {
-        const auto length = static_cast<std::size_t>(m_prefix.GetLength());
-        return length > 0 && path.size() > length &&
-               std::memcmp(path.data(), m_prefix.GetString(), length * sizeof(char16_t)) == 0 &&
-               path.find(u'\\', length) == std::u16string_view::npos;
-    }
-
     CString m_prefix; ///< the folder with a closing backslash; "" for paths that need parsing
     CQoCollPath m_path;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "types/FilePath.h"
 #include "types/Map.h"
-#include "types/String.h"
 
 namespace qo
 {
@@ -11,17 +11,17 @@ class PathsById
 {
 public:
     /// Null for an unknown id; valid until the next change.
-    const CString* find(int id) const
+    const FilePath* find(int id) const
     {
         const Page* const page = m_pages.PLookup(pageOf(id));
-        const CString* const path = page ? &page->paths[placeIn(id)] : nullptr;
+        const FilePath* const path = page ? &page->paths[placeIn(id)] : nullptr;
         return path && !path->IsEmpty() ? path : nullptr;
     }
-    void set(int id, const CString& path) { m_pages[pageOf(id)].paths[placeIn(id)] = path; }
+    void set(int id, const FilePath& path) { m_pages[pageOf(id)].paths[placeIn(id)] = path; }
     void remove(int id)
     {
         if (find(id))
-            m_pages[pageOf(id)].paths[placeIn(id)].Empty();
+            m_pages[pageOf(id)].paths[placeIn(id)] = FilePath();
     }
     void clear() { m_pages.RemoveAll(); }
 
@@ -31,7 +31,7 @@ private:
 
     struct Page
     {
-        CString paths[pageSize];
+        FilePath paths[pageSize];
     };
 
     static int pageOf(int id) noexcept { return id >> pageBits; }

@@ -117,7 +117,7 @@ void CQoCollection::copyFiles(QoFileDbItemArray& files) const
 
 boost::shared_ptr<CHDFile> CQoCollection::getFileByID(int id) const
 {
-    const CString* const path = m_fileIdMap.find(id);
+    const qo::FilePath* const path = m_fileIdMap.find(id);
     return path ? getFileByPath(*path) : boost::shared_ptr<CHDFile>();
 }
 

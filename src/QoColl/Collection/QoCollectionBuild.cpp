@@ -58,7 +58,7 @@ public:
             return nullptr;
         const CPtrListT<CHDFile>& files = m_dir->getFiles();
         const int last = files.GetSize();
-        const auto byPath = [](const CString& path, const boost::shared_ptr<CHDFile>& file)
+        const auto byPath = [](const qo::FilePath& path, const boost::shared_ptr<CHDFile>& file)
         { return CHDFile::cmpFilePath(path, file); };
         if (!files.findByKey(item->path, 0, last, byPath, m_next))
             return nullptr;
@@ -115,6 +115,7 @@ void shareTexts(const QoFileDbItemArray& files)
     {
         if (item->dbState == qo::dbState::unchanged)
             continue;
+        item->path.shareFolder(pool);
         for (CString QoFileDbItem::*const field : fields)
             (*item).*field = pool.intern(((*item).*field).view());
     }

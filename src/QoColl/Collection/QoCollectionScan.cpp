@@ -222,7 +222,7 @@ void CQoCollection::checkPhysicalChanges(QoFileDbItemArray& files,
         if (progress->isCanceled())
             break;
         progress->step(1);
-        progress->setCurrentItem(item->path, IQoProgress::itemFilePath);
+        progress->setCurrentItem(item->path.text(), IQoProgress::itemFilePath);
         if (folder.moveTo(item->path))
             isInCollection = isDirInCollection(folder.path());
         if (!isInCollection)
@@ -335,7 +335,7 @@ void CQoCollection::addFilesFromRootDirs(const qo::CollPathArray& dirs,
 void CQoCollection::takeFound(const qo::FoundFile& file, const QoFileDbItemPtr& listed, TakeIn& to)
 {
     to.progress->step(1);
-    to.progress->setCurrentItem(file.path, IQoProgress::itemFilePath);
+    to.progress->setCurrentItem(file.path.text(), IQoProgress::itemFilePath);
     int index = 0;
     const bool isKnown = to.known.find(file.path, index);
     QoFileDbItemPtr item = isKnown ? recordOfKnown(file, listed, index)

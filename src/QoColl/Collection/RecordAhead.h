@@ -24,7 +24,7 @@ public:
         __builtin_prefetch(record + cacheLine);
         __builtin_prefetch(record + 2 * cacheLine);
         const QoFileDbItem& near = *m_items[index + textsAhead];
-        __builtin_prefetch(near.path.GetString());
+        __builtin_prefetch(near.path.name().GetString());
         __builtin_prefetch(near.title.GetString());
     }
 

@@ -11,7 +11,7 @@ namespace qo
 /// A file that the walk found.
 struct FoundFile
 {
-    CString path;
+    FilePath path;
     FileInfo info; ///< as the walk saw it
 };
 
@@ -25,7 +25,7 @@ public:
     explicit ScanLookup(const QoFileDbItemArray& items) : m_items(items), m_ahead(items) {}
 
     /// True with the index of the record of that path, else false with the index where it belongs.
-    bool find(const CString& path, int& index)
+    bool find(const FilePath& path, int& index)
     {
         m_ahead.announce(m_next);
         const bool found =
@@ -37,14 +37,14 @@ public:
     }
 
 private:
-    int compareAt(const CString& path, int index) const
+    int compareAt(const FilePath& path, int index) const
     {
         if (index < 0)
             return 1;
         return index >= m_items.GetSize() ? -1 : path.CompareNoCase(m_items[index]->path);
     }
     /// True if the position is next to the last one; m_gap then says that no record is there.
-    bool nearby(const CString& path, int& index)
+    bool nearby(const FilePath& path, int& index)
     {
         if (m_next < 0 || m_next > m_items.GetSize() || compareAt(path, m_next - 1) <= 0)
             return false;

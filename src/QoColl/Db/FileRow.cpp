@@ -149,7 +149,7 @@ void bindFileRow(const QoFileDbItem& item, int mask, CSQLiteStatement& statement
 {
     if (mask & bindFileId)
         statement.BindInt(parameterOf(colId), item.id);
-    statement.BindText(parameterOf(colPath), item.path);
+    statement.BindText(parameterOf(colPath), item.path.text());
     statement.BindInt(parameterOf(colSource), item.source);
     statement.BindInt64(parameterOf(colCreateTime), toTicks(item.createTime));
     statement.BindInt64(parameterOf(colModifTime), toTicks(item.modifTime));
@@ -208,7 +208,7 @@ void FileRowReader::read(QoFileDbItem& item, const CSQLiteQueryResult& row)
 void FileRowReader::readFields(QoFileDbItem& item, const CSQLiteQueryResult& row)
 {
     item.id = m_isWholeTable ? storedId(row, m_places[colId]) : rowIdField(row, colId);
-    item.path = text(row, colPath);
+    item.path = m_path = FilePath(text(row, colPath).view(), m_path);
     item.source = CVelmoraFileParamsUtils::IntToEItemSource(number(row, colSource));
     item.createTime = fromTicks(number64(row, colCreateTime));
     item.modifTime = fromTicks(number64(row, colModifTime));

@@ -2,6 +2,7 @@
 
 #include "Database/src/DbFacade/Forward.h"
 #include "QoColl/Db/Forward.h"
+#include "types/FilePath.h"
 #include "types/String.h"
 #include "types/TextPool.h"
 
@@ -64,6 +65,7 @@ private:
     /// Where each column of the record stands in the query.
     std::array<int, extraFileColumn + 3> m_places;
     TextPool m_pool;
+    FilePath m_path; ///< of the last row
     CString m_artist;
     CString m_album;
     CString m_genre;

@@ -24,13 +24,13 @@ namespace
 /// which of several equal records is found.
 constexpr int scanBelow = 9;
 
-int comparePaths(const CString& path, const QoFileDbItemPtr& item)
+int comparePaths(const qo::FilePath& path, const QoFileDbItemPtr& item)
 {
-    return qo::compareNoCase(path.view(), item->path.view());
+    return path.CompareNoCase(item->path);
 }
 
 /// Searches from low on; on failure index is where the path belongs.
-bool scan(const CString& path, const QoFileDbItemArray& items, int low, int high, int& index)
+bool scan(const qo::FilePath& path, const QoFileDbItemArray& items, int low, int high, int& index)
 {
     for (index = low; index < high; ++index)
     {
@@ -141,7 +141,7 @@ bool orderRows(std::vector<QoFileDbItemPtr>& rows)
 }
 } // namespace
 
-bool CQoCollDbUtils::findQoDbFileItem(const CString& path,
+bool CQoCollDbUtils::findQoDbFileItem(const qo::FilePath& path,
                                       const QoFileDbItemArray& items,
                                       int& index)
 {

@@ -15,7 +15,8 @@ class QO_API CQoCollDbUtils
 public:
     /// Binary search: true with the index of a record of that path, else false with the index where
     /// one must be inserted.
-    static bool findQoDbFileItem(const CString& path, const QoFileDbItemArray& items, int& index);
+    static bool
+    findQoDbFileItem(const qo::FilePath& path, const QoFileDbItemArray& items, int& index);
     /// The record of that path; an empty handle if there is none.
     static QoFileDbItemPtr findQoDbFileItem(const CString& path, const QoFileDbItemArray& items);
     /// The index of the record with that id, by a linear search; -1 if there is none.

@@ -224,11 +224,11 @@ QoFileDbItemPtr parseRecord(const CString& line, PeerPaths& paths, qo::TextPool&
 void addRecords(std::vector<QoFileDbItemPtr>& rows, QoFileDbItemArray& files)
 {
     const auto isBefore = [](const QoFileDbItemPtr& a, const QoFileDbItemPtr& b)
-    { return qo::compareNoCase(a->path.view(), b->path.view()) < 0; };
+    { return a->path.CompareNoCase(b->path) < 0; };
     if (!std::ranges::is_sorted(rows, isBefore))
         std::ranges::stable_sort(rows, isBefore);
     const auto isSame = [](const QoFileDbItemPtr& a, const QoFileDbItemPtr& b)
-    { return qo::compareNoCase(a->path.view(), b->path.view()) == 0; };
+    { return a->path.CompareNoCase(b->path) == 0; };
     rows.erase(std::unique(rows.begin(), rows.end(), isSame), rows.end());
     if (files.IsEmpty())
         return CQoCollDbUtils::takeRows(rows, files);
@@ -305,13 +305,9 @@ void CQoDbExtract::WriteRelevantInformationForQoDbExtract(std::string& text,
 {
     std::u16string line(recordMark);
     appendNumber(line, item->id, u'\t');
-    for (const CString* const field : {&item->path,
-                                       &item->artist,
-                                       &item->title,
-                                       &item->album,
-                                       &item->genre,
-                                       &item->trackNumber,
-                                       &item->year})
+    appendEscaped(line, item->path);
+    for (const CString* const field :
+         {&item->artist, &item->title, &item->album, &item->genre, &item->trackNumber, &item->year})
         appendEscaped(line, *field);
     appendNumber(line, item->size, u'\t');
     appendNumber(line, item->duration, u'\t');

@@ -65,7 +65,7 @@ int indexOf(CTagAttrib::EAttribType type) noexcept
 
 /// The record's text for an attribute. For the file name it is the whole path, from which the name
 /// is taken when it is asked for.
-const CString& textOf(const QoFileDbItem& record, CTagAttrib::EAttribType type) noexcept
+CString textOf(const QoFileDbItem& record, CTagAttrib::EAttribType type)
 {
     switch (type)
     {
@@ -92,11 +92,9 @@ const CString& textOf(const QoFileDbItem& record, CTagAttrib::EAttribType type) 
 
 /// The same, but lyrics that the record got after the tag was made from it do not belong to the
 /// tag.
-const CString&
-mirroredText(const QoFileDbItem& record, CTagAttrib::EAttribType type, bool hasLyrics) noexcept
+CString mirroredText(const QoFileDbItem& record, CTagAttrib::EAttribType type, bool hasLyrics)
 {
-    static const CString none;
-    return type == CTagAttrib::AT_Lyrics && !hasLyrics ? none : textOf(record, type);
+    return type == CTagAttrib::AT_Lyrics && !hasLyrics ? CString() : textOf(record, type);
 }
 } // namespace
 
@@ -208,9 +206,9 @@ bool CMusicTagEx::get(EAttribType type, ESrcValueType source, CString& text) con
         text.Empty();
         return false;
     }
-    const CString& kept = m_store == EStore::record
-                              ? mirroredText(*m_record, type, m_hasOriginalLyrics)
-                              : m_texts->all[index];
+    const CString kept = m_store == EStore::record
+                             ? mirroredText(*m_record, type, m_hasOriginalLyrics)
+                             : m_texts->all[index];
     text = type == CTagAttrib::AT_FileName ? qo::fileNameOf(kept) : kept;
     return true;
 }
@@ -443,7 +441,7 @@ void CMusicTagEx::take(const QoFileDbItem& record)
 {
     for (EAttribType type : m_attribTypes)
     {
-        const CString& text = textOf(record, type);
+        const CString text = textOf(record, type);
         const bool asName = type == CTagAttrib::AT_FileName && m_store == EStore::attribs;
         set(type, asName ? qo::fileNameOf(text) : text, original, false);
     }

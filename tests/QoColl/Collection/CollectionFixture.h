@@ -82,7 +82,7 @@ protected:
     {
         std::string text;
         for (const auto& item : files)
-            text += qo::toUtf8(item->path.Mid(roots[0].GetLength() + 1)) + " ";
+            text += qo::toUtf8(item->path.text().Mid(roots[0].GetLength() + 1)) + " ";
         return text;
     }
     QoFileDbItemPtr record(const char* name)

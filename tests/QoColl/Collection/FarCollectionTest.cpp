@@ -36,7 +36,7 @@ protected:
         CQoCollDb(dbPath).getAllFiles(items, false, u"far", true);
         std::string text;
         for (const QoFileDbItemPtr& item : items)
-            text += qo::toUtf8(item->path.Mid(cut)) + " ";
+            text += qo::toUtf8(item->path.text().Mid(cut)) + " ";
         return text;
     }
 

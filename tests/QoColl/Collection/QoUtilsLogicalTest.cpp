@@ -312,7 +312,11 @@ TEST_F(QoUtilsTrees, ReleaseFreesAllThatOnlyTheFilesHeldEvenIfThePathsChanged)
     for (const File& file : all)
     {
         if (random() % 3 == 0)
-            file->getDbItem()->path.Format(u"C:\\%d", static_cast<int>(random() % 1000));
+        {
+            CString path;
+            path.Format(u"C:\\%d", static_cast<int>(random() % 1000));
+            file->getDbItem()->path = path;
+        }
         if (random() % 10 == 0)
             file->setParentDir(random() % 2 ? root : CHDDirectory::NullDir);
     }

@@ -67,7 +67,7 @@ protected:
         CQoWPDManager::getFilesFromDevice(CQoCollPath(path), types, true, &progress, files);
         CStringArray paths;
         for (const QoFileDbItemPtr& item : files)
-            paths.Add(item->path.Mid(12));
+            paths.Add(item->path.text().Mid(12));
         return paths.join(u" ");
     }
     bool get(const char16_t* path, IQoProgress& progress, bool absolute = true)

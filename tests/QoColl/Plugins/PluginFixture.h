@@ -104,7 +104,10 @@ protected:
     {
         std::string text;
         for (const QoFileDbItemPtr& record : records)
-            text += qo::toUtf8(record->path.Mid(record->path.Find(u'\\', 2) + 1)) + "\n";
+        {
+            const CString path = record->path;
+            text += qo::toUtf8(path.Mid(path.Find(u'\\', 2) + 1)) + "\n";
+        }
         return text;
     }
 

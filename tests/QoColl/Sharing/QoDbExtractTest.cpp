@@ -224,7 +224,7 @@ TEST(QoDbExtract, PathsOfOneFolderAreThoseOfEachAlone)
     ASSERT_EQ(CQoDbExtract::LoadQoDbExtract(u"17", dir.collPath("extract.txt"), back), 1);
     std::set<std::u16string> found;
     for (const QoFileDbItemPtr& item : back)
-        found.emplace(item->path.view());
+        found.emplace(item->path.text().view());
     EXPECT_EQ(found, expected);
 }
 

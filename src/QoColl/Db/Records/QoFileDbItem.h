@@ -2,6 +2,7 @@
 
 #include "QoColl/Db/Records/Forward.h"
 #include "QoColl/Db/Records/ItemSource.h"
+#include "types/FilePath.h"
 #include "types/FileTime.h"
 #include "types/String.h"
 
@@ -33,9 +34,11 @@ constexpr int deleted = 3;
 /// object in the tree, so both see a change. To be saved, a change must also set dbState.
 struct QoFileDbItem
 {
+    // Small members stand in pairs, so that nothing is lost between them: there is a record for
+    // each file of a collection.
     int id = 0; ///< row id, 0 while not stored
-    CString path;
     eItemSource source = IPostProcessingQueue::sourceNone;
+    qo::FilePath path;
     FILETIME createTime;
     FILETIME modifTime;
     CString artist;
@@ -45,19 +48,19 @@ struct QoFileDbItem
     CString trackNumber;
     CString year;
     CString lyrics;
-    bool lyricsLoaded = false; ///< only if set, lyrics is valid and written by an update
     CString picturePath;
     std::int64_t size = 0; ///< bytes
     int duration = 0;      ///< milliseconds
+    int bitrate = 0;       ///< kbit/s
     unsigned int flags = qo::fileFlag::music;
     int session = 0;   ///< id of the recording session, 0 for none
     CString velmoraId; ///< lasting id: stays when the file is moved or tagged
     CString params;    ///< see CVelmoraFileParamsUtils
-    bool reviewed = false;
-    bool imported = false;
     CString clipUid;
     CString fpParams; ///< not read with the record, but written by an update
     CString collId;   ///< only set while rows are copied from another database
-    int bitrate = 0;  ///< kbit/s
     int dbState = qo::dbState::unchanged;
+    bool lyricsLoaded = false; ///< only if set, lyrics is valid and written by an update
+    bool reviewed = false;
+    bool imported = false;
 };
