@@ -32,9 +32,9 @@ boost::shared_ptr<CLTObject> CHDMusicFile::getLTAssoc(CLTObjectType::EType type)
     case CLTObjectType::Genre:
         return m_track->getGenre();
     case CLTObjectType::Lyrics:
-        return m_lyrics;
+        return m_lyrics.get();
     case CLTObjectType::Picture:
-        return m_picture;
+        return m_picture.get();
     case CLTObjectType::Track:
         return m_track;
     }
@@ -53,8 +53,8 @@ bool CHDMusicFile::hasLTAssoc(const boost::shared_ptr<CLTObject>& object) const
 void CHDMusicFile::clearLTObjects()
 {
     m_track.reset();
-    m_lyrics.reset();
-    m_picture.reset();
+    m_lyrics.set({});
+    m_picture.set({});
 }
 
 void CHDMusicFile::setTrack(const boost::shared_ptr<CLTTrack>& track)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Logical/RareLink.h"
 #include "Physical/Forward.h"
 #include "Physical/HDFile.h"
 #include "QoColl/Tags/MusicTagEx.h"
@@ -34,8 +35,8 @@ public:
     void setLyrics(const boost::shared_ptr<CLTLyrics>& lyrics);
     void setPicture(const boost::shared_ptr<CLTPicture>& picture);
     const boost::shared_ptr<CLTTrack>& getTrack() const noexcept { return m_track; }
-    const boost::shared_ptr<CLTLyrics>& getLyrics() const noexcept { return m_lyrics; }
-    const boost::shared_ptr<CLTPicture>& getPicture() const noexcept { return m_picture; }
+    boost::shared_ptr<CLTLyrics> getLyrics() const noexcept { return m_lyrics.get(); }
+    boost::shared_ptr<CLTPicture> getPicture() const noexcept { return m_picture.get(); }
     /// Adds the names of the track and its album and artist, as far as these have one.
     void getLTNames(CDirLTNames& names) const;
 
@@ -46,7 +47,7 @@ public:
 
 private:
     boost::shared_ptr<CLTTrack> m_track;
-    boost::shared_ptr<CLTLyrics> m_lyrics;
-    boost::shared_ptr<CLTPicture> m_picture;
+    qo::RareLink<CLTLyrics> m_lyrics;
+    qo::RareLink<CLTPicture> m_picture;
     CMusicTagEx m_tag;
 };

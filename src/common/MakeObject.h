@@ -1,8 +1,8 @@
 #pragma once
 
+#include "common/CountedObject.h"
 #include "types/Export.h"
 
-#include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
 
 #include <new>
@@ -40,7 +40,7 @@ boost::shared_ptr<T> makeObject(const SourcePlace& place, Args&&... args)
 {
     try
     {
-        return boost::make_shared<T>(std::forward<Args>(args)...);
+        return makeCounted<T>(std::forward<Args>(args)...);
     }
     catch (const std::bad_alloc&)
     {

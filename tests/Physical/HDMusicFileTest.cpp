@@ -12,6 +12,7 @@
 #include "support/Print.h"
 #include "support/Records.h"
 
+#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 namespace

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Database/src/DbFacade/Forward.h"
+#include "common/CountedObject.h"
 #include "common/Log.h"
 
-#include <boost/make_shared.hpp>
 #include <boost/smart_ptr/shared_ptr.hpp>
 
 #include <cstdint>
@@ -29,7 +29,7 @@ boost::shared_ptr<T> newRow(const char16_t* complaint)
 {
     try
     {
-        return boost::make_shared<T>();
+        return makeCounted<T>();
     }
     catch (const std::bad_alloc&)
     {
