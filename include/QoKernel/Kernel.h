@@ -30,6 +30,7 @@
 #include "types/Charset.h"
 #include "types/CriticalSection.h"
 #include "types/Guid.h"
+#include "types/LastingId.h"
 #include "types/List.h"
 #include "types/Map.h"
 #include "types/MisreadText.h"

@@ -23,7 +23,7 @@ struct MarkOptions
 };
 
 /// How many of the ids are those of files of the collection.
-std::size_t knownFiles(const std::unordered_set<CString>& ids)
+std::size_t knownFiles(const std::unordered_set<LastingId>& ids)
 {
     QoFileDbItemArray all;
     CQoCollection::m_ownCollection.copyFiles(all);
@@ -45,7 +45,7 @@ ExitCode changeMarks(CommandLine& line, const MarkOptions& options, bool isMarke
                 session->prepareStore();
             HostStore store(Session::folder());
             const auto before = store.checkedFiles();
-            std::vector<CString> ids;
+            std::vector<LastingId> ids;
             for (const QoFileDbItemPtr& item : chosenFiles(options.choice))
             {
                 if (before.contains(item->velmoraId) != isMarked)
@@ -57,8 +57,8 @@ ExitCode changeMarks(CommandLine& line, const MarkOptions& options, bool isMarke
                 if (!isMarked && options.all)
                     store.clearChecked();
                 else
-                    store.changeChecked(isMarked ? std::vector<CString>() : ids,
-                                        isMarked ? ids : std::vector<CString>());
+                    store.changeChecked(isMarked ? std::vector<LastingId>() : ids,
+                                        isMarked ? ids : std::vector<LastingId>());
             }
             const std::size_t known = knownFiles(before);
             return std::pair(count, isMarked ? known + count : known - count);

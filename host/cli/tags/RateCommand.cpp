@@ -36,9 +36,9 @@ std::vector<const QoFileDbItem*> chosenMedia(const FileChoice& choice)
     return media;
 }
 
-std::vector<CString> idsOf(const std::vector<const QoFileDbItem*>& items)
+std::vector<LastingId> idsOf(const std::vector<const QoFileDbItem*>& items)
 {
-    std::vector<CString> ids;
+    std::vector<LastingId> ids;
     ids.reserve(items.size());
     for (const QoFileDbItem* const item : items)
         ids.push_back(item->velmoraId);

@@ -18,7 +18,7 @@ FieldValue valueOf(const auto& row)
     using Member = std::remove_cvref_t<decltype(row.*member)>;
     if constexpr (std::is_same_v<Member, CString> || std::is_same_v<Member, FILETIME>)
         return row.*member;
-    else if constexpr (std::is_same_v<Member, FilePath>)
+    else if constexpr (std::is_same_v<Member, FilePath> || std::is_same_v<Member, LastingId>)
         return (row.*member).text();
     else
         return static_cast<std::int64_t>(row.*member);

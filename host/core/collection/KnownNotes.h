@@ -20,9 +20,9 @@ public:
 private:
     void load();
 
-    std::optional<std::unordered_map<CString, FileNotes>> m_byId;
+    std::optional<std::unordered_map<LastingId, FileNotes>> m_byId;
     FileNotes m_none;
-    CString m_lastId; ///< the fields of a file are asked for one after the other
+    LastingId m_lastId; ///< the fields of a file are asked for one after the other
     const FileNotes* m_last = nullptr;
 };
 } // namespace qo::host

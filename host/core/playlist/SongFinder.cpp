@@ -96,14 +96,14 @@ const QoFileDbItemArray& SongFinder::all()
     return m_all;
 }
 
-template <class KeyOf>
-const SongFinder::Index& SongFinder::index(std::optional<Index>& index, KeyOf keyOf)
+template <class Key, class KeyOf>
+const SongFinder::Index<Key>& SongFinder::index(std::optional<Index<Key>>& index, KeyOf keyOf)
 {
     if (index)
         return *index;
     index.emplace();
     for (const QoFileDbItemPtr& item : all())
-        if (std::u16string key = keyOf(*item); !key.empty())
+        if (Key key = keyOf(*item); key != Key())
             index->emplace(std::move(key), item);
     return *index;
 }
@@ -112,9 +112,8 @@ QoFileDbItemPtr SongFinder::byId(const CString& id)
 {
     if (id.IsEmpty())
         return {};
-    const Index& ids = index(
-        m_byId, [](const QoFileDbItem& item) { return std::u16string(item.velmoraId.view()); });
-    const auto found = ids.find(std::u16string(id.view()));
+    const auto& ids = index(m_byId, [](const QoFileDbItem& item) { return item.velmoraId; });
+    const auto found = ids.find(id);
     return found == ids.end() ? QoFileDbItemPtr() : found->second;
 }
 
@@ -141,9 +140,9 @@ QoFileDbItemPtr SongFinder::byPath(const std::string& path)
     for (const CString& form : spellings(path))
         if (auto item = CollectionChanges::recordOf(form))
             return item;
-    const Index& keys = index(m_byPath,
-                              [](const QoFileDbItem& item)
-                              { return std::u16string(sameNameKey(item.path).view()); });
+    const auto& keys = index(m_byPath,
+                             [](const QoFileDbItem& item)
+                             { return std::u16string(sameNameKey(item.path).view()); });
     const std::u16string key(sameNameKey(fromSystemPath(path)).view());
     return keys.count(key) == 1 ? keys.find(key)->second : QoFileDbItemPtr();
 }
@@ -181,14 +180,14 @@ QoFileDbItemPtr SongFinder::byTags(const CString& artist, const CString& title, 
 {
     if (artist.IsEmpty() || title.IsEmpty())
         return {};
-    const Index& tags = index(m_byTags,
-                              [](const QoFileDbItem& item)
-                              {
-                                  const bool isSong = isMedia(item);
-                                  return isSong && !item.artist.IsEmpty() && !item.title.IsEmpty()
-                                             ? tagsKey(item.artist, item.title)
-                                             : std::u16string();
-                              });
+    const auto& tags = index(m_byTags,
+                             [](const QoFileDbItem& item)
+                             {
+                                 const bool isSong = isMedia(item);
+                                 return isSong && !item.artist.IsEmpty() && !item.title.IsEmpty()
+                                            ? tagsKey(item.artist, item.title)
+                                            : std::u16string();
+                             });
     const auto [first, last] = tags.equal_range(tagsKey(artist, title));
     QoFileDbItemPtr best;
     int nearest = 0;

@@ -47,21 +47,22 @@ public:
     QoFileDbItemPtr byTags(const CString& artist, const CString& title, int duration);
 
 private:
-    using Index = std::unordered_multimap<std::u16string, QoFileDbItemPtr>;
+    template <class Key>
+    using Index = std::unordered_multimap<Key, QoFileDbItemPtr>;
     using End = std::pair<std::u16string, QoFileDbItemPtr>;
 
-    template <class KeyOf>
-    const Index& index(std::optional<Index>& index, KeyOf keyOf);
+    template <class Key, class KeyOf>
+    const Index<Key>& index(std::optional<Index<Key>>& index, KeyOf keyOf);
 
     const QoFileDbItemArray& all();
     QoFileDbItemPtr byExactPath(const CString& path);
 
     QoFileDbItemArray m_all;
     std::optional<std::unordered_map<FilePath, QoFileDbItemPtr>> m_byExactPath;
-    std::optional<Index> m_byId;
-    std::optional<Index> m_byPath;
+    std::optional<Index<LastingId>> m_byId;
+    std::optional<Index<std::u16string>> m_byPath;
     std::optional<std::vector<End>> m_byEnd; ///< sorted by the paths from their ends
-    std::optional<Index> m_byTags;
+    std::optional<Index<std::u16string>> m_byTags;
 };
 
 /// The song that a list names; places are seen from the folder. Tags are asked only with `match`,

@@ -34,7 +34,7 @@ public:
 
 private:
     std::int64_t m_now;
-    std::optional<std::unordered_set<CString>> m_marked;
+    std::optional<std::unordered_set<LastingId>> m_marked;
     std::unique_ptr<PendingTags> m_pending;
     KnownNotes m_notes;
 };

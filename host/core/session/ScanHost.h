@@ -74,7 +74,7 @@ private:
     CStringArray m_givenUp;
     CStringArray m_twins;
     std::vector<TagNotes> m_tagNotes; ///< of files that were read since the last save
-    std::vector<CString> m_added;     ///< lasting ids of the new ones among them
+    std::vector<LastingId> m_added;   ///< lasting ids of the new ones among them
     std::optional<CString> m_addedBy; ///< "" for the owner of the data folder
     std::string m_notesFailure;
 };

@@ -65,21 +65,21 @@ public:
 
     /// The lasting ids of the files that have a check mark. Ids of files that are gone stay, since
     /// an undo may bring the file back.
-    std::unordered_set<CString> checkedFiles() const;
-    void changeChecked(const std::vector<CString>& gone, const std::vector<CString>& added);
+    std::unordered_set<LastingId> checkedFiles() const;
+    void changeChecked(const std::vector<LastingId>& gone, const std::vector<LastingId>& added);
     void clearChecked();
 
     // Notes of files, by their lasting ids. Those of files that are gone stay, as check marks do.
 
-    std::unordered_map<CString, FileNotes> fileNotes() const;
+    std::unordered_map<LastingId, FileNotes> fileNotes() const;
     /// Replaces what was known of the tags of these files.
     void setTagNotes(const std::vector<TagNotes>& notes);
-    void setAddedBy(const std::vector<CString>& ids, const CString& user);
+    void setAddedBy(const std::vector<LastingId>& ids, const CString& user);
     /// Half stars; 0 says that the file has none, whatever its tag says, and FileNotes::ofTag that
     /// this counts.
-    void setRating(const std::vector<CString>& ids, int halfStars);
+    void setRating(const std::vector<LastingId>& ids, int halfStars);
     /// Counts a play of each file, the last at that time (ticks) or later.
-    void addPlays(const std::vector<CString>& ids, int plays, std::int64_t when);
+    void addPlays(const std::vector<LastingId>& ids, int plays, std::int64_t when);
 
     // Playlists, by the ids that the kernel gives them. A change begins here, then the kernel's
     // list is changed, and then it ends here: what is cut short between can be seen and finished.

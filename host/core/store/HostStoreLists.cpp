@@ -24,9 +24,9 @@ template <class Texts>
 void forEachText(CSQLiteDB& db, const char16_t* text, const Texts& values)
 {
     CSQLiteStatement statement = db.CompileStatement(text);
-    for (const CString& value : values)
+    for (const auto& value : values)
     {
-        statement.BindText(1, value);
+        statement.BindText(1, CString(value));
         statement.ExecuteDML();
     }
 }
@@ -95,9 +95,9 @@ void HostStore::setFact(const char16_t* name, const CString& value)
         });
 }
 
-std::unordered_set<CString> HostStore::checkedFiles() const
+std::unordered_set<LastingId> HostStore::checkedFiles() const
 {
-    std::unordered_set<CString> ids;
+    std::unordered_set<LastingId> ids;
     read(
         [&ids](CSQLiteDB& db)
         {
@@ -109,7 +109,8 @@ std::unordered_set<CString> HostStore::checkedFiles() const
     return ids;
 }
 
-void HostStore::changeChecked(const std::vector<CString>& gone, const std::vector<CString>& added)
+void HostStore::changeChecked(const std::vector<LastingId>& gone,
+                              const std::vector<LastingId>& added)
 {
     write(
         [&](CSQLiteDB& db)

@@ -9,7 +9,7 @@ namespace qo::host
 {
 namespace
 {
-void readTagNotes(CSQLiteDB& db, std::unordered_map<CString, FileNotes>& notes)
+void readTagNotes(CSQLiteDB& db, std::unordered_map<LastingId, FileNotes>& notes)
 {
     CSQLiteStatement statement =
         db.CompileStatement(u"SELECT TN_ID, TN_ALBUM_ARTIST, TN_DISC, TN_COMMENT, TN_RATING, "
@@ -18,7 +18,7 @@ void readTagNotes(CSQLiteDB& db, std::unordered_map<CString, FileNotes>& notes)
     CString albumArtist;
     for (CSQLiteQueryResult row = statement.ExecuteQuery(); !row.Eof(); row.NextRow())
     {
-        FileNotes& file = notes[CString(row.textView(0))];
+        FileNotes& file = notes[LastingId(row.textView(0))];
         if (row.textView(1) != albumArtist.view())
             albumArtist = CString(row.textView(1));
         file.albumArtist = albumArtist;
@@ -29,14 +29,14 @@ void readTagNotes(CSQLiteDB& db, std::unordered_map<CString, FileNotes>& notes)
     }
 }
 
-void readOwnNotes(CSQLiteDB& db, std::unordered_map<CString, FileNotes>& notes)
+void readOwnNotes(CSQLiteDB& db, std::unordered_map<LastingId, FileNotes>& notes)
 {
     CSQLiteStatement statement =
         db.CompileStatement(u"SELECT ON_ID, ON_RATING, ON_PLAYS, ON_LAST_PLAYED, ON_ADDED_BY FROM "
                             u"OWN_NOTE_T");
     for (CSQLiteQueryResult row = statement.ExecuteQuery(); !row.Eof(); row.NextRow())
     {
-        FileNotes& file = notes[CString(row.textView(0))];
+        FileNotes& file = notes[LastingId(row.textView(0))];
         if (const int rating = row.GetIntField(1); rating != FileNotes::ofTag)
             file.rating = rating;
         file.plays += row.GetInt64Field(2);
@@ -52,21 +52,21 @@ bool hasNotes(CSQLiteDB& db)
 
 /// The statement has the id as ?1; bind sets the others.
 template <class Bind>
-void forEachId(CSQLiteDB& db, const char16_t* text, const std::vector<CString>& ids, Bind bind)
+void forEachId(CSQLiteDB& db, const char16_t* text, const std::vector<LastingId>& ids, Bind bind)
 {
     CSQLiteStatement statement = db.CompileStatement(text);
-    for (const CString& id : ids)
+    for (const LastingId& id : ids)
     {
-        statement.BindText(1, id);
+        statement.BindText(1, id.text());
         bind(statement);
         statement.ExecuteDML();
     }
 }
 } // namespace
 
-std::unordered_map<CString, FileNotes> HostStore::fileNotes() const
+std::unordered_map<LastingId, FileNotes> HostStore::fileNotes() const
 {
-    std::unordered_map<CString, FileNotes> notes;
+    std::unordered_map<LastingId, FileNotes> notes;
     read(
         [&notes](CSQLiteDB& db)
         {
@@ -91,7 +91,7 @@ void HostStore::setTagNotes(const std::vector<TagNotes>& notes)
             for (const TagNotes& file : notes)
             {
                 CSQLiteStatement& statement = file.isEmpty() ? remove : insert;
-                statement.BindText(1, file.id);
+                statement.BindText(1, file.id.text());
                 if (!file.isEmpty())
                 {
                     statement.BindText(2, file.albumArtist);
@@ -105,7 +105,7 @@ void HostStore::setTagNotes(const std::vector<TagNotes>& notes)
         });
 }
 
-void HostStore::setAddedBy(const std::vector<CString>& ids, const CString& user)
+void HostStore::setAddedBy(const std::vector<LastingId>& ids, const CString& user)
 {
     write(
         [&](CSQLiteDB& db)
@@ -118,7 +118,7 @@ void HostStore::setAddedBy(const std::vector<CString>& ids, const CString& user)
         });
 }
 
-void HostStore::setRating(const std::vector<CString>& ids, int halfStars)
+void HostStore::setRating(const std::vector<LastingId>& ids, int halfStars)
 {
     write(
         [&](CSQLiteDB& db)
@@ -132,7 +132,7 @@ void HostStore::setRating(const std::vector<CString>& ids, int halfStars)
         });
 }
 
-void HostStore::addPlays(const std::vector<CString>& ids, int plays, std::int64_t when)
+void HostStore::addPlays(const std::vector<LastingId>& ids, int plays, std::int64_t when)
 {
     write(
         [&](CSQLiteDB& db)

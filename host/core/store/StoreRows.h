@@ -58,7 +58,7 @@ struct LivingList
 /// What the tag of a file says beyond the collection's record.
 struct TagNotes
 {
-    CString id; ///< lasting id
+    LastingId id;
     CString albumArtist;
     CString disc; ///< "1" or "1/2"
     CString comment;

@@ -18,7 +18,7 @@ constexpr auto checked = CQoCheckState::CS_Checked;
 /// Calls visit with each file of the collection and whether its mark in the trees is the one of
 /// `ids`.
 template <class Visit>
-void compareMarks(const std::unordered_set<CString>& ids, Visit visit)
+void compareMarks(const std::unordered_set<LastingId>& ids, Visit visit)
 {
     QoFileDbItemArray items;
     ownCollection().copyFiles(items);
@@ -57,8 +57,8 @@ MarkedFiles markedFiles()
 
 void keepMarks()
 {
-    std::vector<CString> gone;
-    std::vector<CString> added;
+    std::vector<LastingId> gone;
+    std::vector<LastingId> added;
     HostStore store(Session::folder());
     compareMarks(store.checkedFiles(),
                  [&](const boost::shared_ptr<CHDFile>& file, bool wasMarked, bool isChecked)

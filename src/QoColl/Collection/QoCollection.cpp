@@ -123,9 +123,10 @@ boost::shared_ptr<CHDFile> CQoCollection::getFileByID(int id) const
 
 boost::shared_ptr<CHDFile> CQoCollection::getFileByVelmoraID(const CString& velmoraId) const
 {
+    const qo::LastingId wanted(velmoraId);
     for (const QoFileDbItemPtr& item : m_fileDbItems)
     {
-        if (item->velmoraId == velmoraId)
+        if (item->velmoraId == wanted)
             return getFileByPath(item->path);
     }
     return {};

@@ -2,6 +2,7 @@
 
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
+#include "types/StringArray.h"
 
 #include <vector>
 
@@ -30,11 +31,11 @@ SharedIdentities::SharedIdentities(const QoFileDbItemArray& files,
     m_new.reserve(added.size());
     for (const QoFileDbItem* item : added)
     {
-        if (!m_new.insert(item->velmoraId.view()).second)
-            m_shared.insert(item->velmoraId.view());
+        if (!m_new.insert(item->velmoraId).second)
+            m_shared.insert(item->velmoraId);
     }
     // An id that a new record has and that is seen elsewhere is shared.
-    const auto see = [this](std::u16string_view velmoraId)
+    const auto see = [this](const LastingId& velmoraId)
     {
         if (m_new.contains(velmoraId))
             m_shared.insert(velmoraId);
@@ -42,16 +43,17 @@ SharedIdentities::SharedIdentities(const QoFileDbItemArray& files,
     for (const QoFileDbItemPtr& item : files)
     {
         if (item->dbState != dbState::added)
-            see(item->velmoraId.view());
+            see(item->velmoraId);
     }
-    db.getVelmoraIdsOfOthers(collId, m_others);
-    for (const CString& velmoraId : m_others)
-        see(velmoraId.view());
+    CStringArray others;
+    db.getVelmoraIdsOfOthers(collId, others);
+    for (const CString& velmoraId : others)
+        see(velmoraId);
 }
 
-bool SharedIdentities::mayBeShared(const CString& velmoraId) const
+bool SharedIdentities::mayBeShared(const LastingId& velmoraId) const
 {
     // A stored row may lack an id that its record has got since.
-    return !m_isKnown || velmoraId.IsEmpty() || m_shared.contains(velmoraId.view());
+    return !m_isKnown || velmoraId.IsEmpty() || m_shared.contains(velmoraId);
 }
 } // namespace qo

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "QoColl/Db/Forward.h"
-#include "types/StringArray.h"
+#include "types/LastingId.h"
 
-#include <string_view>
 #include <unordered_set>
 
 class CQoCollDb;
@@ -17,17 +16,15 @@ namespace qo
 class SharedIdentities
 {
 public:
-    /// Looks through files and, for ids of other collections, the database. The records must not
-    /// change while this object lives.
+    /// Looks through files and, for ids of other collections, the database.
     SharedIdentities(const QoFileDbItemArray& files, CQoCollDb& db, const CString& collId);
 
     /// False only if no other row can have that id.
-    bool mayBeShared(const CString& velmoraId) const;
+    bool mayBeShared(const LastingId& velmoraId) const;
 
 private:
     bool m_isKnown = false;
-    CStringArray m_others; ///< identities of other collections' rows
-    std::unordered_set<std::u16string_view> m_new;
-    std::unordered_set<std::u16string_view> m_shared;
+    std::unordered_set<LastingId> m_new;
+    std::unordered_set<LastingId> m_shared;
 };
 } // namespace qo

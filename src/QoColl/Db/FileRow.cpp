@@ -165,7 +165,7 @@ void bindFileRow(const QoFileDbItem& item, int mask, CSQLiteStatement& statement
     statement.BindInt(parameterOf(colBitrate), item.bitrate);
     statement.BindInt(parameterOf(colFlags), static_cast<int>(item.flags));
     statement.BindInt(parameterOf(colSession), item.session);
-    statement.BindText(parameterOf(colVelmoraId), item.velmoraId);
+    statement.BindText(parameterOf(colVelmoraId), item.velmoraId.text());
     statement.BindText(parameterOf(colParams), item.params);
     statement.BindBool(parameterOf(colReviewed), item.reviewed);
     statement.BindBool(parameterOf(colImported), item.imported);
@@ -208,7 +208,7 @@ void FileRowReader::read(QoFileDbItem& item, const CSQLiteQueryResult& row)
 void FileRowReader::readFields(QoFileDbItem& item, const CSQLiteQueryResult& row)
 {
     item.id = m_isWholeTable ? storedId(row, m_places[colId]) : rowIdField(row, colId);
-    item.path = m_path = FilePath(text(row, colPath).view(), m_path);
+    item.path = m_path = FilePath(view(row, colPath), m_path);
     item.source = CVelmoraFileParamsUtils::IntToEItemSource(number(row, colSource));
     item.createTime = fromTicks(number64(row, colCreateTime));
     item.modifTime = fromTicks(number64(row, colModifTime));
@@ -225,7 +225,7 @@ void FileRowReader::readFields(QoFileDbItem& item, const CSQLiteQueryResult& row
     item.flags = static_cast<unsigned>(
         number(row, colFlags, m_isWholeTable ? static_cast<int>(item.flags) : 0));
     item.session = number(row, colSession);
-    item.velmoraId = text(row, colVelmoraId);
+    item.velmoraId = LastingId(view(row, colVelmoraId));
     item.params = shared(row, colParams, m_params);
     item.reviewed = number(row, colReviewed) != 0;
     item.imported = number(row, colImported) != 0;
@@ -252,10 +252,15 @@ std::int64_t FileRowReader::number64(const CSQLiteQueryResult& row, int column) 
     return place == absent ? 0 : row.GetInt64Field(place);
 }
 
-CString FileRowReader::text(const CSQLiteQueryResult& row, int column) const
+std::u16string_view FileRowReader::view(const CSQLiteQueryResult& row, int column) const
 {
     const int place = m_places[column];
-    return place == absent ? CString() : CString(row.textView(place));
+    return place == absent ? std::u16string_view() : row.textView(place);
+}
+
+CString FileRowReader::text(const CSQLiteQueryResult& row, int column) const
+{
+    return CString(view(row, column));
 }
 
 /// Neighbouring rows mostly have the same artist, album and year, so the last text is compared

@@ -58,6 +58,7 @@ private:
     void readExtraFields(QoFileDbItem& item, const CSQLiteQueryResult& row);
     int number(const CSQLiteQueryResult& row, int column, int otherwise = 0) const;
     std::int64_t number64(const CSQLiteQueryResult& row, int column) const;
+    std::u16string_view view(const CSQLiteQueryResult& row, int column) const;
     CString text(const CSQLiteQueryResult& row, int column) const;
     const CString& shared(const CSQLiteQueryResult& row, int column, CString& last);
 

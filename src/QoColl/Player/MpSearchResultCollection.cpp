@@ -181,8 +181,8 @@ void CMpSearchResultCollection::deleteSearchResultFile(boost::shared_ptr<CHDSear
 boost::shared_ptr<CHDSearchResult>
 CMpSearchResultCollection::getSearchResultByVelmoraID(const CString& velmoraId) const
 {
-    return firstOf(m_results,
-                   [&](const QoFileDbItem& item) { return item.velmoraId == velmoraId; });
+    const qo::LastingId wanted(velmoraId);
+    return firstOf(m_results, [&](const QoFileDbItem& item) { return item.velmoraId == wanted; });
 }
 
 boost::shared_ptr<CHDSearchResult> CMpSearchResultCollection::getSearchResultByID(int id) const

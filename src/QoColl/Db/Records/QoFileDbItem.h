@@ -4,6 +4,7 @@
 #include "QoColl/Db/Records/ItemSource.h"
 #include "types/FilePath.h"
 #include "types/FileTime.h"
+#include "types/LastingId.h"
 #include "types/String.h"
 
 #include <cstdint>
@@ -53,9 +54,9 @@ struct QoFileDbItem
     int duration = 0;      ///< milliseconds
     int bitrate = 0;       ///< kbit/s
     unsigned int flags = qo::fileFlag::music;
-    int session = 0;   ///< id of the recording session, 0 for none
-    CString velmoraId; ///< lasting id: stays when the file is moved or tagged
-    CString params;    ///< see CVelmoraFileParamsUtils
+    int session = 0;         ///< id of the recording session, 0 for none
+    qo::LastingId velmoraId; ///< stays when the file is moved or tagged
+    CString params;          ///< see CVelmoraFileParamsUtils
     CString clipUid;
     CString fpParams; ///< not read with the record, but written by an update
     CString collId;   ///< only set while rows are copied from another database

@@ -58,7 +58,9 @@ std::string makeWhole(const TempDir& dir)
             name.Format(u"C:\\music\\%04d.mp3", i);
             QoFileDbItemPtr item = recordOf(name);
             item->id = i * 3 + 1;
-            item->velmoraId.Format(u"%08d-0000-0000-0000-000000000000", i);
+            CString id;
+            id.Format(u"%08d-0000-0000-0000-000000000000", i);
+            item->velmoraId = id;
             item->artist.Format(u"Artist \u00e9\u4e00 %d", i % 40);
             item->lyrics = i % 50 == 0 ? CString(std::u16string(3000, u'l')) : CString();
             db.insertFile(item, u"");
