@@ -1,7 +1,6 @@
 #pragma once
 
 #include "common/SimpleLogger.h"
-#include "core/session/Heap.h"
 
 #include <QoKernel/Collection.h>
 #include <QoKernel/Kernel.h>
@@ -10,15 +9,14 @@
 #include <memory>
 
 /// The frame of a benchmark that takes a database and a second path: sets the process up as the
-/// command does, with large pages and a log of what fails instead of every statement, and runs the
-/// function with both paths in collection form. The exit code of the process.
+/// command does, with a log of what fails instead of every statement, and runs the function with
+/// both paths in collection form. The exit code of the process.
 template <class Measure>
 int measureDatabase(int argc, char** argv, Measure measure)
 try
 {
     if (argc != 3)
         return 2;
-    qo::host::useLargePages();
     const CString second = qo::fromSystemPath(argv[2]);
     InitSimpleLogger(qo::level::error, second + u"_log");
     return measure(qo::fromSystemPath(argv[1]), second);

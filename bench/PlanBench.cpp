@@ -1,6 +1,5 @@
 #include "core/load/CollectionLoader.h"
 #include "core/plan/PlanBuilder.h"
-#include "core/session/Heap.h"
 #include "core/session/ProgressReporter.h"
 #include "core/session/Session.h"
 
@@ -51,7 +50,6 @@ CString storeRule()
 
 int main(int argc, char** argv)
 {
-    qo::host::useLargePages(); // as the command does
     if (argc != 2)
         return 2;
     qo::host::Session::Options options;

@@ -1,5 +1,4 @@
 #include "core/runs/MoveRun.h"
-#include "core/session/Heap.h"
 
 #include <QoKernel/Kernel.h>
 
@@ -112,7 +111,6 @@ double median(std::vector<double> times)
 
 int main(int argc, char** argv)
 {
-    qo::host::useLargePages(); // as the command does
     if (argc < 2)
         return 2;
     const fs::path base = fs::absolute(fs::path(argv[1]) / "bench-reorganize").lexically_normal();

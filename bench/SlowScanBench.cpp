@@ -1,6 +1,5 @@
 #include "core/load/CollectionLoader.h"
 #include "core/roots/RootFolders.h"
-#include "core/session/Heap.h"
 #include "core/session/ProgressReporter.h"
 #include "core/session/Session.h"
 #include "support/TestFileSystem.h"
@@ -92,7 +91,6 @@ double secondsOfScan(const CString& music, const fs::path& data, int threads, in
 
 int main(int argc, char** argv)
 {
-    useLargePages();
     if (argc != 3)
     {
         std::fprintf(stderr, "usage: bench_slow_scan FOLDER DATA\n");

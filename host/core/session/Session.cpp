@@ -6,7 +6,6 @@
 #include "core/roots/IgnoreRules.h"
 #include "core/roots/RootFolders.h"
 #include "core/roots/StoredRoots.h"
-#include "core/session/Heap.h"
 #include "core/session/UsageFile.h"
 #include "core/store/HostStore.h"
 
@@ -20,8 +19,6 @@ namespace qo::host
 {
 namespace
 {
-constexpr std::int64_t smallDatabase = 2 << 20;
-
 class Module final : public CKVModule
 {
 };
@@ -42,12 +39,6 @@ Session::Session(Options options)
     : m_options(std::move(options)), m_module(std::make_unique<Module>())
 {
     openDataFolder();
-    // A page of 2 MiB is cleared as a whole before its first use.
-    FileInfo database;
-    const bool isSmall = fileSystem().info(databasePath(), Spelling::exact, database) == 0 &&
-                         database.size < smallDatabase;
-    if (!isSmall)
-        useLargePages();
     const CString settingsFile = specialFolders().data() + u"\\settings";
     if (m_options.withLock)
         m_lock.emplace(toSystemPath(folder() + u"\\lock"), m_options.doing);
