@@ -19,6 +19,9 @@ public:
     template <class... Args>
     static boost::shared_ptr<T> make(Args&&... args)
     {
+        static_assert(
+            !requires { std::declval<T&>().weak_from_this(); },
+            "the object's handle to itself would stay empty");
         auto* counted = new CountedObject(std::forward<Args>(args)...);
         // As its base, because a count of any other class would be given a second count.
         boost::detail::sp_counted_base* base = counted;

@@ -9,11 +9,10 @@
 #include "QoColl/Devices/QoWPDManager.h"
 #include "QoColl/Plugins/QoPluginManager.h"
 #include "QoColl/Sharing/QoShareManager.h"
+#include "common/CountedObject.h"
 #include "common/FilePathParts.h"
 #include "common/Log.h"
 #include "common/QoProgress.h"
-
-#include <boost/make_shared.hpp>
 
 #include <memory>
 
@@ -243,7 +242,7 @@ bool CQoCollection::checkPhysicalPluginFilePhysicalChanges(QoFileDbItemPtr& item
                          !listed->title.IsEmpty() || !listed->genre.IsEmpty();
     // A file that has no tag at the source any more keeps the known one, as a file on a disk does.
     if (hasTags)
-        CQoCollDbUtils::copyTags(boost::make_shared<QoFileDbItem>(*listed), item);
+        CQoCollDbUtils::copyTags(qo::makeCounted<QoFileDbItem>(*listed), item);
     item->size = listed->size;
     item->dbState = dbState::modified;
     return true;

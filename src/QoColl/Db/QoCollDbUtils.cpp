@@ -1,11 +1,10 @@
 #include "QoColl/Db/QoCollDbUtils.h"
 
 #include "QoColl/Db/Records/QoFileDbItem.h"
+#include "common/CountedObject.h"
 #include "types/CharClass.h"
 #include "types/Guid.h"
 #include "types/StringArray.h"
-
-#include <boost/make_shared.hpp>
 
 #include <algorithm>
 #include <new>
@@ -198,7 +197,7 @@ int CQoCollDbUtils::addQoDbFileItem(const CString& path, QoFileDbItemArray& item
         return -1;
     try
     {
-        const auto item = boost::make_shared<QoFileDbItem>();
+        const auto item = qo::makeCounted<QoFileDbItem>();
         item->path = path;
         items.InsertAt(index, item);
         return index;

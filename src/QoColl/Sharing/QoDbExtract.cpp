@@ -5,6 +5,7 @@
 #include "QoColl/Db/Records/CollInfoDbItem.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "common/CollPath.h"
+#include "common/CountedObject.h"
 #include "common/Log.h"
 #include "common/StdioFileEx.h"
 #include "platform/Clock.h"
@@ -13,8 +14,6 @@
 #include "types/CharClass.h"
 #include "types/TextPool.h"
 #include "types/Utf.h"
-
-#include <boost/make_shared.hpp>
 
 #include <algorithm>
 #include <array>
@@ -201,7 +200,7 @@ QoFileDbItemPtr parseRecord(const CString& line, PeerPaths& paths, qo::TextPool&
         line.view().find(u'\0') != std::u16string_view::npos)
         return {};
     ExtractFields fields(line.view().substr(recordMark.size()));
-    auto item = boost::make_shared<QoFileDbItem>();
+    auto item = qo::makeCounted<QoFileDbItem>();
     item->clipUid = CString(fields.next());
     item->path = paths.inShare(fields.next());
     item->artist = fields.nextText(texts);
