@@ -131,3 +131,16 @@ TEST(TemporaryNames, ANameOfTheUsersIsNoneOfThem)
         EXPECT_FALSE(qo::isTemporaryName(name)) << name;
     EXPECT_TRUE(qo::isTemporaryName(".qo-tmp-01234567-ffffffff-abcDE1"));
 }
+
+TEST(TemporaryNames, APathBesideATargetStaysInItsFolder)
+{
+    const TempDir dir;
+    // No drive has the last letter, so that folder is nowhere.
+    for (const CString& folder : {dir.collPath(), CString(u"Z:\\away")})
+    {
+        const CString path = qo::temporaryPathBeside(folder + u"\\song.mp3");
+        const int last = path.ReverseFind(u'\\');
+        EXPECT_EQ(path.Left(last), folder);
+        EXPECT_TRUE(qo::isTemporaryName(qo::toUtf8(path.view().substr(last + 1))));
+    }
+}

@@ -6,6 +6,7 @@
 #include "platform/posix/OpenFolder.h"
 #include "platform/posix/TreeRemover.h"
 #include "types/Guid.h"
+#include "types/Utf.h"
 
 #include <climits>
 #include <fcntl.h>
@@ -154,8 +155,11 @@ std::string temporaryBeside(const std::string& target)
 
 CString temporaryPathBeside(const CString& target)
 {
-    const CString path = fromSystemPath(temporaryBeside(toSystemPath(target)));
-    return path.Left(path.GetLength() - static_cast<int>(randomLetters)) +
+    // The folder stays as it was given: one that maps to nothing must not become the root.
+    const std::string path = temporaryBeside(toSystemPath(target));
+    const std::size_t name = path.rfind('/') + 1;
+    return target.Left(target.ReverseFind(u'\\') + 1) +
+           fromUtf8(path.substr(name, path.size() - randomLetters - name)) +
            guidToText(systemClock().newGuid()).Left(randomLetters);
 }
 
