@@ -125,7 +125,10 @@ TEST_F(ShareServerTest, GivesWhatTheExtractNamesAndNothingElse)
     EXPECT_EQ(askFor(u"a.mp3", 299'999), 410);
     dir.write("a.mp3", std::string(300'001, 'a'));
     EXPECT_EQ(ask("/1/files/17"), 410); // nor is this what the friend knows
-    EXPECT_EQ(ask("/1/extract", rightId, "GET", {"X: " + std::string(100'000, 'x')}), 431);
+    // The server does not read the rest, so the end of the connection may overtake its answer.
+    const auto refused = ask("/1/extract", rightId, "GET", {"X: " + std::string(100'000, 'x')});
+    EXPECT_TRUE(refused == 431 || refused == 0) << refused;
+    EXPECT_EQ(ask("/1/extract"), 200);
 }
 
 TEST_F(ShareServerTest, ContinuesOnlyTheFileThatWasBegun)
