@@ -27,8 +27,6 @@ namespace qo::host
 {
 namespace
 {
-/// The kinds of far folders in the store.
-
 HostError saveFailure(const CString& database, const std::string& cause)
 {
     return {ExitCode::failed,
