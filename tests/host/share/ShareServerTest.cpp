@@ -125,9 +125,13 @@ TEST_F(ShareServerTest, GivesWhatTheExtractNamesAndNothingElse)
     EXPECT_EQ(askFor(u"a.mp3", 299'999), 410);
     dir.write("a.mp3", std::string(300'001, 'a'));
     EXPECT_EQ(ask("/1/files/17"), 410); // nor is this what the friend knows
-    // The server does not read the rest, so the end of the connection may overtake its answer.
-    const auto refused = ask("/1/extract", rightId, "GET", {"X: " + std::string(100'000, 'x')});
-    EXPECT_TRUE(refused == 431 || refused == 0) << refused;
+    // The server does not read the rest, so the end of the connection may overtake its answer; the
+    // next request gets one.
+    constexpr int mostTries = 20;
+    long refused = 0;
+    for (int tries = 0; refused == 0 && tries < mostTries; ++tries)
+        refused = ask("/1/extract", rightId, "GET", {"X: " + std::string(100'000, 'x')});
+    EXPECT_EQ(refused, 431);
     EXPECT_EQ(ask("/1/extract"), 200);
 }
 
