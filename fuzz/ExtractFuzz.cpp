@@ -4,7 +4,7 @@
 #include "common/CollPath.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
-#include "types/CharClass.h"
+#include "types/FilePath.h"
 #include "types/Utf.h"
 
 #include <unistd.h>
@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     QoFileDbItemArray files;
     CQoDbExtract::LoadQoDbExtract(u"17", qo::fromSystemPath(extractPath()), files);
     const CQoCollPath root(CQoCollPath::share, u"17");
-    const CString* last = nullptr;
+    const qo::FilePath* last = nullptr;
     for (const QoFileDbItemPtr& item : files)
     {
         const CQoCollPath path(item->path);
@@ -50,7 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(std::ranges::none_of(path.getComponents(),
                                      [](const CString& name)
                                      { return name == u"." || name == u".."; }));
-        require(!last || qo::compareNoCase(last->view(), item->path.view()) < 0);
+        require(!last || last->CompareNoCase(item->path) < 0);
         last = &item->path;
     }
     const CString link = qo::fromUtf8(bytes);

@@ -48,7 +48,7 @@ public:
         ~Error() { ::sd_bus_error_free(&error); }
         Error(const Error&) = delete;
         Error& operator=(const Error&) = delete;
-        sd_bus_error error = SD_BUS_ERROR_NULL;
+        sd_bus_error error{};
     };
     /// Throws BusFailure for the result of a function that has failed.
     static void check(int result, const Error& error);
