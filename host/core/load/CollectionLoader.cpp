@@ -292,7 +292,10 @@ void CollectionLoader::scan(const RootFolders& roots,
     RootPresence presence(walked, m_database, givenUp);
     UnreadFiles unread(collection, lister, givenUp);
     RootWalk walk(walked, lister);
+    // A third thread beside the walk's and this one only makes both slower.
+    m_session.scanHost().setReadsAhead(false);
     readDatabase(rootsBefore(roots, fresh), roots.kinds());
+    m_session.scanHost().setReadsAhead(true);
     collection.addRootDirs(fresh, roots.kinds());
     m_progress.setStage(IQoProgress::stageScan);
     QoFileDbItemArray records;

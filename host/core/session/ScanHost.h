@@ -25,6 +25,8 @@ public:
     void setReadExts(const std::set<std::string>& exts) { m_readExts = exts; }
 
     bool walksItself() override { return true; }
+    bool readsAhead() override { return m_readsAhead; }
+    void setReadsAhead(bool readsAhead) { m_readsAhead = readsAhead; }
     /// True for a file of another size or another write time, be it an older one, and for one that
     /// may be read at last.
     bool mustRead(const QoFileDbItem& record, const FileInfo& seen) override;
@@ -64,6 +66,7 @@ private:
     void storeNotes();
 
     bool m_readAll = false;
+    bool m_readsAhead = true;
     INames* m_names = nullptr;
     KVTagLib::TagsAhead* m_ahead = nullptr;
     std::set<CString> m_readAgain;

@@ -16,6 +16,7 @@ class IQoScanHost;
 
 namespace qo
 {
+class StoredFiles;
 struct FoundFile;
 using FoundFiles = std::vector<FoundFile>;
 } // namespace qo

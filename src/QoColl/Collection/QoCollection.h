@@ -276,7 +276,8 @@ protected:
     bool
     checkDiskFilePhysicalChanges(QoFileDbItemPtr& item, bool readTag, const qo::FileInfo* seen);
     void keepUnmetFiles();
-    void dropStrangers();
+    /// Marks records that lie below no root folder as deleted.
+    void dropStrangers(const QoFileDbItemArray& files);
     /// listed is what the device said of the file while it was listed; with null it is asked.
     bool checkWpdFilePhysicalChanges(QoFileDbItemPtr& item,
                                      IQoProgress* progress,
@@ -332,6 +333,12 @@ protected:
     void createColl(QoFileDbItemArray& files,
                     const qo::CollPathArray& dirsToAnalyze,
                     IQoProgress* progress);
+    /// Takes the records of stored files into an empty collection.
+    void takeStored(qo::StoredFiles& stored, IQoProgress* progress);
+    void takeStored(const QoFileDbItemArray& files);
+    /// The same, and builds the trees while they come, as createColl() would with all of them at
+    /// once. Those that lie below no root folder can be dropped without a word.
+    void buildStored(qo::StoredFiles& stored, bool drop, IQoProgress* progress);
     /// The passes of createColl(), in this order.
     void cleanupColl(QoFileDbItemArray& files, IQoProgress* progress);
     void createHDObjects(QoFileDbItemArray& files, IQoProgress* progress);

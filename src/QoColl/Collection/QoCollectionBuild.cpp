@@ -10,6 +10,7 @@
 #include "QoColl/Collection/QoScanHost.h"
 #include "QoColl/Collection/QoUtils.h"
 #include "QoColl/Collection/RecordAhead.h"
+#include "QoColl/Collection/StoredFiles.h"
 #include "QoColl/Collection/subsets/QoCollSubset.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
 #include "QoColl/Statistics/QoStatistics.h"
@@ -30,6 +31,8 @@ namespace level = qo::level;
 
 /// The number of passes over all records, for the range of the progress.
 constexpr int buildPasses = 3;
+/// The same for a collection that is being read.
+constexpr int storedPasses = 2;
 
 constexpr std::ptrdiff_t cacheLine = 64;
 
@@ -207,6 +210,41 @@ void CQoCollection::createColl(QoFileDbItemArray& files,
     CQoStatistics::logStatistics(*this);
     log(level::timing,
         u"CQoCollection::createColl : end (took %d millis)",
+        qo::systemClock().tickCount() - start);
+}
+
+void CQoCollection::takeStored(qo::StoredFiles& stored, IQoProgress* progress)
+{
+    for (QoFileDbItemArray files; stored.next(files, *progress);)
+        takeStored(files);
+}
+
+void CQoCollection::takeStored(const QoFileDbItemArray& files)
+{
+    m_fileDbItems.Append(files);
+    for (const QoFileDbItemPtr& item : files)
+        addToFileDbItemsMaps(item);
+}
+
+void CQoCollection::buildStored(qo::StoredFiles& stored, bool drop, IQoProgress* progress)
+{
+    const std::uint32_t start = qo::systemClock().tickCount();
+    progress->setStage(IQoProgress::stageBuild);
+    for (QoFileDbItemArray files; stored.next(files, *progress);)
+    {
+        if (m_fileDbItems.IsEmpty())
+            progress->setRange(IQoProgress::rangeKnown, storedPasses * stored.count());
+        takeStored(files);
+        if (drop)
+            dropStrangers(files);
+        createHDObjects(files, progress);
+        createLTObjects(files, progress);
+    }
+    progress->setRange(IQoProgress::rangeUnknown, 0);
+    followBuilt(m_fileDbItems);
+    CQoStatistics::logStatistics(*this);
+    log(level::timing,
+        u"CQoCollection::buildStored : end (took %d millis)",
         qo::systemClock().tickCount() - start);
 }
 

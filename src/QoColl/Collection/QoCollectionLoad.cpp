@@ -1,7 +1,7 @@
 #include "Physical/HDDirectory.h"
 #include "QoColl/Collection/QoCollection.h"
 #include "QoColl/Collection/QoScanHost.h"
-#include "QoColl/Db/DbTransaction.h"
+#include "QoColl/Collection/StoredFiles.h"
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/Records/QoFileDbItem.h"
@@ -123,13 +123,11 @@ bool CQoCollection::loadFromDb(const CStringArray& rootDirs,
     validateRootDirs(rootDirs, valid);
     log(level::flow, u"CQoCollection::load : db %s , root dirs %s", m_dbPath, qo::joinPaths(valid));
     log(level::flow, u"CQoCollection::load : init db %s", m_dbPath);
-    CQoCollDb db(m_dbPath);
-    log(level::flow, u"CQoCollection::load : load files from db");
     progress->setStage(IQoProgress::stageReadDb);
-    db.getAllFiles(m_fileDbItems, false, m_collId, true);
-    buildFileDbItemsMaps();
+    auto stored = std::make_unique<qo::StoredFiles>(m_dbPath, m_collId, m_scanHost->readsAhead());
+    const bool hasNoInfo = !stored->hasCollection();
+    m_collInfo = stored->collection();
     addRootDirs(valid, pathsInfo);
-    const bool hasNoInfo = !db.getCollInfo(m_collId, m_collInfo);
     if (result)
     {
         if (hasNoInfo)
@@ -139,20 +137,25 @@ bool CQoCollection::loadFromDb(const CStringArray& rootDirs,
         result->m_collId = m_collId;
     }
     const bool isToBeWalked = rescan || checkUpdateCollInfo(valid, true);
-    if (isToBeWalked && !rescan && m_scanHost->walksItself())
-        dropStrangers();
-    else if (isToBeWalked)
+    const bool hostWalks = !rescan && m_scanHost->walksItself();
+    if (!isToBeWalked || hostWalks)
+        buildStored(*stored, isToBeWalked, progress);
+    else
     {
+        takeStored(*stored, progress);
         markDeletedAllFiles(progress);
         QoFileDbItemArray scratch;
         checkPhysicalChanges(scratch, CQoFileChangeInfo::setImportedIfNew, progress, true);
         if (!progress->isCanceled())
+        {
             keepUnmetFiles();
+            createColl(m_fileDbItems,
+                       rescan && canDetectLogicalStuff() ? valid : qo::CollPathArray(),
+                       progress);
+        }
     }
-    if (!progress->isCanceled())
-        createColl(m_fileDbItems,
-                   rescan && canDetectLogicalStuff() ? valid : qo::CollPathArray(),
-                   progress);
+    stored.reset();
+    CQoCollDb db(m_dbPath);
     if (!progress->isCanceled())
         saveDbChanges(db, progress, result);
     log(level::flow, u"CQoCollection::load : load coll succeeded");
@@ -161,15 +164,9 @@ bool CQoCollection::loadFromDb(const CStringArray& rootDirs,
 
 bool CQoCollection::readStored(const CStringArray& moreRootDirs, IQoProgress* progress)
 {
-    CQoCollDb db(m_dbPath);
     progress->setStage(IQoProgress::stageReadDb);
-    {
-        // Files and collection as they were at one moment, whatever others save meanwhile.
-        const qo::DbTransaction moment(db, eSQLiteTransactionType::deferred);
-        db.getAllFiles(m_fileDbItems, false, m_collId, true);
-        (void)db.getCollInfo(m_collId, m_collInfo);
-    }
-    buildFileDbItemsMaps();
+    qo::StoredFiles stored(m_dbPath, m_collId, m_scanHost->readsAhead());
+    m_collInfo = stored.collection();
     CQoPathsInfoMap kinds;
     const int known = std::min(m_collInfo.rootDirs.GetSize(), m_collInfo.rootDirTypes.GetSize());
     for (int i = 0; i < known; ++i)
@@ -181,7 +178,7 @@ bool CQoCollection::readStored(const CStringArray& moreRootDirs, IQoProgress* pr
     qo::CollPathArray valid;
     validateRootDirs(roots, valid);
     addRootDirs(valid, kinds);
-    createColl(m_fileDbItems, qo::CollPathArray(), progress);
+    buildStored(stored, false, progress);
     return true;
 }
 

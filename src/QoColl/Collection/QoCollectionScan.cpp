@@ -244,11 +244,11 @@ void CQoCollection::setScanned()
 }
 
 /// Marks the records that lie below no root folder as deleted.
-void CQoCollection::dropStrangers()
+void CQoCollection::dropStrangers(const QoFileDbItemArray& files)
 {
     qo::FolderOfFile folder;
     bool isInCollection = false;
-    for (const QoFileDbItemPtr& item : m_fileDbItems)
+    for (const QoFileDbItemPtr& item : files)
     {
         if (folder.moveTo(item->path))
             isInCollection = isDirInCollection(folder.path());

@@ -30,6 +30,11 @@ KVTagLib::TagsAhead* IQoScanHost::tagsAhead()
     return nullptr;
 }
 
+bool IQoScanHost::readsAhead()
+{
+    return false;
+}
+
 void IQoScanHost::fileRead(const QoFileDbItem&, const KVTagLib::CTags*) {}
 
 void IQoScanHost::beforeSave() {}

@@ -40,10 +40,14 @@ public:
     /// by their system's paths (see CQoUtils::getRealPath) and in the order in which the collection
     /// goes through them. This one has null: each file is read when its turn comes.
     virtual KVTagLib::TagsAhead* tagsAhead();
+    /// Whether a load reads the rows of the database on a thread of its own, while the trees are
+    /// built. The collection is the same without. This one says no.
+    virtual bool readsAhead();
     /// Called when a file was read, before its record is saved. tags is null for a file without
     /// readable tags. The record has its lasting id and, if it is new, dbState::added.
     virtual void fileRead(const QoFileDbItem& record, const KVTagLib::CTags* tags);
-    /// Called before the trees are built and names are analysed, with all records.
+    /// Called before the trees are built and names are analysed, with all records. A load that
+    /// neither walks nor analyses does without.
     virtual void beforeNames(const QoFileDbItemArray& records);
     /// Called before a save begins. The analysis spreads values over folders without marking the
     /// records that it changes: those that shall be saved with them get dbState::modified here.

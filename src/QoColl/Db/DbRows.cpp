@@ -10,6 +10,14 @@ bool qo::isRowId(std::int64_t id) noexcept
     return id >= 1 && id <= std::numeric_limits<int>::max();
 }
 
+bool qo::hasRecordId(const CSQLiteQueryResult& row)
+{
+    const std::int64_t id = row.GetInt64Field(0);
+    if (!isRowId(id))
+        log(level::error, u"CQoCollDb: a row of FILE_T is left out: its id is %I64d", id);
+    return isRowId(id);
+}
+
 // Ids are checked where they are read, so no record ever has one that does not name its row.
 
 int qo::rowIdField(const CSQLiteQueryResult& row, int column)

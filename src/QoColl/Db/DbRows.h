@@ -13,6 +13,9 @@ namespace qo
 {
 /// Whether a record can hold that row id.
 bool isRowId(std::int64_t id) noexcept;
+/// The same for the row of a file, whose id is its first column; the log says which row cannot be
+/// read, as it does not keep the others from being read.
+bool hasRecordId(const CSQLiteQueryResult& row);
 /// The row id in a column. Records keep ids in an int; an id outside of 1 to 2147483647, which can
 /// only come from another program, throws CSQLiteException*: cut to an int it would name another
 /// row.

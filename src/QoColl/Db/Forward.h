@@ -5,3 +5,8 @@
 class CQoCollDb;
 class CQoCollDbImporter;
 class CQoCollDbUtils;
+
+namespace qo
+{
+class FileRuns;
+} // namespace qo

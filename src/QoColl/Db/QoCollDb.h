@@ -74,6 +74,9 @@ public:
     /// All files of a collection in path order; without filter those of every collection. One query
     /// of the whole table: seconds for a million rows.
     void getAllFiles(QoFileDbItemArray& items, bool withLyrics, const CString& collId, bool filter);
+    /// The same in path order, some at a time; to be used in one transaction and given back before
+    /// this object goes.
+    std::unique_ptr<qo::FileRuns> fileRuns(const CString& collId) const;
     /// Whether the user's own collection has any file.
     bool hasOwnCollFiles() const;
     /// An id of 0 becomes that of the new row. Throws if FILE_T lacks a column.

@@ -3,6 +3,7 @@
 #include "Database/src/DbFacade/SQLiteStatement.h"
 #include "QoColl/Db/DbRows.h"
 #include "QoColl/Db/FileRow.h"
+#include "QoColl/Db/FileRuns.h"
 #include "QoColl/Db/QoCollDb.h"
 #include "QoColl/Db/QoCollDbUtils.h"
 #include "QoColl/Db/Records/FpCutInfoDbItem.h"
@@ -14,6 +15,7 @@
 #include "platform/Platform.h"
 #include "types/StringArray.h"
 
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -75,14 +77,8 @@ try
     RowCollector rows;
     for (CSQLiteQueryResult result = statement.ExecuteQuery(); !result.Eof(); result.NextRow())
     {
-        if (!qo::isRowId(result.GetInt64Field(0)))
-        {
-            // One row that no record can hold does not keep the others from being read.
-            qo::log(qo::level::error,
-                    u"CQoCollDb: a row of FILE_T is left out: its id is %I64d",
-                    result.GetInt64Field(0));
+        if (!qo::hasRecordId(result))
             continue;
-        }
         QoFileDbItemPtr item = qo::newRow<QoFileDbItem>(complaint);
         if (!item)
             break;
@@ -176,6 +172,11 @@ void CQoCollDb::getAllFiles(QoFileDbItemArray& items,
     qo::log(qo::level::timing,
             u"CQoCollDb::getAllFiles took %d millis",
             qo::systemClock().tickCount() - start);
+}
+
+std::unique_ptr<qo::FileRuns> CQoCollDb::fileRuns(const CString& collId) const
+{
+    return std::make_unique<qo::FileRuns>(m_db, collId);
 }
 
 bool CQoCollDb::hasOwnCollFiles() const
